@@ -1,0 +1,49 @@
+#include "plugin/state/DebugLog.h"
+
+#include "host/System.h"
+#include "plugin/state/ProcessState.h"
+
+namespace mapexport {
+
+void DebugLog::LineBuffer::Rewind() {
+  setp(text_.data(), text_.data() + text_.size() - 1);
+  cut_ = false;
+}
+
+const char* DebugLog::LineBuffer::Terminate() {
+  if (cut_) pptr()[-1] = '\n';
+  *pptr() = '\0';
+  return pbase();
+}
+
+DebugLog::LineBuffer::int_type DebugLog::LineBuffer::overflow(int_type c) {
+  cut_ = true;
+  return traits_type::not_eof(c);
+}
+
+DebugLog::DebugLog() = default;
+
+DebugLog& DebugLog::Instance() {
+  auto& log = State().debugLog;
+  if (!log) log.emplace();
+  return *log;
+}
+
+void DebugLog::Open(const char* name) {
+  file_.close();
+  file_.clear();
+  file_.open(name, std::ios::out | std::ios::trunc);
+  fileOpen_ = file_.is_open();
+  if (fileOpen_) return;
+  Line() << "Unable to open the file [" << name << "]\n" << std::flush;
+  Emit();
+}
+
+void DebugLog::Emit() {
+  const char* text = buffer_.Terminate();
+  if (fileOpen_) file_ << text << std::flush;
+  if (echo_) TheSystem().OutputDebugStringA(text);
+  buffer_.Rewind();
+}
+
+}  // namespace mapexport

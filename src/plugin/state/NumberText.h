@@ -1,0 +1,21 @@
+// Numbers to text and back, the same in every locale.
+#pragma once
+
+#include <string>
+
+namespace mapexport {
+
+/// `value` as "%f" writes it: six decimals, "." as the decimal point, "inf" and "nan" for what is
+/// neither.
+std::string FormatFloat(float value);
+
+/// The decimal floating-point number at the start of `text`, after blanks, rounded to double; 0
+/// when there is none. Too large a number is infinite. "inf", "nan" and hexadecimal are no numbers
+/// here.
+double LeadingNumber(const char* text);
+
+/// The decimal integer at the start of `text`, after blanks, clamped to 32 bits; 0 when there is
+/// none.
+int LeadingInteger(const char* text);
+
+}  // namespace mapexport
