@@ -1,0 +1,146 @@
+// The CXP database: what its entries mean, where reading stops, and files that can't be read.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "materials/LoadCxp.h"
+#include "materials/ReadCxp.h"
+#include "plugin/state/ProcessState.h"
+#include "support/TestSystem.h"
+
+namespace mapexport {
+namespace {
+
+using Names = std::vector<std::string>;
+
+Names Listed(const TextureNames& list) {
+  Names names;
+  for (std::size_t i = 0; i < list.Count(); ++i) names.emplace_back(list[i].View());
+  return names;
+}
+
+Names NamesOf(const std::string& text) {
+  std::istringstream input(text);
+  TextureNames list;
+  ReadCxp(input, list);
+  return Listed(list);
+}
+
+TEST(Cxp, ListsTheTransparentTexturesOfItsEntries) {
+  const struct {
+    const char* text;
+    Names names;
+  } cases[] = {
+      {"", {}},
+      {"only words, no entry\n", {}},
+      {"material C:\\Textures\\Glass.BMP\nalphablend\nend\n", {"glass"}},
+      {"SURFACE a ColorKey 1 2 3 END Material b ALPHABLEND end\n", {"a", "b"}},
+      {"material \"Chain Link.tga\" colorkey 0 0 0 7 alphablend end", {"chain link", "chain link"}},
+      {"material Dir/A.B.c alphablend end", {"dir/a.b"}},
+      {"material x.y\\wall alphablend end", {"x"}},
+      {"material \"\" alphablend end", {""}},
+      {"material a mipmap 1 1 x animated 1 2 0 alphablend gunpass grenadepass end", {"a"}},
+      // Arguments are tokens like any other, so the keywords among them are eaten.
+      {"material a mipmap 0 2 alphablend end colorkey 1 2 3 end", {"a"}},
+      {"material a animated 1 0.5 1 end alphablend end", {"a"}},
+      {"material a colorkey 1 2 end alphablend end", {"a", "a"}},
+      {"material a scrolling 1 2 end alphablend end", {"a"}},
+      {"material a mipmap 0 -2 alphablend end", {"a"}},
+      {"material a mipmap 0 none alphablend end", {"a"}},
+      {"material a alphablend mipmap 0 2147483647 alphablend end\nmaterial b alphablend", {"a"}},
+      {"material end alphablend end", {"end"}},
+      {"stray material a 12 alphablend words end\nend\nmaterial b alphablend end\n", {"a"}},
+      {"material a colorkey", {"a"}},
+      {"material a colorkey 1 2", {"a"}},
+      {"material a", {}},
+      {"material", {}},
+      // The stream is at its end once a last line without line feed was read; the end of the token
+      // before it decides when that is.
+      {"material a alphablend end\nmaterial b alphablend end", {"a"}},
+      {"material a alphablend end \nmaterial b alphablend end", {"a", "b"}},
+      {"material a alphablend end\n\nmaterial b alphablend end", {"a", "b"}},
+      {"material a alphablend end\nmaterial b alphablend end\n", {"a", "b"}},
+      {"material a alphablend\nend", {"a"}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(NamesOf(c.text), c.names) << c.text;
+}
+
+TEST(Cxp, KeepsWhatWasReadBeforeACut) {
+  const std::string text =
+      "// textures /* of the yard\nmaterial Yard\\Glass.bmp colorkey 255 0 255 end\n"
+      "/* two\nlines */ surface \"Wire Fence.bmp\"\n\tmipmap 1 2 \"a b\" c\n\talphablend\nEND\n"
+      "material wall.bmp animated 3 0.5 2 w1 w2 end\nmaterial ivy.bmp alphablend colorkey 1 2 3\n"
+      "end\n";
+  const Names whole = {"glass", "wire fence", "ivy", "ivy"};
+  EXPECT_EQ(NamesOf(text), whole);
+  std::size_t before = 0;
+  for (std::size_t size = 0; size < text.size(); ++size) {
+    const Names names = NamesOf(text.substr(0, size));
+    ASSERT_GE(names.size(), before) << size;
+    ASSERT_LE(names.size(), whole.size()) << size;
+    ASSERT_TRUE(std::equal(names.begin(), names.end(), whole.begin())) << size;
+    before = names.size();
+  }
+}
+
+TEST(Cxp, SurvivesNoise) {
+  std::mt19937 random(7);
+  const std::string words[] = {"material ", "alphablend\n", "colorkey ", "end ", "mipmap 1 3 ",
+                               "\"",        "/*",           "*/",        "//"};
+  std::string text;
+  while (text.size() < 1'000'000) {
+    if (random() % 8 == 0) text += words[random() % std::size(words)];
+    text += static_cast<char>(random() % 256);
+  }
+  for (const std::string& name : NamesOf(text)) {
+    EXPECT_EQ(name.find('\\'), std::string::npos);
+    EXPECT_TRUE(
+        std::none_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; }));
+  }
+}
+
+class LoadCxpTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::filesystem::create_directories(folder_);
+    State().transparentTextures.Clear();
+  }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  void Load(const std::string& path) {
+    State().options.cxpFilename = path.c_str();
+    LoadCxp();
+  }
+
+  TestSystem system_;
+  const std::string folder_ = testing::TempDir() + "LoadCxpTest-" + std::to_string(getpid());
+};
+
+TEST_F(LoadCxpTest, AppendsTheNamesOfTheFile) {
+  const std::string path = folder_ + "/yard.cxp";
+  std::ofstream(path, std::ios::binary) << "material Glass.bmp\r\nalphablend\r\nend\r\n";
+  State().transparentTextures.Append("before");
+  Load(path);
+  EXPECT_EQ(Listed(State().transparentTextures), (Names{"before", "glass"}));
+  EXPECT_EQ(system_.debugOutput, "");
+}
+
+TEST_F(LoadCxpTest, TellsTheLogOfAFileThatCannotBeOpened) {
+  for (const std::string& path : {folder_ + "/missing.cxp", folder_, std::string()}) {
+    system_.debugOutput.clear();
+    Load(path);
+    EXPECT_EQ(system_.debugOutput, "Could not load CXP file " + path + "\n");
+  }
+  EXPECT_EQ(State().transparentTextures.Count(), 0u);
+  EXPECT_FALSE(std::filesystem::exists(folder_ + "/missing.cxp"));
+}
+
+}  // namespace
+}  // namespace mapexport
