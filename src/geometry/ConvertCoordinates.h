@@ -1,0 +1,25 @@
+// From the host's right-handed, z-up world into the coordinates that the options ask for.
+#pragma once
+
+#include <cstdint>
+
+#include "host/Matrix3.h"
+#include "host/Point3.h"
+
+namespace mapexport {
+
+/// Converts a world position in place, by the options' coordinate system. Winding is not changed.
+void ConvertPoint(Point3& p);
+/// The same for a given system: 0 (y, z, -x), 1 (-y, x, z), 2 unchanged, 3 (-x, y, z); others
+/// unchanged.
+void ConvertPoint(Point3& p, std::int32_t coordinateSystem);
+
+/// Converts u and v in place, by the options' texture coordinate mode; w stays.
+void ConvertTextureCoordinates(Point3& uvw);
+/// The same for a given mode: 0 negates v, 1 negates u, 2 both, 3 and others none.
+void ConvertTextureCoordinates(Point3& uvw, std::int32_t textureCoordinateMode);
+
+/// Determinant of the 3 x 3 part of a transform; negative when it mirrors.
+float TransformParity(const Matrix3& m);
+
+}  // namespace mapexport

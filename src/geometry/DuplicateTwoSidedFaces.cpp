@@ -1,0 +1,30 @@
+#include "geometry/DuplicateTwoSidedFaces.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "materials/SceneMaterials.h"
+
+namespace mapexport {
+
+void DuplicateTwoSidedFaces(GeometryGroup& group) {
+  const MaterialsList& materials = SceneMaterials();
+  const auto isTwoSided = [&](const GroupFace& face) {
+    return materials.IsTwoSided(face.material);
+  };
+  const std::size_t count = group.faces.size();
+  group.faces.Reserve(count +
+                      static_cast<std::size_t>(std::ranges::count_if(group.faces, isTwoSided)));
+  for (std::size_t f = 0; f < count; ++f) {
+    if (!isTwoSided(group.faces[f])) continue;
+    GroupFace back = group.faces[f];
+    back.normal = -back.normal;
+    std::swap(back.v[1], back.v[2]);
+    std::swap(back.a[1], back.a[2]);
+    group.surfaceSets[static_cast<std::size_t>(back.surfaceSet)].faces.Append(
+        static_cast<std::uint32_t>(group.faces.size()));
+    group.faces.Append(back);
+  }
+}
+
+}  // namespace mapexport

@@ -1,0 +1,75 @@
+// The static geometry gathered from a tree of host nodes.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "geometry/AttributeIndex.h"
+#include "geometry/GroupFace.h"
+#include "geometry/RenderBatch.h"
+#include "geometry/SurfaceSet.h"
+#include "geometry/VertexAttribute.h"
+#include "host/Point3.h"
+#include "materials/MapRecord.h"
+#include "plugin/state/GrowableArray.h"
+
+namespace mapexport {
+
+/// The plane of a face: normal . p + d = 0 for its points.
+struct CollisionPlane {
+  Point3 normal;
+  float d = 0.0f;
+};
+
+/// One shared vertex list, triangles, per-corner attributes, and surface sets that sort the faces
+/// by their flags. Filled by one walk of the node tree, changed by the clean-up passes, then
+/// written.
+class GeometryGroup : public MapRecord {
+ public:
+  GeometryGroup() : MapRecord(kGeometryGroupType, 2) {}
+  ~GeometryGroup() override = default;
+  GeometryGroup(const GeometryGroup&) = default;
+  GeometryGroup(GeometryGroup&&) = default;
+  GeometryGroup& operator=(const GeometryGroup&) = default;
+  GeometryGroup& operator=(GeometryGroup&&) = default;
+
+  std::vector<SurfaceSet> surfaceSets;
+  GrowableArray<GroupFace, 10> faces;
+  GrowableArray<Point3> vertices;  ///< world positions in export coordinates
+  GrowableArray<VertexAttribute> attributes;
+  std::uint32_t vertexCounter =
+      0;                          ///< vertices gathered; the index of the next node's first vertex
+  std::uint32_t faceCounter = 0;  ///< faces gathered; the index of the next face
+  std::int32_t nodeCounter = 0;   ///< meshes gathered
+  Point3 boundsMax{-std::numeric_limits<float>::max(), -std::numeric_limits<float>::max(),
+                   -std::numeric_limits<float>::max()};  ///< of the gathered vertices, per axis
+  Point3 boundsMin{std::numeric_limits<float>::max(), std::numeric_limits<float>::max(),
+                   std::numeric_limits<float>::max()};  ///< of the gathered vertices, per axis
+
+  // Built when the group is written.
+  std::vector<RenderBatch> batches;             ///< in the order of the model file
+  std::vector<Point3> collisionPoints;          ///< second layout only
+  std::vector<CollisionPlane> collisionPlanes;  ///< second layout only
+
+  AttributeIndex attributeIndex;  ///< AddAttribute's view of `attributes`
+};
+
+/// The index of the first surface set with these flags, of a new set named "NONE" when there is
+/// none.
+int FindOrAddSurfaceSet(GeometryGroup& group, std::uint32_t flags);
+
+/// Appends a surface set of that name with flags 0 and returns its index.
+int AddStaticSurfaceSet(GeometryGroup& group, const CStr& name);
+
+/// The index of the first attribute that matches, of `attribute` itself appended when none does.
+/// The same as a scan of all attributes from the first one, in constant time for all but crowded
+/// corners.
+int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute);
+
+/// Removes face `f`: from its surface set and from the faces, which move down by one; every face
+/// index of every set follows. Costs a pass over all faces and sets; RemoveFaces removes many at
+/// once.
+void RemoveFace(GeometryGroup& group, std::uint32_t f);
+
+}  // namespace mapexport

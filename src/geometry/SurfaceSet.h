@@ -1,0 +1,26 @@
+// Faces that share their face flags, or that belong to one static node.
+#pragma once
+
+#include <cstdint>
+
+#include "materials/MapRecord.h"
+#include "plugin/state/GrowableArray.h"
+
+namespace mapexport {
+
+class SurfaceSet : public MapRecord {
+ public:
+  SurfaceSet() : MapRecord(kSurfaceSetType, 1) {}
+  ~SurfaceSet() override = default;
+  SurfaceSet(const SurfaceSet&) = default;
+  SurfaceSet(SurfaceSet&&) = default;
+  SurfaceSet& operator=(const SurfaceSet&) = default;
+  SurfaceSet& operator=(SurfaceSet&&) = default;
+
+  GrowableArray<std::uint32_t, 100> faces;  ///< indices into the group's faces
+  std::uint32_t flags = 0;                  ///< face-flag bits
+  std::uint32_t smoothing =
+      0;  ///< smoothing bits of the face gathered last, 0 when they were exactly 1
+};
+
+}  // namespace mapexport

@@ -1,0 +1,59 @@
+#include "geometry/WeldVertices.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "geometry/IsSliver.h"
+#include "geometry/RemoveFaces.h"
+#include "geometry/WeldGrid.h"
+
+namespace mapexport {
+namespace {
+
+/// The new index of every vertex, after moving those that survive down in `vertices`.
+std::vector<std::uint32_t> MergeVertices(GrowableArray<Point3>& vertices, float squaredDistance) {
+  const std::size_t count = vertices.size();
+  std::vector<std::uint32_t> newIndex;
+  newIndex.reserve(count);
+  WeldGrid grid(count, squaredDistance);
+  std::uint32_t survivors = 0;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const Point3 position = vertices[i];
+    const std::uint32_t target = grid.Add(position);
+    if (target == i) {
+      newIndex.push_back(survivors);
+      vertices[survivors++] = position;
+    } else {
+      newIndex.push_back(newIndex[target]);
+    }
+  }
+  vertices.Shrink(survivors);
+  return newIndex;
+}
+
+void RemoveSlivers(GeometryGroup& group) {
+  std::vector<bool> sliver;
+  sliver.reserve(group.faces.size());
+  for (const GroupFace& face : group.faces) {
+    sliver.push_back(
+        IsSliver(group.vertices[face.v[0]], group.vertices[face.v[1]], group.vertices[face.v[2]]));
+  }
+  RemoveFaces(group, sliver);
+}
+
+}  // namespace
+
+void WeldVertices(GeometryGroup& group, float distance) {
+  const float squaredDistance = distance * distance;
+  // No squared length is less than 0, or than what is no number.
+  if (squaredDistance > 0.0f) {
+    const std::vector<std::uint32_t> newIndex = MergeVertices(group.vertices, squaredDistance);
+    for (GroupFace& face : group.faces) {
+      for (std::uint32_t& v : face.v) v = newIndex[v];
+    }
+  }
+  RemoveSlivers(group);
+}
+
+}  // namespace mapexport

@@ -1,0 +1,320 @@
+// The clean-up passes: bit for bit what their definitions do, on random groups that crowd the
+// limits.
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "geometry/CleanVertexAttributes.h"
+#include "geometry/GeometryGroup.h"
+#include "geometry/IsSliver.h"
+#include "geometry/RemoveDegenerateFaces.h"
+#include "geometry/RemoveFaces.h"
+#include "geometry/WeldVertices.h"
+#include "plugin/state/ProcessState.h"
+#include "reference/LiteralCleanVertexAttributes.h"
+#include "reference/LiteralWeldVertices.h"
+#include "support/TestSystem.h"
+
+namespace mapexport {
+namespace {
+
+constexpr float kInf = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kMax = std::numeric_limits<float>::max();
+
+/// Everything of the group that outlives a pass, bit by bit.
+std::vector<std::uint32_t> BitsOf(const GeometryGroup& group) {
+  std::vector<std::uint32_t> bits;
+  const auto add = [&](auto value) { bits.push_back(std::bit_cast<std::uint32_t>(value)); };
+  const auto addPoint = [&](const Point3& p) { add(p.x), add(p.y), add(p.z); };
+  add(static_cast<std::uint32_t>(group.vertices.size()));
+  for (const Point3& p : group.vertices) addPoint(p);
+  add(static_cast<std::uint32_t>(group.attributes.size()));
+  for (const VertexAttribute& a : group.attributes) {
+    addPoint(a.normal), addPoint(a.uvw), addPoint(a.position);
+    add(a.colour.r), add(a.colour.g), add(a.colour.b), add(a.colour.a);
+    add(a.reserved), add(a.material);
+  }
+  add(static_cast<std::uint32_t>(group.faces.size()));
+  for (const GroupFace& f : group.faces) {
+    for (std::size_t k = 0; k < 3; ++k) add(f.v[k]), add(f.a[k]);
+    addPoint(f.normal);
+    add(f.smoothing), add(f.surfaceSet), add(f.material), add(f.nodeIndex);
+  }
+  for (const SurfaceSet& set : group.surfaceSets) {
+    add(static_cast<std::uint32_t>(set.faces.size()));
+    for (const std::uint32_t f : set.faces) add(f);
+  }
+  return bits;
+}
+
+class Random {
+ public:
+  explicit Random(unsigned seed) : engine_(seed) {}
+
+  std::uint32_t Below(std::size_t limit) {
+    return static_cast<std::uint32_t>(engine_() % static_cast<std::uint32_t>(limit));
+  }
+  bool OneIn(std::uint32_t n) { return Below(n) == 0; }
+  float Unit() { return static_cast<float>(engine_()) * 0x1p-32f; }
+  template <typename T, std::size_t kSize>
+  T Pick(const std::array<T, kSize>& of) {
+    return of[Below(kSize)];
+  }
+  /// `x` or one of the two floats on either side of it.
+  float Near(float x) {
+    const std::uint32_t steps = Below(5);
+    for (std::uint32_t i = 2; i < steps; ++i) x = std::nextafter(x, kInf);
+    for (std::uint32_t i = steps; i < 2; ++i) x = std::nextafter(x, -kInf);
+    return x;
+  }
+
+ private:
+  std::mt19937 engine_;
+};
+
+std::size_t SomeSize(Random& random) {
+  return random.OneIn(4) ? random.Below(4) : random.Below(250);
+}
+
+/// Fills the faces, and the lists of three sets; `tidy` as gathering does it.
+void AddFaces(GeometryGroup& group, Random& random, std::size_t count, bool tidy) {
+  group.surfaceSets.resize(3);
+  for (std::uint32_t f = 0; f < count; ++f) {
+    GroupFace& face = group.faces.At(f);
+    for (std::uint32_t& v : face.v) v = random.Below(group.vertices.size());
+    face.surfaceSet = static_cast<std::int32_t>(random.Below(3));
+    face.nodeIndex = static_cast<std::int32_t>(f);
+    group.surfaceSets[static_cast<std::size_t>(face.surfaceSet)].faces.Append(f);
+  }
+  if (tidy) return;
+  for (SurfaceSet& set : group.surfaceSets) {
+    // Missing, foreign and repeated entries, entries that are no faces, and no order.
+    for (std::uint32_t i = 0; i < set.faces.size(); ++i) {
+      if (random.OneIn(3)) set.faces[i] = random.Below(count + 3);
+    }
+    for (std::uint32_t i = 1; i < set.faces.size(); ++i) {
+      if (random.OneIn(2)) std::swap(set.faces[i], set.faces[random.Below(i)]);
+    }
+  }
+}
+
+enum Layout { kGrid, kCluster, kChain, kEqual, kFarOut, kMagnitudes, kBorders, kLayouts };
+
+float SomeCoordinate(Random& random, Layout layout, float distance, std::size_t i) {
+  if (random.OneIn(60)) return random.Pick(std::array{kNaN, kInf, -kInf, -0.0f, kMax, 1e30f});
+  const float unit = std::isfinite(distance) && distance != 0.0f ? std::fabs(distance) : 1.0f;
+  const float farOut = std::ldexp(1.0f, std::min(std::ilogb(unit), 60) + 25);
+  switch (layout) {
+    case kGrid:
+      return random.Near(unit * static_cast<float>(random.Below(5)));
+    case kCluster:
+      return unit * 3.0f * random.Unit();
+    case kChain:
+      return random.Near(unit * static_cast<float>(i));
+    case kFarOut:
+      return random.Near(random.OneIn(2) ? farOut : -farOut);
+    case kMagnitudes:
+      return random.Near(
+          std::ldexp(random.OneIn(2) ? 1.0f : -1.0f, 8 * int(random.Below(34)) - 145));
+    case kBorders:  // of the grid's cells, and the distance away from them
+      return random.Near(unit * (random.Pick(std::array{-5.92f, -0.74f, 1.26f, 10.08f}) +
+                                 static_cast<float>(random.Below(3)) - 1.0f));
+    default:
+      return unit;
+  }
+}
+
+GeometryGroup GroupToWeld(Random& random, float distance) {
+  GeometryGroup group;
+  const auto layout = static_cast<Layout>(random.Below(kLayouts));
+  const std::size_t count = SomeSize(random);
+  for (std::size_t i = 0; i < count; ++i) {
+    const float x = SomeCoordinate(random, layout, distance, i);
+    const bool flat = layout == kChain;
+    group.vertices.Append({x, flat ? 0.0f : SomeCoordinate(random, layout, distance, i),
+                           flat ? -0.0f : SomeCoordinate(random, layout, distance, i)});
+  }
+  if (count > 0) AddFaces(group, random, SomeSize(random), !random.OneIn(3));
+  return group;
+}
+
+TEST(WeldVertices, EqualsTheComparisonOfAllPairs) {
+  constexpr std::array kDistances{0.2f,   -0.2f,  0.0f,   1.0f,   1000.0f, 1e-19f,
+                                  1e-22f, 3e-23f, 2e-23f, 1e-30f, 1e18f,   1.8446744e19f,
+                                  2e19f,  1e30f,  kMax,   kInf,   -kInf,   kNaN};
+  for (unsigned seed = 0; seed < 1500; ++seed) {
+    Random random(seed);
+    const float distance = random.Pick(kDistances);
+    GeometryGroup fast = GroupToWeld(random, distance);
+    GeometryGroup literal = fast;
+    WeldVertices(fast, distance);
+    LiteralWeldVertices(literal, distance);
+    ASSERT_EQ(BitsOf(fast), BitsOf(literal)) << "seed " << seed << ", distance " << distance;
+    RemoveDegenerateFaces(fast);
+    LiteralRemoveDegenerateFaces(literal);
+    ASSERT_EQ(BitsOf(fast), BitsOf(literal)) << "degenerates, seed " << seed;
+  }
+}
+
+TEST(WeldVertices, FollowsChainsInIndexOrder) {
+  struct Case {
+    const char* what;
+    std::vector<float> xs;
+    float distance;
+    std::vector<std::uint32_t> expected;  // new index per vertex
+  };
+  const std::vector<Case> cases{
+      {"a chain collapses", {0.0f, 0.15f, 0.3f}, 0.2f, {0, 0, 0}},
+      {"the later neighbour wins", {0.0f, 0.3f, 0.15f}, 0.2f, {0, 1, 1}},
+      {"exactly the distance apart", {0.0f, 0.25f}, 0.25f, {0, 1}},
+      {"a negative distance", {0.0f, 0.15f, 0.5f}, -0.2f, {0, 0, 1}},
+      {"distance 0", {1.0f, 1.0f}, 0.0f, {0, 1}},
+  };
+  for (const Case& c : cases) {
+    GeometryGroup group;
+    for (const float x : c.xs) group.vertices.Append({x, 0.0f, 0.0f});
+    // Two far vertices make a face of each that is no sliver.
+    const auto far = static_cast<std::uint32_t>(group.vertices.size());
+    group.vertices.Append({0.0f, 50.0f, 0.0f});
+    group.vertices.Append({0.0f, 0.0f, 50.0f});
+    for (std::uint32_t i = 0; i < far; ++i) group.faces.At(i).v = {i, far, far + 1};
+    WeldVertices(group, c.distance);
+    std::vector<std::uint32_t> seen;
+    for (const GroupFace& face : group.faces) seen.push_back(face.v[0]);
+    EXPECT_EQ(seen, c.expected) << c.what;
+  }
+}
+
+TEST(IsSliver, MeasuresTheThirdCornerFromTheLineThroughTheOthers) {
+  const Point3 a{0, 0, 0};
+  const Point3 b{10, 0, 0};
+  EXPECT_TRUE(IsSliver(a, b, {500, 0.3f, 0}));
+  EXPECT_FALSE(IsSliver(a, b, {500, 0.32f, 0}));
+  EXPECT_TRUE(IsSliver(a, b, {0, 0.3f, 0}));
+  EXPECT_FALSE(IsSliver(a, {0, 0.3f, 0}, b)) << "the order of the corners matters";
+  EXPECT_TRUE(IsSliver(a, a, {0.3f, 0, 0})) << "from the point itself";
+  EXPECT_FALSE(IsSliver(a, a, {0, 0.32f, 0}));
+  EXPECT_FALSE(IsSliver(a, {0.0001f, 0, 0}, {5, 0, 0})) << "still a point";
+  EXPECT_TRUE(IsSliver(a, {0.0002f, 0, 0}, {5, 0, 0})) << "a line already";
+  EXPECT_FALSE(IsSliver(a, {kInf, 0, 0}, a)) << "what is no number is no sliver";
+}
+
+TEST(RemoveFaces, EqualsRemovingOneByOne) {
+  for (unsigned seed = 0; seed < 600; ++seed) {
+    Random random(seed);
+    GeometryGroup fast;
+    fast.vertices.At(2);
+    AddFaces(fast, random, random.Below(40), random.OneIn(2));
+    GeometryGroup literal = fast;
+    std::vector<bool> remove;
+    const std::uint32_t rarity = 1 + random.Below(5);
+    std::uint32_t next = 0;
+    for (std::size_t f = 0; f < fast.faces.size(); ++f) {
+      remove.push_back(random.OneIn(rarity));
+      remove.back() ? RemoveFace(literal, next) : void(++next);
+    }
+    RemoveFaces(fast, remove);
+    ASSERT_EQ(BitsOf(fast), BitsOf(literal)) << "seed " << seed;
+  }
+}
+
+Point3 SomePoint(Random& random, bool crowded) {
+  const auto component = [&] {
+    if (random.OneIn(80)) return random.Pick(std::array{kNaN, kInf, -0.0f, 1e30f});
+    if (!random.OneIn(crowded ? 2 : 5)) return 0.5f;
+    const float step = crowded ? 0.004f : 0.005f;
+    return random.Near(0.5f + step * static_cast<float>(random.Below(crowded ? 40 : 5)));
+  };
+  return {component(), component(), component()};
+}
+
+VertexAttribute SomeAttribute(Random& random, bool crowded) {
+  VertexAttribute attribute;
+  attribute.normal = SomePoint(random, crowded);
+  attribute.uvw = SomePoint(random, crowded);
+  attribute.colour.r = random.Unit();
+  attribute.position = random.OneIn(3) ? SomePoint(random, false) : Point3{};
+  attribute.reserved = random.OneIn(20) ? 1 : 0;
+  attribute.material = random.OneIn(10) ? 1 : 0;
+  return attribute;
+}
+
+/// Few vertices and many corners; sometimes hundreds of different attributes at one vertex.
+GeometryGroup GroupToClean(Random& random) {
+  GeometryGroup group;
+  const bool crowded = random.OneIn(8);
+  const std::size_t vertices = crowded ? 4 : 1 + random.Below(8);
+  for (std::size_t i = 0; i < vertices; ++i) {
+    const auto axis = [&] {
+      return random.OneIn(30) ? random.Pick(std::array{kNaN, kInf, -kInf, 1e30f})
+                              : 12.0f * random.Unit() - 1.0f;
+    };
+    group.vertices.Append({axis(), axis(), axis()});
+  }
+  const std::size_t attributes = crowded ? 300 : 1 + random.Below(60);
+  for (std::size_t i = 0; i < attributes; ++i) {
+    group.attributes.Append(SomeAttribute(random, crowded));
+  }
+  AddFaces(group, random, crowded ? 250 : random.Below(70), true);
+  for (GroupFace& face : group.faces) {
+    for (std::uint32_t& a : face.a) a = random.Below(attributes);
+  }
+  group.boundsMin = {0, random.OneIn(10) ? kNaN : 0.0f, random.OneIn(10) ? kMax : -3.0f};
+  return group;
+}
+
+TEST(CleanVertexAttributes, EqualsTheVisitOfAllBuckets) {
+  TestSystem system;
+  for (unsigned seed = 0; seed < 500; ++seed) {
+    Random random(seed);
+    GeometryGroup fast = GroupToClean(random);
+    fast.attributeIndex.Update({fast.attributes.data(), fast.attributes.size()});
+    const std::size_t count = fast.attributes.size();
+    GeometryGroup literal = fast;
+    const auto size = [&] {
+      return random.OneIn(2) ? 1.0f
+                             : random.Pick(std::array{0.0f, -0.0f, 3.0f, -1.0f, kNaN, kInf, -kInf,
+                                                      1e-42f, 1e30f});
+    };
+    State().voxelCellSize = {size(), size(), size()};
+    CleanVertexAttributes(fast);
+    LiteralCleanVertexAttributes(literal, State().voxelCellSize);
+    ASSERT_EQ(BitsOf(fast), BitsOf(literal)) << "seed " << seed;
+
+    // Sharing goes on with what is left, also when as many come to it as were merged.
+    const VertexAttribute next = SomeAttribute(random, false);
+    while (fast.attributes.size() < count) fast.attributes.Append(SomeAttribute(random, false));
+    const auto matches = [&](const VertexAttribute& a) { return AttributesMatch(a, next); };
+    const auto first = std::ranges::find_if(fast.attributes, matches) - fast.attributes.begin();
+    ASSERT_EQ(AddAttribute(fast, next), first) << "seed " << seed;
+  }
+}
+
+TEST(CleanVertexAttributes, MergesOnlyWhatMeetsAtOneVertex) {
+  GeometryGroup group;
+  for (const float x : {0.0f, 1.0f, 0.0f}) group.vertices.Append({x, 0.0f, 0.0f});
+  for (const float red : {1.0f, 2.0f, 3.0f, 4.0f}) {
+    group.attributes.At(group.attributes.size()).colour.r = red;
+  }
+  group.attributes[3].uvw.x = 0.5f;
+  group.faces.At(0).v = {0, 1, 1};
+  group.faces.At(0).a = {1, 3, 3};
+  group.faces.At(1).v = {0, 2, 1};  // vertex 2 lies where vertex 0 lies
+  group.faces.At(1).a = {0, 2, 3};
+  CleanVertexAttributes(group, {});
+  ASSERT_EQ(group.attributes.size(), 3u);
+  EXPECT_EQ(group.attributes[0].colour.r, 1.0f) << "of the lower index";
+  EXPECT_EQ(group.attributes[1].colour.r, 3.0f);
+  EXPECT_EQ(group.faces[0].a, (std::array<std::uint32_t, 3>{0, 2, 2}));
+  EXPECT_EQ(group.faces[1].a, (std::array<std::uint32_t, 3>{0, 1, 2}));
+}
+
+}  // namespace
+}  // namespace mapexport
