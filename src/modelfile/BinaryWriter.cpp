@@ -1,0 +1,52 @@
+#include "modelfile/BinaryWriter.h"
+
+#include <algorithm>
+#include <array>
+
+namespace mapexport {
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{1} << 18;
+
+}  // namespace
+
+BinaryWriter::BinaryWriter(std::ostream& stream)
+    : stream_(stream), start_(stream.tellp()), buffer_(kBufferSize) {}
+
+BinaryWriter::~BinaryWriter() {
+  Flush();
+}
+
+void BinaryWriter::LString(std::string_view text) {
+  Count(text.size() + 1);
+  while (!text.empty()) {
+    if (used_ == buffer_.size()) Flush();
+    const std::size_t piece = std::min(text.size(), buffer_.size() - used_);
+    std::memcpy(buffer_.data() + used_, text.data(), piece);
+    used_ += piece;
+    text.remove_prefix(piece);
+  }
+  U8(0);
+}
+
+void BinaryWriter::PatchU32(std::uint64_t position, std::uint32_t value) {
+  if (position >= flushed_) {
+    Store(buffer_.data() + (position - flushed_), value);
+    return;
+  }
+  // The field may straddle what is already out and what is still here.
+  Flush();
+  std::array<char, sizeof value> bytes;
+  Store(bytes.data(), value);
+  stream_.seekp(start_ + static_cast<std::streamoff>(position));
+  stream_.write(bytes.data(), bytes.size());
+  stream_.seekp(start_ + static_cast<std::streamoff>(flushed_));
+}
+
+void BinaryWriter::Flush() {
+  stream_.write(buffer_.data(), static_cast<std::streamsize>(used_));
+  flushed_ += used_;
+  used_ = 0;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,88 @@
+// Little-endian output with sizes that are filled in once they are known.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <ostream>
+#include <string_view>
+#include <vector>
+
+#include "host/Point3.h"
+
+namespace mapexport {
+
+/// Writes numbers and texts to a seekable binary stream, through a buffer of its own. The stream's
+/// state is not looked at: whoever opened it judges what came out. Everything has reached the
+/// stream after Flush or the destructor.
+class BinaryWriter {
+ public:
+  explicit BinaryWriter(std::ostream& stream);
+  ~BinaryWriter();
+  BinaryWriter(const BinaryWriter&) = delete;
+  BinaryWriter& operator=(const BinaryWriter&) = delete;
+
+  void U8(std::uint8_t value) { Put(value); }
+  /// The low 16 bits of `value`.
+  void U16(std::uint32_t value) { Put(static_cast<std::uint16_t>(value)); }
+  void U32(std::uint32_t value) { Put(value); }
+  void I32(std::int32_t value) { Put(static_cast<std::uint32_t>(value)); }
+  void F32(float value) { Put(std::bit_cast<std::uint32_t>(value)); }
+  void Point(const Point3& p) {
+    F32(p.x);
+    F32(p.y);
+    F32(p.z);
+  }
+  /// The length plus one, the bytes, a NUL.
+  void LString(std::string_view text);
+  /// The number of entries, cut to 32 bits.
+  void Count(std::size_t count) { U32(static_cast<std::uint32_t>(count)); }
+
+  /// Bytes written so far.
+  std::uint64_t Position() const { return flushed_ + used_; }
+  /// Overwrites the u32 at `position`, written before.
+  void PatchU32(std::uint64_t position, std::uint32_t value);
+  void Flush();
+
+ private:
+  template <typename Unsigned>
+  void Put(Unsigned value) {
+    if (buffer_.size() - used_ < sizeof value) Flush();
+    Store(buffer_.data() + used_, value);
+    used_ += sizeof value;
+  }
+  template <typename Unsigned>
+  static void Store(char* place, Unsigned value) {
+    if constexpr (std::endian::native == std::endian::little) {
+      std::memcpy(place, &value, sizeof value);
+    } else {
+      for (std::size_t i = 0; i < sizeof value; ++i) {
+        place[i] = static_cast<char>((value >> (8 * i)) & 0xFF);
+      }
+    }
+  }
+
+  std::ostream& stream_;
+  std::streamoff start_;  ///< the stream's position at the beginning
+  std::vector<char> buffer_;
+  std::size_t used_ = 0;
+  std::uint64_t flushed_ = 0;  ///< bytes that have left the buffer
+};
+
+/// A u32 that tells how many bytes follow some later point: written as 0, filled in at the end.
+class SizeField {
+ public:
+  /// Writes the placeholder.
+  explicit SizeField(BinaryWriter& out) : out_(out), place_(out.Position()) { out.U32(0); }
+  /// The bytes that count begin here.
+  void BeginBody() { body_ = out_.Position(); }
+  /// The bytes that count end here: fills in their number, cut to 32 bits.
+  void EndBody() { out_.PatchU32(place_, static_cast<std::uint32_t>(out_.Position() - body_)); }
+
+ private:
+  BinaryWriter& out_;
+  std::uint64_t place_;
+  std::uint64_t body_ = 0;
+};
+
+}  // namespace mapexport

@@ -1,0 +1,24 @@
+#include "modelfile/IndexLimit.h"
+
+#include <string>
+
+#include "plugin/state/DebugLog.h"
+
+namespace mapexport {
+
+void LogOverlongList(const GeometryGroup& group, const char* list, std::size_t count) {
+  if (count <= kIndexableEntries) return;
+  DebugLog& log = DebugLog::Instance();
+  log.Line() << "Group " << group.name.data() << ": " << list << ": " << count
+             << " entries, 16-bit indices address " << kIndexableEntries << '\n'
+             << std::flush;
+  log.Emit();
+}
+
+void LogOverlongList(const GeometryGroup& group, const char* list, std::size_t ordinal,
+                     std::size_t count) {
+  if (count <= kIndexableEntries) return;
+  LogOverlongList(group, (list + (" " + std::to_string(ordinal))).c_str(), count);
+}
+
+}  // namespace mapexport

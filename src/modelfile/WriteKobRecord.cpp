@@ -1,0 +1,83 @@
+#include "modelfile/WriteKobRecord.h"
+
+#include <vector>
+
+#include "geometry/CollisionLists.h"
+#include "modelfile/IndexLimit.h"
+#include "modelfile/RecordHeader.h"
+#include "modelfile/WriteQobRecord.h"
+
+namespace mapexport {
+namespace {
+
+/// What the face table says in its position field of a face that its batch does not list.
+constexpr std::uint32_t kNoPosition = 0xFFFF;
+
+/// Per face: its position in its batch's face list, or for a face without a batch the number of
+/// such faces before it, which is the index of its plane.
+std::vector<std::uint32_t> FacePositions(const GeometryGroup& group) {
+  std::vector<std::uint32_t> positions(group.faces.size(), kNoPosition);
+  for (const RenderBatch& batch : group.batches) {
+    for (std::uint32_t i = 0; i < batch.faces.size(); ++i) positions[batch.faces[i]] = i;
+  }
+  std::uint32_t withoutBatch = 0;
+  for (std::size_t f = 0; f < group.faces.size(); ++f) {
+    if (group.faces[f].batchIndex == -1) positions[f] = withoutBatch++;
+  }
+  return positions;
+}
+
+void WriteFaceTable(const GeometryGroup& group, BinaryWriter& out) {
+  const std::vector<std::uint32_t> positions = FacePositions(group);
+  out.Count(group.faces.size());
+  for (std::size_t f = 0; f < group.faces.size(); ++f) {
+    const GroupFace& face = group.faces[f];
+    for (const std::uint32_t v : face.v) out.U16(v);
+    out.U16(positions[f]);
+    out.I32(face.surfaceSet);
+    out.I32(face.batchIndex);
+  }
+}
+
+void WriteSurfaceSets(const GeometryGroup& group, BinaryWriter& out) {
+  out.Count(group.surfaceSets.size());
+  for (const SurfaceSet& set : group.surfaceSets) {
+    out.LString(set.name.View());
+    out.U32(set.flags);
+    out.Count(set.faces.size());
+    for (const std::uint32_t f : set.faces) out.U16(f);
+  }
+}
+
+void LogOverlongLists(const GeometryGroup& group) {
+  for (std::size_t ordinal = 0; ordinal < group.batches.size(); ++ordinal) {
+    LogOverlongList(group, "faces of batch", ordinal, group.batches[ordinal].faces.size());
+  }
+  LogOverlongList(group, "collision points", group.collisionPoints.size());
+  LogOverlongList(group, "faces", group.faces.size());
+}
+
+}  // namespace
+
+void WriteKobRecord(GeometryGroup& group, BinaryWriter& out) {
+  MergeCollisionLists(group);
+  PrepareCollisionLists(group);
+
+  SizeField size(out);
+  WriteRecordHeader(out, kSecondGroupType, group.version, group.name);
+  size.BeginBody();
+  WritePreparedQobRecord(group, out);
+  LogOverlongLists(group);
+  out.Count(group.collisionPoints.size());
+  for (const Point3& point : group.collisionPoints) out.Point(point);
+  out.Count(group.collisionPlanes.size());
+  for (const CollisionPlane& plane : group.collisionPlanes) {
+    out.Point(plane.normal);
+    out.F32(plane.d);
+  }
+  WriteFaceTable(group, out);
+  WriteSurfaceSets(group, out);
+  size.EndBody();
+}
+
+}  // namespace mapexport
