@@ -1,0 +1,103 @@
+#include "plugin/Resources.h"
+
+#include <array>
+#include <string_view>
+
+#include "host/System.h"
+#include "model/ProgressCursors.h"
+#include "plugin/ResourceIds.h"
+
+namespace mapexport {
+namespace {
+
+constexpr std::array<StringResource, 7> kStrings{{
+    {kClassNameText, "OsprinMapExport"},
+    {kLongDescText, "Osprin MAX Map Export File"},
+    {kShortDescText, "Osprin Map Export File"},
+    {kAuthorText, "Osprin tools group"},
+    {kNoticeText, "All rights reserved by their owners."},
+    {kCategoryText, "Map Export"},
+    {kLibDescriptionText, ".MAP Osprin Max File Export DLL - Version 1.0"},
+}};
+
+constexpr std::array<DialogControl, 24> kOptionsControls{{
+    {kWeldVerticesBox, ControlKind::kCheckBox, "Weld Vertices", 20, 15, 60, 10},
+    {1043, ControlKind::kLabel, "Weld Distance:", 147, 15, 50, 8},
+    {kWeldDistanceEdit, ControlKind::kEdit, "", 210, 15, 40, 12},
+    {kRemoveTVerticesBox, ControlKind::kCheckBox, "Remove T-Vertices", 20, 36, 77, 10},
+    {-1, ControlKind::kLabel, "Min Triangle Area:", 147, 36, 58, 8},
+    {kMinTriangleAreaEdit, ControlKind::kEdit, "", 210, 36, 40, 12},
+    {kSnapToGridBox, ControlKind::kCheckBox, "Snap To Grid", 20, 58, 58, 10},
+    {1050, ControlKind::kLabel, "Snap Dimension:", 147, 58, 54, 8},
+    {kSnapDimensionEdit, ControlKind::kEdit, "", 210, 58, 40, 12},
+    {kCleanAttributesBox, ControlKind::kCheckBox, "Clean Vertex Attributes", 20, 80, 87, 10},
+    {1055, ControlKind::kLabel, "Lighting Multiplier:", 147, 80, 57, 8},
+    {kLightingMultiplierEdit, ControlKind::kEdit, "", 210, 80, 40, 12},
+    {kTalvernLightFormatBox, ControlKind::kCheckBox, "Talvern Light Format", 20, 102, 85, 10},
+    {1057, ControlKind::kLabel, "Voxel Size:", 147, 102, 36, 8},
+    {kVoxelSizeEdit, ControlKind::kEdit, "", 210, 102, 40, 12},
+    {1065, ControlKind::kLabel, "CXP Filename", 20, 123, 45, 8},
+    {kCxpFilenameEdit, ControlKind::kReadOnlyEdit, "", 20, 133, 175, 14},
+    {kBrowseButton, ControlKind::kButton, "Browse", 210, 133, 39, 14},
+    {1061, ControlKind::kLabel, "Export Coordinate System", 20, 154, 82, 8},
+    {kCoordinateSystemList, ControlKind::kListBox, "", 20, 167, 112, 35},
+    {1060, ControlKind::kLabel, "Texture Coordinates", 147, 154, 64, 8},
+    {kTextureCoordinatesList, ControlKind::kListBox, "", 147, 167, 117, 36},
+    {IDOK, ControlKind::kDefaultButton, "OK", 147, 213, 50, 14},
+    {IDCANCEL, ControlKind::kButton, "Cancel", 222, 213, 50, 14},
+}};
+
+constexpr std::array<DialogTemplate, 1> kDialogs{{
+    {kOptionsDialog, "MAP Export Options", 279, 234, kOptionsControls},
+}};
+
+// Two vertices move into one.
+constexpr std::array<std::string_view, 32> kWeldImage{
+    "................................", "................................",
+    "................................", "................................",
+    "................................", "................................",
+    "................................", "................................",
+    "................................", "................................",
+    "................................", "..............oooo..............",
+    ".......X.....ooXXoo.....X.......", ".oooo...X...oXXXXXXo...X...oooo.",
+    "ooXXoooooXoooXXXXXXoooXoooooXXoo", "oXXXXXXXXXXoXXXXXXXXoXXXXXXXXXXo",
+    "oXXXXXXXXXXoXXXXXXXXoXXXXXXXXXXo", "ooXXoooooXoooXXXXXXoooXoooooXXoo",
+    ".oooo...X...oXXXXXXo...X...oooo.", ".......X.....ooXXoo.....X.......",
+    "..............oooo..............", "................................",
+    "................................", "................................",
+    "................................", "................................",
+    "................................", "................................",
+    "................................", "................................",
+    "................................", "................................",
+};
+
+// A broom and some dust.
+constexpr std::array<std::string_view, 32> kCleanImage{
+    "................................", "..........................o.....",
+    ".........................ooo....", "........................oXXoo...",
+    ".......................ooXXo....", "......................ooXXoo....",
+    ".....................ooXXoo.....", ".....................oXXXo......",
+    "....................oXXXo.......", "...................ooXXo........",
+    "..................ooXXoo........", "..................oXXoo.........",
+    ".................oXXXo..........", "................oXXXo...........",
+    "..........oooo.ooXXoo...........", "..........oXXoooXXoo............",
+    "..........oXXXXXXoo.............", "..........ooXXXXXo..............",
+    "...........oXXXXXXoo............", "..........oXXXXXXXXoo...........",
+    ".........oXXXXXXXXXXo...........", "........oXXXXXXXXXXXo...ooo.....",
+    ".......ooXXoXXXXXXooo...oXo.....", "......ooXXXXXXXXXXo.....ooo.ooo.",
+    ".....ooXoXXXXoXXXXo..ooo....oXo.", "....ooXoXoXoXXoXXXo..oXo....ooo.",
+    "....oXoXoXoXoXoXXoo..ooo..ooo...", "....oooooXoXoXoXXoo.......oXo...",
+    ".......oooooooooXoo...ooo.ooo...", "............oooooo....oXo.......",
+    "......................ooo.......", "................................",
+};
+
+constexpr std::array<CursorImage, 2> kCursors{{
+    {kWeldCursor, 15, 15, kWeldImage},
+    {kCleanCursor, 10, 26, kCleanImage},
+}};
+
+}  // namespace
+
+const ModuleResources kResources{kStrings, kDialogs, kCursors};
+
+}  // namespace mapexport

@@ -1,0 +1,404 @@
+// The plug-in as its host meets it: entry points, options and dialog, the export run, log and
+// failures.
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <sstream>
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "plugin/BrowseForFile.h"
+#include "plugin/EntryPoints.h"
+#include "plugin/LibraryEntry.h"
+#include "plugin/MapExporter.h"
+#include "plugin/OptionsStore.h"
+#include "plugin/ResourceIds.h"
+#include "plugin/Resources.h"
+#include "plugin/RunExport.h"
+#include "plugin/state/NumberText.h"
+#include "plugin/state/PathString.h"
+#include "plugin/state/ProcessState.h"
+#include "plugin/state/StopWatch.h"
+#include "scene/HostScene.h"
+#include "support/TestSystem.h"
+
+namespace mapexport {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* kKey = R"(Software\Corvantis\Talvern\Exporter)";
+
+std::string FileText(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+TestSystem::Value Text(const std::string& text) {
+  return {RegistryType::kText, text + '\0'};
+}
+
+/// Everything starts from a freshly loaded library, in an empty folder.
+class PluginTest : public testing::Test {
+ protected:
+  PluginTest() {
+    State().options = ExportOptions();
+    folder_ = fs::path(testing::TempDir()) /
+              ("plugin-" + std::to_string(getpid()) + "-" +
+               testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::create_directories(folder_);
+    fs::current_path(folder_);
+    LibraryEntry(AttachModule(kResources));
+  }
+  ~PluginTest() override {
+    DetachModule(State().module);
+    fs::current_path("/");
+    fs::remove_all(folder_);
+  }
+
+  void Store(const char* name, TestSystem::Value value) { system_.registry[{kKey, name}] = value; }
+  std::string Stored(const char* name) { return system_.registry[{kKey, name}].bytes; }
+
+  TestSystem system_;
+  MapExporter exporter_;
+  fs::path folder_;
+};
+
+TEST_F(PluginTest, TellsTheHostWhatItIs) {
+  const int inits = system_.customControlsInits;
+  EXPECT_TRUE(LibraryEntry(State().module));
+  EXPECT_EQ(system_.customControlsInits, inits) << "controls are made available once";
+  EXPECT_STREQ(LibDescription(), ".MAP Osprin Max File Export DLL - Version 1.0");
+  EXPECT_EQ(LibNumberClasses(), 1);
+  EXPECT_EQ(LibVersion(), 0x9C40500u);
+  EXPECT_EQ(LibClassDesc(1), nullptr);
+  EXPECT_EQ(LibClassDesc(-1), nullptr);
+  ClassDesc& descriptor = *LibClassDesc(0);
+  EXPECT_EQ(descriptor.SuperClassID(), 0xA20u);
+  EXPECT_EQ(descriptor.ClassID(), (Class_ID{0x12B50709, 0x1DC2636B}));
+  const char* longDesc = exporter_.LongDesc();
+  EXPECT_STREQ(longDesc, "Osprin MAX Map Export File");
+  exporter_.ShortDesc();
+  EXPECT_STREQ(longDesc, "Osprin Map Export File") << "one buffer for all texts";
+  EXPECT_STREQ(exporter_.Ext(0), "qob");
+  EXPECT_STREQ(exporter_.Ext(1), "kob");
+  EXPECT_STREQ(exporter_.Ext(2), "");
+  EXPECT_STREQ(exporter_.Ext(-1), "");
+  EXPECT_EQ(GetResourceString(1), nullptr);
+}
+
+TEST(PluginLibrary, ShowsNothingButItsFourFunctions) {
+  const std::string command = std::string("nm -D --defined-only --format=posix '") +
+                              MAPEXPORT_BIN_DIR + "/mapexport-plugin.so'";
+  FILE* pipe = popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::vector<std::string> names;
+  char line[4096];
+  while (std::fgets(line, sizeof line, pipe) != nullptr) {
+    std::istringstream(line) >> names.emplace_back();
+  }
+  ASSERT_EQ(pclose(pipe), 0);
+  EXPECT_THAT(names, testing::UnorderedElementsAre("LibDescription", "LibNumberClasses",
+                                                   "LibClassDesc", "LibVersion"));
+}
+
+TEST_F(PluginTest, AnEmptyRegistryKeepsTheInitialValuesAndIsFilledBySaving) {
+  const SettingsKey settings(RegistryRoot::kLocalMachine);
+  LoadOptions(settings);
+  EXPECT_EQ(State().options.weldingDistance, 0.2f);
+  EXPECT_TRUE(State().options.weldVertices);
+  EXPECT_EQ(State().options.cxpFilename, "");
+  EXPECT_TRUE(system_.registry.empty());
+  State().options.coordinateSystem = 2;
+  SaveOptions(settings);
+  EXPECT_EQ(system_.registry.size(), 12u);
+  EXPECT_EQ(Stored("Welding Distance"), std::string("0.200000\0", 9));
+  EXPECT_EQ(Stored("Weld Vertices?"), std::string("TRUE\0", 5));
+  EXPECT_EQ(Stored("Export Coordinates"), std::string("\2\0\0\0", 4));
+  EXPECT_EQ(system_.OpenKeys(), 0u);
+}
+
+TEST_F(PluginTest, StoredValuesAreReadByTheirEncodings) {
+  Store("Weld Vertices?", Text("false"));
+  Store("Clean vertex attributes?", Text("no"));
+  Store("Welding Distance", Text("abc"));
+  Store("Geometry Voxel Size", Text("  25.5 units"));
+  Store("Snap Distance", Text(std::string(255, ' ') + "3"));
+  Store("Export Coordinates", {RegistryType::kNumber, std::string("\7\0\0\0", 4)});
+  Store("CXP Filename", Text("C:\\a.cxp"));
+  const SettingsKey settings(RegistryRoot::kLocalMachine);
+  LoadOptions(settings);
+  const ExportOptions& options = State().options;
+  EXPECT_FALSE(options.weldVertices);
+  EXPECT_TRUE(options.cleanVertexAttributes);
+  EXPECT_EQ(options.weldingDistance, 0.0f);
+  EXPECT_EQ(options.geometryVoxelSize, 25.5f);
+  EXPECT_EQ(options.snapDistance, 1.0f) << "more than 256 bytes count as missing";
+  EXPECT_EQ(options.coordinateSystem, 7);
+  EXPECT_EQ(options.cxpFilename, "C:\\a.cxp");
+  system_.registryOpens = false;
+  LoadOptions(settings);
+  EXPECT_EQ(options.coordinateSystem, 7);
+  EXPECT_EQ(options.cxpFilename, "");
+}
+
+TEST(NumberText, IsTheSameInEveryLocale) {
+  const struct {
+    const char* text;
+    double value;
+  } numbers[] = {{"", 0},           {"abc", 0},
+                 {"-1.5e2x", -150}, {" \t+7", 7},
+                 {".5", 0.5},       {"5.", 5},
+                 {".", 0},          {"-", 0},
+                 {"inf", 0},        {"nan", 0},
+                 {"0x10", 0},       {"1,5", 1},
+                 {"- 3", 0},        {"1e-9999999", 0},
+                 {"1e-400", 0},     {"3e5000", std::numeric_limits<double>::infinity()}};
+  for (const auto& number : numbers)
+    EXPECT_EQ(LeadingNumber(number.text), number.value) << number.text;
+  EXPECT_EQ(LeadingInteger(" -12abc"), -12);
+  EXPECT_EQ(LeadingInteger("99999999999999999999"), std::numeric_limits<int>::max());
+  EXPECT_EQ(LeadingInteger("-99999999999"), std::numeric_limits<int>::min());
+  EXPECT_EQ(LeadingInteger("x1"), 0);
+  EXPECT_EQ(FormatFloat(-0.0f), "-0.000000");
+  EXPECT_EQ(FormatFloat(3.4028235e38f), "340282346638528859811704183484516925440.000000");
+}
+
+/// Shows the dialog through a run that ends with it.
+class DialogTest : public PluginTest {
+ protected:
+  bool Show(int button, std::function<void(HWND, DialogProc*)> person = {}) {
+    system_.dialogButton = button;
+    system_.beforeButton = std::move(person);
+    HostScene host(scene_);
+    State().currentInterface = &host;
+    return RunExport(PathString("out.kob"), host.GetRootNode(), 0);
+  }
+  void Click(HWND dialog, DialogProc* proc, int id) {
+    system_.controls[id].checked = !system_.controls[id].checked;
+    proc(dialog, WM_COMMAND, MakeCommand(id, BN_CLICKED), 0);
+  }
+
+  Scene scene_;
+};
+
+TEST_F(DialogTest, OpensWithTheOptionsAndTakesTheEditsOnOk) {
+  State().options.cxpFilename = "a.cxp";
+  State().options.textureCoordinateMode = 2;
+  Show(IDOK, [&](HWND, DialogProc* proc) {
+    auto& controls = system_.controls;
+    EXPECT_EQ(controls[1042].text, "0.200000");
+    EXPECT_EQ(controls[1058].text, "1000.000000");
+    EXPECT_EQ(controls[1066].text, "a.cxp");
+    EXPECT_TRUE(controls[1044].checked);
+    EXPECT_TRUE(controls[1051].checked);
+    EXPECT_FALSE(controls[1052].checked);
+    EXPECT_THAT(controls[1059].rows, ElementsAre("Left-handed ( talvern )", "Right-handed",
+                                                 "3D Studio Max", "Inverse 3D Studio Max"));
+    EXPECT_THAT(controls[1062].rows,
+                ElementsAre("Invert Y ( talvern )", "Invert X", "Invert X & Y", "3D Studio Max"));
+    EXPECT_EQ(controls[1062].selection, 2);
+    EXPECT_FALSE(proc(nullptr, 0x1234, 0, 0));
+    controls[1042].text = "1.5";
+    controls[1047].text = "2";
+    controls[1049].text = "3";
+    controls[1056].text = "4";
+    controls[1058].text = "abc";
+    controls[1059].selection = 3;
+    proc(nullptr, WM_COMMAND, MakeCommand(1059, LBN_SELCHANGE), 0);
+  });
+  const ExportOptions& options = State().options;
+  EXPECT_EQ(options.weldingDistance, 1.5f);
+  EXPECT_EQ(options.tVertexDistance, 2.0f);
+  EXPECT_EQ(options.snapDistance, 3.0f);
+  EXPECT_EQ(options.lightingMultiplier, 4.0f);
+  EXPECT_EQ(options.geometryVoxelSize, 0.0f);
+  EXPECT_EQ(options.coordinateSystem, 3);
+}
+
+TEST_F(DialogTest, ClicksTakeEffectAtOnceAndOutliveCancel) {
+  system_.pickedFile = "/new.cxp";
+  const bool run = Show(IDCANCEL, [&](HWND dialog, DialogProc* proc) {
+    Click(dialog, proc, 1044);
+    EXPECT_FALSE(State().options.weldVertices);
+    Click(dialog, proc, 1046);
+    EXPECT_TRUE(State().options.weldVertices);
+    EXPECT_TRUE(system_.controls[1044].checked);
+    Click(dialog, proc, 1044);
+    EXPECT_TRUE(State().options.weldVertices) << "welding stays on with Remove T-Vertices";
+    EXPECT_TRUE(system_.controls[1044].checked);
+    Click(dialog, proc, 1048);
+    Click(dialog, proc, 1051);
+    Click(dialog, proc, 1052);
+    proc(dialog, WM_COMMAND, MakeCommand(1064, BN_CLICKED), 0);
+    EXPECT_EQ(system_.controls[1066].text, "/new.cxp");
+    system_.controls[1042].text = "9";
+  });
+  EXPECT_FALSE(run);
+  EXPECT_FALSE(fs::exists("out.kob"));
+  const ExportOptions& options = State().options;
+  EXPECT_TRUE(options.removeTVertices && options.snapToGrid && options.talvernLightFormat);
+  EXPECT_FALSE(options.cleanVertexAttributes);
+  EXPECT_EQ(options.cxpFilename, "/new.cxp");
+  EXPECT_EQ(options.weldingDistance, 0.2f) << "edits wait for OK";
+}
+
+/// What the box is asked for with two extensions: two texts and the empty one that ends them.
+const std::string kFilter("(.cxp,.txt)\0*.cxp;*.txt\0", 25);
+
+/// Keeps what the file box is asked for.
+class FilterSystem : public TestSystem {
+ public:
+  bool GetOpenFileName(OpenFileName& request) override {
+    filter.assign(request.filter, kFilter.size());
+    maxFile = request.maxFile;
+    return TestSystem::GetOpenFileName(request);
+  }
+  std::string filter;
+  std::uint32_t maxFile = 0;
+};
+
+TEST(BrowseForFile, BuildsTheFilterFromTheExtensions) {
+  FilterSystem system;
+  const char* const extensions[] = {"cxp", "txt"};
+  EXPECT_FALSE(BrowseForFile(nullptr, extensions, nullptr));
+  EXPECT_EQ(system.filter, kFilter);
+  EXPECT_EQ(system.maxFile, 255u);
+  system.pickedFile = "x.cxp";
+  EXPECT_EQ(BrowseForFile(nullptr, extensions, nullptr)->View(), "x.cxp");
+}
+
+TEST(PathString, CutsTheExtensionAtTheLastDotOfTheWholePath) {
+  const auto extension = [](const char* path) {
+    return std::string(PathString(path).Extension().Text());
+  };
+  EXPECT_EQ(extension("level"), "");
+  EXPECT_EQ(extension("level."), "");
+  EXPECT_EQ(extension("C:\\maps.v2\\level"), "v2\\level");
+  EXPECT_EQ(extension("a.b.QOB"), "QOB");
+}
+
+/// Runs whole exports of a scene.
+class ExportTest : public PluginTest {
+ protected:
+  void Export(const char* name) {
+    HostScene host(scene_);
+    EXPECT_EQ(exporter_.DoExport(name, nullptr, &host, true), 1);
+    EXPECT_EQ(State().currentScene, nullptr);
+  }
+  std::vector<std::string> BoxTitles() const {
+    std::vector<std::string> titles;
+    for (const auto& box : system_.messageBoxes) titles.push_back(box.title);
+    return titles;
+  }
+
+  Scene scene_;
+};
+
+TEST_F(ExportTest, ShowsLogsAndSavesInOrder) {
+  scene_.root.name = "Level";
+  Export("level");
+  EXPECT_THAT(BoxTitles(), ElementsAre("Results", "Text Scene Export"));
+  EXPECT_EQ(system_.messageBoxes[0].text,
+            "0 faces, 0 vertices, 0 attributes -> 0 faces, 0 vertices, 0 attributes\n"
+            "(Change = 0 faces, 0 vertices, 0 attributes)");
+  EXPECT_EQ(system_.messageBoxes[1].text, "Scene exported successfully.\n");
+  EXPECT_EQ(FileText("ExportDebug.txt"),
+            "Could not load CXP file \n"
+            "\t\tWeldVertices() took 0 msec.\n"
+            "\t\tCleanVertexAttributes() took 0 msec.\n"
+            "\t\tPostProcessing() took 0 msec.\n"
+            "\t\tTotal PostProcessing() took 0 msec.\n");
+  EXPECT_THAT(system_.cursors,
+              ElementsAre(system_.LoadCursor(nullptr, 104), system_.LoadCursor(nullptr, 109),
+                          system_.LoadCursor(nullptr, IDC_WAIT)));
+  EXPECT_EQ(system_.registry.size(), 12u);
+  EXPECT_THAT(FileText("level.map"), StartsWith(std::string("\x0b\0\0\0BeginModel\0", 15)));
+}
+
+TEST_F(ExportTest, WithoutWeldingThereIsNeitherBoxNorLine) {
+  State().options.weldVertices = false;
+  State().options.cleanVertexAttributes = false;
+  Export("level.kob");
+  EXPECT_THAT(BoxTitles(), ElementsAre("Text Scene Export"));
+  EXPECT_THAT(FileText("ExportDebug.txt"), testing::Not(HasSubstr("Vert")));
+}
+
+TEST_F(ExportTest, TheExtensionChoosesTheLayout) {
+  Export("a.QOB");
+  Export("b.kob");
+  const std::string qob = FileText("a.QOB");
+  const std::string kob = FileText("b.kob");
+  const std::string header("\x08\0\0\0Version\0", 12);
+  EXPECT_THAT(kob, HasSubstr(std::string("\x23\0\0\0", 4) + header));
+  EXPECT_THAT(qob, testing::Not(HasSubstr(std::string("\x23\0\0\0", 4) + header)));
+  fs::create_directories("maps.v2");
+  Export("maps.v2/level");
+  EXPECT_EQ(FileText("maps.v2/level"), kob);
+}
+
+TEST_F(ExportTest, ACancelledOrRefusedExportSavesTheOptionsAndSaysNothing) {
+  system_.dialogButton = IDCANCEL;
+  Export("level.kob");
+  EXPECT_FALSE(fs::exists("level.kob"));
+  EXPECT_TRUE(system_.messageBoxes.empty());
+  EXPECT_EQ(system_.registry.size(), 12u);
+  system_.dialogButton = IDOK;
+  system_.registry.clear();
+  Export("missing/level.kob");
+  EXPECT_THAT(BoxTitles(), ElementsAre("Results"));
+  EXPECT_EQ(system_.registry.size(), 12u);
+}
+
+/// A host whose root node fails.
+template <typename Exception>
+class FailingHost : public HostScene {
+ public:
+  explicit FailingHost(const Scene& scene) : HostScene(scene) {}
+  HWND GetMAXHWnd() const override { throw Exception("the window is gone"); }
+};
+
+struct NoStandardException {
+  explicit NoStandardException(const char*) {}
+};
+
+TEST_F(ExportTest, NoExceptionLeavesTheLibrary) {
+  FailingHost<std::runtime_error> standard(scene_);
+  EXPECT_EQ(exporter_.DoExport("level.kob", nullptr, &standard, false), 1);
+  EXPECT_EQ(FileText("ExportDebug.txt"), "Export ended by an exception: the window is gone\n");
+  FailingHost<NoStandardException> other(scene_);
+  EXPECT_EQ(exporter_.DoExport("level.kob", nullptr, &other, false), 1);
+  EXPECT_THAT(FileText("ExportDebug.txt"), StartsWith("Export ended by an exception"));
+  EXPECT_EQ(State().currentScene, nullptr);
+  EXPECT_TRUE(system_.registry.empty()) << "options are not saved";
+  EXPECT_TRUE(system_.messageBoxes.empty());
+  EXPECT_FALSE(fs::exists("level.kob"));
+}
+
+TEST_F(PluginTest, TheLogCutsLongLinesAndWorksWithoutAFile) {
+  DebugLog& log = DebugLog::Instance();
+  log.Open("missing/log.txt");
+  EXPECT_EQ(system_.debugOutput, "Unable to open the file [missing/log.txt]\n");
+  log.Open("log.txt");
+  system_.debugOutput.clear();
+  log.Line() << std::string(5000, 'x') << '\n' << std::flush;
+  log.Emit();
+  const std::string cut = std::string(4094, 'x') + "\n";
+  EXPECT_EQ(system_.debugOutput, cut);
+  EXPECT_EQ(FileText("log.txt"), cut);
+  StopWatch().Report("label");
+  EXPECT_EQ(system_.debugOutput, cut + "label took 0 msec.\n");
+}
+
+}  // namespace
+}  // namespace mapexport
