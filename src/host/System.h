@@ -69,9 +69,8 @@ enum class RegistryType : std::uint32_t { kText = 1, kNumber = 4 };
 /// Result of a registry call: 0 or one of the codes below.
 using LSTATUS = int;
 inline constexpr LSTATUS kRegSuccess = 0;
-inline constexpr LSTATUS kRegFileNotFound = 2;  ///< no such value
-inline constexpr LSTATUS kRegAccessDenied =
-    5;  ///< the key was not opened for this, or can't be opened
+inline constexpr LSTATUS kRegFileNotFound = 2;       ///< no such value
+inline constexpr LSTATUS kRegAccessDenied = 5;       ///< the key is not open for this, or can't be
 inline constexpr LSTATUS kRegInvalidParameter = 87;  ///< a name, size or type that can't be
 inline constexpr LSTATUS kRegMoreData = 234;         ///< the value is longer than the buffer
 
@@ -79,14 +78,14 @@ class System {
  public:
   virtual ~System() = default;
 
-  // --- common controls
-  // -----------------------------------------------------------------------------
+  // Common controls
+
   virtual void InitCommonControls() = 0;
   /// The host's own controls, made available to the library `module`.
   virtual void InitCustomControls(HINSTANCE module) = 0;
 
-  // --- dialogs
-  // -------------------------------------------------------------------------------------
+  // Dialogs
+
   /// Shows the module's dialog `id` and does not return before it ends: sends `proc` WM_INITDIALOG,
   /// then a WM_COMMAND for each thing the person does, until EndDialog. The result is EndDialog's;
   /// 0 when the person closes the window; -1 when the dialog can't be shown.
@@ -106,8 +105,8 @@ class System {
   /// The selected row, -1 for none.
   virtual int ListBoxGetCurSel(HWND dialog, int id) = 0;
 
-  // --- message box, file box, cursors
-  // --------------------------------------------------------------
+  // Message box, file box, cursors
+
   /// Shows a message with an OK button and waits for it.
   virtual void MessageBox(HWND owner, const char* text, const char* title) = 0;
   /// Lets the person choose a file; false when they cancel.
@@ -117,8 +116,8 @@ class System {
   /// Shows a cursor until the next call; null shows none.
   virtual void SetCursor(HCURSOR cursor) = 0;
 
-  // --- settings registry
-  // ---------------------------------------------------------------------------
+  // Settings registry
+
   /// Opens the key `path` (backslashes between its parts), creating it with class `keyClass` when
   /// it is missing. On success `key` is open with that access alone.
   virtual LSTATUS RegCreateKeyEx(RegistryRoot root, const char* path, const char* keyClass,
@@ -132,8 +131,8 @@ class System {
                                 std::uint32_t size) = 0;
   virtual void RegCloseKey(HKEY key) = 0;
 
-  // --- clock and debugger
-  // --------------------------------------------------------------------------
+  // Clock and debugger
+
   /// Milliseconds of the system's timer; wraps around.
   virtual std::uint32_t timeGetTime() = 0;
   /// Milliseconds since the system started; wraps around.

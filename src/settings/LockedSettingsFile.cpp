@@ -1,0 +1,156 @@
+#include "settings/LockedSettingsFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+#include <thread>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "settings/ReadSettingsFile.h"
+#include "settings/SettingsError.h"
+
+namespace mapexport {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::chrono::milliseconds kPause{20};
+
+void MakeFolders(const fs::path& folder) {
+  std::error_code unknown;
+  if (folder.empty() || fs::exists(folder, unknown)) return;
+  MakeFolders(folder.parent_path());
+  if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+    throw SettingsError("the folder " + folder.string() + " can't be made", errno);
+  }
+}
+
+/// A new file in `folder` that goes away again unless it is renamed.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(const fs::path& folder)
+      : path_((folder / ".mapexport-settings-XXXXXX").string()),
+        file_(::mkostemp(path_.data(), O_CLOEXEC)) {
+    if (!file_.IsOpen()) throw SettingsError("no file can be made beside it", errno);
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile() {
+    if (!renamed_) ::unlink(path_.c_str());
+  }
+
+  void Write(std::string_view bytes) {
+    while (!bytes.empty()) {
+      const ssize_t count = ::write(file_.Get(), bytes.data(), bytes.size());
+      if (count < 0 && errno == EINTR) continue;
+      if (count < 0) throw SettingsError("the new file beside it can't be written", errno);
+      bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+  }
+
+  void TakeModeAndOwner(const struct stat& status) {
+    // One by one: members of a shared file's group may set the group though not the owner.
+    TakeOwner(static_cast<uid_t>(-1), status.st_gid);
+    TakeOwner(status.st_uid, static_cast<gid_t>(-1));
+    if (::fchmod(file_.Get(), status.st_mode & 07777) != 0) {
+      throw SettingsError("the new file beside it can't be given its mode", errno);
+    }
+  }
+
+  void RenameTo(const std::string& path) {
+    // Without the sync a crash could leave the new name with none of the new bytes.
+    if (::fsync(file_.Get()) != 0) {
+      throw SettingsError("the new file beside it can't be written", errno);
+    }
+    if (::rename(path_.c_str(), path.c_str()) != 0) {
+      throw SettingsError("the file can't be replaced", errno);
+    }
+    renamed_ = true;
+  }
+
+ private:
+  void TakeOwner(uid_t owner, gid_t group) {
+    if (::fchown(file_.Get(), owner, group) != 0 && errno != EPERM) {
+      throw SettingsError("the new file beside it can't be given its owner", errno);
+    }
+  }
+
+  std::string path_;
+  Descriptor file_;
+  bool renamed_ = false;
+};
+
+}  // namespace
+
+LockedSettingsFile::LockedSettingsFile(const std::string& path,
+                                       std::chrono::milliseconds patience) {
+  const auto deadline = std::chrono::steady_clock::now() + patience;
+  while (true) {
+    OpenOrCreate(path);
+    if (TryLock() && LeadsHere(path)) return;
+    if (std::chrono::steady_clock::now() >= deadline) {
+      throw SettingsError(fmt::format(
+          "another process still locks or replaces the file after {} ms", patience.count()));
+    }
+    std::this_thread::sleep_for(kPause);
+  }
+}
+
+LockedSettingsFile::~LockedSettingsFile() {
+  struct stat status {};
+  // Someone who takes no lock may have written into the file.
+  if (madeHere_ && ::fstat(file_.Get(), &status) == 0 && status.st_size == 0) {
+    ::unlink(realPath_.c_str());
+  }
+}
+
+std::string LockedSettingsFile::Read() {
+  return ReadSettingsFile(file_.Get());
+}
+
+void LockedSettingsFile::Replace(std::string_view bytes) {
+  struct stat status {};
+  if (::fstat(file_.Get(), &status) != 0) throw SettingsError("the file can't be read", errno);
+  TemporaryFile temporary(fs::path(realPath_).parent_path());
+  temporary.Write(bytes);
+  temporary.TakeModeAndOwner(status);
+  temporary.RenameTo(realPath_);
+  madeHere_ = false;
+}
+
+void LockedSettingsFile::OpenOrCreate(const std::string& path) {
+  // O_NONBLOCK: a pipe must not keep us waiting before we see that it is one.
+  constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NONBLOCK;
+  madeHere_ = false;
+  file_ = Descriptor(::open(path.c_str(), kFlags));
+  if (!file_.IsOpen() && errno == ENOENT) {
+    MakeFolders(fs::path(path).parent_path());
+    file_ = Descriptor(::open(path.c_str(), kFlags | O_CREAT, 0666));
+    madeHere_ = file_.IsOpen();
+  }
+  if (!file_.IsOpen()) throw SettingsError("the file can't be opened for writing", errno);
+}
+
+bool LockedSettingsFile::TryLock() const {
+  if (::flock(file_.Get(), LOCK_EX | LOCK_NB) == 0) return true;
+  if (errno == EWOULDBLOCK || errno == EINTR) return false;
+  throw SettingsError("the file can't be locked", errno);
+}
+
+bool LockedSettingsFile::LeadsHere(const std::string& path) {
+  std::error_code error;
+  realPath_ = fs::canonical(path, error).string();
+  struct stat here {};
+  struct stat there {};
+  return !error && ::fstat(file_.Get(), &here) == 0 && ::stat(realPath_.c_str(), &there) == 0 &&
+         here.st_dev == there.st_dev && here.st_ino == there.st_ino;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,235 @@
+// Tests of the System without pixels, with a dialog and a dialog procedure of their own.
+#include <array>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "console/ConsoleSystem.h"
+#include "settings/SettingsStore.h"
+
+namespace mapexport {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int kDialog = 7;
+constexpr int kCursor = 9;
+constexpr int kLeader = 10;    // a check box that checks kFollower
+constexpr int kFollower = 11;  // a check box that stays checked as long as kLeader is
+constexpr int kEdit = 20;
+constexpr int kFile = 21;
+constexpr int kBrowse = 30;
+constexpr int kList = 40;
+
+constexpr std::array kControls = {
+    DialogControl{-1, ControlKind::kLabel, "a label", 0, 0, 10, 10},
+    DialogControl{kFollower, ControlKind::kCheckBox, "Follower", 0, 0, 10, 10},
+    DialogControl{kLeader, ControlKind::kCheckBox, "Leader", 0, 0, 10, 10},
+    DialogControl{kEdit, ControlKind::kEdit, nullptr, 0, 0, 10, 10},
+    DialogControl{kFile, ControlKind::kReadOnlyEdit, "none", 0, 0, 10, 10},
+    DialogControl{kBrowse, ControlKind::kButton, "Browse", 0, 0, 10, 10},
+    DialogControl{kList, ControlKind::kListBox, nullptr, 0, 0, 10, 10},
+    DialogControl{IDOK, ControlKind::kDefaultButton, "OK", 0, 0, 10, 10},
+};
+constexpr std::array kDialogs = {DialogTemplate{kDialog, "Title", 100, 100, kControls}};
+constexpr std::array kCursors = {CursorImage{kCursor, 0, 0, {}}};
+
+class ConsoleTest;
+ConsoleTest* running = nullptr;  // a dialog procedure is a plain function
+
+class ConsoleTest : public testing::Test {
+ public:
+  void TearDown() override { DetachModule(module_); }
+
+  int Show(std::vector<DialogAction> actions, DialogProc* proc = Procedure) {
+    running = this;
+    options_.actions = std::move(actions);
+    options_.onCheckBoxAtEnd = [this](int id, bool checked) { atEnd_.emplace_back(id, checked); };
+    commands_.clear();
+    atEnd_.clear();
+    system_ = std::make_unique<ConsoleSystem>(options_, settings_);
+    return system_->DialogBoxParam(module_, kDialog, nullptr, proc, 42);
+  }
+
+  std::string Text(HWND dialog, int id, int size = 100) const {
+    std::string buffer(100, '?');
+    const int length = system_->GetDlgItemText(dialog, id, buffer.data(), size);
+    EXPECT_EQ(buffer[static_cast<std::size_t>(length)], '\0');
+    return buffer.substr(0, static_cast<std::size_t>(length));
+  }
+
+  /// Asks for a file with room for 15 bytes and a NUL.
+  bool Pick() {
+    std::array<char, 16> path = {"unused"};
+    OpenFileName request;
+    request.file = path.data();
+    request.maxFile = path.size();
+    const bool picked = system_->GetOpenFileName(request);
+    picked_ = path.data();
+    return picked;
+  }
+
+  /// Behaves as dialogs do whose controls act at each click and whose boxes are read on OK.
+  static bool Procedure(HWND dialog, unsigned message, WPARAM wParam, LPARAM lParam) {
+    return running->Handle(dialog, message, wParam, lParam);
+  }
+
+  bool Handle(HWND dialog, unsigned message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_INITDIALOG) {
+      window_ = dialog;
+      EXPECT_EQ(lParam, 42);
+      system_->CheckDlgButton(dialog, kFollower, true);
+      system_->SetDlgItemText(dialog, kEdit, "0.5");
+      for (const char* row : {"zero", "one", "two"}) system_->ListBoxAddString(dialog, kList, row);
+      system_->ListBoxSetCurSel(dialog, kList, 1);
+      return true;
+    }
+    const int id = CommandId(wParam);
+    commands_.emplace_back(id, CommandNotification(wParam));
+    if (id == endAt_) system_->EndDialog(dialog, 5);
+    if ((id == kLeader || id == kFollower) && system_->IsDlgButtonChecked(dialog, kLeader)) {
+      system_->CheckDlgButton(dialog, kFollower, true);
+    }
+    if (id == kBrowse && Pick()) system_->SetDlgItemText(dialog, kFile, picked_.c_str());
+    if (id == IDOK) {
+      atOk_ = {Text(dialog, kEdit), Text(dialog, kFile)};
+      rowAtOk_ = system_->ListBoxGetCurSel(dialog, kList);
+      EXPECT_FALSE(Pick()) << "no button is being pressed";
+      if (endAt_ != -1) system_->EndDialog(dialog, 1);
+    }
+    return true;
+  }
+
+  using Command = std::pair<int, unsigned>;
+
+  SettingsStore settings_ = SettingsStore::InMemory();
+  HINSTANCE module_ = AttachModule({{}, kDialogs, kCursors});
+  ConsoleSystem::Options options_;
+  std::unique_ptr<ConsoleSystem> system_;
+  HWND window_ = nullptr;
+  int endAt_ = 0;  ///< the command that ends the dialog with 5; -1: not even OK ends it
+  std::string picked_;
+  std::vector<Command> commands_;
+  std::vector<std::string> atOk_;
+  int rowAtOk_ = -2;
+  std::vector<std::pair<int, bool>> atEnd_;
+};
+
+TEST_F(ConsoleTest, BoxesAreClickedOnlyWhenTheyDifferAsTheirTurnComes) {
+  // The procedure checks the follower at the leader's click, and again when it is clicked.
+  EXPECT_EQ(Show({SetCheck{kFollower, false}, SetCheck{kLeader, true}, SetCheck{kFollower, true},
+                  SetCheck{kFollower, false}}),
+            1);
+  EXPECT_THAT(commands_, ElementsAre(Command{kFollower, BN_CLICKED}, Command{kLeader, BN_CLICKED},
+                                     Command{kFollower, BN_CLICKED}, Command{IDOK, BN_CLICKED}));
+  EXPECT_THAT(atEnd_, ElementsAre(std::pair(kFollower, true), std::pair(kLeader, true)));
+}
+
+TEST_F(ConsoleTest, TypingSelectingAndBrowsingReachTheProcedure) {
+  EXPECT_EQ(Show({TypeText{kEdit, "-0.25"}, SelectRow{kList, 1}, SelectRow{kList, 2},
+                  PickFile{kBrowse, "/fifteen/bytes_"}}),
+            1);
+  EXPECT_THAT(commands_, ElementsAre(Command{kList, LBN_SELCHANGE}, Command{kBrowse, BN_CLICKED},
+                                     Command{IDOK, BN_CLICKED}));
+  EXPECT_THAT(atOk_, ElementsAre("-0.25", "/fifteen/bytes_"));
+  EXPECT_EQ(rowAtOk_, 2);
+
+  for (const char* path : {"/sixteen/bytes__", ""}) {
+    EXPECT_EQ(Show({PickFile{kBrowse, path}}), 1);
+    EXPECT_THAT(atOk_, ElementsAre("0.5", "none")) << "what the procedure and the template set";
+    EXPECT_EQ(rowAtOk_, 1);
+    EXPECT_EQ(picked_, "unused");
+  }
+}
+
+TEST_F(ConsoleTest, TheProcedureEndsTheDialog) {
+  endAt_ = kLeader;
+  EXPECT_EQ(Show({SetCheck{kLeader, true}, SetCheck{kFollower, false}}), 5);
+  EXPECT_THAT(commands_, ElementsAre(Command{kLeader, BN_CLICKED}));
+  EXPECT_THAT(atEnd_, ElementsAre(std::pair(kFollower, true), std::pair(kLeader, true)));
+
+  const auto endAtOnce = [](HWND dialog, unsigned message, WPARAM, LPARAM) {
+    EXPECT_EQ(message, WM_INITDIALOG);
+    running->system_->EndDialog(dialog, 3);
+    running->system_->EndDialog(dialog, -4);
+    return false;
+  };
+  EXPECT_EQ(Show({SetCheck{kLeader, true}}, endAtOnce), -4);
+
+  endAt_ = -1;
+  EXPECT_EQ(Show({}), 0) << "a dialog that OK does not end is closed";
+  EXPECT_EQ(system_->DialogBoxParam(module_, kDialog + 1, nullptr, Procedure, 0), -1);
+  EXPECT_EQ(system_->DialogBoxParam(nullptr, kDialog, nullptr, Procedure, 0), -1);
+}
+
+TEST_F(ConsoleTest, ImpossibleActionsAreErrors) {
+  const std::vector<DialogAction> impossible = {
+      SetCheck{99, true},  SetCheck{kEdit, true}, SetCheck{-1, true},  TypeText{kFile, "x"},
+      SelectRow{kList, 3}, SelectRow{kList, -1},  SelectRow{kEdit, 0}, PickFile{kList, "x"},
+  };
+  for (const DialogAction& action : impossible) {
+    EXPECT_THROW(Show({action}), std::logic_error);
+    EXPECT_THAT(commands_, IsEmpty());
+    EXPECT_EQ(Text(window_, kEdit), "") << "the dialog is closed";
+  }
+}
+
+TEST_F(ConsoleTest, WindowsAndControlsThatAreNotThereAreSafe) {
+  Show({});
+  const auto useOthers = [](HWND dialog, unsigned message, WPARAM, LPARAM) {
+    ConsoleSystem& system = *running->system_;
+    EXPECT_EQ(running->Text(dialog, kFile, 3), "no");
+    EXPECT_EQ(system.GetDlgItemText(dialog, kFile, nullptr, 3), 0);
+    const std::vector<std::pair<HWND, int>> places = {
+        {running->window_, kLeader}, {nullptr, kLeader}, {dialog, 99}, {dialog, -1}};
+    for (const auto& [window, id] : places) {
+      system.SetDlgItemText(window, id, "x");
+      system.CheckDlgButton(window, id, true);
+      system.ListBoxAddString(window, id, "x");
+      system.ListBoxSetCurSel(window, id, 0);
+      EXPECT_EQ(running->Text(window, id), "");
+      EXPECT_FALSE(system.IsDlgButtonChecked(window, id));
+      EXPECT_EQ(system.ListBoxGetCurSel(window, id), -1);
+      if (window != dialog) system.EndDialog(window, 9);
+    }
+    EXPECT_FALSE(system.IsDlgButtonChecked(dialog, kLeader));
+    system.ListBoxAddString(dialog, kList, nullptr);
+    for (const int row : {0, 9, -2}) {
+      system.ListBoxSetCurSel(dialog, kList, row);
+      EXPECT_EQ(system.ListBoxGetCurSel(dialog, kList), row == 0 ? 0 : -1);
+    }
+    if (message == WM_COMMAND) system.EndDialog(dialog, 2);
+    return true;
+  };
+  EXPECT_EQ(system_->DialogBoxParam(module_, kDialog, window_, useOthers, 0), 2);
+}
+
+TEST_F(ConsoleTest, WhatIsToldAndWhichCursorsThereAre) {
+  std::vector<std::string> told;
+  options_.onMessageBox = [&told](const std::string& title, const std::string& text) {
+    told.push_back(title + ": " + text);
+  };
+  options_.onDebugOutput = [&told](const std::string& text) { told.push_back(text); };
+  ConsoleSystem silent({}, settings_);
+  ConsoleSystem telling(options_, settings_);
+  for (ConsoleSystem* system : {&silent, &telling}) {
+    system->MessageBox(nullptr, "done\n", "Title");
+    system->MessageBox(nullptr, nullptr, nullptr);
+    system->OutputDebugStringA("line\n");
+  }
+  EXPECT_THAT(told, ElementsAre("Title: done\n", ": ", "line\n"));
+
+  EXPECT_NE(silent.LoadCursor(module_, kCursor), nullptr);
+  EXPECT_NE(silent.LoadCursor(nullptr, IDC_WAIT), silent.LoadCursor(module_, kCursor));
+  EXPECT_EQ(silent.LoadCursor(module_, kCursor + 1), nullptr);
+  EXPECT_EQ(silent.LoadCursor(nullptr, kCursor), nullptr);
+}
+
+}  // namespace
+}  // namespace mapexport
