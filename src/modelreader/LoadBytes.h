@@ -1,0 +1,25 @@
+// A whole file in memory.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "modelreader/ProblemList.h"
+
+namespace mapexport {
+
+struct LoadedBytes {
+  std::unique_ptr<std::byte[]> data;
+  std::size_t size = 0;
+
+  std::span<const std::byte> View() const { return {data.get(), size}; }
+};
+
+/// Reads the regular file at `path`, which must be smaller than 4 GiB. When that fails, a problem
+/// says why. The bytes are a copy: a file that another program shortens meanwhile does no harm.
+std::optional<LoadedBytes> LoadBytes(const std::string& path, ProblemList& problems);
+
+}  // namespace mapexport

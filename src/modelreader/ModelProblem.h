@@ -1,0 +1,84 @@
+// One thing that is wrong with a model file.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace mapexport {
+
+enum class ModelProblemCode {
+  // The file as a whole; these have no offset.
+  kCannotOpen,
+  kIsFolder,
+  kNotRegular,
+  kCannotRead,
+  kEmpty,
+  kTooLarge,
+  // Framing.
+  kNoStartTag,
+  kNoEndTag,
+  kAfterEndTag,
+  kChunkId,
+  kChunkName,
+  // Sizes, counts and texts, anywhere.
+  kCut,
+  kCountTooLarge,
+  kSizeTooLarge,
+  kSizeLeftOver,
+  kTextEmpty,
+  kTextNoEnd,
+  kTextNul,
+  // Records.
+  kTypeCode,
+  kVersionText,
+  kVersion,
+  kBool,
+  kOuterName,
+  kOtherLayout,
+  // Indices.
+  kMaterialIndex,
+  kVertexIndex,
+  kCornerIndex,
+  kPointIndex,
+  kBatchIndex,
+  kSurfaceSetIndex,
+  kFaceIndex,
+  // The face table against the other lists.
+  kPlaneCount,
+  kPlanePosition,
+  kBatchPosition,
+  kPositionTaken,
+  kFaceVertices,
+  kFacesMissing,
+  kUndrawnSet,
+  kDrawnSet,
+  kNotInSet,
+  kInOtherSet,
+  kListedAgain,
+  // Warnings.
+  kNotFinite,
+  kIndicesCut,
+  // The last line when there are too many.
+  kTooManyErrors,
+};
+
+enum class ModelSeverity {
+  kError,   ///< the file is not sound
+  kWarning  ///< the file is what the exporter may write, but hardly what is wanted
+};
+
+struct ModelProblem {
+  ModelProblemCode code{};
+  ModelSeverity severity = ModelSeverity::kError;
+  std::optional<std::uint64_t>
+      offset;         ///< byte of the file; none when the file can't be had at all
+  std::string place;  ///< record path such as "groups[0].batches[2].vertexIndices[7]"
+  std::string text;   ///< what is wrong, with the value and the limit; one printable line
+};
+
+/// "offset 123: groups[0].batches[2].vertexIndices[7]: TEXT", without what the problem does not
+/// have.
+std::string ToLine(const ModelProblem& problem);
+
+}  // namespace mapexport

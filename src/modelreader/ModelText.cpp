@@ -1,0 +1,221 @@
+#include "modelreader/ModelText.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include <fmt/format.h>
+
+#include "modelreader/ModelFaceFlags.h"
+#include "modelreader/PrintableText.h"
+#include "modelreader/TextTable.h"
+
+namespace mapexport {
+
+namespace {
+
+// What a table or page shows at most; then it says how many more there are.
+constexpr std::size_t kMaxRows = 40;
+constexpr std::size_t kMaxBatchRows = 10;
+constexpr std::size_t kMaxGroups = 20;
+constexpr std::size_t kMaxNameColumns = 32;
+
+constexpr TextAlign kRight = TextAlign::kRight;
+
+std::string Counted(std::size_t count, std::string_view one, std::string_view many) {
+  return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+std::string Name(std::string_view name) {
+  return PrintableText(name, kMaxNameColumns);
+}
+
+void WriteMore(std::size_t count, std::size_t shown, std::ostream& out) {
+  if (count > shown) out << fmt::format("    ... and {} more\n", count - shown);
+}
+
+std::size_t Triangles(const ModelGroup& group) {
+  std::size_t triangles = 0;
+  for (const ModelBatch& batch : group.batches) triangles += batch.faces.size();
+  return triangles;
+}
+
+void WriteMaterials(const ModelFile& model, std::ostream& out) {
+  std::vector<std::size_t> triangles(model.materials.size());
+  for (const ModelGroup& group : model.groups) {
+    for (const ModelBatch& batch : group.batches) {
+      const auto material = static_cast<std::size_t>(batch.material);  // -1 becomes too large
+      if (material < triangles.size()) triangles[material] += batch.faces.size();
+    }
+  }
+
+  TextTable table(
+      {{"#", kRight}, {"name"}, {"texture"}, {"triangles", kRight}, {"two-sided"}, {"diffuse"}});
+  const std::size_t shown = std::min(model.materials.size(), kMaxRows);
+  for (std::size_t i = 0; i < shown; ++i) {
+    const ModelMaterial& material = model.materials[i];
+    const ModelColour& diffuse = material.diffuse;
+    table.AddRow({std::to_string(i), Name(material.header.name), Name(material.textureName),
+                  std::to_string(triangles[i]), material.twoSided ? "yes" : "no",
+                  fmt::format("{:.3g} {:.3g} {:.3g}", diffuse.r, diffuse.g, diffuse.b)});
+  }
+  out << "\nMaterials\n";
+  table.Write(2, out);
+  WriteMore(model.materials.size(), shown, out);
+}
+
+/// "(x, y, z) to (x, y, z)" around the finite points.
+std::string Bounds(const std::vector<ModelPoint>& points) {
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  ModelPoint least{kInfinity, kInfinity, kInfinity};
+  ModelPoint most{-kInfinity, -kInfinity, -kInfinity};
+  for (const ModelPoint& point : points) {
+    if (!std::isfinite(point.x) || !std::isfinite(point.y) || !std::isfinite(point.z)) continue;
+    least = {std::min(least.x, point.x), std::min(least.y, point.y), std::min(least.z, point.z)};
+    most = {std::max(most.x, point.x), std::max(most.y, point.y), std::max(most.z, point.z)};
+  }
+  if (least.x > most.x) return "none";
+  return fmt::format("({}, {}, {}) to ({}, {}, {})", least.x, least.y, least.z, most.x, most.y,
+                     most.z);
+}
+
+/// Rows of the lists that 16-bit indices address, with how much of their reach is used.
+class LimitTable {
+ public:
+  void Add(std::string_view list, std::size_t count) {
+    const double percent =
+        100.0 * static_cast<double>(count) / static_cast<double>(kModelIndexLimit);
+    const std::string over =
+        count > kModelIndexLimit ? fmt::format("too long by {}", count - kModelIndexLimit) : "";
+    table_.AddRow(
+        {std::string(list), std::to_string(count), fmt::format("{:.1f} %", percent), over});
+  }
+  void Write(std::ostream& out) const { table_.Write(2, out); }
+
+ private:
+  TextTable table_{{{"lists addressed by 16 bits"},
+                    {"entries", kRight},
+                    {fmt::format("of {}", kModelIndexLimit), kRight},
+                    {""}}};
+};
+
+void WriteLimits(const ModelGroup& group, ModelLayout layout, std::ostream& out) {
+  std::size_t mostCorners = 0;
+  std::size_t mostFaces = 0;
+  for (const ModelBatch& batch : group.batches) {
+    mostCorners = std::max(mostCorners, batch.corners.size());
+    mostFaces = std::max(mostFaces, batch.faces.size());
+  }
+  LimitTable table;
+  table.Add("vertices", group.vertices.size());
+  table.Add("most corners of a batch", mostCorners);
+  if (layout == ModelLayout::kKob) {
+    table.Add("most faces of a batch", mostFaces);
+    table.Add("collision points", group.collisionPoints.size());
+    table.Add("faces", group.faces.size());
+  }
+  out << '\n';
+  table.Write(out);
+}
+
+std::string MaterialOf(const ModelBatch& batch, const ModelFile& model) {
+  if (batch.material == -1) return "none";
+  const auto index = static_cast<std::size_t>(batch.material);
+  const std::string name =
+      index < model.materials.size() ? Name(model.materials[index].header.name) : "?";
+  return fmt::format("{} {}", batch.material, name);
+}
+
+void WriteBatches(const ModelGroup& group, const ModelFile& model, std::ostream& out) {
+  if (group.batches.empty()) return;
+  std::vector<std::size_t> order(group.batches.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  const std::size_t shown = std::min(order.size(), kMaxBatchRows);
+  const auto isLarger = [&](std::size_t a, std::size_t b) {
+    const std::size_t facesOfA = group.batches[a].faces.size();
+    const std::size_t facesOfB = group.batches[b].faces.size();
+    return facesOfA != facesOfB ? facesOfA > facesOfB : a < b;
+  };
+  std::partial_sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(shown), order.end(),
+                    isLarger);
+
+  TextTable table({{"batch", kRight}, {"material"}, {"triangles", kRight}, {"corners", kRight}});
+  for (std::size_t i = 0; i < shown; ++i) {
+    const ModelBatch& batch = group.batches[order[i]];
+    table.AddRow({std::to_string(order[i]), MaterialOf(batch, model),
+                  std::to_string(batch.faces.size()), std::to_string(batch.corners.size())});
+  }
+  out << "\n  Batches, largest first\n";
+  table.Write(4, out);
+  WriteMore(order.size(), shown, out);
+}
+
+std::string Keywords(std::uint32_t flags) {
+  std::string keywords;
+  const auto add = [&keywords](std::string_view keyword) {
+    if (!keywords.empty()) keywords += ' ';
+    keywords += keyword;
+  };
+  for (const ModelFaceFlag& flag : kModelFaceFlags) {
+    if ((flags & flag.bit) == 0) continue;
+    add(flag.keyword);
+    flags &= ~flag.bit;
+  }
+  if (flags != 0) add(fmt::format("{:#x}", flags));
+  return keywords.empty() ? "-" : keywords;
+}
+
+void WriteSurfaceSets(const ModelGroup& group, std::ostream& out) {
+  if (group.surfaceSets.empty()) return;
+  TextTable table({{"set", kRight}, {"name"}, {"faces", kRight}, {"flags"}});
+  const std::size_t shown = std::min(group.surfaceSets.size(), kMaxRows);
+  for (std::size_t i = 0; i < shown; ++i) {
+    const ModelSurfaceSet& set = group.surfaceSets[i];
+    table.AddRow(
+        {std::to_string(i), Name(set.name), std::to_string(set.faces.size()), Keywords(set.flags)});
+  }
+  out << "\n  Surface sets\n";
+  table.Write(4, out);
+  WriteMore(group.surfaceSets.size(), shown, out);
+}
+
+void WriteGroup(std::size_t index, const ModelFile& model, std::ostream& out) {
+  const ModelGroup& group = model.groups[index];
+  const std::size_t drawn = Triangles(group);
+  out << fmt::format("\nGroup {} {}\n", index, Quoted(group.header.name));
+  out << fmt::format("  triangles         {} in {}", drawn,
+                     Counted(group.batches.size(), "batch", "batches"));
+  if (model.layout == ModelLayout::kKob) {
+    out << fmt::format(", {} undrawn", group.planes.size());
+  }
+  out << fmt::format("\n  bounds            {}\n", Bounds(group.vertices));
+  if (!group.collisionPoints.empty()) {
+    out << fmt::format("  collision bounds  {}\n", Bounds(group.collisionPoints));
+  }
+  WriteLimits(group, model.layout, out);
+  WriteBatches(group, model, out);
+  WriteSurfaceSets(group, out);
+}
+
+}  // namespace
+
+void WriteModelText(const ModelFile& model, std::ostream& out) {
+  const char* layout =
+      model.layout == ModelLayout::kQob ? "first layout (qob)" : "second layout (kob)";
+  out << fmt::format("Model in the {}: {}, {}\n", layout,
+                     Counted(model.materials.size(), "material", "materials"),
+                     Counted(model.groups.size(), "group", "groups"));
+  if (!model.materials.empty()) WriteMaterials(model, out);
+  const std::size_t shown = std::min(model.groups.size(), kMaxGroups);
+  for (std::size_t i = 0; i < shown; ++i) WriteGroup(i, model, out);
+  if (model.groups.size() > shown) {
+    out << '\n';
+    WriteMore(model.groups.size(), shown, out);
+  }
+}
+
+}  // namespace mapexport

@@ -1,0 +1,38 @@
+// Reads a model file and checks it throughout.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "modelreader/ModelFile.h"
+#include "modelreader/ModelProblem.h"
+
+namespace mapexport {
+
+/// The layout that the exporter chooses for a path: kQob when the text after the last "." of the
+/// whole path is "qob" in any case, else kKob.
+ModelLayout LayoutOfPath(const std::string& path);
+
+struct ModelReadResult {
+  ModelFile model;  ///< all that could be read; whole when the file is sound
+  /// As they were found, errors and warnings mixed. Numbers that are not finite are one warning per
+  /// kind of list. After 50 errors reading stops, and the last problem says so.
+  std::vector<ModelProblem> problems;
+
+  /// Whether there is no error.
+  bool Sound() const;
+};
+
+/// Reads the file at `path`. A sound file is one that the exporter can have written: every size,
+/// count and tag is right, no byte is left over, every index is in range, and the face table agrees
+/// with the batches, planes and surface sets. An index into a list of more than kModelIndexLimit
+/// entries can't be judged so; it is compared as far as its 16 bits go. Memory stays within a small
+/// multiple of the file's size, time is linear in it. Throws nothing but std::bad_alloc.
+ModelReadResult ReadModelFile(const std::string& path, ModelLayout layout);
+
+/// The same for the bytes of a file.
+ModelReadResult ReadModelBytes(std::span<const std::byte> bytes, ModelLayout layout);
+
+}  // namespace mapexport
