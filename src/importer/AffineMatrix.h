@@ -1,0 +1,30 @@
+// The library's transforms, accumulated without rounding.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+namespace mapexport {
+
+/// Three rows of four numbers used with column vectors, column 3 the translation: the library's
+/// form, in double precision so that a chain of transforms is rounded once, at its end.
+struct AffineMatrix {
+  std::array<std::array<double, 4>, 3> rows{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+
+  friend bool operator==(const AffineMatrix&, const AffineMatrix&) = default;
+};
+
+/// The transform that applies `inner` first.
+inline AffineMatrix operator*(const AffineMatrix& outer, const AffineMatrix& inner) {
+  AffineMatrix product;
+  for (std::size_t r = 0; r < 3; ++r) {
+    for (std::size_t c = 0; c < 4; ++c) {
+      double sum = c == 3 ? outer.rows[r][3] : 0.0;
+      for (std::size_t k = 0; k < 3; ++k) sum += outer.rows[r][k] * inner.rows[k][c];
+      product.rows[r][c] = sum;
+    }
+  }
+  return product;
+}
+
+}  // namespace mapexport

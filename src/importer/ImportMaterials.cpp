@@ -1,0 +1,128 @@
+// Foreign materials as the host's Standard materials.
+#include "importer/ImportMaterials.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include <assimp/scene.h>
+#include <fmt/format.h>
+
+#include "importer/LibraryValues.h"
+#include "importer/ReadWithLibrary.h"
+#include "importer/TexturePath.h"
+#include "importer/TextureTransform.h"
+
+namespace mapexport {
+namespace {
+
+/// A key of the library; its AI_MATKEY_ macros are such triples.
+struct Key {
+  const char* name;
+  unsigned kind;
+  unsigned index;
+};
+
+float FloatOf(const aiMaterial& material, float fallback, const Key& key) {
+  float value = fallback;
+  if (material.Get(key.name, key.kind, key.index, value) != aiReturn_SUCCESS ||
+      !std::isfinite(value))
+    return fallback;
+  return value;
+}
+
+int IntegerOf(const aiMaterial& material, const Key& key) {
+  int value = 0;
+  return material.Get(key.name, key.kind, key.index, value) == aiReturn_SUCCESS ? value : 0;
+}
+
+Color ColorOf(const aiMaterial& material, const Key& key) {
+  aiColor3D color;
+  if (material.Get(key.name, key.kind, key.index, color) != aiReturn_SUCCESS) return {};
+  const auto finite = [](float x) { return std::isfinite(x) ? x : 0.0f; };
+  return {finite(color.r), finite(color.g), finite(color.b)};
+}
+
+bool IsFinite(const Matrix3& matrix) {
+  return std::ranges::all_of(matrix.rows, [](const Point3& row) {
+    return std::isfinite(row.x) && std::isfinite(row.y) && std::isfinite(row.z);
+  });
+}
+
+/// The map in the first of the two slots in which readers store what the host calls the diffuse
+/// map.
+std::optional<SceneTexture> DiffuseMap(const LibraryScene& source, const aiMaterial& material) {
+  for (const aiTextureType slot : {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR}) {
+    aiString path;
+    if (material.Get(AI_MATKEY_TEXTURE(slot, 0), path) != aiReturn_SUCCESS) continue;
+    SceneTexture texture;
+    texture.file = TexturePath(source, path);
+    if (texture.file.empty()) continue;
+    aiUVTransform stored;
+    if (material.Get(AI_MATKEY_UVTRANSFORM(slot, 0), stored) == aiReturn_SUCCESS) {
+      const Matrix3 transform = TextureTransform(stored, source.format);
+      if (IsFinite(transform) && transform != Matrix3{}) texture.uvTransform = transform;
+    }
+    return texture;
+  }
+  return std::nullopt;
+}
+
+SceneMaterial ImportMaterial(const LibraryScene& source, const aiMaterial& material,
+                             std::string name) {
+  SceneMaterial host;
+  host.name = std::move(name);
+  host.ambient = ColorOf(material, {AI_MATKEY_COLOR_AMBIENT});
+  host.diffuse = ColorOf(material, {AI_MATKEY_COLOR_DIFFUSE});
+  host.specular = ColorOf(material, {AI_MATKEY_COLOR_SPECULAR});
+  host.opacity = std::clamp(FloatOf(material, 1.0f, {AI_MATKEY_OPACITY}), 0.0f, 1.0f);
+  host.shininess = FloatOf(material, 0.0f, {AI_MATKEY_SHININESS});
+  host.shininessStrength = FloatOf(material, 0.0f, {AI_MATKEY_SHININESS_STRENGTH});
+  host.shading = IntegerOf(material, {AI_MATKEY_SHADING_MODEL});
+  host.twoSided = IntegerOf(material, {AI_MATKEY_TWOSIDED}) != 0;
+  host.diffuseMap = DiffuseMap(source, material);
+  return host;
+}
+
+/// Whether the reader made this material up for meshes that have none. Most readers call it
+/// "DefaultMaterial"; the glTF readers add a nameless one behind the file's own, those of OFF and
+/// PLY give a nameless one, even two-sided, to every mesh.
+bool IsStandIn(const LibraryScene& source, const aiMaterial& material, const std::string& name,
+               std::size_t index) {
+  if (!name.empty()) return name == AI_DEFAULT_MATERIAL_NAME;
+  switch (source.format) {
+    case SourceFormat::kGltf1:
+    case SourceFormat::kGltf2:
+      return index + 1 == source.scene->mNumMaterials;
+    case SourceFormat::kOff:
+    case SourceFormat::kPly:
+      return material.GetTextureCount(aiTextureType_DIFFUSE) == 0;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+ImportedMaterials ImportMaterials(const LibraryScene& source) {
+  const aiScene& scene = *source.scene;
+  const std::size_t count = scene.mMaterials == nullptr ? 0 : scene.mNumMaterials;
+  ImportedMaterials imported;
+  imported.hostIndex.assign(count, -1);
+  for (std::size_t i = 0; i < count; ++i) {
+    const aiMaterial* material = scene.mMaterials[i];
+    if (material == nullptr) continue;
+    aiString stored;
+    material->Get(AI_MATKEY_NAME, stored);
+    std::string name = source.Text(stored);
+    if (IsStandIn(source, *material, name, i)) continue;
+    if (name.empty()) name = fmt::format("Material {}", i + 1);
+    imported.hostIndex[i] = static_cast<int>(imported.materials.size());
+    imported.materials.push_back(ImportMaterial(source, *material, std::move(name)));
+  }
+  return imported;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,24 @@
+// Foreign materials as the host's Standard materials.
+#pragma once
+
+#include <vector>
+
+#include "scene/Scene.h"
+
+namespace mapexport {
+
+struct LibraryScene;
+
+struct ImportedMaterials {
+  std::vector<SceneMaterial> materials;
+  /// By the library's material index: the index in `materials`, -1 for the material that a reader
+  /// gives to meshes without one.
+  std::vector<int> hostIndex;
+};
+
+/// All materials of `source`, in its order. One without a name is called "Material N" (N from 1),
+/// since equal names mean one material to the host's exporters. Colours and scalars that aren't
+/// finite are 0; the opacity is 0 to 1.
+ImportedMaterials ImportMaterials(const LibraryScene& source);
+
+}  // namespace mapexport

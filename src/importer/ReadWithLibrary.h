@@ -1,0 +1,36 @@
+// A scene file read by the import library, as the library gives it.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "importer/SourceFormat.h"
+
+struct aiScene;
+struct aiString;
+
+namespace mapexport {
+
+/// The library's scene. Its root node is there; nothing else in it has been checked: pointers may
+/// be null, indices out of range, numbers not finite.
+struct LibraryScene {
+  std::string path;  ///< as given
+  SourceFormat format = SourceFormat::kOtherYUp;
+  bool hasEntities = false;  ///< an ASCII FBX file: its texts still hold entities
+  std::shared_ptr<const aiScene> scene;
+  std::vector<std::string>
+      missingFiles;  ///< files that the reader asked for in vain and did without
+
+  /// A text of this scene as valid UTF-8.
+  std::string Text(const aiString& text) const;
+};
+
+/// Reads the file at `path` with whichever reader of the library takes it. Polygons are
+/// triangulated, nothing else is changed. Throws SceneError for a path that is no file, an empty
+/// file, UTF-16 text that the reader can't make sense of, a file in which it finds nothing, and
+/// whatever the library refuses.
+LibraryScene ReadWithLibrary(const std::string& path);
+
+}  // namespace mapexport

@@ -1,0 +1,46 @@
+// The formats that need rules of their own.
+#include "importer/SourceFormat.h"
+
+#include <array>
+
+namespace mapexport {
+namespace {
+
+struct Reader {
+  std::string_view nameStart;
+  SourceFormat format;
+};
+
+constexpr std::array<Reader, 11> kReaders{{
+    {"Autodesk FBX", SourceFormat::kFbx},
+    {"glTF2", SourceFormat::kGltf2},
+    {"glTF", SourceFormat::kGltf1},
+    {"Collada", SourceFormat::kCollada},
+    {"Wavefront Object", SourceFormat::kObj},
+    {"OFF", SourceFormat::kOff},
+    {"Stanford Polygon Library", SourceFormat::kPly},
+    {"Stereolithography", SourceFormat::kOtherZUp},
+    {"Blender", SourceFormat::kOtherZUp},
+    {"3mf", SourceFormat::kOtherZUp},
+    {"Additive manufacturing", SourceFormat::kOtherZUp},
+}};
+
+}  // namespace
+
+SourceFormat FormatOfReader(std::string_view reader) {
+  for (const Reader& entry : kReaders) {
+    if (reader.starts_with(entry.nameStart)) return entry.format;
+  }
+  return SourceFormat::kOtherYUp;
+}
+
+bool IsZUp(SourceFormat format) {
+  return format == SourceFormat::kPly || format == SourceFormat::kOtherZUp;
+}
+
+bool IsInMetres(SourceFormat format) {
+  return format == SourceFormat::kGltf1 || format == SourceFormat::kGltf2 ||
+         format == SourceFormat::kCollada;
+}
+
+}  // namespace mapexport

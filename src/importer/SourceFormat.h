@@ -1,0 +1,30 @@
+// The formats that need rules of their own.
+#pragma once
+
+#include <string_view>
+
+namespace mapexport {
+
+enum class SourceFormat {
+  kCollada,
+  kFbx,
+  kGltf1,
+  kGltf2,
+  kObj,
+  kOff,
+  kPly,
+  kOtherYUp,  ///< arrives with y up: by definition, turned by the library, or for want of an axis
+  kOtherZUp   ///< arrives with z up
+};
+
+/// The format of the library's reader of that name; an unknown reader counts as kOtherYUp, which is
+/// what the library promises of its readers.
+SourceFormat FormatOfReader(std::string_view reader);
+
+/// Whether z points up in what arrives; y does in all others.
+bool IsZUp(SourceFormat format);
+
+/// Whether lengths of this format arrive in metres.
+bool IsInMetres(SourceFormat format);
+
+}  // namespace mapexport
