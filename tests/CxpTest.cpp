@@ -22,7 +22,7 @@ using Names = std::vector<std::string>;
 
 Names Listed(const TextureNames& list) {
   Names names;
-  for (std::size_t i = 0; i < list.Count(); ++i) names.emplace_back(list[i].View());
+  for (std::size_t i = 0; i < list.Count(); ++i) names.emplace_back(list[i]);
   return names;
 }
 

@@ -63,11 +63,9 @@ std::int64_t WeldCells::CellOf(double x) const {
 
 WeldCells::Range WeldCells::CellsAround(float x) const {
   const double centre = static_cast<double>(x);
-  if (std::fabs(centre) >= farOut_) {
-    const std::int64_t own = CellOf(centre);
-    return {own, own};
-  }
-  return {CellOf(centre - reach_), CellOf(centre + reach_)};
+  const std::int64_t own = CellOf(centre);
+  if (std::fabs(centre) >= farOut_) return {own, own, own};
+  return {own, CellOf(centre - reach_), CellOf(centre + reach_)};
 }
 
 WeldGrid::WeldGrid(std::size_t capacity, float squaredDistance)
@@ -87,10 +85,15 @@ std::uint32_t WeldGrid::Add(const Point3& vertex) {
   slots_.push_back({vertex, 0});
   if (!IsFinite(vertex)) return index;
   allowance_ += kTestsPerVertex;
-  const std::uint32_t hit = NewestNear(vertex);
-  Link(index);
+  const Place place = PlaceOf(vertex);
+  const std::uint32_t hit = NewestNear(vertex, place);
+  Link(index, HeadOf(place.x.own, place.y.own, place.z.own));
   if (allowance_ < 0 && width_ > kNarrowest) Narrow();
   return hit == 0 ? index : hit - 1;
+}
+
+WeldGrid::Place WeldGrid::PlaceOf(const Point3& vertex) const {
+  return {cells_.CellsAround(vertex.x), cells_.CellsAround(vertex.y), cells_.CellsAround(vertex.z)};
 }
 
 std::uint32_t& WeldGrid::HeadOf(std::int64_t x, std::int64_t y, std::int64_t z) {
@@ -102,36 +105,34 @@ std::uint32_t& WeldGrid::HeadOf(std::int64_t x, std::int64_t y, std::int64_t z) 
 }
 
 /// The index + 1 of the newest linked vertex that is near, 0 when there is none.
-std::uint32_t WeldGrid::NewestNear(const Point3& vertex) {
-  const WeldCells::Range xs = cells_.CellsAround(vertex.x);
-  const WeldCells::Range ys = cells_.CellsAround(vertex.y);
-  const WeldCells::Range zs = cells_.CellsAround(vertex.z);
-  std::uint32_t best = 0;
+std::uint32_t WeldGrid::NewestNear(const Point3& vertex, const Place& place) {
+  const auto& [xs, ys, zs] = place;
+  std::uint32_t best = NewestOfChain(HeadOf(xs.own, ys.own, zs.own), vertex, 0);
   for (std::int64_t x = xs.first; x <= xs.last; ++x) {
     for (std::int64_t y = ys.first; y <= ys.last; ++y) {
       for (std::int64_t z = zs.first; z <= zs.last; ++z) {
-        std::uint32_t candidate = HeadOf(x, y, z);
-        while (candidate > best) {
-          const Slot& slot = slots_[candidate - 1];
-          const Point3 offset = slot.position - vertex;
-          --allowance_;
-          if (DotProd(offset, offset) < squaredDistance_) {
-            best = candidate;
-          } else {
-            candidate = slot.older;
-          }
-        }
+        if (x == xs.own && y == ys.own && z == zs.own) continue;
+        best = NewestOfChain(HeadOf(x, y, z), vertex, best);
       }
     }
   }
   return best;
 }
 
-void WeldGrid::Link(std::uint32_t index) {
-  const Point3& p = slots_[index].position;
-  std::uint32_t& head =
-      HeadOf(cells_.CellOf(static_cast<double>(p.x)), cells_.CellOf(static_cast<double>(p.y)),
-             cells_.CellOf(static_cast<double>(p.z)));
+/// The same for one chain, `best` when nothing newer than that is near.
+std::uint32_t WeldGrid::NewestOfChain(std::uint32_t head, const Point3& vertex,
+                                      std::uint32_t best) {
+  for (std::uint32_t candidate = head; candidate > best;) {
+    const Slot& slot = slots_[candidate - 1];
+    const Point3 offset = slot.position - vertex;
+    --allowance_;
+    if (DotProd(offset, offset) < squaredDistance_) return candidate;
+    candidate = slot.older;
+  }
+  return best;
+}
+
+void WeldGrid::Link(std::uint32_t index, std::uint32_t& head) {
   slots_[index].older = head;
   head = index + 1;
 }
@@ -141,7 +142,10 @@ void WeldGrid::Narrow() {
   cells_ = WeldCells(reach_, width_);
   std::ranges::fill(heads_, 0u);
   for (std::uint32_t i = 0; i < slots_.size(); ++i) {
-    if (IsFinite(slots_[i].position)) Link(i);
+    const Point3& p = slots_[i].position;
+    if (!IsFinite(p)) continue;
+    const Place place = PlaceOf(p);
+    Link(i, HeadOf(place.x.own, place.y.own, place.z.own));
   }
   allowance_ = kFirstTests;
 }

@@ -15,7 +15,8 @@ namespace mapexport {
 class WeldCells {
  public:
   struct Range {
-    std::int64_t first;
+    std::int64_t own;    ///< the cell of the coordinate itself
+    std::int64_t first;  ///< of the cells that coordinates within the reach can lie in
     std::int64_t last;
   };
 
@@ -24,7 +25,7 @@ class WeldCells {
 
   /// The cell of a finite coordinate.
   std::int64_t CellOf(double x) const;
-  /// The cells of all floats that differ from `x` by less than the reach.
+  /// That cell and those of all floats that differ from `x` by less than the reach.
   Range CellsAround(float x) const;
 
  private:
@@ -36,8 +37,10 @@ class WeldCells {
 /// A hash grid over vertices that are added one after the other. The chain of a cell starts with
 /// the newest vertex: the first hit is the chain's best, and a chain ends at the best hit so far.
 /// Cells are wide at first, so that most queries look into one; they are narrowed when vertices
-/// crowd into them. In the narrowest ones a vertex is passed over a bounded number of times, as all
-/// vertices within a fraction of a cell hit each other: the time is linear in the vertices.
+/// crowd into them. A query looks into the vertex's own cell first and so comes at most as far back
+/// as the last vertex in the same fraction of a cell, since all within such a fraction are near
+/// each other. A vertex is thus passed over once per fraction around it, not once per query: the
+/// time is linear in the vertices, however they lie.
 class WeldGrid {
  public:
   /// For up to `capacity` vertices. Two of them are near each other when their squared distance,
@@ -55,9 +58,18 @@ class WeldGrid {
     std::uint32_t older;
   };
 
+  /// Where a vertex is, per axis.
+  struct Place {
+    WeldCells::Range x;
+    WeldCells::Range y;
+    WeldCells::Range z;
+  };
+
+  Place PlaceOf(const Point3& vertex) const;
   std::uint32_t& HeadOf(std::int64_t x, std::int64_t y, std::int64_t z);
-  std::uint32_t NewestNear(const Point3& vertex);
-  void Link(std::uint32_t index);
+  std::uint32_t NewestNear(const Point3& vertex, const Place& place);
+  std::uint32_t NewestOfChain(std::uint32_t head, const Point3& vertex, std::uint32_t best);
+  void Link(std::uint32_t index, std::uint32_t& head);
   void Narrow();
 
   float squaredDistance_;

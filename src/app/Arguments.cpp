@@ -1,0 +1,146 @@
+#include "app/Arguments.h"
+
+#include <filesystem>
+
+#include <fmt/format.h>
+
+#include "app/CommandLine.h"
+#include "app/Help.h"
+#include "app/OptionValues.h"
+#include "app/RunError.h"
+#include "app/UsageError.h"
+
+namespace mapexport {
+namespace {
+
+std::string RequirePath(const CommandLine& line, std::string_view name, const std::string& path) {
+  if (path.empty()) throw UsageError(fmt::format("{}: the path is empty", name), line.command);
+  return path;
+}
+
+std::optional<std::string> PathValue(const CommandLine& line, std::string_view option) {
+  std::optional<std::string> path = line.Value(option);
+  if (path) RequirePath(line, fmt::format("--{}", option), *path);
+  return path;
+}
+
+std::string Positional(const CommandLine& line, std::size_t index) {
+  return RequirePath(line, line.command->positionals[index].name, line.positionals[index]);
+}
+
+std::string NumberText(const CommandLine& line, const OptionInfo& option,
+                       const std::string& value) {
+  if (value.size() > kMaxBoxText) {
+    throw UsageError(fmt::format("--{}: {} characters are more than the {} that the box takes",
+                                 option.name, value.size(), kMaxBoxText),
+                     line.command);
+  }
+  if (!IsFloatText(value)) {
+    throw UsageError(fmt::format("--{}: \"{}\" is no decimal number in the range of a 32-bit float",
+                                 option.name, value),
+                     line.command);
+  }
+  return value;
+}
+
+int RowNumber(const CommandLine& line, const OptionInfo& option, const std::string& value) {
+  const std::optional<int> row = ParseRow(option.rows, value);
+  if (!row) {
+    throw UsageError(fmt::format("--{}: \"{}\" is none of 0 to {}, {}", option.name, value,
+                                 option.rows.size() - 1, fmt::join(option.rows, ", ")),
+                     line.command);
+  }
+  return *row;
+}
+
+std::string PickedPath(const CommandLine& line, const OptionInfo& option,
+                       const std::string& value) {
+  RequirePath(line, fmt::format("--{}", option.name), value);
+  std::string path = value;
+  if (!path.starts_with('/')) {
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::current_path(error);
+    if (error) throw RunError(fmt::format("the current directory: {}", ErrnoText(error.value())));
+    path = (folder / value).string();
+  }
+  if (path.size() > kMaxPickedPath) {
+    throw UsageError(fmt::format("--{}: the absolute path is {} bytes long, more than the {} that "
+                                 "the file-open box can return",
+                                 option.name, path.size(), kMaxPickedPath),
+                     line.command);
+  }
+  return path;
+}
+
+/// What a person does to the control of `option` to give it that value.
+DialogAction ActionOf(const CommandLine& line, const OptionInfo& option, const std::string& value) {
+  switch (option.kind) {
+    case OptionKind::kSwitch:
+      return SetCheck{option.control, value == "on"};
+    case OptionKind::kNumber:
+      return TypeText{option.control, NumberText(line, option, value)};
+    case OptionKind::kRow:
+      return SelectRow{option.control, RowNumber(line, option, value)};
+    case OptionKind::kText:
+      return PickFile{option.control, PickedPath(line, option, value)};
+    case OptionKind::kFlag:
+      break;
+  }
+  throw std::logic_error("a flag operates no control");
+}
+
+ExportArguments ExportOf(const CommandLine& line) {
+  ExportArguments arguments;
+  arguments.scene = Positional(line, 0);
+  arguments.output = Positional(line, 1);
+  for (const OptionInfo& option : line.command->options) {
+    const std::optional<std::string> value = line.Value(option.name);
+    if (option.control == 0 || !value) continue;
+    arguments.actions.push_back(ActionOf(line, option, *value));
+    if (option.control == kWeldControl) arguments.unweld = value == "off";
+  }
+  arguments.settings = PathValue(line, "settings");
+  arguments.fresh = line.Has("fresh");
+  if (const auto seed = line.Value("seed")) {
+    arguments.seed = ParseSeed(*seed);
+    if (!arguments.seed) {
+      throw UsageError(fmt::format("--seed: \"{}\" is no whole number from 0 to 4294967295", *seed),
+                       line.command);
+    }
+  }
+  arguments.quiet = line.Has("quiet");
+  return arguments;
+}
+
+InspectArguments InspectOf(const CommandLine& line) {
+  InspectArguments arguments;
+  arguments.file = Positional(line, 0);
+  arguments.json = line.Has("json");
+  arguments.summary = line.Has("summary");
+  if (const auto layout = line.Value("layout")) {
+    if (*layout != "qob" && *layout != "kob") {
+      throw UsageError(fmt::format("--layout: \"{}\" is none of qob, kob", *layout), line.command);
+    }
+    arguments.layout = *layout == "qob" ? ModelLayout::kQob : ModelLayout::kKob;
+  }
+  return arguments;
+}
+
+}  // namespace
+
+Arguments ParseArguments(const std::vector<std::string>& arguments) {
+  const CommandLine line = ParseCommandLine(arguments);
+  if (line.wanted == CommandLine::Wanted::kHelp) return ShowText{HelpText(line.command)};
+  if (line.wanted == CommandLine::Wanted::kVersion) return ShowText{VersionText()};
+  switch (line.command->command) {
+    case Command::kExport:
+      return ExportOf(line);
+    case Command::kScene:
+      return SceneArguments{Positional(line, 0), PathValue(line, "output")};
+    case Command::kInspect:
+      return InspectOf(line);
+  }
+  throw std::logic_error("a command without a meaning");
+}
+
+}  // namespace mapexport

@@ -1,0 +1,49 @@
+// What a command line asks for.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "console/ConsoleSystem.h"
+#include "modelreader/ModelFile.h"
+
+namespace mapexport {
+
+/// A text for standard output: --help or --version.
+struct ShowText {
+  std::string text;
+};
+
+struct ExportArguments {
+  std::string scene;
+  std::string output;
+  std::vector<DialogAction> actions;  ///< in the order of the dialog's control table
+  bool unweld = false;                ///< welding is to be off
+  std::optional<std::string> settings;
+  bool fresh = false;
+  std::optional<std::uint32_t> seed;
+  bool quiet = false;
+};
+
+struct SceneArguments {
+  std::string scene;
+  std::optional<std::string> output;
+};
+
+struct InspectArguments {
+  std::string file;
+  bool json = false;
+  bool summary = false;
+  std::optional<ModelLayout> layout;
+};
+
+using Arguments = std::variant<ShowText, ExportArguments, SceneArguments, InspectArguments>;
+
+/// `arguments` are those after the program's name. Throws UsageError; RunError when the current
+/// directory, against which a relative --cxp is made absolute, can't be had.
+Arguments ParseArguments(const std::vector<std::string>& arguments);
+
+}  // namespace mapexport

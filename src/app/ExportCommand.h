@@ -1,0 +1,14 @@
+// The command `export`.
+#pragma once
+
+#include "app/Arguments.h"
+#include "app/ExitStatus.h"
+
+namespace mapexport {
+
+/// Exports a scene as a person does it with the options dialog. The output is checked before it
+/// takes its place; when anything fails, what was there before stays as it was. Throws SceneError
+/// and RunError.
+ExitStatus RunExportCommand(const ExportArguments& arguments);
+
+}  // namespace mapexport

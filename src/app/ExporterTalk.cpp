@@ -1,0 +1,57 @@
+#include "app/ExporterTalk.h"
+
+#include <string_view>
+
+#include <fmt/format.h>
+
+namespace mapexport {
+namespace {
+
+constexpr std::string_view kSuccessTitle = "Text Scene Export";
+constexpr std::string_view kNoLog = "Unable to open the file [";
+constexpr std::string_view kNoCxp = "Could not load CXP file ";
+constexpr std::string_view kException = "Export ended by an exception: ";
+constexpr std::string_view kInvalidFace = "Invalid FACE in GROUP";
+
+}  // namespace
+
+void ExporterTalk::HearMessageBox(const std::string& title, const std::string& text) {
+  if (title != kSuccessTitle) {
+    messages_.Box(title, text);
+    return;
+  }
+  succeeded_ = true;
+  successText_ = text;
+}
+
+void ExporterTalk::HearDebugOutput(const std::string& text) {
+  std::string_view line = text;
+  while (line.ends_with('\n')) line.remove_suffix(1);
+  if (line.starts_with(kInvalidFace)) {
+    ++invalidFaces_;
+  } else if (line.starts_with(kNoLog) && line.ends_with(']')) {
+    line.remove_prefix(kNoLog.size());
+    line.remove_suffix(1);
+    messages_.Warning(fmt::format("{}: cannot be written; this export has no log", line));
+  } else if (line.starts_with(kNoCxp)) {
+    line.remove_prefix(kNoCxp.size());
+    if (line.empty()) return;  // no database is named
+    messages_.Warning(
+        fmt::format("{}: the CXP database cannot be read; no texture is transparent", line));
+  } else if (line.starts_with(kException)) {
+    line.remove_prefix(kException.size());
+    exception_ = line == "std::bad_alloc" ? "memory ran out" : line;
+  }
+}
+
+void ExporterTalk::PrintCounts() const {
+  if (invalidFaces_ == 0) return;
+  messages_.Note(fmt::format("{} degenerate triangle{} left out (see ExportDebug.txt)",
+                             invalidFaces_, invalidFaces_ == 1 ? " was" : "s were"));
+}
+
+void ExporterTalk::PrintSuccess() const {
+  messages_.Box(kSuccessTitle, successText_);
+}
+
+}  // namespace mapexport

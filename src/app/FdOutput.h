@@ -1,0 +1,32 @@
+// A stream buffer over a file descriptor that remembers why writing failed.
+#pragma once
+
+#include <array>
+#include <streambuf>
+
+namespace mapexport {
+
+/// Buffers what a stream writes to an open descriptor, which stays the caller's. What is not yet
+/// written when it is destroyed is lost: end with Finish.
+class FdOutput : public std::streambuf {
+ public:
+  explicit FdOutput(int fd);
+
+  /// Writes what waits. The errno of the first write that failed, 0 when none did.
+  int Finish();
+
+ protected:
+  int_type overflow(int_type c) override;
+  std::streamsize xsputn(const char* text, std::streamsize size) override;
+  int sync() override;
+
+ private:
+  bool WriteAll(const char* text, std::size_t size);
+  bool Drain();
+
+  int fd_;
+  int error_ = 0;
+  std::array<char, 65536> buffer_;
+};
+
+}  // namespace mapexport

@@ -1,0 +1,19 @@
+// The texts that tell how the program is used, made from the table of commands and options.
+#pragma once
+
+#include <string>
+
+#include "app/Options.h"
+
+namespace mapexport {
+
+/// "usage: mapexport export SCENE OUTPUT [options]"; with null the program's own. No newline.
+std::string UsageLine(const CommandInfo* command);
+
+/// What --help prints: of a command, or with null of the program.
+std::string HelpText(const CommandInfo* command);
+
+/// What --version prints.
+std::string VersionText();
+
+}  // namespace mapexport

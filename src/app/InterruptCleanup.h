@@ -1,0 +1,36 @@
+// Leaves nothing temporary behind when a signal ends the program.
+#pragma once
+
+#include <string>
+
+#include <signal.h>
+
+namespace mapexport {
+
+/// While one lives, SIGINT, SIGTERM and SIGHUP remove a file and then its folder before they end
+/// the program as ever. One at a time.
+class InterruptCleanup {
+ public:
+  InterruptCleanup(std::string folder, std::string file);
+  ~InterruptCleanup();
+  InterruptCleanup(const InterruptCleanup&) = delete;
+  InterruptCleanup& operator=(const InterruptCleanup&) = delete;
+
+ private:
+  std::string folder_;
+  std::string file_;
+};
+
+/// Keeps those signals waiting while it lives.
+class HoldInterrupts {
+ public:
+  HoldInterrupts();
+  ~HoldInterrupts();
+  HoldInterrupts(const HoldInterrupts&) = delete;
+  HoldInterrupts& operator=(const HoldInterrupts&) = delete;
+
+ private:
+  sigset_t before_;
+};
+
+}  // namespace mapexport

@@ -1,0 +1,88 @@
+#include "app/Options.h"
+
+#include <array>
+
+namespace mapexport {
+namespace {
+
+using enum OptionKind;
+
+constexpr std::array kCoordinates{"left-handed", "right-handed", "max", "inverse-max"};
+constexpr std::array kTextureCoordinates{"invert-y", "invert-x", "invert-xy", "max"};
+
+constexpr std::array kProgramOptions{
+    OptionInfo{"help", kFlag, nullptr, "print this help and end", 'h'},
+    OptionInfo{"version", kFlag, nullptr, "print the version and end"},
+};
+
+constexpr std::array kExportPositionals{
+    PositionalInfo{"SCENE", "a .scene.json, or FBX, glTF, OBJ, 3DS, ASE, DAE and more"},
+    PositionalInfo{"OUTPUT",
+                   "the model file; \".qob\" gets the first layout, every other extension the "
+                   "second; without one, \".map\" is appended"},
+};
+constexpr std::array kExportOptions{
+    OptionInfo{"weld", kSwitch, nullptr, "\"Weld Vertices\"", '\0', kWeldControl},
+    OptionInfo{"weld-distance", kNumber, "X", "\"Weld Distance:\"", '\0', 1042},
+    OptionInfo{"remove-t-vertices", kSwitch, nullptr,
+               "\"Remove T-Vertices\"; while it is set, welding can't be switched off", '\0', 1046},
+    OptionInfo{"min-triangle-area", kNumber, "X", "\"Min Triangle Area:\"", '\0', 1047},
+    OptionInfo{"snap", kSwitch, nullptr, "\"Snap To Grid\"", '\0', 1048},
+    OptionInfo{"snap-dimension", kNumber, "X", "\"Snap Dimension:\"", '\0', 1049},
+    OptionInfo{"clean", kSwitch, nullptr, "\"Clean Vertex Attributes\"", '\0', 1051},
+    OptionInfo{"lighting-multiplier", kNumber, "X", "\"Lighting Multiplier:\"", '\0', 1056},
+    OptionInfo{"talvern-light-format", kSwitch, nullptr, "\"Talvern Light Format\"", '\0', 1052},
+    OptionInfo{"voxel-size", kNumber, "X", "\"Voxel Size:\"", '\0', 1058},
+    OptionInfo{"cxp", kText, "FILE",
+               "\"CXP Filename\", as if picked with Browse; relative to the current directory",
+               '\0', kBrowseControl},
+    OptionInfo{"coordinates", kRow, "SYSTEM", "\"Export Coordinate System\"", '\0', 1059,
+               kCoordinates},
+    OptionInfo{"texture-coordinates", kRow, "MODE", "\"Texture Coordinates\"", '\0', 1062,
+               kTextureCoordinates},
+    OptionInfo{"settings", kText, "FILE",
+               "the settings store to use instead of the user's own; it need not exist yet"},
+    OptionInfo{
+        "fresh", kFlag, nullptr,
+        "start from the initial values and save nothing; a store named by --settings is not used"},
+    OptionInfo{"seed", kText, "N",
+               "0 to 4294967295: the same scene, options and seed give the same bytes"},
+    OptionInfo{"quiet", kFlag, nullptr, "print only warnings and errors"},
+};
+
+constexpr std::array kScenePositionals{
+    PositionalInfo{"SCENE", "a scene, in any format that `export` reads"},
+};
+constexpr std::array kSceneOptions{
+    OptionInfo{"output", kText, "FILE", "the .scene.json to write instead of standard output", 'o'},
+};
+
+constexpr std::array kInspectPositionals{
+    PositionalInfo{"FILE", "a model file; its extension tells the layout"},
+};
+constexpr std::array kInspectOptions{
+    OptionInfo{"json", kFlag, nullptr, "print one JSON document"},
+    OptionInfo{"summary", kFlag, nullptr, "leave the long lists out and give their counts"},
+    OptionInfo{"layout", kText, "LAYOUT", "qob or kob, whatever the extension is"},
+};
+
+constexpr std::array kCommands{
+    CommandInfo{Command::kExport, "export", "exports a scene to a model file", kExportPositionals,
+                kExportOptions},
+    CommandInfo{Command::kScene, "scene", "writes a scene as the exporter will see it",
+                kScenePositionals, kSceneOptions},
+    CommandInfo{Command::kInspect, "inspect", "checks a model file and prints what it holds",
+                kInspectPositionals, kInspectOptions},
+};
+
+}  // namespace
+
+std::span<const CommandInfo> Commands() {
+  return kCommands;
+}
+
+std::span<const OptionInfo> ProgramOptions() {
+  return kProgramOptions;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,194 @@
+#include "app/OutputPlace.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <limits.h>
+#include <stdlib.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "app/RunError.h"
+
+namespace mapexport {
+namespace {
+
+constexpr int kMaxLinks = 40;
+constexpr std::string_view kRandomPart = "XXXXXX";
+
+[[noreturn]] void ThrowCannotWrite(const std::string& name, const std::string& why) {
+  throw RunError(fmt::format("{}: cannot be written: {}", name, why));
+}
+
+/// The folder of `path` in a form that can be opened.
+std::string FolderOf(const std::string& path) {
+  const std::string folder = FolderPart(path);
+  return folder.empty() ? "." : folder;
+}
+
+/// What the link at `path` leads to, one step; empty when `path` is no link.
+std::string ReadLink(const std::string& path, const std::string& name) {
+  struct stat info {};
+  if (lstat(path.c_str(), &info) != 0) {
+    if (errno == ENOENT) return {};
+    ThrowCannotWrite(name, ErrnoText(errno));
+  }
+  if (!S_ISLNK(info.st_mode)) return {};
+  std::string target(PATH_MAX, '\0');
+  const ssize_t length = readlink(path.c_str(), target.data(), target.size());
+  if (length < 0) ThrowCannotWrite(name, ErrnoText(errno));
+  target.resize(static_cast<std::size_t>(length));
+  return target.starts_with('/') ? target : FolderPart(path) + target;
+}
+
+/// What the names of a target's temporary folders begin with: the same for every export to it,
+/// without a dot whatever the target's name is.
+std::string FolderNamePrefix(const std::string& targetPath) {
+  std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
+  for (const char c : NamePart(targetPath)) {
+    hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+  }
+  return fmt::format("mapexport-{:016x}-", hash);
+}
+
+/// Removes the folder and the files in it; what can't be removed stays.
+void RemoveFolder(const std::string& folder, int fd) {
+  if (DIR* const entries = fdopendir(dup(fd)); entries != nullptr) {
+    while (const dirent* const entry = readdir(entries)) unlinkat(fd, entry->d_name, 0);
+    closedir(entries);
+  }
+  rmdir(folder.c_str());
+}
+
+/// Opens and locks a temporary folder. Not open, with the reason in errno, when that can't be:
+/// EWOULDBLOCK while another process holds it, ENOENT when it is gone.
+Descriptor LockFolder(const std::string& folder) {
+  Descriptor fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!fd.IsOpen()) return fd;
+  // Where locks are not supported nobody takes a folder for a left-over, so none is needed.
+  if (flock(fd.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return {};
+  struct stat info {};
+  if (fstat(fd.Get(), &info) != 0) return {};
+  if (info.st_nlink == 0) {  // it was removed between the two steps
+    errno = ENOENT;
+    return {};
+  }
+  return fd;
+}
+
+/// Makes a temporary folder for `target` and locks it into `lock`.
+std::string MakeFolder(const OutputTarget& target, Descriptor& lock) {
+  for (;;) {
+    std::string folder =
+        FolderPart(target.path) + FolderNamePrefix(target.path) + std::string(kRandomPart);
+    const bool made = mkdtemp(folder.data()) != nullptr;
+    if (made) lock = LockFolder(folder);
+    if (lock.IsOpen()) return folder;
+    const int error = errno;
+    if (made) rmdir(folder.c_str());
+    // Another export may take the new folder for a left-over before it is locked.
+    if (made && (error == ENOENT || error == EWOULDBLOCK)) continue;
+    ThrowCannotWrite(target.name, fmt::format("no temporary folder can be made in {}: {}",
+                                              FolderOf(target.path), ErrnoText(error)));
+  }
+}
+
+void RemoveLeftOvers(const std::string& targetPath) {
+  DIR* const entries = opendir(FolderOf(targetPath).c_str());
+  if (entries == nullptr) return;  // a folder that can be written need not be readable
+  const std::string prefix = FolderNamePrefix(targetPath);
+  while (const dirent* const entry = readdir(entries)) {
+    const std::string_view name = entry->d_name;
+    if (!name.starts_with(prefix) || name.size() != prefix.size() + kRandomPart.size()) continue;
+    const std::string folder = FolderPart(targetPath) + std::string(name);
+    const Descriptor lock = LockFolder(folder);
+    if (lock.IsOpen()) RemoveFolder(folder, lock.Get());
+  }
+  closedir(entries);
+}
+
+/// Syncs a folder; the errno when that fails, 0 when it does not or the file system has no such
+/// thing.
+int SyncFolder(const std::string& folder) {
+  const Descriptor fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const bool synced = fd.IsOpen() && (fsync(fd.Get()) == 0 || errno == EINVAL);
+  return synced ? 0 : errno;
+}
+
+}  // namespace
+
+std::string FolderPart(const std::string& path) {
+  return path.substr(0, path.rfind('/') + 1);
+}
+
+std::string NamePart(const std::string& path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+void RequireRegularFileOrNothing(const std::string& path) {
+  if (NamePart(path).empty()) ThrowCannotWrite(path, "it names a folder, not a file");
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0) {
+    if (errno == ENOENT) return;
+    ThrowCannotWrite(path, ErrnoText(errno));
+  }
+  if (S_ISDIR(info.st_mode)) ThrowCannotWrite(path, "it is a folder");
+  if (!S_ISREG(info.st_mode)) ThrowCannotWrite(path, "it is no regular file");
+}
+
+OutputTarget FindOutput(const std::string& output) {
+  RequireRegularFileOrNothing(output);
+  OutputTarget target{output, output, std::nullopt};
+  int links = 0;
+  for (std::string next = ReadLink(output, output); !next.empty();
+       next = ReadLink(target.path, output)) {
+    if (++links > kMaxLinks) ThrowCannotWrite(output, ErrnoText(ELOOP));
+    target.path = std::move(next);
+  }
+  if (NamePart(target.path).empty()) ThrowCannotWrite(output, "it leads to a folder");
+
+  const std::string folder = FolderOf(target.path);
+  if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+    ThrowCannotWrite(output, fmt::format("the folder {}: {}", folder, ErrnoText(errno)));
+  }
+  struct stat info {};
+  if (stat(target.path.c_str(), &info) == 0) {
+    target.mode = info.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
+    if (faccessat(AT_FDCWD, target.path.c_str(), W_OK, AT_EACCESS) != 0) {
+      ThrowCannotWrite(output, ErrnoText(errno));
+    }
+  }
+  return target;
+}
+
+OutputPlace::OutputPlace(OutputTarget target, const std::string& fileName)
+    : target_(std::move(target)) {
+  RemoveLeftOvers(target_.path);
+  const HoldInterrupts hold;
+  folder_ = MakeFolder(target_, lock_) + '/';
+  file_ = folder_ + fileName;
+  cleanup_ = std::make_unique<InterruptCleanup>(folder_, file_);
+}
+
+OutputPlace::~OutputPlace() {
+  RemoveFolder(folder_, lock_.Get());
+}
+
+std::string OutputPlace::Commit() {
+  const Descriptor file(open(file_.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+  const bool placed = file.IsOpen() && (!target_.mode || fchmod(file.Get(), *target_.mode) == 0) &&
+                      fsync(file.Get()) == 0 && rename(file_.c_str(), target_.path.c_str()) == 0;
+  if (!placed) ThrowCannotWrite(target_.name, ErrnoText(errno));
+  const int error = SyncFolder(FolderOf(target_.path));
+  if (error == 0) return {};
+  return fmt::format("{}: is in its place, but its folder can't be synced: {}", target_.name,
+                     ErrnoText(error));
+}
+
+}  // namespace mapexport

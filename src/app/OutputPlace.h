@@ -1,0 +1,62 @@
+// Puts an output file into its place only when it is whole.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <sys/types.h>
+
+#include "app/InterruptCleanup.h"
+#include "settings/Descriptor.h"
+
+namespace mapexport {
+
+/// A path up to and with its last "/", empty when it has none; and what follows.
+std::string FolderPart(const std::string& path);
+std::string NamePart(const std::string& path);
+
+/// Throws RunError when `path` exists and is no regular file, links followed, or names a folder by
+/// its form.
+void RequireRegularFileOrNothing(const std::string& path);
+
+/// An output that can be had.
+struct OutputTarget {
+  std::string name;            ///< the path as the person gave it
+  std::string path;            ///< the same, or what a link of that path leads to
+  std::optional<mode_t> mode;  ///< access rights of the file that is there
+};
+
+/// Looks where `output` leads and whether a file can be placed there: its folder exists and can be
+/// written, what is there is a regular file that can be written. Changes nothing. Throws RunError.
+OutputTarget FindOutput(const std::string& output);
+
+/// A temporary folder beside the target, in which its next content is made. The folder has no dot
+/// in its name, is held by a lock and goes away with this object, whatever is in it by then.
+/// Unlocked left-overs of earlier outputs to the same target are removed first.
+class OutputPlace {
+ public:
+  /// `fileName` is the name that the content will have in the folder. Throws RunError.
+  OutputPlace(OutputTarget target, const std::string& fileName);
+  ~OutputPlace();
+  OutputPlace(const OutputPlace&) = delete;
+  OutputPlace& operator=(const OutputPlace&) = delete;
+
+  /// The folder, ending in "/"; relative or absolute as the target's path is.
+  const std::string& Folder() const { return folder_; }
+  /// Where the content is to be made.
+  const std::string& File() const { return file_; }
+
+  /// Gives the file the rights of the one it replaces, syncs it and moves it to the target. Throws
+  /// RunError, the target then being as it was. Returns a warning, empty when there is none.
+  std::string Commit();
+
+ private:
+  OutputTarget target_;
+  std::string folder_;
+  std::string file_;
+  Descriptor lock_;  ///< the folder, open
+  std::unique_ptr<InterruptCleanup> cleanup_;
+};
+
+}  // namespace mapexport

@@ -1,0 +1,67 @@
+#include "app/PluginLibrary.h"
+
+#include <filesystem>
+
+#include <dlfcn.h>
+#include <fmt/format.h>
+
+#include "app/RunError.h"
+
+namespace mapexport {
+namespace {
+
+template <typename Function>
+Function* FindFunction(void* library, const std::string& path, const char* name) {
+  void* const symbol = dlsym(library, name);
+  if (symbol == nullptr) throw RunError(fmt::format("{}: has no function {}", path, name));
+  return reinterpret_cast<Function*>(symbol);
+}
+
+ClassDesc* FindExporter(void* library, const std::string& path) {
+  FindFunction<LibDescriptionFunction>(library, path, "LibDescription");
+  const auto version = FindFunction<LibVersionFunction>(library, path, "LibVersion");
+  const auto count = FindFunction<LibNumberClassesFunction>(library, path, "LibNumberClasses");
+  const auto classDesc = FindFunction<LibClassDescFunction>(library, path, "LibClassDesc");
+  if (version() != kHostApiVersion) {
+    throw RunError(fmt::format("{}: speaks version {:#x} of the plug-in interface, not {:#x}", path,
+                               version(), kHostApiVersion));
+  }
+  for (int i = 0; i < count(); ++i) {
+    ClassDesc* const found = classDesc(i);
+    if (found != nullptr && found->SuperClassID() == kSceneExportSuperClassID) return found;
+  }
+  throw RunError(fmt::format("{}: describes no scene exporter", path));
+}
+
+}  // namespace
+
+PluginLibrary::PluginLibrary(const std::string& path)
+    : path_(path), handle_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL), dlclose) {
+  if (!handle_) {
+    // Its text begins with the path.
+    const char* const error = dlerror();
+    throw RunError(error == nullptr ? fmt::format("{}: cannot be loaded", path) : error);
+  }
+  exporter_ = FindExporter(handle_.get(), path_);
+}
+
+PluginLibrary::~PluginLibrary() = default;
+
+std::string PluginLibrary::Path() {
+  std::error_code error;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+  if (error) {
+    throw RunError(
+        fmt::format("the program's own folder (/proc/self/exe): {}", ErrnoText(error.value())));
+  }
+  return (program.parent_path() / "mapexport-plugin.so").string();
+}
+
+std::unique_ptr<SceneExport> PluginLibrary::CreateExporter() const {
+  // What a class of this super class creates is a SceneExport.
+  std::unique_ptr<SceneExport> exporter(static_cast<SceneExport*>(exporter_->Create(false)));
+  if (!exporter) throw RunError(fmt::format("{}: creates no exporter", path_));
+  return exporter;
+}
+
+}  // namespace mapexport

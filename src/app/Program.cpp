@@ -1,0 +1,77 @@
+#include "app/Program.h"
+
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include "app/Arguments.h"
+#include "app/ExitStatus.h"
+#include "app/ExportCommand.h"
+#include "app/Help.h"
+#include "app/InspectCommand.h"
+#include "app/Messages.h"
+#include "app/SceneCommand.h"
+#include "app/StandardOutput.h"
+#include "app/UsageError.h"
+
+namespace mapexport {
+namespace {
+
+struct RunCommand {
+  ExitStatus operator()(const ShowText& show) const {
+    const bool arrived = PrintResult([&](std::ostream& out) { out << show.text; });
+    return arrived ? ExitStatus::kDone : ExitStatus::kFailed;
+  }
+  ExitStatus operator()(const ExportArguments& arguments) const {
+    return RunExportCommand(arguments);
+  }
+  ExitStatus operator()(const SceneArguments& arguments) const {
+    return RunSceneCommand(arguments);
+  }
+  ExitStatus operator()(const InspectArguments& arguments) const {
+    return RunInspectCommand(arguments);
+  }
+};
+
+/// Takes the places of standard streams that came closed, so that no file of ours gets their
+/// numbers. The modes are such that using them fails as with a closed one.
+void OccupyStandardStreams() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    // open() gives the lowest free number: this one.
+    if (fcntl(fd, F_GETFD) == -1) open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
+
+ExitStatus Run(const std::vector<std::string>& arguments) {
+  const Messages messages(false);
+  try {
+    return std::visit(RunCommand(), ParseArguments(arguments));
+  } catch (const UsageError& error) {
+    messages.Error(error.what());
+    messages.Usage(UsageLine(error.command));
+    return ExitStatus::kWrongUsage;
+  } catch (const std::bad_alloc&) {
+    messages.Error("memory ran out");
+  } catch (const std::exception& error) {
+    messages.Error(error.what());
+  }
+  return ExitStatus::kFailed;
+}
+
+}  // namespace
+
+int RunProgram(int argc, char** argv) {
+  OccupyStandardStreams();
+  // Writing to a reader that went away, or beyond the largest file size allowed, fails like any
+  // other writing.
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+  return static_cast<int>(Run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc)));
+}
+
+}  // namespace mapexport

@@ -1,0 +1,18 @@
+// What ends a command with status 1.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace mapexport {
+
+/// what() is one line: which file, and why.
+class RunError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The system's text for an errno value, whatever the locale.
+std::string ErrnoText(int error);
+
+}  // namespace mapexport

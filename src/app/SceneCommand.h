@@ -1,0 +1,12 @@
+// The command `scene`.
+#pragma once
+
+#include "app/Arguments.h"
+#include "app/ExitStatus.h"
+
+namespace mapexport {
+
+/// Writes a scene as a scene file. Throws SceneError and RunError.
+ExitStatus RunSceneCommand(const SceneArguments& arguments);
+
+}  // namespace mapexport

@@ -1,0 +1,520 @@
+// The program as people run it: the built mapexport, in temporary folders.
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "app/OutputPlace.h"
+
+namespace mapexport {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+
+// A floor of two triangles, a degenerate one, and a hull that is not drawn.
+constexpr const char* kScene = R"({"format":"mapexport-scene","version":1,
+"materials":[{"name":"Grass","diffuse":[0.2,0.7,0.1]}],
+"root":{"name":"Scene Root","children":[
+ {"name":"Floor","material":0,"mesh":{"vertices":[[0,0,0],[10,0,0],[10,10,0],[0,10,0]],
+  "faces":[[0,1,2,1],[0,2,3,1],[0,0,1]]}},
+ {"name":"Hull","userProperties":"notrendered","mesh":{"vertices":[[0,0,0],[10,0,0],[0,0,10]],
+  "faces":[[0,1,2]]}}]}})";
+
+std::string Content(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void Write(const fs::path& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+std::vector<std::string> Names(const fs::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
+  return names;
+}
+
+long Lines(const std::string& text) {
+  return std::ranges::count(text, '\n');
+}
+
+/// Runs `child` in a process of its own; what waitpid says of its end.
+int InChild(const std::function<void()>& child) {
+  const pid_t pid = fork();
+  if (pid == 0) {
+    child();
+    _exit(0);
+  }
+  int end = 0;
+  waitpid(pid, &end, 0);
+  return end;
+}
+
+class ProgramTest : public testing::Test {
+ protected:
+  struct Outcome {
+    int status;  ///< 128 and the signal when one ended the program
+    std::string out;
+    std::string err;
+  };
+
+  void SetUp() override {
+    std::string folder = (fs::temp_directory_path() / "mapexport-test-XXXXXX").string();
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    root_ = folder;
+    work_ = root_ / "work";
+    fs::create_directory(work_);
+    Write(root_ / "scene.scene.json", kScene);
+    scene_ = root_ / "scene.scene.json";
+  }
+  void TearDown() override { fs::remove_all(root_); }
+
+  /// Runs mapexport in `work_`; `prepare` acts in its process before it starts.
+  Outcome Run(std::vector<std::string> arguments, const std::function<void()>& prepare = {}) {
+    arguments.insert(arguments.begin(), MAPEXPORT_BIN_DIR "/mapexport");
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    const int end = InChild([&] {
+      setenv("XDG_CONFIG_HOME", (root_ / "config").c_str(), 1);
+      const auto redirect = [&](const char* name, int fd) {
+        dup2(open((root_ / name).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), fd);
+      };
+      redirect("out", STDOUT_FILENO);
+      redirect("err", STDERR_FILENO);
+      if (chdir(work_.c_str()) == 0) {
+        if (prepare) prepare();
+        execv(argv[0], argv.data());
+      }
+      _exit(99);
+    });
+    return {WIFEXITED(end) ? WEXITSTATUS(end) : 128 + WTERMSIG(end), Content(root_ / "out"),
+            Content(root_ / "err")};
+  }
+
+  Outcome Export(const std::string& output, std::vector<std::string> options = {},
+                 const std::function<void()>& prepare = {}) {
+    options.insert(options.begin(), {"export", scene_, output});
+    return Run(options, prepare);
+  }
+
+  fs::path root_;  ///< has no dot in its path
+  fs::path work_;  ///< the program's current directory
+  std::string scene_;
+};
+
+TEST_F(ProgramTest, WrongCommandLinesEndWith2) {
+  const std::string longPath(300, 'x');
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+      {{}, "command"},
+      {{"convert", "a", "b"}, "\"convert\""},
+      {{"--bogus"}, "--bogus"},
+      {{"export"}, "SCENE"},
+      {{"export", "a"}, "OUTPUT"},
+      {{"export", "a", "b", "c"}, "c"},
+      {{"export", "", "b"}, "SCENE"},
+      {{"export", "a", ""}, "OUTPUT"},
+      {{"export", "a", "b", "--bogus\x1b[31m"}, "--bogus\\u001B[31m"},
+      {{"export", "a", "b", "--wel"}, "--wel"},
+      {{"export", "a", "b", "--weld=yes"}, "--weld"},
+      {{"export", "a", "b", "--no-weld=false"}, "--no-weld"},
+      {{"export", "a", "b", "--json"}, "--json"},
+      {{"export", "a", "b", "--weld-distance"}, "--weld-distance: a value"},
+      {{"export", "--cxp=", "a", "b"}, "--cxp"},
+      {{"export", "a", "b", "--cxp", ""}, "--cxp"},
+      {{"export", "a", "b", "--cxp", longPath}, "254"},
+      {{"export", "a", "b", "--settings", ""}, "--settings"},
+      {{"export", "a", "b", "--coordinates", "4"}, "left-handed"},
+      {{"export", "a", "b", "--coordinates", "00"}, "\"00\""},
+      {{"export", "a", "b", "--coordinates", "Max"}, "\"Max\""},
+      {{"export", "a", "b", "--texture-coordinates", "left-handed"}, "invert-xy"},
+      {{"export", "a", "b", "--seed", "4294967296"}, "4294967295"},
+      {{"export", "a", "b", "--seed", "-1"}, "\"-1\""},
+      {{"export", "a", "b", "--voxel-size", std::string(256, '1')}, "255"},
+      {{"scene"}, "SCENE"},
+      {{"scene", "a", "-o"}, "-o: a value"},
+      {{"inspect", "a", "--layout", "map"}, "\"map\""},
+  };
+  for (const auto& [arguments, piece] : cases) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const Outcome outcome = Run(arguments);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(Lines(outcome.err), 2);
+    EXPECT_THAT(outcome.err, AllOf(HasSubstr(piece), HasSubstr("\nusage: mapexport ")));
+  }
+  EXPECT_THAT(Names(work_), IsEmpty());
+}
+
+TEST_F(ProgramTest, NumbersAreTypedAsGiven) {
+  const std::vector<std::pair<std::string, std::string>> good{
+      {"-0.25", "-0.250000"},
+      {"+.5", "0.500000"},
+      {"5.", "5.000000"},
+      {"1e-3", "0.001000"},
+      {"1E+2", "100.000000"},
+      {"1e-400", "0.000000"},
+      {"-0", "-0.000000"},
+      {"0e999999", "0.000000"},
+      {"3.4028235e38", "340282346638528859811704"},
+      {std::string(255, '0'), "0.000000"},
+  };
+  for (const auto& [text, stored] : good) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(Export("a.qob", {"--weld-distance", text, "--settings", "s.reg"}).status, 0);
+    EXPECT_THAT(Content(work_ / "s.reg"), HasSubstr("\"Welding Distance\"=\"" + stored));
+  }
+  for (const std::string text : {"", " 1", "1 ", "1,5", "1.5x", "0x10", "inf", "-nan", "1e39",
+                                 "-1e39", "1e400", "3.4028236e38", "+-1", ".", "e5", "1e", "--"}) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(Export("b.qob", {"--weld-distance", text}).status, 2);
+  }
+}
+
+TEST_F(ProgramTest, HelpAndVersion) {
+  const std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>> cases{
+      {{"--version"}, {"1.0.0"}},
+      {{"--help"}, {"export", "scene", "inspect", "--version"}},
+      {{"export", "--help"},
+       {"SCENE",
+        "OUTPUT",
+        "--weld, --no-weld",
+        "--weld-distance X",
+        "--remove-t-vertices, ",
+        "--min-triangle-area X",
+        "--snap, --no-snap",
+        "--snap-dimension X",
+        "--clean, --no-clean",
+        "--lighting-multiplier X",
+        "--no-talvern-light-format",
+        "--voxel-size X",
+        "--cxp FILE",
+        "--coordinates",
+        "inverse-max",
+        "--texture-coordinates",
+        "invert-xy",
+        "--settings FILE",
+        "--fresh",
+        "--seed N",
+        "--quiet",
+        "--help"}},
+      {{"scene", "-h"}, {"SCENE", "-o"}},
+      {{"inspect", "--bogus", "--help"}, {"FILE", "--json", "--summary", "--layout"}},
+  };
+  for (const auto& [arguments, pieces] : cases) {
+    const Outcome outcome = Run(arguments);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    for (const std::string& piece : pieces) EXPECT_THAT(outcome.out, HasSubstr(piece));
+  }
+}
+
+TEST_F(ProgramTest, TheExtensionOfTheWholePathDecides) {
+  struct Case {
+    std::string output, file, layout;
+  };
+  fs::create_directory(work_ / "maps.v2");
+  fs::create_directory(work_ / "real.d");
+  fs::create_symlink("real.d/x", work_ / "linked.map");
+  fs::create_symlink("real.d/y", work_ / "link");
+  const std::vector<Case> cases{
+      {"a.qob", "a.qob", "qob"},
+      {"b.QOB", "b.QOB", "qob"},
+      {"c.kob", "c.kob", "kob"},
+      {"d.map", "d.map", "kob"},
+      {"level", "level.map", "kob"},
+      {"level.", "level..map", "kob"},
+      {"./dot", "dot", "kob"},
+      {"maps.v2/level", "maps.v2/level", "kob"},
+      {"maps.v2/e.qob", "maps.v2/e.qob", "qob"},
+      {"[f] g.qob", "[f] g.qob", "qob"},
+      {"../work/up", "up", "kob"},
+      {"linked", "real.d/x", "kob"},
+      {"./link", "real.d/y", "kob"},
+      {work_ / "absolute", "absolute.map", "kob"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.output);
+    const Outcome outcome = Export(c.output);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    const Outcome inspected = Run({"inspect", c.file, "--json", "--layout", c.layout});
+    EXPECT_EQ(inspected.status, 0) << inspected.err;
+    EXPECT_THAT(inspected.out, HasSubstr("Grass"));
+  }
+  // Nothing else came into being.
+  EXPECT_THAT(Names(work_),
+              UnorderedElementsAre("a.qob", "b.QOB", "c.kob", "d.map", "level.map", "level..map",
+                                   "dot", "[f] g.qob", "up", "absolute.map", "maps.v2", "real.d",
+                                   "linked.map", "link", "ExportDebug.txt"));
+  EXPECT_THAT(Names(work_ / "maps.v2"), UnorderedElementsAre("level", "e.qob"));
+  EXPECT_THAT(Names(work_ / "real.d"), UnorderedElementsAre("x", "y"));
+  EXPECT_TRUE(fs::is_symlink(work_ / "link"));
+}
+
+TEST_F(ProgramTest, AReplacedFileKeepsItsRights) {
+  Write(work_ / "old.qob", "old");
+  fs::permissions(work_ / "old.qob", fs::perms(0640));
+  EXPECT_EQ(Export("old.qob").status, 0);
+  EXPECT_EQ(fs::status(work_ / "old.qob").permissions(), fs::perms(0640));
+  EXPECT_EQ(Run({"inspect", "old.qob"}).status, 0);
+  EXPECT_EQ(Run({"scene", scene_, "-o", "old.qob"}).status, 0);
+  EXPECT_EQ(fs::status(work_ / "old.qob").permissions(), fs::perms(0640));
+}
+
+TEST_F(ProgramTest, OutputsThatCannotBeHadAreRefused) {
+  fs::create_directory(work_ / "folder");
+  fs::create_directory(work_ / "folder.qob");
+  fs::create_directory(work_ / "closed", fs::path("."));
+  fs::permissions(work_ / "closed", fs::perms(0555));
+  fs::create_symlink("loop.qob", work_ / "loop.qob");
+  ASSERT_EQ(mkfifo((work_ / "fifo.qob").c_str(), 0600), 0);
+  Write(work_ / "file", "a file");
+  Write(work_ / "locked.qob", "locked");
+  fs::permissions(work_ / "locked.qob", fs::perms(0444));
+  const std::vector<std::string> before = Names(work_);
+
+  std::vector<std::string> outputs{"missing/a.qob",
+                                   "folder",
+                                   "folder.qob",
+                                   "folder/",
+                                   "file/a.qob",
+                                   "/dev/full",
+                                   "fifo.qob",
+                                   "loop.qob",
+                                   ".",
+                                   "/dev/null",
+                                   std::string(300, 'n') + ".qob"};
+  if (geteuid() != 0) outputs.insert(outputs.end(), {"closed/a.qob", "locked.qob"});
+  for (const std::string& output : outputs) {
+    SCOPED_TRACE(output);
+    for (const Outcome& outcome : {Export(output), Run({"scene", scene_, "-o", output})}) {
+      EXPECT_EQ(outcome.status, 1);
+      EXPECT_EQ(outcome.out, "");
+      EXPECT_EQ(Lines(outcome.err), 1);
+      EXPECT_THAT(outcome.err, AllOf(StartsWith("mapexport: error: "), HasSubstr(output)));
+    }
+  }
+  EXPECT_THAT(Names(work_), testing::UnorderedElementsAreArray(before));
+  EXPECT_EQ(Content(work_ / "locked.qob"), "locked");
+}
+
+TEST_F(ProgramTest, ScenesThatCannotBeReadLeaveTheOutputAlone) {
+  Write(work_ / "old.qob", "old");
+  Write(work_ / "empty.scene.json", "");
+  Write(work_ / "cut.scene.json", std::string(kScene).substr(0, 200));
+  Write(work_ / "text.obj\x1b[2J.3ds", "no scene");
+  for (const std::string scene : {"missing.scene.json", "missing.fbx", "empty.scene.json",
+                                  "cut.scene.json", "text.obj\x1b[2J.3ds", "."}) {
+    SCOPED_TRACE(scene);
+    for (const Outcome& outcome :
+         {Run({"export", scene, "old.qob"}), Run({"scene", scene, "-o", "old.qob"})}) {
+      EXPECT_EQ(outcome.status, 1);
+      EXPECT_EQ(Lines(outcome.err), 1);
+      EXPECT_THAT(outcome.err, Not(HasSubstr("\x1b")));
+    }
+  }
+  EXPECT_EQ(Export(scene_).status, 1) << "the scene itself";
+  EXPECT_EQ(Content(scene_), kScene);
+  EXPECT_EQ(Content(work_ / "old.qob"), "old");
+  EXPECT_EQ(Names(work_).size(), 4U);
+  EXPECT_FALSE(fs::exists(root_ / "config"));
+}
+
+TEST_F(ProgramTest, ADiskThatFillsUpLeavesTheOutputAlone) {
+  Write(work_ / "old.qob", "old");
+  const auto small = [] {
+    const rlimit limit{300, 300};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  };
+  const Outcome exported = Export("old.qob", {"--fresh", "--quiet"}, small);
+  const Outcome written = Run({"scene", scene_, "-o", "old.qob"}, small);
+  for (const Outcome& outcome : {exported, written}) {
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("old.qob: cannot be written: File too large"));
+  }
+  EXPECT_EQ(Content(work_ / "old.qob"), "old");
+  EXPECT_THAT(Names(work_), UnorderedElementsAre("old.qob", "ExportDebug.txt"));
+}
+
+TEST_F(ProgramTest, TheSameSeedGivesTheSameBytes) {
+  EXPECT_EQ(Export("a.kob", {"--seed", "7", "--fresh"}).status, 0);
+  EXPECT_EQ(Export(root_ / "b.kob", {"--seed", "8", "--seed", "7", "--fresh"},
+                   [] { setenv("LC_ALL", "de_DE.UTF-8", 1); })
+                .status,
+            0);
+  EXPECT_EQ(Run({"scene", scene_, "-o", "again.scene.json"}).status, 0);
+  EXPECT_EQ(Run({"export", "again.scene.json", "c.kob", "--seed", "7", "--fresh"}).status, 0);
+  EXPECT_EQ(Content(root_ / "b.kob"), Content(work_ / "a.kob"));
+  EXPECT_EQ(Content(work_ / "c.kob"), Content(work_ / "a.kob"));
+  EXPECT_EQ(Run({"scene", "again.scene.json"}).out, Content(work_ / "again.scene.json"));
+}
+
+TEST_F(ProgramTest, SettingsAreRemembered) {
+  const fs::path settings = root_ / "config/mapexport/settings.reg";
+  EXPECT_EQ(Export("a.qob", {"--fresh", "--coordinates", "1"}).status, 0);
+  EXPECT_FALSE(fs::exists(settings));
+  EXPECT_EQ(Export("a.qob", {"--coordinates", "1", "--coordinates", "inverse-max", "--clean",
+                             "--no-clean", "--texture-coordinates=2"})
+                .status,
+            0);
+  EXPECT_EQ(Export("a.qob").status, 0);
+  EXPECT_THAT(Content(settings), AllOf(HasSubstr("\"Export Coordinates\"=dword:00000003"),
+                                       HasSubstr("\"Export Texture Coordinates\"=dword:00000002"),
+                                       HasSubstr("\"Clean vertex attributes?\"=\"FALSE\""),
+                                       HasSubstr("\"CXP Filename\"=\"\"")));
+
+  const Outcome cxp = Export("a.qob", {"--settings", "s.reg", "--cxp", "none.cxp", "--quiet"});
+  EXPECT_EQ(cxp.status, 0);
+  const std::string picked = fs::canonical(work_) / "none.cxp";
+  EXPECT_THAT(cxp.err, AllOf(HasSubstr("warning: " + picked), HasSubstr("CXP")));
+  EXPECT_THAT(Content(work_ / "s.reg"), HasSubstr("\"CXP Filename\"=\"" + picked + "\""));
+
+  Write(work_ / "bad.reg", "no settings");
+  const Outcome bad = Export("a.qob", {"--settings", "bad.reg", "--quiet"});
+  EXPECT_EQ(bad.status, 0);
+  EXPECT_THAT(bad.err, AllOf(StartsWith("mapexport: warning: "), HasSubstr("bad.reg")));
+  EXPECT_EQ(Content(work_ / "bad.reg"), "no settings");
+}
+
+TEST_F(ProgramTest, WhatAnExportSays) {
+  const Outcome loud = Export("a.qob", {"--fresh"});
+  EXPECT_THAT(loud.err, AllOf(HasSubstr("Results: 3 faces, 7 vertices"), HasSubstr("(Change = "),
+                              HasSubstr("1 degenerate triangle was left out"),
+                              EndsWith("\nText Scene Export: Scene exported successfully.\n")));
+  EXPECT_EQ(loud.out, "");
+  EXPECT_EQ(Export("a.qob", {"--fresh", "--quiet"}).err, "");
+  EXPECT_THAT(Export("a.qob", {"--fresh", "--no-weld"}).err, Not(HasSubstr("Results")));
+  EXPECT_THAT(Export("a.qob", {"--fresh", "--no-weld", "--remove-t-vertices", "--quiet"}).err,
+              StartsWith("mapexport: warning: --no-weld"));
+
+  fs::remove(work_ / "ExportDebug.txt");
+  fs::create_directory(work_ / "ExportDebug.txt");
+  const Outcome noLog = Export("a.qob", {"--fresh", "--quiet"});
+  EXPECT_EQ(noLog.status, 0);
+  EXPECT_THAT(noLog.err, StartsWith("mapexport: warning: ExportDebug.txt: "));
+}
+
+TEST_F(ProgramTest, ListsBeyond16BitIndicesEndWith4) {
+  std::string vertices;
+  std::string faces;
+  for (int i = 0; i < 21846; ++i) {
+    const auto corner = [&](int y, int z) {
+      return "[" + std::to_string(i) + "," + std::to_string(y) + "," + std::to_string(z) + "]";
+    };
+    const std::string comma = i == 0 ? "" : ",";
+    vertices += comma + corner(0, 0) + "," + corner(1, 0) + "," + corner(0, 1);
+    faces += comma + "[" + std::to_string(3 * i) + "," + std::to_string(3 * i + 1) + "," +
+             std::to_string(3 * i + 2) + "]";
+  }
+  scene_ = work_ / "long.scene.json";
+  Write(scene_,
+        R"({"format":"mapexport-scene","version":1,"root":{"children":[{"mesh":{"vertices":[)" +
+            vertices + R"(],"faces":[)" + faces + "]}}]}}");
+  const Outcome exported =
+      Export("long.qob", {"--fresh", "--no-weld", "--voxel-size", "1e6", "--quiet"});
+  EXPECT_EQ(exported.status, 4);
+  EXPECT_THAT(exported.err, AllOf(HasSubstr("vertices: 65538 entries, 2 more than"),
+                                  HasSubstr("corners: 65538 entries, 2 more than")));
+  EXPECT_EQ(Lines(exported.err), 2) << "each list is told of once";
+  const Outcome inspected = Run({"inspect", "long.qob", "--summary"});
+  EXPECT_EQ(inspected.status, 4);
+  EXPECT_THAT(inspected.err, HasSubstr("65538"));
+  EXPECT_THAT(inspected.out, Not(IsEmpty()));
+}
+
+TEST_F(ProgramTest, StandardOutputThatFailsIsNoticed) {
+  ASSERT_EQ(Export("a.qob").status, 0);
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"--help"}, {"scene", scene_}, {"inspect", "a.qob"}}) {
+    SCOPED_TRACE(arguments[0]);
+    const Outcome full = Run(arguments, [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); });
+    EXPECT_EQ(full.status, 1);
+    EXPECT_THAT(full.err, HasSubstr("standard output: cannot be written: No space left"));
+    EXPECT_EQ(Run(arguments, [] { close(STDOUT_FILENO); }).status, 1);
+    const Outcome gone = Run(arguments, [] {
+      int ends[2];
+      if (pipe(ends) == 0) dup2(ends[1], STDOUT_FILENO);
+      close(ends[0]);
+    });
+    EXPECT_EQ(gone.status, 1);
+    EXPECT_EQ(gone.err, "");
+  }
+  // A model file is not mistaken for a stream that came closed.
+  EXPECT_EQ(Export("b.qob", {},
+                   [] {
+                     close(STDIN_FILENO);
+                     close(STDOUT_FILENO);
+                     close(STDERR_FILENO);
+                   })
+                .status,
+            0);
+  EXPECT_EQ(Run({"inspect", "b.qob"}).status, 0);
+}
+
+TEST_F(ProgramTest, InspectTellsOfDamage) {
+  ASSERT_EQ(Export("a.kob").status, 0);
+  const std::string sound = Content(work_ / "a.kob");
+  Write(work_ / "cut.kob", sound.substr(0, sound.size() / 2));
+  Write(work_ / "empty.kob", "");
+  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+           {"cut.kob"}, {"empty.kob"}, {"missing.kob"}, {"."}, {"a.kob", "--layout", "qob"}}) {
+    SCOPED_TRACE(arguments[0]);
+    std::vector<std::string> line = arguments;
+    line.insert(line.begin(), "inspect");
+    const Outcome outcome = Run(line);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, StartsWith("mapexport: error: " + arguments[0] + ": "));
+  }
+}
+
+TEST_F(ProgramTest, OnlyLeftOversOfEndedExportsGo) {
+  const std::string output = work_ / "a.qob";
+  const auto begin = [&](const std::function<void()>& end) {
+    return InChild([&] {
+      const OutputPlace place(FindOutput(output), "a.qob");
+      Write(place.File(), "half");
+      end();
+    });
+  };
+  begin([] { _exit(0); });  // as if killed
+  ASSERT_EQ(Names(work_).size(), 1U);
+  EXPECT_EQ(Export("b.qob").status, 0);
+  EXPECT_EQ(Names(work_).size(), 3U) << "another output's left-over is not looked at";
+  EXPECT_EQ(Export("a.qob").status, 0);
+  EXPECT_THAT(Names(work_), UnorderedElementsAre("a.qob", "b.qob", "ExportDebug.txt"));
+
+  const int interrupted = begin([] { raise(SIGTERM); });
+  EXPECT_TRUE(WIFSIGNALED(interrupted));
+  EXPECT_EQ(Names(work_).size(), 3U);
+
+  const OutputPlace running(FindOutput(output), "a.qob");
+  Write(running.File(), "half");
+  EXPECT_EQ(Export("a.qob").status, 0);
+  EXPECT_EQ(Content(running.File()), "half");
+}
+
+}  // namespace
+}  // namespace mapexport
