@@ -96,8 +96,8 @@ void AddFaces(GeometryGroup& group, Random& random, std::size_t count, bool tidy
   if (tidy) return;
   for (SurfaceSet& set : group.surfaceSets) {
     // Missing, foreign and repeated entries, entries that are no faces, and no order.
-    for (std::uint32_t i = 0; i < set.faces.size(); ++i) {
-      if (random.OneIn(3)) set.faces[i] = random.Below(count + 3);
+    for (std::uint32_t& f : set.faces) {
+      if (random.OneIn(3)) f = random.Below(count + 3);
     }
     for (std::uint32_t i = 1; i < set.faces.size(); ++i) {
       if (random.OneIn(2)) std::swap(set.faces[i], set.faces[random.Below(i)]);

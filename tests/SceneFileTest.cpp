@@ -265,6 +265,8 @@ TEST(ReadSceneFile, NamesPlaceAndDefect) {
        "materials[0].opacity: 1e39 is out of the range of 32-bit floats"},
       {Material(R"("opacity": -3.4028235677973366e38)"), "is out of the range of 32-bit floats"},
       {Material(R"("opacity": 1e400)"), "1e400 is out of the range"},
+      {Material("\"opacity\": 1" + Repeat("0", 400)), "is out of the range of 32-bit floats"},
+      {Material(R"("opacity": 0.1e99999999999999999999)"), "is out of the range"},
       {Material(R"("opacity": NaN)"), "a value was expected"},
       {Material(R"("twoSided": 1)"), "materials[0].twoSided: must be a bool, not a number"},
       {Material(R"("shading": 2147483648)"),
@@ -319,6 +321,7 @@ TEST(ReadSceneFile, AcceptsWhatIsUnusual) {
 }
 
 TEST(ReadSceneFile, RoundsNumbersToTheNearestFloat) {
+  const std::string tiny = "0." + Repeat("0", 400) + "1";
   const struct {
     const char* text;
     float number;
@@ -332,6 +335,8 @@ TEST(ReadSceneFile, RoundsNumbersToTheNearestFloat) {
                {"1e-45", std::numeric_limits<float>::denorm_min()},
                {"-1e-400", -0.0f},
                {"1e+00000000000000000000001", 10.0f},
+               {"-1e-99999999999999999999999", -0.0f},
+               {tiny.c_str(), 0.0f},
                {"0.30000000000000000000000000000000000000000000000001", 0.3f}};
   for (const auto& [text, number] : cases) {
     const Scene scene = Read(Material(R"("opacity": )" + std::string(text)));
@@ -598,7 +603,7 @@ TEST(HostScene, ShowsMaterialsThatReferToLaterOnesAndThemselves) {
 TEST(HostScene, KeepsTheTreeOfManyNodes) {
   Scene scene;
   Random random(5);
-  scene.root = RandomNode(random, 9);
+  for (int i = 0; i < 300; ++i) scene.root.children.push_back(RandomNode(random, 6));
   const auto check = [](const auto& self, const SceneNode& node, INode* shown) -> void {
     EXPECT_STREQ(shown->GetName(), node.name.c_str());
     ASSERT_EQ(shown->NumberOfChildren(), std::ssize(node.children));

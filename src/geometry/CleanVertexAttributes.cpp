@@ -96,8 +96,7 @@ class AttributeMerger {
       }
     }
     std::ranges::sort(visits_);
-    const auto repeated = std::ranges::unique(visits_);
-    visits_.erase(repeated.begin(), repeated.end());
+    visits_.erase(std::unique(visits_.begin(), visits_.end()), visits_.end());
   }
 
   /// The least cell of the face's vertices, per axis.

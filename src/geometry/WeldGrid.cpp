@@ -43,7 +43,7 @@ bool IsFinite(const Point3& p) {
 
 }  // namespace
 
-WeldCells::WeldCells(float reach, int widthInReaches)
+WeldGrid::Axis::Axis(float reach, int widthInReaches)
     : reach_(static_cast<double>(reach)), perUnit_(1.0 / (reach_ * widthInReaches)) {
   // The least spacing of floats from 2^e on, and of those just below it, is 2^(e - 24).
   int exponent = 0;
@@ -51,7 +51,7 @@ WeldCells::WeldCells(float reach, int widthInReaches)
   farOut_ = std::ldexp(1.0, exponent + 24);
 }
 
-std::int64_t WeldCells::CellOf(double x) const {
+std::int64_t WeldGrid::Axis::CellOf(double x) const {
   const double magnitude = std::fabs(x);
   if (magnitude < farOut_) return Floor(x * perUnit_ + kShift);
   const std::int64_t floatsBeyond =
@@ -61,7 +61,7 @@ std::int64_t WeldCells::CellOf(double x) const {
                  : Floor(-farOut_ * perUnit_ + kShift) - 1 - floatsBeyond;
 }
 
-WeldCells::Range WeldCells::CellsAround(float x) const {
+WeldGrid::Axis::Range WeldGrid::Axis::CellsAround(float x) const {
   const double centre = static_cast<double>(x);
   const std::int64_t own = CellOf(centre);
   if (std::fabs(centre) >= farOut_) return {own, own, own};
@@ -72,7 +72,7 @@ WeldGrid::WeldGrid(std::size_t capacity, float squaredDistance)
     : squaredDistance_(squaredDistance),
       reach_(ReachOf(squaredDistance)),
       width_(kWidest),
-      cells_(reach_, width_),
+      axis_(reach_, width_),
       allowance_(kFirstTests) {
   const std::size_t chains = std::bit_ceil(std::max<std::size_t>(capacity, 2));
   hashShift_ = 64 - std::countr_zero(chains);
@@ -87,13 +87,13 @@ std::uint32_t WeldGrid::Add(const Point3& vertex) {
   allowance_ += kTestsPerVertex;
   const Place place = PlaceOf(vertex);
   const std::uint32_t hit = NewestNear(vertex, place);
-  Link(index, HeadOf(place.x.own, place.y.own, place.z.own));
+  Link(index, place);
   if (allowance_ < 0 && width_ > kNarrowest) Narrow();
   return hit == 0 ? index : hit - 1;
 }
 
 WeldGrid::Place WeldGrid::PlaceOf(const Point3& vertex) const {
-  return {cells_.CellsAround(vertex.x), cells_.CellsAround(vertex.y), cells_.CellsAround(vertex.z)};
+  return {axis_.CellsAround(vertex.x), axis_.CellsAround(vertex.y), axis_.CellsAround(vertex.z)};
 }
 
 std::uint32_t& WeldGrid::HeadOf(std::int64_t x, std::int64_t y, std::int64_t z) {
@@ -132,20 +132,19 @@ std::uint32_t WeldGrid::NewestOfChain(std::uint32_t head, const Point3& vertex,
   return best;
 }
 
-void WeldGrid::Link(std::uint32_t index, std::uint32_t& head) {
+void WeldGrid::Link(std::uint32_t index, const Place& place) {
+  std::uint32_t& head = HeadOf(place.x.own, place.y.own, place.z.own);
   slots_[index].older = head;
   head = index + 1;
 }
 
 void WeldGrid::Narrow() {
   width_ /= 2;
-  cells_ = WeldCells(reach_, width_);
+  axis_ = Axis(reach_, width_);
   std::ranges::fill(heads_, 0u);
   for (std::uint32_t i = 0; i < slots_.size(); ++i) {
     const Point3& p = slots_[i].position;
-    if (!IsFinite(p)) continue;
-    const Place place = PlaceOf(p);
-    Link(i, HeadOf(place.x.own, place.y.own, place.z.own));
+    if (IsFinite(p)) Link(i, PlaceOf(p));
   }
   allowance_ = kFirstTests;
 }

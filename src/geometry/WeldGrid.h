@@ -9,31 +9,6 @@
 
 namespace mapexport {
 
-/// The cells of one axis of a grid: whole numbers that never decrease as the coordinate grows. They
-/// are of equal width around the origin; far out, where neighbouring floats lie further apart than
-/// the reach, every float has a cell of its own, so that nothing crowds into the outermost cell.
-class WeldCells {
- public:
-  struct Range {
-    std::int64_t own;    ///< the cell of the coordinate itself
-    std::int64_t first;  ///< of the cells that coordinates within the reach can lie in
-    std::int64_t last;
-  };
-
-  /// `reach` is what two coordinates differ by less than, `widthInReaches` the width of a cell.
-  WeldCells(float reach, int widthInReaches);
-
-  /// The cell of a finite coordinate.
-  std::int64_t CellOf(double x) const;
-  /// That cell and those of all floats that differ from `x` by less than the reach.
-  Range CellsAround(float x) const;
-
- private:
-  double reach_;
-  double perUnit_;  ///< cells per unit
-  double farOut_;   ///< the magnitude from which every float has its own cell
-};
-
 /// A hash grid over vertices that are added one after the other. The chain of a cell starts with
 /// the newest vertex: the first hit is the chain's best, and a chain ends at the best hit so far.
 /// Cells are wide at first, so that most queries look into one; they are narrowed when vertices
@@ -52,30 +27,53 @@ class WeldGrid {
   std::uint32_t Add(const Point3& vertex);
 
  private:
+  /// The cells of an axis: whole numbers that never decrease as the coordinate grows. They are of
+  /// equal width around the origin; far out, where neighbouring floats lie further apart than the
+  /// reach, every float has a cell of its own, so that nothing crowds into the outermost cell.
+  class Axis {
+   public:
+    struct Range {
+      std::int64_t own;    ///< the cell of the coordinate itself
+      std::int64_t first;  ///< of the cells that coordinates within the reach can lie in
+      std::int64_t last;
+    };
+
+    /// `reach` is what two near coordinates differ by less than, `widthInReaches` a cell's width.
+    Axis(float reach, int widthInReaches);
+
+    std::int64_t CellOf(double x) const;
+    Range CellsAround(float x) const;
+
+   private:
+    double reach_;
+    double perUnit_;  ///< cells per unit
+    double farOut_;   ///< the magnitude from which every float has its own cell
+  };
+
+  /// Where a vertex is.
+  struct Place {
+    Axis::Range x;
+    Axis::Range y;
+    Axis::Range z;
+  };
+
   /// One vertex and, as index + 1, the next older one of its chain; 0 ends a chain.
   struct Slot {
     Point3 position;
     std::uint32_t older;
   };
 
-  /// Where a vertex is, per axis.
-  struct Place {
-    WeldCells::Range x;
-    WeldCells::Range y;
-    WeldCells::Range z;
-  };
-
   Place PlaceOf(const Point3& vertex) const;
   std::uint32_t& HeadOf(std::int64_t x, std::int64_t y, std::int64_t z);
   std::uint32_t NewestNear(const Point3& vertex, const Place& place);
   std::uint32_t NewestOfChain(std::uint32_t head, const Point3& vertex, std::uint32_t best);
-  void Link(std::uint32_t index, std::uint32_t& head);
+  void Link(std::uint32_t index, const Place& place);
   void Narrow();
 
   float squaredDistance_;
   float reach_;
   int width_;  ///< of a cell, in reaches
-  WeldCells cells_;
+  Axis axis_;  ///< the same for all three
   int hashShift_;
   std::vector<std::uint32_t> heads_;  ///< a power of two of chains: the newest vertex + 1, or 0
   std::vector<Slot> slots_;

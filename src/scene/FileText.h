@@ -1,0 +1,31 @@
+// The text of a file, laid out for the JSON parser.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace mapexport {
+
+/// The bytes of a file, without a byte-order mark at their start. Zero bytes follow them in memory,
+/// as many as the parser may read beyond the end.
+class FileText {
+ public:
+  /// Reads the file at `path`. Throws SceneError when it can't be read or holds 4 GiB or more.
+  explicit FileText(const std::string& path);
+
+  std::string_view View() const { return {bytes_.get() + start_, size_ - start_}; }
+  /// Bytes that may be read from View().data() on.
+  std::size_t Readable() const { return capacity_ - start_; }
+
+ private:
+  void Grow(std::size_t capacity);
+
+  std::unique_ptr<char[]> bytes_;
+  std::size_t capacity_ = 0;
+  std::size_t size_ = 0;   // of the file
+  std::size_t start_ = 0;  // behind the byte-order mark
+};
+
+}  // namespace mapexport

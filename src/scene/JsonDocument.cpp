@@ -1,0 +1,67 @@
+// The document as a whole: its first and last token, its syntax, its messages.
+#include "scene/JsonDocument.h"
+
+#include <algorithm>
+#include <new>
+
+#include <fmt/format.h>
+
+#include "scene/JsonKind.h"
+#include "scene/SceneError.h"
+
+namespace mapexport {
+
+JsonDocument::JsonDocument(const std::string& file, const FileText& text, std::size_t maxDepth)
+    : file_(file), text_(text.View()) {
+  if (text_.empty()) throw SceneError(file_ + ": the file is empty");
+  if (const auto error = parser_.allocate(text_.size(), maxDepth)) FailSyntax(error);
+  document_ = Get(
+      parser_.iterate(simdjson::padded_string_view(text_.data(), text_.size(), text.Readable())));
+}
+
+simdjson::ondemand::object JsonDocument::Start() {
+  simdjson::ondemand::object object;
+  const simdjson::error_code error = document_.get_object().get(object);
+  if (error == simdjson::SUCCESS) return object;
+  if (error != simdjson::INCORRECT_TYPE) FailSyntax(error);
+  const std::string_view sound = Check(CheckJsonDocument, text_.data());
+  const char first = sound[sound.find_first_not_of(" \t\r\n")];
+  Fail(JsonPlace(), fmt::format("the document must be an object, not {}", JsonKind(first)));
+}
+
+void JsonDocument::End() {
+  if (document_.current_location().error() != simdjson::OUT_OF_BOUNDS) {
+    FailSyntax(simdjson::TRAILING_CONTENT);
+  }
+}
+
+void JsonDocument::Fail(const JsonPlace& place, std::string_view message) const {
+  const std::string where = place.ToString();
+  throw SceneError(fmt::format("{}: {}{}{}", file_, where, where.empty() ? "" : ": ", message));
+}
+
+// simdjson has come upon a defect of the text, but doesn't tell where and what it is.
+void JsonDocument::FailSyntax(simdjson::error_code error) const {
+  if (error == simdjson::MEMALLOC) throw std::bad_alloc();
+  Check(CheckJsonDocument, text_.data());
+  throw SceneError(fmt::format("{}: {}", file_, simdjson::error_message(error)));
+}
+
+std::string_view JsonDocument::Check(JsonSyntax (*check)(std::string_view),
+                                     const char* start) const {
+  const auto offset = static_cast<std::size_t>(start - text_.data());
+  const JsonSyntax syntax = check(text_.substr(offset));
+  if (syntax.defect == nullptr) return text_.substr(offset, syntax.end);
+
+  const std::string_view before = text_.substr(0, offset + syntax.end);
+  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+  // npos + 1 is 0, the start of the only line.
+  const std::string_view inLine = before.substr(before.rfind('\n') + 1);
+  const auto column =
+      1 + std::count_if(inLine.begin(), inLine.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0) != 0x80;  // one byte of each character
+      });
+  throw SceneError(fmt::format("{}: line {}, column {}: {}", file_, line, column, syntax.defect));
+}
+
+}  // namespace mapexport

@@ -1,0 +1,250 @@
+// The JSON grammar, walked with an explicit stack.
+#include "scene/JsonSyntax.h"
+
+#include <string>
+
+namespace mapexport {
+
+namespace {
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+bool IsHexDigit(char c) {
+  return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+// Every step returns false, with `defect` set and `position` at the place, when the text is wrong.
+class Walker {
+ public:
+  explicit Walker(std::string_view text) : text_(text) {}
+
+  bool Value();
+  bool NothingMore();
+  bool MoreOfContainer();
+  bool Name();
+  JsonSyntax Result() const { return {defect_, position_}; }
+
+ private:
+  bool AtEnd() const { return position_ == text_.size(); }
+  // NUL stands for the end; as a byte of the text it fits nowhere either.
+  char Peek() const { return AtEnd() ? '\0' : text_[position_]; }
+  bool Fail(const char* defect) {
+    defect_ = AtEnd() ? "the text ends too early" : defect;
+    return false;
+  }
+  void SkipSpace();
+  bool Scalar();
+  bool String();
+  bool Escape();
+  bool Utf8Sequence();
+  bool Number();
+  bool Digits();
+  bool Word(std::string_view word);
+
+  std::string_view text_;
+  std::size_t position_ = 0;
+  const char* defect_ = nullptr;
+};
+
+void Walker::SkipSpace() {
+  while (!AtEnd() && (Peek() == ' ' || Peek() == '\n' || Peek() == '\r' || Peek() == '\t')) {
+    ++position_;
+  }
+}
+
+bool Walker::Value() {
+  std::string awaited;  // the closing brackets of all open arrays and objects
+  while (true) {
+    SkipSpace();
+    if (Peek() == '{' || Peek() == '[') {
+      awaited += Peek() == '{' ? '}' : ']';
+      ++position_;
+      SkipSpace();
+      if (Peek() != awaited.back()) {
+        if (awaited.back() == '}' && !Name()) return false;
+        continue;
+      }
+    } else if (!Scalar()) {
+      return false;
+    }
+    // A value has ended, or the array or object that was just opened is empty.
+    while (true) {
+      if (awaited.empty()) return true;
+      SkipSpace();
+      if (Peek() == ',') {
+        ++position_;
+        if (awaited.back() == '}' && !Name()) return false;
+        break;
+      }
+      if (Peek() != awaited.back()) {
+        return Fail(awaited.back() == '}' ? "\",\" or \"}\" was expected"
+                                          : "\",\" or \"]\" was expected");
+      }
+      ++position_;
+      awaited.pop_back();
+    }
+  }
+}
+
+bool Walker::NothingMore() {
+  SkipSpace();
+  return AtEnd() || Fail("nothing may follow the document");
+}
+
+bool Walker::MoreOfContainer() {
+  const std::size_t end = position_;
+  SkipSpace();
+  if (std::string_view(",]}").find(Peek()) == std::string_view::npos) {
+    return Fail("\",\" or a closing bracket was expected");
+  }
+  position_ = end;
+  return true;
+}
+
+bool Walker::Name() {
+  SkipSpace();
+  if (Peek() != '"') return Fail("a member's name in quotes was expected");
+  if (!String()) return false;
+  SkipSpace();
+  if (Peek() != ':') return Fail("\":\" was expected");
+  ++position_;
+  return true;
+}
+
+bool Walker::Scalar() {
+  switch (Peek()) {
+    case '"':
+      return String();
+    case 't':
+      return Word("true");
+    case 'f':
+      return Word("false");
+    case 'n':
+      return Word("null");
+    default:
+      if (Peek() == '-' || IsDigit(Peek())) return Number();
+      return Fail("a value was expected");
+  }
+}
+
+bool Walker::Word(std::string_view word) {
+  // A longer word is caught by what must follow the value.
+  for (const char c : word) {
+    if (Peek() != c) return Fail("a value was expected");
+    ++position_;
+  }
+  return true;
+}
+
+bool Walker::Digits() {
+  if (!IsDigit(Peek())) return Fail("a digit was expected");
+  while (IsDigit(Peek())) ++position_;
+  return true;
+}
+
+bool Walker::Number() {
+  if (Peek() == '-') ++position_;
+  if (Peek() == '0') {
+    ++position_;
+    if (IsDigit(Peek())) return Fail("a number may not start with 0 and another digit");
+  } else if (!Digits()) {
+    return false;
+  }
+  if (Peek() == '.') {
+    ++position_;
+    if (!Digits()) return false;
+  }
+  if (Peek() == 'e' || Peek() == 'E') {
+    ++position_;
+    if (Peek() == '+' || Peek() == '-') ++position_;
+    if (!Digits()) return false;
+  }
+  return true;
+}
+
+bool Walker::String() {
+  ++position_;
+  while (Peek() != '"') {
+    const auto byte = static_cast<unsigned char>(Peek());
+    if (byte < 0x20) return Fail("a control character in text must be written as an escape");
+    if (byte == '\\') {
+      if (!Escape()) return false;
+    } else if (byte < 0x80) {
+      ++position_;
+    } else if (!Utf8Sequence()) {
+      return false;
+    }
+  }
+  ++position_;
+  return true;
+}
+
+bool Walker::Escape() {
+  ++position_;
+  if (Peek() == 'u') {
+    ++position_;
+    for (int i = 0; i < 4; ++i, ++position_) {
+      if (!IsHexDigit(Peek())) return Fail("four hexadecimal digits were expected");
+    }
+    return true;
+  }
+  if (std::string_view("\"\\/bfnrt").find(Peek()) == std::string_view::npos) {
+    return Fail("there is no such escape");
+  }
+  ++position_;
+  return true;
+}
+
+bool Walker::Utf8Sequence() {
+  const auto lead = static_cast<unsigned char>(Peek());
+  std::size_t length = 0;
+  // The range of the second byte keeps out overlong forms, surrogates and what is past U+10FFFF.
+  unsigned char low = 0x80;
+  unsigned char high = 0xBF;
+  if (lead >= 0xC2 && lead <= 0xDF) {
+    length = 2;
+  } else if (lead >= 0xE0 && lead <= 0xEF) {
+    length = 3;
+    if (lead == 0xE0) low = 0xA0;
+    if (lead == 0xED) high = 0x9F;
+  } else if (lead >= 0xF0 && lead <= 0xF4) {
+    length = 4;
+    if (lead == 0xF0) low = 0x90;
+    if (lead == 0xF4) high = 0x8F;
+  }
+  const std::string_view sequence = text_.substr(position_, length);
+  bool valid = length != 0 && sequence.size() == length;
+  for (std::size_t i = 1; valid && i < length; ++i) {
+    const auto byte = static_cast<unsigned char>(sequence[i]);
+    valid = byte >= low && byte <= high;
+    low = 0x80;
+    high = 0xBF;
+  }
+  if (!valid) return Fail("the text is not valid UTF-8");
+  position_ += length;
+  return true;
+}
+
+}  // namespace
+
+JsonSyntax CheckJsonDocument(std::string_view text) {
+  Walker walker(text);
+  if (walker.Value()) walker.NothingMore();
+  return walker.Result();
+}
+
+JsonSyntax CheckJsonValue(std::string_view text) {
+  Walker walker(text);
+  if (walker.Value()) walker.MoreOfContainer();
+  return walker.Result();
+}
+
+JsonSyntax CheckJsonName(std::string_view text) {
+  Walker walker(text);
+  walker.Name();
+  return walker.Result();
+}
+
+}  // namespace mapexport

@@ -1,0 +1,325 @@
+// Reads scene files: what each member means, and the checks that need more than one member.
+#include <deque>
+#include <limits>
+#include <new>
+#include <optional>
+
+#include <fmt/format.h>
+
+#include "scene/JsonValue.h"
+#include "scene/SceneError.h"
+#include "scene/SceneFile.h"
+
+namespace mapexport {
+
+namespace {
+
+constexpr std::int64_t kMaxInt32 = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t kMinInt32 = std::numeric_limits<std::int32_t>::min();
+constexpr std::int64_t kMaxUint32 = std::numeric_limits<std::uint32_t>::max();
+
+// Each node adds its object and its array of children; the deepest adds a mesh with lists of
+// tuples.
+constexpr std::size_t kMaxJsonDepth = 2 * kMaxSceneDepth + 8;
+
+// The names of enumerators, in their order.
+constexpr std::string_view kMaterialClasses[] = {"standard", "multi", "other"};
+constexpr std::string_view kTextureClasses[] = {"bitmap", "other"};
+constexpr std::string_view kObjects[] = {"none", "helper", "mesh"};
+
+// "8 vertices", "1 vertex", "no vertices"
+std::string Count(std::size_t count, std::string_view one, std::string_view many) {
+  if (count == 0) return fmt::format("no {}", many);
+  return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+Point3 ReadPoint(JsonValue& value) {
+  const auto numbers =
+      value.ReadTuple<float, 3>([](JsonValue& number) { return number.ReadFloat(); });
+  return {numbers[0], numbers[1], numbers[2]};
+}
+
+Color ReadColor(JsonValue& value) {
+  const Point3 rgb = ReadPoint(value);
+  return {rgb.x, rgb.y, rgb.z};
+}
+
+Matrix3 ReadTransform(JsonValue& value) {
+  return {value.ReadTuple<Point3, 4>(ReadPoint)};
+}
+
+// What an index refers to may come later, so that it is held against the count only afterwards.
+std::uint32_t ReadMeshIndex(JsonValue& value) {
+  return static_cast<std::uint32_t>(value.ReadInteger(0, kMaxUint32));
+}
+
+int ReadMaterialIndex(JsonValue& value) {
+  return static_cast<int>(value.ReadInteger(0, kMaxInt32));
+}
+
+SceneTexture ReadTexture(JsonValue& value) {
+  SceneTexture texture;
+  value.ReadObject(
+      JsonMember{"class",
+                 [&](JsonValue& v) { texture.isBitmap = v.ReadChoice(kTextureClasses) == 0; }},
+      JsonMember{"file", [&](JsonValue& v) { texture.file = v.ReadText(); }},
+      JsonMember{"uvTransform", [&](JsonValue& v) { texture.uvTransform = ReadTransform(v); }});
+  return texture;
+}
+
+SceneMaterial ReadMaterial(JsonValue& value) {
+  SceneMaterial material;
+  value.ReadObject(
+      JsonMember{"name", [&](JsonValue& v) { material.name = v.ReadText(); }},
+      JsonMember{"class",
+                 [&](JsonValue& v) {
+                   material.materialClass =
+                       static_cast<SceneMaterialClass>(v.ReadChoice(kMaterialClasses));
+                 }},
+      JsonMember{"ambient", [&](JsonValue& v) { material.ambient = ReadColor(v); }},
+      JsonMember{"diffuse", [&](JsonValue& v) { material.diffuse = ReadColor(v); }},
+      JsonMember{"specular", [&](JsonValue& v) { material.specular = ReadColor(v); }},
+      JsonMember{"opacity", [&](JsonValue& v) { material.opacity = v.ReadFloat(); }},
+      JsonMember{"shininess", [&](JsonValue& v) { material.shininess = v.ReadFloat(); }},
+      JsonMember{"shininessStrength",
+                 [&](JsonValue& v) { material.shininessStrength = v.ReadFloat(); }},
+      JsonMember{"shading",
+                 [&](JsonValue& v) {
+                   material.shading =
+                       static_cast<std::int32_t>(v.ReadInteger(kMinInt32, kMaxInt32));
+                 }},
+      JsonMember{"twoSided", [&](JsonValue& v) { material.twoSided = v.ReadBool(); }},
+      JsonMember{"diffuseMap", [&](JsonValue& v) { material.diffuseMap = ReadTexture(v); }},
+      JsonMember{"subMaterials", [&](JsonValue& v) {
+                   material.subMaterials = v.ReadList<int>([](JsonValue& index) {
+                     return index.ReadNull() ? -1 : ReadMaterialIndex(index);
+                   });
+                 }});
+  return material;
+}
+
+Face ReadFace(JsonValue& value) {
+  Face face;
+  std::size_t count = 0;
+  value.ReadArray([&](JsonValue& v) {
+    if (count < 3) {
+      face.v[count] = ReadMeshIndex(v);
+    } else if (count == 3) {
+      face.smGroup = static_cast<std::uint32_t>(v.ReadInteger(0, kMaxUint32));
+    } else if (count == 4) {
+      face.SetMatID(static_cast<std::uint16_t>(v.ReadInteger(0, 0xFFFF)));
+    }
+    ++count;
+  });
+  if (count < 3 || count > 5) {
+    value.Fail(fmt::format("has {} elements, must have 3 to 5", count));
+  }
+  return face;
+}
+
+TVFace ReadTextureFace(JsonValue& value) {
+  return {value.ReadTuple<std::uint32_t, 3>(ReadMeshIndex)};
+}
+
+void CheckFaces(const JsonValue& value, const Mesh& mesh) {
+  const JsonPlace place(value.Place(), "faces");
+  for (std::size_t i = 0; i < mesh.faces.size(); ++i) {
+    for (const std::uint32_t index : mesh.faces[i].v) {
+      if (index < mesh.verts.size()) continue;
+      value.Document().Fail(JsonPlace(place, i),
+                            fmt::format("vertex index {} is out of range (the mesh has {})", index,
+                                        Count(mesh.verts.size(), "vertex", "vertices")));
+    }
+  }
+}
+
+void CheckTextureFaces(const JsonValue& value, const Mesh& mesh, bool given) {
+  const JsonPlace place(value.Place(), "textureFaces");
+  if (!given) value.Document().Fail(place, "is required with texture vertices, but missing");
+  if (mesh.tvFace.size() != mesh.faces.size()) {
+    value.Document().Fail(place, fmt::format("has {}, must have one for each of {}",
+                                             Count(mesh.tvFace.size(), "entry", "entries"),
+                                             Count(mesh.faces.size(), "face", "faces")));
+  }
+  for (std::size_t i = 0; i < mesh.tvFace.size(); ++i) {
+    for (const std::uint32_t index : mesh.tvFace[i].t) {
+      if (index < mesh.tVerts.size()) continue;
+      value.Document().Fail(
+          JsonPlace(place, i),
+          fmt::format("texture vertex index {} is out of range (the mesh has {})", index,
+                      Count(mesh.tVerts.size(), "texture vertex", "texture vertices")));
+    }
+  }
+}
+
+Mesh ReadMesh(JsonValue& value) {
+  Mesh mesh;
+  bool hasTextureFaces = false;
+  value.ReadObject(
+      JsonMember{"vertices", [&](JsonValue& v) { mesh.verts = v.ReadList<Point3>(ReadPoint); }},
+      JsonMember{"faces", [&](JsonValue& v) { mesh.faces = v.ReadList<Face>(ReadFace); }},
+      JsonMember{"textureVertices",
+                 [&](JsonValue& v) { mesh.tVerts = v.ReadList<Point3>(ReadPoint); }},
+      JsonMember{"textureFaces", [&](JsonValue& v) {
+                   mesh.tvFace = v.ReadList<TVFace>(ReadTextureFace);
+                   hasTextureFaces = true;
+                 }});
+  CheckFaces(value, mesh);
+  if (mesh.tVerts.empty()) {
+    mesh.tvFace = {};
+  } else {
+    CheckTextureFaces(value, mesh, hasTextureFaces);
+  }
+  return mesh;
+}
+
+// A node that is being read.
+struct OpenNode {
+  OpenNode(JsonValue& value, SceneNode& target) : members(value), node(target) {}
+
+  JsonObject members;
+  SceneNode& node;
+  std::optional<SceneObject> object;
+  std::optional<JsonArray> children;  // while it is their turn
+};
+
+// Reads members until it is the children's turn; false when there are no more members.
+bool ReadNodeMembers(OpenNode& open) {
+  SceneNode& node = open.node;
+  while (!open.children) {
+    const bool more = open.members.ReadMember(
+        JsonMember{"name", [&](JsonValue& v) { node.name = v.ReadText(); }},
+        JsonMember{"objectTransform",
+                   [&](JsonValue& v) { node.objectTransform = ReadTransform(v); }},
+        JsonMember{"wireColor",
+                   [&](JsonValue& v) {
+                     node.wireColor = v.ReadTuple<std::uint8_t, 3>([](JsonValue& component) {
+                       return static_cast<std::uint8_t>(component.ReadInteger(0, 255));
+                     });
+                   }},
+        JsonMember{"userProperties", [&](JsonValue& v) { node.userProperties = v.ReadText(); }},
+        JsonMember{"material", [&](JsonValue& v) { node.material = ReadMaterialIndex(v); }},
+        JsonMember{
+            "object",
+            [&](JsonValue& v) { open.object = static_cast<SceneObject>(v.ReadChoice(kObjects)); }},
+        JsonMember{"mesh",
+                   [&](JsonValue& v) { node.mesh = std::make_shared<const Mesh>(ReadMesh(v)); }},
+        JsonMember{"children", [&](JsonValue& v) { open.children.emplace(v); }});
+    if (!more) return false;
+  }
+  return true;
+}
+
+void FinishNode(OpenNode& open) {
+  SceneNode& node = open.node;
+  node.object = open.object.value_or(node.mesh ? SceneObject::kMesh : SceneObject::kNone);
+  if (node.object != SceneObject::kMesh) node.mesh = nullptr;
+}
+
+// Without recursion: the frames of 1,000 levels are too much for some stacks.
+void ReadNodes(JsonValue& value, SceneNode& root) {
+  std::deque<OpenNode> levels;  // places refer to those of the levels above, which must not move
+  levels.emplace_back(value, root);
+  while (!levels.empty()) {
+    OpenNode& open = levels.back();
+    if (!ReadNodeMembers(open)) {
+      FinishNode(open);
+      levels.pop_back();
+      continue;
+    }
+    const bool more = open.children->ReadElement([&](JsonValue& child) {
+      if (levels.size() == kMaxSceneDepth) {
+        child.Fail(fmt::format("nodes are nested deeper than {} levels", kMaxSceneDepth));
+      }
+      levels.emplace_back(child, open.node.children.emplace_back());
+    });
+    if (!more) open.children.reset();
+  }
+}
+
+void CheckMaterialIndex(const JsonDocument& document, const Scene& scene, int index,
+                        const JsonPlace& place) {
+  if (index < 0 || static_cast<std::size_t>(index) < scene.materials.size()) return;
+  document.Fail(place, fmt::format("material index {} is out of range (the scene has {})", index,
+                                   Count(scene.materials.size(), "material", "materials")));
+}
+
+void CheckSubMaterials(const JsonDocument& document, const Scene& scene,
+                       const JsonPlace& materialsPlace) {
+  for (std::size_t i = 0; i < scene.materials.size(); ++i) {
+    const JsonPlace materialPlace(materialsPlace, i);
+    const JsonPlace listPlace(materialPlace, "subMaterials");
+    const std::vector<int>& list = scene.materials[i].subMaterials;
+    for (std::size_t j = 0; j < list.size(); ++j) {
+      CheckMaterialIndex(document, scene, list[j], JsonPlace(listPlace, j));
+    }
+  }
+}
+
+void CheckNodeMaterials(const JsonDocument& document, const Scene& scene, const SceneNode& node,
+                        const JsonPlace& place) {
+  CheckMaterialIndex(document, scene, node.material, JsonPlace(place, "material"));
+  const JsonPlace childrenPlace(place, "children");
+  for (std::size_t i = 0; i < node.children.size(); ++i) {
+    CheckNodeMaterials(document, scene, node.children[i], JsonPlace(childrenPlace, i));
+  }
+}
+
+void ReadFormat(JsonValue& value) {
+  static constexpr std::string_view kFormats[] = {"mapexport-scene"};
+  value.ReadChoice(kFormats);
+}
+
+void ReadVersion(JsonValue& value) {
+  const std::int64_t version = value.ReadInteger(0, kMaxUint32);
+  if (version != 1) value.Fail(fmt::format("version {} is not known, only 1 is", version));
+}
+
+Scene ReadScene(JsonDocument& document) {
+  Scene scene;
+  bool hasFormat = false;
+  bool hasVersion = false;
+  bool hasRoot = false;
+  JsonObject(document).ReadMembers(
+      JsonMember{"format",
+                 [&](JsonValue& v) {
+                   ReadFormat(v);
+                   hasFormat = true;
+                 }},
+      JsonMember{"version",
+                 [&](JsonValue& v) {
+                   ReadVersion(v);
+                   hasVersion = true;
+                 }},
+      JsonMember{"materials",
+                 [&](JsonValue& v) { scene.materials = v.ReadList<SceneMaterial>(ReadMaterial); }},
+      JsonMember{"root", [&](JsonValue& v) {
+                   ReadNodes(v, scene.root);
+                   hasRoot = true;
+                 }});
+  document.End();
+  const JsonPlace documentPlace;
+  const auto require = [&](bool has, std::string_view name) {
+    if (!has) document.Fail(JsonPlace(documentPlace, name), "is required, but missing");
+  };
+  require(hasFormat, "format");
+  require(hasVersion, "version");
+  require(hasRoot, "root");
+  CheckSubMaterials(document, scene, JsonPlace(documentPlace, "materials"));
+  CheckNodeMaterials(document, scene, scene.root, JsonPlace(documentPlace, "root"));
+  return scene;
+}
+
+}  // namespace
+
+Scene ReadSceneFile(const std::string& path) {
+  try {
+    const FileText text(path);
+    JsonDocument document(path, text, kMaxJsonDepth);
+    return ReadScene(document);
+  } catch (const std::bad_alloc&) {
+    throw SceneError(path + ": there is not enough memory to read it");
+  }
+}
+
+}  // namespace mapexport

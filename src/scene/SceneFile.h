@@ -1,0 +1,27 @@
+// Scene files (.scene.json): a scene written down bit for bit.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "scene/Scene.h"
+
+namespace mapexport {
+
+/// Whether the path names a scene file: it ends in ".scene.json", in any case.
+bool IsSceneFile(const std::string& path);
+
+/// Reads and checks the scene file at `path`. Throws SceneError with the JSON place of a defect, or
+/// the line and column where the text is no JSON; of several defects it is the first one, but
+/// indices are checked when what they refer to is known. Time and memory are linear in the file's
+/// size, its text is given back before this returns.
+Scene ReadSceneFile(const std::string& path);
+
+/// Writes `scene` so that reading it back gives the same scene bit for bit (meshes that were shared
+/// come back as separate ones). The scene must be one that a file can hold: finite floats, valid
+/// UTF-8 without NUL, indices in range, face flags with nothing but the material ID, texture faces
+/// exactly where there are texture vertices, at most kMaxSceneDepth levels. Look at the stream's
+/// state afterwards.
+void WriteSceneFile(const Scene& scene, std::ostream& out);
+
+}  // namespace mapexport
