@@ -1,8 +1,11 @@
 // Scene files in and out, and the host interfaces over what was read.
+#include <array>
 #include <bit>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <random>
 #include <sstream>
 
@@ -24,6 +27,8 @@ class ScratchFile {
   explicit ScratchFile(const std::string& text) {
     std::ofstream(path_, std::ios::binary).write(text.data(), std::ssize(text));
   }
+  ScratchFile(const ScratchFile&) = delete;
+  ScratchFile& operator=(const ScratchFile&) = delete;
   ~ScratchFile() { std::filesystem::remove(path_); }
   const std::string& Path() const { return path_; }
 
@@ -89,7 +94,8 @@ class Random {
 
 template <class T>
 bool SameBytes(const T& a, const T& b) {
-  return std::memcmp(&a, &b, sizeof(T)) == 0;
+  using Words = std::array<std::uint32_t, sizeof(T) / sizeof(std::uint32_t)>;
+  return std::bit_cast<Words>(a) == std::bit_cast<Words>(b);
 }
 template <class T>
 bool SameBytes(const std::vector<T>& a, const std::vector<T>& b) {

@@ -11,7 +11,8 @@ namespace mapexport {
 class CStr {
  public:
   CStr() = default;
-  CStr(const char* text) : text_(text == nullptr ? "" : text) {}  // the host's own conversion
+  // NOLINTNEXTLINE(google-explicit-constructor): the host's own conversion from C text.
+  CStr(const char* text) : text_(text == nullptr ? "" : text) {}
   explicit CStr(std::string_view text) : text_(text.substr(0, text.find('\0'))) {}
 
   /// Number of bytes before the terminating NUL.

@@ -14,6 +14,8 @@ namespace mapexport {
 class HostScene : public Interface {
  public:
   explicit HostScene(const Scene& scene);
+  HostScene(const HostScene&) = delete;
+  HostScene& operator=(const HostScene&) = delete;
   ~HostScene() override;
 
   TimeValue GetTime() const override;

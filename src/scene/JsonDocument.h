@@ -27,6 +27,7 @@ class JsonDocument {
   JsonDocument(const std::string& file, const FileText& text, std::size_t maxDepth);
   JsonDocument(const JsonDocument&) = delete;
   JsonDocument& operator=(const JsonDocument&) = delete;
+  ~JsonDocument() = default;
 
   /// The document's members, to be read to the last one and then followed by End.
   simdjson::ondemand::object Start();

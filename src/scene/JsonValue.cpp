@@ -31,7 +31,7 @@ bool IsTiny(std::string_view number) {
   const auto first = static_cast<std::int64_t>(mantissa.find_first_of("123456789"));
   std::string_view digits = number.substr(std::min(mantissaEnd + 1, number.size()));
   if (digits.starts_with('+')) digits.remove_prefix(1);
-  std::int64_t exponent = 0;
+  std::int32_t exponent = 0;
   const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
   if (result.ec == std::errc::result_out_of_range) return digits.starts_with('-');
   return point - first + exponent < 0;
@@ -51,8 +51,9 @@ std::string Shown(std::string_view text) {
   constexpr std::size_t kLongest = 40;
   std::size_t length = std::min(text.size(), kLongest);
   // Cut no character in two.
-  while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80)
+  while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
     --length;
+  }
   std::string shown(text.substr(0, length));
   for (char& c : shown) {
     if (static_cast<unsigned char>(c) < 0x20 || c == '\x7F') c = '?';

@@ -29,6 +29,7 @@ class JsonValue {
       : document_(document), value_(value), place_(place) {}
   JsonValue(const JsonValue&) = delete;
   JsonValue& operator=(const JsonValue&) = delete;
+  ~JsonValue() = default;
 
   JsonDocument& Document() const { return document_; }
   const JsonPlace& Place() const { return place_; }
@@ -86,6 +87,7 @@ class JsonObject {
       : JsonObject(value.Document(), value.StartObject(), value.Place()) {}
   JsonObject(const JsonObject&) = delete;
   JsonObject& operator=(const JsonObject&) = delete;
+  ~JsonObject() = default;
 
   /// Reads the next member; false when there is none. It may be any of `members`, which are the
   /// same in each call; one that is none of them is ignored, one that is null counts as absent, and
@@ -123,6 +125,7 @@ class JsonArray {
       : document_(value.Document()), place_(value.Place()), array_(value.StartArray()) {}
   JsonArray(const JsonArray&) = delete;
   JsonArray& operator=(const JsonArray&) = delete;
+  ~JsonArray() = default;
 
   /// The number of elements, by going through all of them; only before the first one is read.
   std::size_t CountElements() { return document_.Get(array_.count_elements()); }
@@ -144,7 +147,7 @@ bool JsonObject::ReadMember(const JsonMember<Reads>&... members) {
   static_assert(sizeof...(members) <= 32);
   if (!atFirst_) ++next_;
   atFirst_ = false;
-  if (!(next_ != next_)) return false;  // simdjson's way to ask whether the end is reached
+  if (next_ == simdjson::ondemand::object_iterator()) return false;  // any one stands for the end
   simdjson::ondemand::field field = document_.Get(*next_);
   const std::string_view name = NameOf(field);
   std::uint32_t bit = 1;
@@ -172,7 +175,7 @@ bool JsonArray::ReadElement(const Read& read) {
   } else {
     ++next_;
   }
-  if (!(next_ != next_)) return false;  // simdjson's way to ask whether the end is reached
+  if (next_ == simdjson::ondemand::array_iterator()) return false;  // any one stands for the end
   JsonValue element(document_, document_.Get(*next_), JsonPlace(place_, index_));
   ++index_;
   read(element);

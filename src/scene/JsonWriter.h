@@ -21,6 +21,7 @@ class JsonWriter {
   explicit JsonWriter(std::ostream& out) : out_(out) {}
   JsonWriter(const JsonWriter&) = delete;
   JsonWriter& operator=(const JsonWriter&) = delete;
+  ~JsonWriter() = default;
 
   void OpenObject() { Open('{', Layout::kLines); }
   void CloseObject() { Close('}'); }

@@ -16,6 +16,7 @@ namespace mapexport {
 class TextureNames {
  public:
   TextureNames() = default;
+  ~TextureNames() = default;
   TextureNames(const TextureNames&) = delete;
   TextureNames& operator=(const TextureNames&) = delete;
 
