@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Checks how the code is written: clang-format, clang-tidy, and shellcheck for the scripts.
+# lint.sh --fix formats the C++ files instead of only looking at them; the rest stays the same.
+set -euo pipefail
+unset CDPATH
+root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
+# shellcheck source=scripts/lib/ensure-packages.sh
+. "$root/scripts/lib/ensure-packages.sh"
+ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-test.txt" \
+  "$root/scripts/packages-bench.txt" "$root/scripts/packages-lint.txt"
+
+cd -- "$root"
+status=0
+folders=(src tests)
+[[ ! -d bench ]] || folders+=(bench)
+mapfile -t files < <(
+  find "${folders[@]}" -type f \( -name '*.h' -o -name '*.cpp' \) | LC_ALL=C sort
+)
+
+if [[ ${1-} == --fix ]]; then
+  clang-format -i "${files[@]}"
+fi
+echo "clang-format: ${#files[@]} files"
+clang-format --dry-run -Werror "${files[@]}" || status=1
+
+echo "shellcheck"
+shellcheck -x scripts/*.sh scripts/lib/*.sh .ci/run || status=1
+
+# A folder of its own holds the compile commands: nothing is built in it, no other build is touched.
+if ! configured=$(cmake -S . -B build/lint -G Ninja -DMAPEXPORT_TESTS=ON -DMAPEXPORT_BENCH=ON -DMAPEXPORT_FUZZ=ON 2>&1); then
+  printf '%s\n' "$configured" >&2
+  exit 1
+fi
+mapfile -t units < <(
+  sed -nE 's/^ *"file": "(.*)",?$/\1/p' build/lint/compile_commands.json | LC_ALL=C sort -u
+)
+echo "clang-tidy: ${#units[@]} files"
+# It also counts the warnings of library headers that it left out; nobody wants to know.
+printf '%s\0' "${units[@]}" |
+  xargs -0 -n 1 -P "$(nproc)" clang-tidy -p build/lint --quiet \
+    2> >(grep -vE '^[0-9]+ warnings?( .*)? generated\.$' >&2) || status=1
+
+if [[ $status -eq 0 ]]; then
+  echo "lint: clean"
+else
+  echo "lint: there is something to mend"
+fi
+exit "$status"

@@ -1,0 +1,109 @@
+#!/usr/bin/env bash
+# Builds and runs the tests: test.sh [PRESET...], by default release and sanitize.
+#
+# Without arguments it also checks the arrows between the rooms, the example, and that the release,
+# debug and sanitize builds write equal bytes. The last line counts it all: "N passed, N failed".
+# MAPEXPORT_WERROR=ON in the environment makes warnings errors.
+set -euo pipefail
+unset CDPATH
+root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
+# shellcheck source=scripts/lib/ensure-packages.sh
+. "$root/scripts/lib/ensure-packages.sh"
+ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-test.txt"
+
+cd -- "$root"
+jobs=$(nproc)
+passed=0
+failed=0
+
+heading() {
+  printf '\n== %s\n' "$*"
+}
+
+# configure PRESET [ARGUMENT...]; an option that is not given keeps what the build folder remembers.
+configure() {
+  cmake --preset "$@" ${MAPEXPORT_WERROR:+"-DMAPEXPORT_WERROR=$MAPEXPORT_WERROR"}
+}
+
+# run_tests PRESET: builds everything and adds what ctest counted to the sums.
+run_tests() {
+  local preset=$1 report=$root/build/$1/tests.xml status=0 total bad
+  heading "tests, $preset"
+  configure "$preset" -DMAPEXPORT_TESTS=ON
+  cmake --build --preset "$preset"
+  rm -f -- "$report"
+  ctest --preset "$preset" --no-tests=error -j "$jobs" --output-junit "$report" || status=$?
+  total=$(junit_count tests "$report")
+  bad=$(junit_count failures "$report")
+  # A run that broke down without a failed test of its own counts as one.
+  [[ $status -eq 0 || $bad -gt 0 ]] || bad=1
+  failed=$((failed + bad))
+  passed=$((passed + total - bad))
+}
+
+# junit_count ATTRIBUTE FILE: that number of the file's <testsuite>; 0 when there is none.
+junit_count() {
+  local pattern="/<testsuite/,/>/ s/.*[[:space:]]$1=\"([0-9]+)\".*/\\1/p" number=""
+  [[ ! -f $2 ]] || number=$(sed -nE "$pattern" "$2" | head -n 1)
+  echo "${number:-0}"
+}
+
+# check NAME COMMAND...: a step that counts as one test.
+check() {
+  local name=$1
+  shift
+  heading "$name"
+  if "$@"; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    echo "FAILED: $name"
+  fi
+}
+
+# The committed level is what its script writes.
+example_is_current() {
+  local fresh=build/example-current status=0 file
+  rm -rf -- "$fresh"
+  python3 -B examples/make_yard.py "$fresh" || return 1
+  for file in "$fresh"/*; do
+    cmp -- "$file" "examples/${file##*/}" || status=1
+  done
+  return "$status"
+}
+
+# The three builds write the same bytes, whatever the optimiser and the sanitizers do.
+builds_agree() {
+  local preset layout status=0 out=$root/build/equal-bytes
+  rm -rf -- "$out"
+  for preset in release debug sanitize; do
+    mkdir -p -- "$out/$preset"
+    for layout in qob kob; do
+      (cd -- "$out/$preset" &&
+        "$root/build/$preset/bin/mapexport" export "$root/examples/yard.scene.json" "yard.$layout" \
+          --fresh --seed 1 --cxp "$root/examples/yard.cxp" --quiet) || return 1
+      cmp -- "$out/release/yard.$layout" "$out/$preset/yard.$layout" || status=1
+    done
+  done
+  return "$status"
+}
+
+if [[ $# -gt 0 ]]; then
+  for preset in "$@"; do
+    run_tests "$preset"
+  done
+else
+  check "arrows between the rooms" scripts/check-arrows.sh
+  run_tests release
+  check "the example's first command" scripts/run-example.sh
+  check "the example's files are what its script writes" example_is_current
+  check "the example's counts" python3 examples/check_yard.py build/release/bin/mapexport
+  run_tests sanitize
+  heading "the debug build's program"
+  configure debug
+  cmake --build --preset debug --target mapexport
+  check "release, debug and sanitize write equal bytes" builds_agree
+fi
+
+printf '\n%d passed, %d failed\n' "$passed" "$failed"
+[[ $failed -eq 0 ]]
