@@ -535,6 +535,7 @@ ModelFile Huge(std::size_t count, ModelLayout layout) {
 TEST(ModelReaderTest, OverlongListsAreSoundAndTold) {
   const auto placesOf = [](const std::vector<OverlongList>& lists) {
     std::vector<std::string> places;
+    places.reserve(lists.size());
     for (const OverlongList& list : lists) places.push_back(list.place);
     return places;
   };

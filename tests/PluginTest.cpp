@@ -66,7 +66,9 @@ class PluginTest : public testing::Test {
     fs::remove_all(folder_);
   }
 
-  void Store(const char* name, TestSystem::Value value) { system_.registry[{kKey, name}] = value; }
+  void Store(const char* name, TestSystem::Value value) {
+    system_.registry[{kKey, name}] = std::move(value);
+  }
   std::string Stored(const char* name) { return system_.registry[{kKey, name}].bytes; }
 
   TestSystem system_;
@@ -254,7 +256,7 @@ TEST_F(DialogTest, ClicksTakeEffectAtOnceAndOutliveCancel) {
 }
 
 /// What the box is asked for with two extensions: two texts and the empty one that ends them.
-const std::string kFilter("(.cxp,.txt)\0*.cxp;*.txt\0", 25);
+const std::string kFilter = std::string("(.cxp,.txt)") + '\0' + "*.cxp;*.txt" + '\0' + '\0';
 
 /// Keeps what the file box is asked for.
 class FilterSystem : public TestSystem {

@@ -69,7 +69,8 @@ class DenseVoxels {
     return cell;
   }
   std::size_t Index(const Cell& c) const {
-    return static_cast<std::size_t>((c[0] * n_[1] + c[1]) * n_[2] + c[2]);
+    const int index = (c[0] * n_[1] + c[1]) * n_[2] + c[2];
+    return static_cast<std::size_t>(index);
   }
 
   void Assign(const GeometryGroup& group, std::uint32_t f, RandomGenerator& random) {
