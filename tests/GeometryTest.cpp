@@ -272,6 +272,30 @@ TEST_F(BatchesTest, CollisionListsAreTheSameWhenPreparedAgain) {
   }
 }
 
+TEST(GroupList, FindsGroupsByExactNameAndIndex) {
+  GroupList list;
+  for (const char* name : {"a", "A", "a"}) {
+    list.Append(std::make_unique<GeometryGroup>());
+    list.At(list.Count() - 1)->name = name;
+  }
+  EXPECT_EQ(list.Find("A"), list.At(1));
+  EXPECT_EQ(list.Find("a"), list.At(0));
+  EXPECT_EQ(list.Find("b"), nullptr);
+  EXPECT_EQ(list.At(3), nullptr);
+}
+
+TEST(CStr, ClampsPositionsAndLowersAsciiOnly) {
+  CStr text = "Wall\xC3\x84.BMP";
+  text.toLower();
+  EXPECT_EQ(text, "wall\xC3\x84.bmp");
+  EXPECT_EQ(text.first('l'), 2);
+  EXPECT_EQ(text.first('x'), -1);
+  EXPECT_EQ(text.Substr(7, 99), "bmp");
+  EXPECT_EQ(text.Substr(99, 1), "");
+  text.remove(4);
+  EXPECT_EQ(text, "wall");
+}
+
 TEST(RandomGenerator, FollowsItsDefinition) {
   // Drawn by hand from the recurrence for seed 1: the table begins 1, 32, 993.
   RandomGenerator random(1);

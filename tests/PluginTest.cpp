@@ -11,6 +11,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "plugin/BrowseForFile.h"
 #include "plugin/EntryPoints.h"
@@ -88,6 +90,21 @@ TEST_F(PluginTest, TellsTheHostWhatItIs) {
   ClassDesc& descriptor = *LibClassDesc(0);
   EXPECT_EQ(descriptor.SuperClassID(), 0xA20u);
   EXPECT_EQ(descriptor.ClassID(), (Class_ID{0x12B50709, 0x1DC2636B}));
+  EXPECT_EQ(descriptor.IsPublic(), 1);
+  EXPECT_EQ(descriptor.BeginCreate(nullptr) + descriptor.EndCreate(nullptr), 0);
+  EXPECT_STREQ(descriptor.ClassName(), "OsprinMapExport");
+  EXPECT_STREQ(descriptor.Category(), "Map Export");
+  EXPECT_TRUE(descriptor.OkToCreate(nullptr));
+  EXPECT_FALSE(descriptor.HasClassParams());
+  EXPECT_EQ(descriptor.Reserved13() | descriptor.Reserved14(1) | descriptor.Reserved15(1), 0);
+  const std::unique_ptr<SceneExport> created(static_cast<SceneExport*>(descriptor.Create(false)));
+  ASSERT_NE(created, nullptr);
+  EXPECT_EQ(created->ExtCount(), 2);
+  EXPECT_EQ(created->Version(), 100u);
+  EXPECT_STREQ(created->AuthorName(), "Osprin tools group");
+  EXPECT_STREQ(created->CopyrightMessage(), "All rights reserved by their owners.");
+  EXPECT_STREQ(created->OtherMessage1(), "");
+  EXPECT_STREQ(created->OtherMessage2(), "");
   const char* longDesc = exporter_.LongDesc();
   EXPECT_STREQ(longDesc, "Osprin MAX Map Export File");
   exporter_.ShortDesc();
@@ -128,6 +145,31 @@ TEST_F(PluginTest, AnEmptyRegistryKeepsTheInitialValuesAndIsFilledBySaving) {
   EXPECT_EQ(Stored("Weld Vertices?"), std::string("TRUE\0", 5));
   EXPECT_EQ(Stored("Export Coordinates"), std::string("\2\0\0\0", 4));
   EXPECT_EQ(system_.OpenKeys(), 0u);
+}
+
+TEST_F(PluginTest, ARegistryThatTakesDefaultsStoresThemAllAndTheOptionsFollow) {
+  system_.registryEnforcesAccess = false;
+  LoadOptions(SettingsKey(RegistryRoot::kLocalMachine));
+  const std::pair<const char*, const char*> texts[] = {
+      {"Welding Distance", "0.100000"},
+      {"T-Vertex Distance", "10.000000"},
+      {"Weld Vertices?", "FALSE"},
+      {"Remove t-vertices?", "FALSE"},
+      {"Snap Distance", "1.000000"},
+      {"Lighting Multiplier", "1.000000"},
+      {"Geometry Voxel Size", "1000.000000"},
+      {"Snap To Grid?", "FALSE"},
+      {"Clean vertex attributes?", "FALSE"},
+      {"CXP Filename", "C:\\Develop\\Osprin\\release\\data\\textures\\osprin.cxp"}};
+  for (const auto& [name, text] : texts) EXPECT_EQ(Stored(name), std::string(text) + '\0') << name;
+  EXPECT_EQ(Stored("Export Coordinates"), std::string(4, '\0'));
+  EXPECT_EQ(Stored("Export Texture Coordinates"), std::string(4, '\0'));
+  EXPECT_EQ(system_.registry.size(), 12u);
+  const ExportOptions& options = State().options;
+  EXPECT_EQ(options.weldingDistance, 0.1f);
+  EXPECT_EQ(options.tVertexDistance, 10.0f);
+  EXPECT_FALSE(options.weldVertices || options.cleanVertexAttributes);
+  EXPECT_EQ(options.cxpFilename.View(), texts[9].second);
 }
 
 TEST_F(PluginTest, StoredValuesAreReadByTheirEncodings) {
@@ -176,6 +218,20 @@ TEST(NumberText, IsTheSameInEveryLocale) {
   EXPECT_EQ(FormatFloat(3.4028235e38f), "340282346638528859811704183484516925440.000000");
 }
 
+TEST_F(PluginTest, TheControlsOfTheDialogNeitherOverlapNorLeaveIt) {
+  const DialogTemplate* dialog = FindDialog(State().module, 102);
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_STREQ(dialog->title, "MAP Export Options");
+  for (const DialogControl& a : dialog->controls) {
+    EXPECT_TRUE(a.x + a.width <= dialog->width && a.y + a.height <= dialog->height) << a.id;
+    for (const DialogControl& b : dialog->controls) {
+      const bool apart = a.x + a.width <= b.x || b.x + b.width <= a.x || a.y + a.height <= b.y ||
+                         b.y + b.height <= a.y;
+      EXPECT_TRUE(&a == &b || apart) << a.id << " and " << b.id;
+    }
+  }
+}
+
 /// Shows the dialog through a run that ends with it.
 class DialogTest : public PluginTest {
  protected:
@@ -197,6 +253,7 @@ class DialogTest : public PluginTest {
 TEST_F(DialogTest, OpensWithTheOptionsAndTakesTheEditsOnOk) {
   State().options.cxpFilename = "a.cxp";
   State().options.textureCoordinateMode = 2;
+  State().options.talvernLightFormat = true;
   Show(IDOK, [&](HWND, DialogProc* proc) {
     auto& controls = system_.controls;
     EXPECT_EQ(controls[1042].text, "0.200000");
@@ -362,7 +419,7 @@ TEST_F(ExportTest, ACancelledOrRefusedExportSavesTheOptionsAndSaysNothing) {
   EXPECT_EQ(system_.registry.size(), 12u);
 }
 
-/// A host whose root node fails.
+/// A host whose main window fails.
 template <typename Exception>
 class FailingHost : public HostScene {
  public:
@@ -391,6 +448,9 @@ TEST_F(PluginTest, TheLogCutsLongLinesAndWorksWithoutAFile) {
   DebugLog& log = DebugLog::Instance();
   log.Open("missing/log.txt");
   EXPECT_EQ(system_.debugOutput, "Unable to open the file [missing/log.txt]\n");
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  log.Open("pipe");
+  EXPECT_THAT(system_.debugOutput, HasSubstr("[pipe]")) << "nobody reads it: opening would hang";
   log.Open("log.txt");
   system_.debugOutput.clear();
   log.Line() << std::string(5000, 'x') << '\n' << std::flush;

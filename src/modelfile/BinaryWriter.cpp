@@ -34,8 +34,7 @@ void BinaryWriter::PatchU32(std::uint64_t position, std::uint32_t value) {
     Store(buffer_.data() + (position - flushed_), value);
     return;
   }
-  // The field may straddle what is already out and what is still here.
-  Flush();
+  // The whole field is out: a number is never split between the buffer and the stream.
   std::array<char, sizeof value> bytes;
   Store(bytes.data(), value);
   stream_.seekp(start_ + static_cast<std::streamoff>(position));

@@ -1,5 +1,7 @@
 #include "plugin/state/DebugLog.h"
 
+#include <filesystem>
+
 #include "host/System.h"
 #include "plugin/state/ProcessState.h"
 
@@ -32,7 +34,9 @@ DebugLog& DebugLog::Instance() {
 void DebugLog::Open(const char* name) {
   file_.close();
   file_.clear();
-  file_.open(name, std::ios::out | std::ios::trunc);
+  // Opening a pipe would wait for somebody to read it.
+  std::error_code unknown;
+  if (!std::filesystem::is_fifo(name, unknown)) file_.open(name, std::ios::out | std::ios::trunc);
   fileOpen_ = file_.is_open();
   if (fileOpen_) return;
   Line() << "Unable to open the file [" << name << "]\n" << std::flush;

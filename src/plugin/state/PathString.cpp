@@ -18,7 +18,7 @@ PathString PathString::Extension() const {
 }
 
 void PathString::LowerCase() {
-  for (std::size_t i = 0; i + 1 < capacity_; ++i) {
+  for (std::size_t i = 0; i < Length(); ++i) {
     char& c = buffer_[i];
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
