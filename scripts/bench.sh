@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds and runs the benchmarks; each ends with the ratios that matter: the literal definition to the
-# fast form, and twice the size to once. Arguments go to every program: bench.sh --benchmark_filter=weld
+# Builds and runs the benchmarks; each ends with the ratios that matter: the literal definition to
+# the fast form, and twice the size to once. Arguments go to every program, for example
+# bench.sh --benchmark_filter=weld
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

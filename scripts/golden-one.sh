@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Exports one scene of tests/golden in a folder of its own and prints what inspect says of the result.
+# Exports one scene of tests/golden in a folder of its own and prints what inspect says of it.
 #
 #   golden-one.sh MAPEXPORT NAME FOLDER
 #
