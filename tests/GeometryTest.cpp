@@ -5,14 +5,20 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
 #include "geometry/CollisionLists.h"
+#include "geometry/ConvertCoordinates.h"
 #include "geometry/RenderBatches.h"
 #include "geometry/SmoothedNormals.h"
 #include "geometry/VoxelPartition.h"
 #include "model/ExportModel.h"
+#include "modelfile/BinaryWriter.h"
+#include "modelfile/IndexLimit.h"
+#include "modelfile/WriteKobRecord.h"
+#include "modelfile/WriteQobRecord.h"
 #include "plugin/state/ProcessState.h"
 #include "reference/LiteralGeometry.h"
 #include "support/TestSystem.h"
@@ -164,13 +170,13 @@ class BatchesTest : public testing::Test {
     std::mt19937 random(seed);
     GeometryGroup group;
     group.surfaceSets.resize(1);
-    group.boundsMin = {-10, 0, -20};
-    group.boundsMax = {10, 0, 25};
+    group.boundsMin = {-10, -5, -20};
+    group.boundsMax = {10, 30, 25};
     for (std::uint32_t v = 0; v < vertices; ++v) {
       const auto coordinate = [&](float lo, float hi) {
         return lo + static_cast<float>(random() % 1024) / 1023.0f * (hi - lo);
       };
-      group.vertices.Append({coordinate(-10, 10), 0, coordinate(-20, 25)});
+      group.vertices.Append({coordinate(-10, 10), coordinate(-5, 30), coordinate(-20, 25)});
     }
     group.attributes.At(attributes - 1);
     for (std::uint32_t f = 0; f < 400; ++f) {
@@ -226,7 +232,8 @@ TEST_F(BatchesTest, CellsAndBatchesEqualTheDenseGridsAndTheLists) {
 TEST_F(BatchesTest, HugeGridsNeedNoMemory) {
   GeometryGroup group = RandomGroup(1, 60, 3);
   const VoxelGrid grid(group, 1e-30f);
-  EXPECT_EQ(grid.counts, (std::array<std::int32_t, 3>{kMaxVoxelsPerAxis, 1, kMaxVoxelsPerAxis}));
+  EXPECT_EQ(grid.counts,
+            (std::array<std::int32_t, 3>{kMaxVoxelsPerAxis, kMaxVoxelsPerAxis, kMaxVoxelsPerAxis}));
   RandomGenerator random(0);
   EXPECT_LE(BuildVoxelPartition(group, grid, random).CellCount(), group.faces.size());
 }
@@ -270,6 +277,87 @@ TEST_F(BatchesTest, CollisionListsAreTheSameWhenPreparedAgain) {
   for (std::size_t f = 0; f < group.faces.size(); ++f) {
     ASSERT_EQ(group.faces[f].v, once.faces[f].v);
   }
+}
+
+/// What a writer makes of the group, from the same random numbers every time.
+std::string Record(void (*write)(GeometryGroup&, BinaryWriter&), GeometryGroup& group) {
+  State().random.Seed(7);
+  std::ostringstream stream;
+  {
+    BinaryWriter out(stream);
+    write(group, out);
+  }
+  return stream.str();
+}
+
+TEST_F(BatchesTest, AGroupCanBeWrittenAgainInEitherLayout) {
+  State().options.geometryVoxelSize = 15.0f;
+  GeometryGroup fresh = RandomGroup(9, 60, 5);
+  fresh.surfaceSets.resize(2);
+  fresh.surfaceSets[1].flags = 0x04;
+  for (std::uint32_t f = 0; f < fresh.faces.size(); f += 4) {
+    fresh.faces[f].surfaceSet = 1;
+    fresh.surfaceSets[1].faces.Append(f);
+  }
+  fresh.surfaceSets[0].faces.Clear();
+  GeometryGroup group = fresh;
+  const std::string kob = Record(WriteKobRecord, group);
+  EXPECT_EQ(Record(WriteKobRecord, group), kob);
+  EXPECT_EQ(State().voxelCellSize, VoxelGrid(group, 15.0f).cellSize);
+  Record(WriteQobRecord, group);
+  EXPECT_TRUE(std::ranges::all_of(
+      group.faces, [](const GroupFace& face) { return face.drawn == 1 && face.batchIndex >= 0; }));
+  GeometryGroup other = fresh;
+  const std::string qob = Record(WriteQobRecord, other);
+  EXPECT_EQ(Record(WriteQobRecord, other), qob);
+  EXPECT_EQ(Record(WriteKobRecord, other), kob);
+  State().options = ExportOptions();
+}
+
+TEST_F(BatchesTest, OverlongListsAreToldToTheLogAndOnlyThose) {
+  GeometryGroup group;
+  group.name = "Level";
+  LogOverlongList(group, "faces", 65536);
+  EXPECT_EQ(system_.debugOutput, "");
+  LogOverlongList(group, "corners of batch", 3, 65537);
+  EXPECT_EQ(system_.debugOutput,
+            "Group Level: corners of batch 3: 65537 entries, 16-bit indices address 65536\n");
+}
+
+TEST(Arithmetic, IsDoneInTheOrderWritten) {
+  const Matrix3 far{{Point3{1, 0, 0}, Point3{1, 0, 0}, Point3{0, 0, 1}, Point3{16777216, 0, 0}}};
+  EXPECT_EQ((Point3{1, 1, 0} * far).x, 16777218.0f);
+  EXPECT_EQ(PlaneOf({1, 1, 1}, {1, 16777216, -16777216}).d, -1.0f);
+  EXPECT_EQ(TransformParity({{Point3{0, 0, 2}, Point3{0, 3, 0}, Point3{5, 0, 0}, Point3{}}}),
+            -30.0f);
+  EXPECT_EQ(Normalize({1e-30f, 0, 0}), Point3()) << "the square underflows";
+}
+
+TEST(AttributesMatch, IsStrictAndLooksAtReservedAndMaterial) {
+  const VertexAttribute a;
+  VertexAttribute b;
+  b.normal.x = 0.01f;
+  EXPECT_FALSE(AttributesMatch(a, b));
+  b.normal.x = std::nextafter(0.01f, 0.0f);
+  EXPECT_TRUE(AttributesMatch(a, b));
+  b.reserved = 1;
+  EXPECT_FALSE(AttributesMatch(a, b));
+  b.reserved = 0;
+  b.material = 1;
+  EXPECT_FALSE(AttributesMatch(a, b));
+}
+
+TEST(BinaryWriter, KeepsTheLowBitsAndPatchesWhatIsOut) {
+  std::ostringstream stream;
+  {
+    BinaryWriter out(stream);
+    SizeField size(out);
+    size.BeginBody();
+    out.U16(65537);
+    out.LString(std::string(300000, 'x'));
+    size.EndBody();
+  }
+  EXPECT_EQ(stream.str().substr(0, 10), std::string("\xe7\x93\x04\0\1\0\xe1\x93\x04\0", 10));
 }
 
 TEST(GroupList, FindsGroupsByExactNameAndIndex) {

@@ -204,6 +204,7 @@ TEST(IsSliver, MeasuresTheThirdCornerFromTheLineThroughTheOthers) {
   EXPECT_FALSE(IsSliver(a, {0.0001f, 0, 0}, {5, 0, 0})) << "still a point";
   EXPECT_TRUE(IsSliver(a, {0.0002f, 0, 0}, {5, 0, 0})) << "a line already";
   EXPECT_FALSE(IsSliver(a, {kInf, 0, 0}, a)) << "what is no number is no sliver";
+  EXPECT_FALSE(IsSliver(a, a, {0.1f, 0.3f, 0})) << "exactly the distance";
 }
 
 TEST(RemoveFaces, EqualsRemovingOneByOne) {

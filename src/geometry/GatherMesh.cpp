@@ -137,7 +137,9 @@ void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
 
 void GatherMesh(GroupList& groupList, GeometryGroup& group, INode& node, const Mesh& mesh) {
   const std::size_t setIndex = ChooseSurfaceSet(groupList, group, node);
-  const NodeMaterials materials(node);
+  Mtl* material = node.GetMtl();
+  const NodeMaterials& materials =
+      groupList.materials.try_emplace(material, material).first->second;
   const Matrix3 transform = node.GetObjectTM(State().currentTime);
   // A mirroring transform turns the triangles over; the others are turned over here.
   const bool mirrored = TransformParity(transform) < 0.0f;

@@ -5,8 +5,8 @@
 namespace mapexport {
 
 int FindOrAddSurfaceSet(GeometryGroup& group, std::uint32_t flags) {
-  const auto found = std::ranges::find(group.surfaceSets, flags, &SurfaceSet::flags);
-  if (found != group.surfaceSets.end()) return static_cast<int>(found - group.surfaceSets.begin());
+  const int found = group.surfaceSetIndex.FindFirst(group.surfaceSets, flags);
+  if (found >= 0) return found;
   group.surfaceSets.emplace_back().flags = flags;
   return static_cast<int>(group.surfaceSets.size() - 1);
 }

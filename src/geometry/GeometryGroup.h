@@ -9,6 +9,7 @@
 #include "geometry/GroupFace.h"
 #include "geometry/RenderBatch.h"
 #include "geometry/SurfaceSet.h"
+#include "geometry/SurfaceSetIndex.h"
 #include "geometry/VertexAttribute.h"
 #include "host/Point3.h"
 #include "materials/MapRecord.h"
@@ -52,11 +53,12 @@ class GeometryGroup : public MapRecord {
   std::vector<Point3> collisionPoints;          ///< second layout only
   std::vector<CollisionPlane> collisionPlanes;  ///< second layout only
 
-  AttributeIndex attributeIndex;  ///< AddAttribute's view of `attributes`
+  AttributeIndex attributeIndex;    ///< AddAttribute's view of `attributes`
+  SurfaceSetIndex surfaceSetIndex;  ///< FindOrAddSurfaceSet's view of `surfaceSets`
 };
 
 /// The index of the first surface set with these flags, of a new set named "NONE" when there is
-/// none.
+/// none. Takes constant time for flags that keywords can give.
 int FindOrAddSurfaceSet(GeometryGroup& group, std::uint32_t flags);
 
 /// Appends a surface set of that name with flags 0 and returns its index.

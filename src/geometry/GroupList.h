@@ -3,9 +3,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "geometry/GeometryGroup.h"
+#include "geometry/NodeMaterials.h"
 
 namespace mapexport {
 
@@ -32,6 +35,10 @@ class GroupList {
   bool staticMode = false;     ///< inside a subtree whose root's name begins with "static"
   bool staticPending = false;  ///< its surface set is yet to be made
   std::int32_t staticSetIndex = 0;
+
+  /// What was found out about each host material that the walk met; thousands of nodes can share
+  /// one of thousands of sub-materials. The null material's entry is that of nodes without one.
+  std::unordered_map<Mtl*, NodeMaterials> materials;
 
  private:
   std::vector<std::unique_ptr<GeometryGroup>> groups_;

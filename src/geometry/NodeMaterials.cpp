@@ -6,8 +6,7 @@
 
 namespace mapexport {
 
-NodeMaterials::NodeMaterials(const INode& node) {
-  Mtl* material = node.GetMtl();
+NodeMaterials::NodeMaterials(Mtl* material) {
   if (material == nullptr) return;
   if (material->ClassID() == kStandardMtlClassID) {
     kind_ = Kind::kStandard;

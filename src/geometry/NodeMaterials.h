@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "host/INode.h"
+#include "host/Mtl.h"
 #include "host/Types.h"
 
 namespace mapexport {
@@ -13,8 +13,9 @@ namespace mapexport {
 /// neither Standard nor Multi/Sub-Object, has no table.
 class NodeMaterials {
  public:
-  /// Finds or adds the node's materials in the running export's list.
-  explicit NodeMaterials(const INode& node);
+  /// Finds or adds the materials in the running export's list. `material` is the node's, null for
+  /// none.
+  explicit NodeMaterials(Mtl* material);
 
   /// The material index of a face with that material ID, -1 for none.
   std::int32_t MaterialOf(std::uint16_t materialId) const;
