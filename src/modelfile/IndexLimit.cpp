@@ -18,7 +18,8 @@ void LogOverlongList(const GeometryGroup& group, const char* list, std::size_t c
 void LogOverlongList(const GeometryGroup& group, const char* list, std::size_t ordinal,
                      std::size_t count) {
   if (count <= kIndexableEntries) return;
-  LogOverlongList(group, (list + (" " + std::to_string(ordinal))).c_str(), count);
+  const std::string which = std::string(list).append(" ").append(std::to_string(ordinal));
+  LogOverlongList(group, which.c_str(), count);
 }
 
 }  // namespace mapexport

@@ -27,8 +27,8 @@ class PathString {
   /// The text, NUL-terminated; never null.
   const char* Text() const { return buffer_ ? buffer_.get() : ""; }
 
-  /// The text after the last "." of the whole string; empty when there is none or nothing follows it.
-  /// A "." in a folder's name counts.
+  /// The text after the last "." of the whole string; empty when there is none or nothing follows
+  /// it. A "." in a folder's name counts.
   PathString Extension() const;
   /// Lower-cases the letters A to Z in place.
   void LowerCase();
