@@ -29,19 +29,20 @@ std::size_t memoryPeak = 0;
 
 }  // namespace
 
-// All memory of this program is counted, so that tests can bound what reading takes.
-void* operator new(std::size_t size) {
+// All memory of this program is counted, so that tests can bound what reading takes. Inlined, these
+// would make g++ 12 take each new and delete for a mismatched pair.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   void* memory = std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
   memoryNow += malloc_usable_size(memory);
   memoryPeak = std::max(memoryPeak, memoryNow);
   return memory;
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   if (memory != nullptr) memoryNow -= malloc_usable_size(memory);
   std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
   operator delete(memory);
 }
 
