@@ -14,12 +14,15 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include "importer/FbxLinks.h"
 #include "importer/FoldHelperNodes.h"
 #include "importer/HostText.h"
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
 #include "importer/ReadWithLibrary.h"
 #include "importer/RebuildMesh.h"
+#include "importer/TriangulatePolygon.h"
+#include "scene/NearKeywords.h"
 #include "scene/SceneError.h"
 
 namespace mapexport {
@@ -43,11 +46,11 @@ class ImporterTest : public testing::Test {
     return (folder_ / name).string();
   }
   ImportedScene Import(const std::string& name, const std::string& text) const {
-    return ImportScene(Write(name, text));
+    return ImportScene(Write(name, text), {});
   }
   std::string Refusal(const std::string& path) const {
     try {
-      ImportScene(path);
+      ImportScene(path, {});
     } catch (const SceneError& error) {
       EXPECT_THAT(error.what(), testing::StartsWith(path + ": "));
       EXPECT_THAT(error.what(), testing::Not(HasSubstr("\n")));
@@ -84,6 +87,16 @@ const SceneNode& Named(const ImportedScene& imported, const std::string& name) {
     if (node->name == name) return *node;
   }
   throw std::runtime_error("no node " + name);
+}
+
+/// "code: text" of each.
+std::vector<std::string> RemarksOf(const ImportedScene& imported) {
+  std::vector<std::string> texts;
+  for (const ImportRemark& remark : imported.remarks) {
+    texts.push_back((remark.kind == RemarkKind::kNote ? "note " : "") + remark.code + ": " +
+                    remark.text);
+  }
+  return texts;
 }
 
 std::size_t TrianglesOf(const ImportedScene& imported) {
@@ -133,9 +146,9 @@ TEST_F(ImporterTest, ObjMeshIsRebuilt) {
   EXPECT_EQ(materials[0].diffuseMap->file, "red.png");
   EXPECT_EQ(materials[1].diffuseMap->file, "art\\blue.png");
 
-  ASSERT_EQ(imported.warnings.size(), 1u);
-  EXPECT_THAT(imported.warnings[0], HasSubstr("1 line,"));
-  EXPECT_THAT(imported.warnings[0], HasSubstr("1 triangle with such a corner"));
+  ASSERT_EQ(RemarksOf(imported).size(), 1u);
+  EXPECT_THAT(RemarksOf(imported).at(0), HasSubstr("1 line,"));
+  EXPECT_THAT(RemarksOf(imported).at(0), HasSubstr("1 triangle with such a corner"));
 }
 
 TEST_F(ImporterTest, ObjWithoutItsSideFileOrTriangles) {
@@ -147,12 +160,126 @@ TEST_F(ImporterTest, ObjWithoutItsSideFileOrTriangles) {
   EXPECT_EQ(Named(missing, "Bare").mesh->faces.size(), 2u);
   EXPECT_THAT(Named(missing, "Bare").mesh->tVerts, IsEmpty());
   EXPECT_EQ(Named(missing, "Red").material, 0);
-  ASSERT_EQ(missing.warnings.size(), 1u);
-  EXPECT_THAT(missing.warnings[0], HasSubstr("\"no such.mtl\""));
+  ASSERT_EQ(RemarksOf(missing).size(), 1u);
+  EXPECT_THAT(RemarksOf(missing).at(0), HasSubstr("\"no such.mtl\""));
 
   const ImportedScene lines = Import("lines.obj", "o Wire\nv 0 0 0\nv 1 0 0\nv 1 1 0\nl 1 2 3\n");
   EXPECT_EQ(Named(lines, "Wire").object, SceneObject::kHelper);
-  EXPECT_THAT(lines.warnings, ElementsAre(HasSubstr("no triangle"), HasSubstr("2 lines")));
+  EXPECT_THAT(RemarksOf(lines), ElementsAre(HasSubstr("no triangle"), HasSubstr("2 lines")));
+}
+
+TEST_F(ImporterTest, ObjSmoothingGroupsComeFromTheFile) {
+  const std::string strip =
+      "v 0 0 0\nv 0 1 0\nv 1 0 0\nv 1 1 0\nv 2 0 0\nv 2 1 0\nv 3 0 0\nv 3 1 0\n";
+  const ImportedScene plain = Import(
+      "plain.obj", strip + "o A\ns 1\nf 1 3 4 2\ns off\nf 3 5 6 4\ns 31\nf 5 7 8\ns 0\nf 5 8 6\n");
+  const Mesh& mesh = *Named(plain, "A").mesh;
+  std::vector<std::uint32_t> groups;
+  for (const Face& face : mesh.faces) groups.push_back(face.smGroup);
+  EXPECT_THAT(groups, ElementsAre(2u, 2u, 0u, 0u, 1u << 31, 0u));
+
+  // More groups than bits: those that meet differ, the first and the third may share one.
+  const ImportedScene many =
+      Import("many.obj", strip + "s 7000\nf 1 3 4 2\ns 32\nf 3 5 6 4\ns 4294967295\nf 5 7 8 6\n");
+  const Mesh& strips = *Named(many, "defaultobject").mesh;
+  EXPECT_THAT(GroupsOf(strips, 0, 2), ElementsAre(2u));
+  EXPECT_THAT(GroupsOf(strips, 2, 4), ElementsAre(4u));
+  EXPECT_THAT(GroupsOf(strips, 4, 6), ElementsAre(2u));
+}
+
+TEST_F(ImporterTest, ObjStatementsInAllTheirForms) {
+  Write(
+      "w\xC3\xA4nde [1].mtl",
+      "newmtl Old Wall\nKd 0.5\nTr 0.25\nillum 2\nmap_Kd -clamp on -s 2 4 -o 0.5 D:\\Art\\W 1.png\n"
+      "newmtl Old Wall\nKd 1 1 1\nnewmtl Bare\nKd 1 x 1\nNs 1e39\nmap_kd -s 3 3 3 7\n");
+  const ImportedScene imported = Import(
+      "\xC3\x9C (2).obj",
+      "\xEF\xBB\xBFmtllib C:\\stuff\\w\xC3\xA4nde [1].mtl\r\no Tower\rv -1. +0 1e0 # a comment\nv "
+      "1 0 \\\n"
+      "  0\nv 2 2 0 2\nv 0 1 0 1 0 0\nvt 0.5\nvn 0 0 1\ng Left  side\nf -4/1/1 2/1/ 3//1\n"
+      "usemtl Old Wall\nf 1 3 4\ng\nf 2 3 4\nusemtl Bare\nf 2 3 1\ng Left  side\nf 4 3 2\ncurv 0 1 "
+      "1 2\n");
+  ASSERT_EQ(imported.scene.root.children.size(), 2u);
+  const SceneNode& side = imported.scene.root.children[0];
+  EXPECT_EQ(side.name, "Left  side");
+  EXPECT_EQ(side.mesh->faces.size(), 3u);
+  EXPECT_THAT(side.mesh->verts,
+              ElementsAre(Point3{-1, 0, 1}, Point3{1, 0, 0}, Point3{1, 1, 0}, Point3{0, 1, 0}));
+  EXPECT_THAT(side.mesh->tVerts, ElementsAre(Point3{0.5f, 0, 0}, Point3{0, 0, 0}));
+  // The first face comes before any material.
+  EXPECT_THAT(imported.scene.materials.at(static_cast<std::size_t>(side.material)).subMaterials,
+              ElementsAre(-1, 0, 1));
+  EXPECT_EQ(imported.scene.root.children[1].name, "Tower");
+
+  const SceneMaterial& wall = imported.scene.materials.at(0);
+  EXPECT_EQ(wall.name, "Old Wall");
+  EXPECT_EQ(wall.diffuse, (Color{0.5f, 0.5f, 0.5f}));
+  EXPECT_EQ(wall.opacity, 0.75f);
+  EXPECT_EQ(wall.diffuseMap->file, "D:\\Art\\W 1.png");
+  EXPECT_EQ(wall.diffuseMap->uvTransform, Rows({2, 0, 0}, {0, 4, 0}, {0, 0, 1}, {0.5f, 0, 0}));
+  EXPECT_EQ(imported.scene.materials.at(1).diffuseMap->file, "7");
+  EXPECT_THAT(imported.sideFiles, ElementsAre((folder_ / "w\xC3\xA4nde [1].mtl").string()));
+  EXPECT_THAT(RemarksOf(imported),
+              ElementsAre(HasSubstr("1 definition of materials"), HasSubstr("2 values"),
+                          "left-out: left out: 1 curve or curved surface, 1 vertex colour"));
+  EXPECT_EQ(imported.leftOut.size(), 2u);
+}
+
+TEST_F(ImporterTest, ObjDefectsHaveALine) {
+  const std::string vertices = "v 0 0 0\nv 1 0 0\nv 1 1 0\n";
+  const std::pair<std::string, std::string> defects[] = {
+      {"f 1 2 0\n", "line 4: \"0\" has the index 0"},
+      {"f 1 2 -4\n", "line 4: \"-4\" has an index beyond the list, which has 3 here"},
+      {"f 1 2 4\nf 1 2 5\nf 1 2 3\n", "line 5: there is no vertex 5, the file has 3 vertices"},
+      {"f 1/1 2 3\n", "line 4: there is no texture vertex 1, the file has 0 texture vertices"},
+      {"f 1//2 2 3\nvn 0 0 1\n", "line 4: there is no normal 2, the file has 1 normal"},
+      {"f 1 2 3/4/5/6\n", "line 4: \"3/4/5/6\" is no corner of a face"},
+      {"f 1 2 99999999999999999999\n", "is no corner of a face"},
+      {"f 1 2 x\n", "line 4: \"x\" is no corner of a face"},
+      {"v 1,5 0 0\n", "line 4: \"1,5\" is no number"},
+      {"v 1 2\n", "line 4: \"v 1 2\" has too few numbers"}};
+  for (const auto& [statement, reason] : defects) {
+    EXPECT_THAT(Refusal(Write("defect.obj", vertices + statement)), HasSubstr(reason));
+  }
+}
+
+TEST(TriangulatePolygonTest, TrianglesCoverThePolygon) {
+  const std::vector<std::vector<Point3>> polygons{
+      {{0, 0, 5}, {4, 0, 5}, {4, 4, 5}, {0, 4, 5}},
+      {{0, 0, 0}, {4, 0, 0}, {1, 1, 0}, {0, 4, 0}},                        // an arrow head
+      {{0, 0, 0}, {0, 4, 0}, {1, 1, 0}, {4, 0, 0}},                        // clockwise
+      {{0, 1, 0}, {0, 2, 0}, {0, 2, 3}, {0, 1, 3}, {0, 1, 2}, {0, 1, 1}},  // upright, straight
+                                                                           // corners
+      {{0, 0, 0}, {6, 0, 0}, {6, 6, 0}, {5, 6, 0}, {5, 1, 0}, {1, 1, 0}, {1, 6, 0}, {0, 6, 0}},
+      {{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}}};  // no area
+  const auto normalOf = [](const Point3& a, const Point3& b, const Point3& c) {
+    return CrossProd(b - a, c - a);
+  };
+  for (const std::vector<Point3>& p : polygons) {
+    std::vector<PolygonTriangle> triangles;
+    ASSERT_TRUE(TriangulatePolygon(p, triangles));
+    EXPECT_EQ(triangles.size(), p.size() - 2);
+    Point3 whole;
+    for (std::size_t i = 2; i < p.size(); ++i) whole = whole + normalOf(p[0], p[i - 1], p[i]);
+    float area = 0;  // overlaps and outsides would make it larger than the polygon's
+    for (const auto& [a, b, c] : triangles) area += Length(normalOf(p[a], p[b], p[c]));
+    EXPECT_FLOAT_EQ(area, Length(whole));
+  }
+  // Round, but for the rounding of its coordinates, and too large to be cut if it weren't.
+  std::vector<Point3> disc;
+  disc.reserve(100000);
+  for (int i = 0; i < 100000; ++i) {
+    const double angle = 2 * std::numbers::pi * i / 100000;
+    disc.push_back({static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle)), 0});
+  }
+  std::vector<PolygonTriangle> triangles;
+  EXPECT_TRUE(TriangulatePolygon(disc, triangles));
+  std::vector<Point3> saw;
+  saw.reserve(6000);
+  for (int i = 0; i < 3000; ++i)
+    saw.push_back({static_cast<float>(i), i % 2 == 0 ? 0.0f : 0.5f, 0});
+  for (int i = 3000; i-- > 0;) saw.push_back({static_cast<float>(i), 9, 0});
+  EXPECT_FALSE(TriangulatePolygon(saw, triangles));
 }
 
 TEST_F(ImporterTest, PlyStandsUprightWithoutMaterial) {
@@ -275,7 +402,20 @@ TEST_F(ImporterTest, GltfNodesMaterialsAndExtras) {
   const Point3 moved = Point3{0.3f, 0.6f, 0} * brick.diffuseMap->uvTransform.value();
   EXPECT_NEAR(moved.x, 0.1 + std::cos(0.5) * u + std::sin(0.5) * v, 1e-5);
   EXPECT_NEAR(moved.y, 1 - (0.2 - std::sin(0.5) * u + std::cos(0.5) * v), 1e-5);
-  EXPECT_THAT(imported.warnings, ElementsAre(HasSubstr("multiplied by 100")));
+  EXPECT_THAT(RemarksOf(imported), ElementsAre(HasSubstr("multiplied by 100")));
+}
+
+TEST_F(ImporterTest, GltfSideFileWithAPercentEncodedName) {
+  std::string text = Gltf(R"({"name":"A","mesh":0})");
+  const std::size_t uri = text.find("data:");
+  text.replace(uri, text.find('"', uri) - uri, "my%20b%C3%BCffer.bin");
+  const std::string file = Write(
+      "my b\xC3\xBC"
+      "ffer.bin",
+      std::string(36, '\0'));
+  const ImportedScene imported = Import("percent.gltf", text);
+  EXPECT_EQ(TrianglesOf(imported), 1u);
+  EXPECT_THAT(imported.sideFiles, ElementsAre(file));
 }
 
 std::string Chain(int length) {
@@ -390,6 +530,136 @@ TEST_F(ImporterTest, FbxPivotsTextsAndUvRotation) {
   EXPECT_NEAR(corner.y, 1.5, 1e-6);
 }
 
+/// Two nodes with the geometry, the second with a material of its own.
+std::string FbxWithInstance(const std::string& material) {
+  std::string text = kFbx;
+  text.replace(text.find("  Material: 30"), 0,
+               "  Model: 22, \"Model::Twin\", \"Mesh\" {\n    Version: 232\n  }\n  Material: 31, "
+               "\"Material::" +
+                   material + "\", \"\" {\n    Version: 102\n    ShadingModel: \"phong\"\n  }\n");
+  return text.insert(text.rfind('}'), "  C: \"OO\",22,0\n  C: \"OO\",10,22\n  C: \"OO\",31,22\n");
+}
+
+TEST_F(ImporterTest, FbxInstancesHaveTheirOwnMaterials) {
+  const ImportedScene told = Import("own.fbx", FbxWithInstance("Oak"));
+  const auto materialOf = [&told](const char* name) {
+    return told.scene.materials.at(static_cast<std::size_t>(Named(told, name).material)).name;
+  };
+  EXPECT_EQ(materialOf("Twin"), "Oak");
+  EXPECT_EQ(materialOf("Say \"hi\""), "Slate");
+  EXPECT_EQ(Named(told, "Twin").mesh, Named(told, "Say \"hi\"").mesh);
+  EXPECT_THAT(RemarksOf(told), IsEmpty());
+
+  const ImportedScene inDoubt = Import("doubt.fbx", FbxWithInstance("Slate"));
+  EXPECT_THAT(RemarksOf(inDoubt), ElementsAre(HasSubstr("shared-mesh-materials: 1 node shows")));
+}
+
+TEST_F(ImporterTest, FbxTextThatTheLibraryCutsIsTold) {
+  std::string text = kFbx;
+  text.insert(text.find("climbable"), std::string(2000, 'x'));
+  EXPECT_THAT(RemarksOf(Import("long.fbx", text)), ElementsAre(HasSubstr("cut-text: a property")));
+}
+
+TEST(FbxLinksTest, DamagedTextsAreRefusedOrRead) {
+  const std::string ascii = kFbx;
+  const std::optional<FbxLinks> whole = ReadFbxLinks(ascii);
+  ASSERT_TRUE(whole);
+  EXPECT_EQ(whole->objects.size(), 4u);
+  EXPECT_EQ(whole->links.size(), 4u);
+  EXPECT_EQ(ascii.substr(whole->links.back().typeAt, 8), "OO\",30,2");
+  EXPECT_FALSE(ReadFbxLinks(ascii.substr(0, ascii.size() - 3)));
+
+  const fs::path real =
+      fs::path(MAPEXPORT_SAMPLE_SCENES) / "max-fbx/udp_instanced_material_7700_binary.fbx";
+  if (!fs::exists(real)) GTEST_SKIP() << "no real scenes here";
+  std::stringstream binary;
+  binary << std::ifstream(real, std::ios::binary).rdbuf();
+  const std::string bytes = binary.str();
+  ASSERT_TRUE(ReadFbxLinks(bytes));
+  for (std::size_t i = 0; i < bytes.size(); i += 61) {
+    ReadFbxLinks(std::string(bytes, 0, i));  // no reading beyond the end
+    std::string changed = bytes;
+    changed.replace(i, 4, "\xFF\xFF\xFF\xFF");
+    ReadFbxLinks(changed);
+  }
+}
+
+// --- options, keywords, names ---
+
+TEST_F(ImporterTest, UpAndScaleOverrideTheFormat) {
+  const auto place = [this](const std::string& name, const std::string& text, UpAxis up,
+                            std::optional<float> scale) {
+    const ImportedScene imported =
+        ImportScene(Write(name, text), {.up = up, .scale = scale, .keepLibraryScene = false});
+    return NodesOf(imported).at(0)->objectTransform;
+  };
+  const std::string obj = "v 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 2 3\n";
+  EXPECT_EQ(place("a.obj", obj, UpAxis::kY, {}), kYUpAt0);
+  EXPECT_EQ(place("a.obj", obj, UpAxis::kZ, 0.5f),
+            Rows({0.5f, 0, 0}, {0, 0.5f, 0}, {0, 0, 0.5f}, {0, 0, 0}));
+  const std::string gltf = Gltf(R"({"name":"A","mesh":0,"translation":[1,2,3]})");
+  EXPECT_EQ(place("a.gltf", gltf, UpAxis::kZ, {}),
+            Rows({100, 0, 0}, {0, 100, 0}, {0, 0, 100}, {100, 200, 300}));
+  EXPECT_EQ(place("a.gltf", gltf, UpAxis::kAuto, 1.0f),
+            Rows({1, 0, 0}, {0, 0, 1}, {0, -1, 0}, {1, -3, 2}));
+  EXPECT_THROW(place("a.gltf", gltf, UpAxis::kAuto, 3e38f), SceneError);
+  // The file says z; its child stands at (7, 8, 9).
+  const Matrix3 auto0 = place("a.fbx", kFbx, UpAxis::kAuto, {});
+  EXPECT_EQ(place("a.fbx", kFbx, UpAxis::kZ, {}), auto0);
+  EXPECT_EQ(place("a.fbx", kFbx, UpAxis::kY, {}),
+            Rows({1, 0, 0}, {0, 0, 1}, {0, -1, 0}, {100, 0, 0}));
+}
+
+TEST(NearKeywordsTest, WordsThatWereMeantToBeKeywords) {
+  const std::pair<const char*, const char*> words[] = {{"floorface", ""},
+                                                       {"FloorFace", "floorface"},
+                                                       {"floorface ", "floorface"},
+                                                       {"floor face", "floorface"},
+                                                       {"floorfaces", "floorface"},
+                                                       {"florface", "floorface"},
+                                                       {"climable", "climbable"},
+                                                       {"climbabel", "climbable"},
+                                                       {"Not Colidable", "notcollidable"},
+                                                       {"notcollidable3D", "notcollidable3d"},
+                                                       {"notcollidable3", "notcollidable"},
+                                                       {"45plusflor", "45plusfloor"},
+                                                       {"notrendered=1", ""},
+                                                       {"floor", ""},
+                                                       {"", ""}};
+  for (const auto& [word, keyword] : words) EXPECT_EQ(NearestKeyword(word), keyword) << word;
+
+  Scene scene;
+  scene.root.children.resize(2);
+  scene.root.children[0].name = "Deck";
+  scene.root.children[0].userProperties = "floorface\r\nClimbable\tnotshown\r\n";
+  scene.root.children[1].userProperties = "Climbable";
+  const std::vector<NearKeyword> near = FindNearKeywords(scene);
+  ASSERT_EQ(near.size(), 1u);
+  EXPECT_EQ(near[0].count, 2u);
+  EXPECT_THAT(Describe(near[0]), testing::AllOf(HasSubstr("\"Deck\""), HasSubstr("\"Climbable\""),
+                                                HasSubstr("\"climbable\"")));
+}
+
+TEST_F(ImporterTest, ExtrasThatSetNothingAreTold) {
+  const ImportedScene imported = Import("extras.gltf", Gltf(R"(
+{"name":"A","mesh":0,"extras":{"climbable":1,"Floorface":true,"notrendered":false,"size":5}})"));
+  EXPECT_EQ(Named(imported, "A").userProperties, "Floorface\r\n");
+  EXPECT_THAT(RemarksOf(imported),
+              testing::IsSupersetOf({HasSubstr("idle-member: the extras member \"climbable\""),
+                                     HasSubstr("near-keyword: \"Floorface\"")}));
+}
+
+TEST_F(ImporterTest, EqualNamesOfDifferentMaterialsAreTold) {
+  Write("one.mtl",
+        "newmtl Wall\xE9\nKd 1 0 0\nnewmtl Wall\xE8\nKd 0 1 0\nnewmtl Wall\xEA\nKd 1 0 0\n");
+  const ImportedScene imported =
+      Import("one.obj",
+             "mtllib one.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nusemtl Wall\xE9\nf 1 2 3\n"
+             "usemtl Wall\xE8\nf 1 2 3\nusemtl Wall\xEA\nf 1 2 3\n");
+  EXPECT_THAT(RemarksOf(imported),
+              ElementsAre(HasSubstr("equal-material-names: 1 material is unlike an earlier one")));
+}
+
 // --- refusals and damage ---
 
 TEST_F(ImporterTest, RefusalsSayWhy) {
@@ -502,9 +772,9 @@ class RealFileTest : public testing::Test {
   void SetUp() override {
     if (!fs::exists(Folder())) GTEST_SKIP() << "no real scenes here";
   }
-  static fs::path Folder() { return fs::path(MAPEXPORT_SOURCE_DIR) / "../shared/scenes"; }
+  static fs::path Folder() { return MAPEXPORT_SAMPLE_SCENES; }
   static ImportedScene Import(const std::string& name) {
-    return ImportScene((Folder() / name).string());
+    return ImportScene((Folder() / name).string(), {});
   }
 };
 
@@ -512,11 +782,15 @@ TEST_F(RealFileTest, Spider) {
   const ImportedScene spider = Import("spider.obj");
   EXPECT_EQ(spider.scene.root.children.size(), 19u);
   EXPECT_EQ(TrianglesOf(spider), 1368u);
-  ASSERT_EQ(spider.scene.materials.size(), 5u);
-  EXPECT_EQ(spider.scene.materials[3].name, "BeinTex");
-  EXPECT_EQ(spider.scene.materials[3].diffuseMap->file, "drkwood2.jpg");
-  EXPECT_EQ(Named(spider, "Bein1Li").material, 3);
-  EXPECT_THAT(spider.warnings, IsEmpty());
+  ASSERT_EQ(spider.scene.materials.size(), 4u);
+  const SceneNode& leg = Named(spider, "Bein1Li");
+  const SceneMaterial& wood = spider.scene.materials.at(static_cast<std::size_t>(leg.material));
+  EXPECT_EQ(wood.name, "BeinTex");
+  EXPECT_EQ(wood.diffuseMap->file, "drkwood2.jpg");
+  EXPECT_EQ(leg.mesh->faces.at(0).smGroup, 1u << 2);  // "s 2", then "s 1"
+  EXPECT_THAT(GroupsOf(*leg.mesh, 0, leg.mesh->faces.size()), ElementsAre(2u, 4u));
+  EXPECT_THAT(RemarksOf(spider), ElementsAre("left-out: left out: 1 material without effect"));
+  EXPECT_THAT(spider.sideFiles, ElementsAre((Folder() / "spider.mtl").string()));
 }
 
 TEST_F(RealFileTest, AseAnd3dsKeepTheirOwnNumbers) {
@@ -530,6 +804,12 @@ TEST_F(RealFileTest, AseAnd3dsKeepTheirOwnNumbers) {
   EXPECT_THAT(GroupsOf(*cube.mesh, 0, 12), ElementsAre(0u));
   EXPECT_EQ(cubes.scene.materials.at(0).diffuse, (Color{0.6510f, 0.2902f, 0}));
 
+  // Its own numbers with y up instead of z.
+  const ImportedScene turned = ImportScene((Folder() / "ThreeCubesGreen.ASE").string(),
+                                           {.up = UpAxis::kY, .scale = {}, .keepLibraryScene = {}});
+  EXPECT_EQ(turned.scene.root.children[2].objectTransform,
+            Rows({0, 0, -1}, {0, -1, 0}, {-1, 0, 0}, {0, -176.7313f, 91.4127f}));
+
   const ImportedScene boxes = Import("test1.3ds");
   EXPECT_EQ(boxes.scene.root.children.size(), 9u);
   EXPECT_EQ(TrianglesOf(boxes), 108u);
@@ -538,6 +818,7 @@ TEST_F(RealFileTest, AseAnd3dsKeepTheirOwnNumbers) {
 
 TEST_F(RealFileTest, GltfWithSideFile) {
   const ImportedScene box = Import("BoxTextured-glTF/BoxTextured.gltf");
+  EXPECT_THAT(box.sideFiles, ElementsAre(testing::EndsWith("BoxTextured-glTF/BoxTextured0.bin")));
   const SceneNode& node = Named(box, "nodes[1]");
   // The file turns z up into y up; the importer turns it back.
   EXPECT_EQ(node.objectTransform, Rows({100, 0, 0}, {0, 100, 0}, {0, 0, 100}, {0, 0, 0}));
@@ -556,7 +837,14 @@ TEST_F(RealFileTest, UserTextInAsciiAndBinaryFbx) {
       EXPECT_EQ(node->mesh, nodes[0]->mesh);
     }
     EXPECT_EQ(nodes[0]->objectTransform.rows[3], (Point3{0, 20, 0}));
-    EXPECT_THAT(imported.warnings, ElementsAre(HasSubstr("share a mesh")));
+    // The library forgets the second and the third material; the file has one for each node.
+    const std::vector<SceneMaterial>& materials = imported.scene.materials;
+    for (const SceneNode* node : nodes) {
+      EXPECT_EQ(materials.at(static_cast<std::size_t>(node->material)).name, node->name + "Mat");
+    }
+    EXPECT_EQ(materials.at(2).diffuse, (Color{0, 0, 1}));
+    EXPECT_THAT(RemarksOf(imported),
+                ElementsAre("note file-unit: the file's unit is 2.54 cm; its numbers are kept"));
   }
   const ImportedScene quotes = Import("max-fbx/udp_notrendered_7500_binary.fbx");
   EXPECT_EQ(Named(quotes, "&quot;").userProperties, "notrendered\r\n");  // binary: no entities

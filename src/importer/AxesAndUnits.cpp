@@ -2,14 +2,15 @@
 #include "importer/AxesAndUnits.h"
 
 #include <cmath>
+#include <limits>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 
 #include <assimp/scene.h>
 #include <fmt/format.h>
 
 #include "importer/LibraryValues.h"
-#include "importer/ReadWithLibrary.h"
 
 namespace mapexport {
 namespace {
@@ -19,11 +20,20 @@ constexpr double kCentimetresPerMetre = 100;
 
 /// (x, y, z) -> (x, -z, y).
 constexpr WorldPlacement kYUp{.axis = {0, 2, 1}, .sign = {1, -1, 1}, .factor = 1};
+/// The same twice: what the library has turned is turned back before the file's own y goes up.
+constexpr WorldPlacement kYUpOfTurned{.axis = {0, 1, 2}, .sign = {1, -1, -1}, .factor = 1};
 
-/// Whether the library has turned and scaled the root of an FBX scene into a y-up world by itself,
-/// as its later versions do.
-bool IsTurnedByLibrary(const aiScene& scene) {
-  return AffineFrom(scene.mRootNode->mTransformation) != AffineMatrix{};
+/// Whether the library has turned the root so that the file's own z, which was up, became y.
+bool IsTurnedByLibrary(SourceFormat format, const aiScene& scene) {
+  switch (format) {
+    case SourceFormat::kTurnedToYUp:
+      return true;
+    case SourceFormat::kFbx:
+      // Later versions turn and scale the root by themselves.
+      return AffineFrom(scene.mRootNode->mTransformation) != AffineMatrix{};
+    default:
+      return false;
+  }
 }
 
 std::optional<int> FindInteger(const aiMetadata* metadata, const char* key) {
@@ -50,6 +60,32 @@ std::optional<WorldPlacement> FbxPlacement(const aiMetadata* metadata) {
   }
   placement.sign[1] = -placement.sign[1];
   return placement;
+}
+
+/// The placement that the format or the file asks for.
+WorldPlacement OwnPlacement(SourceFormat format, const aiScene* scene, bool isTurned,
+                            ImportRemarks& remarks) {
+  if (format == SourceFormat::kFbx && scene != nullptr && !isTurned) {
+    const std::optional<WorldPlacement> told = FbxPlacement(scene->mMetaData);
+    if (told) return *told;
+    remarks.push_back({RemarkKind::kWarning, "axes",
+                       "the file's axes are missing or make no sense; it is taken for y-up"});
+  }
+  return IsZUp(format) ? WorldPlacement{} : kYUp;
+}
+
+/// Says how long an FBX file's unit is when it isn't a centimetre.
+void TellFileUnit(const aiScene& scene, ImportRemarks& remarks) {
+  double unit = 1;
+  float single = 1;  // some versions keep it as float, others as double
+  if (scene.mMetaData == nullptr) return;
+  if (!scene.mMetaData->Get("UnitScaleFactor", unit)) {
+    if (!scene.mMetaData->Get("UnitScaleFactor", single)) return;
+    unit = static_cast<double>(single);
+  }
+  if (!std::isfinite(unit) || unit == 1.0) return;
+  remarks.push_back({RemarkKind::kNote, "file-unit",
+                     fmt::format("the file's unit is {:.6g} cm; its numbers are kept", unit)});
 }
 
 using Linear = std::array<std::array<double, 3>, 3>;  // rows of images of the x, y and z axes
@@ -95,6 +131,12 @@ void SnapResidue(Linear& linear, double factor) {
 }
 
 Point3 Rounded(const std::array<double, 3>& row) {
+  constexpr double kLargest = static_cast<double>(std::numeric_limits<float>::max());
+  for (const double number : row) {
+    if (std::abs(number) > kLargest) {
+      throw std::range_error("the scale takes a node's transform beyond 32-bit floats");
+    }
+  }
   // The added zero makes +0 of the -0 that a sign change leaves.
   return {static_cast<float>(row[0] + 0.0), static_cast<float>(row[1] + 0.0),
           static_cast<float>(row[2] + 0.0)};
@@ -102,20 +144,26 @@ Point3 Rounded(const std::array<double, 3>& row) {
 
 }  // namespace
 
-WorldPlacement FindWorldPlacement(const LibraryScene& source, std::vector<std::string>& warnings) {
-  WorldPlacement placement = IsZUp(source.format) ? WorldPlacement{} : kYUp;
-  if (source.format == SourceFormat::kFbx && !IsTurnedByLibrary(*source.scene)) {
-    const std::optional<WorldPlacement> told = FbxPlacement(source.scene->mMetaData);
-    if (told)
-      placement = *told;
-    else
-      warnings.emplace_back("the file's axes are missing or make no sense; it is taken for y-up");
+WorldPlacement FindWorldPlacement(SourceFormat format, const aiScene* scene,
+                                  const ImportOptions& options, ImportRemarks& remarks) {
+  const bool isTurned = scene != nullptr && IsTurnedByLibrary(format, *scene);
+  WorldPlacement placement;
+  if (options.up == UpAxis::kAuto)
+    placement = OwnPlacement(format, scene, isTurned, remarks);
+  else if (options.up == UpAxis::kZ)
+    placement = isTurned ? kYUp : WorldPlacement{};
+  else
+    placement = isTurned ? kYUpOfTurned : kYUp;
+
+  const double own = IsInMetres(format) ? kCentimetresPerMetre : 1.0;
+  placement.factor = options.scale ? static_cast<double>(*options.scale) : own;
+  if (placement.factor != 1.0) {
+    remarks.push_back(
+        {RemarkKind::kNote, "scale",
+         fmt::format("lengths are multiplied by {}{}", placement.factor,
+                     options.scale ? "" : ": this format's metres become centimetres")});
   }
-  if (IsInMetres(source.format)) {
-    placement.factor = kCentimetresPerMetre;
-    warnings.push_back(fmt::format(
-        "lengths are multiplied by {}: this format's metres become centimetres", placement.factor));
-  }
+  if (scene != nullptr && format == SourceFormat::kFbx) TellFileUnit(*scene, remarks);
   return placement;
 }
 

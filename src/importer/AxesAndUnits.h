@@ -3,15 +3,16 @@
 
 #include <array>
 #include <cstddef>
-#include <string>
-#include <vector>
 
 #include "host/Matrix3.h"
 #include "importer/AffineMatrix.h"
+#include "importer/ImportOptions.h"
+#include "importer/ImportRemark.h"
+#include "importer/SourceFormat.h"
+
+struct aiScene;
 
 namespace mapexport {
-
-struct LibraryScene;
 
 /// What turns the library's world into the host's: a signed permutation of the axes, which rounds
 /// nothing, and a factor. Only the world side of transforms turns; object space stays as it is.
@@ -21,14 +22,16 @@ struct WorldPlacement {
   double factor = 1;                         ///< host units per unit of the library's scene
 };
 
-/// The placement that the format or the file asks for. Adds a warning when the factor isn't 1, or
-/// when an FBX file's axes make no sense (it then counts as y-up).
-WorldPlacement FindWorldPlacement(const LibraryScene& source, std::vector<std::string>& warnings);
+/// The placement that the options ask for, else the one of the format or the file. `scene` is the
+/// library's, with a root; null where the library didn't read the file. Remarks on a factor other
+/// than 1, on an FBX file's unit, and on its axes when they make no sense (it then counts as y-up).
+WorldPlacement FindWorldPlacement(SourceFormat format, const aiScene* scene,
+                                  const ImportOptions& options, ImportRemarks& remarks);
 
 /// The host's object-to-world transform for the library's. A 3x3 part within 1e-6 of one that only
 /// swaps, mirrors and scales axes becomes exactly that, and a scale within 1e-6 of 1 (or of the
 /// factor) exactly that: rotations by right angles arrive with residues that would tilt every floor
-/// a little.
+/// a little. Throws std::range_error when the factor takes a number beyond 32-bit floats.
 Matrix3 HostTransform(const AffineMatrix& world, const WorldPlacement& placement);
 
 }  // namespace mapexport

@@ -10,6 +10,7 @@
 #include <assimp/scene.h>
 #include <fmt/format.h>
 
+#include "importer/IsFinite.h"
 #include "importer/LibraryValues.h"
 #include "importer/ReadWithLibrary.h"
 #include "importer/TexturePath.h"
@@ -45,12 +46,6 @@ Color ColorOf(const aiMaterial& material, const Key& key) {
   return {finite(color.r), finite(color.g), finite(color.b)};
 }
 
-bool IsFinite(const Matrix3& matrix) {
-  return std::ranges::all_of(matrix.rows, [](const Point3& row) {
-    return std::isfinite(row.x) && std::isfinite(row.y) && std::isfinite(row.z);
-  });
-}
-
 /// The map in the first of the two slots in which readers store what the host calls the diffuse
 /// map.
 std::optional<SceneTexture> DiffuseMap(const LibraryScene& source, const aiMaterial& material) {
@@ -63,7 +58,8 @@ std::optional<SceneTexture> DiffuseMap(const LibraryScene& source, const aiMater
     aiUVTransform stored;
     if (material.Get(AI_MATKEY_UVTRANSFORM(slot, 0), stored) == aiReturn_SUCCESS) {
       const Matrix3 transform = TextureTransform(stored, source.format);
-      if (IsFinite(transform) && transform != Matrix3{}) texture.uvTransform = transform;
+      if (std::ranges::all_of(transform.rows, IsFinite) && transform != Matrix3{})
+        texture.uvTransform = transform;
     }
     return texture;
   }

@@ -4,16 +4,23 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <optional>
 #include <span>
 #include <utility>
+#include <vector>
 
 #include <assimp/scene.h>
 #include <fmt/format.h>
 
 #include "importer/AxesAndUnits.h"
+#include "importer/FinishScene.h"
 #include "importer/FoldHelperNodes.h"
 #include "importer/HostText.h"
+#include "importer/ImportMaterials.h"
+#include "importer/ImportObj.h"
+#include "importer/InstanceMaterials.h"
 #include "importer/LeftOut.h"
+#include "importer/MaterialTable.h"
 #include "importer/ObjectTable.h"
 #include "importer/ReadWithLibrary.h"
 #include "importer/UserProperties.h"
@@ -42,54 +49,91 @@ void AssembleTree(const std::vector<FoldedNode>& folded, std::vector<SceneNode> 
   std::ranges::reverse(root.children);
 }
 
-ImportedScene Import(const std::string& path) {
-  ImportedScene result;
-  const LibraryScene source = ReadWithLibrary(path);
-  for (const std::string& file : source.missingFiles) {
-    result.warnings.push_back(
-        fmt::format("the file \"{}\" that the scene names can't be opened", file));
+/// Gives the nodes that share a mesh the materials that the file has for each of them.
+void SetInstanceMaterials(const InstanceMaterials& file, const std::vector<MeshInstance>& instances,
+                          MaterialTable& materials, std::vector<SceneNode>& nodes,
+                          ImportRemarks& remarks) {
+  std::size_t inDoubt = 0;
+  for (const MeshInstance& instance : instances) {
+    SceneNode& node = nodes[instance.node];
+    if (const std::optional<std::vector<int>> parts = file.PartsOf(instance))
+      node.material = materials.OfParts(*parts, node.name);
+    else
+      ++inDoubt;
   }
+  if (inDoubt == 0) return;
+  remarks.push_back(
+      {RemarkKind::kWarning, "shared-mesh-materials",
+       fmt::format("{} the material of the first node with the same mesh: the file doesn't "
+                   "tell beyond doubt which is their own",
+                   inDoubt == 1 ? "1 node shows" : fmt::format("{} nodes show", inDoubt)),
+       inDoubt});
+}
 
-  LeftOut leftOut;
+/// The nodes of a file that the library read, and their materials.
+void ImportFromLibrary(const LibraryScene& source, const ImportOptions& options,
+                       ImportedScene& result, LeftOut& leftOut) {
+  result.sideFiles = source.sideFiles;
+  for (const std::string& file : source.missingFiles) {
+    result.remarks.push_back(
+        {RemarkKind::kWarning, "missing-side-file",
+         fmt::format("the file \"{}\" that the scene names can't be opened", FirstLine(file))});
+  }
   leftOut.cameras = source.scene->mNumCameras;
   leftOut.lights = source.scene->mNumLights;
-  const WorldPlacement placement = FindWorldPlacement(source, result.warnings);
+  leftOut.animations = source.scene->mNumAnimations;
+  const WorldPlacement placement =
+      FindWorldPlacement(source.format, source.scene.get(), options, result.remarks);
   const std::vector<FoldedNode> folded = FoldHelperNodes(source, leftOut);
-  ObjectTable objects(source, leftOut);
+  ImportedMaterials imported = ImportMaterials(source);
+  MaterialTable materials(std::move(imported.materials));
+  ObjectTable objects(source, imported.hostIndex, materials, leftOut);
+  UserPropertyReader properties(source);
 
   std::vector<SceneNode> nodes(folded.size());
   for (std::size_t i = 0; i < folded.size(); ++i) {
     SceneNode& node = nodes[i];
     node.name = folded[i].name;
     node.objectTransform = HostTransform(folded[i].world, placement);
-    node.userProperties = UserPropertyText(source, *folded[i].node);
-    NodeObject object = objects.Find(MeshesOf(*folded[i].node), node.name);
+    node.userProperties = properties.TextOf(*folded[i].node, node.name);
+    NodeObject object = objects.Find(MeshesOf(*folded[i].node), i, node.name);
     node.object = object.object;
     node.mesh = std::move(object.mesh);
     node.material = object.material;
   }
-  result.scene.root.name = kRootName;
+  if (source.format == SourceFormat::kFbx && !objects.Instances().empty()) {
+    InstanceMaterials file(source, folded, imported.hostIndex);
+    file.LearnForgotten(objects.Instances(), options, materials);
+    SetInstanceMaterials(file, objects.Instances(), materials, nodes, result.remarks);
+  }
   AssembleTree(folded, std::move(nodes), result.scene.root);
-  result.scene.materials = objects.TakeMaterials();
+  result.scene.materials = materials.Take();
+  properties.AddRemarks(result.remarks);
+}
 
-  if (source.format == SourceFormat::kFbx && objects.InstanceCount() > 0) {
-    result.warnings.push_back(fmt::format(
-        "nodes that share a mesh show the material of the first of them ({} do): the FBX "
-        "reader drops the others'",
-        objects.InstanceCount()));
+ImportedScene Import(const std::string& path, const ImportOptions& options) {
+  ImportedScene result;
+  result.scene.root.name = kRootName;
+  LeftOut leftOut;
+  if (IsObjPath(path)) {
+    ImportObj(path, options, result, leftOut);
+  } else {
+    const LibraryScene source = ReadWithLibrary(path, options);
+    // An OBJ file by another name shows only by what it holds.
+    if (source.format == SourceFormat::kObj)
+      ImportObj(path, options, result, leftOut);
+    else
+      ImportFromLibrary(source, options, result, leftOut);
   }
-  if (objects.TriangleCount() == 0) result.warnings.emplace_back("the scene has no triangle");
-  if (std::string summary = leftOut.Summary(); !summary.empty()) {
-    result.warnings.push_back(std::move(summary));
-  }
+  FinishScene(result, leftOut);
   return result;
 }
 
 }  // namespace
 
-ImportedScene ImportScene(const std::string& path) {
+ImportedScene ImportScene(const std::string& path, const ImportOptions& options) {
   try {
-    return Import(path);
+    return Import(path, options);
   } catch (const SceneError&) {
     throw;
   } catch (const std::bad_alloc&) {

@@ -4,21 +4,26 @@
 #include <string>
 #include <vector>
 
+#include "importer/ImportOptions.h"
+#include "importer/ImportRemark.h"
 #include "scene/Scene.h"
 
 namespace mapexport {
 
 struct ImportedScene {
   Scene scene;
-  std::vector<std::string> warnings;  ///< one line each, without a "warning" prefix
+  ImportRemarks remarks;
+  ImportRemarks leftOut;  ///< what the remark "left-out" sums up, one of each kind
+  /// Files read beside the scene (.mtl, .bin, ...), as paths that can be opened from the current
+  /// folder, each once, in the order of reading.
+  std::vector<std::string> sideFiles;
 };
 
-/// Reads the file at `path`, whatever format it is in, into the host's z-up world; lengths given in
-/// metres become centimetres. The result keeps what every scene promises: valid UTF-8 names, finite
-/// numbers, indices in range, at most kMaxSceneDepth levels, the root named "Scene Root". Nodes
-/// that show the same mesh share it. The same file gives the same scene on every run. Throws
-/// SceneError and nothing else. The process-wide state is left alone, so that a child process may
-/// do the reading.
-ImportedScene ImportScene(const std::string& path);
+/// Reads the file at `path`, whatever format it is in, into the host's z-up world. The result keeps
+/// what every scene promises: valid UTF-8 names, finite numbers, indices in range, at most
+/// kMaxSceneDepth levels, the root named "Scene Root". Nodes that show the same mesh share it. The
+/// same file gives the same scene on every run. Throws SceneError and nothing else. The
+/// process-wide state is left alone, so that a child process may do the reading.
+ImportedScene ImportScene(const std::string& path, const ImportOptions& options);
 
 }  // namespace mapexport

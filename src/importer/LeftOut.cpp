@@ -1,39 +1,62 @@
 // What of a foreign scene the host's scene can't hold.
 #include "importer/LeftOut.h"
 
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 
 namespace mapexport {
 
-std::string LeftOut::Summary() const {
+ImportRemarks LeftOut::Items() const {
   struct Item {
     std::size_t count;
+    std::string_view code;
     std::string_view one;
     std::string_view many;
   };
   const Item items[] = {
-      {points, "point", "points"},
-      {lines, "line", "lines"},
-      {polygons, "polygon that can't be triangulated", "polygons that can't be triangulated"},
-      {vertices, "vertex that isn't finite", "vertices that aren't finite"},
-      {faces, "triangle with such a corner or a missing one",
+      {points, "points", "point", "points"},
+      {lines, "lines", "line", "lines"},
+      {curves, "curves", "curve or curved surface", "curves or curved surfaces"},
+      {polygons, "polygons", "polygon that can't be triangulated",
+       "polygons that can't be triangulated"},
+      {vertices, "vertices", "vertex that isn't finite", "vertices that aren't finite"},
+      {faces, "triangles", "triangle with such a corner or a missing one",
        "triangles with such a corner or a missing one"},
-      {textureCorners, "texture coordinate that isn't finite",
+      {textureCorners, "texture-coordinates", "texture coordinate that isn't finite",
        "texture coordinates that aren't finite"},
-      {transforms, "node transform that isn't finite", "node transforms that aren't finite"},
-      {meshes, "mesh that isn't in the file", "meshes that aren't in the file"},
-      {bones, "bone", "bones"},
-      {cameras, "camera", "cameras"},
-      {lights, "light", "lights"}};
-  std::string list;
+      {transforms, "transforms", "node transform that isn't finite",
+       "node transforms that aren't finite"},
+      {meshes, "meshes", "mesh that isn't in the file", "meshes that aren't in the file"},
+      {colours, "colours", "vertex colour", "vertex colours"},
+      {channels, "channels", "mesh's second texture channel", "meshes' second texture channels"},
+      {materials, "materials", "material without effect", "materials without effect"},
+      {bones, "bones", "bone", "bones"},
+      {animations, "animations", "animation", "animations"},
+      {cameras, "cameras", "camera", "cameras"},
+      {lights, "lights", "light", "lights"}};
+  ImportRemarks remarks;
   for (const Item& item : items) {
     if (item.count == 0) continue;
-    list += fmt::format("{}{} {}", list.empty() ? "" : ", ", item.count,
-                        item.count == 1 ? item.one : item.many);
+    remarks.push_back({RemarkKind::kWarning, fmt::format("left-out-{}", item.code),
+                       fmt::format("{} {}", item.count, item.count == 1 ? item.one : item.many),
+                       item.count});
   }
-  return list.empty() ? list : "left out: " + list;
+  return remarks;
+}
+
+void LeftOut::AddSummary(ImportRemarks& remarks) const {
+  std::string list;
+  std::uint64_t count = 0;
+  for (const ImportRemark& item : Items()) {
+    list += (list.empty() ? "" : ", ") + item.text;
+    count += item.count;
+  }
+  if (!list.empty()) {
+    remarks.push_back({RemarkKind::kWarning, "left-out", "left out: " + list, count});
+  }
 }
 
 }  // namespace mapexport

@@ -2,7 +2,8 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+
+#include "importer/ImportRemark.h"
 
 namespace mapexport {
 
@@ -11,18 +12,25 @@ namespace mapexport {
 struct LeftOut {
   std::size_t points = 0;
   std::size_t lines = 0;
-  std::size_t polygons = 0;        ///< that the library could not triangulate
+  std::size_t curves = 0;          ///< free-form curves and surfaces
+  std::size_t polygons = 0;        ///< that could not be triangulated
   std::size_t vertices = 0;        ///< with a coordinate that isn't finite
   std::size_t faces = 0;           ///< triangles with such a corner, or one that isn't there
   std::size_t textureCorners = 0;  ///< texture coordinates that aren't finite: 0 stands for them
   std::size_t transforms = 0;      ///< of nodes, not finite: the parent's stands for them
   std::size_t meshes = 0;          ///< that nodes name and the file doesn't have
+  std::size_t colours = 0;         ///< colours of vertices
+  std::size_t channels = 0;        ///< meshes with more than one set of texture coordinates
+  std::size_t materials = 0;       ///< that no face shows
   std::size_t bones = 0;
+  std::size_t animations = 0;
   std::size_t cameras = 0;
   std::size_t lights = 0;
 
-  /// All of it in one line; empty when nothing is left out.
-  std::string Summary() const;
+  /// Adds one warning, "left-out", with all counts in one line when anything is left out.
+  void AddSummary(ImportRemarks& remarks) const;
+  /// The counts that aren't 0, one remark each: "left-out-points", ...
+  ImportRemarks Items() const;
 };
 
 }  // namespace mapexport

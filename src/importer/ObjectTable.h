@@ -1,4 +1,4 @@
-// Objects and materials of foreign nodes, each made once.
+// Objects of foreign nodes, each made once.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,6 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "scene/Scene.h"
@@ -15,6 +14,7 @@ namespace mapexport {
 
 struct LeftOut;
 struct LibraryScene;
+class MaterialTable;
 
 /// What a node shows.
 struct NodeObject {
@@ -23,36 +23,43 @@ struct NodeObject {
   int material = -1;
 };
 
-/// Makes the objects of nodes; nodes with the same meshes share one. The scene's materials are in
-/// place from the start; Multi/Sub-Object materials come behind them as nodes with several
-/// materials need them.
+/// A node that shows a mesh which an earlier node shows too.
+struct MeshInstance {
+  std::size_t node = 0;
+  std::size_t firstNode = 0;
+  std::vector<int> parts;  ///< materials of the mesh's material ids, as the library tells them
+};
+
+/// Makes the objects of nodes; nodes with the same meshes share one.
 class ObjectTable {
  public:
-  /// Both must outlive the table.
-  ObjectTable(const LibraryScene& source, LeftOut& leftOut);
+  /// All must outlive the table. `hostMaterials` gives the index in `materials` by the library's.
+  ObjectTable(const LibraryScene& source, const std::vector<int>& hostMaterials,
+              MaterialTable& materials, LeftOut& leftOut);
 
   /// The object of a node with these meshes (indices of the library's). Without meshes there is
   /// none; when their triangles are all left out it is a helper, since an empty mesh would hide the
-  /// node's children from exporters. A new Multi/Sub-Object material is named `nodeName`.
-  NodeObject Find(std::span<const unsigned> meshes, const std::string& nodeName);
+  /// node's children from exporters. `node` is the number of the node; a new Multi/Sub-Object
+  /// material is named `nodeName`.
+  NodeObject Find(std::span<const unsigned> meshes, std::size_t node, const std::string& nodeName);
 
-  std::size_t TriangleCount() const { return triangleCount_; }
-  /// Nodes that show a mesh which an earlier node shows too.
-  std::size_t InstanceCount() const { return instanceCount_; }
-  std::vector<SceneMaterial> TakeMaterials() { return std::move(materials_); }
+  const std::vector<MeshInstance>& Instances() const { return instances_; }
 
  private:
-  NodeObject Make(std::span<const unsigned> meshes, const std::string& nodeName);
-  int MaterialOfParts(const std::vector<int>& parts, const std::string& nodeName);
+  struct Entry {
+    NodeObject object;
+    std::size_t firstNode = 0;
+    std::vector<int> parts;
+  };
+
+  Entry Make(std::span<const unsigned> meshes, std::size_t node, const std::string& nodeName);
 
   const LibraryScene& source_;
+  const std::vector<int>& hostMaterials_;
+  MaterialTable& materials_;
   LeftOut& leftOut_;
-  std::vector<SceneMaterial> materials_;
-  std::vector<int> hostMaterials_;  // by the library's material index
-  std::size_t triangleCount_ = 0;   // of the objects, not of the nodes
-  std::size_t instanceCount_ = 0;
-  std::map<std::vector<unsigned>, NodeObject> objects_;
-  std::map<std::vector<int>, int> multiMaterials_;
+  std::vector<MeshInstance> instances_;
+  std::map<std::vector<unsigned>, Entry> objects_;
 };
 
 }  // namespace mapexport

@@ -1,12 +1,10 @@
 // A scene file read by the import library, as the library gives it.
 #include "importer/ReadWithLibrary.h"
 
+#include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
-#include <system_error>
 #include <utility>
 
 #include <assimp/IOSystem.hpp>
@@ -17,6 +15,7 @@
 #include <assimp/scene.h>
 #include <fmt/format.h>
 
+#include "importer/FileBeginning.h"
 #include "importer/HostText.h"
 #include "importer/LibraryValues.h"
 #include "importer/SideFiles.h"
@@ -27,41 +26,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void Refuse(const std::string& path, std::string_view reason) {
-  throw SceneError(fmt::format("{}: {}", path, reason));
-}
-
-/// The file's first bytes. Refuses what no reader should be given at all.
-std::string ReadBeginning(const std::string& path) {
-  std::error_code error;
-  const fs::file_status status = fs::status(path, error);
-  if (status.type() == fs::file_type::not_found) Refuse(path, "no such file");
-  if (error) Refuse(path, error.message());
-  if (status.type() == fs::file_type::directory) Refuse(path, "is a folder, not a file");
-  if (status.type() != fs::file_type::regular) Refuse(path, "is not a regular file");
-
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  if (!file)
-    Refuse(path, fmt::format("can't be opened: {}", std::generic_category().message(errno)));
-  std::array<char, 32> bytes{};
-  file.read(bytes.data(), bytes.size());
-  if (file.bad()) Refuse(path, "can't be read");
-  if (file.gcount() == 0) Refuse(path, "the file is empty");
-  return {bytes.data(), static_cast<std::size_t>(file.gcount())};
-}
-
-bool IsUtf16(std::string_view beginning) {
-  return beginning.starts_with("\xFF\xFE") || beginning.starts_with("\xFE\xFF");
-}
-
-void Configure(Assimp::Importer& importer) {
+void Configure(Assimp::Importer& importer, const ImportOptions& options) {
   // The library would put geometry-only offsets into the matrix that children inherit.
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, true);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
-  importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, false);
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION,
+                           options.up != UpAxis::kAuto);
   // Files of bones alone would come with made-up meshes that show the bones.
   importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
+}
+
+std::shared_ptr<Assimp::Importer> MakeImporter(const ImportOptions& options) {
+  if (!options.keepLibraryScene) return std::make_shared<Assimp::Importer>();
+  // Never destroyed, on purpose: the caller ends its process without looking back.
+  return {new Assimp::Importer, [](Assimp::Importer*) {}};
 }
 
 /// The library's error as a person can use it.
@@ -81,16 +59,11 @@ std::string ReasonFrom(std::string_view error) {
 }
 
 /// Whether `name` is no file that the scene names but one that the reader tries on its own.
-bool IsProbe(const std::string& name, const std::string& path, SourceFormat format,
-             std::size_t missingCount) {
+bool IsProbe(std::string_view name) {
   constexpr std::array<std::string_view, 4> kProbedEndings{".md5anim", ".md5camera", ".skin",
                                                            "_animation.txt"};
-  for (const std::string_view ending : kProbedEndings) {
-    if (name.ends_with(ending)) return true;
-  }
-  // For a material library that is missing, the OBJ reader tries the one named like the scene.
-  const fs::path own = fs::path(path).replace_extension(".mtl").filename();
-  return format == SourceFormat::kObj && missingCount > 1 && fs::path(name).filename() == own;
+  return std::ranges::any_of(kProbedEndings,
+                             [&](std::string_view ending) { return name.ends_with(ending); });
 }
 
 /// The given name without the folder of the scene, which readers put in front of it.
@@ -121,35 +94,48 @@ std::string LibraryScene::Text(const aiString& text) const {
   return ValidUtf8(hasEntities ? DecodeEntities(BytesOf(text)) : std::string(BytesOf(text)));
 }
 
-LibraryScene ReadWithLibrary(const std::string& path) {
-  const std::string beginning = ReadBeginning(path);
+LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& options) {
+  const std::string beginning = FileBeginning(path);
 
-  const auto missing = std::make_shared<MissingFiles>();
-  const auto importer = std::make_shared<Assimp::Importer>();
-  importer->SetIOHandler(MakeRecordingFiles(missing).release());
-  Configure(*importer);
+  const auto files = std::make_shared<FileRecord>();
+  const std::shared_ptr<Assimp::Importer> importer = MakeImporter(options);
+  importer->SetIOHandler(MakeRecordingFiles(files).release());
+  Configure(*importer, options);
   const aiScene* scene = importer->ReadFile(path, aiProcess_Triangulate);
-  if (scene == nullptr) Refuse(path, ReasonFrom(importer->GetErrorString()));
-  if (scene->mRootNode == nullptr) Refuse(path, "holds no nodes");
-  if (IsUtf16(beginning) && scene->mNumMeshes == 0) {
-    Refuse(path, "is UTF-16 text, which is not understood; save it as UTF-8");
-  }
+  if (IsUtf16(beginning) && (scene == nullptr || scene->mNumMeshes == 0)) RefuseUtf16(path);
+  if (scene == nullptr) RefuseFile(path, ReasonFrom(importer->GetErrorString()));
+  if (scene->mRootNode == nullptr) RefuseFile(path, "holds no nodes");
 
   LibraryScene result;
   result.path = path;
   result.format = FormatOf(*scene);
   if (IsEmpty(*scene) && result.format != SourceFormat::kGltf2) {
-    Refuse(path, "holds nothing that belongs to a scene");
+    RefuseFile(path, "holds nothing that belongs to a scene");
   }
   result.hasEntities =
       result.format == SourceFormat::kFbx && !beginning.starts_with("Kaydara FBX Binary");
   result.scene = std::shared_ptr<const aiScene>(importer, scene);
-  const std::vector<std::string>& names = missing->Names();
-  for (const std::string& name : names) {
-    if (!IsProbe(name, path, result.format, names.size())) {
-      result.missingFiles.push_back(WithoutFolder(name, path));
-    }
+  for (const std::string& name : files->Missing()) {
+    if (!IsProbe(name)) result.missingFiles.push_back(WithoutFolder(name, path));
   }
+  for (const std::string& name : files->Opened()) {
+    if (name != path) result.sideFiles.push_back(name);
+  }
+  return result;
+}
+
+LibraryScene ReadFbxText(const LibraryScene& original, const std::string& text,
+                         const ImportOptions& options) {
+  const std::shared_ptr<Assimp::Importer> importer = MakeImporter(options);
+  Configure(*importer, options);
+  const aiScene* scene =
+      importer->ReadFileFromMemory(text.data(), text.size(), aiProcess_Triangulate, "fbx");
+  if (scene == nullptr) RefuseFile(original.path, ReasonFrom(importer->GetErrorString()));
+  LibraryScene result;
+  result.path = original.path;
+  result.format = original.format;
+  result.hasEntities = original.hasEntities;
+  result.scene = std::shared_ptr<const aiScene>(importer, scene);
   return result;
 }
 

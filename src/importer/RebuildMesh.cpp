@@ -3,30 +3,25 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <limits>
-#include <unordered_map>
 #include <utility>
 
 #include <assimp/scene.h>
 
+#include "importer/IsFinite.h"
 #include "importer/LeftOut.h"
+#include "importer/MaterialParts.h"
 #include "importer/PointTable.h"
 #include "importer/RebuildSmoothing.h"
 
 namespace mapexport {
 namespace {
 
-constexpr std::size_t kMostMaterialIds = 65536;
 constexpr std::uint32_t kUnused = std::numeric_limits<std::uint32_t>::max();
 
 Point3 PointOf(const aiVector3D& v) {
   return {v.x, v.y, v.z};
-}
-
-bool IsFinite(const Point3& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
 using Triangle = std::array<unsigned, 3>;
@@ -70,8 +65,10 @@ class MeshBuilder {
   void Add(const aiMesh& source, int material) {
     const std::vector<Triangle> triangles = SoundTriangles(source, leftOut_);
     leftOut_.bones += source.mNumBones;
+    if (source.mColors[0] != nullptr) leftOut_.colours += source.mNumVertices;
+    if (source.mTextureCoords[1] != nullptr) ++leftOut_.channels;
     if (triangles.empty()) return;
-    const std::uint16_t materialId = MaterialId(material);
+    const std::uint16_t materialId = materials_.IdOf(material);
     const std::vector<std::uint32_t> vertexOf = AddVertices(source, triangles);
     AddTextureFaces(source, triangles);
     for (const Triangle& triangle : triangles) {
@@ -96,16 +93,10 @@ class MeshBuilder {
     else
       mesh_.tvFace.clear();
     if (hasNormals_) RebuildSmoothing(mesh_, normals_);
-    return {std::make_shared<const Mesh>(std::move(mesh_)), std::move(materials_)};
+    return {std::make_shared<const Mesh>(std::move(mesh_)), materials_.Take()};
   }
 
  private:
-  std::uint16_t MaterialId(int material) {
-    const auto [entry, isNew] = idOf_.try_emplace(material, materials_.size());
-    if (isNew && materials_.size() < kMostMaterialIds) materials_.push_back(material);
-    return static_cast<std::uint16_t>(std::min(entry->second, kMostMaterialIds - 1));
-  }
-
   /// The new index of each vertex that the triangles use, in the order of the vertices.
   std::vector<std::uint32_t> AddVertices(const aiMesh& source,
                                          const std::vector<Triangle>& triangles) {
@@ -147,8 +138,7 @@ class MeshBuilder {
   std::vector<CornerNormals> normals_;
   bool hasNormals_ = false;
   bool hasTexture_ = false;
-  std::vector<int> materials_;
-  std::unordered_map<int, std::size_t> idOf_;
+  MaterialParts materials_;
 };
 
 }  // namespace

@@ -2,19 +2,18 @@
 #include "importer/RebuildSmoothing.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <numeric>
 #include <span>
 #include <utility>
 
+#include "importer/SmoothingBits.h"
+
 namespace mapexport {
 namespace {
 
 constexpr float kAgreeingDot = 0.9998f;
-constexpr unsigned kFirstBit = 1;
-constexpr unsigned kLastBit = 31;
 /// Faces on one edge are compared with this many different ones before them; bounds the work on an
 /// edge that thousands of faces share.
 constexpr std::size_t kMostWaysAcrossEdge = 16;
@@ -107,62 +106,35 @@ Surfaces FindSurfaces(const std::vector<Face>& faces, const std::vector<CornerNo
   return surfaces;
 }
 
-/// Whether no grouping can show on these faces: all of their normals agree, or there is but one
-/// face.
-bool IsFlat(std::span<const std::uint32_t> faces, const std::vector<CornerNormals>& normals) {
-  if (faces.size() == 1) return true;
-  const Point3& first = normals[faces.front()][0];
-  return std::ranges::all_of(faces, [&](std::uint32_t face) {
-    return std::ranges::all_of(normals[face], [&](const Point3& n) { return Agree(first, n); });
-  });
-}
-
-/// The lowest bit that no surface in `taken` has; when all are taken, one that differs from surface
-/// to surface.
-unsigned ChooseBit(std::uint32_t taken, std::size_t surface) {
-  constexpr std::uint32_t kNeverUsed = (1u << kFirstBit) - 1;
-  const auto bit = static_cast<unsigned>(std::countr_one(taken | kNeverUsed));
-  if (bit <= kLastBit) return bit;
-  return kFirstBit + static_cast<unsigned>(surface % (kLastBit - kFirstBit + 1));
+/// Whether a face with these normals is flat and looks the way that `first` does.
+bool IsFlatWith(const Point3& first, const CornerNormals& normals) {
+  return std::ranges::all_of(normals, [&](const Point3& n) { return Agree(first, n); });
 }
 
 }  // namespace
 
 void RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals) {
-  for (Face& face : mesh.faces) face.smGroup = 0;
   std::vector<CornerNormals> unit = normals;
   for (CornerNormals& corners : unit) {
     for (Point3& normal : corners) normal = Normalize(normal);
   }
   Surfaces surfaces = FindSurfaces(mesh.faces, unit);
+  std::vector<std::uint32_t> surfaceOf(mesh.faces.size());
+  for (std::uint32_t face = 0; face < surfaceOf.size(); ++face)
+    surfaceOf[face] = surfaces.Find(face);
 
-  // The faces, surface by surface, in the order of the surfaces' first faces.
-  std::vector<std::uint32_t> order(mesh.faces.size());
-  std::iota(order.begin(), order.end(), std::uint32_t{0});
-  std::vector<std::uint32_t> surfaceOf(order.size());
-  for (const std::uint32_t face : order) surfaceOf[face] = surfaces.Find(face);
-  std::ranges::stable_sort(order, {}, [&](std::uint32_t face) { return surfaceOf[face]; });
-
-  std::vector<std::uint32_t> bitsAtVertex(mesh.verts.size(), 0);
-  std::size_t surfaceCount = 0;
-  for (auto begin = order.begin(); begin != order.end();) {
-    const auto end = std::find_if(begin, order.end(), [&](std::uint32_t face) {
-      return surfaceOf[face] != surfaceOf[*begin];
-    });
-    const std::span<const std::uint32_t> faces(begin, end);
-    begin = end;
-    if (IsFlat(faces, unit)) continue;
-
-    std::uint32_t taken = 0;
-    for (const std::uint32_t face : faces) {
-      for (const std::uint32_t vertex : mesh.faces[face].v) taken |= bitsAtVertex[vertex];
-    }
-    const std::uint32_t group = 1u << ChooseBit(taken, surfaceCount++);
-    for (const std::uint32_t face : faces) {
-      mesh.faces[face].smGroup = group;
-      for (const std::uint32_t vertex : mesh.faces[face].v) bitsAtVertex[vertex] |= group;
-    }
+  // No grouping can show on a surface that is flat.
+  std::vector<bool> isCurved(surfaceOf.size());  // by the surface's representative
+  for (std::size_t face = 0; face < surfaceOf.size(); ++face) {
+    const std::uint32_t surface = surfaceOf[face];
+    if (surface == face || isCurved[surface]) continue;
+    isCurved[surface] =
+        !IsFlatWith(unit[surface][0], unit[face]) || !IsFlatWith(unit[surface][0], unit[surface]);
   }
+  for (std::uint32_t& surface : surfaceOf) {
+    if (!isCurved[surface]) surface = kFlatFace;
+  }
+  AssignSmoothingBits(mesh, surfaceOf);
 }
 
 }  // namespace mapexport

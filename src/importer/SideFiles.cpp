@@ -1,38 +1,60 @@
-// The library's access to files, with a record of the ones that it didn't find.
+// The library's access to files, with a record of them.
 #include "importer/SideFiles.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
 #include <assimp/DefaultIOSystem.h>
 
+#include "importer/HostText.h"
+
 namespace mapexport {
 namespace {
 
+/// What `name` may mean: the library opens the percent signs of URIs and the separators of Windows
+/// as they stand.
+std::vector<std::string> NamesOf(const std::string& name) {
+  std::vector<std::string> names{name};
+  if (std::string decoded = DecodePercents(name); decoded != name) {
+    names.push_back(std::move(decoded));
+  }
+  std::string slashed = name;
+  std::ranges::replace(slashed, '\\', '/');
+  if (slashed != name) names.push_back(std::move(slashed));
+  return names;
+}
+
 class RecordingFiles : public Assimp::DefaultIOSystem {
  public:
-  explicit RecordingFiles(std::shared_ptr<MissingFiles> missing) : missing_(std::move(missing)) {}
+  explicit RecordingFiles(std::shared_ptr<FileRecord> record) : record_(std::move(record)) {}
 
   Assimp::IOStream* Open(const char* file, const char* mode) override {
-    Assimp::IOStream* stream = DefaultIOSystem::Open(file, mode);
-    if (stream == nullptr && file != nullptr && std::string_view(mode).starts_with('r')) {
-      missing_->Add(file);
+    if (file == nullptr || !std::string_view(mode).starts_with('r')) {
+      return DefaultIOSystem::Open(file, mode);
     }
-    return stream;
+    for (const std::string& name : NamesOf(file)) {
+      if (Assimp::IOStream* const stream = DefaultIOSystem::Open(name.c_str(), mode)) {
+        record_->Add(name, true);
+        return stream;
+      }
+    }
+    record_->Add(file, false);
+    return nullptr;
   }
 
  private:
-  std::shared_ptr<MissingFiles> missing_;
+  std::shared_ptr<FileRecord> record_;
 };
 
 }  // namespace
 
-void MissingFiles::Add(const std::string& name) {
-  if (known_.insert(name).second) names_.push_back(name);
+void FileRecord::Add(const std::string& name, bool isOpened) {
+  if (known_.insert(name).second) (isOpened ? opened_ : missing_).push_back(name);
 }
 
-std::unique_ptr<Assimp::IOSystem> MakeRecordingFiles(std::shared_ptr<MissingFiles> missing) {
-  return std::make_unique<RecordingFiles>(std::move(missing));
+std::unique_ptr<Assimp::IOSystem> MakeRecordingFiles(std::shared_ptr<FileRecord> record) {
+  return std::make_unique<RecordingFiles>(std::move(record));
 }
 
 }  // namespace mapexport

@@ -1,4 +1,4 @@
-// The library's access to files, with a record of the ones that it didn't find.
+// The library's access to files, with a record of them.
 #pragma once
 
 #include <memory>
@@ -12,18 +12,21 @@ class IOSystem;
 
 namespace mapexport {
 
-/// Names of files that could not be opened, as the reader asked for them, in the order of asking.
-class MissingFiles {
+/// The files that a reader asked for, by the names that it used, each once, in the order of asking.
+class FileRecord {
  public:
-  void Add(const std::string& name);
-  const std::vector<std::string>& Names() const { return names_; }
+  void Add(const std::string& name, bool isOpened);
+  const std::vector<std::string>& Opened() const { return opened_; }
+  const std::vector<std::string>& Missing() const { return missing_; }
 
  private:
-  std::vector<std::string> names_;
+  std::vector<std::string> opened_;
+  std::vector<std::string> missing_;
   std::set<std::string> known_;
 };
 
-/// File access that tells `missing` of each file that can't be opened for reading.
-std::unique_ptr<Assimp::IOSystem> MakeRecordingFiles(std::shared_ptr<MissingFiles> missing);
+/// File access that also finds names with URIs' percent signs or Windows' separators, and notes in
+/// `record` each file that is opened for reading, or can't be.
+std::unique_ptr<Assimp::IOSystem> MakeRecordingFiles(std::shared_ptr<FileRecord> record);
 
 }  // namespace mapexport

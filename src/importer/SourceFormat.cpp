@@ -11,7 +11,7 @@ struct Reader {
   SourceFormat format;
 };
 
-constexpr std::array<Reader, 11> kReaders{{
+constexpr std::array<Reader, 17> kReaders{{
     {"Autodesk FBX", SourceFormat::kFbx},
     {"glTF2", SourceFormat::kGltf2},
     {"glTF", SourceFormat::kGltf1},
@@ -22,6 +22,12 @@ constexpr std::array<Reader, 11> kReaders{{
     {"Stereolithography", SourceFormat::kOtherZUp},
     {"Blender", SourceFormat::kOtherZUp},
     {"3mf", SourceFormat::kOtherZUp},
+    {"Discreet 3DS", SourceFormat::kTurnedToYUp},
+    {"ASE", SourceFormat::kTurnedToYUp},
+    {"Quake II Mesh", SourceFormat::kTurnedToYUp},
+    {"Quake III Mesh", SourceFormat::kTurnedToYUp},
+    {"Doom 3 / MD5", SourceFormat::kTurnedToYUp},
+    {"Return To Castle Wolfenstein", SourceFormat::kTurnedToYUp},
     {"Additive manufacturing", SourceFormat::kOtherZUp},
 }};
 

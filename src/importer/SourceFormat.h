@@ -13,8 +13,9 @@ enum class SourceFormat {
   kObj,
   kOff,
   kPly,
-  kOtherYUp,  ///< arrives with y up: by definition, turned by the library, or for want of an axis
-  kOtherZUp   ///< arrives with z up
+  kTurnedToYUp,  ///< its z is up, but the library turned the root: arrives with y up
+  kOtherYUp,     ///< arrives with y up, by definition or for want of an axis
+  kOtherZUp      ///< arrives with z up
 };
 
 /// The format of the library's reader of that name; an unknown reader counts as kOtherYUp, which is

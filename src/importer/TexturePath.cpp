@@ -47,8 +47,9 @@ bool IsSeparator(char c) {
   return c == '/' || c == '\\';
 }
 
-/// `path` without the components that only walk about.
-std::string Normalised(std::string_view path) {
+}  // namespace
+
+std::string NormalisedTexturePath(std::string_view path) {
   std::vector<std::string_view> parts;  // each with the separator that follows it
   while (!path.empty()) {
     const auto separator = std::ranges::find_if(path, IsSeparator);
@@ -68,14 +69,12 @@ std::string Normalised(std::string_view path) {
   return result;
 }
 
-}  // namespace
-
 std::string TexturePath(const LibraryScene& source, const aiString& stored) {
   const std::string text = source.Text(stored);
   if (const std::optional<unsigned> index = EmbeddedIndex(text))
-    return Normalised(EmbeddedName(source, *index));
+    return NormalisedTexturePath(EmbeddedName(source, *index));
   const bool isUri = source.format == SourceFormat::kGltf1 || source.format == SourceFormat::kGltf2;
-  return Normalised(isUri ? ValidUtf8(DecodePercents(text)) : text);
+  return NormalisedTexturePath(isUri ? ValidUtf8(DecodePercents(text)) : text);
 }
 
 }  // namespace mapexport

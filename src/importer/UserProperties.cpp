@@ -5,9 +5,11 @@
 #include <string_view>
 
 #include <assimp/scene.h>
+#include <fmt/format.h>
 
 #include "importer/LibraryValues.h"
 #include "importer/ReadWithLibrary.h"
+#include "scene/NearKeywords.h"
 
 namespace mapexport {
 namespace {
@@ -48,6 +50,20 @@ std::string GltfText(const LibraryScene& source, const aiMetadata* extras) {
   return text;
 }
 
+/// Whether the node has a text that fills all that the library's texts can hold.
+bool HasFullText(const aiMetadata* metadata) {
+  for (std::size_t i = 0; i < PropertyCount(metadata); ++i) {
+    const aiString* text = AsText(metadata->mValues[i]);
+    if (text != nullptr && text->length + 1 >= sizeof(text->data)) return true;
+  }
+  return false;
+}
+
+/// A plain value that isn't `false`: what one might take for a set mark.
+bool IsIdleMark(const aiMetadataEntry& entry) {
+  return entry.mType != AI_BOOL && entry.mType != AI_AIMETADATA && entry.mType != AI_META_MAX;
+}
+
 }  // namespace
 
 std::string UserPropertyText(const LibraryScene& source, const aiNode& node) {
@@ -62,6 +78,47 @@ std::string UserPropertyText(const LibraryScene& source, const aiNode& node) {
     default:
       return {};
   }
+}
+
+std::string UserPropertyReader::TextOf(const aiNode& node, const std::string& nodeName) {
+  const aiMetadata* const metadata = node.mMetaData;
+  if (HasFullText(metadata)) Note(cutTexts_, nodeName, {});
+  if (source_.format == SourceFormat::kGltf2) {
+    for (std::size_t i = 0; i < PropertyCount(metadata); ++i) {
+      const std::string key = source_.Text(metadata->mKeys[i]);
+      if (IsIdleMark(metadata->mValues[i]) && (IsKeyword(key) || !NearestKeyword(key).empty())) {
+        Note(idleMembers_, nodeName, key);
+      }
+    }
+  }
+  return UserPropertyText(source_, node);
+}
+
+void UserPropertyReader::AddRemarks(ImportRemarks& remarks) const {
+  const auto others = [](const Finding& finding) {
+    return finding.count == 1 ? std::string() : fmt::format(" and {} more", finding.count - 1);
+  };
+  if (cutTexts_.count > 0) {
+    remarks.push_back({RemarkKind::kWarning, "cut-text",
+                       fmt::format("a property text of node \"{}\"{} is probably cut: the reader "
+                                   "keeps {} bytes of a text",
+                                   cutTexts_.node, others(cutTexts_), sizeof(aiString::data) - 1),
+                       cutTexts_.count});
+  }
+  if (idleMembers_.count > 0) {
+    remarks.push_back({RemarkKind::kWarning, "idle-member",
+                       fmt::format("the extras member \"{}\" of node \"{}\"{} sets nothing, since "
+                                   "its value isn't true",
+                                   idleMembers_.detail, idleMembers_.node, others(idleMembers_)),
+                       idleMembers_.count});
+  }
+}
+
+void UserPropertyReader::Note(Finding& finding, const std::string& node,
+                              const std::string& detail) {
+  if (finding.count++ > 0) return;
+  finding.node = node;
+  finding.detail = detail;
 }
 
 }  // namespace mapexport

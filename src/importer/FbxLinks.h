@@ -1,0 +1,36 @@
+// The objects of an FBX file and what is connected to what.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mapexport {
+
+struct FbxObject {
+  enum class Kind { kModel, kMaterial, kGeometry };
+  Kind kind = Kind::kModel;
+  std::int64_t id = 0;
+  std::string name;  ///< bytes of the file, without the class that stands before or behind it
+};
+
+struct FbxLink {
+  std::int64_t child = 0;
+  std::int64_t parent = 0;  ///< 0: the scene
+  std::size_t typeAt = 0;   ///< where in the text the two letters of its type stand, "OO"
+};
+
+/// What the sections "Objects" and "Connections" say, in the file's order.
+struct FbxLinks {
+  std::vector<FbxObject> objects;  ///< models, materials and geometries
+  std::vector<FbxLink> links;      ///< of one object to another ("OO")
+};
+
+/// Reads both sections of the text of an FBX file, ASCII or binary, of version 7.0 or later. Empty
+/// when the text is anything else or damaged. Cost: linear.
+std::optional<FbxLinks> ReadFbxLinks(std::string_view text);
+
+}  // namespace mapexport

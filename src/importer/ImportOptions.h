@@ -1,0 +1,24 @@
+// What a person may decide about the reading of a foreign scene.
+#pragma once
+
+#include <optional>
+
+namespace mapexport {
+
+enum class UpAxis {
+  kAuto,  ///< what the format or the file says
+  kY,
+  kZ
+};
+
+struct ImportOptions {
+  UpAxis up = UpAxis::kAuto;  ///< the axis that points up in the file's own numbers
+  /// Host units per unit that arrives (glTF, Collada: metre; others: the
+  /// file's own), positive and finite; empty: 100 for glTF and Collada, else 1.
+  std::optional<float> scale;
+  /// Whether the import library's scene is left in memory for ever. For a child process that ends
+  /// by _exit: destroying what a damaged file has become may crash.
+  bool keepLibraryScene = false;
+};
+
+}  // namespace mapexport

@@ -1,0 +1,55 @@
+// What an OBJ file holds.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "host/Point3.h"
+
+namespace mapexport {
+
+inline constexpr std::uint32_t kNoObjIndex = std::numeric_limits<std::uint32_t>::max();
+
+/// Indices into the lists of the file, from 0; kNoObjIndex for a texture vertex or normal that
+/// isn't given.
+struct ObjCorner {
+  std::uint32_t position = 0;
+  std::uint32_t texture = kNoObjIndex;
+  std::uint32_t normal = kNoObjIndex;
+};
+
+/// A polygon of three or more corners.
+struct ObjFace {
+  std::size_t firstCorner = 0;  ///< index into ObjFile::corners
+  std::uint32_t cornerCount = 0;
+  std::uint32_t smoothing = 0;  ///< number of the smoothing group, 0: off
+  int material = -1;            ///< index into ObjFile::materialNames, -1: none in force
+};
+
+/// The faces of one object or group, in the file's order; there may be none.
+struct ObjPart {
+  std::string name;  ///< bytes of the file
+  std::vector<ObjFace> faces;
+};
+
+/// All indices are in range. Numbers may not be finite.
+struct ObjFile {
+  std::vector<Point3> positions;
+  std::vector<Point3> textureVertices;  ///< v up; w is 0 where it isn't given
+  std::vector<Point3> normals;
+  std::vector<ObjCorner> corners;
+  std::vector<ObjPart> parts;                  ///< in the order of their first appearance
+  std::vector<std::string> materialNames;      ///< that faces use: bytes of the file, each once
+  std::vector<std::string> materialLibraries;  ///< what stands behind each mtllib, each once
+  bool hasSmoothing = false;                   ///< whether there is any statement on smoothing
+  std::size_t points = 0;
+  std::size_t lines = 0;           ///< segments of lines
+  std::size_t brokenPolygons = 0;  ///< faces without a corner
+  std::size_t curves = 0;          ///< free-form curves and surfaces
+  std::size_t colours = 0;         ///< vertices with a colour
+};
+
+}  // namespace mapexport

@@ -1,0 +1,93 @@
+// Words of user property texts that were probably meant to be keywords.
+#include "scene/NearKeywords.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace mapexport {
+namespace {
+
+constexpr std::array<std::string_view, 7> kKeywords{
+    "climbable", "notcollidable", "notrendered", "notcollidable3d",
+    "floorface", "notshownplan",  "45plusfloor"};
+/// Longer words can't be near: the longest keyword, an added letter, and some room for blanks.
+constexpr std::size_t kLongestWord = 40;
+
+/// `word` without blanks, in small letters.
+std::string Folded(std::string_view word) {
+  std::string folded;
+  for (const char c : word) {
+    if (c == ' ') continue;
+    folded += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return folded;
+}
+
+bool IsOneEditAway(std::string_view a, std::string_view b) {
+  if (a.size() > b.size()) std::swap(a, b);
+  if (b.size() - a.size() > 1) return false;
+  const auto [inA, inB] = std::ranges::mismatch(a, b);
+  const auto same = static_cast<std::size_t>(inA - a.begin());
+  a.remove_prefix(same);
+  b.remove_prefix(same);
+  if (a.size() < b.size()) return a == b.substr(1);
+  if (a.empty() || a.substr(1) == b.substr(1)) return true;
+  return a.size() > 1 && a[0] == b[1] && a[1] == b[0] && a.substr(2) == b.substr(2);
+}
+
+template <class Visitor>
+void VisitWords(const SceneNode& node, const Visitor& visit) {
+  std::string_view text = node.userProperties;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\t\n\r"), text.size());
+    visit(node, text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  for (const SceneNode& child : node.children) VisitWords(child, visit);
+}
+
+}  // namespace
+
+bool IsKeyword(std::string_view word) {
+  return std::ranges::find(kKeywords, word) != kKeywords.end();
+}
+
+std::string_view NearestKeyword(std::string_view word) {
+  if (word.empty() || word.size() > kLongestWord || IsKeyword(word)) return {};
+  const std::string folded = Folded(word);
+  for (const std::string_view keyword : kKeywords) {
+    if (folded == keyword) return keyword;
+  }
+  for (const std::string_view keyword : kKeywords) {
+    if (IsOneEditAway(folded, keyword)) return keyword;
+  }
+  return {};
+}
+
+std::vector<NearKeyword> FindNearKeywords(const Scene& scene) {
+  std::vector<NearKeyword> found;
+  std::unordered_map<std::string, std::size_t> placeOf;
+  VisitWords(scene.root, [&](const SceneNode& node, std::string_view word) {
+    const std::string_view keyword = NearestKeyword(word);
+    if (keyword.empty()) return;
+    const auto [entry, isNew] = placeOf.try_emplace(std::string(word), found.size());
+    if (isNew)
+      found.push_back({node.name, std::string(word), keyword});
+    else
+      ++found[entry->second].count;
+  });
+  return found;
+}
+
+std::string Describe(const NearKeyword& near) {
+  return fmt::format("\"{}\" in the user properties of node \"{}\"{} is no keyword; \"{}\" is one",
+                     near.word, near.node,
+                     near.count == 1 ? "" : fmt::format(" and {} more lines", near.count - 1),
+                     near.keyword);
+}
+
+}  // namespace mapexport

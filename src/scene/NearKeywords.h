@@ -1,0 +1,35 @@
+// Words of user property texts that were probably meant to be keywords.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "scene/Scene.h"
+
+namespace mapexport {
+
+struct NearKeyword {
+  std::string node;  ///< name of the first node with it
+  std::string word;  ///< as it stands in the text
+  std::string_view keyword;
+  std::size_t count = 1;  ///< nodes' lines with this word
+};
+
+/// Whether `word` sets a flag of a node's faces.
+bool IsKeyword(std::string_view word);
+
+/// The keyword that `word` isn't but was probably meant to be: it differs in nothing but capitals
+/// and blanks, or, these apart, in one letter that is added, missing, another or swapped with its
+/// neighbour. Empty when there is none or when the word is a keyword.
+std::string_view NearestKeyword(std::string_view word);
+
+/// The words of the nodes' user property texts (which end at tabs and line ends) that are near to a
+/// keyword that sets a flag of a node's faces, each word once, in the order of the nodes.
+std::vector<NearKeyword> FindNearKeywords(const Scene& scene);
+
+/// One line that names the node and both words.
+std::string Describe(const NearKeyword& near);
+
+}  // namespace mapexport
