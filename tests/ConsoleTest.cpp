@@ -40,6 +40,20 @@ constexpr std::array kControls = {
 constexpr std::array kDialogs = {DialogTemplate{kDialog, "Title", 100, 100, kControls}};
 constexpr std::array kCursors = {CursorImage{kCursor, 0, 0, {}}};
 
+/// Remembers how the check boxes stood when a dialog ended.
+class RecordingSystem : public ConsoleSystem {
+ public:
+  using ConsoleSystem::ConsoleSystem;
+
+  void EndDialog(HWND dialog, int result) override {
+    for (const int id : {kFollower, kLeader})
+      atEnd.emplace_back(id, IsDlgButtonChecked(dialog, id));
+    ConsoleSystem::EndDialog(dialog, result);
+  }
+
+  std::vector<std::pair<int, bool>> atEnd;
+};
+
 class ConsoleTest;
 ConsoleTest* running = nullptr;  // a dialog procedure is a plain function
 
@@ -50,10 +64,8 @@ class ConsoleTest : public testing::Test {
   int Show(std::vector<DialogAction> actions, DialogProc* proc = Procedure) {
     running = this;
     options_.actions = std::move(actions);
-    options_.onCheckBoxAtEnd = [this](int id, bool checked) { atEnd_.emplace_back(id, checked); };
     commands_.clear();
-    atEnd_.clear();
-    system_ = std::make_unique<ConsoleSystem>(options_, settings_);
+    system_ = std::make_unique<RecordingSystem>(options_, settings_);
     return system_->DialogBoxParam(module_, kDialog, nullptr, proc, 42);
   }
 
@@ -111,14 +123,13 @@ class ConsoleTest : public testing::Test {
   SettingsStore settings_ = SettingsStore::InMemory();
   HINSTANCE module_ = AttachModule({{}, kDialogs, kCursors});
   ConsoleSystem::Options options_;
-  std::unique_ptr<ConsoleSystem> system_;
+  std::unique_ptr<RecordingSystem> system_;
   HWND window_ = nullptr;
   int endAt_ = 0;  ///< the command that ends the dialog with 5; -1: not even OK ends it
   std::string picked_;
   std::vector<Command> commands_;
   std::vector<std::string> atOk_;
   int rowAtOk_ = -2;
-  std::vector<std::pair<int, bool>> atEnd_;
 };
 
 TEST_F(ConsoleTest, BoxesAreClickedOnlyWhenTheyDifferAsTheirTurnComes) {
@@ -128,7 +139,7 @@ TEST_F(ConsoleTest, BoxesAreClickedOnlyWhenTheyDifferAsTheirTurnComes) {
             1);
   EXPECT_THAT(commands_, ElementsAre(Command{kFollower, BN_CLICKED}, Command{kLeader, BN_CLICKED},
                                      Command{kFollower, BN_CLICKED}, Command{IDOK, BN_CLICKED}));
-  EXPECT_THAT(atEnd_, ElementsAre(std::pair(kFollower, true), std::pair(kLeader, true)));
+  EXPECT_THAT(system_->atEnd, ElementsAre(std::pair(kFollower, true), std::pair(kLeader, true)));
 }
 
 TEST_F(ConsoleTest, TypingSelectingAndBrowsingReachTheProcedure) {
@@ -152,7 +163,7 @@ TEST_F(ConsoleTest, TheProcedureEndsTheDialog) {
   endAt_ = kLeader;
   EXPECT_EQ(Show({SetCheck{kLeader, true}, SetCheck{kFollower, false}}), 5);
   EXPECT_THAT(commands_, ElementsAre(Command{kLeader, BN_CLICKED}));
-  EXPECT_THAT(atEnd_, ElementsAre(std::pair(kFollower, true), std::pair(kLeader, true)));
+  EXPECT_THAT(system_->atEnd, ElementsAre(std::pair(kFollower, true), std::pair(kLeader, true)));
 
   const auto endAtOnce = [](HWND dialog, unsigned message, WPARAM, LPARAM) {
     EXPECT_EQ(message, WM_INITDIALOG);

@@ -12,6 +12,8 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <simdjson.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -153,7 +155,17 @@ TEST_F(ProgramTest, WrongCommandLinesEndWith2) {
       {{"export", "a", "b", "--seed", "4294967296"}, "4294967295"},
       {{"export", "a", "b", "--seed", "-1"}, "\"-1\""},
       {{"export", "a", "b", "--voxel-size", std::string(256, '1')}, "255"},
+      {{"export", "a", "b", "--up", "x"}, "auto, y, z"},
+      {{"export", "a", "b", "--scale", "0"}, "--scale: \"0\""},
+      {{"export", "a", "b", "--scale", "-1"}, "--scale: \"-1\""},
+      {{"export", "a", "b", "--scale", "1e-99"}, "--scale: \"1e-99\""},
+      {{"export", "a", "b", "--scale", std::string(256, '1')}, "--scale"},
+      {{"export", "a", "b", "--read-limit", "1.5"}, "--read-limit: \"1.5\""},
+      {{"export", "a", "b", "--depfile", ""}, "--depfile"},
+      {{"export", "a", "b", "--report="}, "--report"},
       {{"scene"}, "SCENE"},
+      {{"scene", "a", "--scale", "nan"}, "--scale: \"nan\""},
+      {{"scene", "a", "--report", "r"}, "--report"},
       {{"scene", "a", "-o"}, "-o: a value"},
       {{"inspect", "a", "--layout", "map"}, "\"map\""},
   };
@@ -218,9 +230,14 @@ TEST_F(ProgramTest, HelpAndVersion) {
         "--settings FILE",
         "--fresh",
         "--seed N",
+        "--up AXIS",
+        "--scale NUMBER",
+        "--read-limit SECONDS",
+        "--depfile FILE",
+        "--report FILE",
         "--quiet",
         "--help"}},
-      {{"scene", "-h"}, {"SCENE", "-o"}},
+      {{"scene", "-h"}, {"SCENE", "-o", "--up", "--scale", "--read-limit"}},
       {{"inspect", "--bogus", "--help"}, {"FILE", "--json", "--summary", "--layout"}},
   };
   for (const auto& [arguments, pieces] : cases) {
@@ -359,16 +376,23 @@ TEST_F(ProgramTest, ADiskThatFillsUpLeavesTheOutputAlone) {
 }
 
 TEST_F(ProgramTest, TheSameSeedGivesTheSameBytes) {
-  EXPECT_EQ(Export("a.kob", {"--seed", "7", "--fresh"}).status, 0);
-  EXPECT_EQ(Export(root_ / "b.kob", {"--seed", "8", "--seed", "7", "--fresh"},
-                   [] { setenv("LC_ALL", "de_DE.UTF-8", 1); })
-                .status,
-            0);
+  // Faces that span several cells draw random numbers.
+  scene_ = MAPEXPORT_SOURCE_DIR "/examples/yard.scene.json";
+  const auto withSeed = [this](const fs::path& output, const char* seed,
+                               const std::function<void()>& before = {}) {
+    return Export(output, {"--seed", "8", "--seed", seed, "--fresh", "--voxel-size", "90"}, before)
+        .status;
+  };
+  EXPECT_EQ(withSeed("a.kob", "7"), 0);
+  EXPECT_EQ(withSeed(root_ / "b.kob", "7", [] { setenv("LC_ALL", "de_DE.UTF-8", 1); }), 0);
+  EXPECT_TRUE(Content(root_ / "b.kob") == Content(work_ / "a.kob"));
   EXPECT_EQ(Run({"scene", scene_, "-o", "again.scene.json"}).status, 0);
-  EXPECT_EQ(Run({"export", "again.scene.json", "c.kob", "--seed", "7", "--fresh"}).status, 0);
-  EXPECT_EQ(Content(root_ / "b.kob"), Content(work_ / "a.kob"));
-  EXPECT_EQ(Content(work_ / "c.kob"), Content(work_ / "a.kob"));
   EXPECT_EQ(Run({"scene", "again.scene.json"}).out, Content(work_ / "again.scene.json"));
+  scene_ = "again.scene.json";
+  EXPECT_EQ(withSeed("c.kob", "7"), 0);
+  EXPECT_TRUE(Content(work_ / "c.kob") == Content(work_ / "a.kob"));
+  EXPECT_EQ(withSeed("d.kob", "9"), 0);
+  EXPECT_FALSE(Content(work_ / "d.kob") == Content(work_ / "a.kob")) << "the seed has an effect";
 }
 
 TEST_F(ProgramTest, SettingsAreRemembered) {
@@ -414,6 +438,18 @@ TEST_F(ProgramTest, WhatAnExportSays) {
   const Outcome noLog = Export("a.qob", {"--fresh", "--quiet"});
   EXPECT_EQ(noLog.status, 0);
   EXPECT_THAT(noLog.err, StartsWith("mapexport: warning: ExportDebug.txt: "));
+  fs::remove(work_ / "ExportDebug.txt");
+
+  const std::vector<std::string> small{"--fresh", "--quiet", "--weld-distance", "0.51"};
+  EXPECT_EQ(Export("a.qob", small).err, "mapexport: warning: " + scene_ +
+                                            ": its largest extent, 10, is under 20 times the weld "
+                                            "distance, 0.51: welding may merge what is meant to be "
+                                            "apart\n");
+  EXPECT_EQ(Export("a.qob", {"--fresh", "--quiet", "--weld-distance", "9", "--no-weld"}).err, "");
+  EXPECT_EQ(Export("a.qob", {"--fresh", "--quiet", "--up", "z", "--scale", "2"}).err,
+            "mapexport: warning: " + scene_ +
+                ": --up and --scale have no effect: a scene file holds the scene as the exporter "
+                "sees it\n");
 }
 
 TEST_F(ProgramTest, ListsBeyond16BitIndicesEndWith4) {
@@ -429,15 +465,19 @@ TEST_F(ProgramTest, ListsBeyond16BitIndicesEndWith4) {
              std::to_string(3 * i + 2) + "]";
   }
   scene_ = work_ / "long.scene.json";
-  Write(scene_,
-        R"({"format":"mapexport-scene","version":1,"root":{"children":[{"mesh":{"vertices":[)" +
-            vertices + R"(],"faces":[)" + faces + "]}}]}}");
+  Write(
+      scene_,
+      R"({"format":"mapexport-scene","version":1,"root":{"children":[{"name":"Big","mesh":{"vertices":[)" +
+          vertices + R"(],"faces":[)" + faces +
+          R"(]}},{"name":"Excluded","mesh":{"vertices":[[0,0,0]],"faces":[[0,0,0]]}}]}})");
   const Outcome exported =
       Export("long.qob", {"--fresh", "--no-weld", "--voxel-size", "1e6", "--quiet"});
   EXPECT_EQ(exported.status, 4);
   EXPECT_THAT(exported.err, AllOf(HasSubstr("vertices: 65538 entries, 2 more than"),
                                   HasSubstr("corners: 65538 entries, 2 more than")));
   EXPECT_EQ(Lines(exported.err), 2) << "each list is told of once";
+  EXPECT_THAT(exported.err, AllOf(HasSubstr("most vertices in \"Big\" (65538)\n"),
+                                  HasSubstr("most triangles in \"Big\" (21846)\n")));
   const Outcome inspected = Run({"inspect", "long.qob", "--summary"});
   EXPECT_EQ(inspected.status, 4);
   EXPECT_THAT(inspected.err, HasSubstr("65538"));
@@ -506,7 +546,11 @@ TEST_F(ProgramTest, OnlyLeftOversOfEndedExportsGo) {
   EXPECT_EQ(Export("a.qob").status, 0);
   EXPECT_THAT(Names(work_), UnorderedElementsAre("a.qob", "b.qob", "ExportDebug.txt"));
 
-  const int interrupted = begin([] { raise(SIGTERM); });
+  const int interrupted = begin([&] {
+    const OutputPlace another(FindOutput(work_ / "a.d"), "a.d");
+    Write(another.File(), "half");
+    raise(SIGTERM);
+  });
   EXPECT_TRUE(WIFSIGNALED(interrupted));
   EXPECT_EQ(Names(work_).size(), 3U);
 
@@ -514,6 +558,200 @@ TEST_F(ProgramTest, OnlyLeftOversOfEndedExportsGo) {
   Write(running.File(), "half");
   EXPECT_EQ(Export("a.qob").status, 0);
   EXPECT_EQ(Content(running.File()), "half");
+}
+
+// Readers of the import library end in an endless loop, a crash and a stack overflow on these.
+constexpr const char* kEndless = "OFF\n353535235358 10 0\n0 0 0\n";
+constexpr const char* kCrash =
+    "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+    "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
+    "0 0 0\n1 0 0\n0 1 0\n4 0 1 2 2000000000\n";
+const std::string kDeep = R"({"asset":{"version":"2.0"},"nodes":)" + std::string(200000, '[');
+constexpr const char* kObject =
+    "mtllib level.mtl\nv 0 0 0\nv 10 0 0\nv 0 10 0\nusemtl Red\nf 1 2 3\n";
+
+TEST_F(ProgramTest, WhateverTheReaderDoesIsOneLine) {
+  Write(work_ / "old.qob", "old");
+  Write(work_ / "endless.off", kEndless);
+  Write(work_ / "crash.ply", kCrash);
+  Write(work_ / "deep.gltf", kDeep);
+  Write(work_ / "refused.obj", "v 0 0 0\nf 1 2 3\n");
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"endless.off", "can't be read within 1 second of processor time (--read-limit)"},
+      {"crash.ply", "the reader crashed on it (Segmentation fault)"},
+      {"deep.gltf", "the reader crashed on it (Segmentation fault)"},
+      {"refused.obj", ""},
+  };
+  for (const auto& [scene, reason] : cases) {
+    SCOPED_TRACE(scene);
+    for (const Outcome& outcome : {Run({"export", scene, "old.qob", "--read-limit", "1"}),
+                                   Run({"scene", scene, "--read-limit", "1"}, [] {
+                                     std::signal(SIGCHLD, SIG_IGN);
+                                     sigset_t all;
+                                     sigfillset(&all);
+                                     sigprocmask(SIG_SETMASK, &all, nullptr);
+                                   })}) {
+      EXPECT_EQ(outcome.status, 1);
+      EXPECT_EQ(outcome.out, "");
+      EXPECT_EQ(Lines(outcome.err), 1);
+      EXPECT_THAT(outcome.err,
+                  AllOf(StartsWith("mapexport: error: " + scene + ": "), HasSubstr(reason)));
+    }
+  }
+  EXPECT_EQ(Content(work_ / "old.qob"), "old");
+}
+
+TEST_F(ProgramTest, AReaderThatWantsAllMemoryEnds) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "AddressSanitizer needs the address space";
+#endif
+  Write(work_ / "endless.off", kEndless);
+  const Outcome outcome = Run({"scene", "endless.off"}, [] {
+    const rlimit limit{1 << 30, 1 << 30};
+    setrlimit(RLIMIT_AS, &limit);
+  });
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            "mapexport: error: endless.off: needs more memory to read than there is\n");
+}
+
+TEST_F(ProgramTest, TheReaderEndsWithTheProgram) {
+  Write(work_ / "endless.off", kEndless);
+  // The reader inherits the writing end: it closes when program and reader are both gone.
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const pid_t program = fork();
+  if (program == 0) {
+    close(ends[0]);
+    execl(MAPEXPORT_BIN_DIR "/mapexport", "mapexport", "scene", (work_ / "endless.off").c_str(),
+          "--read-limit", "20", nullptr);
+    _exit(99);
+  }
+  close(ends[1]);
+  usleep(300'000);
+  kill(program, SIGKILL);
+  pollfd end{ends[0], POLLIN, 0};
+  EXPECT_EQ(poll(&end, 1, 5000), 1);
+  close(ends[0]);
+  waitpid(program, nullptr, 0);
+}
+
+TEST_F(ProgramTest, ATerminalShowsTheStage) {
+  Write(work_ / "endless.off", kEndless);
+  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_EQ(grantpt(terminal), 0);
+  ASSERT_EQ(unlockpt(terminal), 0);
+  const auto show = [&](const char* term) {
+    const int end = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+    Run({"scene", "endless.off", "--read-limit", "2"}, [&] {
+      setenv("TERM", term, 1);
+      dup2(end, STDERR_FILENO);
+    });
+    char text[4096];
+    const ssize_t size = read(terminal, text, sizeof text);
+    close(end);
+    return std::string(text, size < 0 ? 0 : static_cast<std::size_t>(size));
+  };
+  EXPECT_THAT(show("xterm"),
+              AllOf(StartsWith("\r\x1b[Kreading: 1 s\r\x1b[K"), HasSubstr("\r\x1b[Kmapexport: ")));
+  EXPECT_THAT(show("dumb"), StartsWith("mapexport: error: "));
+  close(terminal);
+}
+
+TEST_F(ProgramTest, ForeignScenesExportAsTheirSceneFiles) {
+  Write(work_ / "level.obj", kObject);
+  Write(work_ / "level.mtl", "newmtl Red\nKd 1 0 0\n");
+  std::vector<std::string> scenes;
+  for (const std::vector<std::string>& import : std::vector<std::vector<std::string>>{
+           {}, {"--up", "z"}, {"--up", "auto", "--scale", "2.5", "--read-limit", "0"}}) {
+    SCOPED_TRACE(testing::PrintToString(import));
+    std::vector<std::string> direct{"export", "level.obj", "a.kob", "--fresh", "--seed", "1"};
+    std::vector<std::string> written{"scene", "level.obj", "-o", "level.scene.json"};
+    direct.insert(direct.end(), import.begin(), import.end());
+    written.insert(written.end(), import.begin(), import.end());
+    EXPECT_EQ(Run(direct).status, 0);
+    EXPECT_EQ(Run(written).status, 0);
+    EXPECT_EQ(Run({"export", "level.scene.json", "b.kob", "--fresh", "--seed", "1"}).status, 0);
+    EXPECT_EQ(Content(work_ / "a.kob"), Content(work_ / "b.kob"));
+    scenes.push_back(Content(work_ / "level.scene.json"));
+  }
+  EXPECT_NE(scenes[0], scenes[1]);
+  EXPECT_NE(scenes[0], scenes[2]);
+}
+
+TEST_F(ProgramTest, DepFilesNameWhatTheOutputDependsOn) {
+  fs::create_directory(work_ / "a b");
+  Write(work_ / "a b/level.obj", kObject);
+  Write(work_ / "a b/level.mtl", "newmtl Red\nKd 1 0 0\n");
+  Write(work_ / "#1$.cxp", "");
+  EXPECT_EQ(Run({"export", "a b/level.obj", "level", "--depfile", "level.d", "--settings", "s.reg",
+                 "--cxp", "#1$.cxp"})
+                .status,
+            0);
+  EXPECT_EQ(Content(work_ / "level.d"), "level.map: a\\ b/level.obj \\\n  a\\ b/level.mtl \\\n  " +
+                                            fs::canonical(work_).string() +
+                                            "/\\#1$$.cxp \\\n  s.reg\n");
+  // What can't be read does not count, nor what is not looked at.
+  EXPECT_EQ(Run({"export", scene_, "x:y \\ z.qob", "--depfile", "x.d", "--fresh", "--settings",
+                 "s.reg", "--cxp", "none.cxp", "--quiet"})
+                .status,
+            0);
+  EXPECT_EQ(Content(work_ / "x.d"), "x\\:y\\ \\\\\\ z.qob: " + scene_ + "\n");
+
+  Write(work_ / "old.d", "old");
+  for (const std::string output : {"a;b.qob", "100%.qob", "a=b.qob", "a\nb.qob"}) {
+    const Outcome outcome = Export(output, {"--depfile", "old.d"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("cannot stand in a --depfile"));
+    EXPECT_FALSE(fs::exists(work_ / output));
+  }
+  for (const std::string file : {"missing/x.d", "a.qob", scene_.c_str(), "."}) {
+    SCOPED_TRACE(file);
+    for (const std::string option : {"--depfile", "--report"}) {
+      EXPECT_EQ(Export("a.qob", {option, file}).status, 1);
+    }
+  }
+  EXPECT_EQ(Export("a.qob", {"--report", "same", "--depfile", "./same"}).status, 1);
+  EXPECT_FALSE(fs::exists(work_ / "a.qob"));
+  EXPECT_EQ(Content(work_ / "old.d"), "old");
+  EXPECT_EQ(Content(scene_), kScene);
+}
+
+TEST_F(ProgramTest, ReportsTellPrograms) {
+  simdjson::dom::parser parser;
+  const auto number = [](simdjson::dom::element report, std::string_view path) {
+    return report.at_pointer(path).get_uint64().value();
+  };
+  EXPECT_EQ(Export("a.kob",
+                   {"--fresh", "--quiet", "--no-weld", "--cxp", "none.cxp", "--report", "r.json"})
+                .status,
+            0);
+  simdjson::dom::element report = parser.load((work_ / "r.json").string());
+  EXPECT_EQ(number(report, "/status"), 0U);
+  EXPECT_EQ(number(report, "/bytes"), fs::file_size(work_ / "a.kob"));
+  EXPECT_EQ(number(report, "/before/triangles"), 4U);
+  EXPECT_EQ(number(report, "/before/vertices"), 7U);
+  EXPECT_EQ(number(report, "/after/batchFaces"), 2U);
+  EXPECT_EQ(number(report, "/after/faces"), 3U);
+  EXPECT_EQ(number(report, "/leftOut/degenerate-triangles"), 1U);
+  EXPECT_EQ(report.at_pointer("/warnings/0/code").get_string().value(), "cxp-unreadable");
+  for (const char* stage : {"reading", "exporting", "checking"}) {
+    EXPECT_EQ(report["milliseconds"][stage].error(), simdjson::SUCCESS);
+  }
+  const std::string sum(report["sha256"].get_string().value());
+  Write(work_ / "sums", sum + "  a.kob\n");
+  EXPECT_EQ(std::system(("cd '" + work_.string() + "' && sha256sum -c --quiet sums").c_str()), 0);
+
+  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+           {"export", "missing.fbx", "a.kob"}, {"export", scene_, "missing/a.kob"}}) {
+    std::vector<std::string> line = arguments;
+    line.insert(line.end(), {"--report", "r.json"});
+    EXPECT_EQ(Run(line).status, 1);
+    report = parser.load((work_ / "r.json").string());
+    EXPECT_EQ(number(report, "/status"), 1U);
+    EXPECT_THAT(std::string(report["error"].get_string().value()), HasSubstr("missing"));
+    EXPECT_NE(report["sha256"].error(), simdjson::SUCCESS);
+  }
 }
 
 }  // namespace

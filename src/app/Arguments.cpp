@@ -35,7 +35,7 @@ std::string NumberText(const CommandLine& line, const OptionInfo& option,
                                  option.name, value.size(), kMaxBoxText),
                      line.command);
   }
-  if (!IsFloatText(value)) {
+  if (!ParseFloat(value)) {
     throw UsageError(fmt::format("--{}: \"{}\" is no decimal number in the range of a 32-bit float",
                                  option.name, value),
                      line.command);
@@ -89,9 +89,49 @@ DialogAction ActionOf(const CommandLine& line, const OptionInfo& option, const s
   throw std::logic_error("a flag operates no control");
 }
 
+std::optional<std::uint32_t> WholeNumber(const CommandLine& line, std::string_view option) {
+  const std::optional<std::string> value = line.Value(option);
+  if (!value) return std::nullopt;
+  const std::optional<std::uint32_t> number = ParseWhole(*value);
+  if (!number) {
+    throw UsageError(
+        fmt::format("--{}: \"{}\" is no whole number from 0 to 4294967295", option, *value),
+        line.command);
+  }
+  return number;
+}
+
+UpAxis UpAxisOf(const CommandLine& line, const std::string& value) {
+  if (value == "auto") return UpAxis::kAuto;
+  if (value == "y") return UpAxis::kY;
+  if (value == "z") return UpAxis::kZ;
+  throw UsageError(fmt::format("--up: \"{}\" is none of auto, y, z", value), line.command);
+}
+
+std::optional<float> ScaleOf(const CommandLine& line, const std::string& value) {
+  if (value == "auto") return std::nullopt;
+  const std::optional<float> scale = ParseFloat(value);
+  if (!scale || *scale <= 0) {
+    throw UsageError(fmt::format("--scale: \"{}\" is neither auto nor a decimal number above 0 in "
+                                 "the range of a 32-bit float",
+                                 value),
+                     line.command);
+  }
+  return scale;
+}
+
+SceneSource SceneOf(const CommandLine& line) {
+  SceneSource scene;
+  scene.path = Positional(line, 0);
+  if (const auto up = line.Value("up")) scene.import.up = UpAxisOf(line, *up);
+  if (const auto scale = line.Value("scale")) scene.import.scale = ScaleOf(line, *scale);
+  scene.seconds = WholeNumber(line, "read-limit").value_or(kReadSeconds);
+  return scene;
+}
+
 ExportArguments ExportOf(const CommandLine& line) {
   ExportArguments arguments;
-  arguments.scene = Positional(line, 0);
+  arguments.scene = SceneOf(line);
   arguments.output = Positional(line, 1);
   for (const OptionInfo& option : line.command->options) {
     const std::optional<std::string> value = line.Value(option.name);
@@ -101,13 +141,9 @@ ExportArguments ExportOf(const CommandLine& line) {
   }
   arguments.settings = PathValue(line, "settings");
   arguments.fresh = line.Has("fresh");
-  if (const auto seed = line.Value("seed")) {
-    arguments.seed = ParseSeed(*seed);
-    if (!arguments.seed) {
-      throw UsageError(fmt::format("--seed: \"{}\" is no whole number from 0 to 4294967295", *seed),
-                       line.command);
-    }
-  }
+  arguments.seed = WholeNumber(line, "seed");
+  arguments.depFile = PathValue(line, "depfile");
+  arguments.report = PathValue(line, "report");
   arguments.quiet = line.Has("quiet");
   return arguments;
 }
@@ -136,7 +172,7 @@ Arguments ParseArguments(const std::vector<std::string>& arguments) {
     case Command::kExport:
       return ExportOf(line);
     case Command::kScene:
-      return SceneArguments{Positional(line, 0), PathValue(line, "output")};
+      return SceneArguments{SceneOf(line), PathValue(line, "output")};
     case Command::kInspect:
       return InspectOf(line);
   }

@@ -7,7 +7,8 @@
 #include <variant>
 #include <vector>
 
-#include "console/ConsoleSystem.h"
+#include "app/SceneSource.h"
+#include "console/DialogAction.h"
 #include "modelreader/ModelFile.h"
 
 namespace mapexport {
@@ -18,18 +19,20 @@ struct ShowText {
 };
 
 struct ExportArguments {
-  std::string scene;
+  SceneSource scene;
   std::string output;
   std::vector<DialogAction> actions;  ///< in the order of the dialog's control table
   bool unweld = false;                ///< welding is to be off
   std::optional<std::string> settings;
   bool fresh = false;
   std::optional<std::uint32_t> seed;
+  std::optional<std::string> depFile;
+  std::optional<std::string> report;
   bool quiet = false;
 };
 
 struct SceneArguments {
-  std::string scene;
+  SceneSource scene;
   std::optional<std::string> output;
 };
 

@@ -1,16 +1,19 @@
 #include "app/ExportCommand.h"
 
-#include <algorithm>
-#include <cerrno>
+#include <exception>
 #include <filesystem>
+#include <memory>
 #include <ostream>
+#include <utility>
+#include <vector>
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
+#include "app/CheckExport.h"
+#include "app/DepFile.h"
+#include "app/ExportSystem.h"
+#include "app/ExportTargets.h"
 #include "app/ExporterTalk.h"
-#include "app/FdOutput.h"
 #include "app/LoadScene.h"
 #include "app/Messages.h"
 #include "app/ModelRemarks.h"
@@ -18,38 +21,48 @@
 #include "app/OutputPlace.h"
 #include "app/PluginLibrary.h"
 #include "app/RunError.h"
-#include "console/ConsoleSystem.h"
-#include "modelreader/ReadModelFile.h"
+#include "app/RunReport.h"
+#include "app/Sha256.h"
+#include "app/Stages.h"
 #include "scene/HostScene.h"
-#include "settings/Descriptor.h"
 #include "settings/SettingsStore.h"
 
 namespace mapexport {
 namespace {
 
-/// The path that the exporter writes when it is given `path`: without a text after the last "." of
-/// the whole path it appends ".map".
-std::string ModelPath(const std::string& path) {
-  const std::size_t dot = path.rfind('.');
-  const bool hasExtension = dot != std::string::npos && dot + 1 != path.size();
-  return hasExtension ? path : path + ".map";
-}
+namespace fs = std::filesystem;
 
-SettingsStore OpenSettings(const ExportArguments& arguments, const Messages& messages) {
-  if (arguments.fresh) return SettingsStore::InMemory();
-  const std::string path = arguments.settings.value_or(SettingsStore::DefaultPath());
+// A scene that is not this many weld distances long is likely in other units than it was meant.
+constexpr float kFewWeldDistances = 20;
+
+/// One run of the command.
+struct Run {
+  explicit Run(const ExportArguments& given)
+      : arguments(given), messages(given.quiet), stages(given.quiet) {}
+
+  const ExportArguments& arguments;
+  Messages messages;
+  Stages stages;
+  RunReport report;
+};
+
+SettingsStore OpenSettings(Run& run) {
+  if (run.arguments.fresh) return SettingsStore::InMemory();
+  const std::string path = run.arguments.settings.value_or(SettingsStore::DefaultPath());
   if (path.empty()) {
-    messages.Warning(
+    run.messages.Warning(
+        "settings-not-remembered",
         "neither XDG_CONFIG_HOME nor HOME names a folder: the settings are not remembered");
     return SettingsStore::InMemory();
   }
   SettingsStore settings = SettingsStore::Open(path);
-  if (!settings.Warning().empty()) messages.Warning(settings.Warning());
+  if (!settings.Warning().empty()) {
+    run.messages.Warning("settings-unreadable", settings.Warning());
+  }
   return settings;
 }
 
-ConsoleSystem::Options SystemOptions(const ExportArguments& arguments, ExporterTalk& talk,
-                                     const Messages& messages) {
+ConsoleSystem::Options SystemOptions(const ExportArguments& arguments, ExporterTalk& talk) {
   ConsoleSystem::Options options;
   options.actions = arguments.actions;
   options.tickCount = arguments.seed;
@@ -57,12 +70,6 @@ ConsoleSystem::Options SystemOptions(const ExportArguments& arguments, ExporterT
     talk.HearMessageBox(title, text);
   };
   options.onDebugOutput = [&talk](const std::string& text) { talk.HearDebugOutput(text); };
-  options.onCheckBoxAtEnd = [&arguments, &messages](int id, bool checked) {
-    if (id == kWeldControl && checked && arguments.unweld) {
-      messages.Warning(
-          "--no-weld has no effect: welding stays on while \"Remove T-Vertices\" is set");
-    }
-  };
   return options;
 }
 
@@ -79,70 +86,148 @@ void CallExporter(const Scene& scene, const std::string& path, System& system) {
   library.CreateExporter()->DoExport(path.c_str(), &enumeration, &host, false);
 }
 
-/// Why nothing more can be written to the end of the file at `path`, empty when something can.
-std::string WriteTrouble(const std::string& path) {
-  const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
-  if (!file.IsOpen()) return ErrnoText(errno);
-  FdOutput output(file.Get());
-  std::ostream(&output) << std::string(65536, '\0');
-  if (const int error = output.Finish(); error != 0) return ErrnoText(error);
-  return fsync(file.Get()) == 0 ? "" : ErrnoText(errno);
-}
-
-/// Why the exporter, which does not look at errors of writing, left no sound file at `path`.
-[[noreturn]] void ThrowNotExported(const std::string& output, const std::string& path,
-                                   const std::string& reason) {
-  const std::string trouble = WriteTrouble(path);
-  if (!trouble.empty()) throw RunError(fmt::format("{}: cannot be written: {}", output, trouble));
-  throw RunError(fmt::format("{}: not exported: {}", output, reason));
-}
-
-/// Checks what the exporter wrote to `path` and tells of what is remarkable in it.
-ExitStatus CheckModel(const std::string& output, const std::string& path,
-                      const Messages& messages) {
-  const ModelReadResult read = ReadModelFile(path, LayoutOfPath(output));
-  const auto error =
-      std::ranges::find(read.problems, ModelSeverity::kError, &ModelProblem::severity);
-  if (error != read.problems.end()) ThrowNotExported(output, path, ToLine(*error));
-  return WarnOfModel(read, output, messages);
-}
-
-}  // namespace
-
-ExitStatus RunExportCommand(const ExportArguments& arguments) {
-  const Messages messages(arguments.quiet);
-  // Where ".map" is appended, a folder or device of the given name is a mistake all the same.
-  RequireRegularFileOrNothing(arguments.output);
-  const std::string output = ModelPath(arguments.output);
-  const OutputTarget target = FindOutput(output);
-  std::error_code missing;
-  if (std::filesystem::equivalent(arguments.scene, target.path, missing)) {
-    throw RunError(fmt::format("{}: cannot be written: it is the scene itself", output));
+void WarnOfWelding(Run& run, const ExportSystem::Values& values) {
+  if (!values.weld) return;
+  if (run.arguments.unweld) {
+    run.messages.Warning("weld-stays-on",
+                         "--no-weld has no effect: \"Remove T-Vertices\", which keeps welding on, "
+                         "was set when its turn came");
   }
-  const Scene scene = LoadScene(arguments.scene, messages);
-  SettingsStore settings = OpenSettings(arguments, messages);
+  const SceneCensus& scene = *run.report.before;
+  if (scene.vertices > 0 && scene.extent < kFewWeldDistances * values.weldDistance) {
+    run.messages.Warning(
+        "small-for-welding",
+        fmt::format("{}: its largest extent, {}, is under {} times the weld distance, {}: welding "
+                    "may merge what is meant to be apart",
+                    run.arguments.scene.path, scene.extent, kFewWeldDistances,
+                    values.weldDistance));
+  }
+}
+
+/// The files that the output depends on. The user's own settings are none: every export of anything
+/// would make all outputs old.
+std::vector<std::string> Dependencies(const ExportArguments& arguments,
+                                      std::vector<std::string> sideFiles, const std::string& cxp) {
+  std::vector<std::string> files{arguments.scene.path};
+  for (std::string& file : sideFiles) files.push_back(std::move(file));
+  if (!cxp.empty()) files.push_back(cxp);
+  std::error_code error;
+  if (arguments.settings && !arguments.fresh && fs::is_regular_file(*arguments.settings, error)) {
+    files.push_back(*arguments.settings);
+  }
+  return files;
+}
+
+/// A file of that content, to be put in place later.
+std::unique_ptr<OutputPlace> Prepare(const OutputTarget& target,
+                                     const std::function<void(std::ostream&)>& write) {
+  auto place = std::make_unique<OutputPlace>(target, NamePart(target.path));
+  place->Fill(write);
+  return place;
+}
+
+std::unique_ptr<OutputPlace> PrepareReport(const OutputTarget& target, const Run& run) {
+  return Prepare(target, [&run](std::ostream& out) {
+    WriteReport(run.report, run.messages.Told(), run.stages.Times(), out);
+  });
+}
+
+/// Puts the checked output and the files that go with it in their places. All of them are whole
+/// before the first one is placed.
+void PutInPlace(Run& run, OutputPlace& model, const std::optional<OutputTarget>& depFile,
+                const std::optional<OutputTarget>& report) {
+  std::unique_ptr<OutputPlace> depFilePlace;
+  if (depFile) {
+    depFilePlace = Prepare(*depFile, [&run](std::ostream& out) {
+      out << DepFileText(run.report.output, run.report.dependencies);
+    });
+  }
+  std::unique_ptr<OutputPlace> reportPlace;
+  if (report) {
+    run.report.sha256 = Sha256OfFile(model.File());
+    run.report.bytes = fs::file_size(model.File());
+    reportPlace = PrepareReport(*report, run);
+  }
+  for (OutputPlace* const place : {&model, depFilePlace.get(), reportPlace.get()}) {
+    if (place == nullptr) continue;
+    const std::string warning = place->Commit();
+    if (!warning.empty()) run.messages.Warning("folder-not-synced", warning);
+  }
+}
+
+void Export(Run& run, const std::optional<OutputTarget>& report) {
+  const ExportArguments& arguments = run.arguments;
+  const std::string& output = run.report.output;
+  const OutputTarget target = FindModelTarget(arguments);
+  const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments);
+  LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);
+  run.report.leftOut = std::move(loaded.leftOut);
+  run.report.before = CountScene(loaded.scene);
+  SettingsStore settings = OpenSettings(run);
 
   // The exporter is given the person's own file name in the temporary folder and appends ".map"
   // itself where it would have. Only behind a link whose folder has a dot in its path does it judge
   // differently; the folder's own name has none, so another such name tells beforehand.
   const std::string givenName = NamePart(arguments.output);
   OutputPlace place(target, NamePart(ModelPath(FolderPart(target.path) + "folder/" + givenName)));
-  ExporterTalk talk(messages);
-  ConsoleSystem system(SystemOptions(arguments, talk, messages), settings);
-  CallExporter(scene, place.Folder() + givenName, system);
+  ExporterTalk talk(run.messages);
+  ExportSystem system(SystemOptions(arguments, talk), settings);
+  run.stages.Begin("exporting");
+  CallExporter(loaded.scene, place.Folder() + givenName, system);
+  loaded.scene = {};  // the check needs memory of its own
   talk.PrintCounts();
   if (!talk.Exception().empty()) {
     throw RunError(fmt::format("{}: not exported: {}", output, talk.Exception()));
   }
-  if (const std::string error = settings.Save(); !error.empty()) messages.Warning(error);
-
+  const ExportSystem::Values values = system.DialogValues().value_or(ExportSystem::Values());
+  WarnOfWelding(run, values);
+  if (const std::string error = settings.Save(); !error.empty()) {
+    run.messages.Warning("settings-not-saved", error);
+  }
   if (!talk.Succeeded()) {
     ThrowNotExported(output, place.File(), "the exporter could not open its file");
   }
-  const ExitStatus status = CheckModel(output, place.File(), messages);
-  if (const std::string warning = place.Commit(); !warning.empty()) messages.Warning(warning);
+
+  run.stages.Begin("checking");
+  const ModelReadResult read = ReadExported(output, place.File());
+  run.report.status = WarnOfModel(read, output, &*run.report.before, run.messages);
+  run.report.layout = read.model.layout;
+  run.report.after = CountModel(read.model);
+  run.report.dependencies = Dependencies(arguments, std::move(loaded.sideFiles),
+                                         talk.CxpFailed() ? std::string() : values.cxp);
+  run.stages.End();
+  PutInPlace(run, place, depFile, report);
   talk.PrintSuccess();
-  return status;
+}
+
+void ReportFailure(Run& run, const OutputTarget& target, const std::string& reason) {
+  run.stages.End();
+  run.report.status = ExitStatus::kFailed;
+  run.report.error = reason;
+  run.report.sha256.clear();
+  try {
+    const std::string warning = PrepareReport(target, run)->Commit();
+    if (!warning.empty()) run.messages.Warning("folder-not-synced", warning);
+  } catch (const std::exception& error) {
+    // What the export ended with is the error to tell.
+    run.messages.Warning("report-not-written", ReasonOf(error));
+  }
+}
+
+}  // namespace
+
+ExitStatus RunExportCommand(const ExportArguments& arguments) {
+  Run run(arguments);
+  run.report.scene = arguments.scene.path;
+  run.report.output = ModelPath(arguments.output);
+  const std::optional<OutputTarget> report = FindReportTarget(arguments);
+  try {
+    Export(run, report);
+  } catch (const std::exception& error) {
+    if (report) ReportFailure(run, *report, ReasonOf(error));
+    throw;
+  }
+  return run.report.status;
 }
 
 }  // namespace mapexport

@@ -32,11 +32,15 @@ void ExporterTalk::HearDebugOutput(const std::string& text) {
   } else if (line.starts_with(kNoLog) && line.ends_with(']')) {
     line.remove_prefix(kNoLog.size());
     line.remove_suffix(1);
-    messages_.Warning(fmt::format("{}: cannot be written; this export has no log", line));
+    hasLog_ = false;
+    messages_.Warning("no-export-log",
+                      fmt::format("{}: cannot be written; this export has no log", line));
   } else if (line.starts_with(kNoCxp)) {
     line.remove_prefix(kNoCxp.size());
     if (line.empty()) return;  // no database is named
+    cxpFailed_ = true;
     messages_.Warning(
+        "cxp-unreadable",
         fmt::format("{}: the CXP database cannot be read; no texture is transparent", line));
   } else if (line.starts_with(kException)) {
     line.remove_prefix(kException.size());
@@ -44,10 +48,13 @@ void ExporterTalk::HearDebugOutput(const std::string& text) {
   }
 }
 
-void ExporterTalk::PrintCounts() const {
+void ExporterTalk::PrintCounts() {
   if (invalidFaces_ == 0) return;
-  messages_.Note(fmt::format("{} degenerate triangle{} left out (see ExportDebug.txt)",
-                             invalidFaces_, invalidFaces_ == 1 ? " was" : "s were"));
+  messages_.Note(
+      "left-out-degenerate-triangles",
+      fmt::format("{} degenerate triangle{} left out{}", invalidFaces_,
+                  invalidFaces_ == 1 ? " was" : "s were", hasLog_ ? " (see ExportDebug.txt)" : ""),
+      invalidFaces_);
 }
 
 void ExporterTalk::PrintSuccess() const {

@@ -14,24 +14,28 @@ namespace mapexport {
 class ExporterTalk {
  public:
   /// `messages` must outlive this.
-  explicit ExporterTalk(const Messages& messages) : messages_(messages) {}
+  explicit ExporterTalk(Messages& messages) : messages_(messages) {}
 
   void HearMessageBox(const std::string& title, const std::string& text);
   void HearDebugOutput(const std::string& text);
 
   /// Whether the exporter has told of success.
   bool Succeeded() const { return succeeded_; }
+  /// Whether no CXP database could be loaded that was named.
+  bool CxpFailed() const { return cxpFailed_; }
   /// What the exception was that ended the export, empty when none did.
   const std::string& Exception() const { return exception_; }
 
   /// Sums up what was heard again and again.
-  void PrintCounts() const;
+  void PrintCounts();
   /// Prints the held message box.
   void PrintSuccess() const;
 
  private:
-  const Messages& messages_;
+  Messages& messages_;
   bool succeeded_ = false;
+  bool hasLog_ = true;  ///< ExportDebug.txt could be opened
+  bool cxpFailed_ = false;
   std::string successText_;
   std::string exception_;
   std::size_t invalidFaces_ = 0;

@@ -14,7 +14,7 @@
 namespace mapexport {
 
 ExitStatus RunInspectCommand(const InspectArguments& arguments) {
-  const Messages messages(false);
+  Messages messages(false);
   const ModelReadResult read =
       ReadModelFile(arguments.file, arguments.layout.value_or(LayoutOfPath(arguments.file)));
   if (!read.Sound()) {
@@ -25,7 +25,7 @@ ExitStatus RunInspectCommand(const InspectArguments& arguments) {
     return ExitStatus::kFailed;
   }
 
-  const ExitStatus status = WarnOfModel(read, arguments.file, messages);
+  const ExitStatus status = WarnOfModel(read, arguments.file, nullptr, messages);
   const bool arrived = PrintResult([&](std::ostream& out) {
     if (arguments.json) {
       WriteModelJson(read.model, arguments.summary, out);

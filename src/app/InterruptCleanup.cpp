@@ -1,6 +1,8 @@
 #include "app/InterruptCleanup.h"
 
+#include <algorithm>
 #include <array>
+#include <stdexcept>
 #include <utility>
 
 #include <unistd.h>
@@ -10,13 +12,24 @@ namespace {
 
 constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
 
+struct Guarded {
+  const char* folder = nullptr;  ///< null: the place is free
+  const char* file = nullptr;
+};
+
 // What the handler removes; written only while the signals wait.
-const char* guardedFolder = nullptr;
-const char* guardedFile = nullptr;
+std::array<Guarded, InterruptCleanup::kMostAtOnce> guarded;
+
+bool NothingIsGuarded() {
+  return std::ranges::all_of(guarded, [](const Guarded& each) { return each.folder == nullptr; });
+}
 
 void RemoveAndEnd(int signal) {
-  unlink(guardedFile);
-  rmdir(guardedFolder);
+  for (const Guarded& each : guarded) {
+    if (each.folder == nullptr) continue;
+    unlink(each.file);
+    rmdir(each.folder);
+  }
   ::signal(signal, SIG_DFL);
   raise(signal);
 }
@@ -26,8 +39,12 @@ void RemoveAndEnd(int signal) {
 InterruptCleanup::InterruptCleanup(std::string folder, std::string file)
     : folder_(std::move(folder)), file_(std::move(file)) {
   const HoldInterrupts hold;
-  guardedFolder = folder_.c_str();
-  guardedFile = file_.c_str();
+  const bool isFirst = NothingIsGuarded();
+  const auto slot = std::ranges::find(guarded, nullptr, &Guarded::folder);
+  if (slot == guarded.end()) throw std::logic_error("too many temporary files at once");
+  slot_ = static_cast<std::size_t>(slot - guarded.begin());
+  *slot = {folder_.c_str(), file_.c_str()};
+  if (!isFirst) return;
   for (const int signal : kSignals) {
     // Who started the program to ignore a signal (nohup) means it.
     if (::signal(signal, RemoveAndEnd) == SIG_IGN) ::signal(signal, SIG_IGN);
@@ -36,6 +53,8 @@ InterruptCleanup::InterruptCleanup(std::string folder, std::string file)
 
 InterruptCleanup::~InterruptCleanup() {
   const HoldInterrupts hold;
+  guarded[slot_] = {};
+  if (!NothingIsGuarded()) return;
   for (const int signal : kSignals) {
     if (::signal(signal, SIG_DFL) == SIG_IGN) ::signal(signal, SIG_IGN);
   }

@@ -1,6 +1,7 @@
 // Leaves nothing temporary behind when a signal ends the program.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include <signal.h>
@@ -8,9 +9,11 @@
 namespace mapexport {
 
 /// While one lives, SIGINT, SIGTERM and SIGHUP remove a file and then its folder before they end
-/// the program as ever. One at a time.
+/// the program as ever. At most kMostAtOnce at a time.
 class InterruptCleanup {
  public:
+  static constexpr int kMostAtOnce = 3;
+
   InterruptCleanup(std::string folder, std::string file);
   ~InterruptCleanup();
   InterruptCleanup(const InterruptCleanup&) = delete;
@@ -19,6 +22,7 @@ class InterruptCleanup {
  private:
   std::string folder_;
   std::string file_;
+  std::size_t slot_;
 };
 
 /// Keeps those signals waiting while it lives.

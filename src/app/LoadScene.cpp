@@ -2,16 +2,37 @@
 
 #include <utility>
 
-#include "importer/ImportScene.h"
+#include <fmt/format.h>
+
+#include "app/ReadForeignScene.h"
+#include "scene/NearKeywords.h"
 #include "scene/SceneFile.h"
 
 namespace mapexport {
 
-Scene LoadScene(const std::string& path, const Messages& messages) {
-  if (IsSceneFile(path)) return ReadSceneFile(path);
-  ImportedScene imported = ImportScene(path);
-  for (const std::string& warning : imported.warnings) messages.Warning(warning);
-  return std::move(imported.scene);
+LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& stages) {
+  const auto begin = [&stages] { stages.Begin("reading"); };
+  if (IsSceneFile(source.path)) {
+    begin();
+    if (source.import.up != UpAxis::kAuto || source.import.scale) {
+      messages.Warning("option-without-effect",
+                       fmt::format("{}: --up and --scale have no effect: a scene file holds the "
+                                   "scene as the exporter sees it",
+                                   source.path));
+    }
+    LoadedScene loaded{ReadSceneFile(source.path), {}, {}};
+    for (const NearKeyword& near : FindNearKeywords(loaded.scene)) {
+      messages.Warning("near-keyword", fmt::format("{}: {}", source.path, Describe(near)),
+                       near.count);
+    }
+    return loaded;
+  }
+  ImportedScene imported = ReadForeignScene(source.path, source.import, source.seconds, begin);
+  for (ImportRemark& remark : imported.remarks) {
+    remark.text = fmt::format("{}: {}", source.path, remark.text);
+    messages.Tell(std::move(remark));
+  }
+  return {std::move(imported.scene), std::move(imported.leftOut), std::move(imported.sideFiles)};
 }
 
 }  // namespace mapexport

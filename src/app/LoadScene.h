@@ -2,14 +2,24 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "app/Messages.h"
+#include "app/SceneSource.h"
+#include "app/Stages.h"
+#include "importer/ImportRemark.h"
 #include "scene/Scene.h"
 
 namespace mapexport {
 
-/// The scene file or foreign scene at `path`; what the importer warns of is printed. Throws
-/// SceneError.
-Scene LoadScene(const std::string& path, const Messages& messages);
+struct LoadedScene {
+  Scene scene;
+  ImportRemarks leftOut;               ///< what of a foreign scene is left out, by kind
+  std::vector<std::string> sideFiles;  ///< read beside it, as paths that can be opened
+};
+
+/// The scene file or foreign scene of `source`; what is remarkable is told. Begins a stage of
+/// reading before anything else may have begun one. Throws SceneError.
+LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& stages);
 
 }  // namespace mapexport

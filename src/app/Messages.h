@@ -1,31 +1,42 @@
 // What the program tells the person on standard error.
 #pragma once
 
+#include <span>
 #include <string_view>
+#include <vector>
+
+#include "importer/ImportRemark.h"
 
 namespace mapexport {
 
+/// A note or warning of any part of the program; its code is one of those in docs/report.md.
+using Remark = ImportRemark;
+
 /// Writes lines to standard error, each with one newline at its end; control characters in them are
-/// shown as escapes. Coloured only on a terminal, and never with NO_COLOR set or TERM=dumb. A
-/// standard error that can't be written is not told anywhere.
+/// shown as escapes. Coloured only on a terminal, and never with NO_COLOR set or TERM=dumb.
 class Messages {
  public:
   /// With `quiet` only errors and warnings are printed.
   explicit Messages(bool quiet);
 
   void Error(std::string_view text) const;
-  void Warning(std::string_view text) const;
-  void Note(std::string_view text) const;
+  void Warning(std::string_view code, std::string_view text, std::uint64_t count = 1);
+  void Note(std::string_view code, std::string_view text, std::uint64_t count = 1);
+  void Tell(Remark remark);
   /// The usage line that follows an error.
   void Usage(std::string_view line) const;
   /// A message box: "TITLE: TEXT", the text with its own line breaks.
   void Box(std::string_view title, std::string_view text) const;
+
+  /// All notes and warnings so far, the ones that were not printed too.
+  std::span<const Remark> Told() const { return told_; }
 
  private:
   void Print(std::string_view kind, std::string_view colour, std::string_view text) const;
 
   bool quiet_;
   bool coloured_;
+  std::vector<Remark> told_;
 };
 
 }  // namespace mapexport

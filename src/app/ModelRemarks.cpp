@@ -8,17 +8,34 @@
 #include "modelreader/OverlongLists.h"
 
 namespace mapexport {
+namespace {
+
+/// Which nodes of the scene fill `list` most, as the end of a line. Points come from the nodes'
+/// vertices; faces and their corners from the triangles.
+std::string Culprits(const OverlongList& list, const SceneCensus& census) {
+  const bool ofPoints =
+      list.place.ends_with(".vertices") || list.place.ends_with(".collisionPoints");
+  return fmt::format(
+      "; the scene has most {} in {}", ofPoints ? "vertices" : "triangles",
+      LargestNodes(census, ofPoints ? &NodeCensus::vertices : &NodeCensus::triangles));
+}
+
+}  // namespace
 
 ExitStatus WarnOfModel(const ModelReadResult& read, const std::string& name,
-                       const Messages& messages) {
+                       const SceneCensus* census, Messages& messages) {
   const std::vector<OverlongList> overlong = OverlongLists(read.model);
   for (const ModelProblem& problem : read.problems) {
+    const bool isCut = problem.code == ModelProblemCode::kIndicesCut;
     // A list whose indices are cut is told of once, as an overlong one.
-    const bool told = problem.code == ModelProblemCode::kIndicesCut && !overlong.empty();
-    if (!told) messages.Warning(fmt::format("{}: {}", name, ToLine(problem)));
+    if (isCut && !overlong.empty()) continue;
+    messages.Warning(isCut ? "indices-cut" : "not-finite",
+                     fmt::format("{}: {}", name, ToLine(problem)));
   }
   for (const OverlongList& list : overlong) {
-    messages.Warning(fmt::format("{}: {}", name, ToLine(list)));
+    messages.Warning("list-too-long",
+                     fmt::format("{}: {}{}", name, ToLine(list),
+                                 census == nullptr ? "" : Culprits(list, *census)));
   }
   return overlong.empty() ? ExitStatus::kDone : ExitStatus::kOverlongLists;
 }

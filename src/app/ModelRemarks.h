@@ -5,14 +5,16 @@
 
 #include "app/ExitStatus.h"
 #include "app/Messages.h"
+#include "app/SceneCensus.h"
 #include "modelreader/ReadModelFile.h"
 
 namespace mapexport {
 
 /// Warns of what the reader found remarkable and of the lists that 16-bit indices can't address, in
-/// lines that begin with `name`. The status is kOverlongLists when there are such lists, else
-/// kDone.
+/// lines that begin with `name`. With the census of the scene that the model is made of (else
+/// null), these lines name the nodes that fill the list most. The status is kOverlongLists when
+/// there are such lists, else kDone.
 ExitStatus WarnOfModel(const ModelReadResult& read, const std::string& name,
-                       const Messages& messages);
+                       const SceneCensus* census, Messages& messages);
 
 }  // namespace mapexport

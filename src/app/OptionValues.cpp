@@ -1,7 +1,6 @@
 #include "app/OptionValues.h"
 
 #include <algorithm>
-#include <cassert>
 #include <charconv>
 
 namespace mapexport {
@@ -16,26 +15,30 @@ bool IsDigit(char c) {
 
 }  // namespace
 
-bool IsFloatText(std::string_view text) {
-  assert(text.size() <= kMaxBoxText);
+std::optional<float> ParseFloat(std::string_view text) {
+  if (text.size() > kMaxBoxText) return std::nullopt;
   std::string_view number = text;
   if (!number.empty() && (number.front() == '+' || number.front() == '-')) number.remove_prefix(1);
   // A second sign, "inf" and "nan" end here; from_chars would take them.
-  if (number.empty() || !(IsDigit(number.front()) || number.front() == '.')) return false;
+  if (number.empty() || !(IsDigit(number.front()) || number.front() == '.')) {
+    return std::nullopt;
+  }
 
   double value = 0;
   const char* const end = number.data() + number.size();
   const auto [stop, error] = std::from_chars(number.data(), end, value);
-  if (stop != end || error == std::errc::invalid_argument) return false;
+  if (stop != end || error == std::errc::invalid_argument) return std::nullopt;
   // Beyond a double in a text this short, the sign of the exponent tells a huge number from a tiny
   // one.
   if (error == std::errc::result_out_of_range) {
-    return number.find("e-") != number.npos || number.find("E-") != number.npos;
+    if (number.find("e-") == number.npos && number.find("E-") == number.npos) return std::nullopt;
+    value = 0;
   }
-  return value < kFloatOverflow;
+  if (value >= kFloatOverflow) return std::nullopt;
+  return static_cast<float>(text.front() == '-' ? -value : value);
 }
 
-std::optional<std::uint32_t> ParseSeed(std::string_view text) {
+std::optional<std::uint32_t> ParseWhole(std::string_view text) {
   std::uint32_t seed = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, seed);

@@ -14,13 +14,13 @@ inline constexpr std::size_t kMaxBoxText = 255;
 /// Longest path that the file-open box can return, in bytes.
 inline constexpr std::size_t kMaxPickedPath = 254;
 
-/// Whether `text` is wholly a decimal number ("-0.25", "+.5", "5.", "1e-3") that is finite as a
-/// 32-bit float; one too small for it is zero. The locale plays no part. The text is at most
-/// kMaxBoxText long.
-bool IsFloatText(std::string_view text);
+/// The 32-bit float of a text that is wholly a decimal number ("-0.25", "+.5", "5.", "1e-3"), at
+/// most kMaxBoxText long; nothing when it is no such text or not finite as a float. One too small
+/// for a float is zero. The locale plays no part.
+std::optional<float> ParseFloat(std::string_view text);
 
 /// A whole number from 0 to 4294967295 in decimal digits.
-std::optional<std::uint32_t> ParseSeed(std::string_view text);
+std::optional<std::uint32_t> ParseWhole(std::string_view text);
 
 /// A row of a list box by its name or by its number, a single digit.
 std::optional<int> ParseRow(std::span<const char* const> rows, std::string_view text);

@@ -15,6 +15,17 @@ constexpr std::array kProgramOptions{
     OptionInfo{"version", kFlag, nullptr, "print the version and end"},
 };
 
+// Of `export` and `scene`.
+constexpr OptionInfo kUp{"up", kText, "AXIS",
+                         "the axis that points up in a foreign scene: auto (what the format or the "
+                         "file says), y or z"};
+constexpr OptionInfo kScale{"scale", kText, "NUMBER",
+                            "host units per unit of a foreign scene: auto (100 for formats in "
+                            "metres, else 1) or a decimal number above 0"};
+constexpr OptionInfo kReadLimit{"read-limit", kText, "SECONDS",
+                                "processor time that reading a foreign scene may take: 45 unless "
+                                "given; 0: no limit"};
+
 constexpr std::array kExportPositionals{
     PositionalInfo{"SCENE", "a .scene.json, or FBX, glTF, OBJ, 3DS, ASE, DAE and more"},
     PositionalInfo{"OUTPUT",
@@ -23,7 +34,7 @@ constexpr std::array kExportPositionals{
 };
 constexpr std::array kExportOptions{
     OptionInfo{"weld", kSwitch, nullptr, "\"Weld Vertices\"", '\0', kWeldControl},
-    OptionInfo{"weld-distance", kNumber, "X", "\"Weld Distance:\"", '\0', 1042},
+    OptionInfo{"weld-distance", kNumber, "X", "\"Weld Distance:\"", '\0', kWeldDistanceControl},
     OptionInfo{"remove-t-vertices", kSwitch, nullptr,
                "\"Remove T-Vertices\"; while it is set, welding can't be switched off", '\0', 1046},
     OptionInfo{"min-triangle-area", kNumber, "X", "\"Min Triangle Area:\"", '\0', 1047},
@@ -47,6 +58,13 @@ constexpr std::array kExportOptions{
         "start from the initial values and save nothing; a store named by --settings is not used"},
     OptionInfo{"seed", kText, "N",
                "0 to 4294967295: the same scene, options and seed give the same bytes"},
+    kUp,
+    kScale,
+    kReadLimit,
+    OptionInfo{"depfile", kText, "FILE",
+               "write a make rule that names every file the output depends on"},
+    OptionInfo{"report", kText, "FILE",
+               "write a JSON report: counts, warnings, times, SHA-256; also when the export fails"},
     OptionInfo{"quiet", kFlag, nullptr, "print only warnings and errors"},
 };
 
@@ -55,6 +73,9 @@ constexpr std::array kScenePositionals{
 };
 constexpr std::array kSceneOptions{
     OptionInfo{"output", kText, "FILE", "the .scene.json to write instead of standard output", 'o'},
+    kUp,
+    kScale,
+    kReadLimit,
 };
 
 constexpr std::array kInspectPositionals{

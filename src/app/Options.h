@@ -47,8 +47,10 @@ std::span<const CommandInfo> Commands();
 /// Options of the program itself; "help" is an option of every command too.
 std::span<const OptionInfo> ProgramOptions();
 
-/// The dialog's "Weld Vertices" check box and its "Browse" button.
-inline constexpr int kWeldControl = 1044;
-inline constexpr int kBrowseControl = 1064;
+// Controls of the dialog.
+inline constexpr int kWeldDistanceControl = 1042;  ///< "Weld Distance:"
+inline constexpr int kWeldControl = 1044;          ///< "Weld Vertices"
+inline constexpr int kBrowseControl = 1064;        ///< "Browse"
+inline constexpr int kCxpControl = 1066;           ///< "CXP Filename", which "Browse" fills
 
 }  // namespace mapexport

@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "app/FdOutput.h"
 #include "app/RunError.h"
 
 namespace mapexport {
@@ -66,13 +67,16 @@ void RemoveFolder(const std::string& folder, int fd) {
   rmdir(folder.c_str());
 }
 
+enum class WithoutLocks { kAccept, kRefuse };
+
 /// Opens and locks a temporary folder. Not open, with the reason in errno, when that can't be:
-/// EWOULDBLOCK while another process holds it, ENOENT when it is gone.
-Descriptor LockFolder(const std::string& folder) {
+/// EWOULDBLOCK while another process holds it, ENOENT when it is gone. On a file system without
+/// locks it is opened only if that is to be accepted.
+Descriptor LockFolder(const std::string& folder, WithoutLocks withoutLocks) {
   Descriptor fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!fd.IsOpen()) return fd;
-  // Where locks are not supported nobody takes a folder for a left-over, so none is needed.
-  if (flock(fd.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return {};
+  const bool locked = flock(fd.Get(), LOCK_EX | LOCK_NB) == 0;
+  if (!locked && (errno == EWOULDBLOCK || withoutLocks == WithoutLocks::kRefuse)) return {};
   struct stat info {};
   if (fstat(fd.Get(), &info) != 0) return {};
   if (info.st_nlink == 0) {  // it was removed between the two steps
@@ -88,7 +92,7 @@ std::string MakeFolder(const OutputTarget& target, Descriptor& lock) {
     std::string folder =
         FolderPart(target.path) + FolderNamePrefix(target.path) + std::string(kRandomPart);
     const bool made = mkdtemp(folder.data()) != nullptr;
-    if (made) lock = LockFolder(folder);
+    if (made) lock = LockFolder(folder, WithoutLocks::kAccept);
     if (lock.IsOpen()) return folder;
     const int error = errno;
     if (made) rmdir(folder.c_str());
@@ -107,7 +111,8 @@ void RemoveLeftOvers(const std::string& targetPath) {
     const std::string_view name = entry->d_name;
     if (!name.starts_with(prefix) || name.size() != prefix.size() + kRandomPart.size()) continue;
     const std::string folder = FolderPart(targetPath) + std::string(name);
-    const Descriptor lock = LockFolder(folder);
+    // Without locks nobody can tell a left-over from the folder of a running export.
+    const Descriptor lock = LockFolder(folder, WithoutLocks::kRefuse);
     if (lock.IsOpen()) RemoveFolder(folder, lock.Get());
   }
   closedir(entries);
@@ -178,6 +183,18 @@ OutputPlace::OutputPlace(OutputTarget target, const std::string& fileName)
 
 OutputPlace::~OutputPlace() {
   RemoveFolder(folder_, lock_.Get());
+}
+
+void OutputPlace::Fill(const std::function<void(std::ostream&)>& write) {
+  const Descriptor file(open(file_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  int error = errno;
+  if (file.IsOpen()) {
+    FdOutput output(file.Get());
+    std::ostream out(&output);
+    write(out);
+    error = output.Finish();
+  }
+  if (error != 0) ThrowCannotWrite(target_.name, ErrnoText(error));
 }
 
 std::string OutputPlace::Commit() {

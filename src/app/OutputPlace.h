@@ -1,8 +1,10 @@
 // Puts an output file into its place only when it is whole.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 
 #include <sys/types.h>
@@ -46,6 +48,9 @@ class OutputPlace {
   const std::string& Folder() const { return folder_; }
   /// Where the content is to be made.
   const std::string& File() const { return file_; }
+
+  /// Makes the content by letting `write` write it. Throws RunError when not all of it arrives.
+  void Fill(const std::function<void(std::ostream&)>& write);
 
   /// Gives the file the rights of the one it replaces, syncs it and moves it to the target. Throws
   /// RunError, the target then being as it was. Returns a warning, empty when there is none.

@@ -1,7 +1,6 @@
 #include "app/Program.h"
 
 #include <exception>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -15,6 +14,7 @@
 #include "app/Help.h"
 #include "app/InspectCommand.h"
 #include "app/Messages.h"
+#include "app/RunError.h"
 #include "app/SceneCommand.h"
 #include "app/StandardOutput.h"
 #include "app/UsageError.h"
@@ -55,10 +55,8 @@ ExitStatus Run(const std::vector<std::string>& arguments) {
     messages.Error(error.what());
     messages.Usage(UsageLine(error.command));
     return ExitStatus::kWrongUsage;
-  } catch (const std::bad_alloc&) {
-    messages.Error("memory ran out");
   } catch (const std::exception& error) {
-    messages.Error(error.what());
+    messages.Error(ReasonOf(error));
   }
   return ExitStatus::kFailed;
 }

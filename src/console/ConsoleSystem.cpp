@@ -170,13 +170,6 @@ int ConsoleSystem::DialogBoxParam(HINSTANCE module, int id, HWND /*owner*/, Dial
     std::visit(person, action);
   }
   if (!dialog.result) procedure.Notify(IDOK, BN_CLICKED);
-
-  if (state_->options.onCheckBoxAtEnd) {
-    for (const ControlState& control : dialog.controls.All()) {
-      if (control.kind != ControlKind::kCheckBox) continue;
-      state_->options.onCheckBoxAtEnd(control.id, control.checked);
-    }
-  }
   return dialog.result.value_or(0);
 }
 

@@ -29,9 +29,6 @@ class ConsoleSystem : public System {
     std::function<void(const std::string& title, const std::string& text)> onMessageBox;
     /// Receives each text of the debugger output.
     std::function<void(const std::string& text)> onDebugOutput;
-    /// Receives the final state of each check box once the dialog ends, as (id, checked), in tab
-    /// order.
-    std::function<void(int id, bool checked)> onCheckBoxAtEnd;
   };
 
   /// `settings` is the registry; it must outlive the system.

@@ -1,0 +1,45 @@
+#include "app/CheckExport.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <ostream>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "app/FdOutput.h"
+#include "app/RunError.h"
+#include "settings/Descriptor.h"
+
+namespace mapexport {
+namespace {
+
+/// Why nothing more can be written to the end of the file at `path`, empty when something can.
+std::string WriteTrouble(const std::string& path) {
+  const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
+  if (!file.IsOpen()) return ErrnoText(errno);
+  FdOutput output(file.Get());
+  std::ostream(&output) << std::string(65536, '\0');
+  if (const int error = output.Finish(); error != 0) return ErrnoText(error);
+  return fsync(file.Get()) == 0 ? "" : ErrnoText(errno);
+}
+
+}  // namespace
+
+void ThrowNotExported(const std::string& output, const std::string& path,
+                      const std::string& reason) {
+  const std::string trouble = WriteTrouble(path);
+  if (!trouble.empty()) throw RunError(fmt::format("{}: cannot be written: {}", output, trouble));
+  throw RunError(fmt::format("{}: not exported: {}", output, reason));
+}
+
+ModelReadResult ReadExported(const std::string& output, const std::string& path) {
+  ModelReadResult read = ReadModelFile(path, LayoutOfPath(output));
+  const auto error =
+      std::ranges::find(read.problems, ModelSeverity::kError, &ModelProblem::severity);
+  if (error != read.problems.end()) ThrowNotExported(output, path, ToLine(*error));
+  return read;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,68 @@
+#include "app/ExportTargets.h"
+
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+#include <variant>
+
+#include <fmt/format.h>
+
+#include "app/RunError.h"
+
+namespace mapexport {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Throws RunError when writing to `target` would replace the file at `other`, which is `what`.
+void RequireOther(const OutputTarget& target, const std::string& other, std::string_view what) {
+  std::error_code error;
+  bool same = fs::equivalent(target.path, other, error);
+  if (!same) {  // one that is not there yet is known by its path alone
+    const fs::path whole = fs::weakly_canonical(fs::absolute(target.path, error), error);
+    same = !error && whole == fs::weakly_canonical(fs::absolute(other, error), error) && !error;
+  }
+  if (!same) return;
+  throw RunError(fmt::format("{}: cannot be written: it is the {} itself", target.name, what));
+}
+
+}  // namespace
+
+std::string ModelPath(const std::string& path) {
+  const std::size_t dot = path.rfind('.');
+  const bool hasExtension = dot != std::string::npos && dot + 1 != path.size();
+  return hasExtension ? path : path + ".map";
+}
+
+OutputTarget FindModelTarget(const ExportArguments& arguments) {
+  // Where ".map" is appended, a folder or device of the given name is a mistake all the same.
+  RequireRegularFileOrNothing(arguments.output);
+  OutputTarget target = FindOutput(ModelPath(arguments.output));
+  RequireOther(target, arguments.scene.path, "scene");
+  for (const DialogAction& action : arguments.actions) {
+    if (const auto* const picked = std::get_if<PickFile>(&action)) {
+      RequireOther(target, picked->path, "CXP database");
+    }
+  }
+  if (arguments.settings) RequireOther(target, *arguments.settings, "settings store");
+  return target;
+}
+
+std::optional<OutputTarget> FindDepFileTarget(const ExportArguments& arguments) {
+  if (!arguments.depFile) return std::nullopt;
+  OutputTarget target = FindOutput(*arguments.depFile);
+  RequireOther(target, arguments.scene.path, "scene");
+  RequireOther(target, ModelPath(arguments.output), "output");
+  return target;
+}
+
+std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments) {
+  if (!arguments.report) return std::nullopt;
+  OutputTarget target = FindOutput(*arguments.report);
+  RequireOther(target, arguments.scene.path, "scene");
+  RequireOther(target, ModelPath(arguments.output), "output");
+  if (arguments.depFile) RequireOther(target, *arguments.depFile, "file of --depfile");
+  return target;
+}
+
+}  // namespace mapexport

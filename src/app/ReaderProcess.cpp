@@ -1,0 +1,163 @@
+#include "app/ReaderProcess.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <new>
+#include <ostream>
+#include <utility>
+
+#include <fcntl.h>
+#include <limits.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "app/FdOutput.h"
+#include "app/ReaderMessage.h"
+#include "app/RunError.h"
+#include "importer/ImportScene.h"
+#include "scene/SceneFile.h"
+
+namespace mapexport {
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kShadowMemory = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kShadowMemory = true;  // which takes terabytes of address space
+#else
+constexpr bool kShadowMemory = false;
+#endif
+#else
+constexpr bool kShadowMemory = false;
+#endif
+
+// A reader that waits for something takes no processor time. The clock may go on for this many
+// times the limit, which is enough on a machine that is busy otherwise.
+constexpr unsigned kPatience = 10;
+
+// A scene file of 4 GiB or more is not read.
+constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
+
+[[noreturn]] void End(ReaderEnd end) {
+  // Nothing is cleaned up: destroying what a damaged file led to can crash.
+  _exit(static_cast<int>(end));
+}
+
+[[noreturn]] void EndOnTerminate() {
+  try {
+    if (std::current_exception()) std::rethrow_exception(std::current_exception());
+  } catch (const std::bad_alloc&) {
+    End(ReaderEnd::kMemoryRanOut);
+  } catch (...) {
+  }
+  std::abort();
+}
+
+void SetLimit(__rlimit_resource resource, rlim_t wanted) {
+  rlimit limit{};
+  getrlimit(resource, &limit);
+  limit.rlim_cur = std::min(limit.rlim_cur, wanted);
+  setrlimit(resource, &limit);  // lowering one always succeeds
+}
+
+void SetLimits(const ReaderLimits& limits) {
+  SetLimit(RLIMIT_CORE, 0);
+  prctl(PR_SET_DUMPABLE, 0);  // core dumps that go to a program don't heed the limit
+  SetLimit(RLIMIT_FSIZE, limits.fileSize);
+  if (limits.addressSpace != 0) SetLimit(RLIMIT_AS, limits.addressSpace);
+  if (limits.seconds == 0) return;
+  SetLimit(RLIMIT_CPU, limits.seconds);
+  alarm(limits.seconds > UINT_MAX / kPatience ? UINT_MAX : limits.seconds * kPatience);
+}
+
+/// Undoes what whoever started us may have done to the signals that are to end the process.
+void LetSignalsEnd() {
+  for (const int end : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGXCPU, SIGALRM}) {
+    signal(end, SIG_DFL);
+  }
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+void SilenceStandardStreams() {
+  const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (null >= 0) {
+      dup2(null, fd);
+    } else {
+      close(fd);
+    }
+  }
+}
+
+/// The errno of the first write that failed, 0 when none did.
+int WriteFile(int fd, const auto& write) {
+  FdOutput output(fd);
+  std::ostream out(&output);
+  write(out);
+  return output.Finish();
+}
+
+int WriteText(int fd, std::string_view text) {
+  return WriteFile(fd, [&](std::ostream& out) { out << text; });
+}
+
+[[noreturn]] void Read(const std::string& path, const ImportOptions& options,
+                       const ReaderFiles& files) {
+  try {
+    ImportOptions whole = options;
+    whole.keepLibraryScene = true;
+    ImportedScene imported = ImportScene(path, whole);
+    int error =
+        WriteFile(files.scene, [&](std::ostream& out) { WriteSceneFile(imported.scene, out); });
+    if (error == 0) {
+      error = WriteText(files.message,
+                        ToBytes({std::move(imported.remarks), std::move(imported.leftOut),
+                                 std::move(imported.sideFiles)}));
+    }
+    if (error == 0) End(ReaderEnd::kRead);
+    WriteText(files.message, ErrnoText(error));
+    End(ReaderEnd::kCannotHandOver);
+  } catch (const std::bad_alloc&) {
+    End(ReaderEnd::kMemoryRanOut);
+  } catch (const std::exception& error) {
+    WriteText(files.message, error.what());
+    End(ReaderEnd::kRefused);
+  }
+}
+
+}  // namespace
+
+ReaderLimits LimitsOfReader(std::uint32_t seconds) {
+  ReaderLimits limits;
+  limits.seconds = seconds;
+  const std::uint64_t memory = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
+                               static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+  if (!kShadowMemory) limits.addressSpace = memory / 4 * 3;
+  limits.fileSize = std::min(memory / 4, kLargestSceneFile);
+  return limits;
+}
+
+pid_t StartReader(const std::string& path, const ImportOptions& options, const ReaderFiles& files,
+                  const ReaderLimits& limits) {
+  // An inherited "ignore" would keep its end from us.
+  signal(SIGCHLD, SIG_DFL);
+  const pid_t parent = getpid();
+  const pid_t pid = fork();
+  if (pid != 0) return pid;
+
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(0);  // it died before that
+  LetSignalsEnd();
+  SilenceStandardStreams();
+  SetLimits(limits);
+  std::set_terminate(EndOnTerminate);
+  Read(path, options, files);
+}
+
+}  // namespace mapexport

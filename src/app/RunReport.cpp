@@ -1,0 +1,143 @@
+#include "app/RunReport.h"
+
+#include <chrono>
+#include <map>
+#include <string_view>
+
+#include "modelreader/JsonStream.h"
+
+namespace mapexport {
+namespace {
+
+constexpr std::string_view kLeftOut = "left-out-";
+
+void WriteMember(JsonStream& json, std::string_view key, const std::string& text) {
+  json.Key(key);
+  json.Text(text);
+}
+
+void WriteMember(JsonStream& json, std::string_view key, std::uint64_t number) {
+  json.Key(key);
+  json.Number(number);
+}
+
+void WriteBefore(JsonStream& json, const SceneCensus& census) {
+  json.Key("before");
+  json.Open('{', true);
+  WriteMember(json, "nodes", census.nodes.size());
+  WriteMember(json, "vertices", census.vertices);
+  WriteMember(json, "triangles", census.triangles);
+  WriteMember(json, "materials", census.materials);
+  json.Key("extent");
+  json.Number(census.extent);
+  json.Close('}');
+}
+
+void WriteAfter(JsonStream& json, const ModelCounts& counts, ModelLayout layout) {
+  json.Key("after");
+  json.Open('{', true);
+  WriteMember(json, "layout", layout == ModelLayout::kQob ? "qob" : "kob");
+  WriteMember(json, "materials", counts.materials);
+  WriteMember(json, "groups", counts.groups);
+  WriteMember(json, "vertices", counts.vertices);
+  WriteMember(json, "batches", counts.batches);
+  WriteMember(json, "batchFaces", counts.batchFaces);
+  WriteMember(json, "corners", counts.corners);
+  if (layout == ModelLayout::kKob) {
+    WriteMember(json, "collisionPoints", counts.collisionPoints);
+    WriteMember(json, "faces", counts.faces);
+    WriteMember(json, "surfaceSets", counts.surfaceSets);
+  }
+  json.Close('}');
+}
+
+void WriteRemarks(JsonStream& json, std::string_view key, std::span<const Remark> remarks,
+                  RemarkKind kind) {
+  json.Key(key);
+  json.Open('[', true);
+  for (const Remark& remark : remarks) {
+    if (remark.kind != kind) continue;
+    json.Open('{', false);
+    WriteMember(json, "code", remark.code);
+    WriteMember(json, "count", remark.count);
+    WriteMember(json, "text", remark.text);
+    json.Close('}');
+  }
+  json.Close(']');
+}
+
+/// What the importer left out, and what the remarks say that the exporter did.
+void WriteLeftOut(JsonStream& json, std::span<const Remark> byImporter,
+                  std::span<const Remark> remarks) {
+  std::map<std::string_view, std::uint64_t> counts;
+  for (const std::span<const Remark> list : {byImporter, remarks}) {
+    for (const Remark& remark : list) {
+      const std::string_view code = remark.code;
+      if (code.starts_with(kLeftOut)) counts[code.substr(kLeftOut.size())] += remark.count;
+    }
+  }
+  json.Key("leftOut");
+  json.Open('{', true);
+  for (const auto& [what, count] : counts) WriteMember(json, what, count);
+  json.Close('}');
+}
+
+void WriteTimes(JsonStream& json, std::span<const Stages::Time> times) {
+  json.Key("milliseconds");
+  json.Open('{', true);
+  for (const Stages::Time& time : times) {
+    json.Key(time.name);
+    json.Number(std::chrono::duration_cast<std::chrono::milliseconds>(time.duration).count());
+  }
+  json.Close('}');
+}
+
+}  // namespace
+
+ModelCounts CountModel(const ModelFile& model) {
+  ModelCounts counts;
+  counts.materials = model.materials.size();
+  counts.groups = model.groups.size();
+  for (const ModelGroup& group : model.groups) {
+    counts.vertices += group.vertices.size();
+    counts.batches += group.batches.size();
+    for (const ModelBatch& batch : group.batches) {
+      counts.batchFaces += batch.faces.size();
+      counts.corners += batch.corners.size();
+    }
+    counts.collisionPoints += group.collisionPoints.size();
+    counts.faces += group.faces.size();
+    counts.surfaceSets += group.surfaceSets.size();
+  }
+  return counts;
+}
+
+void WriteReport(const RunReport& report, std::span<const Remark> remarks,
+                 std::span<const Stages::Time> times, std::ostream& out) {
+  JsonStream json(out);
+  json.Open('{', true);
+  WriteMember(json, "format", "mapexport-report");
+  WriteMember(json, "version", 1);
+  WriteMember(json, "program", MAPEXPORT_VERSION);
+  WriteMember(json, "status", static_cast<std::uint64_t>(report.status));
+  if (!report.error.empty()) WriteMember(json, "error", report.error);
+  WriteMember(json, "scene", report.scene);
+  WriteMember(json, "output", report.output);
+  if (!report.sha256.empty()) {
+    WriteMember(json, "sha256", report.sha256);
+    WriteMember(json, "bytes", report.bytes);
+  }
+  json.Key("dependencies");
+  json.Open('[', true);
+  for (const std::string& file : report.dependencies) json.Text(file);
+  json.Close(']');
+  if (report.before) WriteBefore(json, *report.before);
+  if (report.layout) WriteAfter(json, report.after, *report.layout);
+  WriteRemarks(json, "warnings", remarks, RemarkKind::kWarning);
+  WriteRemarks(json, "notes", remarks, RemarkKind::kNote);
+  WriteLeftOut(json, report.leftOut, remarks);
+  WriteTimes(json, times);
+  json.Close('}');
+}
+
+}  // namespace mapexport

@@ -1,0 +1,53 @@
+// The report on one run of `export`, for programs; docs/report.md describes it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "app/ExitStatus.h"
+#include "app/Messages.h"
+#include "app/SceneCensus.h"
+#include "app/Stages.h"
+#include "modelreader/ModelFile.h"
+
+namespace mapexport {
+
+/// The lengths of a model file's lists, summed over its groups.
+struct ModelCounts {
+  std::uint64_t materials = 0;
+  std::uint64_t groups = 0;
+  std::uint64_t vertices = 0;
+  std::uint64_t batches = 0;
+  std::uint64_t batchFaces = 0;
+  std::uint64_t corners = 0;
+  // Only in the second layout.
+  std::uint64_t collisionPoints = 0;
+  std::uint64_t faces = 0;
+  std::uint64_t surfaceSets = 0;
+};
+
+ModelCounts CountModel(const ModelFile& model);
+
+/// What is known of a run; it grows as the run goes on.
+struct RunReport {
+  ExitStatus status = ExitStatus::kFailed;
+  std::string error;   ///< why the run failed, in one line
+  std::string scene;   ///< as the person gave it
+  std::string output;  ///< the same, with ".map" where it is appended
+  std::string sha256;  ///< of the output
+  std::uint64_t bytes = 0;
+  std::vector<std::string> dependencies;  ///< the files that the output depends on
+  ImportRemarks leftOut;                  ///< by the importer
+  std::optional<SceneCensus> before;
+  std::optional<ModelLayout> layout;
+  ModelCounts after;  ///< when there is a layout
+};
+
+void WriteReport(const RunReport& report, std::span<const Remark> remarks,
+                 std::span<const Stages::Time> times, std::ostream& out);
+
+}  // namespace mapexport

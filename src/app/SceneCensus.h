@@ -1,0 +1,35 @@
+// What of a scene comes into an export, before anything is merged.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "scene/Scene.h"
+
+namespace mapexport {
+
+/// A node with a mesh. Instances count like meshes of their own, as they are exported.
+struct NodeCensus {
+  std::string name;
+  std::uint64_t vertices = 0;
+  std::uint64_t triangles = 0;
+};
+
+struct SceneCensus {
+  std::vector<NodeCensus> nodes;  ///< in the order of the export
+  std::uint64_t vertices = 0;
+  std::uint64_t triangles = 0;
+  std::uint64_t materials = 0;  ///< all of the scene, used or not
+  float extent = 0;             ///< the longest edge of the box around all vertices, in the world
+};
+
+/// Walks the scene as the exporter does: what hangs below a node that is named "exclude...", or
+/// below a mesh object without a triangle, is not exported and doesn't count.
+SceneCensus CountScene(const Scene& scene);
+
+/// The (at most five) nodes with the most of what `count` counts, the most first, with their
+/// numbers: "\"Floor\" (40000), \"Wall\" (30000)". Nodes with none are left out.
+std::string LargestNodes(const SceneCensus& census, std::uint64_t NodeCensus::*count);
+
+}  // namespace mapexport

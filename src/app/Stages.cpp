@@ -1,0 +1,69 @@
+#include "app/Stages.h"
+
+#include <fmt/format.h>
+#include <signal.h>
+
+#include "app/StandardError.h"
+
+namespace mapexport {
+
+using std::chrono::steady_clock;
+
+Stages::Stages(bool quiet) : shown_(!quiet && StandardErrorIsTerminal()) {}
+
+Stages::~Stages() {
+  End();
+  if (!thread_.joinable()) return;
+  {
+    const std::scoped_lock lock(mutex_);
+    over_ = true;
+  }
+  changed_.notify_one();
+  thread_.join();
+}
+
+void Stages::Begin(const std::string& name) {
+  End();
+  {
+    const std::scoped_lock lock(mutex_);
+    current_ = name;
+    begin_ = steady_clock::now();
+    ++turn_;
+  }
+  if (!shown_) return;
+  changed_.notify_one();
+  if (thread_.joinable()) return;
+  // Signals are the main thread's, which may hold them back for a while.
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);
+  thread_ = std::thread([this] { Show(); });
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+void Stages::End() {
+  const std::scoped_lock lock(mutex_);
+  if (current_.empty()) return;
+  times_.push_back({std::move(current_), steady_clock::now() - begin_});
+  current_.clear();
+  if (shown_) EraseStatusLine();
+}
+
+void Stages::Show() {
+  std::unique_lock lock(mutex_);
+  while (!over_) {
+    if (current_.empty()) {
+      changed_.wait(lock);
+      continue;
+    }
+    const std::uint64_t turn = turn_;
+    const auto elapsed = steady_clock::now() - begin_;
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed);
+    if (seconds.count() > 0) ShowStatusLine(fmt::format("{}: {} s", current_, seconds.count()));
+    const auto isOld = [&] { return over_ || current_.empty() || turn_ != turn; };
+    changed_.wait_until(lock, begin_ + seconds + std::chrono::seconds(1), isOld);
+  }
+}
+
+}  // namespace mapexport
