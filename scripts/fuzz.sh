@@ -11,13 +11,17 @@ seconds=${1:-60}
 
 cd -- "$root"
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --target FuzzCxp FuzzModelReader FuzzSceneFile
+cmake --build --preset fuzz --target fuzzers
 [[ -x build/release/bin/mapexport ]] || scripts/run-example.sh >/dev/null
 
 corpus=$root/build/fuzz/corpus
-mkdir -p -- "$corpus"/{FuzzCxp,FuzzModelReader,FuzzSceneFile}
+mkdir -p -- "$corpus"/{FuzzCxp,FuzzModelReader,FuzzObj,FuzzSceneFile,FuzzSettings}
 cp -- examples/yard.cxp tests/golden/*.cxp "$corpus/FuzzCxp"
 cp -- tests/golden/*.scene.json "$corpus/FuzzSceneFile"
+cp -- tests/models/*.obj tests/models/*.mtl "$corpus/FuzzObj"
+build/release/bin/mapexport export tests/golden/winding.scene.json "$corpus/level.qob" --quiet \
+  --settings "$corpus/FuzzSettings/settings.reg"
+rm -f ExportDebug.txt "$corpus/level.qob"
 (
   cd -- "$corpus/FuzzModelReader"
   for name in collision materials two-sided; do
@@ -28,8 +32,8 @@ cp -- tests/golden/*.scene.json "$corpus/FuzzSceneFile"
   done
   rm -f ExportDebug.txt
 )
-for target in FuzzCxp FuzzModelReader FuzzSceneFile; do
+for target in FuzzCxp FuzzModelReader FuzzObj FuzzSceneFile FuzzSettings; do
   printf '\n== %s\n' "$target"
   "build/fuzz/fuzz/$target" -max_total_time="$seconds" -timeout=10 -print_final_stats=1 \
-    -artifact_prefix="build/fuzz/$target-" "$corpus/$target"
+    -artifact_prefix="build/fuzz/$target-" "$corpus/$target" || exit 1
 done

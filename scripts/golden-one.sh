@@ -5,6 +5,7 @@
 #
 # NAME.options holds further options of the export, NAME.layout the layout (kob without one).
 set -euo pipefail
+unset CDPATH
 mapexport=$1 name=$2 folder=$3
 golden=$(cd "$(dirname "${BASH_SOURCE[0]}")/../tests/golden" && pwd)
 

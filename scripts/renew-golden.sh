@@ -3,12 +3,14 @@
 #
 #   scripts/renew-golden.sh [MAPEXPORT]
 set -euo pipefail
+unset CDPATH
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 mapexport=$(realpath "${1:-$root/build/release/bin/mapexport}")
 
 for scene in "$root"/tests/golden/*.scene.json; do
   name=$(basename "$scene" .scene.json)
   folder=$(mktemp -d)
+  trap 'rm -rf -- "$folder"' EXIT
   "$root/scripts/golden-one.sh" "$mapexport" "$name" "$folder" >"$folder/expected"
   mv "$folder/expected" "$root/tests/golden/$name.expected.json"
   rm -r "$folder"

@@ -36,6 +36,10 @@ std::string FileText(const fs::path& path) {
   return text.str();
 }
 
+TEST(GoldenFolder, HoldsScenes) {
+  EXPECT_FALSE(SceneNames().empty());
+}
+
 class GoldenTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(GoldenTest, InspectSaysWhatItSaidBefore) {
