@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <limits>
 #include <map>
 #include <new>
 #include <random>
@@ -26,12 +27,14 @@ namespace {
 
 std::size_t memoryNow = 0;
 std::size_t memoryPeak = 0;
+std::size_t memoryLimit = std::numeric_limits<std::size_t>::max();
 
 }  // namespace
 
 // All memory of this program is counted, so that tests can bound what reading takes. Inlined, these
 // would make g++ 12 take each new and delete for a mismatched pair.
 [[gnu::noinline]] void* operator new(std::size_t size) {
+  if (size > memoryLimit) throw std::bad_alloc();
   void* memory = std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
   memoryNow += malloc_usable_size(memory);
@@ -50,6 +53,7 @@ namespace mapexport {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::Field;
 using ::testing::HasSubstr;
@@ -410,6 +414,9 @@ const Defect kDefects[] = {
      "corner 1 is vertex 4, but the group has 4"},
     {kBatch + ".cornerIndices", 4, 9, 2, kCornerIndex, kBatch + ".cornerIndices[0]",
      "corner 2 is entry 9, but the batch has 4"},
+    {kBatch + ".faces", 0, 0, 4, kBatchEmpty, kBatch + ".faces", "a batch has at least one"},
+    {kBatch + ".corners", 0, 0, 4, kBatchEmpty, kBatch + ".corners", "a batch has at least one"},
+    {kSet0 + ".flags", 0, 0x111, 4, kSetFlags, kSet0 + ".flags", "is 0x111, must be"},
     {"groups[0].collisionPoints", 0, 9999, 4, kCountTooLarge, "groups[0].collisionPoints", "9999"},
     {kFace1, 2, 3, 2, kPointIndex, kFace1 + ".vertices", "corner 1 is collision point 3"},
     {kFace1, 6, 1, 2, kPlanePosition, kFace1 + ".position", "is 1, must be 0"},
@@ -593,11 +600,16 @@ TEST(ModelReaderTest, FilesThatCannotBeHadAreErrors) {
     EXPECT_EQ(Lines(result), std::string(line) + '\n');
   }
 
-  const FileBytes file = FileBuilder::Build(Yard(ModelLayout::kQob));
+  const FileBytes file = FileBuilder::Build(Huge(5000, ModelLayout::kQob));
   std::ofstream(folder / "yard.qob", std::ios::binary)
       .write(reinterpret_cast<const char*>(file.bytes.data()),
              static_cast<std::streamsize>(file.bytes.size()));
   EXPECT_EQ(Lines(ReadModelFile((folder / "yard.qob").string(), ModelLayout::kQob)), "");
+  memoryLimit = 64 * 1024;
+  const ModelReadResult tooLarge = ReadModelFile((folder / "yard.qob").string(), ModelLayout::kQob);
+  memoryLimit = std::numeric_limits<std::size_t>::max();
+  EXPECT_EQ(Lines(tooLarge), "there is not enough memory to read it\n");
+  EXPECT_THAT(tooLarge.model.groups, IsEmpty());
   std::filesystem::remove_all(folder);
 }
 
@@ -687,15 +699,15 @@ TEST(ModelReaderTest, JsonHoldsAllThatTheFileHolds) {
 
 TEST(ModelReaderTest, OutputStaysValidForAnyNameAndNumber) {
   ModelFile model = Yard(ModelLayout::kKob);
-  model.materials[0].header.name = "a\"\\\x1B\x7F\xC2\x9B \xFF\xC3 \xED\xA0\x80 \xC3\xA9";
+  model.materials[0].header.name = "a\"\\\x1B\x7F\xC2\x9B \xFF\xC3 \xED\xA0\x80 \xC3\xA9\xD8\x9C";
   model.materials[0].scalar1 = -std::numeric_limits<float>::infinity();
   model.materials[0].scalar2 = std::numeric_limits<float>::denorm_min();
   model.groups[0].surfaceSets[0] = {"NONE", 0x105, {}};
 
   const nlohmann::json material = JsonOf(model, true).at("materials").at(0);
   const std::string lost = "\uFFFD";
-  EXPECT_EQ(material.at("name"),
-            "a\"\\\x1B\x7F\xC2\x9B " + lost + lost + ' ' + lost + lost + lost + " \xC3\xA9");
+  EXPECT_EQ(material.at("name"), "a\"\\\x1B\x7F\xC2\x9B " + lost + lost + ' ' + lost + lost + lost +
+                                     " \xC3\xA9\xD8\x9C");
   EXPECT_EQ(material.at("scalar1"), "-Infinity");
   EXPECT_EQ(material.at("scalar2").get<float>(), std::numeric_limits<float>::denorm_min());
 
@@ -704,6 +716,10 @@ TEST(ModelReaderTest, OutputStaysValidForAnyNameAndNumber) {
   WriteModelText(model, out);
   EXPECT_THAT(out.str(), HasSubstr("a\"\\\\u001B\\u007F\\u009B \\xFF..."));
   EXPECT_THAT(out.str(), HasSubstr("climbable notrendered 0x100\n"));
+  EXPECT_THAT(out.str(), HasSubstr("static_crates      1  (static node)\n"));
+  EXPECT_THAT(out.str(), HasSubstr("   <0.1 %\n"));
+  EXPECT_THAT(out.str(), HasSubstr(" Grey "));
+  EXPECT_THAT(out.str(), Not(AnyOf(HasSubstr("NULL"), HasSubstr("NONE"), HasSubstr(" 0.0 %"))));
   EXPECT_THAT(out.str(), HasSubstr("... and 20 more\n"));
   EXPECT_THAT(out.str(), HasSubstr("(0, 0, 0) to (1, 1, 0.5)\n"));
 }

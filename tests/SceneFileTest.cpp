@@ -14,6 +14,7 @@
 
 #include "scene/HostScene.h"
 #include "scene/JsonSyntax.h"
+#include "scene/JsonValue.h"
 #include "scene/SceneError.h"
 #include "scene/SceneFile.h"
 
@@ -238,6 +239,11 @@ TEST(ReadSceneFile, NamesPlaceAndDefect) {
       {Root(R"("name": nul)"), "a value was expected"},
       {Root(R"("name": "a" "material": 1)"), "\",\" or \"}\" was expected"},
       {Root(R"("children": [{},])"), "a value was expected"},
+      {OfMesh("\n\"vertices\": [[0,0,0,]]"), "line 2, column 21: a value was expected"},
+      {OfMesh(R"("faces": [[0,0,0,0,0,]])"), "a value was expected"},
+      {OfMesh(R"("faces": [[0,0,0,0,0,[1 2]]])"), "\",\" or \"]\" was expected"},
+      {std::string("\xFF\xFE{\0}\0", 6), "is UTF-16; a scene file is UTF-8"},
+      {std::string("\xFE\xFF\0{\0}", 6), "is UTF-16; a scene file is UTF-8"},
       {Root("\"name\": \"a\tb\""), "control character"},
       {Root("\"x\": \"\xC0\xAF\""), "not valid UTF-8"},
       {Root("\"x\": \"\xED\xA0\x80\""), "not valid UTF-8"},
@@ -248,6 +254,7 @@ TEST(ReadSceneFile, NamesPlaceAndDefect) {
       {Document(R"("root": null)"), "root: is required, but missing"},
       {R"({"format": "scene"})", R"(format: "scene" is not known (known: "mapexport-scene"))"},
       {R"({"version": 2})", "version: version 2 is not known, only 1 is"},
+      {R"({"version": -1})", "version: version -1 is not known, only 1 is"},
       {R"({"version": 1.0})", "version: must be an integer without fraction and exponent, not 1.0"},
       {Document(R"("root": {}, "root": {})"), "root: is given twice"},
       {Document(R"("root": [])"), "root: must be an object, not an array"},
@@ -260,6 +267,7 @@ TEST(ReadSceneFile, NamesPlaceAndDefect) {
       {Root(R"("name": "\ud800")"), "root.name: holds a lone surrogate"},
       {Root(R"("object": "light")"),
        R"(root.object: "light" is not known (known: "none", "helper", "mesh"))"},
+      {Root(R"("wireColor": [0])"), "root.wireColor: has 1 element, must have 3"},
       {Root(R"("wireColor": [0, 0])"), "root.wireColor: has 2 elements, must have 3"},
       {Root(R"("wireColor": [0, 256, 0])"), "root.wireColor[1]: 256 is out of range (0 to 255)"},
       {Root(R"("wireColor": [0, -1, 0])"), "root.wireColor[1]: -1 is out of range"},
@@ -303,7 +311,10 @@ TEST(ReadSceneFile, NamesPlaceAndDefect) {
       {Document(R"("root": {"children": [{}, {"material": 2}]}, "materials": [{}, {}])"),
        "root.children[1].material: material index 2 is out of range (the scene has 2 materials)"},
       {Root(R"("material": 0)"), "root.material: material index 0 is out of range"},
-      {Root(R"("material": -1)"), "root.material: -1 is out of range"},
+      {Root(R"("material": -1)"),
+       "root.material: must be null or an index into materials (from 0 on), not -1"},
+      {Material(R"("subMaterials": [4294967296])"),
+       "or an index into materials (from 0 on), not 4"},
       {Material(R"("subMaterials": [0, null, 1])"),
        "materials[0].subMaterials[2]: material index 1 is out of range (the scene has 1 material)"},
   };
@@ -367,6 +378,19 @@ TEST(ReadSceneFile, LimitsTheNestingOfNodesOnly) {
   EXPECT_THAT(DefectOf(Repeat("{\"root\":", deep)), HasSubstr("the text ends too early"));
 }
 
+TEST(ReadSceneFile, TakesNoMemoryForWhatMayBeNoElement) {
+  using Big = std::array<char, 1 << 20>;
+  const ScratchFile file(R"({"list": [0)" + Repeat(",0", 2'000'000) + "]}");
+  const FileText text(file.Path());
+  JsonDocument document(file.Path(), text, 4);
+  EXPECT_THROW(JsonObject(document).ReadMembers(JsonMember{
+                   "list",
+                   [](JsonValue& list) {
+                     list.ReadList<Big>([](JsonValue& value) -> Big { value.Fail("is none"); });
+                   }}),
+               SceneError);
+}
+
 TEST(ReadSceneFile, TellsWhyAFileCannotBeRead) {
   for (const auto& [path, reason] :
        {std::pair(testing::TempDir() + "no such.scene.json", "No such file"),
@@ -427,9 +451,10 @@ Point3 RandomPoint(Random& random) {
 }
 
 std::string RandomText(Random& random) {
-  static constexpr const char* kPieces[] = {"a",          "\"",           "\\",     "/",
-                                            "\n\r\t\b\f", "\x01\x1F\x7F", "\u00e9", "\u20ac",
-                                            "\U0001f600", "\uffff"};
+  static constexpr const char* kPieces[] = {
+      "a",           "\"",     "\\",         "/",      "\n\r\t\b\f",       "\x01\x1F\x7F",
+      "\u00e9",      "\u20ac", "\U0001f600", "\uffff", "\xC2\x9B\xD8\x9C", "\u2029",
+      "\u202e\u2066"};
   std::string text;
   while (random.Below(4) != 0) text += kPieces[random.Below(std::size(kPieces))];
   return text;
@@ -516,7 +541,7 @@ TEST(WriteSceneFile, IsForPeopleToRead) {
     }
   ],
   "root": {
-    "name": "A \"b\"\u001f",
+    "name": "A \"b\"\u001f\u007f\u009b\u061c\u200e\u202e\u2069 é",
     "children": [
       {
         "mesh": {

@@ -1,4 +1,5 @@
 // Tests of the settings store: what its file may hold, what survives, what is never overwritten.
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
@@ -14,8 +15,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,6 +28,19 @@
 #include "settings/RegistryText.h"
 #include "settings/SettingsError.h"
 #include "settings/SettingsStore.h"
+
+namespace {
+
+bool fileSystemHasLocks = true;
+
+}  // namespace
+
+// Stands in for the C library's, so that tests can have a file system without locks.
+extern "C" int flock(int descriptor, int operation) noexcept {
+  if (fileSystemHasLocks) return static_cast<int>(::syscall(SYS_flock, descriptor, operation));
+  errno = ENOLCK;
+  return -1;
+}
 
 namespace mapexport {
 namespace {
@@ -85,6 +101,10 @@ bool HoldsInChild(const std::function<bool()>& action) {
   int status = 0;
   ::waitpid(child, &status, 0);
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+void DropRights() {
+  if (::geteuid() == 0 && ::setuid(65534) != 0) ::_exit(2);
 }
 
 class SettingsTest : public testing::Test {
@@ -341,17 +361,33 @@ TEST_F(SettingsTest, AFailedSaveLeavesTheOldFileAndNothingElse) {
     const rlimit limit{10, 10};
     ::setrlimit(RLIMIT_FSIZE, &limit);
   }));
-  const auto dropRights = [] {
-    if (::geteuid() == 0 && ::setuid(65534) != 0) ::_exit(2);
-  };
   fs::permissions(file_, fs::perms(0666));
   fs::permissions(folder_, fs::perms(0555));
-  EXPECT_TRUE(failsToSave("no file can be made beside it: Permission denied", dropRights));
+  EXPECT_TRUE(failsToSave("no file can be made beside it: Permission denied", DropRights));
   fs::permissions(file_, fs::perms(0444));
-  EXPECT_TRUE(failsToSave("can't be opened for writing: Permission denied", dropRights));
+  EXPECT_TRUE(failsToSave("can't be opened for writing: Permission denied", DropRights));
   fs::permissions(folder_, fs::perms(0755));
   EXPECT_EQ(Read(), "REGEDIT4\n");
   EXPECT_EQ(EntriesInFolder(), 1);
+}
+
+TEST_F(SettingsTest, WhatTheFileHoldsNeedsNoWriting) {
+  {
+    SettingsStore store = SettingsStore::Open(file_);
+    SetText(store, "a", "b");
+    ASSERT_EQ(store.Save(), "");
+  }
+  fs::permissions(file_, fs::perms(0444));
+  fs::permissions(folder_, fs::perms(0555));
+  EXPECT_TRUE(HoldsInChild([this] {
+    DropRights();
+    SettingsStore store = SettingsStore::Open(file_);
+    SetText(store, "A", "b");
+    const bool same = store.Save().empty();
+    SetText(store, "a", "c");
+    return same && !store.Save().empty();
+  }));
+  fs::permissions(folder_, fs::perms(0755));
 }
 
 TEST_F(SettingsTest, LinksAreFollowedAndTheModeIsKept) {
@@ -377,6 +413,11 @@ TEST_F(SettingsTest, ALockIsWaitedForButNotForEver) {
     EXPECT_THROW(LockedSettingsFile(file_, milliseconds(50)), SettingsError);
   }
   EXPECT_EQ(EntriesInFolder(), 0) << "made for the lock, never written";
+
+  fileSystemHasLocks = false;
+  EXPECT_THROW(LockedSettingsFile(file_, milliseconds(50)), SettingsError);
+  fileSystemHasLocks = true;
+  EXPECT_EQ(EntriesInFolder(), 0) << "made, but could not be locked";
 }
 
 TEST_F(SettingsTest, DefaultPathFollowsTheEnvironment) {

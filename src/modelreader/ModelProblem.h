@@ -15,6 +15,7 @@ enum class ModelProblemCode {
   kCannotRead,
   kEmpty,
   kTooLarge,
+  kNoMemory,
   // Framing.
   kNoStartTag,
   kNoEndTag,
@@ -36,6 +37,8 @@ enum class ModelProblemCode {
   kBool,
   kOuterName,
   kOtherLayout,
+  kBatchEmpty,
+  kSetFlags,
   // Indices.
   kMaterialIndex,
   kVertexIndex,

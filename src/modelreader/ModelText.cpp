@@ -34,6 +34,11 @@ std::string Name(std::string_view name) {
   return PrintableText(name, kMaxNameColumns);
 }
 
+/// A name for which the file holds the text `none` when there is none.
+std::string NameUnless(std::string_view none, std::string_view name) {
+  return name == none ? "-" : Name(name);
+}
+
 void WriteMore(std::size_t count, std::size_t shown, std::ostream& out) {
   if (count > shown) out << fmt::format("    ... and {} more\n", count - shown);
 }
@@ -53,14 +58,19 @@ void WriteMaterials(const ModelFile& model, std::ostream& out) {
     }
   }
 
-  TextTable table(
-      {{"#", kRight}, {"name"}, {"texture"}, {"triangles", kRight}, {"two-sided"}, {"diffuse"}});
+  TextTable table({{"#", kRight},
+                   {"name"},
+                   {"texture"},
+                   {"drawn triangles", kRight},
+                   {"two-sided"},
+                   {"diffuse"}});
   const std::size_t shown = std::min(model.materials.size(), kMaxRows);
   for (std::size_t i = 0; i < shown; ++i) {
     const ModelMaterial& material = model.materials[i];
     const ModelColour& diffuse = material.diffuse;
-    table.AddRow({std::to_string(i), Name(material.header.name), Name(material.textureName),
-                  std::to_string(triangles[i]), material.twoSided ? "yes" : "no",
+    table.AddRow({std::to_string(i), Name(material.header.name),
+                  NameUnless("NULL", material.textureName), std::to_string(triangles[i]),
+                  material.twoSided ? "yes" : "no",
                   fmt::format("{:.3g} {:.3g} {:.3g}", diffuse.r, diffuse.g, diffuse.b)});
   }
   out << "\nMaterials\n";
@@ -91,8 +101,9 @@ class LimitTable {
         100.0 * static_cast<double>(count) / static_cast<double>(kModelIndexLimit);
     const std::string over =
         count > kModelIndexLimit ? fmt::format("too long by {}", count - kModelIndexLimit) : "";
-    table_.AddRow(
-        {std::string(list), std::to_string(count), fmt::format("{:.1f} %", percent), over});
+    const bool tiny = count > 0 && percent < 0.1;
+    table_.AddRow({std::string(list), std::to_string(count),
+                   tiny ? "<0.1 %" : fmt::format("{:.1f} %", percent), over});
   }
   void Write(std::ostream& out) const { table_.Write(2, out); }
 
@@ -175,8 +186,8 @@ void WriteSurfaceSets(const ModelGroup& group, std::ostream& out) {
   const std::size_t shown = std::min(group.surfaceSets.size(), kMaxRows);
   for (std::size_t i = 0; i < shown; ++i) {
     const ModelSurfaceSet& set = group.surfaceSets[i];
-    table.AddRow(
-        {std::to_string(i), Name(set.name), std::to_string(set.faces.size()), Keywords(set.flags)});
+    table.AddRow({std::to_string(i), NameUnless("NONE", set.name), std::to_string(set.faces.size()),
+                  Keywords(set.flags)});
   }
   out << "\n  Surface sets\n";
   table.Write(4, out);

@@ -37,6 +37,8 @@ constexpr Entry EntryOf(ModelProblemCode code) {
       return Error("is empty");
     case kTooLarge:
       return Error("has {0} bytes: sizes of 32 bits can't describe a file of {1} bytes or more");
+    case kNoMemory:
+      return Error("there is not enough memory to read it");
     case kNoStartTag:
       return Error("must be the text \"BeginModel\": this is no model file");
     case kNoEndTag:
@@ -69,6 +71,10 @@ constexpr Entry EntryOf(ModelProblemCode code) {
       return Error("is {0}, but the record inside is named {1}");
     case kOtherLayout:
       return Error("is {0}, as in the layout {1}; the file is read in the layout {2}");
+    case kBatchEmpty:
+      return Error("has no entries; a batch has at least one");
+    case kSetFlags:
+      return Error("is {0}, must be a sum of flags from {1}");
     case kMaterialIndex:
       return Error("is {0}, but the file has {1} materials (-1 is none)");
     case kVertexIndex:

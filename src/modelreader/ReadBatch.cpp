@@ -22,6 +22,11 @@ std::int32_t ReadMaterialIndex(ByteReader& in, std::optional<std::uint32_t> mate
   return material;
 }
 
+/// A list of `count` entries at `place` was just begun with its count.
+void CheckNotEmpty(ByteReader& in, std::uint32_t count, const Place& place) {
+  if (count == 0) in.Problems().Add(ModelProblemCode::kBatchEmpty, in.Offset() - 4, place);
+}
+
 void ReadCorners(ByteReader& in, const Place& place, std::vector<ModelCorner>& corners) {
   const std::size_t count = corners.size();
   const std::byte* normals = in.Floats(count, 3, Place(place, "normals")).data();
@@ -62,6 +67,7 @@ void ReadBatch(ByteReader& in, const BatchSurroundings& around, const Place& pla
   const std::uint32_t faceCount = around.facesAreIndexed
                                       ? ReadIndexedCount(in, kFaceBytes, facesPlace)
                                       : in.Count(kFaceBytes, facesPlace);
+  CheckNotEmpty(in, faceCount, facesPlace);
   const Place verticesPlace(place, "vertexIndices");
   const Place cornersPlace(place, "cornerIndices");
   const std::byte* planes = in.Floats(faceCount, 4, Place(place, "planes")).data();
@@ -78,7 +84,10 @@ void ReadBatch(ByteReader& in, const BatchSurroundings& around, const Place& pla
       in, batch, [](const ModelBatchFace& face) -> auto& { return face.vertices; },
       around.vertexCount, ModelProblemCode::kVertexIndex, verticesOffset, verticesPlace);
 
-  batch.corners.resize(ReadIndexedCount(in, kCornerBytes, Place(place, "corners")));
+  const Place cornerListPlace(place, "corners");
+  const std::uint32_t cornerCount = ReadIndexedCount(in, kCornerBytes, cornerListPlace);
+  CheckNotEmpty(in, cornerCount, cornerListPlace);
+  batch.corners.resize(cornerCount);
   CheckTriples(
       in, batch, [](const ModelBatchFace& face) -> auto& { return face.corners; },
       batch.corners.size(), ModelProblemCode::kCornerIndex, cornersOffset, cornersPlace);

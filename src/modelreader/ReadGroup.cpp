@@ -2,8 +2,11 @@
 
 #include <string_view>
 
+#include <fmt/format.h>
+
 #include "modelreader/CheckFaceTable.h"
 #include "modelreader/LittleEndian.h"
+#include "modelreader/ModelFaceFlags.h"
 #include "modelreader/PrintableText.h"
 #include "modelreader/ReadBatch.h"
 #include "modelreader/ReadLists.h"
@@ -121,13 +124,22 @@ class GroupReader {
     }
   }
 
+  std::uint32_t ReadFlags(const Place& place) {
+    const std::uint32_t flags = in_.U32(place);
+    if ((flags & ~kAllModelFaceFlags) != 0) {
+      in_.Problems().Add(ModelProblemCode::kSetFlags, in_.Offset() - 4, place,
+                         fmt::format("{:#x}", flags), fmt::format("{:#x}", kAllModelFaceFlags));
+    }
+    return flags;
+  }
+
   void ReadSurfaceSets(const Place& list) {
     const std::uint32_t count = in_.Count(kLeastSetBytes, list);
     for (std::uint32_t i = 0; i < count; ++i) {
       const Place place = list.At(i);
       ModelSurfaceSet& set = group_.surfaceSets.emplace_back();
       set.name = in_.Text(Place(place, "name"));
-      set.flags = in_.U32(Place(place, "flags"));
+      set.flags = ReadFlags(Place(place, "flags"));
       const Place facesPlace(place, "faces");
       set.faces.resize(in_.Count(2, facesPlace));
       offsets_.sets.push_back(in_.Offset());

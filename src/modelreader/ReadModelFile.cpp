@@ -1,6 +1,7 @@
 #include "modelreader/ReadModelFile.h"
 
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <string_view>
 
@@ -128,9 +129,12 @@ ModelReadResult ReadModelBytes(std::span<const std::byte> bytes, ModelLayout lay
 
 ModelReadResult ReadModelFile(const std::string& path, ModelLayout layout) {
   ProblemList problems;
-  const std::optional<LoadedBytes> bytes = LoadBytes(path, problems);
-  if (bytes) return ReadModelBytes(bytes->View(), layout);
-
+  try {
+    const std::optional<LoadedBytes> bytes = LoadBytes(path, problems);
+    if (bytes) return ReadModelBytes(bytes->View(), layout);
+  } catch (const std::bad_alloc&) {  // all that was read is given back by now
+    problems.AddToFile(ModelProblemCode::kNoMemory);
+  }
   ModelReadResult result;
   result.model.layout = layout;
   result.problems = problems.Take();

@@ -26,13 +26,14 @@ struct ModelReadResult {
 };
 
 /// Reads the file at `path`. A sound file is one that the exporter can have written: every size,
-/// count and tag is right, no byte is left over, every index is in range, and the face table agrees
-/// with the batches, planes and surface sets. An index into a list of more than kModelIndexLimit
-/// entries can't be judged so; it is compared as far as its 16 bits go. Memory stays within a small
-/// multiple of the file's size, time is linear in it. Throws nothing but std::bad_alloc.
+/// count and tag is right, no byte is left over, every index is in range, no batch is empty,
+/// surface sets have known flags only, and the face table agrees with the batches, planes and
+/// surface sets. An index into a list of more than kModelIndexLimit entries can't be judged so; it
+/// is compared as far as its 16 bits go. Memory stays within a small multiple of the file's size,
+/// time is linear in it. Throws nothing: when there is not enough memory, that is the only problem.
 ModelReadResult ReadModelFile(const std::string& path, ModelLayout layout);
 
-/// The same for the bytes of a file.
+/// The same for the bytes of a file, but throws std::bad_alloc.
 ModelReadResult ReadModelBytes(std::span<const std::byte> bytes, ModelLayout layout);
 
 }  // namespace mapexport

@@ -37,7 +37,7 @@ CodePoint FirstCodePoint(std::string_view text) {
 }
 
 bool IsControl(char32_t codePoint) {
-  return codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F) ||
+  return codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F) || codePoint == 0x061C ||
          (codePoint >= 0x200E && codePoint <= 0x200F) ||
          (codePoint >= 0x2028 && codePoint <= 0x202E) ||
          (codePoint >= 0x2066 && codePoint <= 0x2069);

@@ -51,8 +51,10 @@ FileText::FileText(const std::string& path) {
   }
   if (std::ferror(file.get()) != 0) FailWithErrno(path);
   std::memset(bytes_.get() + size_, 0, simdjson::SIMDJSON_PADDING);
-  if (std::string_view(bytes_.get(), size_).starts_with(kByteOrderMark)) {
-    start_ = kByteOrderMark.size();
+  const std::string_view text(bytes_.get(), size_);
+  if (text.starts_with(kByteOrderMark)) start_ = kByteOrderMark.size();
+  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
+    throw SceneError(path + ": is UTF-16; a scene file is UTF-8");
   }
 }
 

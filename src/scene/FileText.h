@@ -12,7 +12,9 @@ namespace mapexport {
 /// as many as the parser may read beyond the end.
 class FileText {
  public:
-  /// Reads the file at `path`. Throws SceneError when it can't be read or holds 4 GiB or more.
+  /// Reads the file at `path`, which may be a pipe: its writer is waited for, until it has closed
+  /// the pipe. Throws SceneError when the file can't be read, holds 4 GiB or more, or begins as
+  /// UTF-16.
   explicit FileText(const std::string& path);
 
   std::string_view View() const { return {bytes_.get() + start_, size_ - start_}; }

@@ -139,6 +139,10 @@ bool JsonValue::ReadNull() {
   return document_.Get(value_.is_null());
 }
 
+void JsonValue::FailSize(std::size_t count, std::string_view wanted) const {
+  Fail(fmt::format("has {} element{}, must have {}", count, count == 1 ? "" : "s", wanted));
+}
+
 std::string_view JsonValue::CheckNumber(std::string_view wanted) {
   const std::string_view text = document_.Check(CheckJsonValue, Start());
   if (JsonKind(text.front()) != "a number") FailType(wanted);

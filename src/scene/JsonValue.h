@@ -1,6 +1,7 @@
 // Typed, checked reading of the values of a JsonDocument.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -46,6 +47,10 @@ class JsonValue {
   std::size_t ReadChoice(std::span<const std::string_view> choices);
   /// Whether the value is null, which then is read.
   bool ReadNull();
+  /// Checks a value that is of no use as JSON.
+  void Skip() { document_.Check(CheckJsonValue, Start()); }
+  /// Says that this is an array of `count` elements, but must have `wanted`.
+  [[noreturn]] void FailSize(std::size_t count, std::string_view wanted) const;
 
   /// Reads a whole object; see JsonObject::ReadMember.
   template <class... Reads>
@@ -54,7 +59,8 @@ class JsonValue {
   template <class Read>
   void ReadArray(const Read& read);
   /// The elements of an array, each made by `read`. The text is gone through twice, first to count
-  /// the elements: not for arrays that nest.
+  /// the elements: not for arrays that nest. Memory is taken in advance up to a bound only, so that
+  /// many elements that are none cost little.
   template <class Element, class Read>
   std::vector<Element> ReadList(const Read& read);
   /// An array of exactly `size` elements, each made by `read`.
@@ -198,7 +204,8 @@ template <class Element, class Read>
 std::vector<Element> JsonValue::ReadList(const Read& read) {
   JsonArray array(*this);
   std::vector<Element> list;
-  list.reserve(array.CountElements());
+  constexpr std::size_t kMostReserved = (std::size_t{64} << 20) / sizeof(Element);
+  list.reserve(std::min(array.CountElements(), kMostReserved));
   while (array.ReadElement([&](JsonValue& element) { list.push_back(read(element)); })) {
   }
   return list;
@@ -209,12 +216,14 @@ std::array<Element, size> JsonValue::ReadTuple(const Read& read) {
   std::array<Element, size> tuple{};
   std::size_t count = 0;
   ReadArray([&](JsonValue& element) {
-    if (count < size) tuple[count] = read(element);
+    if (count < size) {
+      tuple[count] = read(element);
+    } else {
+      element.Skip();
+    }
     ++count;
   });
-  if (count != size) {
-    Fail("has " + std::to_string(count) + " elements, must have " + std::to_string(size));
-  }
+  if (count != size) FailSize(count, std::to_string(size));
   return tuple;
 }
 

@@ -27,6 +27,29 @@ bool ReadsBack(const char* start, const char* end, float number) {
          std::bit_cast<std::uint32_t>(number);
 }
 
+struct CodePoint {
+  std::uint32_t value;
+  std::size_t bytes;
+};
+
+// The first code point of valid UTF-8.
+CodePoint FirstCodePoint(std::string_view utf8) {
+  const auto lead = static_cast<unsigned char>(utf8[0]);
+  if (lead < 0x80) return {lead, 1};
+  const std::size_t bytes = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  std::uint32_t value = lead & (0x7Fu >> bytes);
+  for (const char c : utf8.substr(1, bytes - 1)) {
+    value = (value << 6) | (static_cast<unsigned char>(c) & 0x3Fu);
+  }
+  return {value, bytes};
+}
+
+// Control characters, line and paragraph separators, and what turns the writing direction.
+bool NeedsEscape(std::uint32_t c) {
+  return c < 0x20 || (c >= 0x7F && c <= 0x9F) || c == 0x061C || (c >= 0x200E && c <= 0x200F) ||
+         (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
 }  // namespace
 
 void JsonWriter::Key(std::string_view name) {
@@ -108,15 +131,17 @@ void JsonWriter::Quote(std::string_view utf8) {
   constexpr std::string_view kEscaped = "\"\\\b\f\n\r\t";
   constexpr std::string_view kLetters = "\"\\bfnrt";
   buffer_ += '"';
-  for (const char c : utf8) {
-    if (const std::size_t i = kEscaped.find(c); i != std::string_view::npos) {
+  while (!utf8.empty()) {
+    const CodePoint point = FirstCodePoint(utf8);
+    if (const std::size_t i = kEscaped.find(utf8[0]); i != std::string_view::npos) {
       buffer_ += '\\';
       buffer_ += kLetters[i];
-    } else if (static_cast<unsigned char>(c) < 0x20) {
-      fmt::format_to(std::back_inserter(buffer_), "\\u{:04x}", static_cast<int>(c));
+    } else if (NeedsEscape(point.value)) {
+      fmt::format_to(std::back_inserter(buffer_), "\\u{:04x}", point.value);
     } else {
-      buffer_ += c;
+      buffer_ += utf8.substr(0, point.bytes);
     }
+    utf8.remove_prefix(std::min(point.bytes, utf8.size()));
   }
   buffer_ += '"';
 }

@@ -29,6 +29,8 @@ class JsonWriter {
   void CloseArray() { Close(']'); }
   void Key(std::string_view name);
 
+  /// Characters that a terminal may take for commands, and those that turn the writing direction,
+  /// are written as escapes.
   void Text(std::string_view utf8);
   void Integer(std::int64_t number);
   /// A finite float, in the fewest digits that give it back when they are read as a double that is

@@ -16,6 +16,8 @@ namespace {
 
 constexpr std::int64_t kMaxInt32 = std::numeric_limits<std::int32_t>::max();
 constexpr std::int64_t kMinInt32 = std::numeric_limits<std::int32_t>::min();
+constexpr std::int64_t kMaxInt64 = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kMinInt64 = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kMaxUint32 = std::numeric_limits<std::uint32_t>::max();
 
 // Each node adds its object and its array of children; the deepest adds a mesh with lists of
@@ -54,7 +56,11 @@ std::uint32_t ReadMeshIndex(JsonValue& value) {
 }
 
 int ReadMaterialIndex(JsonValue& value) {
-  return static_cast<int>(value.ReadInteger(0, kMaxInt32));
+  const std::int64_t index = value.ReadInteger(kMinInt64, kMaxInt64);
+  if (index < 0 || index > kMaxInt32) {
+    value.Fail(fmt::format("must be null or an index into materials (from 0 on), not {}", index));
+  }
+  return static_cast<int>(index);
 }
 
 SceneTexture ReadTexture(JsonValue& value) {
@@ -108,12 +114,12 @@ Face ReadFace(JsonValue& value) {
       face.smGroup = static_cast<std::uint32_t>(v.ReadInteger(0, kMaxUint32));
     } else if (count == 4) {
       face.SetMatID(static_cast<std::uint16_t>(v.ReadInteger(0, 0xFFFF)));
+    } else {
+      v.Skip();
     }
     ++count;
   });
-  if (count < 3 || count > 5) {
-    value.Fail(fmt::format("has {} elements, must have 3 to 5", count));
-  }
+  if (count < 3 || count > 5) value.FailSize(count, "3 to 5");
   return face;
 }
 
@@ -271,7 +277,7 @@ void ReadFormat(JsonValue& value) {
 }
 
 void ReadVersion(JsonValue& value) {
-  const std::int64_t version = value.ReadInteger(0, kMaxUint32);
+  const std::int64_t version = value.ReadInteger(kMinInt64, kMaxInt64);
   if (version != 1) value.Fail(fmt::format("version {} is not known, only 1 is", version));
 }
 

@@ -13,7 +13,9 @@ bool IsSceneFile(const std::string& path);
 
 /// Reads and checks the scene file at `path`. Throws SceneError with the JSON place of a defect, or
 /// the line and column where the text is no JSON; of several defects it is the first one, but
-/// indices are checked when what they refer to is known. Time and memory are linear in the file's
+/// broken text that the parser's first pass over the file sees (bytes that are not UTF-8, a quote
+/// that is not closed) comes before wrong values, and indices are checked when what they refer to
+/// is known. Time and memory are linear in the file's
 /// size, its text is given back before this returns.
 Scene ReadSceneFile(const std::string& path);
 

@@ -94,7 +94,7 @@ LockedSettingsFile::LockedSettingsFile(const std::string& path,
   const auto deadline = std::chrono::steady_clock::now() + patience;
   while (true) {
     OpenOrCreate(path);
-    if (TryLock() && LeadsHere(path)) return;
+    if (TryLock(path) && LeadsHere(path)) return;
     if (std::chrono::steady_clock::now() >= deadline) {
       throw SettingsError(fmt::format(
           "another process still locks or replaces the file after {} ms", patience.count()));
@@ -104,6 +104,10 @@ LockedSettingsFile::LockedSettingsFile(const std::string& path,
 }
 
 LockedSettingsFile::~LockedSettingsFile() {
+  RemoveIfUnused();
+}
+
+void LockedSettingsFile::RemoveIfUnused() {
   struct stat status {};
   // Someone who takes no lock may have written into the file.
   if (madeHere_ && ::fstat(file_.Get(), &status) == 0 && status.st_size == 0) {
@@ -138,10 +142,12 @@ void LockedSettingsFile::OpenOrCreate(const std::string& path) {
   if (!file_.IsOpen()) throw SettingsError("the file can't be opened for writing", errno);
 }
 
-bool LockedSettingsFile::TryLock() const {
+bool LockedSettingsFile::TryLock(const std::string& path) {
   if (::flock(file_.Get(), LOCK_EX | LOCK_NB) == 0) return true;
   if (errno == EWOULDBLOCK || errno == EINTR) return false;
-  throw SettingsError("the file can't be locked", errno);
+  const int error = errno;
+  if (LeadsHere(path)) RemoveIfUnused();
+  throw SettingsError("the file can't be locked", error);
 }
 
 bool LockedSettingsFile::LeadsHere(const std::string& path) {

@@ -34,7 +34,8 @@ class LockedSettingsFile {
 
  private:
   void OpenOrCreate(const std::string& path);
-  bool TryLock() const;
+  bool TryLock(const std::string& path);
+  void RemoveIfUnused();
   bool LeadsHere(const std::string& path);
 
   Descriptor file_;

@@ -158,6 +158,13 @@ void SettingsStore::CloseKey(HKEY key) {
 std::string SettingsStore::Save() {
   if (content_->path.empty() || content_->changes.Empty()) return {};
   try {
+    // A file that holds all of it already is left alone, as it may be one that can't be written.
+    RegistryText now = ParseRegistryText(ReadSettingsFile(content_->path).value_or(""));
+    if (content_->changes.MergedInto(now) == now.bytes) {
+      content_->text = std::move(now);
+      content_->changes = {};
+      return {};
+    }
     LockedSettingsFile file(content_->path, kLockPatience);
     const RegistryText before = ParseRegistryText(file.Read());
     std::string bytes = content_->changes.MergedInto(before);

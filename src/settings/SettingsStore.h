@@ -54,9 +54,9 @@ class SettingsStore {
   /// Writes the values that were set since Open, or since the last Save that succeeded, into the
   /// file. The file is locked (for up to 5 seconds this waits for others) and read again, so that
   /// all that is there by then survives byte for byte, and replaced atomically; it keeps its mode,
-  /// symbolic links are followed, and missing folders are made. Nothing is written when nothing was
-  /// set or nothing would change. Returns one line saying what went wrong, the file then being as
-  /// it was, or an empty text.
+  /// symbolic links are followed, and missing folders are made. When nothing was set or
+  /// nothing would change, the file is not even opened for writing. Returns one line saying what
+  /// went wrong, the file then being as it was, or an empty text.
   std::string Save();
 
   /// One line saying what was wrong with the file when the store was opened, empty when nothing
