@@ -208,7 +208,8 @@ TEST_F(ProgramTest, NumbersAreTypedAsGiven) {
 TEST_F(ProgramTest, HelpAndVersion) {
   const std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>> cases{
       {{"--version"}, {"1.0.0"}},
-      {{"--help"}, {"export", "scene", "inspect", "--version"}},
+      {{"--help"}, {"export", "scene", "inspect", "formats", "--version"}},
+      {{"formats"}, {".scene.json", "\n.fbx ", "\n.gltf ", "\n.obj ", "\n.3ds "}},
       {{"export", "--help"},
        {"SCENE",
         "OUTPUT",

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "app/CommandLine.h"
+#include "app/Formats.h"
 #include "app/Help.h"
 #include "app/OptionValues.h"
 #include "app/RunError.h"
@@ -175,6 +176,8 @@ Arguments ParseArguments(const std::vector<std::string>& arguments) {
       return SceneArguments{SceneOf(line), PathValue(line, "output")};
     case Command::kInspect:
       return InspectOf(line);
+    case Command::kFormats:
+      return ShowText{FormatsText()};
   }
   throw std::logic_error("a command without a meaning");
 }

@@ -13,7 +13,7 @@
 
 namespace mapexport {
 
-/// A text for standard output: --help or --version.
+/// A text for standard output: --help, --version or the list of formats.
 struct ShowText {
   std::string text;
 };

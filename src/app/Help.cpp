@@ -69,7 +69,8 @@ std::string ProgramHelp() {
 
 std::string CommandHelp(const CommandInfo& command) {
   std::string out =
-      fmt::format("mapexport {}: {}\n\n{}\n\n", command.name, command.summary, UsageLine(&command));
+      fmt::format("mapexport {}: {}\n\n{}\n", command.name, command.summary, UsageLine(&command));
+  if (!command.positionals.empty()) out += '\n';
   for (const PositionalInfo& positional : command.positionals) {
     AppendEntry(out, positional.name, positional.help);
   }

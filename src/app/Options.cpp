@@ -94,6 +94,8 @@ constexpr std::array kCommands{
                 kScenePositionals, kSceneOptions},
     CommandInfo{Command::kInspect, "inspect", "checks a model file and prints what it holds",
                 kInspectPositionals, kInspectOptions},
+    CommandInfo{
+        Command::kFormats, "formats", "lists the formats that scenes are read from", {}, {}},
 };
 
 }  // namespace

@@ -30,7 +30,7 @@ struct PositionalInfo {
   const char* help;
 };
 
-enum class Command { kExport, kScene, kInspect };
+enum class Command { kExport, kScene, kInspect, kFormats };
 
 struct CommandInfo {
   Command command;
