@@ -2,7 +2,8 @@
 # Builds and runs the tests: test.sh [PRESET...], by default release and sanitize.
 #
 # Without arguments it also checks the arrows between the rooms, the example, and that the release,
-# debug and sanitize builds write equal bytes. The last line counts it all: "N passed, N failed, N skipped".
+# debug and sanitize builds write equal bytes. The last line counts it all: "N passed, N failed, N
+# skipped".
 # MAPEXPORT_WERROR=ON in the environment makes warnings errors.
 set -euo pipefail
 unset CDPATH

@@ -87,7 +87,8 @@ SceneMaterial ImportMaterial(const LibraryScene& source, const aiMaterial& mater
 /// PLY give a nameless one, even two-sided, to every mesh.
 bool IsStandIn(const LibraryScene& source, const aiMaterial& material, const std::string& name,
                std::size_t index) {
-  if (!name.empty()) return name == AI_DEFAULT_MATERIAL_NAME;
+  // The second one is what the library's reader of .3ds files calls it.
+  if (!name.empty()) return name == AI_DEFAULT_MATERIAL_NAME || name == "%%%DEFAULT";
   switch (source.format) {
     case SourceFormat::kGltf1:
     case SourceFormat::kGltf2:
