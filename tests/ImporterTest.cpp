@@ -114,43 +114,6 @@ std::set<std::uint32_t> GroupsOf(const Mesh& mesh, std::size_t begin, std::size_
 
 // --- OBJ ---
 
-TEST_F(ImporterTest, ObjMeshIsRebuilt) {
-  Write("two.mtl",
-        "newmtl Red\nKd 1 0 0\nd 0.5\nmap_Kd .\\red.png\n"
-        "newmtl Blue\nKd 0 0 1\nmap_Kd ..\\..\\art\\x\\..\\blue.png\n");
-  const ImportedScene imported = Import(
-      "two.obj",
-      "mtllib two.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 9 9 9\nv nan 0 0\n"
-      "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 0\n"
-      "o Quad\nusemtl Red\nf 1/1 2/2 3/3\nusemtl Blue\nf 1/4 3/3 4/1\nf 1/1 2/2 6/3\nl 1 2\n");
-  ASSERT_EQ(imported.scene.root.name, "Scene Root");
-  const SceneNode& quad = Named(imported, "Quad");
-  EXPECT_EQ(quad.objectTransform, kYUpAt0);
-  const Mesh& mesh = *quad.mesh;
-  EXPECT_THAT(mesh.verts,
-              ElementsAre(Point3{0, 0, 0}, Point3{1, 0, 0}, Point3{1, 1, 0}, Point3{0, 1, 0}));
-  EXPECT_EQ(mesh.tVerts.size(), 3u);  // the fourth equals the first
-  ASSERT_EQ(mesh.faces.size(), 2u);
-  EXPECT_EQ(mesh.faces[0].MatID(), 0);
-  EXPECT_EQ(mesh.faces[1].MatID(), 1);
-  EXPECT_THAT(mesh.faces[1].v, ElementsAre(0u, 2u, 3u));
-
-  const std::vector<SceneMaterial>& materials = imported.scene.materials;
-  ASSERT_EQ(materials.size(), 3u);
-  const SceneMaterial& multi = materials[static_cast<std::size_t>(quad.material)];
-  EXPECT_EQ(multi.materialClass, SceneMaterialClass::kMulti);
-  EXPECT_THAT(multi.subMaterials, ElementsAre(0, 1));
-  EXPECT_EQ(materials[0].name, "Red");
-  EXPECT_EQ(materials[0].diffuse, (Color{1, 0, 0}));
-  EXPECT_FLOAT_EQ(materials[0].opacity, 0.5f);
-  EXPECT_EQ(materials[0].diffuseMap->file, "red.png");
-  EXPECT_EQ(materials[1].diffuseMap->file, "art\\blue.png");
-
-  ASSERT_EQ(RemarksOf(imported).size(), 1u);
-  EXPECT_THAT(RemarksOf(imported).at(0), HasSubstr("1 line,"));
-  EXPECT_THAT(RemarksOf(imported).at(0), HasSubstr("1 triangle with such a corner"));
-}
-
 TEST_F(ImporterTest, ObjWithoutItsSideFileOrTriangles) {
   const ImportedScene missing =
       Import("a.obj",
@@ -282,73 +245,7 @@ TEST(TriangulatePolygonTest, TrianglesCoverThePolygon) {
   EXPECT_FALSE(TriangulatePolygon(saw, triangles));
 }
 
-TEST_F(ImporterTest, PlyStandsUprightWithoutMaterial) {
-  const ImportedScene imported =
-      Import("a.ply",
-             "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
-             "property float z\nelement face 1\nproperty list uchar int vertex_indices\n"
-             "end_header\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n");
-  const SceneNode& node = imported.scene.root.children.at(0);
-  EXPECT_EQ(node.objectTransform, Matrix3{});
-  EXPECT_EQ(node.material, -1);
-  EXPECT_THAT(imported.scene.materials, IsEmpty());
-}
-
 // --- smoothing ---
-
-/// A tube of 12 sides along z through rings of these radii at z = 0, 1, ...; smooth within each
-/// band, with a crease at every ring, and a flat cap on the last one.
-std::string Tube(const std::vector<double>& radii) {
-  constexpr int kSides = 12;
-  std::ostringstream obj;
-  obj << "o Tube\n";
-  for (std::size_t ring = 0; ring < radii.size(); ++ring) {
-    for (int i = 0; i < kSides; ++i) {
-      const double angle = 2 * std::numbers::pi * i / kSides;
-      obj << "v " << radii[ring] * std::cos(angle) << ' ' << radii[ring] * std::sin(angle) << ' '
-          << ring << '\n';
-    }
-  }
-  for (std::size_t band = 0; band + 1 < radii.size(); ++band) {
-    for (int i = 0; i < kSides; ++i) {
-      const double angle = 2 * std::numbers::pi * i / kSides;
-      obj << "vn " << std::cos(angle) << ' ' << std::sin(angle) << ' '
-          << radii[band] - radii[band + 1] << '\n';
-    }
-  }
-  obj << "vn 0 0 1\n";
-  for (std::size_t band = 0; band + 1 < radii.size(); ++band) {
-    for (int i = 0; i < kSides; ++i) {
-      const auto corner = [&](std::size_t ring, int side) {
-        obj << ' ' << ring * kSides + static_cast<std::size_t>(side % kSides) + 1 << "//"
-            << band * kSides + static_cast<std::size_t>(side % kSides) + 1;
-      };
-      obj << 'f';
-      corner(band, i), corner(band, i + 1), corner(band + 1, i + 1), corner(band + 1, i);
-      obj << '\n';
-    }
-  }
-  obj << 'f';
-  for (int i = 0; i < kSides; ++i) {
-    obj << ' ' << (radii.size() - 1) * kSides + static_cast<std::size_t>(i) + 1 << "//"
-        << (radii.size() - 1) * kSides + 1;
-  }
-  obj << '\n';
-  return obj.str();
-}
-
-TEST_F(ImporterTest, SmoothingGroupsComeFromNormals) {
-  const ImportedScene imported = Import("tube.obj", Tube({1, 2, 1, 2}));
-  const Mesh& mesh = *Named(imported, "Tube").mesh;
-  ASSERT_EQ(mesh.faces.size(), 3u * 24 + 10);
-  EXPECT_EQ(mesh.verts.size(), 4u * 12);
-  // Neighbouring bands differ; the first and the third may share a bit; the cap is flat. Never bit
-  // 0.
-  EXPECT_THAT(GroupsOf(mesh, 0, 24), ElementsAre(2u));
-  EXPECT_THAT(GroupsOf(mesh, 24, 48), ElementsAre(4u));
-  EXPECT_THAT(GroupsOf(mesh, 48, 72), ElementsAre(2u));
-  EXPECT_THAT(GroupsOf(mesh, 72, 82), ElementsAre(0u));
-}
 
 // --- glTF ---
 
@@ -368,41 +265,6 @@ std::string Gltf(const std::string& nodes) {
 "bufferViews":[{"buffer":0,"byteLength":36}],
 "accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3",
 "min":[0,0,0],"max":[1,1,0]}]})";
-}
-
-TEST_F(ImporterTest, GltfNodesMaterialsAndExtras) {
-  const ImportedScene imported = Import("room.gltf", Gltf(R"(
-{"name":"Static_Room","mesh":0,"translation":[1,2,3],"children":[1,2],
- "extras":{"userProperties":"floorface\nclimbable","notrendered":true,"other":false,"n":3}},
-{"name":"Twin","mesh":0,"rotation":[0.70710678,0,0,0.70710678]},{"name":"Bare","mesh":1})"));
-  ASSERT_EQ(imported.scene.root.children.size(), 1u);  // the file's root, with its mesh, below ours
-  const SceneNode& room = imported.scene.root.children[0];
-  EXPECT_EQ(room.name, "Static_Room");
-  EXPECT_EQ(room.objectTransform, Rows({100, 0, 0}, {0, 0, 100}, {0, -100, 0}, {100, -300, 200}));
-  EXPECT_EQ(room.userProperties, "floorface\nclimbable\r\nnotrendered\r\n");
-  const SceneNode& twin = Named(imported, "Twin");
-  EXPECT_EQ(twin.mesh, room.mesh);
-  EXPECT_EQ(twin.material, room.material);
-  // Turned about x by 90 degrees: y-up to z-up and back, without a residue.
-  EXPECT_EQ(twin.objectTransform, Rows({100, 0, 0}, {0, -100, 0}, {0, 0, -100}, {100, -300, 200}));
-  EXPECT_EQ(Named(imported, "Bare").material, -1);
-
-  ASSERT_EQ(imported.scene.materials.size(), 1u);
-  const SceneMaterial& brick = imported.scene.materials[0];
-  EXPECT_EQ(brick.name, "Brick");
-  EXPECT_TRUE(brick.twoSided);
-  EXPECT_EQ(brick.diffuse, (Color{0.25f, 0.5f, 0.75f}));
-  EXPECT_EQ(brick.diffuseMap->file,
-            "sub dir/br\xC3\xBC"
-            "ck.png");
-  // offset + rotation * scale on (u, v down), as the extension defines it, for the v-up point (0.3,
-  // 0.6).
-  const double u = 2 * 0.3;
-  const double v = 3 * (1 - 0.6);
-  const Point3 moved = Point3{0.3f, 0.6f, 0} * brick.diffuseMap->uvTransform.value();
-  EXPECT_NEAR(moved.x, 0.1 + std::cos(0.5) * u + std::sin(0.5) * v, 1e-5);
-  EXPECT_NEAR(moved.y, 1 - (0.2 - std::sin(0.5) * u + std::cos(0.5) * v), 1e-5);
-  EXPECT_THAT(RemarksOf(imported), ElementsAre(HasSubstr("multiplied by 100")));
 }
 
 TEST_F(ImporterTest, GltfSideFileWithAPercentEncodedName) {
@@ -513,22 +375,6 @@ Connections: {
   C: "OP",40,30, "DiffuseColor"
 }
 )";
-
-TEST_F(ImporterTest, FbxPivotsTextsAndUvRotation) {
-  const ImportedScene imported = Import("pivot.fbx", kFbx);
-  ASSERT_EQ(NodesOf(imported).size(), 2u);
-  const SceneNode& node = imported.scene.root.children.at(0);
-  EXPECT_EQ(node.name, "Say \"hi\"");
-  EXPECT_EQ(node.userProperties, "floorface\r\nclimbable\r\n");
-  EXPECT_EQ(node.objectTransform, Rows({1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {100, 0, 0}));
-  // The offset is the geometry's alone.
-  EXPECT_EQ(node.children.at(0).objectTransform, Rows({1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {7, 8, 9}));
-  const SceneTexture& map = imported.scene.materials.at(0).diffuseMap.value();
-  EXPECT_EQ(map.file, "Art\\slate.tga");
-  const Point3 corner = Point3{1, 0.5f, 0} * map.uvTransform.value();  // a quarter turn: degrees
-  EXPECT_NEAR(corner.x, 0.5, 1e-6);
-  EXPECT_NEAR(corner.y, 1.5, 1e-6);
-}
 
 /// Two nodes with the geometry, the second with a material of its own.
 std::string FbxWithInstance(const std::string& material) {
@@ -777,54 +623,6 @@ class RealFileTest : public testing::Test {
     return ImportScene((Folder() / name).string(), {});
   }
 };
-
-TEST_F(RealFileTest, Spider) {
-  const ImportedScene spider = Import("spider.obj");
-  EXPECT_EQ(spider.scene.root.children.size(), 19u);
-  EXPECT_EQ(TrianglesOf(spider), 1368u);
-  ASSERT_EQ(spider.scene.materials.size(), 4u);
-  const SceneNode& leg = Named(spider, "Bein1Li");
-  const SceneMaterial& wood = spider.scene.materials.at(static_cast<std::size_t>(leg.material));
-  EXPECT_EQ(wood.name, "BeinTex");
-  EXPECT_EQ(wood.diffuseMap->file, "drkwood2.jpg");
-  EXPECT_EQ(leg.mesh->faces.at(0).smGroup, 1u << 2);  // "s 2", then "s 1"
-  EXPECT_THAT(GroupsOf(*leg.mesh, 0, leg.mesh->faces.size()), ElementsAre(2u, 4u));
-  EXPECT_THAT(RemarksOf(spider), ElementsAre("left-out: left out: 1 material without effect"));
-  EXPECT_THAT(spider.sideFiles, ElementsAre((Folder() / "spider.mtl").string()));
-}
-
-TEST_F(RealFileTest, AseAnd3dsKeepTheirOwnNumbers) {
-  const ImportedScene cubes = Import("ThreeCubesGreen.ASE");
-  ASSERT_EQ(cubes.scene.root.children.size(), 3u);
-  const SceneNode& cube = cubes.scene.root.children[2];
-  EXPECT_EQ(cube.name, "Quader03");
-  EXPECT_EQ(cube.objectTransform,
-            Rows({0, -1, 0}, {0, 0, 1}, {-1, 0, 0}, {0, 91.4127f, 176.7313f}));
-  EXPECT_EQ(cube.mesh->verts.size(), 8u);
-  EXPECT_THAT(GroupsOf(*cube.mesh, 0, 12), ElementsAre(0u));
-  EXPECT_EQ(cubes.scene.materials.at(0).diffuse, (Color{0.6510f, 0.2902f, 0}));
-
-  // Its own numbers with y up instead of z.
-  const ImportedScene turned = ImportScene((Folder() / "ThreeCubesGreen.ASE").string(),
-                                           {.up = UpAxis::kY, .scale = {}, .keepLibraryScene = {}});
-  EXPECT_EQ(turned.scene.root.children[2].objectTransform,
-            Rows({0, 0, -1}, {0, -1, 0}, {-1, 0, 0}, {0, -176.7313f, 91.4127f}));
-
-  const ImportedScene boxes = Import("test1.3ds");
-  EXPECT_EQ(boxes.scene.root.children.size(), 9u);
-  EXPECT_EQ(TrianglesOf(boxes), 108u);
-  EXPECT_EQ(boxes.scene.materials.at(1).diffuseMap->file, "CWALL02.JPG");
-}
-
-TEST_F(RealFileTest, GltfWithSideFile) {
-  const ImportedScene box = Import("BoxTextured-glTF/BoxTextured.gltf");
-  EXPECT_THAT(box.sideFiles, ElementsAre(testing::EndsWith("BoxTextured-glTF/BoxTextured0.bin")));
-  const SceneNode& node = Named(box, "nodes[1]");
-  // The file turns z up into y up; the importer turns it back.
-  EXPECT_EQ(node.objectTransform, Rows({100, 0, 0}, {0, 100, 0}, {0, 0, 100}, {0, 0, 0}));
-  EXPECT_EQ(node.mesh->verts.size(), 8u);
-  EXPECT_EQ(node.mesh->faces.size(), 12u);
-}
 
 TEST_F(RealFileTest, UserTextInAsciiAndBinaryFbx) {
   for (const char* name : {"max-fbx/udp_instanced_material_7700_ascii.fbx",

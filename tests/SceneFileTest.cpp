@@ -530,85 +530,6 @@ TEST(WriteSceneFile, StaysSmallWhenScenesAreDeep) {
   EXPECT_TRUE(Same(Read(text), scene));
 }
 
-TEST(WriteSceneFile, IsForPeopleToRead) {
-  const std::string text = R"({
-  "format": "mapexport-scene",
-  "version": 1,
-  "materials": [
-    {
-      "ambient": [0.1, -0, 1e+20],
-      "subMaterials": [0, null]
-    }
-  ],
-  "root": {
-    "name": "A \"b\"\u001f\u007f\u009b\u061c\u200e\u202e\u2069 é",
-    "children": [
-      {
-        "mesh": {
-          "vertices": [
-            [0, 0, 0],
-            [1.5, 0, 7.0385307e-26]
-          ],
-          "faces": [
-            [0, 1, 0],
-            [0, 1, 0, 3],
-            [0, 1, 0, 0, 2]
-          ]
-        }
-      },
-      {}
-    ]
-  }
-}
-)";
-  EXPECT_EQ(Write(Read(text)), text);
-}
-
-TEST(HostScene, ShowsTheScene) {
-  class AnyView : public View {
-    Point2 ViewToScreen(Point3) override { return {}; }
-  };
-  const Scene scene = Read(kBackwards);
-  const HostScene host(scene);
-  EXPECT_EQ(host.GetTime(), 0);
-  EXPECT_EQ(host.GetMAXHWnd(), nullptr);
-  INode* root = host.GetRootNode();
-  EXPECT_STREQ(root->GetName(), "Root");
-  EXPECT_EQ(root->EvalWorldState(0, true), nullptr);
-  EXPECT_EQ(root->GetMtl(), nullptr);
-  EXPECT_EQ(root->GetWireColor(), 0x00808080u);
-  ASSERT_EQ(root->NumberOfChildren(), 4);
-
-  INode* floor = root->GetChildNode(0);
-  EXPECT_EQ(floor->GetWireColor(), 0x000080FFu);
-  EXPECT_EQ(floor->GetObjectTM(0), scene.root.children[0].objectTransform);
-  CStr properties;
-  floor->GetUserPropBuffer(properties);
-  EXPECT_STREQ(properties.data(), "floorface\r\nclimbable");
-  const auto meshOf = [](INode* node) {
-    AnyView view;
-    bool needDelete = true;
-    auto* object = dynamic_cast<GeomObject*>(node->EvalWorldState(0, true));
-    EXPECT_TRUE(object->CanConvertToType(kTriObjectClassID));
-    const Mesh* mesh = object->GetRenderMesh(0, node, view, needDelete);
-    EXPECT_FALSE(needDelete);
-    return mesh;
-  };
-  EXPECT_EQ(meshOf(floor), scene.root.children[0].mesh.get());
-  EXPECT_EQ(meshOf(root->GetChildNode(2)), nullptr);
-  EXPECT_FALSE(root->GetChildNode(1)->EvalWorldState(0, true)->CanConvertToType(kTriObjectClassID));
-
-  Mtl* wall = floor->GetMtl();
-  ASSERT_EQ(wall->ClassID(), kStandardMtlClassID);
-  auto* standard = dynamic_cast<StdMat*>(wall);
-  EXPECT_EQ(standard->GetSpecular(0), (Color{0.7f, 0.8f, 0.9f}));
-  EXPECT_EQ(standard->GetSubTexmap(0), nullptr);
-  Matrix3 transform;
-  EXPECT_TRUE(standard->GetSubTexmap(1)->GetUVTransform(transform));
-  EXPECT_EQ(transform.rows[0], (Point3{2, 0, 0}));
-  EXPECT_NE(standard->GetSubTexmap(1)->ClassID(), kBitmapTexClassID);
-}
-
 TEST(HostScene, ShowsMaterialsThatReferToLaterOnesAndThemselves) {
   const Scene scene = Read(Document(R"("materials": [
       {"class": "multi", "subMaterials": [2, null, 0]},
@@ -629,22 +550,6 @@ TEST(HostScene, ShowsMaterialsThatReferToLaterOnesAndThemselves) {
   EXPECT_NE(other->ClassID(), kStandardMtlClassID);
   EXPECT_NE(other->ClassID(), kMultiMtlClassID);
   EXPECT_EQ(other->NumSubMtls(), 0);
-}
-
-TEST(HostScene, KeepsTheTreeOfManyNodes) {
-  Scene scene;
-  Random random(5);
-  for (int i = 0; i < 300; ++i) scene.root.children.push_back(RandomNode(random, 6));
-  const auto check = [](const auto& self, const SceneNode& node, INode* shown) -> void {
-    EXPECT_STREQ(shown->GetName(), node.name.c_str());
-    ASSERT_EQ(shown->NumberOfChildren(), std::ssize(node.children));
-    for (int i = 0; i < shown->NumberOfChildren(); ++i) {
-      self(self, node.children[static_cast<std::size_t>(i)], shown->GetChildNode(i));
-    }
-  };
-  scene.materials.resize(6);
-  const HostScene host(scene);
-  check(check, scene.root, host.GetRootNode());
 }
 
 TEST(IsSceneFile, GoesByTheEndOfTheName) {
