@@ -36,7 +36,9 @@ class CrowdedValues {
       : random_(seed), steps_(steps), origin_(origin) {}
 
   float Next() {
-    if (Pick(400) == 0) return Pick(2) == 0 ? kNaN : kInfinity;
+    const int oddity = Pick(400);
+    if (oddity == 0) return kNaN;
+    if (oddity == 1) return kInfinity;
     const float value = origin_ + kAttributeTolerance * static_cast<float>(Pick(steps_));
     return std::nextafter(value, Pick(3) == 0 ? -1e9f : 1e9f);
   }

@@ -26,7 +26,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::AllOf;
-using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -97,6 +96,7 @@ class ProgramTest : public testing::Test {
   Outcome Run(std::vector<std::string> arguments, const std::function<void()>& prepare = {}) {
     arguments.insert(arguments.begin(), MAPEXPORT_BIN_DIR "/mapexport");
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
     const int end = InChild([&] {
