@@ -26,6 +26,16 @@ void RequireOther(const OutputTarget& target, const std::string& other, std::str
   throw RunError(fmt::format("{}: cannot be written: it is the {} itself", target.name, what));
 }
 
+/// Where a file beside the output goes; nothing without a path.
+std::optional<OutputTarget> FindCompanion(const ExportArguments& arguments,
+                                          const std::optional<std::string>& path) {
+  if (!path) return std::nullopt;
+  OutputTarget target = FindOutput(*path);
+  RequireOther(target, arguments.scene.path, "scene");
+  RequireOther(target, ModelPath(arguments.output), "output");
+  return target;
+}
+
 }  // namespace
 
 std::string ModelPath(const std::string& path) {
@@ -49,19 +59,12 @@ OutputTarget FindModelTarget(const ExportArguments& arguments) {
 }
 
 std::optional<OutputTarget> FindDepFileTarget(const ExportArguments& arguments) {
-  if (!arguments.depFile) return std::nullopt;
-  OutputTarget target = FindOutput(*arguments.depFile);
-  RequireOther(target, arguments.scene.path, "scene");
-  RequireOther(target, ModelPath(arguments.output), "output");
-  return target;
+  return FindCompanion(arguments, arguments.depFile);
 }
 
 std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments) {
-  if (!arguments.report) return std::nullopt;
-  OutputTarget target = FindOutput(*arguments.report);
-  RequireOther(target, arguments.scene.path, "scene");
-  RequireOther(target, ModelPath(arguments.output), "output");
-  if (arguments.depFile) RequireOther(target, *arguments.depFile, "file of --depfile");
+  std::optional<OutputTarget> target = FindCompanion(arguments, arguments.report);
+  if (target && arguments.depFile) RequireOther(*target, *arguments.depFile, "file of --depfile");
   return target;
 }
 
