@@ -726,6 +726,12 @@ TEST_F(ProgramTest, ReportsTellPrograms) {
     EXPECT_THAT(std::string(report["error"].get_string().value()), HasSubstr("missing"));
     EXPECT_NE(report["sha256"].error(), simdjson::SUCCESS);
   }
+
+  Write(work_ / "t.obj", "v 0 0 0\nv 9 0 0\nv 0 9 0\nf 1 2 3\n");
+  EXPECT_EQ(Run({"export", "t.obj", "t.kob", "--fresh", "--quiet", "--report", "r.json"}).status,
+            0);
+  report = parser.load((work_ / "r.json").string());
+  EXPECT_EQ(report["milliseconds"]["rebuilding"].error(), simdjson::SUCCESS);
 }
 
 }  // namespace

@@ -11,9 +11,9 @@
 namespace mapexport {
 
 LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& stages) {
-  const auto begin = [&stages] { stages.Begin("reading"); };
+  const auto begin = [&stages](const char* stage) { stages.Begin(stage); };
   if (IsSceneFile(source.path)) {
-    begin();
+    begin("reading");
     if (source.import.up != UpAxis::kAuto || source.import.scale) {
       messages.Warning("option-without-effect",
                        fmt::format("{}: --up and --scale have no effect: a scene file holds the "

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -46,6 +47,28 @@ std::string BytesOf(int file) {
     if (bytes.size() > kLongestMessage) return {};
   }
   return count == 0 ? bytes : std::string();
+}
+
+struct Pipe {
+  Descriptor reading;
+  Descriptor writing;
+};
+
+Pipe MakePipe(const std::string& path) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) {
+    Fail(path, fmt::format("can't be read: no pipe can be made: {}", ErrnoText(errno)));
+  }
+  return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+/// Waits for the byte that the reader writes when reading is over; false when it ends without.
+bool WaitForByte(int pipe) {
+  char byte = 0;
+  ssize_t count = 0;
+  while ((count = read(pipe, &byte, sizeof byte)) < 0 && errno == EINTR) {
+  }
+  return count == 1;
 }
 
 /// What waitpid says of the end of `reader`.
@@ -109,15 +132,20 @@ Scene ReadHandedOver(const std::string& path, int file) {
 }  // namespace
 
 ImportedScene ReadForeignScene(const std::string& path, const ImportOptions& options,
-                               std::uint32_t seconds, const std::function<void()>& started) {
+                               std::uint32_t seconds,
+                               const std::function<void(const char* name)>& stage) {
   const Descriptor sceneFile = MakeMemoryFile(path, "scene");
   const Descriptor messageFile = MakeMemoryFile(path, "message");
+  Pipe pipe = MakePipe(path);
   const pid_t reader =
-      StartReader(path, options, {sceneFile.Get(), messageFile.Get()}, LimitsOfReader(seconds));
+      StartReader(path, options, {sceneFile.Get(), messageFile.Get(), pipe.writing.Get()},
+                  LimitsOfReader(seconds));
   if (reader < 0) {
     Fail(path, fmt::format("can't be read: no process can be started: {}", ErrnoText(errno)));
   }
-  started();
+  pipe.writing = Descriptor();
+  stage("reading");
+  if (WaitForByte(pipe.reading.Get())) stage("rebuilding");
   RequireRead(path, WaitForEnd(reader, path), seconds, messageFile.Get());
 
   std::optional<ReaderMessage> message = ReaderMessageOf(BytesOf(messageFile.Get()));

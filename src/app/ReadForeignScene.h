@@ -13,9 +13,10 @@ namespace mapexport {
 /// a crash, an endless loop or a hunger for memory ends only that. The child may take `seconds` of
 /// processor time, and ten times that on the clock (0: any), and, but under AddressSanitizer, three
 /// quarters of the memory as address space; nothing that it prints is seen. It ends when this
-/// process does. `started` is called once the child runs: there must be no other thread before.
-/// Throws SceneError.
+/// process does. `stage` is called with the name of each stage that begins, "reading" once the
+/// child runs: there must be no other thread before. Throws SceneError.
 ImportedScene ReadForeignScene(const std::string& path, const ImportOptions& options,
-                               std::uint32_t seconds, const std::function<void()>& started);
+                               std::uint32_t seconds,
+                               const std::function<void(const char* name)>& stage);
 
 }  // namespace mapexport

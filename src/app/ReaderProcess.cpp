@@ -112,6 +112,11 @@ int WriteText(int fd, std::string_view text) {
   try {
     ImportOptions whole = options;
     whole.keepLibraryScene = true;
+    whole.onRead = [&files] {
+      const char over = 1;
+      // Only what is shown depends on it.
+      static_cast<void>(!write(files.stage, &over, sizeof over));
+    };
     ImportedScene imported = ImportScene(path, whole);
     int error =
         WriteFile(files.scene, [&](std::ostream& out) { WriteSceneFile(imported.scene, out); });

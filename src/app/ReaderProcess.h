@@ -20,10 +20,11 @@ enum class ReaderEnd {
       73  ///< what was read could not be written; the message file may hold the reason
 };
 
-/// The descriptors of two empty files that the reader fills.
+/// The descriptors that the reader fills, two of empty files.
 struct ReaderFiles {
   int scene;    ///< a scene file
   int message;  ///< a ReaderMessage, or the text of an error
+  int stage;    ///< the writing end of a pipe: gets one byte when reading is over
 };
 
 /// The process's limits, as many of them as are lower than those that it has anyway.

@@ -164,6 +164,7 @@ bool IsObjPath(const std::string& path) {
 void ImportObj(const std::string& path, const ImportOptions& options, ImportedScene& result,
                LeftOut& leftOut) {
   const ObjFile file = ReadFile(path);
+  if (options.onRead) options.onRead();
   CountLeftOut(file, leftOut);
   MaterialFiles materialFiles(path, result);
   for (const std::string& statement : file.materialLibraries) materialFiles.Read(statement);

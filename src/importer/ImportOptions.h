@@ -1,6 +1,7 @@
 // What a person may decide about the reading of a foreign scene.
 #pragma once
 
+#include <functional>
 #include <optional>
 
 namespace mapexport {
@@ -19,6 +20,8 @@ struct ImportOptions {
   /// Whether the import library's scene is left in memory for ever. For a child process that ends
   /// by _exit: destroying what a damaged file has become may crash.
   bool keepLibraryScene = false;
+  /// Called once, when the file is read and the host's scene begins to be made of it. May be empty.
+  std::function<void()> onRead = {};
 };
 
 }  // namespace mapexport

@@ -120,10 +120,12 @@ ImportedScene Import(const std::string& path, const ImportOptions& options) {
   } else {
     const LibraryScene source = ReadWithLibrary(path, options);
     // An OBJ file by another name shows only by what it holds.
-    if (source.format == SourceFormat::kObj)
+    if (source.format == SourceFormat::kObj) {
       ImportObj(path, options, result, leftOut);
-    else
+    } else {
+      if (options.onRead) options.onRead();
       ImportFromLibrary(source, options, result, leftOut);
+    }
   }
   FinishScene(result, leftOut);
   return result;
