@@ -92,6 +92,17 @@ builds_agree() {
   return "$status"
 }
 
+# What cmake --install puts elsewhere runs there and writes the same bytes.
+installed_program_works() {
+  local prefix=$root/build/installed
+  rm -rf -- "$prefix"
+  cmake --install build/release --prefix "$prefix" >/dev/null || return 1
+  (cd -- "$prefix" && bin/mapexport export share/doc/mapexport/examples/yard.scene.json yard.kob \
+    --fresh --seed 1 --cxp share/doc/mapexport/examples/yard.cxp --quiet) || return 1
+  cmp -- "$prefix/yard.kob" build/example/yard.kob || return 1
+  [[ -s $prefix/share/man/man1/mapexport.1.gz ]]
+}
+
 if [[ $# -gt 0 ]]; then
   for preset in "$@"; do
     run_tests "$preset"
@@ -102,6 +113,7 @@ else
   check "the example's first command" scripts/run-example.sh
   check "the example's files are what its script writes" example_is_current
   check "the example's counts" python3 examples/check_yard.py build/release/bin/mapexport
+  check "the installed program" installed_program_works
   run_tests sanitize
   heading "the debug build's program"
   configure debug

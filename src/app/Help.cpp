@@ -33,6 +33,8 @@ void AppendEntry(std::string& out, std::string_view head, std::string_view text)
   }
 }
 
+}  // namespace
+
 std::string OptionHead(const OptionInfo& option) {
   std::string head = option.letter == '\0' ? "" : fmt::format("-{}, ", option.letter);
   head += fmt::format("--{}", option.name);
@@ -49,6 +51,8 @@ std::string OptionHelp(const OptionInfo& option) {
   return help;
 }
 
+namespace {
+
 void AppendOptions(std::string& out, std::span<const OptionInfo> options, bool ofControls) {
   for (const OptionInfo& option : options) {
     if ((option.control != 0) == ofControls) {
@@ -63,6 +67,10 @@ std::string ProgramHelp() {
   for (const CommandInfo& command : Commands()) AppendEntry(out, command.name, command.summary);
   out += "\nOptions:\n";
   AppendOptions(out, ProgramOptions(), false);
+  out += "\nExit statuses:\n";
+  for (const ExitStatusInfo& info : ExitStatuses()) {
+    AppendEntry(out, fmt::format("{}", static_cast<int>(info.status)), info.meaning);
+  }
   out += "\n`mapexport COMMAND --help` tells of a command's arguments and options.\n";
   return out;
 }

@@ -10,18 +10,34 @@ using enum OptionKind;
 constexpr std::array kCoordinates{"left-handed", "right-handed", "max", "inverse-max"};
 constexpr std::array kTextureCoordinates{"invert-y", "invert-x", "invert-xy", "max"};
 
+constexpr std::array kUpAxes{"auto", "y", "z"};
+constexpr std::array kAuto{"auto"};
+constexpr std::array kLayouts{"qob", "kob"};
+
 constexpr std::array kProgramOptions{
     OptionInfo{"help", kFlag, nullptr, "print this help and end", 'h'},
     OptionInfo{"version", kFlag, nullptr, "print the version and end"},
 };
 
 // Of `export` and `scene`.
-constexpr OptionInfo kUp{"up", kText, "AXIS",
+constexpr OptionInfo kUp{"up",
+                         kText,
+                         "AXIS",
                          "the axis that points up in a foreign scene: auto (what the format or the "
-                         "file says), y or z"};
-constexpr OptionInfo kScale{"scale", kText, "NUMBER",
+                         "file says), y or z",
+                         '\0',
+                         0,
+                         {},
+                         kUpAxes};
+constexpr OptionInfo kScale{"scale",
+                            kText,
+                            "NUMBER",
                             "host units per unit of a foreign scene: auto (100 for formats in "
-                            "metres, else 1) or a decimal number above 0"};
+                            "metres, else 1) or a decimal number above 0",
+                            '\0',
+                            0,
+                            {},
+                            kAuto};
 constexpr OptionInfo kReadLimit{"read-limit", kText, "SECONDS",
                                 "processor time that reading a foreign scene may take: 45 unless "
                                 "given; 0: no limit"};
@@ -84,7 +100,8 @@ constexpr std::array kInspectPositionals{
 constexpr std::array kInspectOptions{
     OptionInfo{"json", kFlag, nullptr, "print one JSON document"},
     OptionInfo{"summary", kFlag, nullptr, "leave the long lists out and give their counts"},
-    OptionInfo{"layout", kText, "LAYOUT", "qob or kob, whatever the extension is"},
+    OptionInfo{
+        "layout", kText, "LAYOUT", "qob or kob, whatever the extension is", '\0', 0, {}, kLayouts},
 };
 
 constexpr std::array kCommands{
@@ -98,6 +115,16 @@ constexpr std::array kCommands{
         Command::kFormats, "formats", "lists the formats that scenes are read from", {}, {}},
 };
 
+constexpr std::array kExitStatuses{
+    ExitStatusInfo{ExitStatus::kDone, "done"},
+    ExitStatusInfo{ExitStatus::kFailed,
+                   "the input could not be read or the output not be written; an older output is "
+                   "untouched"},
+    ExitStatusInfo{ExitStatus::kWrongUsage, "the command line is wrong"},
+    ExitStatusInfo{ExitStatus::kOverlongLists,
+                   "done, but a list is longer than the file's 16-bit indices can address"},
+};
+
 }  // namespace
 
 std::span<const CommandInfo> Commands() {
@@ -106,6 +133,10 @@ std::span<const CommandInfo> Commands() {
 
 std::span<const OptionInfo> ProgramOptions() {
   return kProgramOptions;
+}
+
+std::span<const ExitStatusInfo> ExitStatuses() {
+  return kExitStatuses;
 }
 
 }  // namespace mapexport

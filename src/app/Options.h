@@ -4,6 +4,8 @@
 
 #include <span>
 
+#include "app/ExitStatus.h"
+
 namespace mapexport {
 
 enum class OptionKind {
@@ -22,7 +24,8 @@ struct OptionInfo {
   char letter = '\0';  ///< "-l" for short
   /// The control of the options dialog that the option operates, 0 for none.
   int control = 0;
-  std::span<const char* const> rows = {};  ///< names of a kRow's rows
+  std::span<const char* const> rows = {};   ///< names of a kRow's rows
+  std::span<const char* const> words = {};  ///< of a kText: values that are words, all or some
 };
 
 struct PositionalInfo {
@@ -46,6 +49,14 @@ std::span<const CommandInfo> Commands();
 
 /// Options of the program itself; "help" is an option of every command too.
 std::span<const OptionInfo> ProgramOptions();
+
+struct ExitStatusInfo {
+  ExitStatus status;
+  const char* meaning;
+};
+
+/// Every exit status, in the order of the numbers.
+std::span<const ExitStatusInfo> ExitStatuses();
 
 // Controls of the dialog.
 inline constexpr int kWeldDistanceControl = 1042;  ///< "Weld Distance:"

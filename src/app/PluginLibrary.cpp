@@ -1,10 +1,9 @@
 #include "app/PluginLibrary.h"
 
-#include <filesystem>
-
 #include <dlfcn.h>
 #include <fmt/format.h>
 
+#include "app/FindLibrary.h"
 #include "app/RunError.h"
 
 namespace mapexport {
@@ -48,13 +47,7 @@ PluginLibrary::PluginLibrary(const std::string& path)
 PluginLibrary::~PluginLibrary() = default;
 
 std::string PluginLibrary::Path() {
-  std::error_code error;
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-  if (error) {
-    throw RunError(
-        fmt::format("the program's own folder (/proc/self/exe): {}", ErrnoText(error.value())));
-  }
-  return (program.parent_path() / "mapexport-plugin.so").string();
+  return FindLibrary("mapexport-plugin.so");
 }
 
 std::unique_ptr<SceneExport> PluginLibrary::CreateExporter() const {

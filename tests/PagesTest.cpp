@@ -1,0 +1,99 @@
+// The manual page and the completion against --help.
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <regex>
+#include <set>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/BashCompletion.h"
+#include "app/Help.h"
+#include "app/ManPage.h"
+
+namespace mapexport {
+namespace {
+
+using testing::IsSupersetOf;
+using Words = std::set<std::string>;
+
+/// The options that `text` names at the beginning of its lines' entries.
+Words OptionsIn(std::string text, const std::string& lineStart) {
+  std::string plain;
+  std::ranges::remove_copy(text, std::back_inserter(plain), '\\');
+  Words options;
+  const std::regex line("(?:^|\\n)" + lineStart + "(-[^\\n]*)");
+  const std::regex option("--[a-z-]+");
+  for (std::sregex_iterator i(plain.begin(), plain.end(), line), end; i != end; ++i) {
+    const std::string head = (*i)[1];
+    for (std::sregex_iterator o(head.begin(), head.end(), option); o != end; ++o) {
+      options.insert(o->str());
+    }
+  }
+  return options;
+}
+
+std::string Output(const std::string& command) {
+  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+  std::string text;
+  std::array<char, 4096> block{};
+  while (const std::size_t count = std::fread(block.data(), 1, block.size(), pipe.get())) {
+    text.append(block.data(), count);
+  }
+  return text;
+}
+
+/// What bash offers behind these words, the last of which is being typed.
+Words Completions(const std::string& words) {
+  const std::string script = testing::TempDir() + "mapexport.bash";
+  std::ofstream(script) << BashCompletion();
+  const std::string text =
+      Output("bash -c '. " + script + " && COMP_WORDS=(" + words +
+             ") COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _mapexport; printf \"%s\\n\" "
+             "\"${COMPREPLY[@]}\"' 2>&1");
+  Words offered;
+  const std::regex word("[^\\n]+");
+  for (std::sregex_iterator i(text.begin(), text.end(), word), end; i != end; ++i) {
+    offered.insert(i->str());
+  }
+  return offered;
+}
+
+TEST(Pages, TellOfTheSameOptionsAsHelp) {
+  const std::string page = ManPage();
+  Words commands;
+  for (const CommandInfo& command : Commands()) {
+    SCOPED_TRACE(command.name);
+    commands.insert(command.name);
+    const Words options = OptionsIn(HelpText(&command), "  (?:[A-Z]+ *)?");
+    const std::size_t begin = page.find(std::string(".SS mapexport ") + command.name + '\n');
+    ASSERT_NE(begin, std::string::npos);
+    Words ofPage = OptionsIn(page.substr(begin, page.find("\n.S", begin + 1) - begin), ".B ");
+    ofPage.insert("--help");
+    EXPECT_EQ(ofPage, options);
+    EXPECT_EQ(Completions(std::string("mapexport ") + command.name + " --"), options);
+  }
+  EXPECT_THAT(Completions("mapexport \"\""), IsSupersetOf(commands));
+}
+
+TEST(Pages, CompletionOffersTheWordsOfOptions) {
+  const Words systems{"left-handed", "right-handed", "max", "inverse-max"};
+  EXPECT_EQ(Completions("mapexport export a b --coordinates \"\""), systems);
+  EXPECT_EQ(Completions("mapexport export a b --coordinates = in"), Words{"inverse-max"});
+  EXPECT_EQ(Completions("mapexport inspect --layout = \"\""), (Words{"qob", "kob"}));
+  EXPECT_EQ(Completions("mapexport export a b --voxel-size \"\""), Words{});
+}
+
+TEST(Pages, ManPageIsSoundTroff) {
+  const std::string file = testing::TempDir() + "mapexport.1";
+  std::ofstream(file) << ManPage();
+  EXPECT_EQ(Output("groff -man -Tutf8 -ww -z " + file + " 2>&1"), "");
+}
+
+}  // namespace
+}  // namespace mapexport
