@@ -656,6 +656,7 @@ TEST(ModelReaderTest, OutputStaysValidForAnyNameAndNumber) {
   EXPECT_EQ(material.at("scalar1"), "-Infinity");
   EXPECT_EQ(material.at("scalar2").get<float>(), std::numeric_limits<float>::denorm_min());
 
+  model.materials.push_back(model.materials[0]);
   model.groups[0].batches.resize(30);
   std::ostringstream out;
   WriteModelText(model, out);
@@ -666,6 +667,9 @@ TEST(ModelReaderTest, OutputStaysValidForAnyNameAndNumber) {
   EXPECT_THAT(out.str(), HasSubstr(" Grey "));
   EXPECT_THAT(out.str(), Not(AnyOf(HasSubstr("NULL"), HasSubstr("NONE"), HasSubstr(" 0.0 %"))));
   EXPECT_THAT(out.str(), HasSubstr("... and 20 more\n"));
+  EXPECT_THAT(out.str(), HasSubstr("not drawn at all  2 materials: 0 a"));
+  EXPECT_THAT(out.str(), HasSubstr("fullest list      groups[0].vertices, <0.1 % of 65536\n"));
+  EXPECT_THAT(out.str(), HasSubstr("    notrendered       2      1\n"));
   EXPECT_THAT(out.str(), HasSubstr("(0, 0, 0) to (1, 1, 0.5)\n"));
 }
 

@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 
 #include "modelreader/ModelFaceFlags.h"
+#include "modelreader/ModelSummary.h"
 #include "modelreader/PrintableText.h"
 #include "modelreader/TextTable.h"
 
@@ -93,17 +94,24 @@ std::string Bounds(const std::vector<ModelPoint>& points) {
                      most.z);
 }
 
+/// How much of the reach of 16-bit indices a list with that many entries uses.
+std::string Percent(std::size_t count) {
+  const double percent = 100.0 * static_cast<double>(count) / static_cast<double>(kModelIndexLimit);
+  return count > 0 && percent < 0.1 ? "<0.1 %" : fmt::format("{:.1f} %", percent);
+}
+
+/// "1.0 % of 65536"
+std::string ShareOfLimit(std::size_t count) {
+  return fmt::format("{} of {}", Percent(count), kModelIndexLimit);
+}
+
 /// Rows of the lists that 16-bit indices address, with how much of their reach is used.
 class LimitTable {
  public:
   void Add(std::string_view list, std::size_t count) {
-    const double percent =
-        100.0 * static_cast<double>(count) / static_cast<double>(kModelIndexLimit);
     const std::string over =
         count > kModelIndexLimit ? fmt::format("too long by {}", count - kModelIndexLimit) : "";
-    const bool tiny = count > 0 && percent < 0.1;
-    table_.AddRow({std::string(list), std::to_string(count),
-                   tiny ? "<0.1 %" : fmt::format("{:.1f} %", percent), over});
+    table_.AddRow({std::string(list), std::to_string(count), Percent(count), over});
   }
   void Write(std::ostream& out) const { table_.Write(2, out); }
 
@@ -194,6 +202,17 @@ void WriteSurfaceSets(const ModelGroup& group, std::ostream& out) {
   WriteMore(group.surfaceSets.size(), shown, out);
 }
 
+void WriteKeywords(const ModelGroup& group, std::ostream& out) {
+  const std::vector<KeywordUse> uses = KeywordUses(group);
+  if (uses.empty()) return;
+  TextTable table({{"keyword"}, {"sets", kRight}, {"faces", kRight}});
+  for (const KeywordUse& use : uses) {
+    table.AddRow({std::string(use.keyword), std::to_string(use.sets), std::to_string(use.faces)});
+  }
+  out << "\n  Faces by keyword\n";
+  table.Write(4, out);
+}
+
 void WriteGroup(std::size_t index, const ModelFile& model, std::ostream& out) {
   const ModelGroup& group = model.groups[index];
   const std::size_t drawn = Triangles(group);
@@ -210,16 +229,51 @@ void WriteGroup(std::size_t index, const ModelFile& model, std::ostream& out) {
   WriteLimits(group, model.layout, out);
   WriteBatches(group, model, out);
   WriteSurfaceSets(group, out);
+  WriteKeywords(group, out);
+}
+
+/// The names of the materials with these indices, as many as fit into a line.
+std::string MaterialNames(const ModelFile& model, const std::vector<std::size_t>& indices) {
+  constexpr std::size_t kMostNames = 5;
+  std::string names;
+  for (std::size_t i = 0; i < std::min(indices.size(), kMostNames); ++i) {
+    names += fmt::format("{}{} {}", i == 0 ? "" : ", ", indices[i],
+                         Name(model.materials[indices[i]].header.name));
+  }
+  if (indices.size() > kMostNames) names += fmt::format(", {} more", indices.size() - kMostNames);
+  return names;
+}
+
+void WriteSummary(const ModelFile& model, std::ostream& out) {
+  const ModelSummary summary = Summarise(model);
+  const bool isKob = model.layout == ModelLayout::kKob;
+  out << fmt::format("Model in the {}: {}, {}\n",
+                     isKob ? "second layout (kob)" : "first layout (qob)",
+                     Counted(model.materials.size(), "material", "materials"),
+                     Counted(model.groups.size(), "group", "groups"));
+  out << fmt::format("  drawn             {} in {}, {}\n",
+                     Counted(summary.drawn, "triangle", "triangles"),
+                     Counted(summary.batches, "batch", "batches"),
+                     Counted(summary.vertices, "vertex", "vertices"));
+  if (isKob) {
+    out << fmt::format("  collision only    {}\n",
+                       Counted(summary.undrawn, "triangle", "triangles"));
+  }
+  if (summary.fullest.count > 0) {
+    out << fmt::format("  fullest list      {}, {}\n", summary.fullest.place,
+                       ShareOfLimit(summary.fullest.count));
+  }
+  if (!summary.unused.empty()) {
+    out << fmt::format("  not drawn at all  {}: {}\n",
+                       Counted(summary.unused.size(), "material", "materials"),
+                       MaterialNames(model, summary.unused));
+  }
 }
 
 }  // namespace
 
 void WriteModelText(const ModelFile& model, std::ostream& out) {
-  const char* layout =
-      model.layout == ModelLayout::kQob ? "first layout (qob)" : "second layout (kob)";
-  out << fmt::format("Model in the {}: {}, {}\n", layout,
-                     Counted(model.materials.size(), "material", "materials"),
-                     Counted(model.groups.size(), "group", "groups"));
+  WriteSummary(model, out);
   if (!model.materials.empty()) WriteMaterials(model, out);
   const std::size_t shown = std::min(model.groups.size(), kMaxGroups);
   for (std::size_t i = 0; i < shown; ++i) WriteGroup(i, model, out);

@@ -1,0 +1,67 @@
+#include "modelreader/ModelSummary.h"
+
+#include "modelreader/ModelFaceFlags.h"
+#include "modelreader/Place.h"
+
+namespace mapexport {
+namespace {
+
+void TakeIfFuller(AddressedList& fullest, const Place& parent, std::string_view field,
+                  std::size_t count) {
+  if (count > fullest.count) fullest = {Place(parent, field).Path(), count};
+}
+
+}  // namespace
+
+ModelSummary Summarise(const ModelFile& model) {
+  ModelSummary summary;
+  std::vector<bool> isUsed(model.materials.size());
+  const bool hasFaceTable = model.layout == ModelLayout::kKob;
+  const Place groups("groups");
+  for (std::size_t g = 0; g < model.groups.size(); ++g) {
+    const ModelGroup& group = model.groups[g];
+    const Place place = groups.At(g);
+    summary.vertices += group.vertices.size();
+    summary.batches += group.batches.size();
+    summary.undrawn += group.planes.size();
+    TakeIfFuller(summary.fullest, place, "vertices", group.vertices.size());
+    const Place batches(place, "batches");
+    for (std::size_t b = 0; b < group.batches.size(); ++b) {
+      const ModelBatch& batch = group.batches[b];
+      summary.drawn += batch.faces.size();
+      const auto material = static_cast<std::size_t>(batch.material);  // -1 becomes too large
+      if (material < isUsed.size()) isUsed[material] = true;
+      TakeIfFuller(summary.fullest, batches.At(b), "corners", batch.corners.size());
+      if (hasFaceTable) {
+        TakeIfFuller(summary.fullest, batches.At(b), "faces", batch.faces.size());
+      }
+    }
+    if (!hasFaceTable) continue;
+    TakeIfFuller(summary.fullest, place, "collisionPoints", group.collisionPoints.size());
+    TakeIfFuller(summary.fullest, place, "faces", group.faces.size());
+  }
+  for (std::size_t i = 0; i < isUsed.size(); ++i) {
+    if (!isUsed[i]) summary.unused.push_back(i);
+  }
+  return summary;
+}
+
+std::vector<KeywordUse> KeywordUses(const ModelGroup& group) {
+  std::vector<KeywordUse> uses;
+  const auto count = [&](std::string_view keyword, const auto& has) {
+    KeywordUse use{keyword, 0, 0};
+    for (const ModelSurfaceSet& set : group.surfaceSets) {
+      if (!has(set.flags)) continue;
+      ++use.sets;
+      use.faces += set.faces.size();
+    }
+    if (use.sets > 0) uses.push_back(use);
+  };
+  for (const ModelFaceFlag& flag : kModelFaceFlags) {
+    count(flag.keyword, [&flag](std::uint32_t flags) { return (flags & flag.bit) != 0; });
+  }
+  count("none", [](std::uint32_t flags) { return flags == 0; });
+  return uses;
+}
+
+}  // namespace mapexport
