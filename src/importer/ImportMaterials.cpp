@@ -10,6 +10,7 @@
 #include <assimp/scene.h>
 #include <fmt/format.h>
 
+#include "importer/FileMaterials.h"
 #include "importer/IsFinite.h"
 #include "importer/LibraryValues.h"
 #include "importer/ReadWithLibrary.h"
@@ -82,6 +83,26 @@ SceneMaterial ImportMaterial(const LibraryScene& source, const aiMaterial& mater
   return host;
 }
 
+/// Sets what `file` says in place of what the library made of it: .3ds and .ase lose their
+/// shininess when its strength is 0 and the other way round, get the scene's ambient colour added
+/// to their own; .ase shininess is multiplied by 15, a two-sided .3ds material shows one side.
+void ApplyFile(const FileMaterial& file, SceneMaterial& host) {
+  const auto set = [](float& value, const std::optional<float>& stated) {
+    if (stated && std::isfinite(*stated)) value = *stated;
+  };
+  if (file.ambient) {
+    set(host.ambient.r, file.ambient->r);
+    set(host.ambient.g, file.ambient->g);
+    set(host.ambient.b, file.ambient->b);
+  }
+  set(host.opacity, file.opacity);
+  host.opacity = std::clamp(host.opacity, 0.0f, 1.0f);
+  set(host.shininess, file.shininess);
+  set(host.shininessStrength, file.shininessStrength);
+  if (file.shading) host.shading = *file.shading;
+  host.twoSided = host.twoSided || file.twoSided;
+}
+
 /// Whether the reader made this material up for meshes that have none. Most readers call it
 /// "DefaultMaterial"; the glTF readers add a nameless one behind the file's own, those of OFF and
 /// PLY give a nameless one, even two-sided, to every mesh.
@@ -106,6 +127,7 @@ bool IsStandIn(const LibraryScene& source, const aiMaterial& material, const std
 ImportedMaterials ImportMaterials(const LibraryScene& source) {
   const aiScene& scene = *source.scene;
   const std::size_t count = scene.mMaterials == nullptr ? 0 : scene.mNumMaterials;
+  const std::vector<std::optional<FileMaterial>> fileMaterials = ReadFileMaterials(source);
   ImportedMaterials imported;
   imported.hostIndex.assign(count, -1);
   for (std::size_t i = 0; i < count; ++i) {
@@ -118,6 +140,7 @@ ImportedMaterials ImportMaterials(const LibraryScene& source) {
     if (name.empty()) name = fmt::format("Material {}", i + 1);
     imported.hostIndex[i] = static_cast<int>(imported.materials.size());
     imported.materials.push_back(ImportMaterial(source, *material, std::move(name)));
+    if (fileMaterials[i]) ApplyFile(*fileMaterials[i], imported.materials.back());
   }
   return imported;
 }

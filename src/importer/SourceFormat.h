@@ -6,6 +6,8 @@
 namespace mapexport {
 
 enum class SourceFormat {
+  k3ds,
+  kAse,
   kCollada,
   kFbx,
   kGltf1,

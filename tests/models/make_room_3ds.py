@@ -24,9 +24,13 @@ GLASS = chunk(
     chunk(0xA000, text("Glass")),
     chunk(0xA010, colour(0.125, 0.125, 0.25)),
     chunk(0xA020, colour(0.25, 0.5, 1)),
+    chunk(0xA040, percent(30)),
+    chunk(0xA041, percent(0)),
     chunk(0xA050, percent(50)),
+    chunk(0xA081),
     chunk(0xA100, shorts(3)),
 )
+SCENE_AMBIENT = chunk(0x2100, colour(0.25, 0.25, 0.5))
 TURNED = [(0, 1, 0), (-1, 0, 0), (0, 0, 1)]
 UPRIGHT = [(1, 0, 0), (0, 1, 0), (0, 0, 1)]
 QUARTER = (1.5707964, (0, 0, -1))
@@ -65,7 +69,7 @@ NO_PARENT = 0xFFFF
 
 pathlib.Path(__file__).with_name("room.3ds").write_bytes(
     scene(
-        [BRICK, GLASS, FLOOR, BOX, LID, ASIDE],
+        [SCENE_AMBIENT, BRICK, GLASS, FLOOR, BOX, LID, ASIDE],
         [
             node(0, NO_PARENT, "Floor", (10, 0, 0)),
             node(1, 0, "Static_Box", (0, 0, 5), QUARTER),
