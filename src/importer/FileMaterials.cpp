@@ -9,6 +9,7 @@
 
 #include "importer/LibraryValues.h"
 #include "importer/Read3dsMaterials.h"
+#include "importer/ReadAseMaterials.h"
 #include "importer/ReadWithLibrary.h"
 #include "scene/FileText.h"
 
@@ -22,6 +23,8 @@ std::vector<FileMaterial> ReadMaterials(const LibraryScene& source) {
   switch (source.format) {
     case SourceFormat::k3ds:
       return Read3dsMaterials(FileText(source.path).View());
+    case SourceFormat::kAse:
+      return ReadAseMaterials(FileText(source.path).View());
     default:
       return {};
   }
