@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <utility>
 
 #include <assimp/IOSystem.hpp>
@@ -18,7 +19,9 @@
 #include "importer/FileBeginning.h"
 #include "importer/HostText.h"
 #include "importer/LibraryValues.h"
+#include "importer/PatchCollada.h"
 #include "importer/SideFiles.h"
+#include "scene/FileText.h"
 #include "scene/SceneError.h"
 
 namespace mapexport {
@@ -88,6 +91,22 @@ SourceFormat FormatOf(const aiScene& scene) {
   return FormatOfReader(BytesOf(reader));
 }
 
+bool HasExtension(const std::string& path, std::string_view extension) {
+  const std::string own = fs::path(path).extension().string();
+  return std::ranges::equal(own, extension, [](char a, char b) {
+    return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b;
+  });
+}
+
+/// The form of the file in which the library reads it rightly, null when that is its own.
+std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path,
+                                               std::string_view beginning) {
+  if (!HasExtension(path, ".dae") || IsUtf16(beginning)) return nullptr;
+  std::optional<std::string> text = PatchCollada(FileText(path).View());
+  if (!text) return nullptr;
+  return std::make_shared<const ChangedFile>(ChangedFile{path, std::move(*text)});
+}
+
 }  // namespace
 
 std::string LibraryScene::Text(const aiString& text) const {
@@ -99,7 +118,7 @@ LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& optio
 
   const auto files = std::make_shared<FileRecord>();
   const std::shared_ptr<Assimp::Importer> importer = MakeImporter(options);
-  importer->SetIOHandler(MakeRecordingFiles(files).release());
+  importer->SetIOHandler(MakeRecordingFiles(files, ChangedForm(path, beginning)).release());
   Configure(*importer, options);
   const aiScene* scene = importer->ReadFile(path, aiProcess_Triangulate);
   if (IsUtf16(beginning) && (scene == nullptr || scene->mNumMeshes == 0)) RefuseUtf16(path);

@@ -2,10 +2,12 @@
 #include "importer/SideFiles.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 
 #include <assimp/DefaultIOSystem.h>
+#include <assimp/MemoryIOWrapper.h>
 
 #include "importer/HostText.h"
 
@@ -27,11 +29,16 @@ std::vector<std::string> NamesOf(const std::string& name) {
 
 class RecordingFiles : public Assimp::DefaultIOSystem {
  public:
-  explicit RecordingFiles(std::shared_ptr<FileRecord> record) : record_(std::move(record)) {}
+  RecordingFiles(std::shared_ptr<FileRecord> record, std::shared_ptr<const ChangedFile> changed)
+      : record_(std::move(record)), changed_(std::move(changed)) {}
 
   Assimp::IOStream* Open(const char* file, const char* mode) override {
     if (file == nullptr || !std::string_view(mode).starts_with('r')) {
       return DefaultIOSystem::Open(file, mode);
+    }
+    if (changed_ != nullptr && changed_->name == file) {
+      return new Assimp::MemoryIOStream(
+          reinterpret_cast<const std::uint8_t*>(changed_->text.data()), changed_->text.size());
     }
     for (const std::string& name : NamesOf(file)) {
       if (Assimp::IOStream* const stream = DefaultIOSystem::Open(name.c_str(), mode)) {
@@ -45,6 +52,7 @@ class RecordingFiles : public Assimp::DefaultIOSystem {
 
  private:
   std::shared_ptr<FileRecord> record_;
+  std::shared_ptr<const ChangedFile> changed_;
 };
 
 }  // namespace
@@ -53,8 +61,9 @@ void FileRecord::Add(const std::string& name, bool isOpened) {
   if (known_.insert(name).second) (isOpened ? opened_ : missing_).push_back(name);
 }
 
-std::unique_ptr<Assimp::IOSystem> MakeRecordingFiles(std::shared_ptr<FileRecord> record) {
-  return std::make_unique<RecordingFiles>(std::move(record));
+std::unique_ptr<Assimp::IOSystem> MakeRecordingFiles(std::shared_ptr<FileRecord> record,
+                                                     std::shared_ptr<const ChangedFile> changed) {
+  return std::make_unique<RecordingFiles>(std::move(record), std::move(changed));
 }
 
 }  // namespace mapexport

@@ -25,8 +25,16 @@ class FileRecord {
   std::set<std::string> known_;
 };
 
+/// A file that is read in another form than the one it has.
+struct ChangedFile {
+  std::string name;
+  std::string text;
+};
+
 /// File access that also finds names with URIs' percent signs or Windows' separators, and notes in
-/// `record` each file that is opened for reading, or can't be.
-std::unique_ptr<Assimp::IOSystem> MakeRecordingFiles(std::shared_ptr<FileRecord> record);
+/// `record` each file that is opened for reading, or can't be. Opening changed->name for reading
+/// gives changed->text, when there is one.
+std::unique_ptr<Assimp::IOSystem> MakeRecordingFiles(std::shared_ptr<FileRecord> record,
+                                                     std::shared_ptr<const ChangedFile> changed);
 
 }  // namespace mapexport
