@@ -523,6 +523,29 @@ TEST_F(ImporterTest, RefusalsSayWhy) {
                             "; FBX 6.1.0\nFBXHeaderExtension: {\n  FBXHeaderVersion: 1003\n"
                             "  FBXVersion: 6100\n}\nObjects: {\n}\nConnections: {\n}\n")),
               HasSubstr("save it as FBX 2011 or later"));
+  struct Broken {
+    const char* name;
+    std::string bytes;
+    const char* reason;
+  };
+  const Broken files[] = {
+      {"a.gltf", "{\"a\":1,\n\"b\":2,,}", "line 2, column 7: a member's name in quotes"},
+      {"b.gltf", R"({"asset":{}})", "asset.version: is missing"},
+      {"a.glb",
+       {"glTF\2\0\0\0\x28\0\0\0\x10\0\0\0JSON{\"a\"", 24},
+       "header says 40 bytes, it has 24"},
+      {"b.glb",
+       {"glTF\2\0\0\0\x18\0\0\0\x10\0\0\0JSON{\"a\"", 24},
+       "JSON chunk says 16 bytes, 4 are"},
+      {"a.dae", "<COLLADA>\n<a></b></COLLADA>", "line 2, column 6: is no sound XML"},
+      {"a.3ds", {"MM\x64\0\0\0==\x5E\0\0\0--------", 20}, "first chunk says 94 bytes, 14 are left"},
+      {"b.3ds",
+       {"MM\x14\0\0\0==\xC8\0\0\0--------", 20},
+       "byte 6: the chunk 0x3D3D says 194 bytes"},
+      {"a.ase", "*3DSMAX_ASCIIEXPORT 200\n*SCENE {\n", "block *SCENE that begins in line 2"}};
+  for (const Broken& file : files) {
+    EXPECT_THAT(Refusal(Write(file.name, file.bytes)), HasSubstr(file.reason));
+  }
   std::string extras = Gltf(R"({"name":"Floor","extras":5})");
   EXPECT_THAT(Refusal(Write("extras.gltf", extras)), HasSubstr("extras"));
   extras.replace(extras.find("data:"), 5, "gone:");

@@ -11,6 +11,7 @@
 
 #include "importer/AxesAndUnits.h"
 #include "importer/FileBeginning.h"
+#include "importer/FileExtension.h"
 #include "importer/HostText.h"
 #include "importer/ImportScene.h"
 #include "importer/IsFinite.h"
@@ -156,9 +157,7 @@ void CountLeftOut(const ObjFile& file, LeftOut& leftOut) {
 }  // namespace
 
 bool IsObjPath(const std::string& path) {
-  const std::string ending = fs::path(path).extension().string();
-  return ending.size() == 4 && ending[0] == '.' && (ending[1] == 'o' || ending[1] == 'O') &&
-         (ending[2] == 'b' || ending[2] == 'B') && (ending[3] == 'j' || ending[3] == 'J');
+  return FileExtension(path) == ".obj";
 }
 
 void ImportObj(const std::string& path, const ImportOptions& options, ImportedScene& result,

@@ -1,12 +1,14 @@
 // Reads the materials of a .3ds file.
 #include "importer/Read3dsMaterials.h"
 
-#include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <utility>
+#include <iterator>
+#include <optional>
+#include <string>
+
+#include "importer/Chunk3ds.h"
+#include "importer/NumberAt.h"
 
 namespace mapexport {
 namespace {
@@ -31,42 +33,13 @@ enum ChunkId : std::uint16_t {
   kMaterial = 0xAFFF
 };
 
-constexpr std::size_t kHeaderSize = 6;
-
 /// Shading modes of the import library by those of the format, which count from 0: wire, flat,
 /// Gouraud, Phong, metal.
 constexpr int kShadingModes[] = {2, 1, 2, 3, 8};
 
-template <class T>
-std::optional<T> NumberAt(std::string_view bytes, std::size_t at) {
-  static_assert(std::endian::native == std::endian::little);
-  if (bytes.size() < sizeof(T) || at > bytes.size() - sizeof(T)) return std::nullopt;
-  T value{};
-  std::memcpy(&value, bytes.data() + at, sizeof(T));
-  return value;
-}
-
-struct Chunk {
-  std::uint16_t id = 0;
-  std::string_view content;
-};
-
-/// Takes the next chunk from `rest`; empty at the end. One that says it is larger than what is left
-/// has what is left.
-std::optional<Chunk> TakeChunk(std::string_view& rest) {
-  const std::optional<std::uint16_t> id = NumberAt<std::uint16_t>(rest, 0);
-  const std::optional<std::uint32_t> size = NumberAt<std::uint32_t>(rest, sizeof(*id));
-  if (!id || !size) return std::nullopt;
-  rest.remove_prefix(kHeaderSize);
-  const std::size_t length = *size < kHeaderSize ? 0 : *size - kHeaderSize;
-  const Chunk chunk{*id, rest.substr(0, length)};
-  rest.remove_prefix(chunk.content.size());
-  return chunk;
-}
-
 /// The first colour among the chunks of `content`.
 std::optional<Color> ColorIn(std::string_view content) {
-  while (const std::optional<Chunk> chunk = TakeChunk(content)) {
+  while (const std::optional<Chunk3ds> chunk = TakeChunk3ds(content)) {
     const std::string_view bytes = chunk->content;
     if (chunk->id == kColor || chunk->id == kLinearColor) {
       const auto r = NumberAt<float>(bytes, 0);
@@ -85,7 +58,7 @@ std::optional<Color> ColorIn(std::string_view content) {
 
 /// The first percentage among the chunks of `content`, 0 to 100.
 std::optional<float> PercentIn(std::string_view content) {
-  while (const std::optional<Chunk> chunk = TakeChunk(content)) {
+  while (const std::optional<Chunk3ds> chunk = TakeChunk3ds(content)) {
     if (chunk->id == kPercent) {
       if (const auto percent = NumberAt<std::uint16_t>(chunk->content, 0)) return *percent;
     } else if (chunk->id == kPercentFloat) {
@@ -101,7 +74,7 @@ FileMaterial MaterialIn(std::string_view content, std::size_t index) {
   material.name = "UNNAMED_" + std::to_string(index);
   // A material without an ambient colour has none; the library gives it the scene's.
   material.ambient = Color{};
-  while (const std::optional<Chunk> chunk = TakeChunk(content)) {
+  while (const std::optional<Chunk3ds> chunk = TakeChunk3ds(content)) {
     const std::string_view bytes = chunk->content;
     switch (chunk->id) {
       case kMaterialName:
@@ -148,13 +121,13 @@ FileMaterial MaterialIn(std::string_view content, std::size_t index) {
 
 std::vector<FileMaterial> Read3dsMaterials(std::string_view bytes) {
   std::vector<FileMaterial> materials;
-  while (const std::optional<Chunk> main = TakeChunk(bytes)) {
+  while (const std::optional<Chunk3ds> main = TakeChunk3ds(bytes)) {
     if (main->id != kMain) continue;
     std::string_view sections = main->content;
-    while (const std::optional<Chunk> section = TakeChunk(sections)) {
+    while (const std::optional<Chunk3ds> section = TakeChunk3ds(sections)) {
       if (section->id != kEditor) continue;
       std::string_view objects = section->content;
-      while (const std::optional<Chunk> object = TakeChunk(objects)) {
+      while (const std::optional<Chunk3ds> object = TakeChunk3ds(objects)) {
         if (object->id != kMaterial || object->content.empty()) continue;
         materials.push_back(MaterialIn(object->content, materials.size()));
       }

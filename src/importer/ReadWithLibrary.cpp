@@ -17,6 +17,8 @@
 #include <fmt/format.h>
 
 #include "importer/FileBeginning.h"
+#include "importer/FileDefect.h"
+#include "importer/FileExtension.h"
 #include "importer/HostText.h"
 #include "importer/LibraryValues.h"
 #include "importer/PatchCollada.h"
@@ -91,18 +93,23 @@ SourceFormat FormatOf(const aiScene& scene) {
   return FormatOfReader(BytesOf(reader));
 }
 
-bool HasExtension(const std::string& path, std::string_view extension) {
-  const std::string own = fs::path(path).extension().string();
-  return std::ranges::equal(own, extension, [](char a, char b) {
-    return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b;
-  });
+/// Refuses the file for what breaks it, or else for `reason`.
+[[noreturn]] void RefuseBroken(const std::string& path, const std::string& reason) {
+  const std::string defect = FileDefect(path);
+  RefuseFile(path, defect.empty() ? reason : defect);
 }
 
 /// The form of the file in which the library reads it rightly, null when that is its own.
 std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path,
                                                std::string_view beginning) {
-  if (!HasExtension(path, ".dae") || IsUtf16(beginning)) return nullptr;
-  std::optional<std::string> text = PatchCollada(FileText(path).View());
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  const std::string extension = FileExtension(path);
+  std::optional<std::string> text;
+  if (extension == ".gltf" && beginning.starts_with(kByteOrderMark)) {
+    text = FileText(path).View();  // without the mark, which its JSON reader takes for a defect
+  } else if (extension == ".dae" && !IsUtf16(beginning)) {
+    text = PatchCollada(FileText(path).View());
+  }
   if (!text) return nullptr;
   return std::make_shared<const ChangedFile>(ChangedFile{path, std::move(*text)});
 }
@@ -122,14 +129,18 @@ LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& optio
   Configure(*importer, options);
   const aiScene* scene = importer->ReadFile(path, aiProcess_Triangulate);
   if (IsUtf16(beginning) && (scene == nullptr || scene->mNumMeshes == 0)) RefuseUtf16(path);
-  if (scene == nullptr) RefuseFile(path, ReasonFrom(importer->GetErrorString()));
+  if (scene == nullptr) RefuseBroken(path, ReasonFrom(importer->GetErrorString()));
   if (scene->mRootNode == nullptr) RefuseFile(path, "holds no nodes");
 
   LibraryScene result;
   result.path = path;
   result.format = FormatOf(*scene);
+  if (result.format == SourceFormat::kAse && scene->mNumMeshes == 0) {
+    // Its reader takes anything, and puts up with an end anywhere before the first mesh.
+    if (const std::string defect = FileDefect(path); !defect.empty()) RefuseFile(path, defect);
+  }
   if (IsEmpty(*scene) && result.format != SourceFormat::kGltf2) {
-    RefuseFile(path, "holds nothing that belongs to a scene");
+    RefuseBroken(path, "holds nothing that belongs to a scene");
   }
   result.hasEntities =
       result.format == SourceFormat::kFbx && !beginning.starts_with("Kaydara FBX Binary");

@@ -1,13 +1,13 @@
 // The document as a whole: its first and last token, its syntax, its messages.
 #include "scene/JsonDocument.h"
 
-#include <algorithm>
 #include <new>
 
 #include <fmt/format.h>
 
 #include "scene/JsonKind.h"
 #include "scene/SceneError.h"
+#include "scene/TextPlace.h"
 
 namespace mapexport {
 
@@ -53,15 +53,8 @@ std::string_view JsonDocument::Check(JsonSyntax (*check)(std::string_view),
   const JsonSyntax syntax = check(text_.substr(offset));
   if (syntax.defect == nullptr) return text_.substr(offset, syntax.end);
 
-  const std::string_view before = text_.substr(0, offset + syntax.end);
-  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-  // npos + 1 is 0, the start of the only line.
-  const std::string_view inLine = before.substr(before.rfind('\n') + 1);
-  const auto column =
-      1 + std::count_if(inLine.begin(), inLine.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0) != 0x80;  // one byte of each character
-      });
-  throw SceneError(fmt::format("{}: line {}, column {}: {}", file_, line, column, syntax.defect));
+  throw SceneError(
+      fmt::format("{}: {}: {}", file_, TextPlace(text_, offset + syntax.end), syntax.defect));
 }
 
 }  // namespace mapexport
