@@ -14,7 +14,7 @@
 namespace mapexport {
 namespace {
 
-constexpr std::size_t kMostProperties = 3;
+constexpr std::size_t kMostProperties = 5;
 constexpr std::string_view kBinaryMark("Kaydara FBX Binary  \0\x1A\0", 23);
 
 /// A record's name and its first properties, each a number or a text.
@@ -48,6 +48,13 @@ std::optional<FbxObject::Kind> KindNamed(std::string_view name) {
   if (name == "Material") return FbxObject::Kind::kMaterial;
   if (name == "Geometry") return FbxObject::Kind::kGeometry;
   return std::nullopt;
+}
+
+/// Takes a property of the object that was taken last: P: "Name", "Type", "Label", "Flags", VALUE.
+void TakeProperty(const Statement& statement, FbxLinks& into) {
+  const bool isUserText = statement.name == "P" && statement.properties[0].text == "UDP3DSMAX";
+  if (!isUserText || into.objects.empty()) return;
+  into.objects.back().userText = statement.properties[4].text;
 }
 
 /// Takes what the statement of a section says; `text` is the whole file's. False when the statement
@@ -114,12 +121,17 @@ std::optional<FbxLinks> ReadAscii(std::string_view text) {
   Section section = Section::kOther;
   StatementLines lines(text);
   int depth = 0;
+  bool isInModel = false;
   while (lines.Next()) {
     const std::string_view line = lines.Statement();
     if (line.starts_with(';')) continue;
     if (depth == 0) section = SectionNamed(line.substr(0, line.find(':')));
-    if (depth == 1 && section != Section::kOther && !Take(section, ParseLine(line), text, links)) {
-      return std::nullopt;
+    if (depth == 1 && section != Section::kOther) {
+      const Statement statement = ParseLine(line);
+      if (!Take(section, statement, text, links)) return std::nullopt;
+      isInModel = section == Section::kObjects && statement.name == "Model";
+    } else if (depth == 3 && isInModel && line.starts_with("P:")) {
+      TakeProperty(ParseLine(line), links);
     }
     depth += DepthChange(line);
     if (depth < 0) return std::nullopt;
@@ -143,6 +155,9 @@ class BinaryReader {
       if (section != Section::kOther) {
         while (const std::optional<Record> inner = NextRecord(record->end)) {
           if (!Take(section, inner->statement, text_, links_)) return std::nullopt;
+          if (section == Section::kObjects && inner->statement.name == "Model") {
+            TakeProperties(*inner);
+          }
           at_ = inner->end;
         }
       }
@@ -155,8 +170,23 @@ class BinaryReader {
  private:
   struct Record {
     Statement statement;
+    std::size_t content = 0;  ///< where the records within it begin
     std::size_t end = 0;
   };
+
+  void TakeProperties(const Record& model) {
+    at_ = model.content;
+    while (const std::optional<Record> list = NextRecord(model.end)) {
+      if (list->statement.name == "Properties70") {
+        at_ = list->content;
+        while (const std::optional<Record> property = NextRecord(list->end)) {
+          TakeProperty(property->statement, links_);
+          at_ = property->end;
+        }
+      }
+      at_ = list->end;
+    }
+  }
 
   template <class T>
   T Integer() {
@@ -186,15 +216,17 @@ class BinaryReader {
     if (isDamaged_ || at_ >= limit) return std::nullopt;
     const std::uint64_t end = Offset();
     const std::uint64_t propertyCount = Offset();
-    Offset();  // length of the properties
+    const std::uint64_t propertyBytes = Offset();
     Record record;
     record.statement.name = Bytes(Integer<std::uint8_t>());
+    const std::size_t properties = at_;
     if (end == 0) return std::nullopt;
-    if (end < at_ || end > limit) isDamaged_ = true;
+    if (end < at_ || end > limit || propertyBytes > end - at_) isDamaged_ = true;
     for (std::size_t i = 0; i < std::min<std::uint64_t>(propertyCount, kMostProperties); ++i) {
       if (isDamaged_ || !ReadProperty(record.statement.properties[i])) break;
     }
     if (isDamaged_) return std::nullopt;
+    record.content = properties + static_cast<std::size_t>(propertyBytes);
     record.end = static_cast<std::size_t>(end);
     return record;
   }

@@ -15,6 +15,7 @@ struct FbxObject {
   Kind kind = Kind::kModel;
   std::int64_t id = 0;
   std::string name;  ///< bytes of the file, without the class that stands before or behind it
+  std::string userText = {};  ///< of a model: bytes of its user property text
 };
 
 struct FbxLink {

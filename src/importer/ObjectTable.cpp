@@ -1,6 +1,7 @@
 // Objects and materials of foreign nodes, each made once.
 #include "importer/ObjectTable.h"
 
+#include "importer/FlatFaces.h"
 #include "importer/MaterialTable.h"
 #include "importer/ReadWithLibrary.h"
 #include "importer/RebuildMesh.h"
@@ -9,7 +10,11 @@ namespace mapexport {
 
 ObjectTable::ObjectTable(const LibraryScene& source, const std::vector<int>& hostMaterials,
                          MaterialTable& materials, LeftOut& leftOut)
-    : source_(source), hostMaterials_(hostMaterials), materials_(materials), leftOut_(leftOut) {}
+    : source_(source),
+      hostMaterials_(hostMaterials),
+      materials_(materials),
+      leftOut_(leftOut),
+      flatFaces_(FlatFaces(source)) {}
 
 NodeObject ObjectTable::Find(std::span<const unsigned> meshes, std::size_t node,
                              const std::string& nodeName) {
@@ -25,7 +30,7 @@ NodeObject ObjectTable::Find(std::span<const unsigned> meshes, std::size_t node,
 
 ObjectTable::Entry ObjectTable::Make(std::span<const unsigned> meshes, std::size_t node,
                                      const std::string& nodeName) {
-  RebuiltMesh rebuilt = RebuildMesh(*source_.scene, meshes, hostMaterials_, leftOut_);
+  RebuiltMesh rebuilt = RebuildMesh(*source_.scene, meshes, hostMaterials_, flatFaces_, leftOut_);
   Entry entry;
   entry.firstNode = node;
   entry.object.object = SceneObject::kHelper;

@@ -58,6 +58,7 @@ class ObjectTable {
   const std::vector<int>& hostMaterials_;
   MaterialTable& materials_;
   LeftOut& leftOut_;
+  std::vector<std::vector<bool>> flatFaces_;  // by the library's mesh
   std::vector<MeshInstance> instances_;
   std::map<std::vector<unsigned>, Entry> objects_;
 };

@@ -24,7 +24,10 @@ Point3 PointOf(const aiVector3D& v) {
   return {v.x, v.y, v.z};
 }
 
-using Triangle = std::array<unsigned, 3>;
+struct Triangle {
+  std::array<unsigned, 3> corners;
+  unsigned face;  ///< index in the library's mesh
+};
 
 /// The triangles of `mesh` whose corners exist and are finite. Counts everything else.
 std::vector<Triangle> SoundTriangles(const aiMesh& mesh, LeftOut& leftOut) {
@@ -40,9 +43,9 @@ std::vector<Triangle> SoundTriangles(const aiMesh& mesh, LeftOut& leftOut) {
     const aiFace& face = mesh.mFaces[f];
     const unsigned corners = face.mIndices == nullptr ? 0 : face.mNumIndices;
     if (corners == 3) {
-      const Triangle triangle{face.mIndices[0], face.mIndices[1], face.mIndices[2]};
+      const Triangle triangle{{face.mIndices[0], face.mIndices[1], face.mIndices[2]}, f};
       const bool sound = std::ranges::all_of(
-          triangle, [&](unsigned v) { return v < isSound.size() && isSound[v]; });
+          triangle.corners, [&](unsigned v) { return v < isSound.size() && isSound[v]; });
       if (sound)
         triangles.push_back(triangle);
       else
@@ -62,7 +65,8 @@ class MeshBuilder {
  public:
   explicit MeshBuilder(LeftOut& leftOut) : leftOut_(leftOut) {}
 
-  void Add(const aiMesh& source, int material) {
+  /// `isFlat` by the mesh's face, or empty.
+  void Add(const aiMesh& source, int material, const std::vector<bool>& isFlat) {
     const std::vector<Triangle> triangles = SoundTriangles(source, leftOut_);
     leftOut_.bones += source.mNumBones;
     if (source.mColors[0] != nullptr) leftOut_.colours += source.mNumVertices;
@@ -74,9 +78,13 @@ class MeshBuilder {
     for (const Triangle& triangle : triangles) {
       Face face;
       CornerNormals corners{};
+      // Without normals a face is smooth with no other.
+      const bool hasNormals =
+          source.mNormals != nullptr && (triangle.face >= isFlat.size() || !isFlat[triangle.face]);
       for (std::size_t k = 0; k < 3; ++k) {
-        face.v[k] = vertexOf[triangle[k]];
-        if (source.mNormals != nullptr) corners[k] = PointOf(source.mNormals[triangle[k]]);
+        const unsigned corner = triangle.corners[k];
+        face.v[k] = vertexOf[corner];
+        if (hasNormals) corners[k] = PointOf(source.mNormals[corner]);
       }
       face.SetMatID(materialId);
       mesh_.faces.push_back(face);
@@ -102,7 +110,7 @@ class MeshBuilder {
                                          const std::vector<Triangle>& triangles) {
     std::vector<std::uint32_t> vertexOf(source.mNumVertices, kUnused);
     for (const Triangle& triangle : triangles) {
-      for (const unsigned v : triangle) vertexOf[v] = 0;
+      for (const unsigned v : triangle.corners) vertexOf[v] = 0;
     }
     for (std::size_t v = 0; v < vertexOf.size(); ++v) {
       if (vertexOf[v] != kUnused) vertexOf[v] = positions_.Add(PointOf(source.mVertices[v]));
@@ -119,7 +127,7 @@ class MeshBuilder {
       TVFace face;
       for (std::size_t k = 0; k < 3; ++k) {
         Point3 uvw;
-        if (coordinates != nullptr) uvw = PointOf(coordinates[triangle[k]]);
+        if (coordinates != nullptr) uvw = PointOf(coordinates[triangle.corners[k]]);
         if (!hasDepth) uvw.z = 0.0f;
         if (!IsFinite(uvw)) {
           uvw = {};
@@ -144,7 +152,8 @@ class MeshBuilder {
 }  // namespace
 
 RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndices,
-                        const std::vector<int>& hostMaterials, LeftOut& leftOut) {
+                        const std::vector<int>& hostMaterials,
+                        const std::vector<std::vector<bool>>& flatFaces, LeftOut& leftOut) {
   MeshBuilder builder(leftOut);
   for (const unsigned index : meshIndices) {
     const aiMesh* mesh =
@@ -154,7 +163,8 @@ RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndi
       continue;
     }
     const unsigned material = mesh->mMaterialIndex;
-    builder.Add(*mesh, material < hostMaterials.size() ? hostMaterials[material] : -1);
+    builder.Add(*mesh, material < hostMaterials.size() ? hostMaterials[material] : -1,
+                index < flatFaces.size() ? flatFaces[index] : std::vector<bool>());
   }
   return builder.Finish();
 }

@@ -24,10 +24,12 @@ struct RebuiltMesh {
 /// become one vertex, texture coordinates of the first channel one texture vertex; what no face
 /// uses is gone. Kept are triangles with three corners that exist and are finite, in the file's
 /// order; what is left out is counted. Smoothing groups are rebuilt from the normals
-/// (RebuildSmoothing). `hostMaterials` gives the host's material index by the library's. A node
-/// with more materials than there are material ids keeps the first ones; the faces of the others
-/// get the last id's.
+/// (RebuildSmoothing); faces that `flatFaces` marks, by the library's mesh, are flat. A mesh may
+/// have no marks. `hostMaterials` gives the host's material index by the library's. A node with
+/// more materials than there are material ids keeps the first ones; the faces of the others get the
+/// last id's.
 RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndices,
-                        const std::vector<int>& hostMaterials, LeftOut& leftOut);
+                        const std::vector<int>& hostMaterials,
+                        const std::vector<std::vector<bool>>& flatFaces, LeftOut& leftOut);
 
 }  // namespace mapexport

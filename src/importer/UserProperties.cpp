@@ -1,7 +1,7 @@
 // The user-defined property text of a foreign node.
 #include "importer/UserProperties.h"
 
-#include <span>
+#include <optional>
 #include <string_view>
 
 #include <assimp/scene.h>
@@ -13,8 +13,6 @@
 
 namespace mapexport {
 namespace {
-
-constexpr std::string_view kGltfTextMember = "userProperties";
 
 std::size_t PropertyCount(const aiMetadata* metadata) {
   if (metadata == nullptr || metadata->mKeys == nullptr || metadata->mValues == nullptr) return 0;
@@ -30,33 +28,40 @@ bool IsTrue(const aiMetadataEntry& entry) {
   return entry.mType == AI_BOOL && entry.mData != nullptr && *static_cast<const bool*>(entry.mData);
 }
 
-/// The node's first text of that name that isn't empty.
-std::string FindText(const LibraryScene& source, const aiMetadata* metadata, std::string_view key) {
+/// The first text of that name that isn't empty, as the library stores it.
+std::string_view FindText(const aiMetadata* metadata, std::string_view key) {
   for (std::size_t i = 0; i < PropertyCount(metadata); ++i) {
     if (BytesOf(metadata->mKeys[i]) != key) continue;
     const aiString* text = AsText(metadata->mValues[i]);
-    if (text != nullptr && text->length > 0) return source.Text(*text);
+    if (text != nullptr && text->length > 0) return BytesOf(*text);
   }
   return {};
 }
 
-std::string GltfText(const LibraryScene& source, const aiMetadata* extras) {
-  std::string text = FindText(source, extras, kGltfTextMember);
+/// The text that the node has of its own.
+std::string_view StoredText(const LibraryScene& source, const aiMetadata* metadata) {
+  switch (source.format) {
+    case SourceFormat::kFbx: {
+      // The same text twice; the second one under the modelling application's own name.
+      const std::string_view text = FindText(metadata, "UserProperties");
+      return text.empty() ? FindText(metadata, "UDP3DSMAX") : text;
+    }
+    case SourceFormat::kGltf2:
+      return FindText(metadata, kGltfTextMember);
+    default:
+      return {};
+  }
+}
+
+/// `text` and a line for each mark of the node.
+std::string WithMarks(const LibraryScene& source, const aiMetadata* extras, std::string text) {
+  if (source.format != SourceFormat::kGltf2) return text;
   for (std::size_t i = 0; i < PropertyCount(extras); ++i) {
     if (!IsTrue(extras->mValues[i])) continue;
     if (!text.empty() && !text.ends_with('\n')) text += "\r\n";
     text += source.Text(extras->mKeys[i]) + "\r\n";
   }
   return text;
-}
-
-/// Whether the node has a text that fills all that the library's texts can hold.
-bool HasFullText(const aiMetadata* metadata) {
-  for (std::size_t i = 0; i < PropertyCount(metadata); ++i) {
-    const aiString* text = AsText(metadata->mValues[i]);
-    if (text != nullptr && text->length + 1 >= sizeof(text->data)) return true;
-  }
-  return false;
 }
 
 /// A plain value that isn't `false`: what one might take for a set mark.
@@ -67,22 +72,17 @@ bool IsIdleMark(const aiMetadataEntry& entry) {
 }  // namespace
 
 std::string UserPropertyText(const LibraryScene& source, const aiNode& node) {
-  switch (source.format) {
-    case SourceFormat::kFbx: {
-      // The same text twice; the second one under the modelling application's own name.
-      std::string text = FindText(source, node.mMetaData, "UserProperties");
-      return text.empty() ? FindText(source, node.mMetaData, "UDP3DSMAX") : text;
-    }
-    case SourceFormat::kGltf2:
-      return GltfText(source, node.mMetaData);
-    default:
-      return {};
-  }
+  return WithMarks(source, node.mMetaData, source.Text(StoredText(source, node.mMetaData)));
 }
 
 std::string UserPropertyReader::TextOf(const aiNode& node, const std::string& nodeName) {
   const aiMetadata* const metadata = node.mMetaData;
-  if (HasFullText(metadata)) Note(cutTexts_, nodeName, {});
+  const std::string_view stored = StoredText(source_, metadata);
+  std::optional<std::string> whole;
+  if (stored.size() + 1 >= sizeof(aiString::data)) {
+    whole = wholeTexts_.Find(nodeName, stored);
+    if (!whole) Note(cutTexts_, nodeName, {});
+  }
   if (source_.format == SourceFormat::kGltf2) {
     for (std::size_t i = 0; i < PropertyCount(metadata); ++i) {
       const std::string key = source_.Text(metadata->mKeys[i]);
@@ -91,7 +91,7 @@ std::string UserPropertyReader::TextOf(const aiNode& node, const std::string& no
       }
     }
   }
-  return UserPropertyText(source_, node);
+  return WithMarks(source_, metadata, source_.Text(whole ? std::string_view(*whole) : stored));
 }
 
 void UserPropertyReader::AddRemarks(ImportRemarks& remarks) const {
@@ -100,8 +100,8 @@ void UserPropertyReader::AddRemarks(ImportRemarks& remarks) const {
   };
   if (cutTexts_.count > 0) {
     remarks.push_back({RemarkKind::kWarning, "cut-text",
-                       fmt::format("a property text of node \"{}\"{} is probably cut: the reader "
-                                   "keeps {} bytes of a text",
+                       fmt::format("the user property text of node \"{}\"{} is probably cut: the "
+                                   "reader keeps {} bytes of a text",
                                    cutTexts_.node, others(cutTexts_), sizeof(aiString::data) - 1),
                        cutTexts_.count});
   }

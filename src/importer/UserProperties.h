@@ -5,6 +5,7 @@
 #include <string>
 
 #include "importer/ImportRemark.h"
+#include "importer/WholeTexts.h"
 
 struct aiNode;
 
@@ -22,12 +23,13 @@ std::string UserPropertyText(const LibraryScene& source, const aiNode& node);
 class UserPropertyReader {
  public:
   /// `source` must outlive this object.
-  explicit UserPropertyReader(const LibraryScene& source) : source_(source) {}
+  explicit UserPropertyReader(const LibraryScene& source) : source_(source), wholeTexts_(source) {}
 
-  /// UserPropertyText of a node whose name is `nodeName`.
+  /// UserPropertyText of a node whose name is `nodeName`, whole where the library has cut it.
   std::string TextOf(const aiNode& node, const std::string& nodeName);
-  /// Warnings of texts that were probably cut, since they are as long as the library's texts can
-  /// be, and of members of glTF extras that are named like a keyword but aren't `true`.
+  /// Warnings of texts that are probably cut, since they are as long as the library's texts can
+  /// be and the file tells of none that goes on, and of members of glTF extras that are named like
+  /// a keyword but aren't `true`.
   void AddRemarks(ImportRemarks& remarks) const;
 
  private:
@@ -39,6 +41,7 @@ class UserPropertyReader {
   static void Note(Finding& finding, const std::string& node, const std::string& detail);
 
   const LibraryScene& source_;
+  WholeTexts wholeTexts_;
   Finding cutTexts_;
   Finding idleMembers_;
 };

@@ -39,8 +39,9 @@ def numbers(points):
 
 
 def group(triangle, smooth):
-    """The smoothing group of a triangle: one for all, or a different one for each side."""
-    return 1 if smooth else 1 << (triangle // 2)
+    """The smoothing groups of a triangle: one for all, or a different one for each side, and none
+    for half of the sides."""
+    return 1 if smooth else (1 << (triangle // 2)) & 0b101010
 
 
 def obj_with_normals(smooth):
@@ -108,7 +109,7 @@ def ase(smooth):
     lines += [f"\t\t\t*MESH_VERTEX {i} {numbers([c])}" for i, c in enumerate(CORNERS)]
     lines += ["\t\t}", "\t\t*MESH_FACE_LIST {"]
     for i, (a, b, c) in enumerate(TRIANGLES):
-        number = group(i, smooth).bit_length()
+        number = group(i, smooth).bit_length() or ""
         lines.append(
             f"\t\t\t*MESH_FACE {i}: A: {a} B: {b} C: {c} AB: 1 BC: 1 CA: 1"
             f" *MESH_SMOOTHING {number} *MESH_MTLID 0"

@@ -1,0 +1,41 @@
+// User property texts that the import library has cut.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mapexport {
+
+struct LibraryScene;
+
+/// The member of a glTF node's extras that holds its user property text.
+inline constexpr std::string_view kGltfTextMember = "userProperties";
+
+/// The long user property texts of an FBX or glTF file. The library's texts hold 1,023 bytes.
+class WholeTexts {
+ public:
+  /// `source` must outlive this object. The file is read again when it is first asked for.
+  explicit WholeTexts(const LibraryScene& source) : source_(source) {}
+
+  /// The text of the node `nodeName` that begins with `cut`, the library's bytes, as bytes of the
+  /// file; empty when the file has none, or several unlike ones.
+  std::optional<std::string> Find(const std::string& nodeName, std::string_view cut);
+
+ private:
+  struct Text {
+    std::string node;  ///< its name in the host
+    std::string bytes;
+  };
+
+  void Read();
+  void ReadFbx(std::string_view file);
+  void ReadGltf(std::string_view json);
+
+  const LibraryScene& source_;
+  bool isRead_ = false;
+  std::vector<Text> texts_;  // those that the library cuts
+};
+
+}  // namespace mapexport
