@@ -65,7 +65,8 @@ bool Take(Section section, const Statement& statement, std::string_view text, Fb
     const std::optional<FbxObject::Kind> kind = KindNamed(statement.name);
     if (!kind) return true;
     if (!p[0].number) return false;
-    into.objects.push_back({*kind, *p[0].number, std::string(NameWithoutClass(p[1].text))});
+    into.objects.push_back(
+        {*kind, *p[0].number, std::string(NameWithoutClass(p[1].text)), std::string(p[2].text)});
   } else if (section == Section::kConnections && p[0].text == "OO") {
     if (!p[1].number || !p[2].number) return false;
     into.links.push_back(

@@ -15,7 +15,8 @@ struct FbxObject {
   Kind kind = Kind::kModel;
   std::int64_t id = 0;
   std::string name;  ///< bytes of the file, without the class that stands before or behind it
-  std::string userText = {};  ///< of a model: bytes of its user property text
+  std::string className = {};  ///< "Mesh", "NurbsCurve", ...
+  std::string userText = {};   ///< of a model: bytes of its user property text
 };
 
 struct FbxLink {

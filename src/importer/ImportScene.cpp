@@ -2,6 +2,7 @@
 #include "importer/ImportScene.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <new>
 #include <optional>
@@ -13,6 +14,7 @@
 #include <fmt/format.h>
 
 #include "importer/AxesAndUnits.h"
+#include "importer/FbxLinks.h"
 #include "importer/FinishScene.h"
 #include "importer/FoldHelperNodes.h"
 #include "importer/HostText.h"
@@ -24,6 +26,7 @@
 #include "importer/ObjectTable.h"
 #include "importer/ReadWithLibrary.h"
 #include "importer/UserProperties.h"
+#include "scene/FileText.h"
 #include "scene/SceneError.h"
 
 namespace mapexport {
@@ -70,6 +73,22 @@ void SetInstanceMaterials(const InstanceMaterials& file, const std::vector<MeshI
        inDoubt});
 }
 
+/// The geometries of an FBX file that the library makes nothing of: curves and curved surfaces.
+std::size_t FbxCurves(const LibraryScene& source, const std::vector<FoldedNode>& nodes) {
+  // Each of them would leave its node bare.
+  if (std::ranges::none_of(nodes, [](const auto& node) { return MeshesOf(*node.node).empty(); }))
+    return 0;
+  const FileText text(source.path);
+  const std::optional<FbxLinks> file = ReadFbxLinks(text.View());
+  if (!file) return 0;
+  constexpr std::array<std::string_view, 4> kRead{"Mesh", "Shape", "Line", ""};
+  const auto isCurve = [&](const FbxObject& object) {
+    return object.kind == FbxObject::Kind::kGeometry &&
+           std::ranges::find(kRead, object.className) == kRead.end();
+  };
+  return static_cast<std::size_t>(std::ranges::count_if(file->objects, isCurve));
+}
+
 /// The nodes of a file that the library read, and their materials.
 void ImportFromLibrary(const LibraryScene& source, const ImportOptions& options,
                        ImportedScene& result, LeftOut& leftOut) {
@@ -85,6 +104,7 @@ void ImportFromLibrary(const LibraryScene& source, const ImportOptions& options,
   const WorldPlacement placement =
       FindWorldPlacement(source.format, source.scene.get(), options, result.remarks);
   const std::vector<FoldedNode> folded = FoldHelperNodes(source, leftOut);
+  if (source.format == SourceFormat::kFbx) leftOut.curves = FbxCurves(source, folded);
   ImportedMaterials imported = ImportMaterials(source);
   MaterialTable materials(std::move(imported.materials));
   ObjectTable objects(source, imported.hostIndex, materials, leftOut);

@@ -24,8 +24,9 @@ struct LibraryScene {
   std::vector<std::string> missingFiles;  ///< that the reader asked for in vain and did without
   std::vector<std::string> sideFiles;     ///< that it read beside the scene, as paths to open
 
-  /// A text of this scene as valid UTF-8.
+  /// A text of this scene, or bytes of it, as valid UTF-8.
   std::string Text(const aiString& text) const;
+  std::string Text(std::string_view bytes) const;
 };
 
 /// Reads the file at `path` with whichever reader of the library takes it. Polygons are

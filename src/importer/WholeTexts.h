@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <unordered_map>
 
 namespace mapexport {
 
@@ -19,23 +19,20 @@ class WholeTexts {
   /// `source` must outlive this object. The file is read again when it is first asked for.
   explicit WholeTexts(const LibraryScene& source) : source_(source) {}
 
-  /// The text of the node `nodeName` that begins with `cut`, the library's bytes, as bytes of the
-  /// file; empty when the file has none, or several unlike ones.
+  /// The text of the node `nodeName` that begins with `cut`, all that the library has of it, as
+  /// bytes of the file; empty when the file has none, or several unlike ones.
   std::optional<std::string> Find(const std::string& nodeName, std::string_view cut);
 
  private:
-  struct Text {
-    std::string node;  ///< its name in the host
-    std::string bytes;
-  };
-
   void Read();
   void ReadFbx(std::string_view file);
   void ReadGltf(std::string_view json);
+  void Add(const std::string& nodeName, std::string_view text);
 
   const LibraryScene& source_;
   bool isRead_ = false;
-  std::vector<Text> texts_;  // those that the library cuts
+  /// By the node's name and what the library has of the text; empty where that is in doubt.
+  std::unordered_map<std::string, std::optional<std::string>> texts_;
 };
 
 }  // namespace mapexport
