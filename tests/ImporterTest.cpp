@@ -400,10 +400,23 @@ TEST_F(ImporterTest, FbxInstancesHaveTheirOwnMaterials) {
   EXPECT_THAT(RemarksOf(inDoubt), ElementsAre(HasSubstr("shared-mesh-materials: 1 node shows")));
 }
 
-TEST_F(ImporterTest, FbxTextThatTheLibraryCutsIsTold) {
+TEST_F(ImporterTest, UserTextsThatTheLibraryCutsAreWhole) {
+  const std::string filling(2000, 'x');
   std::string text = kFbx;
-  text.insert(text.find("climbable"), std::string(2000, 'x'));
-  EXPECT_THAT(RemarksOf(Import("long.fbx", text)), ElementsAre(HasSubstr("cut-text: a property")));
+  text.insert(text.find("climbable"), filling + "&lf;");
+  const ImportedScene fbx = Import("long.fbx", text);
+  EXPECT_EQ(Named(fbx, "Say \"hi\"").userProperties, "floorface\r\n" + filling + "\nclimbable\r\n");
+  EXPECT_THAT(RemarksOf(fbx), IsEmpty());
+
+  const std::string node =
+      R"({"name":"A","mesh":0,"extras":{"userProperties":")" + filling + R"("}})";
+  const ImportedScene gltf = Import("long.gltf", Gltf(node));
+  EXPECT_EQ(Named(gltf, "A").userProperties, filling);
+  // Which of the two the node has can't be told.
+  const std::string other =
+      R"(,{"name":"A","mesh":0,"extras":{"userProperties":")" + filling + R"(y"}})";
+  EXPECT_THAT(RemarksOf(Import("doubt.gltf", Gltf(node + other))),
+              testing::Contains(HasSubstr("cut-text: ")));
 }
 
 TEST(FbxLinksTest, DamagedTextsAreRefusedOrRead) {
@@ -477,10 +490,12 @@ TEST(NearKeywordsTest, WordsThatWereMeantToBeKeywords) {
   Scene scene;
   scene.root.children.resize(2);
   scene.root.children[0].name = "Deck";
-  scene.root.children[0].userProperties = "floorface\r\nClimbable\tnotshown\r\n";
+  scene.root.children[0].userProperties =
+      "floorface\r\nClimbable\tnotshown\r\nfloorface, climbable\r\nthe floorface";
   scene.root.children[1].userProperties = "Climbable";
   const std::vector<NearKeyword> near = FindNearKeywords(scene);
-  ASSERT_EQ(near.size(), 1u);
+  ASSERT_EQ(near.size(), 2u);
+  EXPECT_THAT(Describe(near[1]), HasSubstr("\"floorface, climbable\""));
   EXPECT_EQ(near[0].count, 2u);
   EXPECT_THAT(Describe(near[0]), testing::AllOf(HasSubstr("\"Deck\""), HasSubstr("\"Climbable\""),
                                                 HasSubstr("\"climbable\"")));
@@ -580,7 +595,7 @@ TEST(RebuildMeshTest, DamagedMeshesLoseOnlyTheirDamage) {
   scene.mMeshes[2]->mMaterialIndex = 77;
   LeftOut leftOut;
   const std::vector<unsigned> meshes{0, 1, 2, 3, 4};
-  const RebuiltMesh rebuilt = RebuildMesh(scene, meshes, {0}, leftOut);
+  const RebuiltMesh rebuilt = RebuildMesh(scene, meshes, {0}, {}, leftOut);
   ASSERT_NE(rebuilt.mesh, nullptr);
   EXPECT_EQ(rebuilt.mesh->faces.size(), 3u);
   EXPECT_EQ(rebuilt.mesh->verts.size(), 3u);

@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "app/BashCompletion.h"
 #include "app/Help.h"
@@ -38,6 +39,11 @@ Words OptionsIn(std::string text, const std::string& lineStart) {
   return options;
 }
 
+/// A name of this process's own: tests run beside each other.
+std::string TempFile(const std::string& name) {
+  return testing::TempDir() + std::to_string(getpid()) + name;
+}
+
 std::string Output(const std::string& command) {
   const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
   std::string text;
@@ -50,7 +56,7 @@ std::string Output(const std::string& command) {
 
 /// What bash offers behind these words, the last of which is being typed.
 Words Completions(const std::string& words) {
-  const std::string script = testing::TempDir() + "mapexport.bash";
+  const std::string script = TempFile("mapexport.bash");
   std::ofstream(script) << BashCompletion();
   const std::string text =
       Output("bash -c '. " + script + " && COMP_WORDS=(" + words +
@@ -90,7 +96,7 @@ TEST(Pages, CompletionOffersTheWordsOfOptions) {
 }
 
 TEST(Pages, ManPageIsSoundTroff) {
-  const std::string file = testing::TempDir() + "mapexport.1";
+  const std::string file = TempFile("mapexport.1");
   std::ofstream(file) << ManPage();
   EXPECT_EQ(Output("groff -man -Tutf8 -ww -z " + file + " 2>&1"), "");
 }

@@ -671,6 +671,10 @@ TEST_F(ProgramTest, DepFilesNameWhatTheOutputDependsOn) {
                 .status,
             0);
   EXPECT_EQ(Content(work_ / "x.d"), "x\\:y\\ \\\\\\ z.qob: " + scene_ + "\n");
+  Write(work_ / "~[1].obj", kObject);
+  EXPECT_EQ(Run({"export", "~[1].obj", "w.qob", "--depfile", "w.d", "--fresh", "--quiet"}).status,
+            0);
+  EXPECT_THAT(Content(work_ / "w.d"), StartsWith("w.qob: ./~\\[1\\].obj"));
 
   Write(work_ / "old.d", "old");
   for (const std::string output : {"a;b.qob", "100%.qob", "a=b.qob", "a\nb.qob"}) {
@@ -678,6 +682,18 @@ TEST_F(ProgramTest, DepFilesNameWhatTheOutputDependsOn) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, HasSubstr("cannot stand in a --depfile"));
     EXPECT_FALSE(fs::exists(work_ / output));
+  }
+  // What the scene is read from stays, too.
+  const std::string material = Content(work_ / "a b/level.mtl");
+  const std::string object = "a b/level.obj";
+  const std::string side = "a b/level.mtl";
+  for (const std::vector<std::string>& line :
+       std::vector<std::vector<std::string>>{{"export", object, side},
+                                             {"export", object, "a.qob", "--report", side},
+                                             {"export", object, "a.qob", "--depfile", side},
+                                             {"scene", object, "-o", side}}) {
+    EXPECT_EQ(Run(line).status, 1);
+    EXPECT_EQ(Content(work_ / side), material);
   }
   for (const std::string file : {"missing/x.d", "a.qob", scene_.c_str(), "."}) {
     SCOPED_TRACE(file);
@@ -732,6 +748,8 @@ TEST_F(ProgramTest, ReportsTellPrograms) {
             0);
   report = parser.load((work_ / "r.json").string());
   EXPECT_EQ(report["milliseconds"]["rebuilding"].error(), simdjson::SUCCESS);
+  EXPECT_THAT(Run({"export", "t.obj", "t.kob", "--fresh", "--scale", "0.01"}).err,
+              HasSubstr("t.kob: 0 of 1 triangles are left"));
 }
 
 }  // namespace

@@ -22,11 +22,13 @@ std::string Escaped(const std::string& path, std::string_view impossible) {
     throw RunError(fmt::format("{}: cannot stand in a --depfile: make has no form for \"{}\" there",
                                path, path[bad]));
   }
-  std::string escaped;
+  // A leading "~" would be somebody's home.
+  std::string escaped = path.starts_with('~') ? "./" : "";
   std::size_t backslashes = 0;  // that stand right before
   for (const char c : path) {
     if (c == '$') escaped += '$';
-    if (std::string_view(" \t#:|").find(c) != std::string_view::npos) {
+    // The last ones are wildcards, which make would look up.
+    if (std::string_view(" \t#:|*?[]").find(c) != std::string_view::npos) {
       // Backslashes mean themselves but where a special character follows.
       escaped.append(backslashes + 1, '\\');
     }

@@ -1,9 +1,12 @@
 #include "app/ExportCommand.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <memory>
 #include <ostream>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -34,6 +37,8 @@ namespace fs = std::filesystem;
 
 // A scene that is not this many weld distances long is likely in other units than it was meant.
 constexpr float kFewWeldDistances = 20;
+// An output with less than this part of the scene's triangles is hardly what was wanted.
+constexpr std::uint64_t kMostLost = 10;
 
 /// One run of the command.
 struct Run {
@@ -104,6 +109,19 @@ void WarnOfWelding(Run& run, const ExportSystem::Values& values) {
   }
 }
 
+/// What is left of the scene's triangles may be less than anyone wants.
+void WarnOfLoss(Run& run) {
+  const std::uint64_t before = run.report.before->triangles;
+  const ModelCounts& counts = run.report.after;
+  const std::uint64_t after = std::max(counts.batchFaces, counts.faces);
+  if (before == 0 || after * kMostLost >= before) return;
+  run.messages.Warning(
+      "few-triangles-left",
+      fmt::format("{}: {} of {} triangles are left; the others were degenerate, or "
+                  "too small for the weld distance and the exporter's least width",
+                  run.report.output, after, before));
+}
+
 /// The files that the output depends on. The user's own settings are none: every export of anything
 /// would make all outputs old.
 std::vector<std::string> Dependencies(const ExportArguments& arguments,
@@ -155,12 +173,27 @@ void PutInPlace(Run& run, OutputPlace& model, const std::optional<OutputTarget>&
   }
 }
 
-void Export(Run& run, const std::optional<OutputTarget>& report) {
+/// No file that is to be written may be one that the scene comes from.
+void RequireOtherThanSideFiles(std::span<const std::string> sideFiles, const OutputTarget& model,
+                               const std::optional<OutputTarget>& depFile,
+                               std::optional<OutputTarget>& report) {
+  if (report) {
+    // Nor may the report tell of it there.
+    const OutputTarget target = *std::exchange(report, std::nullopt);
+    RequireNotRead(target, sideFiles);
+    report = target;
+  }
+  RequireNotRead(model, sideFiles);
+  if (depFile) RequireNotRead(*depFile, sideFiles);
+}
+
+void Export(Run& run, std::optional<OutputTarget>& report) {
   const ExportArguments& arguments = run.arguments;
   const std::string& output = run.report.output;
   const OutputTarget target = FindModelTarget(arguments);
   const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments);
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);
+  RequireOtherThanSideFiles(loaded.sideFiles, target, depFile, report);
   run.report.leftOut = std::move(loaded.leftOut);
   run.report.before = CountScene(loaded.scene);
   SettingsStore settings = OpenSettings(run);
@@ -193,6 +226,7 @@ void Export(Run& run, const std::optional<OutputTarget>& report) {
   run.report.status = WarnOfModel(read, output, &*run.report.before, run.messages);
   run.report.layout = read.model.layout;
   run.report.after = CountModel(read.model);
+  WarnOfLoss(run);
   run.report.dependencies = Dependencies(arguments, std::move(loaded.sideFiles),
                                          talk.CxpFailed() ? std::string() : values.cxp);
   run.stages.End();
@@ -220,7 +254,7 @@ ExitStatus RunExportCommand(const ExportArguments& arguments) {
   Run run(arguments);
   run.report.scene = arguments.scene.path;
   run.report.output = ModelPath(arguments.output);
-  const std::optional<OutputTarget> report = FindReportTarget(arguments);
+  std::optional<OutputTarget> report = FindReportTarget(arguments);
   try {
     Export(run, report);
   } catch (const std::exception& error) {

@@ -68,4 +68,10 @@ std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments) {
   return target;
 }
 
+void RequireNotRead(const OutputTarget& target, std::span<const std::string> files) {
+  for (const std::string& file : files) {
+    RequireOther(target, file, "file that the scene is read from,");
+  }
+}
+
 }  // namespace mapexport

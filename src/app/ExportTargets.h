@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 
 #include "app/Arguments.h"
@@ -21,5 +22,9 @@ OutputTarget FindModelTarget(const ExportArguments& arguments);
 /// Nothing when no file is asked for.
 std::optional<OutputTarget> FindDepFileTarget(const ExportArguments& arguments);
 std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments);
+
+/// Throws RunError when writing to `target` would replace one of `files`, from which the scene is
+/// read.
+void RequireNotRead(const OutputTarget& target, std::span<const std::string> files);
 
 }  // namespace mapexport

@@ -1,6 +1,7 @@
 #include "app/ReaderProcess.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -8,6 +9,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <limits.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -17,6 +19,7 @@
 #include "app/FdOutput.h"
 #include "app/ReaderMessage.h"
 #include "app/RunError.h"
+#include "app/SceneCensus.h"
 #include "importer/ImportScene.h"
 #include "scene/SceneFile.h"
 
@@ -126,7 +129,12 @@ int WriteText(int fd, std::string_view text) {
                                  std::move(imported.sideFiles)}));
     }
     if (error == 0) End(ReaderEnd::kRead);
-    WriteText(files.message, ErrnoText(error));
+    std::string reason = ErrnoText(error);
+    if (error == EFBIG) {
+      reason = fmt::format("it is too large, with {} triangles where each instance counts",
+                           CountScene(imported.scene).triangles);
+    }
+    WriteText(files.message, reason);
     End(ReaderEnd::kCannotHandOver);
   } catch (const std::bad_alloc&) {
     End(ReaderEnd::kMemoryRanOut);

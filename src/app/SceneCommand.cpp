@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "app/ExportTargets.h"
 #include "app/LoadScene.h"
 #include "app/Messages.h"
 #include "app/OutputPlace.h"
@@ -24,7 +25,8 @@ ExitStatus RunSceneCommand(const SceneArguments& arguments) {
   }
 
   const OutputTarget target = FindOutput(*arguments.output);
-  const Scene scene = LoadScene(arguments.scene, messages, stages).scene;
+  const LoadedScene loaded = LoadScene(arguments.scene, messages, stages);
+  RequireNotRead(target, loaded.sideFiles);
   if (!IsSceneFile(*arguments.output)) {
     messages.Warning("other-extension",
                      fmt::format("{}: does not end in .scene.json, by which a scene file is known",
@@ -32,7 +34,7 @@ ExitStatus RunSceneCommand(const SceneArguments& arguments) {
   }
   stages.Begin("writing");
   OutputPlace place(target, NamePart(target.path));
-  place.Fill([&](std::ostream& out) { WriteSceneFile(scene, out); });
+  place.Fill([&](std::ostream& out) { WriteSceneFile(loaded.scene, out); });
   if (const std::string warning = place.Commit(); !warning.empty()) {
     messages.Warning("folder-not-synced", warning);
   }

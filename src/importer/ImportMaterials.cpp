@@ -5,6 +5,9 @@
 #include <cmath>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include <assimp/scene.h>
@@ -122,6 +125,26 @@ bool IsStandIn(const LibraryScene& source, const aiMaterial& material, const std
   }
 }
 
+/// The reader of AC3D files makes one of the file's materials into one for each texture of its
+/// faces, all of the same name, which exporters take for one material: gives them names apart.
+void NameByTexture(std::vector<SceneMaterial>& materials) {
+  const auto fileOf = [](const SceneMaterial& material) {
+    return material.diffuseMap ? std::string_view(material.diffuseMap->file) : std::string_view();
+  };
+  std::unordered_map<std::string, std::string> firstFile;
+  std::unordered_set<std::string> ambiguous;
+  for (const SceneMaterial& material : materials) {
+    const auto [entry, isNew] = firstFile.try_emplace(material.name, fileOf(material));
+    if (!isNew && entry->second != fileOf(material)) ambiguous.insert(material.name);
+  }
+  for (SceneMaterial& material : materials) {
+    std::string_view file = fileOf(material);
+    if (file.empty() || !ambiguous.contains(material.name)) continue;
+    file.remove_prefix(file.find_last_of("/\\") + 1);  // npos + 1 is 0
+    material.name += fmt::format(" ({})", file);
+  }
+}
+
 }  // namespace
 
 ImportedMaterials ImportMaterials(const LibraryScene& source) {
@@ -142,6 +165,7 @@ ImportedMaterials ImportMaterials(const LibraryScene& source) {
     imported.materials.push_back(ImportMaterial(source, *material, std::move(name)));
     if (fileMaterials[i]) ApplyFile(*fileMaterials[i], imported.materials.back());
   }
+  if (source.format == SourceFormat::kAc3d) NameByTexture(imported.materials);
   return imported;
 }
 

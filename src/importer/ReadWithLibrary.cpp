@@ -65,8 +65,10 @@ std::string ReasonFrom(std::string_view error) {
 
 /// Whether `name` is no file that the scene names but one that the reader tries on its own.
 bool IsProbe(std::string_view name) {
-  constexpr std::array<std::string_view, 4> kProbedEndings{".md5anim", ".md5camera", ".skin",
-                                                           "_animation.txt"};
+  constexpr std::array<std::string_view, 6> kProbedEndings{
+      ".md5anim", ".md5camera", ".skin", "_animation.txt", ".shader", "colormap.lmp"};
+  // Another way to the shaders of a game, cut to what the reader's buffer holds.
+  if (name.find("/../scripts/") != std::string_view::npos) return true;
   return std::ranges::any_of(kProbedEndings,
                              [&](std::string_view ending) { return name.ends_with(ending); });
 }
@@ -117,11 +119,20 @@ std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path,
 }  // namespace
 
 std::string LibraryScene::Text(const aiString& text) const {
-  return ValidUtf8(hasEntities ? DecodeEntities(BytesOf(text)) : std::string(BytesOf(text)));
+  return Text(BytesOf(text));
+}
+
+std::string LibraryScene::Text(std::string_view bytes) const {
+  return ValidUtf8(hasEntities ? DecodeEntities(bytes) : std::string(bytes));
 }
 
 LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& options) {
   const std::string beginning = FileBeginning(path);
+  // Of packed maps the library reads one, and its indices wrongly; of a map alone nothing.
+  if (const std::string extension = FileExtension(path);
+      extension == ".bsp" || extension == ".pk3") {
+    RefuseFile(path, fmt::format("game maps ({}) are not read", extension));
+  }
 
   const auto files = std::make_shared<FileRecord>();
   const std::shared_ptr<Assimp::Importer> importer = MakeImporter(options);

@@ -7,6 +7,7 @@ namespace mapexport {
 
 enum class SourceFormat {
   k3ds,
+  kAc3d,
   kAse,
   kCollada,
   kFbx,

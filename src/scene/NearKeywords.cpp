@@ -39,6 +39,20 @@ bool IsOneEditAway(std::string_view a, std::string_view b) {
   return a.size() > 1 && a[0] == b[1] && a[1] == b[0] && a.substr(2) == b.substr(2);
 }
 
+/// Whether `word` is nothing but two or more keywords with blanks or punctuation between them.
+bool IsSeveralKeywords(std::string_view word) {
+  constexpr std::string_view kBetween = " ,;|/+&";
+  std::size_t keywords = 0;
+  while (true) {
+    word.remove_prefix(std::min(word.find_first_not_of(kBetween), word.size()));
+    if (word.empty()) return keywords > 1;
+    const std::string_view part = word.substr(0, word.find_first_of(kBetween));
+    if (!IsKeyword(part)) return false;
+    ++keywords;
+    word.remove_prefix(part.size());
+  }
+}
+
 template <class Visitor>
 void VisitWords(const SceneNode& node, const Visitor& visit) {
   std::string_view text = node.userProperties;
@@ -73,7 +87,7 @@ std::vector<NearKeyword> FindNearKeywords(const Scene& scene) {
   std::unordered_map<std::string, std::size_t> placeOf;
   VisitWords(scene.root, [&](const SceneNode& node, std::string_view word) {
     const std::string_view keyword = NearestKeyword(word);
-    if (keyword.empty()) return;
+    if (keyword.empty() && !IsSeveralKeywords(word)) return;
     const auto [entry, isNew] = placeOf.try_emplace(std::string(word), found.size());
     if (isNew)
       found.push_back({node.name, std::string(word), keyword});
@@ -84,10 +98,11 @@ std::vector<NearKeyword> FindNearKeywords(const Scene& scene) {
 }
 
 std::string Describe(const NearKeyword& near) {
-  return fmt::format("\"{}\" in the user properties of node \"{}\"{} is no keyword; \"{}\" is one",
-                     near.word, near.node,
+  return fmt::format("\"{}\" in the user properties of node \"{}\"{} is no keyword; {}", near.word,
+                     near.node,
                      near.count == 1 ? "" : fmt::format(" and {} more lines", near.count - 1),
-                     near.keyword);
+                     near.keyword.empty() ? "each keyword has a line of its own"
+                                          : fmt::format("\"{}\" is one", near.keyword));
 }
 
 }  // namespace mapexport

@@ -11,10 +11,10 @@
 namespace mapexport {
 
 struct NearKeyword {
-  std::string node;  ///< name of the first node with it
-  std::string word;  ///< as it stands in the text
-  std::string_view keyword;
-  std::size_t count = 1;  ///< nodes' lines with this word
+  std::string node;          ///< name of the first node with it
+  std::string word;          ///< as it stands in the text
+  std::string_view keyword;  ///< empty: the word is several keywords in one
+  std::size_t count = 1;     ///< nodes' lines with this word
 };
 
 /// Whether `word` sets a flag of a node's faces.
@@ -26,7 +26,8 @@ bool IsKeyword(std::string_view word);
 std::string_view NearestKeyword(std::string_view word);
 
 /// The words of the nodes' user property texts (which end at tabs and line ends) that are near to a
-/// keyword that sets a flag of a node's faces, each word once, in the order of the nodes.
+/// keyword that sets a flag of a node's faces, or are several keywords with something else than
+/// that between them; each word once, in the order of the nodes.
 std::vector<NearKeyword> FindNearKeywords(const Scene& scene);
 
 /// One line that names the node and both words.
