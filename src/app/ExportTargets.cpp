@@ -26,6 +26,15 @@ void RequireOther(const OutputTarget& target, const std::string& other, std::str
   throw RunError(fmt::format("{}: cannot be written: it is the {} itself", target.name, what));
 }
 
+void RequireNoInput(const OutputTarget& target, const ExportArguments& arguments) {
+  for (const DialogAction& action : arguments.actions) {
+    if (const auto* const picked = std::get_if<PickFile>(&action)) {
+      RequireOther(target, picked->path, "CXP database");
+    }
+  }
+  if (arguments.settings) RequireOther(target, *arguments.settings, "settings store");
+}
+
 /// Where a file beside the output goes; nothing without a path.
 std::optional<OutputTarget> FindCompanion(const ExportArguments& arguments,
                                           const std::optional<std::string>& path) {
@@ -33,6 +42,7 @@ std::optional<OutputTarget> FindCompanion(const ExportArguments& arguments,
   OutputTarget target = FindOutput(*path);
   RequireOther(target, arguments.scene.path, "scene");
   RequireOther(target, ModelPath(arguments.output), "output");
+  RequireNoInput(target, arguments);
   return target;
 }
 
@@ -49,12 +59,7 @@ OutputTarget FindModelTarget(const ExportArguments& arguments) {
   RequireRegularFileOrNothing(arguments.output);
   OutputTarget target = FindOutput(ModelPath(arguments.output));
   RequireOther(target, arguments.scene.path, "scene");
-  for (const DialogAction& action : arguments.actions) {
-    if (const auto* const picked = std::get_if<PickFile>(&action)) {
-      RequireOther(target, picked->path, "CXP database");
-    }
-  }
-  if (arguments.settings) RequireOther(target, *arguments.settings, "settings store");
+  RequireNoInput(target, arguments);
   return target;
 }
 

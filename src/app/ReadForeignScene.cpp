@@ -96,6 +96,9 @@ std::string ReasonOfSignal(int signal, std::uint32_t seconds) {
   if (signal == SIGKILL) {
     return fmt::format("the reader was ended from outside ({}), perhaps for want of memory", text);
   }
+  if (signal == SIGTERM || signal == SIGINT || signal == SIGHUP) {
+    return fmt::format("the reader was ended from outside ({})", text);
+  }
   return fmt::format("the reader crashed on it ({})", text);
 }
 

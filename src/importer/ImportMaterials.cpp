@@ -112,7 +112,9 @@ void ApplyFile(const FileMaterial& file, SceneMaterial& host) {
 bool IsStandIn(const LibraryScene& source, const aiMaterial& material, const std::string& name,
                std::size_t index) {
   // The second one is what the library's reader of .3ds files calls it.
-  if (!name.empty()) return name == AI_DEFAULT_MATERIAL_NAME || name == "%%%DEFAULT";
+  const bool isGltf =
+      source.format == SourceFormat::kGltf1 || source.format == SourceFormat::kGltf2;
+  if (!name.empty()) return !isGltf && (name == AI_DEFAULT_MATERIAL_NAME || name == "%%%DEFAULT");
   switch (source.format) {
     case SourceFormat::kGltf1:
     case SourceFormat::kGltf2:

@@ -67,8 +67,8 @@ void SetInstanceMaterials(const InstanceMaterials& file, const std::vector<MeshI
   if (inDoubt == 0) return;
   remarks.push_back(
       {RemarkKind::kWarning, "shared-mesh-materials",
-       fmt::format("{} the material of the first node with the same mesh: the file doesn't "
-                   "tell beyond doubt which is their own",
+       fmt::format("{} the material of the first node with the same mesh: which is "
+                   "their own can't be told",
                    inDoubt == 1 ? "1 node shows" : fmt::format("{} nodes show", inDoubt)),
        inDoubt});
 }
@@ -98,13 +98,15 @@ void ImportFromLibrary(const LibraryScene& source, const ImportOptions& options,
         {RemarkKind::kWarning, "missing-side-file",
          fmt::format("the file \"{}\" that the scene names can't be opened", FirstLine(file))});
   }
+  leftOut.curves = source.cutShapes;
+  leftOut.objects = source.cutBlocks;
   leftOut.cameras = source.scene->mNumCameras;
   leftOut.lights = source.scene->mNumLights;
   leftOut.animations = source.scene->mNumAnimations;
   const WorldPlacement placement =
       FindWorldPlacement(source.format, source.scene.get(), options, result.remarks);
   const std::vector<FoldedNode> folded = FoldHelperNodes(source, leftOut);
-  if (source.format == SourceFormat::kFbx) leftOut.curves = FbxCurves(source, folded);
+  if (source.format == SourceFormat::kFbx) leftOut.curves += FbxCurves(source, folded);
   ImportedMaterials imported = ImportMaterials(source);
   MaterialTable materials(std::move(imported.materials));
   ObjectTable objects(source, imported.hostIndex, materials, leftOut);

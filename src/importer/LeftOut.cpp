@@ -20,6 +20,7 @@ ImportRemarks LeftOut::Items() const {
       {points, "points", "point", "points"},
       {lines, "lines", "line", "lines"},
       {curves, "curves", "curve or curved surface", "curves or curved surfaces"},
+      {objects, "objects", "object of an unknown kind", "objects of unknown kinds"},
       {polygons, "polygons", "polygon that can't be triangulated",
        "polygons that can't be triangulated"},
       {vertices, "vertices", "vertex that isn't finite", "vertices that aren't finite"},

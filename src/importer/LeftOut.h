@@ -12,6 +12,7 @@ namespace mapexport {
 struct LeftOut {
   std::size_t points = 0;
   std::size_t lines = 0;
+  std::size_t objects = 0;         ///< of kinds that nobody knows
   std::size_t curves = 0;          ///< free-form curves and surfaces
   std::size_t polygons = 0;        ///< that could not be triangulated
   std::size_t vertices = 0;        ///< with a coordinate that isn't finite

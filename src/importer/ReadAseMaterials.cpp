@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 
+#include "importer/AseLines.h"
 #include "importer/DecimalNumber.h"
 #include "importer/StatementLines.h"
 
@@ -19,18 +20,6 @@ struct Shading {
 };
 constexpr std::array<Shading, 3> kShadings{{{"Flat", 1}, {"Phong", 3}, {"Blinn", 4}}};
 constexpr int kGouraud = 2;
-
-/// What the braces outside of texts add to the depth.
-int DepthChange(std::string_view line) {
-  int change = 0;
-  bool isInText = false;
-  for (const char c : line) {
-    if (c == '"') isInText = !isInText;
-    if (isInText) continue;
-    change += c == '{' ? 1 : c == '}' ? -1 : 0;
-  }
-  return change;
-}
 
 std::optional<float> NumberIn(std::string_view rest) {
   return DecimalNumber(TakeWord(rest));
@@ -83,7 +72,7 @@ std::vector<FileMaterial> ReadAseMaterials(std::string_view text) {
   StatementLines lines(text);
   while (lines.Next()) {
     std::string_view rest = lines.Statement();
-    const int change = DepthChange(rest);
+    const int change = AseDepthChange(rest);
     const std::string_view key = TakeWord(rest);
     if (depth == 0) isInList = key == "*MATERIAL_LIST";
     const bool begins = isInList && (depth == 1   ? key == "*MATERIAL"

@@ -21,6 +21,7 @@
 #include "importer/FileExtension.h"
 #include "importer/HostText.h"
 #include "importer/LibraryValues.h"
+#include "importer/PatchAse.h"
 #include "importer/PatchCollada.h"
 #include "importer/SideFiles.h"
 #include "scene/FileText.h"
@@ -37,6 +38,8 @@ void Configure(Assimp::Importer& importer, const ImportOptions& options) {
   importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION,
                            options.up != UpAxis::kAuto);
+  // A model is the file that is named, not the other parts of its player.
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_MD3_HANDLE_MULTIPART, false);
   // Files of bones alone would come with made-up meshes that show the bones.
   importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
 }
@@ -101,9 +104,10 @@ SourceFormat FormatOf(const aiScene& scene) {
   RefuseFile(path, defect.empty() ? reason : defect);
 }
 
-/// The form of the file in which the library reads it rightly, null when that is its own.
-std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path,
-                                               std::string_view beginning) {
+/// The form of the file in which the library reads it rightly, null when that is its own. What is
+/// cut out for it is counted in `scene`.
+std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path, std::string_view beginning,
+                                               LibraryScene& scene) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   const std::string extension = FileExtension(path);
   std::optional<std::string> text;
@@ -111,6 +115,12 @@ std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path,
     text = FileText(path).View();  // without the mark, which its JSON reader takes for a defect
   } else if (extension == ".dae" && !IsUtf16(beginning)) {
     text = PatchCollada(FileText(path).View());
+  } else if (extension == ".ase" && !IsUtf16(beginning)) {
+    if (std::optional<PatchedAse> patched = PatchAse(FileText(path).View())) {
+      scene.cutShapes = patched->shapes;
+      scene.cutBlocks = patched->others;
+      text = std::move(patched->text);
+    }
   }
   if (!text) return nullptr;
   return std::make_shared<const ChangedFile>(ChangedFile{path, std::move(*text)});
@@ -134,16 +144,16 @@ LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& optio
     RefuseFile(path, fmt::format("game maps ({}) are not read", extension));
   }
 
+  LibraryScene result;
   const auto files = std::make_shared<FileRecord>();
   const std::shared_ptr<Assimp::Importer> importer = MakeImporter(options);
-  importer->SetIOHandler(MakeRecordingFiles(files, ChangedForm(path, beginning)).release());
+  importer->SetIOHandler(MakeRecordingFiles(files, ChangedForm(path, beginning, result)).release());
   Configure(*importer, options);
   const aiScene* scene = importer->ReadFile(path, aiProcess_Triangulate);
   if (IsUtf16(beginning) && (scene == nullptr || scene->mNumMeshes == 0)) RefuseUtf16(path);
   if (scene == nullptr) RefuseBroken(path, ReasonFrom(importer->GetErrorString()));
   if (scene->mRootNode == nullptr) RefuseFile(path, "holds no nodes");
 
-  LibraryScene result;
   result.path = path;
   result.format = FormatOf(*scene);
   if (result.format == SourceFormat::kAse && scene->mNumMeshes == 0) {

@@ -24,6 +24,9 @@ struct LibraryScene {
   std::vector<std::string> missingFiles;  ///< that the reader asked for in vain and did without
   std::vector<std::string> sideFiles;     ///< that it read beside the scene, as paths to open
 
+  std::size_t cutShapes = 0;  ///< curves of an ASE file, at which the library stops reading
+  std::size_t cutBlocks = 0;  ///< and blocks of unknown kinds
+
   /// A text of this scene, or bytes of it, as valid UTF-8.
   std::string Text(const aiString& text) const;
   std::string Text(std::string_view bytes) const;

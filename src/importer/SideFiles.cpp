@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <assimp/DefaultIOSystem.h>
@@ -41,6 +43,8 @@ class RecordingFiles : public Assimp::DefaultIOSystem {
           reinterpret_cast<const std::uint8_t*>(changed_->text.data()), changed_->text.size());
     }
     for (const std::string& name : NamesOf(file)) {
+      // A folder can be opened, too, but not read.
+      if (std::error_code error; std::filesystem::is_directory(name, error)) continue;
       if (Assimp::IOStream* const stream = DefaultIOSystem::Open(name.c_str(), mode)) {
         record_->Add(name, true);
         return stream;
