@@ -13,6 +13,7 @@
 #include <assimp/scene.h>
 #include <fmt/format.h>
 
+#include "importer/AseWireColors.h"
 #include "importer/AxesAndUnits.h"
 #include "importer/FbxLinks.h"
 #include "importer/FinishScene.h"
@@ -22,6 +23,7 @@
 #include "importer/ImportObj.h"
 #include "importer/InstanceMaterials.h"
 #include "importer/LeftOut.h"
+#include "importer/LibraryValues.h"
 #include "importer/MaterialTable.h"
 #include "importer/ObjectTable.h"
 #include "importer/ReadWithLibrary.h"
@@ -127,6 +129,13 @@ void ImportFromLibrary(const LibraryScene& source, const ImportOptions& options,
     InstanceMaterials file(source, folded, imported.hostIndex);
     file.LearnForgotten(objects.Instances(), options, materials);
     SetInstanceMaterials(file, objects.Instances(), materials, nodes, result.remarks);
+  }
+  if (source.format == SourceFormat::kAse) {
+    const WireColors colors = ReadAseWireColors(FileText(source.path).View());
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+      const auto color = colors.find(std::string(BytesOf(folded[i].node->mName)));
+      if (color != colors.end()) nodes[i].wireColor = color->second;
+    }
   }
   AssembleTree(folded, std::move(nodes), result.scene.root);
   result.scene.materials = materials.Take();
