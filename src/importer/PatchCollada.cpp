@@ -50,12 +50,13 @@ class Patcher {
   /// False when there is nothing to change.
   bool Run() {
     CollectLibraries();
-    if (materials_.empty()) return false;
+    const bool hasMarks = MoveTwoSidedMarks();
+    if (materials_.empty()) return hasMarks;
     for (const xml_node library : Libraries({"library_visual_scenes", "library_nodes"})) {
       CollectInstances(library);
     }
     const bool hasMixedMesh = GiveMeshesToInstances();
-    if (!needsBindings_ && !hasMixedMesh) return false;
+    if (!needsBindings_ && !hasMixedMesh) return hasMarks;
     for (Instance& instance : instances_) Bind(instance);
     for (const auto& [id, geometry] : geometries_) NumberSymbols(geometry);
     AddNoMaterial();
@@ -96,6 +97,24 @@ class Patcher {
                                   Target(controller.first_child().attribute("source")));
       }
     }
+  }
+
+  /// The library sees marks within the common profile of an effect, not those behind it.
+  bool MoveTwoSidedMarks() {
+    bool hasMarks = false;
+    for (const xml_node library : Libraries({"library_effects"})) {
+      for (const xml_node effect : library.children("effect")) {
+        xml_node profile = effect.child("profile_COMMON");
+        for (const xml_node extra : effect.children("extra")) {
+          for (const xml_node technique : extra.children("technique")) {
+            if (!profile || !technique.child("double_sided").text().as_bool()) continue;
+            profile.append_child("double_sided").text().set(true);
+            hasMarks = true;
+          }
+        }
+      }
+    }
+    return hasMarks;
   }
 
   static Parts PartsOf(xml_node geometry) {
