@@ -10,6 +10,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include <assimp/GltfMaterial.h>
 #include <assimp/scene.h>
 #include <fmt/format.h>
 
@@ -50,6 +51,14 @@ Color ColorOf(const aiMaterial& material, const Key& key) {
   return {finite(color.r), finite(color.g), finite(color.b)};
 }
 
+/// Whether a glTF file says that the alpha of the colour, which the library gives as the opacity,
+/// means nothing.
+bool IsOpaque(const aiMaterial& material) {
+  aiString mode;
+  return material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == aiReturn_SUCCESS &&
+         BytesOf(mode) == "OPAQUE";
+}
+
 /// The map in the first of the two slots in which readers store what the host calls the diffuse
 /// map.
 std::optional<SceneTexture> DiffuseMap(const LibraryScene& source, const aiMaterial& material) {
@@ -77,7 +86,9 @@ SceneMaterial ImportMaterial(const LibraryScene& source, const aiMaterial& mater
   host.ambient = ColorOf(material, {AI_MATKEY_COLOR_AMBIENT});
   host.diffuse = ColorOf(material, {AI_MATKEY_COLOR_DIFFUSE});
   host.specular = ColorOf(material, {AI_MATKEY_COLOR_SPECULAR});
-  host.opacity = std::clamp(FloatOf(material, 1.0f, {AI_MATKEY_OPACITY}), 0.0f, 1.0f);
+  if (!IsOpaque(material)) {
+    host.opacity = std::clamp(FloatOf(material, 1.0f, {AI_MATKEY_OPACITY}), 0.0f, 1.0f);
+  }
   host.shininess = FloatOf(material, 0.0f, {AI_MATKEY_SHININESS});
   host.shininessStrength = FloatOf(material, 0.0f, {AI_MATKEY_SHININESS_STRENGTH});
   host.shading = IntegerOf(material, {AI_MATKEY_SHADING_MODEL});
