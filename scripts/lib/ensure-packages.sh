@@ -16,7 +16,9 @@ ensure_packages() {
   # dpkg-query fails when it does not know one of the packages, but it lists the others.
   installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${wanted[@]}" 2>/dev/null || true)
   for package in "${wanted[@]}"; do
-    grep -qxF "$package installed" <<<"$installed" || missing+=("$package")
+    # A command of that name does as well: Node.js from elsewhere brings an npm that Debian's excludes.
+    grep -qxF "$package installed" <<<"$installed" || command -v "$package" >/dev/null ||
+      missing+=("$package")
   done
   [[ ${#missing[@]} -gt 0 ]] || return 0
 

@@ -1,5 +1,6 @@
 #include "app/Arguments.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include <fmt/format.h>
@@ -149,16 +150,32 @@ ExportArguments ExportOf(const CommandLine& line) {
   return arguments;
 }
 
+std::optional<ModelLayout> LayoutOf(const CommandLine& line) {
+  const std::optional<std::string> layout = line.Value("layout");
+  if (!layout) return std::nullopt;
+  if (*layout == "qob") return ModelLayout::kQob;
+  if (*layout == "kob") return ModelLayout::kKob;
+  throw UsageError(fmt::format("--layout: \"{}\" is none of qob, kob", *layout), line.command);
+}
+
 InspectArguments InspectOf(const CommandLine& line) {
   InspectArguments arguments;
   arguments.file = Positional(line, 0);
   arguments.json = line.Has("json");
   arguments.summary = line.Has("summary");
-  if (const auto layout = line.Value("layout")) {
-    if (*layout != "qob" && *layout != "kob") {
-      throw UsageError(fmt::format("--layout: \"{}\" is none of qob, kob", *layout), line.command);
-    }
-    arguments.layout = *layout == "qob" ? ModelLayout::kQob : ModelLayout::kKob;
+  arguments.layout = LayoutOf(line);
+  return arguments;
+}
+
+ViewArguments ViewOf(const CommandLine& line) {
+  ViewArguments arguments;
+  arguments.file = Positional(line, 0);
+  arguments.output = PathValue(line, "output");
+  arguments.layout = LayoutOf(line);
+  if (const auto system = line.Value("coordinates")) {
+    const auto option = std::ranges::find(line.command->options, std::string_view("coordinates"),
+                                          &OptionInfo::name);
+    arguments.coordinateSystem = RowNumber(line, *option, *system);
   }
   return arguments;
 }
@@ -176,6 +193,8 @@ Arguments ParseArguments(const std::vector<std::string>& arguments) {
       return SceneArguments{SceneOf(line), PathValue(line, "output")};
     case Command::kInspect:
       return InspectOf(line);
+    case Command::kView:
+      return ViewOf(line);
     case Command::kFormats:
       return ShowText{FormatsText()};
   }

@@ -43,7 +43,15 @@ struct InspectArguments {
   std::optional<ModelLayout> layout;
 };
 
-using Arguments = std::variant<ShowText, ExportArguments, SceneArguments, InspectArguments>;
+struct ViewArguments {
+  std::string file;
+  std::optional<std::string> output;
+  std::optional<ModelLayout> layout;
+  int coordinateSystem = 0;  ///< 0 to 3
+};
+
+using Arguments =
+    std::variant<ShowText, ExportArguments, SceneArguments, InspectArguments, ViewArguments>;
 
 /// `arguments` are those after the program's name. Throws UsageError; RunError when the current
 /// directory, against which a relative --cxp is made absolute, can't be had.

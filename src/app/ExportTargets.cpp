@@ -1,30 +1,9 @@
 #include "app/ExportTargets.h"
 
-#include <filesystem>
-#include <string_view>
-#include <system_error>
 #include <variant>
-
-#include <fmt/format.h>
-
-#include "app/RunError.h"
 
 namespace mapexport {
 namespace {
-
-namespace fs = std::filesystem;
-
-/// Throws RunError when writing to `target` would replace the file at `other`, which is `what`.
-void RequireOther(const OutputTarget& target, const std::string& other, std::string_view what) {
-  std::error_code error;
-  bool same = fs::equivalent(target.path, other, error);
-  if (!same) {  // one that is not there yet is known by its path alone
-    const fs::path whole = fs::weakly_canonical(fs::absolute(target.path, error), error);
-    same = !error && whole == fs::weakly_canonical(fs::absolute(other, error), error) && !error;
-  }
-  if (!same) return;
-  throw RunError(fmt::format("{}: cannot be written: it is the {} itself", target.name, what));
-}
 
 void RequireNoInput(const OutputTarget& target, const ExportArguments& arguments) {
   for (const DialogAction& action : arguments.actions) {

@@ -94,14 +94,27 @@ constexpr std::array kSceneOptions{
     kReadLimit,
 };
 
-constexpr std::array kInspectPositionals{
+// Of the commands that read a model file.
+constexpr std::array kModelPositionals{
     PositionalInfo{"FILE", "a model file; its extension tells the layout"},
 };
+constexpr OptionInfo kLayout{"layout", kText, "LAYOUT", "qob or kob, whatever the extension is",
+                             '\0',     0,     {},       kLayouts};
+
 constexpr std::array kInspectOptions{
     OptionInfo{"json", kFlag, nullptr, "print one JSON document"},
     OptionInfo{"summary", kFlag, nullptr, "leave the long lists out and give their counts"},
-    OptionInfo{
-        "layout", kText, "LAYOUT", "qob or kob, whatever the extension is", '\0', 0, {}, kLayouts},
+    kLayout,
+};
+
+constexpr std::array kViewOptions{
+    OptionInfo{"output", kText, "FILE",
+               "the page to write; without it, FILE.html beside the model file", 'o'},
+    kLayout,
+    OptionInfo{"coordinates", kRow, "SYSTEM",
+               "the coordinate system that the file was exported with, left-handed unless given; "
+               "the page stands the level upright by it",
+               '\0', 0, kCoordinates},
 };
 
 constexpr std::array kCommands{
@@ -110,7 +123,9 @@ constexpr std::array kCommands{
     CommandInfo{Command::kScene, "scene", "writes a scene as the exporter will see it",
                 kScenePositionals, kSceneOptions},
     CommandInfo{Command::kInspect, "inspect", "checks a model file and prints what it holds",
-                kInspectPositionals, kInspectOptions},
+                kModelPositionals, kInspectOptions},
+    CommandInfo{Command::kView, "view", "writes an HTML page that shows a model file in 3D",
+                kModelPositionals, kViewOptions},
     CommandInfo{
         Command::kFormats, "formats", "lists the formats that scenes are read from", {}, {}},
 };

@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <dirent.h>
@@ -170,6 +172,17 @@ OutputTarget FindOutput(const std::string& output) {
     }
   }
   return target;
+}
+
+void RequireOther(const OutputTarget& target, const std::string& other, std::string_view what) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  bool same = fs::equivalent(target.path, other, error);
+  if (!same) {  // one that is not there yet is known by its path alone
+    const fs::path whole = fs::weakly_canonical(fs::absolute(target.path, error), error);
+    same = !error && whole == fs::weakly_canonical(fs::absolute(other, error), error) && !error;
+  }
+  if (same) ThrowCannotWrite(target.name, fmt::format("it is the {} itself", what));
 }
 
 OutputPlace::OutputPlace(OutputTarget target, const std::string& fileName)

@@ -6,6 +6,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 #include <sys/types.h>
 
@@ -32,6 +33,9 @@ struct OutputTarget {
 /// Looks where `output` leads and whether a file can be placed there: its folder exists and can be
 /// written, what is there is a regular file that can be written. Changes nothing. Throws RunError.
 OutputTarget FindOutput(const std::string& output);
+
+/// Throws RunError when writing to `target` would replace the file at `other`, which is `what`.
+void RequireOther(const OutputTarget& target, const std::string& other, std::string_view what);
 
 /// A temporary folder beside the target, in which its next content is made. The folder has no dot
 /// in its name, is held by a lock and goes away with this object, whatever is in it by then.

@@ -18,6 +18,7 @@
 #include "app/SceneCommand.h"
 #include "app/StandardOutput.h"
 #include "app/UsageError.h"
+#include "app/ViewCommand.h"
 
 namespace mapexport {
 namespace {
@@ -36,6 +37,7 @@ struct RunCommand {
   ExitStatus operator()(const InspectArguments& arguments) const {
     return RunInspectCommand(arguments);
   }
+  ExitStatus operator()(const ViewArguments& arguments) const { return RunViewCommand(arguments); }
 };
 
 /// Takes the places of standard streams that came closed, so that no file of ours gets their

@@ -1,0 +1,44 @@
+#include "app/ViewCommand.h"
+
+#include <optional>
+#include <ostream>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "app/LoadModel.h"
+#include "app/Messages.h"
+#include "app/OutputPlace.h"
+#include "app/RunError.h"
+#include "app/StandardOutput.h"
+#include "view/WritePage.h"
+
+namespace mapexport {
+
+ExitStatus RunViewCommand(const ViewArguments& arguments) {
+  if (!CanWritePage()) {
+    throw RunError(
+        "view: this mapexport was built without the page; build it with Node.js and npm at hand");
+  }
+  Messages messages(false);
+  const std::string output = arguments.output.value_or(arguments.file + ".html");
+  const OutputTarget target = FindOutput(output);
+  RequireOther(target, arguments.file, "model file");
+  const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
+  if (!loaded) return ExitStatus::kFailed;
+  if (ModelBlockBytes(loaded->model) > kMaxModelBlockBytes) {
+    throw RunError(fmt::format("{}: too large for a page: its lists take more than {} MiB",
+                               arguments.file, kMaxModelBlockBytes >> 20));
+  }
+
+  OutputPlace place(target, NamePart(target.path));
+  const ViewInfo info{NamePart(arguments.file), arguments.coordinateSystem};
+  place.Fill([&](std::ostream& out) { WritePage(loaded->model, info, out); });
+  if (const std::string warning = place.Commit(); !warning.empty()) {
+    messages.Warning("folder-not-synced", warning);
+  }
+  PrintResult([&](std::ostream& out) { out << "wrote " << output << '\n'; });
+  return loaded->status;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,277 @@
+// The page of `mapexport view` in a real browser:
+//   node page.test.mjs MAPEXPORT PACKAGES SOURCES
+import assert from 'node:assert/strict';
+import { spawnSync } from 'node:child_process';
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { after, before, test } from 'node:test';
+
+import { openPage, settle, startBrowser } from './browser.mjs';
+
+const [mapexport, packages, sources] = process.argv.slice(2);
+const folder = mkdtempSync(join(tmpdir(), 'mapexport-page-'));
+const path = (name) => join(folder, name);
+let browser;
+before(async () => { browser = await startBrowser(packages); });
+after(async () => {
+  await browser?.close();
+  rmSync(folder, { recursive: true });
+});
+
+const run = (...args) => spawnSync(mapexport, args, { cwd: folder, encoding: 'utf8', maxBuffer: 1 << 28 });
+
+function runWell(...args) {
+  const { status, stdout, stderr } = run(...args);
+  assert.equal(status, 0, stderr);
+  return stdout;
+}
+
+/** Exports a scene, an object or the path of one, and makes the page of the model. */
+function makePage(name, scene, ...options) {
+  let file = scene;
+  if (typeof scene === 'object') {
+    file = path(`${name}.scene.json`);
+    writeFileSync(file, JSON.stringify({ format: 'mapexport-scene', version: 1, ...scene }));
+  }
+  runWell('export', file, name, '--fresh', '--seed', '1', '--quiet', ...options);
+  runWell('view', name);
+  return path(`${name}.html`);
+}
+
+const inspect = (name) => JSON.parse(runWell('inspect', name, '--json'));
+const yard = join(sources, 'examples/yard.scene.json');
+
+/** An upright quad of two triangles that faces -y in the scene, x from `left`. */
+const wall = (left, more) => ({
+  name: 'Wall',
+  mesh: {
+    vertices: [[left, 0, 0], [left + 10, 0, 0], [left + 10, 0, 8], [left, 0, 8]],
+    faces: [[0, 1, 2], [0, 2, 3]],
+  },
+  ...more,
+});
+
+const hostile = '</script><script>window.hacked=1</script><img src=x onerror="window.hacked=1">\u202e\u001b[31m';
+const walls = {
+  materials: [
+    { name: hostile, diffuse: [0.8, 0.1, 0.1] },
+    { name: 'Long_'.repeat(40), diffuse: [0.1, 0.8, 0.1], diffuseMap: { file: `${hostile}.bmp` } },
+  ],
+  root: {
+    name: hostile,
+    children: [
+      wall(0, { material: 0, userProperties: 'climbable\nnotcollidable3d' }),
+      wall(20, { material: 1, userProperties: 'floorface' }),
+      wall(40, { userProperties: 'notrendered\nclimbable' }),
+      { name: `static_${hostile}`, children: [wall(60, { material: 0 })] },
+    ],
+  },
+};
+
+/** The texts of a table's cells, row by row. */
+const cells = (page, id) => page.$$eval(`#${id} tbody tr`,
+  (rows) => rows.map((row) => [...row.children].map((cell) => cell.innerText)));
+/** The record of what is chosen, by its terms. */
+const record = (page) => page.$$eval('#chosen dt',
+  (terms) => Object.fromEntries(terms.map((term) => [term.innerText, term.nextSibling.innerText])));
+const numbers = (text) => text.match(/-?\d[\d.e+-]*/g).map(Number);
+
+async function press(page, ...keys) {
+  await page.focus('#view');
+  for (const key of keys) await page.keyboard.press(key);
+  await settle(page);
+}
+
+/** A picture of the view, with no more than the level in it. */
+async function picture(page) {
+  await page.focus('summary');
+  await settle(page);
+  return page.locator('#view').screenshot();
+}
+
+const coloursIn = (page, png) => page.evaluate(async (base64) => {
+  const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
+  const image = await createImageBitmap(new Blob([bytes]));
+  const context = new OffscreenCanvas(image.width, image.height).getContext('2d');
+  context.drawImage(image, 0, 0);
+  const pixels = new Uint32Array(context.getImageData(0, 0, image.width, image.height).data.buffer);
+  return new Set(pixels).size;
+}, png.toString('base64'));
+
+for (const layout of ['qob', 'kob']) {
+  test(`the tables of a ${layout} count what inspect counts`, async () => {
+    const file = makePage(`yard.${layout}`, yard, '--cxp', join(sources, 'examples/yard.cxp'));
+    const { materials, groups: [group] } = inspect(`yard.${layout}`);
+    const { page, trouble } = await openPage(browser, file);
+    const drawn = (index) => group.batches.filter(({ material }) => material === index)
+      .reduce((sum, batch) => sum + batch.faces.length, 0);
+    const rows = materials.map(({ name, textureName }, index) => (
+      [name, textureName === 'NULL' ? 'none' : textureName, `${drawn(index)}`]));
+    if (drawn(-1) > 0) rows.push(['no material', 'none', `${drawn(-1)}`]);
+    assert.deepEqual(await cells(page, 'materials'), rows);
+    assert.deepEqual(await cells(page, 'batches'), group.batches.map((batch, index) => (
+      [`${index}`, materials[batch.material]?.name ?? 'no material', `${batch.faces.length}`,
+        `${batch.corners.length}`])));
+    const most = (list) => Math.max(...group.batches.map((batch) => batch[list].length));
+    const limits = [group.vertices.length, most('corners')];
+    if (layout === 'kob') {
+      limits.push(most('faces'), group.collisionPoints.length, group.faces.length);
+      const sets = await cells(page, 'sets');
+      assert.deepEqual(sets.map((row) => [row[1], row[3]]), group.surfaceSets.map(
+        ({ name, faces }) => [name === 'NONE' ? 'none' : name, `${faces.length}`]));
+      assert.match(sets[group.surfaceSets.findIndex(({ flags }) => flags === 0x11)][2], /^climbable, floorface$/);
+    }
+    assert.deepEqual(await page.$$eval('[role=meter]',
+      (bars) => bars.map((bar) => Number(bar.getAttribute('aria-valuenow')))), limits);
+    assert.deepEqual(trouble, []);
+    await page.close();
+  });
+}
+
+test('every colouring, part and movement changes the picture, and none is blank', async () => {
+  const { page, trouble } = await openPage(browser, path('yard.kob.html'), { scheme: 'dark' });
+  const seen = new Map();
+  const see = async (what, ...keys) => {
+    await press(page, ...keys);
+    const png = await picture(page);
+    assert.ok(await coloursIn(page, png) > 30, `${what} is blank`);
+    const same = seen.get(png.toString('base64'));
+    assert.equal(same, undefined, `${what} looks like ${same}`);
+    seen.set(png.toString('base64'), what);
+  };
+  for (const key of ['1', '2', '3', '4', '5', '6']) await see(`colouring ${key}`, key);
+  for (const key of ['c', 'p', 'l', 'b']) await see(`part ${key}`, key);
+  await see('orbit', 'ArrowLeft', 'ArrowUp');
+  await see('zoom', '+');
+  await see('walk', 'g', 'w', 'a', 'PageUp');
+  await see('look', 'ArrowRight');
+  await page.selectOption('#system', '2');
+  await see('another coordinate system');
+  assert.deepEqual(trouble, []);
+  await page.close();
+});
+
+test('a click on a known face shows its record and marks its rows', async () => {
+  const file = makePage('walls.kob', walls);
+  const { groups: [group] } = inspect('walls.kob');
+  const { page, trouble } = await openPage(browser, file);
+  const keywords = { 0x09: 'climbable, notcollidable3d', 0x10: 'floorface', 0x05: 'climbable, notrendered', 0x80: '(static node)' };
+  for (const [index, face] of group.faces.entries()) {
+    // The address brings the face into the middle; then it is chosen anew, by the pointer.
+    await page.evaluate((hash) => { location.hash = hash; }, `face=${index}`);
+    await settle(page);
+    await press(page, 'Escape');
+    assert.deepEqual(await record(page), {});
+    await page.click('#view');
+    const shown = await record(page);
+    const set = group.surfaceSets[face.surfaceSet];
+    const plane = face.batch < 0 ? group.planes[face.position] : group.batches[face.batch].faces[face.position].plane;
+    assert.match(shown.Place, new RegExp(`^${index} of`));
+    assert.equal(shown.Flags, keywords[set.flags]);
+    assert.deepEqual(numbers(shown.Normal), plane.slice(0, 3).map((value) => Number(value.toPrecision(6))));
+    assert.match(shown.Set, new RegExp(`^${face.surfaceSet}\\b`));
+    const marked = await page.$$eval('tr.of-face', (rows) => rows.map((row) => Number(row.dataset.id)));
+    if (face.batch < 0) {
+      assert.match(shown.Face, /not drawn/);
+      assert.deepEqual(marked, [face.surfaceSet]);
+    } else {
+      const batch = group.batches[face.batch];
+      assert.equal(shown.Face, `${face.position} of batch ${face.batch}`);
+      assert.deepEqual(marked, [batch.material, face.batch, face.surfaceSet]);
+    }
+  }
+  assert.deepEqual(trouble, []);
+  await page.close();
+});
+
+test('names are text, and a narrow window needs no sideways scrolling', async () => {
+  const name = '<img src=x onerror=alert(1)>.kob';
+  const file = makePage(name, walls);
+  assert.ok(!readFileSync(file, 'utf8').includes('hacked'));
+  for (const width of [480, 320]) {
+    const { page, trouble } = await openPage(browser, file, { width, hash: '#material=0' });
+    assert.equal(await page.title(), name);
+    assert.match((await cells(page, 'materials'))[0][0], /^<\/script>.*\\u202E\\u001B\[31m$/);
+    assert.equal(await page.evaluate(() => window.hacked ?? document.images.length), 0);
+    assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth));
+    assert.deepEqual(trouble, []);
+    await page.close();
+  }
+});
+
+test('the keyboard reaches everything and shows where it is', async () => {
+  const { page } = await openPage(browser, path('walls.kob.html'));
+  const reached = [];
+  for (let i = 0; i < 60; ++i) {
+    await page.keyboard.press('Tab');
+    const { what, outlined, left } = await page.evaluate(() => {
+      const focused = document.activeElement;
+      const shower = focused.type === 'radio' || focused.type === 'checkbox' ? focused.nextSibling : focused;
+      return {
+        what: focused.id || focused.value || focused.innerText,
+        outlined: getComputedStyle(shower).outlineStyle !== 'none',
+        left: focused === document.body,
+      };
+    });
+    if (left) break;
+    assert.ok(outlined, `${what} does not show the focus`);
+    reached.push(what);
+  }
+  assert.deepEqual(reached.slice(0, 3), ['view', 'material', 'orbit']);
+  for (const id of ['undrawn', 'planes', 'frame-all', 'system', 'Texture']) assert.ok(reached.includes(id), id);
+  await page.focus('#sets tbody button');
+  await page.keyboard.press('Enter');
+  assert.equal((await record(page)).Set, '0');
+  assert.equal(await page.getAttribute('#sets tbody button', 'aria-pressed'), 'true');
+  await page.close();
+});
+
+test('models with little or nothing to see are shown without errors', async () => {
+  const odd = { materials: [{ name: 'M' }], root: { name: 'R', children: [wall(0, { material: 0 })] } };
+  odd.root.children[0].mesh.vertices[2] = [123.25, 0, 8];
+  const far = structuredClone(odd);
+  far.root.children.push(wall(3e37, {}));
+  const pages = [
+    makePage('empty.kob', { root: { name: 'R' } }),
+    makePage('empty.qob', { root: { name: 'R' } }),
+    makePage('drawn.kob', odd),
+    makePage('far.kob', far),
+    makePage('hull.kob', { root: { name: 'R', children: [wall(0, { userProperties: 'notrendered' })] } }),
+  ];
+  for (const [file, bits] of [['nan', 0x7fc00000], ['infinite', 0xff800000], ['huge', 0x7f7fffff]]) {
+    const bytes = readFileSync(path('drawn.kob'));
+    const number = Buffer.alloc(4);
+    number.writeFloatLE(123.25);
+    for (let at = bytes.indexOf(number); at >= 0; at = bytes.indexOf(number)) bytes.writeUInt32LE(bits, at);
+    writeFileSync(path(`${file}.kob`), bytes);
+    runWell('view', `${file}.kob`);
+    pages.push(path(`${file}.kob.html`));
+  }
+  for (const file of pages) {
+    const { page, trouble } = await openPage(browser, file);
+    await press(page, '2', '6', 'c', 'p', 'l', 'b', 'Enter', 'Z', 'x', 'f');
+    assert.deepEqual(trouble, [], file);
+    await page.close();
+  }
+});
+
+test('the command ends as inspect does and replaces no model', () => {
+  const bytes = readFileSync(path('walls.kob'));
+  writeFileSync(path('cut.kob'), bytes.subarray(0, bytes.length - 5));
+  const cut = run('view', 'cut.kob', '-o', 'cut.html');
+  assert.deepEqual([cut.status, cut.stderr], [1, run('inspect', 'cut.kob').stderr]);
+  const same = run('view', 'walls.kob', '-o', 'walls.kob');
+  assert.equal(same.status, 1);
+  assert.match(same.stderr, /it is the model file itself/);
+  assert.deepEqual(readFileSync(path('walls.kob')), bytes);
+
+  const side = 257; // squared more than indices can tell
+  const vertices = Array.from({ length: side * side }, (_, i) => [i % side, Math.floor(i / side), 0]);
+  const faces = vertices.slice(0, -side - 1).map((_, i) => [i, i + 1, i + side + 1, 2]);
+  const root = { name: 'R', children: [{ name: 'Field', mesh: { vertices, faces } }] };
+  writeFileSync(path('long.scene.json'), JSON.stringify({ format: 'mapexport-scene', version: 1, root }));
+  run('export', 'long.scene.json', 'long.kob', '--fresh', '--no-weld', '--no-clean');
+  const long = run('view', 'long.kob', '-o', 'long.html');
+  assert.deepEqual([long.status, long.stdout], [4, 'wrote long.html\n']);
+});

@@ -1,0 +1,65 @@
+// Bundles the page of `mapexport view` into one HTML document and writes it as C++ too:
+//   node bundle.mjs FOLDER OUT
+// FOLDER holds node_modules; OUT gets page.html and ViewerPage.cpp.
+import { createHash } from 'node:crypto';
+import { readFileSync, writeFileSync } from 'node:fs';
+import { createRequire } from 'node:module';
+import { dirname, join, resolve } from 'node:path';
+import { fileURLToPath } from 'node:url';
+
+const [packages, out] = process.argv.slice(2).map((path) => resolve(path));
+const source = join(dirname(fileURLToPath(import.meta.url)), 'src');
+const esbuild = createRequire(join(packages, 'package.json'))('esbuild');
+
+function bundle(entry) {
+  const result = esbuild.buildSync({
+    entryPoints: [join(source, entry)],
+    nodePaths: [join(packages, 'node_modules')],
+    bundle: true,
+    minify: true,
+    write: false,
+    format: 'iife',
+    target: 'es2022',
+    charset: 'ascii',
+    legalComments: 'inline',
+  });
+  return result.outputFiles[0].text.trim();
+}
+
+// Nothing but these two texts may act in the page, whatever a model holds.
+const allow = (text) => `'sha256-${createHash('sha256').update(text).digest('base64')}'`;
+const script = bundle('main.js');
+const style = bundle('page.css');
+const policy =
+  `default-src 'none'; img-src data:; script-src ${allow(script)}; style-src ${allow(style)}`;
+
+const pieces = { '@POLICY@': policy, '@STYLE@': style, '@SCRIPT@': script };
+const page = readFileSync(join(source, 'page.html'), 'utf8')
+  .replace(/@(POLICY|STYLE|SCRIPT)@/g, (mark) => pieces[mark]);
+if (page.split('@MODEL@').length !== 2) throw new Error('@MODEL@ must stand in the page once');
+if (/<script\b/.test(script) || /<\/(script|style)/i.test(script + style)) {
+  throw new Error('the bundle would end its own element');
+}
+
+/** A C++ literal of a piece of text; octal escapes end after three digits, whatever follows. */
+function literal(piece) {
+  const escaped = Array.from(piece, (byte) => {
+    if (byte === 0x22 || byte === 0x5c) return `\\${String.fromCharCode(byte)}`;
+    if (byte === 0x3f) return '\\?'; // no trigraphs
+    if (byte >= 0x20 && byte < 0x7f) return String.fromCharCode(byte);
+    return `\\${byte.toString(8).padStart(3, '0')}`;
+  });
+  return `"${escaped.join('')}"`;
+}
+
+const bytes = Buffer.from(page, 'utf8');
+const lines = [];
+for (let at = 0; at < bytes.length; at += 4096) lines.push(literal(bytes.subarray(at, at + 4096)));
+writeFileSync(join(out, 'page.html'), page);
+writeFileSync(join(out, 'ViewerPage.cpp'), `// The page of viewer/, bundled.
+#include "view/ViewerPage.h"
+
+const std::string_view mapexport::kViewerPage(
+${lines.join('\n')},
+${bytes.length});
+`);

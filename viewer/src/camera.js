@@ -1,0 +1,118 @@
+// The camera: turns around a point (orbit) or moves through the level (walk).
+import { PerspectiveCamera, Vector3 } from 'three';
+
+const kSteepest = Math.PI / 2 - 0.01;
+const kSize = 100; // about how large a level is in the page's units
+const kNearest = 0.02; // of the point that is turned around
+
+export class CameraRig {
+  camera = new PerspectiveCamera(50, 1, 0.1, 1000);
+  mode = 'orbit';
+  #position = new Vector3(0, 0, 200);
+  #yaw = 0;
+  #pitch = 0;
+  #distance = 200;
+
+  /** Where the camera looks. */
+  forward() {
+    return new Vector3(-Math.sin(this.#yaw) * Math.cos(this.#pitch), Math.sin(this.#pitch),
+      -Math.cos(this.#yaw) * Math.cos(this.#pitch));
+  }
+
+  #right() { return new Vector3(Math.cos(this.#yaw), 0, -Math.sin(this.#yaw)); }
+
+  #pivot() { return this.#position.clone().addScaledVector(this.forward(), this.#distance); }
+
+  #placeAround(pivot) {
+    this.#position.copy(pivot).addScaledVector(this.forward(), -this.#distance);
+  }
+
+  /** Turns by angles in radians: around the pivot, or the head when walking. */
+  turn(yaw, pitch) {
+    const pivot = this.#pivot();
+    this.#yaw += yaw;
+    this.#pitch = Math.min(kSteepest, Math.max(-kSteepest, this.#pitch + pitch));
+    if (this.mode === 'orbit') this.#placeAround(pivot);
+  }
+
+  /** Goes nearer to the pivot (factor below 1) or away from it; walking, forwards or backwards. */
+  zoom(factor) {
+    if (this.mode === 'walk') {
+      this.move(0, 0, (1 - factor) * kSize * 0.2);
+      return;
+    }
+    const pivot = this.#pivot();
+    this.#distance = Math.min(50 * kSize, Math.max(kNearest, this.#distance * factor));
+    this.#placeAround(pivot);
+  }
+
+  /** Shifts the picture by shares of its height. */
+  pan(x, y) {
+    const height = 2 * this.#distance * Math.tan((this.camera.fov * Math.PI) / 360);
+    const up = this.#right().cross(this.forward());
+    this.#position.addScaledVector(this.#right(), -x * height).addScaledVector(up, y * height);
+  }
+
+  /** Moves by lengths: to the right, upwards, and where the camera looks. */
+  move(right, up, ahead) {
+    this.#position.addScaledVector(this.#right(), right).addScaledVector(this.forward(), ahead);
+    this.#position.y += up;
+  }
+
+  /** Shows the whole of a Box3; with a direction, looks against it. */
+  frame(box, direction = null) {
+    if (direction) {
+      this.#pitch = Math.min(kSteepest, Math.max(-kSteepest, Math.asin(-direction.y)));
+      if (Math.hypot(direction.x, direction.z) > 1e-6) {
+        this.#yaw = Math.atan2(direction.x, direction.z);
+      }
+    }
+    const centre = box.getCenter(new Vector3());
+    const forward = this.forward();
+    const right = this.#right();
+    const up = right.clone().cross(forward);
+    const tanUp = Math.tan((this.camera.fov * Math.PI) / 360);
+    const tanRight = tanUp * this.camera.aspect;
+    const arms = Array.from({ length: 8 }, (_, corner) => new Vector3(
+      corner & 1 ? box.max.x : box.min.x, corner & 2 ? box.max.y : box.min.y,
+      corner & 4 ? box.max.z : box.min.z).sub(centre));
+    // A corner at (r, u, f) is in the picture of a camera at (a, b, -d) when |r - a| <= (f + d) tan,
+    // and the same for u: the least d for which there are such a and b.
+    const leastDistance = (axis, tan) => {
+      const most = Math.max(...arms.map((arm) => arm.dot(axis) - tan * arm.dot(forward)));
+      const least = Math.min(...arms.map((arm) => arm.dot(axis) + tan * arm.dot(forward)));
+      return (most - least) / (2 * tan);
+    };
+    this.#distance = 1.06 * Math.max(10 * kNearest, leastDistance(right, tanRight), leastDistance(up, tanUp));
+    // What is left over is shared evenly between both sides of the picture.
+    const middle = (axis) => {
+      let at = 0;
+      for (let round = 0; round < 10; ++round) {
+        const seen = arms.map((arm) => (arm.dot(axis) - at) / (arm.dot(forward) + this.#distance));
+        at += ((Math.max(...seen) + Math.min(...seen)) / 2) * this.#distance;
+      }
+      return at;
+    };
+    this.#placeAround(centre.addScaledVector(right, middle(right)).addScaledVector(up, middle(up)));
+  }
+
+  /** The view to begin with: from above, aside. */
+  reset(box) {
+    this.#yaw = 0.6;
+    this.#pitch = -0.55;
+    this.frame(box);
+  }
+
+  /** Brings the camera up to date for a picture of this form, of a level within `sphere`. */
+  update(aspect, sphere) {
+    const away = this.#position.distanceTo(sphere.center);
+    this.camera.aspect = aspect;
+    this.camera.near = Math.max(0.01, Math.min(this.#distance * 0.1, kSize * 0.0005),
+      (away - 1.1 * sphere.radius) * 0.9);
+    this.camera.far = away + 20 * sphere.radius + kSize;
+    this.camera.position.copy(this.#position);
+    this.camera.rotation.set(this.#pitch, this.#yaw, 0, 'YXZ');
+    this.camera.updateProjectionMatrix();
+    this.camera.updateMatrixWorld();
+  }
+}

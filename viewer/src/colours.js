@@ -1,0 +1,101 @@
+// What colour faces get: as the file says, or so that things can be told apart.
+
+/** [r, g, b] of 0 to 255. */
+function fromHsl(hue, saturation, lightness) {
+  const channel = (n) => {
+    const k = (n + hue / 30) % 12;
+    const a = saturation * Math.min(lightness, 1 - lightness);
+    return Math.round(255 * (lightness - a * Math.max(-1, Math.min(k - 3, 9 - k, 1))));
+  };
+  return [channel(0), channel(8), channel(4)];
+}
+
+const kNone = [150, 152, 156];
+
+/** The colour of thing `index` among many: hues a golden angle apart, so that neighbours differ. */
+export function distinct(index) {
+  if (index < 0) return kNone;
+  return fromHsl((index * 137.508 + 205) % 360, [0.62, 0.45, 0.72][index % 3],
+    [0.58, 0.7, 0.46][Math.floor(index / 2) % 3]);
+}
+
+const toByte = (channel) => (
+  Number.isFinite(channel) ? Math.round(255 * Math.min(1, Math.max(0, channel))) : 0);
+export const diffuseOf = (material) => material.diffuse.slice(0, 3).map(toByte);
+
+/** The sets' different flags, each with a colour: sets without any are grey. */
+export function flagColours(model) {
+  const colours = new Map([[0, kNone]]);
+  for (const set of model.sets) {
+    if (!colours.has(set.flags)) colours.set(set.flags, distinct(colours.size - 1));
+  }
+  return colours;
+}
+
+/** The names of the keywords in `flags`, with a number for unknown bits. */
+export function keywordsOf(model, flags) {
+  const known = model.flags.filter((flag) => flags & flag.bit);
+  const rest = known.reduce((left, flag) => left & ~flag.bit, flags) >>> 0;
+  return known.map((flag) => flag.keyword).concat(rest ? [`0x${rest.toString(16)}`] : []);
+}
+
+/** The colourings that the model has, in the order of their keys. */
+export function colouringsOf(model) {
+  const list = [
+    { id: 'diffuse', name: 'Diffuse colours', hint: 'as the materials have them' },
+    { id: 'vertex', name: 'Vertex colours', hint: 'as the corners have them' },
+    { id: 'material', name: 'Materials', hint: 'a colour each' },
+    { id: 'batch', name: 'Batches', hint: 'a colour each' },
+  ];
+  if (model.hasFaceTable) list.push({ id: 'flags', name: 'Surface flags', hint: 'a colour each' });
+  list.push({ id: 'uv', name: 'Texture coordinates', hint: 'a checkered texture, a tile per unit' });
+  return list;
+}
+
+/** The colouring to begin with: the file's own, unless it paints most triangles the same. */
+export function firstColouring(model) {
+  const painted = new Map();
+  let all = 0;
+  for (const { material, faceCount } of model.batches) {
+    const colour = model.materials[material] ? diffuseOf(model.materials[material]).join() : '';
+    painted.set(colour, (painted.get(colour) ?? 0) + faceCount);
+    all += faceCount;
+  }
+  return Math.max(0, ...painted.values()) > all / 2 ? 'material' : 'diffuse';
+}
+
+/** The colour of a whole batch or set in a colouring; null where faces or corners have their own. */
+export function swatchOf(model, colouring, kind, thing) {
+  if (kind === 'material') {
+    if (colouring === 'diffuse') return thing.diffuse ? diffuseOf(thing) : null;
+    if (colouring === 'material') return distinct(thing.id);
+  }
+  if (kind === 'batch') {
+    if (colouring === 'batch') return distinct(thing.id);
+    const material = model.materials[thing.material];
+    if (colouring === 'diffuse') return material ? diffuseOf(material) : null;
+    if (colouring === 'material') return distinct(thing.material);
+  }
+  if (kind === 'set' && colouring === 'flags') return flagColours(model).get(thing.flags);
+  return null;
+}
+
+/** The colours of drawn faces: 12 bytes a face, in the order of the soup's corners. */
+export function colourFaces(model, faces, colouring) {
+  const colours = new Uint8Array(12 * faces.count).fill(255);
+  if (colouring === 'uv') return colours;
+  const ofBatch = model.batches.map((batch) => swatchOf(model, colouring, 'batch', batch));
+  const ofFlags = flagColours(model);
+  for (let entry = 0; entry < faces.count; ++entry) {
+    const batch = model.batches[faces.batch[entry]];
+    const set = model.sets[faces.set[entry]];
+    const whole = colouring === 'flags' ? (set ? ofFlags.get(set.flags) : kNone)
+      : ofBatch[faces.batch[entry]];
+    for (let k = 0; k < 3; ++k) {
+      const corner = batch.indices[6 * faces.face[entry] + 3 + 2 - k];
+      const own = whole ?? batch.colours.subarray(4 * corner, 4 * corner + 3);
+      colours.set(own, 12 * entry + 4 * k);
+    }
+  }
+  return colours;
+}

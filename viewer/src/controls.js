@@ -1,0 +1,95 @@
+// The choices above the tables, each with its key.
+import { systemNames } from './coordinates.js';
+import { element } from './text.js';
+
+const kModes = [
+  { id: 'orbit', name: 'Orbit', key: 'o' },
+  { id: 'walk', name: 'Walk', key: 'g' },
+];
+
+const kParts = [
+  { id: 'undrawn', name: 'Collision faces', key: 'c', collision: true },
+  { id: 'planes', name: 'Collision planes', key: 'p', collision: true },
+  { id: 'edges', name: 'Edges', key: 'l' },
+  { id: 'backs', name: 'Back sides', key: 'b' },
+  { id: 'only', name: 'Only what is chosen', key: 'x' },
+];
+
+const kMovement = [
+  ['Drag, arrow keys', 'turn around the level; walking, look around'],
+  ['Right or Shift drag, Shift+arrow keys', 'shift the picture'],
+  ['Wheel, pinch, + and −', 'nearer, further'],
+  ['W A S D', 'move ahead, left, back, right; with Shift faster'],
+  ['E and Q, Page Up and Down', 'move up and down'],
+  ['Click, Enter', 'choose the face under the pointer, in the middle'],
+];
+
+/** Radio buttons or check boxes that look like buttons. */
+function chips(parent, type, group, entries, changed) {
+  const inputs = new Map();
+  for (const { id, name, key, hint } of entries) {
+    const input = element('input', { type, name: group, value: id, onchange: () => changed(id, input.checked) });
+    const title = `${hint ? `${hint}; ` : ''}key ${key.toUpperCase()} in the view`;
+    parent.append(element('label', { className: 'chip', title }, input, element('span', {}, name)));
+    inputs.set(id, input);
+  }
+  return inputs;
+}
+
+/**
+ * Makes the controls of `model`. `calls` are told of changes: colouring(id), mode(id), part(id, on),
+ * system(index), frameAll(), goToChosen(), clear(). The object that comes back sets the same things
+ * as a person would, and knows the keys.
+ */
+export function makeControls(model, colourings, calls) {
+  const find = (id) => document.getElementById(id);
+  const parts = kParts.filter((part) => !part.collision || model.hasFaceTable);
+  const keyed = colourings.map((colouring, index) => ({ ...colouring, key: String(index + 1) }));
+  const inputs = {
+    colouring: chips(find('colourings'), 'radio', 'colouring', keyed, calls.colouring),
+    mode: chips(find('modes'), 'radio', 'mode', kModes, calls.mode),
+    part: chips(find('parts'), 'checkbox', 'part', parts, calls.part),
+  };
+  const set = (kind, id, on = true) => {
+    const input = inputs[kind].get(id);
+    if (!input) return;
+    input.checked = on;
+    calls[kind](id, on);
+  };
+
+  const system = find('system');
+  systemNames.forEach((name, index) => system.append(element('option', { value: String(index) }, name)));
+  system.value = String(model.coordinateSystem);
+  system.onchange = () => calls.system(Number(system.value));
+  find('frame-all').onclick = calls.frameAll;
+  find('go-to-chosen').onclick = calls.goToChosen;
+  find('clear').onclick = calls.clear;
+  find('controls').onsubmit = (event) => event.preventDefault();
+
+  const keys = new Map([['f', calls.frameAll], ['z', calls.goToChosen], ['escape', calls.clear]]);
+  for (const { id, key } of keyed) keys.set(key, () => set('colouring', id));
+  for (const { id, key } of kModes) keys.set(key, () => set('mode', id));
+  for (const { id, key } of parts) keys.set(key, () => set('part', id, !inputs.part.get(id).checked));
+
+  const rows = [...kMovement, ['F', 'show the whole level'], ['Z', 'go to what is chosen'],
+    ['Escape', 'clear the choice'],
+    ...keyed.map(({ key, name }) => [key, `colour by: ${name.toLowerCase()}`]),
+    ...[...kModes, ...parts].map(({ key, name }) => [key.toUpperCase(), name.toLowerCase()])];
+  for (const [key, what] of rows) {
+    find('keys').append(element('dt', {}, element('kbd', {}, key)), element('dd', {}, what));
+  }
+  find('keys').before(element('p', { className: 'faint' },
+    'Keys work while the picture has the focus: click it, or press Tab until its frame shows.'));
+
+  return {
+    set,
+    press: (key) => {
+      const act = keys.get(key.toLowerCase());
+      act?.();
+      return Boolean(act);
+    },
+    enableChosen: (enabled) => {
+      find('go-to-chosen').disabled = find('clear').disabled = !enabled;
+    },
+  };
+}

@@ -1,0 +1,81 @@
+// Turns the file's coordinates upright: y up, right-handed, as the scene stood before the export.
+
+// Of the four coordinate systems of an export: where the page's x, y and z come from, and their signs.
+const kSystems = [
+  { name: 'Left-handed', axes: [2, 1, 0], signs: [-1, 1, -1], normalSign: 1 },
+  { name: 'Right-handed', axes: [1, 2, 0], signs: [1, 1, 1], normalSign: -1 },
+  { name: 'Max', axes: [0, 2, 1], signs: [1, 1, -1], normalSign: -1 },
+  { name: 'Inverse Max', axes: [0, 2, 1], signs: [-1, 1, -1], normalSign: 1 },
+];
+
+export const systemNames = kSystems.map((system) => system.name);
+
+/**
+ * The exporter turns the corners of every face around. Where the system mirrors, normals point
+ * outwards all the same; where it does not, they point into the solid, and `normalSign` is -1.
+ */
+export function coordinateSystem(index) {
+  return kSystems[index] ?? kSystems[0];
+}
+
+/** The box around most of `values` (x, y, z each), in the file's axes, and the one around all. */
+function boxes(lists) {
+  const samples = [[], [], []];
+  const least = [Infinity, Infinity, Infinity];
+  const most = [-Infinity, -Infinity, -Infinity];
+  const total = lists.reduce((sum, list) => sum + list.length / 3, 0);
+  const step = Math.max(1, Math.floor(total / 20000));
+  for (const list of lists) {
+    for (let i = 0; i + 2 < list.length; i += 3) {
+      if (!Number.isFinite(list[i] + list[i + 1] + list[i + 2])) continue;
+      for (let axis = 0; axis < 3; ++axis) {
+        const value = list[i + axis];
+        if (value < least[axis]) least[axis] = value;
+        if (value > most[axis]) most[axis] = value;
+        if ((i / 3) % step === 0) samples[axis].push(value);
+      }
+    }
+  }
+  const part = (axis, share) => {
+    const sorted = samples[axis].sort((a, b) => a - b);
+    return sorted[Math.round(share * (sorted.length - 1))];
+  };
+  const axes = [0, 1, 2];
+  return {
+    all: { least, most },
+    main: { least: axes.map((axis) => part(axis, 0.02)), most: axes.map((axis) => part(axis, 0.98)) },
+  };
+}
+
+const extent = (box) => Math.max(...box.most.map((value, axis) => value - box.least[axis]));
+
+/**
+ * Where the level is in the file: its centre and the scale by which it gets about 100 units large.
+ * A few points that lie absurdly far off don't make the rest a dot: then the box around most points
+ * counts.
+ */
+export function frameOf(model) {
+  const { all, main } = boxes(model.groups.flatMap((group) => [group.vertices, group.points]));
+  if (!(all.least[0] <= all.most[0])) return { centre: [0, 0, 0], scale: 1, size: 0, outliers: false };
+  const outliers = extent(main) > 0 && extent(all) > 200 * extent(main);
+  const box = outliers ? main : all;
+  const size = extent(box);
+  return {
+    centre: box.least.map((least, axis) => least / 2 + box.most[axis] / 2),
+    scale: size > 0 && Number.isFinite(100 / size) ? 100 / size : 1,
+    size,
+    outliers,
+  };
+}
+
+/** Points further out than this, in the page's units, are not shown. */
+export const kFarthest = 1e6;
+
+/** Puts point `index` of `list` at `at` of `target`, in the page's units; NaN when it can't be shown. */
+export function placePoint(system, frame, list, index, target, at) {
+  for (let axis = 0; axis < 3; ++axis) {
+    const from = system.axes[axis];
+    const value = system.signs[axis] * (list[3 * index + from] - frame.centre[from]) * frame.scale;
+    target[at + axis] = Math.abs(value) <= kFarthest ? value : NaN;
+  }
+}

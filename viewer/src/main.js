@@ -1,0 +1,239 @@
+// The page of a model: reads the block, and lets picture, tables and controls know of each other.
+import { Vector3 } from 'three';
+
+import { CameraRig } from './camera.js';
+import { colourFaces, colouringsOf, firstColouring, swatchOf } from './colours.js';
+import { makeControls } from './controls.js';
+import { coordinateSystem, frameOf } from './coordinates.js';
+import { detailsOf, lineOf } from './details.js';
+import { listFaces, planeOf } from './faces.js';
+import { limitBars, limitsOf } from './limits.js';
+import { choiceOfHash, hashOf } from './link.js';
+import { Navigation } from './navigation.js';
+import { pick } from './pick.js';
+import { decodeBase64, readModel } from './readModel.js';
+import { LevelScene } from './scene.js';
+import { makeTables, materialsOf } from './tables.js';
+import { counted, countedAs, element, visible } from './text.js';
+
+const find = (id) => document.getElementById(id);
+
+const source = find('model');
+const model = readModel(decodeBase64(source.textContent));
+source.remove();
+const faces = listFaces(model);
+const materials = materialsOf(model);
+const frame = frameOf(model);
+const colourings = colouringsOf(model);
+
+const state = {
+  colouring: null,
+  system: model.coordinateSystem,
+  parts: { undrawn: false, planes: false, edges: false, backs: false, only: false },
+  choice: null,
+};
+
+function showHeader() {
+  document.title = visible(model.fileName);
+  find('name').textContent = visible(model.fileName);
+  const vertices = model.groups.reduce((sum, group) => sum + group.vertices.length / 3, 0);
+  find('summary').textContent = [
+    model.hasFaceTable ? 'second layout (kob)' : 'first layout (qob)',
+    countedAs(vertices, 'vertex', 'vertices'),
+    countedAs(faces.drawn.count, 'triangle', 'triangles'),
+    countedAs(model.batches.length, 'batch', 'batches'),
+    countedAs(model.materials.length, 'material', 'materials'),
+    ...(model.hasFaceTable ? [countedAs(faces.undrawn.count, 'collision-only face', 'collision-only faces')] : []),
+    ...(model.groups.length === 1 ? [] : [countedAs(model.groups.length, 'group', 'groups')]),
+  ].join(' · ');
+}
+
+function showWarnings(hidden) {
+  const lines = limitsOf(model).filter(({ count }) => count > model.indexLimit).map(({ name, count }) => (
+    `${name}: ${counted(count)}, more than the ${counted(model.indexLimit)} that the file's 16-bit indices `
+    + 'can address. Faces that use later ones are shown where the file says, which is not where they were.'));
+  if (hidden > 0) {
+    lines.push(`${countedAs(hidden, 'face is', 'faces are')} not shown: positions are not finite numbers, or lie too far off.`);
+  }
+  if (frame.outliers) lines.push('A few points lie far away from all others; the view shows where most are.');
+  find('warnings').replaceChildren(...lines.map((line) => element('li', {}, line)));
+  find('warnings').hidden = lines.length === 0;
+}
+
+/** The entries of all drawn and undrawn faces that belong to the choice. */
+function entriesOf(choice) {
+  const none = { drawn: [], undrawn: [] };
+  if (!choice) return none;
+  if (choice.kind === 'face') return { ...none, [choice.faceKind]: [choice.entry] };
+  const { drawn, undrawn } = faces;
+  const where = (own, belongs) => {
+    const entries = [];
+    for (let entry = 0; entry < own.count; ++entry) if (belongs(entry)) entries.push(entry);
+    return entries;
+  };
+  const { id } = choice.thing;
+  if (choice.kind === 'set') {
+    return {
+      drawn: where(drawn, (entry) => drawn.set[entry] === id),
+      undrawn: where(undrawn, (entry) => undrawn.set[entry] === id),
+    };
+  }
+  if (choice.kind === 'batch') return { ...none, drawn: where(drawn, (entry) => drawn.batch[entry] === id) };
+  return { ...none, drawn: where(drawn, (entry) => model.batches[drawn.batch[entry]].material === id) };
+}
+
+const rig = new CameraRig();
+let scene = null;
+try {
+  scene = new LevelScene(find('view'), model, faces, frame, rig);
+} catch (error) {
+  find('message').textContent = `The picture can't be shown: ${error.message} The tables can.`;
+  find('message').hidden = false;
+}
+
+const tables = makeTables(model, materials, (kind, thing) => choose({ kind, thing }));
+find('tables').append(...Object.values(tables).map((table) => table.root));
+
+/** Makes `choice` the chosen thing: in the picture, the tables, the details and the address. */
+function choose(choice) {
+  const same = choice && choice.kind !== 'face' && state.choice?.thing === choice.thing;
+  state.choice = same ? null : choice; // a second click on a row lets go of it
+  const now = state.choice;
+  const ofFace = { material: null, batch: null, set: null };
+  if (now?.kind === 'face') {
+    const own = faces[now.faceKind];
+    if (now.faceKind === 'drawn') {
+      ofFace.batch = own.batch[now.entry];
+      ofFace.material = model.batches[ofFace.batch].material;
+    }
+    ofFace.set = own.set[now.entry];
+  }
+  for (const [kind, table] of Object.entries(tables)) {
+    table.mark(now?.kind === kind ? now.thing.id : null, ofFace[kind]);
+  }
+  find('chosen').replaceChildren(detailsOf(model, faces, now, (kind, thing) => choose({ kind, thing })));
+  find('status').textContent = lineOf(model, faces, now);
+  controls.enableChosen(Boolean(now));
+  showChosen();
+  // A page out of some archives has an address that can't be changed.
+  try { history.replaceState(null, '', hashOf(now, faces) || location.pathname + location.search); } catch { /* so be it */ }
+}
+
+function showChosen() {
+  const { drawn, undrawn } = entriesOf(state.choice);
+  scene?.setChosen(drawn, undrawn, state.parts.only && Boolean(state.choice));
+}
+
+function goToChosen() {
+  if (!scene || !state.choice) return;
+  const entries = entriesOf(state.choice);
+  const box = scene.boxOf('drawn', entries.drawn).union(scene.boxOf('undrawn', entries.undrawn));
+  if (box.isEmpty()) return;
+  let direction = null;
+  if (state.choice.kind === 'face') {
+    const { faceKind, entry } = state.choice;
+    const plane = planeOf(model, faceKind, faces[faceKind], entry);
+    const { axes, signs, normalSign } = coordinateSystem(state.system);
+    const normal = new Vector3(...axes.map((axis, i) => normalSign * signs[i] * plane[axis])).normalize();
+    if (normal.lengthSq() > 0.5) direction = normal;
+    const middle = scene.middleOf(faceKind, entry);
+    const reach = Math.max(0.02, ...box.max.clone().sub(box.min).toArray());
+    box.setFromCenterAndSize(middle, new Vector3(reach, reach, reach).multiplyScalar(1.6));
+  }
+  rig.frame(box, direction);
+  scene.draw();
+}
+
+/** Chooses the first face that is seen at a place of the picture from -1 to 1. */
+function chooseAt(x, y) {
+  const [origin, direction] = scene.ray(x, y);
+  const hits = [
+    { faceKind: 'drawn', hit: pick(scene.soups.drawn, origin, direction, state.parts.backs) },
+  ];
+  if (state.parts.undrawn) {
+    hits.push({ faceKind: 'undrawn', hit: pick(scene.soups.undrawn, origin, direction, true) });
+  }
+  const first = hits.filter(({ hit }) => hit).sort((a, b) => a.hit.distance - b.hit.distance)[0];
+  choose(first ? { kind: 'face', faceKind: first.faceKind, entry: first.hit.entry } : null);
+}
+
+const controls = makeControls(model, colourings, {
+  colouring: (id) => {
+    state.colouring = id;
+    scene?.setColours(colourFaces(model, faces.drawn, id), id === 'uv');
+    for (const [kind, table] of Object.entries(tables)) {
+      table.setSwatches((thing) => swatchOf(model, id, kind, thing));
+    }
+  },
+  mode: (id) => {
+    rig.mode = id;
+    find('stage').classList.toggle('walking', id === 'walk');
+  },
+  part: (id, on) => {
+    state.parts[id] = on;
+    scene?.setParts(state.parts);
+    if (id === 'only') showChosen();
+  },
+  system: (index) => {
+    state.system = index;
+    scene?.setSystem(index);
+    showChosen();
+    frameAll();
+  },
+  frameAll,
+  goToChosen,
+  clear: () => choose(null),
+});
+
+function frameAll() {
+  if (!scene) return;
+  rig.reset(scene.box);
+  scene.draw();
+}
+
+function followScheme() {
+  const style = getComputedStyle(document.documentElement);
+  scene?.setBackground(style.getPropertyValue('--sky').trim(), style.getPropertyValue('--edges').trim());
+}
+
+function begin() {
+  showHeader();
+  find('limits').append(...limitBars(model));
+  let hidden = 0;
+  if (scene) {
+    scene.setSystem(state.system);
+    for (const soup of Object.values(scene.soups)) hidden += soup.shown.reduce((sum, is) => sum + 1 - is, 0);
+    const canvas = find('view');
+    const stage = find('stage');
+    scene.resize(stage.clientWidth, stage.clientHeight);
+    new ResizeObserver(() => scene.resize(stage.clientWidth, stage.clientHeight)).observe(stage);
+    new Navigation(canvas, rig, {
+      moved: () => scene.draw(),
+      clicked: chooseAt,
+      keyed: (key) => {
+        if (key === 'Enter' || key === ' ') chooseAt(0, 0);
+        return key === 'Enter' || key === ' ' || controls.press(key);
+      },
+    });
+    matchMedia('(prefers-color-scheme: dark)').addEventListener('change', followScheme);
+    followScheme();
+  }
+  showWarnings(hidden);
+  controls.set('colouring', firstColouring(model));
+  controls.set('mode', 'orbit');
+  if (faces.drawn.count === 0 && faces.undrawn.count > 0) controls.set('part', 'undrawn');
+  if (scene && faces.drawn.count + faces.undrawn.count === 0) {
+    find('message').textContent = 'The model has no faces.';
+    find('message').hidden = false;
+  }
+  frameAll();
+  const follow = () => {
+    choose(choiceOfHash(location.hash, model, materials, faces));
+    if (state.choice?.kind === 'face' && state.choice.faceKind === 'undrawn') controls.set('part', 'undrawn');
+    goToChosen();
+  };
+  window.addEventListener('hashchange', follow);
+  follow();
+}
+
+begin();

@@ -1,0 +1,130 @@
+// Mouse, touch and keys of the 3D view. Keys act only while the view has the focus.
+
+const kTurn = 0.006; // radians a pixel
+const kKeyTurn = 1.4; // radians a second
+const kKeyPan = 0.6; // picture heights a second
+const kWalk = 22; // units of the page a second
+const kFirstStep = 0.03; // seconds
+const kClickPixels = 5;
+
+/**
+ * Lets `canvas` drive `rig`. `moved` is called after every change of the camera, `clicked(x, y)` with
+ * places from -1 to 1, and `keyed(key)` for every other key; it returns whether it knew the key.
+ */
+export class Navigation {
+  #canvas;
+  #rig;
+  #calls;
+  #pointers = new Map();
+  #travel = 0;
+  #held = new Set();
+  #lastFrame = 0;
+  #speed = 1;
+
+  constructor(canvas, rig, calls) {
+    this.#canvas = canvas;
+    this.#rig = rig;
+    this.#calls = calls;
+    canvas.addEventListener('pointerdown', (event) => this.#press(event));
+    canvas.addEventListener('pointermove', (event) => this.#drag(event));
+    canvas.addEventListener('pointerup', (event) => this.#release(event, true));
+    canvas.addEventListener('pointercancel', (event) => this.#release(event, false));
+    canvas.addEventListener('wheel', (event) => this.#wheel(event), { passive: false });
+    canvas.addEventListener('contextmenu', (event) => event.preventDefault());
+    canvas.addEventListener('keydown', (event) => this.#keyDown(event));
+    canvas.addEventListener('keyup', (event) => this.#held.delete(event.code));
+    canvas.addEventListener('blur', () => this.#held.clear());
+  }
+
+  #press(event) {
+    this.#canvas.focus({ preventScroll: true });
+    this.#canvas.setPointerCapture(event.pointerId);
+    if (this.#pointers.size === 0) this.#travel = 0;
+    this.#pointers.set(event.pointerId, { x: event.clientX, y: event.clientY });
+  }
+
+  #drag(event) {
+    const before = this.#pointers.get(event.pointerId);
+    if (!before) return;
+    const x = event.clientX - before.x;
+    const y = event.clientY - before.y;
+    this.#travel += Math.abs(x) + Math.abs(y);
+    const height = this.#canvas.clientHeight;
+    if (this.#pointers.size === 2) {
+      const other = [...this.#pointers].find(([id]) => id !== event.pointerId)[1];
+      const gap = (point) => Math.max(1, Math.hypot(point.x - other.x, point.y - other.y));
+      this.#rig.zoom(gap(before) / gap({ x: event.clientX, y: event.clientY }));
+      this.#rig.pan(x / height / 2, y / height / 2);
+    } else if (event.buttons & 6 || event.shiftKey) {
+      this.#rig.pan(x / height, y / height);
+    } else {
+      this.#rig.turn(-x * kTurn, -y * kTurn);
+    }
+    before.x = event.clientX;
+    before.y = event.clientY;
+    this.#calls.moved();
+  }
+
+  #release(event, whole) {
+    const known = this.#pointers.delete(event.pointerId);
+    if (!known || !whole || this.#travel > kClickPixels || event.button !== 0) return;
+    const box = this.#canvas.getBoundingClientRect();
+    this.#calls.clicked(((event.clientX - box.left) / box.width) * 2 - 1,
+      1 - ((event.clientY - box.top) / box.height) * 2);
+  }
+
+  #wheel(event) {
+    event.preventDefault();
+    const lines = event.deltaMode === 0 ? event.deltaY / 100 : event.deltaY / 3;
+    this.#rig.zoom(Math.exp(0.15 * Math.max(-4, Math.min(4, lines))));
+    this.#calls.moved();
+  }
+
+  static #moves = new Set(['ArrowLeft', 'ArrowRight', 'ArrowUp', 'ArrowDown', 'KeyW', 'KeyA', 'KeyS',
+    'KeyD', 'KeyQ', 'KeyE', 'PageUp', 'PageDown', 'Equal', 'Minus', 'NumpadAdd', 'NumpadSubtract']);
+
+  #keyDown(event) {
+    if (event.ctrlKey || event.metaKey || event.altKey) return;
+    if (Navigation.#moves.has(event.code)) {
+      event.preventDefault();
+      this.#speed = event.shiftKey ? 4 : 1;
+      if (event.repeat) return;
+      const first = this.#held.size === 0;
+      this.#held.add(event.code);
+      this.#advance(kFirstStep); // at once: a short press may end before the next picture
+      if (!first) return;
+      this.#lastFrame = performance.now();
+      requestAnimationFrame((now) => this.#step(now));
+    } else if (this.#calls.keyed(event.key)) {
+      event.preventDefault();
+    }
+  }
+
+  /** Goes on while keys are held. */
+  #step(now) {
+    if (this.#held.size === 0) return;
+    this.#advance(Math.min(0.1, Math.max(0, now - this.#lastFrame) / 1000));
+    this.#lastFrame = now;
+    requestAnimationFrame((next) => this.#step(next));
+  }
+
+  /** Moves by the keys that are held, as far as they do in `seconds`. */
+  #advance(seconds) {
+    const axis = (less, more) => this.#held.has(more) - this.#held.has(less);
+    const x = axis('ArrowLeft', 'ArrowRight');
+    const y = axis('ArrowDown', 'ArrowUp');
+    const shifted = this.#speed > 1;
+    if (this.#rig.mode === 'orbit' && shifted) {
+      this.#rig.pan(-x * kKeyPan * seconds, y * kKeyPan * seconds);
+    } else {
+      const sign = this.#rig.mode === 'orbit' ? 1 : -1;
+      this.#rig.turn(sign * x * kKeyTurn * seconds, -sign * y * kKeyTurn * seconds);
+    }
+    const length = kWalk * this.#speed * seconds;
+    this.#rig.move(length * axis('KeyA', 'KeyD'),
+      length * (axis('KeyQ', 'KeyE') + axis('PageDown', 'PageUp')), length * axis('KeyS', 'KeyW'));
+    const nearer = axis('Minus', 'Equal') + axis('NumpadSubtract', 'NumpadAdd');
+    if (nearer !== 0) this.#rig.zoom(Math.exp(-1.5 * seconds * nearer));
+    this.#calls.moved();
+  }
+}

@@ -1,0 +1,120 @@
+// A table of things that can be chosen and sorted.
+import { counted, element, swatch } from './text.js';
+
+const kFirstRows = 150;
+
+/**
+ * `columns`: { title, number, cell(thing), key(thing) }, `cell` giving a text or element and `key`
+ * what the rows are sorted by. The first column's cell becomes the button that chooses the row.
+ */
+export class ThingTable {
+  #things;
+  #columns;
+  #order;
+  #sorted = { column: -1, down: false };
+  #shown = kFirstRows;
+  #body = element('tbody');
+  #head = element('tr');
+  #more = element('button', { type: 'button', className: 'more' });
+  #scroll = element('div', { className: 'scroll' });
+  #rows = new Map();
+  #choose;
+  #swatch = () => null;
+  #marks = { chosen: null, ofFace: null };
+
+  constructor({ id, title, things, columns, open }, choose) {
+    this.#things = things;
+    this.#columns = columns;
+    this.#choose = choose;
+    this.#order = [...things];
+    columns.forEach((column, index) => {
+      const button = element('button', { type: 'button', onclick: () => this.#sortBy(index) }, column.title);
+      this.#head.append(element('th', { scope: 'col', className: column.number ? 'number' : '' }, button));
+    });
+    this.#more.onclick = () => {
+      this.#shown = this.#things.length;
+      this.#fill();
+    };
+    this.#scroll.append(element('table', {}, element('thead', {}, this.#head), this.#body), this.#more);
+    this.root = element('details', { open: open && things.length > 0, id },
+      element('summary', {}, element('h2', {}, title), ' ',
+        element('span', { className: 'count' }, counted(things.filter((thing) => thing.id >= 0).length))),
+      things.length > 0 ? this.#scroll : element('p', { className: 'faint' }, 'none'));
+    this.#fill();
+  }
+
+  #sortBy(index) {
+    const { key, number } = this.#columns[index];
+    const again = this.#sorted.column === index;
+    const down = again ? !this.#sorted.down : Boolean(number) && index > 0;
+    this.#sorted = { column: index, down };
+    const sign = down ? -1 : 1;
+    this.#order = [...this.#things].sort((a, b) => {
+      const [x, y] = [key(a), key(b)];
+      return sign * (x < y ? -1 : x > y ? 1 : 0) || a.id - b.id;
+    });
+    [...this.#head.children].forEach((cell, at) => {
+      if (at === index) cell.setAttribute('aria-sort', down ? 'descending' : 'ascending');
+      else cell.removeAttribute('aria-sort');
+    });
+    this.#fill();
+  }
+
+  #row(thing) {
+    const row = element('tr', { onclick: () => this.#choose(thing) });
+    row.dataset.id = thing.id;
+    this.#columns.forEach((column, index) => {
+      const cell = element('td', { className: column.number ? 'number' : '' });
+      const content = column.cell(thing);
+      if (index === 0) {
+        // The row's own handler does the work, so that a click on the button counts once.
+        cell.append(swatch(this.#swatch(thing)), element('button', { type: 'button' }, content));
+      } else {
+        cell.append(content);
+      }
+      row.append(cell);
+    });
+    return row;
+  }
+
+  #fill() {
+    this.#rows = new Map(this.#order.slice(0, this.#shown).map((thing) => [thing.id, this.#row(thing)]));
+    this.#body.replaceChildren(...this.#rows.values());
+    this.#more.hidden = this.#order.length <= this.#shown;
+    this.#more.textContent = `Show all ${counted(this.#order.length)}`;
+    this.#applyMarks();
+  }
+
+  #applyMarks() {
+    for (const [id, row] of this.#rows) {
+      row.className = id === this.#marks.chosen ? 'chosen' : id === this.#marks.ofFace ? 'of-face' : '';
+      row.querySelector('button').setAttribute('aria-pressed', String(id === this.#marks.chosen));
+    }
+  }
+
+  /** Marks the row of a chosen thing, or of the thing that a chosen face belongs to; null for none. */
+  mark(chosen, ofFace) {
+    this.#marks = { chosen, ofFace };
+    const id = chosen ?? ofFace;
+    if (id !== null && !this.#rows.has(id) && this.#things.some((thing) => thing.id === id)) {
+      this.#shown = this.#things.length;
+      this.#fill();
+    }
+    this.#applyMarks();
+    const row = this.#rows.get(id);
+    if (!row) return;
+    // Within the table only: the page itself must not jump.
+    const { offsetTop, offsetHeight } = row;
+    const top = this.#scroll.scrollTop;
+    const headHeight = this.#head.offsetHeight;
+    if (offsetTop < top + headHeight) this.#scroll.scrollTop = offsetTop - headHeight;
+    const below = offsetTop + offsetHeight - this.#scroll.clientHeight;
+    if (below > this.#scroll.scrollTop) this.#scroll.scrollTop = below;
+  }
+
+  /** Gives rows the colours by which the picture shows them now. */
+  setSwatches(colourOf) {
+    this.#swatch = colourOf;
+    this.#fill();
+  }
+}
