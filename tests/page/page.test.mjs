@@ -130,7 +130,7 @@ for (const layout of ['qob', 'kob']) {
 }
 
 test('every colouring, part and movement changes the picture, and none is blank', async () => {
-  const { page, trouble } = await openPage(browser, path('yard.kob.html'), { scheme: 'dark' });
+  const { page, trouble } = await openPage(browser, path('yard.kob.html'), { width: 900, height: 500, scheme: 'dark' });
   const seen = new Map();
   const see = async (what, ...keys) => {
     await press(page, ...keys);
@@ -249,7 +249,7 @@ test('models with little or nothing to see are shown without errors', async () =
     pages.push(path(`${file}.kob.html`));
   }
   for (const file of pages) {
-    const { page, trouble } = await openPage(browser, file);
+    const { page, trouble } = await openPage(browser, file, { width: 800, height: 400 });
     await press(page, '2', '6', 'c', 'p', 'l', 'b', 'Enter', 'Z', 'x', 'f');
     assert.deepEqual(trouble, [], file);
     await page.close();

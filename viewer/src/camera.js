@@ -38,7 +38,7 @@ export class CameraRig {
   /** Goes nearer to the pivot (factor below 1) or away from it; walking, forwards or backwards. */
   zoom(factor) {
     if (this.mode === 'walk') {
-      this.move(0, 0, (1 - factor) * kSize * 0.2);
+      this.move(0, 0, (1 - factor) * kSize * 0.1);
       return;
     }
     const pivot = this.#pivot();
@@ -53,10 +53,19 @@ export class CameraRig {
     this.#position.addScaledVector(this.#right(), -x * height).addScaledVector(up, y * height);
   }
 
-  /** Moves by lengths: to the right, upwards, and where the camera looks. */
+  /** Moves by lengths: to the right, upwards, and ahead; walking, ahead is level. */
   move(right, up, ahead) {
-    this.#position.addScaledVector(this.#right(), right).addScaledVector(this.forward(), ahead);
+    const forward = this.forward();
+    if (this.mode === 'walk') forward.crossVectors(new Vector3(0, 1, 0), this.#right());
+    this.#position.addScaledVector(this.#right(), right).addScaledVector(forward, ahead);
     this.#position.y += up;
+  }
+
+  /** Stands with the eyes at `eye`, looking level in the direction of before. */
+  stand(eye) {
+    this.#position.copy(eye);
+    this.#pitch = 0;
+    this.#distance = 0.1 * kSize;
   }
 
   /** Shows the whole of a Box3; with a direction, looks against it. */

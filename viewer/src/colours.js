@@ -80,21 +80,20 @@ export function swatchOf(model, colouring, kind, thing) {
   return null;
 }
 
-/** The colours of drawn faces: 12 bytes a face, in the order of the soup's corners. */
-export function colourFaces(model, faces, colouring) {
-  const colours = new Uint8Array(12 * faces.count).fill(255);
+/** The colours of the drawn faces' mesh, 4 bytes for each of its `corners`. */
+export function colourCorners(model, faces, corners, colouring) {
+  const colours = new Uint8Array(4 * corners.count).fill(255);
   if (colouring === 'uv') return colours;
   const ofBatch = model.batches.map((batch) => swatchOf(model, colouring, 'batch', batch));
   const ofFlags = flagColours(model);
-  for (let entry = 0; entry < faces.count; ++entry) {
-    const batch = model.batches[faces.batch[entry]];
+  for (let i = 0; i < corners.count; ++i) {
+    const entry = corners.entry[i];
+    const batch = faces.batch[entry];
     const set = model.sets[faces.set[entry]];
-    const whole = colouring === 'flags' ? (set ? ofFlags.get(set.flags) : kNone)
-      : ofBatch[faces.batch[entry]];
-    for (let k = 0; k < 3; ++k) {
-      const corner = batch.indices[6 * faces.face[entry] + 3 + 2 - k];
-      const own = whole ?? batch.colours.subarray(4 * corner, 4 * corner + 3);
-      colours.set(own, 12 * entry + 4 * k);
+    const whole = colouring === 'flags' ? (set ? ofFlags.get(set.flags) : kNone) : ofBatch[batch];
+    const own = 4 * corners.corner[i];
+    for (let channel = 0; channel < 3; ++channel) {
+      colours[4 * i + channel] = whole ? whole[channel] : model.batches[batch].colours[own + channel];
     }
   }
   return colours;

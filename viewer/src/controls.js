@@ -4,7 +4,7 @@ import { element } from './text.js';
 
 const kModes = [
   { id: 'orbit', name: 'Orbit', key: 'o' },
-  { id: 'walk', name: 'Walk', key: 'g' },
+  { id: 'walk', name: 'Walk', key: 'g', hint: 'stands on the floor in the middle of the picture' },
 ];
 
 const kParts = [
@@ -37,13 +37,13 @@ function chips(parent, type, group, entries, changed) {
 }
 
 /**
- * Makes the controls of `model`. `calls` are told of changes: colouring(id), mode(id), part(id, on),
+ * Makes the controls of `model`; `hasCollision` when it has faces that only collide. `calls` are told of changes: colouring(id), mode(id), part(id, on),
  * system(index), frameAll(), goToChosen(), clear(). The object that comes back sets the same things
  * as a person would, and knows the keys.
  */
-export function makeControls(model, colourings, calls) {
+export function makeControls(model, hasCollision, colourings, calls) {
   const find = (id) => document.getElementById(id);
-  const parts = kParts.filter((part) => !part.collision || model.hasFaceTable);
+  const parts = kParts.filter((part) => !part.collision || hasCollision);
   const keyed = colourings.map((colouring, index) => ({ ...colouring, key: String(index + 1) }));
   const inputs = {
     colouring: chips(find('colourings'), 'radio', 'colouring', keyed, calls.colouring),
@@ -74,7 +74,8 @@ export function makeControls(model, colourings, calls) {
   const rows = [...kMovement, ['F', 'show the whole level'], ['Z', 'go to what is chosen'],
     ['Escape', 'clear the choice'],
     ...keyed.map(({ key, name }) => [key, `colour by: ${name.toLowerCase()}`]),
-    ...[...kModes, ...parts].map(({ key, name }) => [key.toUpperCase(), name.toLowerCase()])];
+    ...[...kModes, ...parts].map(({ key, name, hint }) => (
+      [key.toUpperCase(), `${name.toLowerCase()}${hint ? `: ${hint}` : ''}`]))];
   for (const [key, what] of rows) {
     find('keys').append(element('dt', {}, element('kbd', {}, key)), element('dd', {}, what));
   }

@@ -13,7 +13,7 @@ function list(rows) {
   return made;
 }
 
-const flagWords = (model, set) => keywordsOf(model, set.flags).join(', ') || 'none';
+const flagWords = (model, set) => keywordsOf(model, set.flags).join(', ') || 'no flags';
 
 /** A button that chooses what it names. */
 function link(text, choose) {
@@ -106,7 +106,10 @@ export function lineOf(model, faces, choice) {
     }
     case 'material': return `Material: ${materialName(choice.thing)}`;
     case 'batch': return `Batch ${choice.thing.label}`;
-    case 'set': return `Surface set ${choice.thing.label}: ${flagWords(model, choice.thing)}`;
+    case 'set': {
+      const name = choice.thing.name === 'NONE' ? '' : ` ${visible(choice.thing.name)}`;
+      return `Surface set ${choice.thing.label}${name}: ${flagWords(model, choice.thing)}`;
+    }
     default: return '';
   }
 }

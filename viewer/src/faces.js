@@ -1,5 +1,4 @@
-// The triangles of a model as long lists for drawing: three entries a face, no vertex shared.
-import { coordinateSystem, placePoint } from './coordinates.js';
+// Where the triangles of a model are in the file: what is drawn and what only collides.
 
 /** For each table face of a group that is drawn, under its batch and place there: the table's index. */
 function tableOfDrawn(group) {
@@ -91,50 +90,4 @@ export function planeOf(model, kind, faces, entry) {
 export function pointsOf(model, kind, faces, entry) {
   const group = model.groups[faces.group[entry]];
   return kind === 'undrawn' ? group.points : group.vertices;
-}
-
-/** A direction of the file as bytes of the page, at `at` of `target`. */
-function placeNormal(system, x, y, z, target, at) {
-  const length = Math.hypot(x, y, z);
-  const factor = Number.isFinite(length) && length > 0 ? (system.normalSign * 127) / length : 0;
-  const file = [x, y, z];
-  for (let axis = 0; axis < 3; ++axis) {
-    target[at + axis] = factor === 0 ? 0 : system.signs[axis] * file[system.axes[axis]] * factor;
-  }
-}
-
-/**
- * Positions, normals and (of drawn faces) texture coordinates of `faces` for the given coordinate
- * system, three entries a face, counter-clockwise seen from the front. `shown` has a 1 for every face
- * whose three positions can be shown; the others are a point at the origin.
- */
-export function buildSoup(model, kind, faces, systemIndex, frame) {
-  const system = coordinateSystem(systemIndex);
-  const positions = new Float32Array(9 * faces.count);
-  const normals = new Int8Array(12 * faces.count); // 4 bytes each
-  const uvs = kind === 'drawn' ? new Float32Array(6 * faces.count) : null;
-  const shown = new Uint8Array(faces.count);
-  for (let entry = 0; entry < faces.count; ++entry) {
-    const { vertices, corners } = cornersOf(model, kind, faces, entry);
-    const points = pointsOf(model, kind, faces, entry);
-    const plane = planeOf(model, kind, faces, entry);
-    const batch = model.batches[faces.batch[entry]];
-    // The exporter turned the corners around; the page turns them back.
-    for (let k = 0; k < 3; ++k) {
-      const corner = 2 - k;
-      const at = 3 * entry + k;
-      placePoint(system, frame, points, vertices[corner], positions, 3 * at);
-      let normal = plane;
-      if (batch) {
-        const own = batch.normals.subarray(4 * corners[corner], 4 * corners[corner] + 3);
-        if (own[0] !== 0 || own[1] !== 0 || own[2] !== 0) normal = own;
-        uvs.set(batch.uvs.subarray(2 * corners[corner], 2 * corners[corner] + 2), 2 * at);
-      }
-      placeNormal(system, normal[0], normal[1], normal[2], normals, 4 * at);
-    }
-    const nine = positions.subarray(9 * entry, 9 * entry + 9);
-    shown[entry] = nine.some(Number.isNaN) ? 0 : 1;
-    if (!shown[entry]) nine.fill(0);
-  }
-  return { positions, normals, uvs, shown };
 }

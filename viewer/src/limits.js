@@ -1,18 +1,27 @@
 // How near the model comes to what 16-bit indices can address.
 import { counted, element } from './text.js';
 
-/** The lists that indices of 16 bits point into; of several groups or batches, the longest. */
+/**
+ * The lists that indices of 16 bits point into, the longest of its kind each, and what comes of one
+ * that is too long.
+ */
 export function limitsOf(model) {
-  const longest = (counts) => counts.reduce((most, count) => Math.max(most, count), 0);
+  const limit = (name, things, count, trouble) => (
+    { name, count: things.reduce((most, thing) => Math.max(most, count(thing)), 0), trouble });
   const limits = [
-    { name: 'Vertices', count: longest(model.groups.map((group) => group.vertices.length / 3)) },
-    { name: 'Corners of the largest batch', count: longest(model.batches.map((batch) => batch.cornerCount)) },
+    limit('Vertices', model.groups, (group) => group.vertices.length / 3,
+      'triangles with later vertices are torn, as the file has them'),
+    limit('Corners of the largest batch', model.batches, (batch) => batch.cornerCount,
+      'later corners have the normals, colours and texture coordinates of others'),
   ];
   if (!model.hasFaceTable) return limits;
   return limits.concat([
-    { name: 'Faces of the largest batch', count: longest(model.batches.map((batch) => batch.faceCount)) },
-    { name: 'Collision points', count: longest(model.groups.map((group) => group.points.length / 3)) },
-    { name: 'Faces', count: longest(model.groups.map((group) => group.faces.faceCount)) },
+    limit('Faces of the largest batch', model.batches, (batch) => batch.faceCount,
+      'which row of the face table means which of its faces is a guess'),
+    limit('Collision points', model.groups, (group) => group.points.length / 3,
+      'collision faces with later points are torn, as the file has them'),
+    limit('Faces', model.groups, (group) => group.faces.faceCount,
+      'the lists of the surface sets can\'t tell later faces; the page goes by the face table'),
   ]);
 }
 

@@ -2,11 +2,11 @@
 import { Vector3 } from 'three';
 
 import { CameraRig } from './camera.js';
-import { colourFaces, colouringsOf, firstColouring, swatchOf } from './colours.js';
+import { colouringsOf, firstColouring, swatchOf } from './colours.js';
 import { makeControls } from './controls.js';
-import { coordinateSystem, frameOf } from './coordinates.js';
+import { frameOf } from './coordinates.js';
 import { detailsOf, lineOf } from './details.js';
-import { listFaces, planeOf } from './faces.js';
+import { listFaces } from './faces.js';
 import { limitBars, limitsOf } from './limits.js';
 import { choiceOfHash, hashOf } from './link.js';
 import { Navigation } from './navigation.js';
@@ -49,9 +49,9 @@ function showHeader() {
 }
 
 function showWarnings(hidden) {
-  const lines = limitsOf(model).filter(({ count }) => count > model.indexLimit).map(({ name, count }) => (
-    `${name}: ${counted(count)}, more than the ${counted(model.indexLimit)} that the file's 16-bit indices `
-    + 'can address. Faces that use later ones are shown where the file says, which is not where they were.'));
+  const lines = limitsOf(model).filter(({ count }) => count > model.indexLimit).map(({ name, count, trouble }) => (
+    `${name}: ${counted(count)} are more than the ${counted(model.indexLimit)} that the file's 16-bit indices `
+    + `can address: ${trouble}.`));
   if (hidden > 0) {
     lines.push(`${countedAs(hidden, 'face is', 'faces are')} not shown: positions are not finite numbers, or lie too far off.`);
   }
@@ -132,9 +132,7 @@ function goToChosen() {
   let direction = null;
   if (state.choice.kind === 'face') {
     const { faceKind, entry } = state.choice;
-    const plane = planeOf(model, faceKind, faces[faceKind], entry);
-    const { axes, signs, normalSign } = coordinateSystem(state.system);
-    const normal = new Vector3(...axes.map((axis, i) => normalSign * signs[i] * plane[axis])).normalize();
+    const normal = scene.normalOf(faceKind, entry);
     if (normal.lengthSq() > 0.5) direction = normal;
     const middle = scene.middleOf(faceKind, entry);
     const reach = Math.max(0.02, ...box.max.clone().sub(box.min).toArray());
@@ -148,24 +146,40 @@ function goToChosen() {
 function chooseAt(x, y) {
   const [origin, direction] = scene.ray(x, y);
   const hits = [
-    { faceKind: 'drawn', hit: pick(scene.soups.drawn, origin, direction, state.parts.backs) },
+    { faceKind: 'drawn', hit: pick(scene.meshes.drawn, origin, direction, state.parts.backs) },
   ];
   if (state.parts.undrawn) {
-    hits.push({ faceKind: 'undrawn', hit: pick(scene.soups.undrawn, origin, direction, true) });
+    hits.push({ faceKind: 'undrawn', hit: pick(scene.meshes.undrawn, origin, direction, true) });
   }
   const first = hits.filter(({ hit }) => hit).sort((a, b) => a.hit.distance - b.hit.distance)[0];
   choose(first ? { kind: 'face', faceKind: first.faceKind, entry: first.hit.entry } : null);
 }
 
-const controls = makeControls(model, colourings, {
+// The height of a person's eyes if the file counts in centimetres, but never out of proportion.
+const eyeHeight = Math.min(8, Math.max(1.5, 170 * frame.scale));
+
+/** Where a floor is in the middle of the picture, stands on it. */
+function standOnFloor() {
+  const [origin, direction] = scene.ray(0, 0);
+  const hit = pick(scene.meshes.drawn, origin, direction, false);
+  if (!hit) return;
+  const normal = scene.normalOf('drawn', hit.entry);
+  if (normal.y < 0.5) return;
+  rig.stand(new Vector3(...direction).multiplyScalar(hit.distance).add(new Vector3(...origin))
+    .add(new Vector3(0, eyeHeight, 0)));
+  scene.draw();
+}
+
+const controls = makeControls(model, faces.undrawn.count > 0, colourings, {
   colouring: (id) => {
     state.colouring = id;
-    scene?.setColours(colourFaces(model, faces.drawn, id), id === 'uv');
+    scene?.setColouring(id);
     for (const [kind, table] of Object.entries(tables)) {
       table.setSwatches((thing) => swatchOf(model, id, kind, thing));
     }
   },
   mode: (id) => {
+    if (scene && id === 'walk' && rig.mode !== 'walk') standOnFloor();
     rig.mode = id;
     find('stage').classList.toggle('walking', id === 'walk');
   },
@@ -202,7 +216,7 @@ function begin() {
   let hidden = 0;
   if (scene) {
     scene.setSystem(state.system);
-    for (const soup of Object.values(scene.soups)) hidden += soup.shown.reduce((sum, is) => sum + 1 - is, 0);
+    for (const mesh of Object.values(scene.meshes)) hidden += mesh.shown.reduce((sum, is) => sum + 1 - is, 0);
     const canvas = find('view');
     const stage = find('stage');
     scene.resize(stage.clientWidth, stage.clientHeight);

@@ -3,7 +3,7 @@
 const kTurn = 0.006; // radians a pixel
 const kKeyTurn = 1.4; // radians a second
 const kKeyPan = 0.6; // picture heights a second
-const kWalk = 22; // units of the page a second
+const kWalk = 14; // units of the page a second
 const kFirstStep = 0.03; // seconds
 const kClickPixels = 5;
 

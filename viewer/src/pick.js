@@ -1,19 +1,20 @@
 // Which triangle a ray meets first.
 
 /**
- * The first of the soup's triangles that the ray from `origin` along `direction` meets, as
+ * The first of a mesh's triangles that the ray from `origin` along `direction` meets, as
  * { entry, distance }; null for none. Of faces seen from the back only with `backs`. `origin` and
  * `direction` are arrays of three numbers.
  */
-export function pick(soup, origin, direction, backs) {
-  const { positions: p, shown } = soup;
+export function pick(mesh, origin, direction, backs) {
+  const { positions: p, index, shown } = mesh;
   const [ox, oy, oz] = origin;
   const [dx, dy, dz] = direction;
   let best = null;
-  for (let entry = 0, i = 0; entry < shown.length; ++entry, i += 9) {
+  for (let entry = 0; entry < shown.length; ++entry) {
     if (!shown[entry]) continue;
-    const ax = p[i + 3] - p[i], ay = p[i + 4] - p[i + 1], az = p[i + 5] - p[i + 2];
-    const bx = p[i + 6] - p[i], by = p[i + 7] - p[i + 1], bz = p[i + 8] - p[i + 2];
+    const i = 3 * index[3 * entry], j = 3 * index[3 * entry + 1], k = 3 * index[3 * entry + 2];
+    const ax = p[j] - p[i], ay = p[j + 1] - p[i + 1], az = p[j + 2] - p[i + 2];
+    const bx = p[k] - p[i], by = p[k + 1] - p[i + 1], bz = p[k + 2] - p[i + 2];
     const hx = dy * bz - dz * by, hy = dz * bx - dx * bz, hz = dx * by - dy * bx;
     const determinant = ax * hx + ay * hy + az * hz; // above 0: seen from the front
     if (determinant === 0 || (determinant < 0 && !backs)) continue;

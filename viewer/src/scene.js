@@ -7,7 +7,9 @@ import {
 } from 'three';
 
 import { coordinateSystem } from './coordinates.js';
-import { buildSoup, planeOf } from './faces.js';
+import { planeOf } from './faces.js';
+import { colourCorners } from './colours.js';
+import { placeMesh, shareCorners } from './mesh.js';
 
 ColorManagement.enabled = false; // colours go to the screen as they are
 
@@ -38,17 +40,26 @@ function checkerTexture() {
   return texture;
 }
 
-function setSoup(geometry, soup) {
-  geometry.setAttribute('position', new BufferAttribute(soup.positions, 3));
-  geometry.setAttribute('normal', new BufferAttribute(soup.normals, 4, true));
-  if (soup.uvs) geometry.setAttribute('uv', new BufferAttribute(soup.uvs, 2));
+/** Whether pictures are made without a graphics card; then smoothing every edge costs too much. */
+function drawsInSoftware() {
+  const context = document.createElement('canvas').getContext('webgl2');
+  const names = context?.getExtension('WEBGL_debug_renderer_info');
+  const name = names ? context.getParameter(names.UNMASKED_RENDERER_WEBGL) : '';
+  context?.getExtension('WEBGL_lose_context')?.loseContext();
+  return /swiftshader|llvmpipe|software|basic render/i.test(name);
 }
 
-/** The corners of some faces, as an index into their soup. */
-function cornersOfFaces(entries) {
+function setVertices(geometry, mesh) {
+  geometry.setAttribute('position', new BufferAttribute(mesh.positions, 3));
+  geometry.setAttribute('normal', new BufferAttribute(mesh.normals, 4, true));
+  if (mesh.uvs) geometry.setAttribute('uv', new BufferAttribute(mesh.uvs, 2));
+}
+
+/** The part of a mesh's index that some faces are. */
+function indexOfFaces(mesh, entries) {
   const index = new Uint32Array(3 * entries.length);
-  entries.forEach((entry, i) => index.set([3 * entry, 3 * entry + 1, 3 * entry + 2], 3 * i));
-  return new BufferAttribute(index, 1);
+  entries.forEach((entry, i) => index.set(mesh.index.subarray(3 * entry, 3 * entry + 3), 3 * i));
+  return index;
 }
 
 export class LevelScene {
@@ -57,25 +68,37 @@ export class LevelScene {
   #model;
   #faces;
   #frame;
+  #corners;
   #rig;
+  #size = [1, 1];
+  #software = drawsInSoftware();
+  #coarse = false;
+  #slowPictures = 0;
+  #lastPicture = 0;
+  #rest = 0;
   #waiting = false;
   #only = false;
   #kinds = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
   #chosen = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
   #materials;
   #meshes = {};
-  soups = {};
+  meshes = {};
   box = new Box3();
   sphere = new Sphere();
 
   /** Throws when the browser has no WebGL. */
   constructor(canvas, model, faces, frame, rig) {
-    this.#renderer = new WebGLRenderer({ canvas, antialias: true, powerPreference: 'high-performance' });
+    this.#renderer = new WebGLRenderer(
+      { canvas, antialias: !this.#software, powerPreference: 'high-performance' });
     this.#renderer.outputColorSpace = LinearSRGBColorSpace;
     this.#model = model;
     this.#faces = faces;
     this.#frame = frame;
     this.#rig = rig;
+    this.#corners = {
+      drawn: shareCorners(model, 'drawn', faces.drawn),
+      undrawn: shareCorners(model, 'undrawn', faces.undrawn),
+    };
     this.#addLights();
     this.#addMeshes();
   }
@@ -85,7 +108,7 @@ export class LevelScene {
     sun.position.set(-0.6, 0.5, 1); // beside the camera
     this.#rig.camera.add(sun, sun.target);
     sun.target.position.set(0, 0, -1);
-    this.#scene.add(new HemisphereLight(0xffffff, 0x77777f, 1.6), this.#rig.camera);
+    this.#scene.add(new HemisphereLight(0xffffff, 0x8c8c94, 1.7), this.#rig.camera);
   }
 
   #addMeshes() {
@@ -130,17 +153,14 @@ export class LevelScene {
 
   /** Puts the level into a coordinate system. */
   setSystem(index) {
-    this.soups = {
-      drawn: buildSoup(this.#model, 'drawn', this.#faces.drawn, index, this.#frame),
-      undrawn: buildSoup(this.#model, 'undrawn', this.#faces.undrawn, index, this.#frame),
-    };
     for (const kind of ['drawn', 'undrawn']) {
-      const colours = this.#kinds[kind].getAttribute('color');
+      const mesh = placeMesh(this.#model, kind, this.#faces[kind], this.#corners[kind], index, this.#frame);
+      this.meshes[kind] = mesh;
       this.#kinds[kind].dispose();
       this.#chosen[kind].dispose();
-      setSoup(this.#kinds[kind], this.soups[kind]);
-      setSoup(this.#chosen[kind], this.soups[kind]);
-      if (colours) this.#kinds[kind].setAttribute('color', colours);
+      setVertices(this.#kinds[kind], mesh);
+      this.#kinds[kind].setIndex(new BufferAttribute(mesh.index, 1));
+      setVertices(this.#chosen[kind], mesh);
     }
     this.#buildPlanes(coordinateSystem(index));
     this.#measure();
@@ -158,7 +178,7 @@ export class LevelScene {
 
   /** The box around all faces of a kind, or some of them. */
   boxOf(kind, entries = null) {
-    const { positions, shown } = this.soups[kind];
+    const { positions, index, shown } = this.meshes[kind];
     const box = new Box3();
     const point = new Vector3();
     const count = entries ? entries.length : shown.length;
@@ -166,25 +186,33 @@ export class LevelScene {
       const entry = entries ? entries[i] : i;
       if (!shown[entry]) continue;
       for (let k = 0; k < 3; ++k) {
-        box.expandByPoint(point.fromArray(positions, 9 * entry + 3 * k));
+        box.expandByPoint(point.fromArray(positions, 3 * index[3 * entry + k]));
       }
     }
     return box;
   }
 
+  /** The direction that the front of a face looks in; no length for none. */
+  normalOf(kind, entry) {
+    const { positions, index } = this.meshes[kind];
+    const [a, b, c] = [0, 1, 2].map((k) => new Vector3().fromArray(positions, 3 * index[3 * entry + k]));
+    return b.sub(a).cross(c.sub(a)).normalize();
+  }
+
   /** The middle of a face. */
   middleOf(kind, entry) {
+    const { positions, index } = this.meshes[kind];
     const middle = new Vector3();
     const corner = new Vector3();
     for (let k = 0; k < 3; ++k) {
-      middle.add(corner.fromArray(this.soups[kind].positions, 9 * entry + 3 * k).divideScalar(3));
+      middle.add(corner.fromArray(positions, 3 * index[3 * entry + k]).divideScalar(3));
     }
     return middle;
   }
 
   /** A square on each plane, where its face is, with a pin along the normal. */
   #buildPlanes(system) {
-    const { positions, shown } = this.soups.undrawn;
+    const { positions, index, shown } = this.meshes.undrawn;
     const squares = [];
     const pins = [];
     const corner = new Vector3();
@@ -196,7 +224,7 @@ export class LevelScene {
       const middle = this.middleOf('undrawn', entry);
       let radius = 0;
       for (let k = 0; k < 3; ++k) {
-        radius = Math.max(radius, corner.fromArray(positions, 9 * entry + 3 * k).distanceTo(middle));
+        radius = Math.max(radius, corner.fromArray(positions, 3 * index[3 * entry + k]).distanceTo(middle));
       }
       // From the face's middle along the normal onto the plane that the file tells.
       const origin = system.axes.reduce((sum, axis) => sum + plane[axis] * this.#frame.centre[axis], 0);
@@ -217,8 +245,10 @@ export class LevelScene {
     }
   }
 
-  setColours(bytes, isTexture) {
-    this.#kinds.drawn.setAttribute('color', new BufferAttribute(bytes, 4, true));
+  setColouring(id) {
+    const colours = colourCorners(this.#model, this.#faces.drawn, this.#corners.drawn, id);
+    this.#kinds.drawn.setAttribute('color', new BufferAttribute(colours, 4, true));
+    const isTexture = id === 'uv';
     const { level } = this.#materials;
     if (isTexture !== Boolean(level.map)) {
       level.map = isTexture ? checkerTexture() : null;
@@ -240,15 +270,15 @@ export class LevelScene {
   setChosen(drawn, undrawn, only) {
     const some = drawn.length + undrawn.length > 0;
     for (const [kind, entries] of Object.entries({ drawn, undrawn })) {
-      const index = cornersOfFaces(entries);
+      const index = indexOfFaces(this.meshes[kind], entries);
       this.#chosen[kind].dispose(); // also the outline's edges
-      this.#chosen[kind].setIndex(index);
+      this.#chosen[kind].setIndex(new BufferAttribute(index, 1));
       for (const part of ['Chosen', 'Hidden', 'Outline']) {
         this.#meshes[kind + part].visible = entries.length > 0 && !only;
       }
       if (only || this.#only) {
         this.#kinds[kind].dispose();
-        this.#kinds[kind].setIndex(only && some ? index : null);
+        this.#kinds[kind].setIndex(new BufferAttribute(only && some ? index : this.meshes[kind].index, 1));
       }
     }
     this.#only = only;
@@ -264,18 +294,45 @@ export class LevelScene {
   }
 
   resize(width, height) {
-    this.#renderer.setPixelRatio(Math.min(2, window.devicePixelRatio));
-    this.#renderer.setSize(width, height, false);
-    this.#rig.camera.aspect = width / height;
+    this.#size = [Math.max(1, width), Math.max(1, height)];
+    this.#rig.camera.aspect = this.#size[0] / this.#size[1];
+    this.#setSharpness();
+  }
+
+  #setSharpness() {
+    // Without edges smoothed on the way, a picture at rest is made larger than it is shown.
+    const own = Math.min(2, window.devicePixelRatio);
+    const [fine, coarse] = this.#software ? [1.5 * own, own] : [own, own / 2];
+    this.#renderer.setPixelRatio(this.#coarse ? coarse : fine);
+    this.#renderer.setSize(...this.#size, false);
     this.draw();
+  }
+
+  /** Where pictures take long, without a graphics card, they are coarse while things move. */
+  #keepPace(now) {
+    const gap = now - this.#lastPicture;
+    this.#lastPicture = now;
+    this.#slowPictures = gap > 45 && gap < 400 ? this.#slowPictures + 1 : 0;
+    clearTimeout(this.#rest);
+    if (!this.#coarse && this.#slowPictures >= (this.#software ? 1 : 3)) {
+      this.#coarse = true;
+      this.#setSharpness();
+    }
+    if (!this.#coarse) return;
+    this.#rest = setTimeout(() => {
+      this.#coarse = false;
+      this.#slowPictures = 0;
+      this.#setSharpness();
+    }, 350);
   }
 
   /** Draws with the next picture of the browser, once. */
   draw() {
     if (this.#waiting) return;
     this.#waiting = true;
-    requestAnimationFrame(() => {
+    requestAnimationFrame((now) => {
       this.#waiting = false;
+      this.#keepPace(now);
       this.#rig.update(this.#rig.camera.aspect, this.sphere);
       this.#renderer.render(this.#scene, this.#rig.camera);
     });

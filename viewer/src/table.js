@@ -4,8 +4,9 @@ import { counted, element, swatch } from './text.js';
 const kFirstRows = 150;
 
 /**
- * `columns`: { title, number, cell(thing), key(thing) }, `cell` giving a text or element and `key`
- * what the rows are sorted by. The first column's cell becomes the button that chooses the row.
+ * `columns`: { title, number, label, cell(thing), key(thing) }. Those of a count (`number`) or a short
+ * `label` are narrow; `cell` gives a text or element, `key` what the rows are sorted by. The first
+ * column's cell becomes the button that chooses the row.
  */
 export class ThingTable {
   #things;
@@ -64,7 +65,7 @@ export class ThingTable {
     const row = element('tr', { onclick: () => this.#choose(thing) });
     row.dataset.id = thing.id;
     this.#columns.forEach((column, index) => {
-      const cell = element('td', { className: column.number ? 'number' : '' });
+      const cell = element('td', { className: column.number ? 'number' : column.label ? 'label' : '' });
       const content = column.cell(thing);
       if (index === 0) {
         // The row's own handler does the work, so that a click on the button counts once.

@@ -48,7 +48,7 @@ function batchTable(model, choose) {
     things: model.batches,
     open: true,
     columns: [
-      { title: 'Batch', cell: (batch) => batch.label, key: (batch) => batch.id },
+      { title: 'Batch', label: true, cell: (batch) => batch.label, key: (batch) => batch.id },
       { title: 'Material', cell: name, key: (batch) => name(batch).toLowerCase() },
       number('Triangles', (batch) => batch.faceCount),
       number('Corners', (batch) => batch.cornerCount),
@@ -64,7 +64,7 @@ function setTable(model, choose) {
     things: model.sets,
     open: true,
     columns: [
-      { title: 'Set', cell: (set) => set.label, key: (set) => set.id },
+      { title: 'Set', label: true, cell: (set) => set.label, key: (set) => set.id },
       {
         title: 'Name',
         cell: (set) => (set.name === 'NONE' ? faint('none') : visible(set.name)),
