@@ -28,14 +28,14 @@ function runWell(...args) {
 }
 
 /** Exports a scene, an object or the path of one, and makes the page of the model. */
-function makePage(name, scene, ...options) {
+function makePage(name, scene, options = [], viewOptions = []) {
   let file = scene;
   if (typeof scene === 'object') {
     file = path(`${name}.scene.json`);
     writeFileSync(file, JSON.stringify({ format: 'mapexport-scene', version: 1, ...scene }));
   }
   runWell('export', file, name, '--fresh', '--seed', '1', '--quiet', ...options);
-  runWell('view', name);
+  runWell('view', name, ...viewOptions);
   return path(`${name}.html`);
 }
 
@@ -90,18 +90,25 @@ async function picture(page) {
   return page.locator('#view').screenshot();
 }
 
-const coloursIn = (page, png) => page.evaluate(async (base64) => {
-  const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
-  const image = await createImageBitmap(new Blob([bytes]));
-  const context = new OffscreenCanvas(image.width, image.height).getContext('2d');
-  context.drawImage(image, 0, 0);
-  const pixels = new Uint32Array(context.getImageData(0, 0, image.width, image.height).data.buffer);
-  return new Set(pixels).size;
-}, png.toString('base64'));
+/** How many colours are in the first of two pictures, and by which share of pixels they differ much. */
+const comparePictures = (page, ...pngs) => page.evaluate(async (encoded) => {
+  const [one, two] = await Promise.all(encoded.map(async (base64) => {
+    const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
+    const image = await createImageBitmap(new Blob([bytes]));
+    const context = new OffscreenCanvas(image.width, image.height).getContext('2d');
+    context.drawImage(image, 0, 0);
+    return context.getImageData(0, 0, image.width, image.height).data;
+  }));
+  let different = 0;
+  for (let i = 0; i < one.length; i += 4) {
+    different += [0, 1, 2].some((channel) => Math.abs(one[i + channel] - two[i + channel]) > 24);
+  }
+  return { colours: new Set(new Uint32Array(one.buffer)).size, different: different / (one.length / 4) };
+}, pngs.map((png) => png.toString('base64')));
 
 for (const layout of ['qob', 'kob']) {
   test(`the tables of a ${layout} count what inspect counts`, async () => {
-    const file = makePage(`yard.${layout}`, yard, '--cxp', join(sources, 'examples/yard.cxp'));
+    const file = makePage(`yard.${layout}`, yard, ['--cxp', join(sources, 'examples/yard.cxp')]);
     const { materials, groups: [group] } = inspect(`yard.${layout}`);
     const { page, trouble } = await openPage(browser, file);
     const drawn = (index) => group.batches.filter(({ material }) => material === index)
@@ -135,7 +142,7 @@ test('every colouring, part and movement changes the picture, and none is blank'
   const see = async (what, ...keys) => {
     await press(page, ...keys);
     const png = await picture(page);
-    assert.ok(await coloursIn(page, png) > 30, `${what} is blank`);
+    assert.ok((await comparePictures(page, png, png)).colours > 30, `${what} is blank`);
     const same = seen.get(png.toString('base64'));
     assert.equal(same, undefined, `${what} looks like ${same}`);
     seen.set(png.toString('base64'), what);
@@ -150,6 +157,20 @@ test('every colouring, part and movement changes the picture, and none is blank'
   await see('another coordinate system');
   assert.deepEqual(trouble, []);
   await page.close();
+});
+
+test('whatever the coordinate system, the level stands as it stood in the scene', async () => {
+  const pictures = [];
+  for (const system of ['0', '1', '2', '3']) {
+    const options = ['--coordinates', system];
+    const file = makePage(`system${system}.qob`, yard, options, options);
+    const { page } = await openPage(browser, file, { width: 900, height: 400 });
+    await press(page, '3');
+    pictures.push(await picture(page));
+    const { different } = await comparePictures(page, pictures[0], pictures.at(-1));
+    assert.ok(different < 0.005, `system ${system}: ${different} of the picture differs`);
+    await page.close();
+  }
 });
 
 test('a click on a known face shows its record and marks its rows', async () => {
