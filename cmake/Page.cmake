@@ -2,8 +2,8 @@
 #
 #   mapexport_npm(NAME FOLDER RESULT)
 #
-# installs what FOLDER/package-lock.json lists into build/NAME/node_modules and sets RESULT to whether
-# that is there; where it is not, a note says why.
+# installs what FOLDER/package-lock.json lists into build/NAME/node_modules and sets RESULT to
+# whether that is there; where it is not, a note says why.
 #
 #   mapexport_page(ROOM)
 #

@@ -31,11 +31,13 @@ const allow = (text) => `'sha256-${createHash('sha256').update(text).digest('bas
 const script = bundle('main.js');
 const style = bundle('page.css');
 const policy =
-  `default-src 'none'; img-src data:; script-src ${allow(script)}; style-src ${allow(style)}`;
+  `default-src 'none'; img-src data:; ` + `script-src ${allow(script)}; style-src ${allow(style)}`;
 
 const pieces = { '@POLICY@': policy, '@STYLE@': style, '@SCRIPT@': script };
-const page = readFileSync(join(source, 'page.html'), 'utf8')
-  .replace(/@(POLICY|STYLE|SCRIPT)@/g, (mark) => pieces[mark]);
+const page = readFileSync(join(source, 'page.html'), 'utf8').replace(
+  /@(POLICY|STYLE|SCRIPT)@/g,
+  (mark) => pieces[mark],
+);
 if (page.split('@MODEL@').length !== 2) throw new Error('@MODEL@ must stand in the page once');
 if (/<script\b/.test(script) || /<\/(script|style)/i.test(script + style)) {
   throw new Error('the bundle would end its own element');
@@ -56,10 +58,13 @@ const bytes = Buffer.from(page, 'utf8');
 const lines = [];
 for (let at = 0; at < bytes.length; at += 4096) lines.push(literal(bytes.subarray(at, at + 4096)));
 writeFileSync(join(out, 'page.html'), page);
-writeFileSync(join(out, 'ViewerPage.cpp'), `// The page of viewer/, bundled.
+writeFileSync(
+  join(out, 'ViewerPage.cpp'),
+  `// The page of viewer/, bundled.
 #include "view/ViewerPage.h"
 
 const std::string_view mapexport::kViewerPage(
 ${lines.join('\n')},
 ${bytes.length});
-`);
+`,
+);

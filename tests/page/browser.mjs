@@ -8,9 +8,16 @@ export async function startBrowser(packages) {
   const { chromium } = createRequire(join(resolve(packages), 'package.json'))('playwright-core');
   return chromium.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
-    args: ['--no-sandbox', '--disable-quic', '--no-first-run', '--disable-background-networking',
-      '--disable-component-update', '--disable-sync', '--use-angle=swiftshader',
-      '--enable-unsafe-swiftshader'],
+    args: [
+      '--no-sandbox',
+      '--disable-quic',
+      '--no-first-run',
+      '--disable-background-networking',
+      '--disable-component-update',
+      '--disable-sync',
+      '--use-angle=swiftshader',
+      '--enable-unsafe-swiftshader',
+    ],
   });
 }
 
@@ -18,7 +25,11 @@ export async function startBrowser(packages) {
  * Opens the page at `file`. `trouble` collects all errors, refusals and warnings of the page's
  * console, and every request but the one for the page itself.
  */
-export async function openPage(browser, file, { width = 1280, height = 800, scheme = 'light', hash = '' } = {}) {
+export async function openPage(
+  browser,
+  file,
+  { width = 1280, height = 800, scheme = 'light', hash = '' } = {},
+) {
   const page = await browser.newPage({ viewport: { width, height }, colorScheme: scheme });
   const url = pathToFileURL(resolve(file)).href;
   const trouble = [];
@@ -39,7 +50,10 @@ export async function openPage(browser, file, { width = 1280, height = 800, sche
 
 /** Waits until what was asked for is drawn. */
 export async function settle(page) {
-  await page.evaluate(() => new Promise((done) => {
-    requestAnimationFrame(() => requestAnimationFrame(() => setTimeout(done)));
-  }));
+  await page.evaluate(
+    () =>
+      new Promise((done) => {
+        requestAnimationFrame(() => requestAnimationFrame(() => setTimeout(done)));
+      }),
+  );
 }

@@ -13,13 +13,16 @@ const [mapexport, packages, sources] = process.argv.slice(2);
 const folder = mkdtempSync(join(tmpdir(), 'mapexport-page-'));
 const path = (name) => join(folder, name);
 let browser;
-before(async () => { browser = await startBrowser(packages); });
+before(async () => {
+  browser = await startBrowser(packages);
+});
 after(async () => {
   await browser?.close();
   rmSync(folder, { recursive: true });
 });
 
-const run = (...args) => spawnSync(mapexport, args, { cwd: folder, encoding: 'utf8', maxBuffer: 1 << 28 });
+const run = (...args) =>
+  spawnSync(mapexport, args, { cwd: folder, encoding: 'utf8', maxBuffer: 1 << 28 });
 
 function runWell(...args) {
   const { status, stdout, stderr } = run(...args);
@@ -46,13 +49,22 @@ const yard = join(sources, 'examples/yard.scene.json');
 const wall = (left, more) => ({
   name: 'Wall',
   mesh: {
-    vertices: [[left, 0, 0], [left + 10, 0, 0], [left + 10, 0, 8], [left, 0, 8]],
-    faces: [[0, 1, 2], [0, 2, 3]],
+    vertices: [
+      [left, 0, 0],
+      [left + 10, 0, 0],
+      [left + 10, 0, 8],
+      [left, 0, 8],
+    ],
+    faces: [
+      [0, 1, 2],
+      [0, 2, 3],
+    ],
   },
   ...more,
 });
 
-const hostile = '</script><script>window.hacked=1</script><img src=x onerror="window.hacked=1">\u202e\u001b[31m';
+const hostile =
+  '</script><script>window.hacked=1</script><img src=x onerror="window.hacked=1">\u202e\u001b[31m';
 const walls = {
   materials: [
     { name: hostile, diffuse: [0.8, 0.1, 0.1] },
@@ -70,11 +82,15 @@ const walls = {
 };
 
 /** The texts of a table's cells, row by row. */
-const cells = (page, id) => page.$$eval(`#${id} tbody tr`,
-  (rows) => rows.map((row) => [...row.children].map((cell) => cell.innerText)));
+const cells = (page, id) =>
+  page.$$eval(`#${id} tbody tr`, (rows) =>
+    rows.map((row) => [...row.children].map((cell) => cell.innerText)),
+  );
 /** The record of what is chosen, by its terms. */
-const record = (page) => page.$$eval('#chosen dt',
-  (terms) => Object.fromEntries(terms.map((term) => [term.innerText, term.nextSibling.innerText])));
+const record = (page) =>
+  page.$$eval('#chosen dt', (terms) =>
+    Object.fromEntries(terms.map((term) => [term.innerText, term.nextSibling.innerText])),
+  );
 const numbers = (text) => text.match(/-?\d[\d.e+-]*/g).map(Number);
 
 async function press(page, ...keys) {
@@ -90,54 +106,95 @@ async function picture(page) {
   return page.locator('#view').screenshot();
 }
 
-/** How many colours are in the first of two pictures, and by which share of pixels they differ much. */
-const comparePictures = (page, ...pngs) => page.evaluate(async (encoded) => {
-  const [one, two] = await Promise.all(encoded.map(async (base64) => {
-    const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
-    const image = await createImageBitmap(new Blob([bytes]));
-    const context = new OffscreenCanvas(image.width, image.height).getContext('2d');
-    context.drawImage(image, 0, 0);
-    return context.getImageData(0, 0, image.width, image.height).data;
-  }));
-  let different = 0;
-  for (let i = 0; i < one.length; i += 4) {
-    different += [0, 1, 2].some((channel) => Math.abs(one[i + channel] - two[i + channel]) > 24);
-  }
-  return { colours: new Set(new Uint32Array(one.buffer)).size, different: different / (one.length / 4) };
-}, pngs.map((png) => png.toString('base64')));
+/** How many colours the first of two pictures has, and the share of pixels that differ much. */
+const comparePictures = (page, ...pngs) =>
+  page.evaluate(
+    async (encoded) => {
+      const [one, two] = await Promise.all(
+        encoded.map(async (base64) => {
+          const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
+          const image = await createImageBitmap(new Blob([bytes]));
+          const context = new OffscreenCanvas(image.width, image.height).getContext('2d');
+          context.drawImage(image, 0, 0);
+          return context.getImageData(0, 0, image.width, image.height).data;
+        }),
+      );
+      let different = 0;
+      for (let i = 0; i < one.length; i += 4) {
+        different += [0, 1, 2].some(
+          (channel) => Math.abs(one[i + channel] - two[i + channel]) > 24,
+        );
+      }
+      return {
+        colours: new Set(new Uint32Array(one.buffer)).size,
+        different: different / (one.length / 4),
+      };
+    },
+    pngs.map((png) => png.toString('base64')),
+  );
 
 for (const layout of ['qob', 'kob']) {
   test(`the tables of a ${layout} count what inspect counts`, async () => {
     const file = makePage(`yard.${layout}`, yard, ['--cxp', join(sources, 'examples/yard.cxp')]);
-    const { materials, groups: [group] } = inspect(`yard.${layout}`);
+    const {
+      materials,
+      groups: [group],
+    } = inspect(`yard.${layout}`);
     const { page, trouble } = await openPage(browser, file);
-    const drawn = (index) => group.batches.filter(({ material }) => material === index)
-      .reduce((sum, batch) => sum + batch.faces.length, 0);
-    const rows = materials.map(({ name, textureName }, index) => (
-      [name, textureName === 'NULL' ? 'none' : textureName, `${drawn(index)}`]));
+    const drawn = (index) =>
+      group.batches
+        .filter(({ material }) => material === index)
+        .reduce((sum, batch) => sum + batch.faces.length, 0);
+    const rows = materials.map(({ name, textureName }, index) => [
+      name,
+      textureName === 'NULL' ? 'none' : textureName,
+      `${drawn(index)}`,
+    ]);
     if (drawn(-1) > 0) rows.push(['no material', 'none', `${drawn(-1)}`]);
     assert.deepEqual(await cells(page, 'materials'), rows);
-    assert.deepEqual(await cells(page, 'batches'), group.batches.map((batch, index) => (
-      [`${index}`, materials[batch.material]?.name ?? 'no material', `${batch.faces.length}`,
-        `${batch.corners.length}`])));
+    assert.deepEqual(
+      await cells(page, 'batches'),
+      group.batches.map((batch, index) => [
+        `${index}`,
+        materials[batch.material]?.name ?? 'no material',
+        `${batch.faces.length}`,
+        `${batch.corners.length}`,
+      ]),
+    );
     const most = (list) => Math.max(...group.batches.map((batch) => batch[list].length));
     const limits = [group.vertices.length, most('corners')];
     if (layout === 'kob') {
       limits.push(most('faces'), group.collisionPoints.length, group.faces.length);
       const sets = await cells(page, 'sets');
-      assert.deepEqual(sets.map((row) => [row[1], row[3]]), group.surfaceSets.map(
-        ({ name, faces }) => [name === 'NONE' ? 'none' : name, `${faces.length}`]));
-      assert.match(sets[group.surfaceSets.findIndex(({ flags }) => flags === 0x11)][2], /^climbable, floorface$/);
+      assert.deepEqual(
+        sets.map((row) => [row[1], row[3]]),
+        group.surfaceSets.map(({ name, faces }) => [
+          name === 'NONE' ? 'none' : name,
+          `${faces.length}`,
+        ]),
+      );
+      assert.match(
+        sets[group.surfaceSets.findIndex(({ flags }) => flags === 0x11)][2],
+        /^climbable, floorface$/,
+      );
     }
-    assert.deepEqual(await page.$$eval('[role=meter]',
-      (bars) => bars.map((bar) => Number(bar.getAttribute('aria-valuenow')))), limits);
+    assert.deepEqual(
+      await page.$$eval('[role=meter]', (bars) =>
+        bars.map((bar) => Number(bar.getAttribute('aria-valuenow'))),
+      ),
+      limits,
+    );
     assert.deepEqual(trouble, []);
     await page.close();
   });
 }
 
 test('every colouring, part and movement changes the picture, and none is blank', async () => {
-  const { page, trouble } = await openPage(browser, path('yard.kob.html'), { width: 900, height: 500, scheme: 'dark' });
+  const { page, trouble } = await openPage(browser, path('yard.kob.html'), {
+    width: 900,
+    height: 500,
+    scheme: 'dark',
+  });
   const seen = new Map();
   const see = async (what, ...keys) => {
     await press(page, ...keys);
@@ -175,24 +232,41 @@ test('whatever the coordinate system, the level stands as it stood in the scene'
 
 test('a click on a known face shows its record and marks its rows', async () => {
   const file = makePage('walls.kob', walls);
-  const { groups: [group] } = inspect('walls.kob');
+  const {
+    groups: [group],
+  } = inspect('walls.kob');
   const { page, trouble } = await openPage(browser, file);
-  const keywords = { 0x09: 'climbable, notcollidable3d', 0x10: 'floorface', 0x05: 'climbable, notrendered', 0x80: '(static node)' };
+  const keywords = {
+    0x09: 'climbable, notcollidable3d',
+    0x10: 'floorface',
+    0x05: 'climbable, notrendered',
+    0x80: '(static node)',
+  };
   for (const [index, face] of group.faces.entries()) {
     // The address brings the face into the middle; then it is chosen anew, by the pointer.
-    await page.evaluate((hash) => { location.hash = hash; }, `face=${index}`);
+    await page.evaluate((hash) => {
+      location.hash = hash;
+    }, `face=${index}`);
     await settle(page);
     await press(page, 'Escape');
     assert.deepEqual(await record(page), {});
     await page.click('#view');
     const shown = await record(page);
     const set = group.surfaceSets[face.surfaceSet];
-    const plane = face.batch < 0 ? group.planes[face.position] : group.batches[face.batch].faces[face.position].plane;
+    const plane =
+      face.batch < 0
+        ? group.planes[face.position]
+        : group.batches[face.batch].faces[face.position].plane;
     assert.match(shown.Place, new RegExp(`^${index} of`));
     assert.equal(shown.Flags, keywords[set.flags]);
-    assert.deepEqual(numbers(shown.Normal), plane.slice(0, 3).map((value) => Number(value.toPrecision(6))));
+    assert.deepEqual(
+      numbers(shown.Normal),
+      plane.slice(0, 3).map((value) => Number(value.toPrecision(6))),
+    );
     assert.match(shown.Set, new RegExp(`^${face.surfaceSet}\\b`));
-    const marked = await page.$$eval('tr.of-face', (rows) => rows.map((row) => Number(row.dataset.id)));
+    const marked = await page.$$eval('tr.of-face', (rows) =>
+      rows.map((row) => Number(row.dataset.id)),
+    );
     if (face.batch < 0) {
       assert.match(shown.Face, /not drawn/);
       assert.deepEqual(marked, [face.surfaceSet]);
@@ -228,7 +302,8 @@ test('the keyboard reaches everything and shows where it is', async () => {
     await page.keyboard.press('Tab');
     const { what, outlined, left } = await page.evaluate(() => {
       const focused = document.activeElement;
-      const shower = focused.type === 'radio' || focused.type === 'checkbox' ? focused.nextSibling : focused;
+      const shower =
+        focused.type === 'radio' || focused.type === 'checkbox' ? focused.nextSibling : focused;
       return {
         what: focused.id || focused.value || focused.innerText,
         outlined: getComputedStyle(shower).outlineStyle !== 'none',
@@ -240,7 +315,8 @@ test('the keyboard reaches everything and shows where it is', async () => {
     reached.push(what);
   }
   assert.deepEqual(reached.slice(0, 3), ['view', 'material', 'orbit']);
-  for (const id of ['undrawn', 'planes', 'frame-all', 'system', 'Texture']) assert.ok(reached.includes(id), id);
+  for (const id of ['undrawn', 'planes', 'frame-all', 'system', 'Texture'])
+    assert.ok(reached.includes(id), id);
   await page.focus('#sets tbody button');
   await page.keyboard.press('Enter');
   assert.equal((await record(page)).Set, '0');
@@ -249,7 +325,10 @@ test('the keyboard reaches everything and shows where it is', async () => {
 });
 
 test('models with little or nothing to see are shown without errors', async () => {
-  const odd = { materials: [{ name: 'M' }], root: { name: 'R', children: [wall(0, { material: 0 })] } };
+  const odd = {
+    materials: [{ name: 'M' }],
+    root: { name: 'R', children: [wall(0, { material: 0 })] },
+  };
   odd.root.children[0].mesh.vertices[2] = [123.25, 0, 8];
   const far = structuredClone(odd);
   far.root.children.push(wall(3e37, {}));
@@ -258,13 +337,20 @@ test('models with little or nothing to see are shown without errors', async () =
     makePage('empty.qob', { root: { name: 'R' } }),
     makePage('drawn.kob', odd),
     makePage('far.kob', far),
-    makePage('hull.kob', { root: { name: 'R', children: [wall(0, { userProperties: 'notrendered' })] } }),
+    makePage('hull.kob', {
+      root: { name: 'R', children: [wall(0, { userProperties: 'notrendered' })] },
+    }),
   ];
-  for (const [file, bits] of [['nan', 0x7fc00000], ['infinite', 0xff800000], ['huge', 0x7f7fffff]]) {
+  for (const [file, bits] of [
+    ['nan', 0x7fc00000],
+    ['infinite', 0xff800000],
+    ['huge', 0x7f7fffff],
+  ]) {
     const bytes = readFileSync(path('drawn.kob'));
     const number = Buffer.alloc(4);
     number.writeFloatLE(123.25);
-    for (let at = bytes.indexOf(number); at >= 0; at = bytes.indexOf(number)) bytes.writeUInt32LE(bits, at);
+    for (let at = bytes.indexOf(number); at >= 0; at = bytes.indexOf(number))
+      bytes.writeUInt32LE(bits, at);
     writeFileSync(path(`${file}.kob`), bytes);
     runWell('view', `${file}.kob`);
     pages.push(path(`${file}.kob.html`));
@@ -288,10 +374,17 @@ test('the command ends as inspect does and replaces no model', () => {
   assert.deepEqual(readFileSync(path('walls.kob')), bytes);
 
   const side = 257; // squared more than indices can tell
-  const vertices = Array.from({ length: side * side }, (_, i) => [i % side, Math.floor(i / side), 0]);
+  const vertices = Array.from({ length: side * side }, (_, i) => [
+    i % side,
+    Math.floor(i / side),
+    0,
+  ]);
   const faces = vertices.slice(0, -side - 1).map((_, i) => [i, i + 1, i + side + 1, 2]);
   const root = { name: 'R', children: [{ name: 'Field', mesh: { vertices, faces } }] };
-  writeFileSync(path('long.scene.json'), JSON.stringify({ format: 'mapexport-scene', version: 1, root }));
+  writeFileSync(
+    path('long.scene.json'),
+    JSON.stringify({ format: 'mapexport-scene', version: 1, root }),
+  );
   run('export', 'long.scene.json', 'long.kob', '--fresh', '--no-weld', '--no-clean');
   const long = run('view', 'long.kob', '-o', 'long.html');
   assert.deepEqual([long.status, long.stdout], [4, 'wrote long.html\n']);

@@ -15,13 +15,20 @@ export class CameraRig {
 
   /** Where the camera looks. */
   forward() {
-    return new Vector3(-Math.sin(this.#yaw) * Math.cos(this.#pitch), Math.sin(this.#pitch),
-      -Math.cos(this.#yaw) * Math.cos(this.#pitch));
+    return new Vector3(
+      -Math.sin(this.#yaw) * Math.cos(this.#pitch),
+      Math.sin(this.#pitch),
+      -Math.cos(this.#yaw) * Math.cos(this.#pitch),
+    );
   }
 
-  #right() { return new Vector3(Math.cos(this.#yaw), 0, -Math.sin(this.#yaw)); }
+  #right() {
+    return new Vector3(Math.cos(this.#yaw), 0, -Math.sin(this.#yaw));
+  }
 
-  #pivot() { return this.#position.clone().addScaledVector(this.forward(), this.#distance); }
+  #pivot() {
+    return this.#position.clone().addScaledVector(this.forward(), this.#distance);
+  }
 
   #placeAround(pivot) {
     this.#position.copy(pivot).addScaledVector(this.forward(), -this.#distance);
@@ -82,17 +89,22 @@ export class CameraRig {
     const up = right.clone().cross(forward);
     const tanUp = Math.tan((this.camera.fov * Math.PI) / 360);
     const tanRight = tanUp * this.camera.aspect;
-    const arms = Array.from({ length: 8 }, (_, corner) => new Vector3(
-      corner & 1 ? box.max.x : box.min.x, corner & 2 ? box.max.y : box.min.y,
-      corner & 4 ? box.max.z : box.min.z).sub(centre));
-    // A corner at (r, u, f) is in the picture of a camera at (a, b, -d) when |r - a| <= (f + d) tan,
-    // and the same for u: the least d for which there are such a and b.
+    const arms = Array.from({ length: 8 }, (_, corner) =>
+      new Vector3(
+        corner & 1 ? box.max.x : box.min.x,
+        corner & 2 ? box.max.y : box.min.y,
+        corner & 4 ? box.max.z : box.min.z,
+      ).sub(centre),
+    );
+    // A corner at (r, u, f) is in the picture of a camera at (a, b, -d) when |r - a| <= (f + d) tan
+    // and the same holds for u and b: the least d for which there are such a and b.
     const leastDistance = (axis, tan) => {
       const most = Math.max(...arms.map((arm) => arm.dot(axis) - tan * arm.dot(forward)));
       const least = Math.min(...arms.map((arm) => arm.dot(axis) + tan * arm.dot(forward)));
       return (most - least) / (2 * tan);
     };
-    this.#distance = 1.06 * Math.max(10 * kNearest, leastDistance(right, tanRight), leastDistance(up, tanUp));
+    this.#distance =
+      1.06 * Math.max(10 * kNearest, leastDistance(right, tanRight), leastDistance(up, tanUp));
     // What is left over is shared evenly between both sides of the picture.
     const middle = (axis) => {
       let at = 0;
@@ -116,8 +128,11 @@ export class CameraRig {
   update(aspect, sphere) {
     const away = this.#position.distanceTo(sphere.center);
     this.camera.aspect = aspect;
-    this.camera.near = Math.max(0.01, Math.min(this.#distance * 0.1, kSize * 0.0005),
-      (away - 1.1 * sphere.radius) * 0.9);
+    this.camera.near = Math.max(
+      0.01,
+      Math.min(this.#distance * 0.1, kSize * 0.0005),
+      (away - 1.1 * sphere.radius) * 0.9,
+    );
     this.camera.far = away + 20 * sphere.radius + kSize;
     this.camera.position.copy(this.#position);
     this.camera.rotation.set(this.#pitch, this.#yaw, 0, 'YXZ');

@@ -15,12 +15,15 @@ const kNone = [150, 152, 156];
 /** The colour of thing `index` among many: hues a golden angle apart, so that neighbours differ. */
 export function distinct(index) {
   if (index < 0) return kNone;
-  return fromHsl((index * 137.508 + 205) % 360, [0.62, 0.45, 0.72][index % 3],
-    [0.58, 0.7, 0.46][Math.floor(index / 2) % 3]);
+  return fromHsl(
+    (index * 137.508 + 205) % 360,
+    [0.62, 0.45, 0.72][index % 3],
+    [0.58, 0.7, 0.46][Math.floor(index / 2) % 3],
+  );
 }
 
-const toByte = (channel) => (
-  Number.isFinite(channel) ? Math.round(255 * Math.min(1, Math.max(0, channel))) : 0);
+const toByte = (channel) =>
+  Number.isFinite(channel) ? Math.round(255 * Math.min(1, Math.max(0, channel))) : 0;
 export const diffuseOf = (material) => material.diffuse.slice(0, 3).map(toByte);
 
 /** The sets' different flags, each with a colour: sets without any are grey. */
@@ -48,7 +51,11 @@ export function colouringsOf(model) {
     { id: 'batch', name: 'Batches', hint: 'a colour each' },
   ];
   if (model.hasFaceTable) list.push({ id: 'flags', name: 'Surface flags', hint: 'a colour each' });
-  list.push({ id: 'uv', name: 'Texture coordinates', hint: 'a checkered texture, a tile per unit' });
+  list.push({
+    id: 'uv',
+    name: 'Texture coordinates',
+    hint: 'a checkered texture, a tile per unit',
+  });
   return list;
 }
 
@@ -64,7 +71,7 @@ export function firstColouring(model) {
   return Math.max(0, ...painted.values()) > all / 2 ? 'material' : 'diffuse';
 }
 
-/** The colour of a whole batch or set in a colouring; null where faces or corners have their own. */
+/** The colour that a colouring gives to a whole thing; null where its parts have their own. */
 export function swatchOf(model, colouring, kind, thing) {
   if (kind === 'material') {
     if (colouring === 'diffuse') return thing.diffuse ? diffuseOf(thing) : null;
@@ -93,7 +100,9 @@ export function colourCorners(model, faces, corners, colouring) {
     const whole = colouring === 'flags' ? (set ? ofFlags.get(set.flags) : kNone) : ofBatch[batch];
     const own = 4 * corners.corner[i];
     for (let channel = 0; channel < 3; ++channel) {
-      colours[4 * i + channel] = whole ? whole[channel] : model.batches[batch].colours[own + channel];
+      colours[4 * i + channel] = whole
+        ? whole[channel]
+        : model.batches[batch].colours[own + channel];
     }
   }
   return colours;

@@ -28,7 +28,12 @@ const kMovement = [
 function chips(parent, type, group, entries, changed) {
   const inputs = new Map();
   for (const { id, name, key, hint } of entries) {
-    const input = element('input', { type, name: group, value: id, onchange: () => changed(id, input.checked) });
+    const input = element('input', {
+      type,
+      name: group,
+      value: id,
+      onchange: () => changed(id, input.checked),
+    });
     const title = `${hint ? `${hint}; ` : ''}key ${key.toUpperCase()} in the view`;
     parent.append(element('label', { className: 'chip', title }, input, element('span', {}, name)));
     inputs.set(id, input);
@@ -37,9 +42,10 @@ function chips(parent, type, group, entries, changed) {
 }
 
 /**
- * Makes the controls of `model`; `hasCollision` when it has faces that only collide. `calls` are told of changes: colouring(id), mode(id), part(id, on),
- * system(index), frameAll(), goToChosen(), clear(). The object that comes back sets the same things
- * as a person would, and knows the keys.
+ * Makes the controls of `model`; `hasCollision` when it has faces that only collide. `calls`
+ * are told of changes: colouring(id), mode(id), part(id, on), system(index), frameAll(),
+ * goToChosen(), clear(). The object that comes back sets the same things as a person would, and
+ * knows the keys.
  */
 export function makeControls(model, hasCollision, colourings, calls) {
   const find = (id) => document.getElementById(id);
@@ -58,7 +64,9 @@ export function makeControls(model, hasCollision, colourings, calls) {
   };
 
   const system = find('system');
-  systemNames.forEach((name, index) => system.append(element('option', { value: String(index) }, name)));
+  systemNames.forEach((name, index) =>
+    system.append(element('option', { value: String(index) }, name)),
+  );
   system.value = String(model.coordinateSystem);
   system.onchange = () => calls.system(Number(system.value));
   find('frame-all').onclick = calls.frameAll;
@@ -66,21 +74,37 @@ export function makeControls(model, hasCollision, colourings, calls) {
   find('clear').onclick = calls.clear;
   find('controls').onsubmit = (event) => event.preventDefault();
 
-  const keys = new Map([['f', calls.frameAll], ['z', calls.goToChosen], ['escape', calls.clear]]);
+  const keys = new Map([
+    ['f', calls.frameAll],
+    ['z', calls.goToChosen],
+    ['escape', calls.clear],
+  ]);
   for (const { id, key } of keyed) keys.set(key, () => set('colouring', id));
   for (const { id, key } of kModes) keys.set(key, () => set('mode', id));
-  for (const { id, key } of parts) keys.set(key, () => set('part', id, !inputs.part.get(id).checked));
+  for (const { id, key } of parts)
+    keys.set(key, () => set('part', id, !inputs.part.get(id).checked));
 
-  const rows = [...kMovement, ['F', 'show the whole level'], ['Z', 'go to what is chosen'],
+  const rows = [
+    ...kMovement,
+    ['F', 'show the whole level'],
+    ['Z', 'go to what is chosen'],
     ['Escape', 'clear the choice'],
     ...keyed.map(({ key, name }) => [key, `colour by: ${name.toLowerCase()}`]),
-    ...[...kModes, ...parts].map(({ key, name, hint }) => (
-      [key.toUpperCase(), `${name.toLowerCase()}${hint ? `: ${hint}` : ''}`]))];
+    ...[...kModes, ...parts].map(({ key, name, hint }) => [
+      key.toUpperCase(),
+      `${name.toLowerCase()}${hint ? `: ${hint}` : ''}`,
+    ]),
+  ];
   for (const [key, what] of rows) {
     find('keys').append(element('dt', {}, element('kbd', {}, key)), element('dd', {}, what));
   }
-  find('keys').before(element('p', { className: 'faint' },
-    'Keys work while the picture has the focus: click it, or press Tab until its frame shows.'));
+  find('keys').before(
+    element(
+      'p',
+      { className: 'faint' },
+      'Keys work while the picture has the focus: click it, or press Tab until its frame shows.',
+    ),
+  );
 
   return {
     set,

@@ -1,6 +1,6 @@
 // Turns the file's coordinates upright: y up, right-handed, as the scene stood before the export.
 
-// Of the four coordinate systems of an export: where the page's x, y and z come from, and their signs.
+// Of the four coordinate systems of an export: where the page's x, y and z come from, with signs.
 const kSystems = [
   { name: 'Left-handed', axes: [2, 1, 0], signs: [-1, 1, -1], normalSign: 1 },
   { name: 'Right-handed', axes: [1, 2, 0], signs: [1, 1, 1], normalSign: -1 },
@@ -43,7 +43,10 @@ function boxes(lists) {
   const axes = [0, 1, 2];
   return {
     all: { least, most },
-    main: { least: axes.map((axis) => part(axis, 0.02)), most: axes.map((axis) => part(axis, 0.98)) },
+    main: {
+      least: axes.map((axis) => part(axis, 0.02)),
+      most: axes.map((axis) => part(axis, 0.98)),
+    },
   };
 }
 
@@ -56,7 +59,8 @@ const extent = (box) => Math.max(...box.most.map((value, axis) => value - box.le
  */
 export function frameOf(model) {
   const { all, main } = boxes(model.groups.flatMap((group) => [group.vertices, group.points]));
-  if (!(all.least[0] <= all.most[0])) return { centre: [0, 0, 0], scale: 1, size: 0, outliers: false };
+  if (!(all.least[0] <= all.most[0]))
+    return { centre: [0, 0, 0], scale: 1, size: 0, outliers: false };
   const outliers = extent(main) > 0 && extent(all) > 200 * extent(main);
   const box = outliers ? main : all;
   const size = extent(box);
@@ -71,7 +75,7 @@ export function frameOf(model) {
 /** Points further out than this, in the page's units, are not shown. */
 export const kFarthest = 1e6;
 
-/** Puts point `index` of `list` at `at` of `target`, in the page's units; NaN when it can't be shown. */
+/** Puts point `index` of `list`, in the page's units, at `at` of `target`; NaN if not shown. */
 export function placePoint(system, frame, list, index, target, at) {
   for (let axis = 0; axis < 3; ++axis) {
     const from = system.axes[axis];

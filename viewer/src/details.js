@@ -32,22 +32,36 @@ function faceDetails(model, faces, { faceKind, entry }, choose) {
     ['Face', batch ? `${own.face[entry]} of batch ${batch.label}` : 'not drawn, collision only'],
     ['Place', own.table[entry] >= 0 ? `${own.table[entry]} of the face table` : null],
     ['Material', material && link(materialName(material), () => choose('material', material))],
-    ['Texture', material && material.id >= 0 && material.textureName !== 'NULL'
-      ? visible(material.textureName) : null],
+    [
+      'Texture',
+      material && material.id >= 0 && material.textureName !== 'NULL'
+        ? visible(material.textureName)
+        : null,
+    ],
     ['Batch', batch && link(batch.label, () => choose('batch', batch))],
-    ['Set', set && link(set.name === 'NONE' ? set.label : `${set.label} ${visible(set.name)}`,
-      () => choose('set', set))],
+    [
+      'Set',
+      set &&
+        link(set.name === 'NONE' ? set.label : `${set.label} ${visible(set.name)}`, () =>
+          choose('set', set),
+        ),
+    ],
     ['Flags', set && flagWords(model, set)],
     ['Normal', point(plane.subarray(0, 3))],
     ['Plane d', rounded(plane[3])],
-    ...vertices.map((index) => [`${batch ? 'Vertex' : 'Point'} ${index}`,
-      point(points.subarray(3 * index, 3 * index + 3))]),
+    ...vertices.map((index) => [
+      `${batch ? 'Vertex' : 'Point'} ${index}`,
+      point(points.subarray(3 * index, 3 * index + 3)),
+    ]),
   ]);
 }
 
 function materialDetails(material) {
   if (material.id < 0) {
-    return list([['Material', 'none'], ['Triangles', countedAs(material.triangles, 'triangle', 'triangles')]]);
+    return list([
+      ['Material', 'none'],
+      ['Triangles', countedAs(material.triangles, 'triangle', 'triangles')],
+    ]);
   }
   return list([
     ['Material', named(material.name)],
@@ -67,8 +81,14 @@ function batchDetails(model, batch, choose) {
   return list([
     ['Batch', batch.label],
     ['Material', link(materialName(material), () => choose('material', material))],
-    ['Holds', `${countedAs(batch.faceCount, 'triangle', 'triangles')}, ${
-      countedAs(batch.cornerCount, 'corner', 'corners')}`],
+    [
+      'Holds',
+      `${countedAs(batch.faceCount, 'triangle', 'triangles')}, ${countedAs(
+        batch.cornerCount,
+        'corner',
+        'corners',
+      )}`,
+    ],
   ]);
 }
 
@@ -81,14 +101,19 @@ function setDetails(model, set) {
   ]);
 }
 
-/** What to show of `choice` ({ kind, ... }, null for none); `choose(kind, thing)` follows its links. */
+/** What to show of `choice`, null for none; `choose(kind, thing)` follows its links. */
 export function detailsOf(model, faces, choice, choose) {
   switch (choice?.kind) {
-    case 'face': return faceDetails(model, faces, choice, choose);
-    case 'material': return materialDetails(choice.thing);
-    case 'batch': return batchDetails(model, choice.thing, choose);
-    case 'set': return setDetails(model, choice.thing);
-    default: return element('p', {}, 'Click a face in the picture, or a row of a table.');
+    case 'face':
+      return faceDetails(model, faces, choice, choose);
+    case 'material':
+      return materialDetails(choice.thing);
+    case 'batch':
+      return batchDetails(model, choice.thing, choose);
+    case 'set':
+      return setDetails(model, choice.thing);
+    default:
+      return element('p', {}, 'Click a face in the picture, or a row of a table.');
   }
 }
 
@@ -99,17 +124,21 @@ export function lineOf(model, faces, choice) {
       const own = faces[choice.faceKind];
       const batch = model.batches[own.batch[choice.entry]];
       const set = model.sets[own.set[choice.entry]];
+      const material = batch && materialName(model.materials[batch.material]);
       const start = batch
-        ? `Face ${own.face[choice.entry]} of batch ${batch.label}, ${materialName(model.materials[batch.material])}`
+        ? `Face ${own.face[choice.entry]} of batch ${batch.label}, ${material}`
         : `Collision face ${own.table[choice.entry]}`;
       return set && set.flags ? `${start}; ${flagWords(model, set)}` : start;
     }
-    case 'material': return `Material: ${materialName(choice.thing)}`;
-    case 'batch': return `Batch ${choice.thing.label}`;
+    case 'material':
+      return `Material: ${materialName(choice.thing)}`;
+    case 'batch':
+      return `Batch ${choice.thing.label}`;
     case 'set': {
       const name = choice.thing.name === 'NONE' ? '' : ` ${visible(choice.thing.name)}`;
       return `Surface set ${choice.thing.label}${name}: ${flagWords(model, choice.thing)}`;
     }
-    default: return '';
+    default:
+      return '';
   }
 }

@@ -1,6 +1,6 @@
 // Where the triangles of a model are in the file: what is drawn and what only collides.
 
-/** For each table face of a group that is drawn, under its batch and place there: the table's index. */
+/** For each drawn face of a group, under its batch and place there: its index in the face table. */
 function tableOfDrawn(group) {
   const { faceCount, shorts, words } = group.faces;
   const table = group.batches.map((batch) => new Int32Array(batch.faceCount).fill(-1));
@@ -17,9 +17,9 @@ function tableOfDrawn(group) {
 
 /**
  * Where the drawn and undrawn faces of the model are, apart from their coordinates: parallel arrays
- * with an entry a face. `batch` and `set` are indices into the model's flat lists, -1 for none; `face`
- * is the place in the batch, for an undrawn face the place among the group's planes; `table` the
- * place in the group's face table, -1 without one.
+ * with an entry a face. `batch` and `set` are indices into the model's flat lists, -1 for none;
+ * `face` is the place in the batch, for an undrawn face the place among the group's planes; `table`
+ * the place in the group's face table, -1 without one.
  */
 export function listFaces(model) {
   const count = (lists) => lists.reduce((sum, list) => sum + list, 0);
@@ -69,7 +69,9 @@ export function listFaces(model) {
 export function cornersOf(model, kind, faces, entry) {
   if (kind === 'undrawn') {
     const { shorts } = model.groups[faces.group[entry]].faces;
-    return { vertices: Array.from(shorts.subarray(8 * faces.table[entry], 8 * faces.table[entry] + 3)) };
+    return {
+      vertices: Array.from(shorts.subarray(8 * faces.table[entry], 8 * faces.table[entry] + 3)),
+    };
   }
   const { indices } = model.batches[faces.batch[entry]];
   const at = 6 * faces.face[entry];
@@ -81,8 +83,8 @@ export function cornersOf(model, kind, faces, entry) {
 
 /** The plane of a face as the file has it: normal and d. */
 export function planeOf(model, kind, faces, entry) {
-  const { planes } = kind === 'undrawn'
-    ? model.groups[faces.group[entry]] : model.batches[faces.batch[entry]];
+  const { planes } =
+    kind === 'undrawn' ? model.groups[faces.group[entry]] : model.batches[faces.batch[entry]];
   return planes.subarray(4 * faces.face[entry], 4 * faces.face[entry] + 4);
 }
 

@@ -6,22 +6,45 @@ import { counted, element } from './text.js';
  * that is too long.
  */
 export function limitsOf(model) {
-  const limit = (name, things, count, trouble) => (
-    { name, count: things.reduce((most, thing) => Math.max(most, count(thing)), 0), trouble });
+  const limit = (name, things, count, trouble) => ({
+    name,
+    count: things.reduce((most, thing) => Math.max(most, count(thing)), 0),
+    trouble,
+  });
   const limits = [
-    limit('Vertices', model.groups, (group) => group.vertices.length / 3,
-      'triangles with later vertices are torn, as the file has them'),
-    limit('Corners of the largest batch', model.batches, (batch) => batch.cornerCount,
-      'later corners have the normals, colours and texture coordinates of others'),
+    limit(
+      'Vertices',
+      model.groups,
+      (group) => group.vertices.length / 3,
+      'triangles with later vertices are torn, as the file has them',
+    ),
+    limit(
+      'Corners of the largest batch',
+      model.batches,
+      (batch) => batch.cornerCount,
+      'later corners have the normals, colours and texture coordinates of others',
+    ),
   ];
   if (!model.hasFaceTable) return limits;
   return limits.concat([
-    limit('Faces of the largest batch', model.batches, (batch) => batch.faceCount,
-      'which row of the face table means which of its faces is a guess'),
-    limit('Collision points', model.groups, (group) => group.points.length / 3,
-      'collision faces with later points are torn, as the file has them'),
-    limit('Faces', model.groups, (group) => group.faces.faceCount,
-      'the lists of the surface sets can\'t tell later faces; the page goes by the face table'),
+    limit(
+      'Faces of the largest batch',
+      model.batches,
+      (batch) => batch.faceCount,
+      'which row of the face table means which of its faces is a guess',
+    ),
+    limit(
+      'Collision points',
+      model.groups,
+      (group) => group.points.length / 3,
+      'collision faces with later points are torn, as the file has them',
+    ),
+    limit(
+      'Faces',
+      model.groups,
+      (group) => group.faces.faceCount,
+      "the lists of the surface sets can't tell later faces; the page goes by the face table",
+    ),
   ]);
 }
 
@@ -36,16 +59,32 @@ export function limitBars(model) {
     const share = count / model.indexLimit;
     const over = count > model.indexLimit;
     const value = `${counted(count)} of ${counted(model.indexLimit)} (${percentage(share)})${
-      over ? `, ${counted(count - model.indexLimit)} too many` : ''}`;
+      over ? `, ${counted(count - model.indexLimit)} too many` : ''
+    }`;
     const fill = element('div', { className: 'fill' });
     fill.style.width = `${100 * Math.min(1, share)}%`;
-    return element('div', { className: `limit${over ? ' over' : share > 0.9 ? ' near' : ''}` },
-      element('div', { className: 'text' }, element('span', {}, name),
-        element('span', { className: 'value' }, value)),
-      element('div', {
-        className: 'track', role: 'meter', 'aria-label': name, 'aria-valuemin': '0',
-        'aria-valuemax': String(model.indexLimit), 'aria-valuenow': String(Math.min(count, model.indexLimit)),
-        'aria-valuetext': value,
-      }, fill));
+    return element(
+      'div',
+      { className: `limit${over ? ' over' : share > 0.9 ? ' near' : ''}` },
+      element(
+        'div',
+        { className: 'text' },
+        element('span', {}, name),
+        element('span', { className: 'value' }, value),
+      ),
+      element(
+        'div',
+        {
+          className: 'track',
+          role: 'meter',
+          'aria-label': name,
+          'aria-valuemin': '0',
+          'aria-valuemax': String(model.indexLimit),
+          'aria-valuenow': String(Math.min(count, model.indexLimit)),
+          'aria-valuetext': value,
+        },
+        fill,
+      ),
+    );
   });
 }

@@ -4,7 +4,8 @@
 /** The choice that `hash` asks for; null when it asks for none that the model has. */
 export function choiceOfHash(hash, model, materials, faces) {
   const asked = new URLSearchParams(hash.replace(/^#/, ''));
-  const number = (name) => (/^-?\d{1,9}$/.test(asked.get(name) ?? '') ? Number(asked.get(name)) : null);
+  const number = (name) =>
+    /^-?\d{1,9}$/.test(asked.get(name) ?? '') ? Number(asked.get(name)) : null;
   const find = (kind, list) => {
     const thing = list.find((entry) => entry.id === number(kind));
     return thing ? { kind, thing } : null;

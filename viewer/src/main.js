@@ -13,6 +13,7 @@ import { Navigation } from './navigation.js';
 import { pick } from './pick.js';
 import { decodeBase64, readModel } from './readModel.js';
 import { LevelScene } from './scene.js';
+import { boxOf, middleOf, normalOf } from './shapes.js';
 import { makeTables, materialsOf } from './tables.js';
 import { counted, countedAs, element, visible } from './text.js';
 
@@ -43,19 +44,29 @@ function showHeader() {
     countedAs(faces.drawn.count, 'triangle', 'triangles'),
     countedAs(model.batches.length, 'batch', 'batches'),
     countedAs(model.materials.length, 'material', 'materials'),
-    ...(model.hasFaceTable ? [countedAs(faces.undrawn.count, 'collision-only face', 'collision-only faces')] : []),
+    ...(model.hasFaceTable
+      ? [countedAs(faces.undrawn.count, 'collision-only face', 'collision-only faces')]
+      : []),
     ...(model.groups.length === 1 ? [] : [countedAs(model.groups.length, 'group', 'groups')]),
   ].join(' · ');
 }
 
 function showWarnings(hidden) {
-  const lines = limitsOf(model).filter(({ count }) => count > model.indexLimit).map(({ name, count, trouble }) => (
-    `${name}: ${counted(count)} are more than the ${counted(model.indexLimit)} that the file's 16-bit indices `
-    + `can address: ${trouble}.`));
+  const lines = limitsOf(model)
+    .filter(({ count }) => count > model.indexLimit)
+    .map(
+      ({ name, count, trouble }) =>
+        `${name}: ${counted(count)} are more than the ${counted(model.indexLimit)} that the ` +
+        `file's 16-bit indices can address: ${trouble}.`,
+    );
   if (hidden > 0) {
-    lines.push(`${countedAs(hidden, 'face is', 'faces are')} not shown: positions are not finite numbers, or lie too far off.`);
+    lines.push(
+      `${countedAs(hidden, 'face is', 'faces are')} not shown: ` +
+        'positions are not finite numbers, or lie too far off.',
+    );
   }
-  if (frame.outliers) lines.push('A few points lie far away from all others; the view shows where most are.');
+  if (frame.outliers)
+    lines.push('A few points lie far away from all others; the view shows where most are.');
   find('warnings').replaceChildren(...lines.map((line) => element('li', {}, line)));
   find('warnings').hidden = lines.length === 0;
 }
@@ -78,8 +89,12 @@ function entriesOf(choice) {
       undrawn: where(undrawn, (entry) => undrawn.set[entry] === id),
     };
   }
-  if (choice.kind === 'batch') return { ...none, drawn: where(drawn, (entry) => drawn.batch[entry] === id) };
-  return { ...none, drawn: where(drawn, (entry) => model.batches[drawn.batch[entry]].material === id) };
+  if (choice.kind === 'batch')
+    return { ...none, drawn: where(drawn, (entry) => drawn.batch[entry] === id) };
+  return {
+    ...none,
+    drawn: where(drawn, (entry) => model.batches[drawn.batch[entry]].material === id),
+  };
 }
 
 const rig = new CameraRig();
@@ -111,12 +126,18 @@ function choose(choice) {
   for (const [kind, table] of Object.entries(tables)) {
     table.mark(now?.kind === kind ? now.thing.id : null, ofFace[kind]);
   }
-  find('chosen').replaceChildren(detailsOf(model, faces, now, (kind, thing) => choose({ kind, thing })));
+  find('chosen').replaceChildren(
+    detailsOf(model, faces, now, (kind, thing) => choose({ kind, thing })),
+  );
   find('status').textContent = lineOf(model, faces, now);
   controls.enableChosen(Boolean(now));
   showChosen();
   // A page out of some archives has an address that can't be changed.
-  try { history.replaceState(null, '', hashOf(now, faces) || location.pathname + location.search); } catch { /* so be it */ }
+  try {
+    history.replaceState(null, '', hashOf(now, faces) || location.pathname + location.search);
+  } catch {
+    /* so be it */
+  }
 }
 
 function showChosen() {
@@ -127,14 +148,16 @@ function showChosen() {
 function goToChosen() {
   if (!scene || !state.choice) return;
   const entries = entriesOf(state.choice);
-  const box = scene.boxOf('drawn', entries.drawn).union(scene.boxOf('undrawn', entries.undrawn));
+  const box = boxOf(scene.meshes.drawn, entries.drawn).union(
+    boxOf(scene.meshes.undrawn, entries.undrawn),
+  );
   if (box.isEmpty()) return;
   let direction = null;
   if (state.choice.kind === 'face') {
     const { faceKind, entry } = state.choice;
-    const normal = scene.normalOf(faceKind, entry);
+    const normal = normalOf(scene.meshes[faceKind], entry);
     if (normal.lengthSq() > 0.5) direction = normal;
-    const middle = scene.middleOf(faceKind, entry);
+    const middle = middleOf(scene.meshes[faceKind], entry);
     const reach = Math.max(0.02, ...box.max.clone().sub(box.min).toArray());
     box.setFromCenterAndSize(middle, new Vector3(reach, reach, reach).multiplyScalar(1.6));
   }
@@ -163,10 +186,14 @@ function standOnFloor() {
   const [origin, direction] = scene.ray(0, 0);
   const hit = pick(scene.meshes.drawn, origin, direction, false);
   if (!hit) return;
-  const normal = scene.normalOf('drawn', hit.entry);
+  const normal = normalOf(scene.meshes.drawn, hit.entry);
   if (normal.y < 0.5) return;
-  rig.stand(new Vector3(...direction).multiplyScalar(hit.distance).add(new Vector3(...origin))
-    .add(new Vector3(0, eyeHeight, 0)));
+  rig.stand(
+    new Vector3(...direction)
+      .multiplyScalar(hit.distance)
+      .add(new Vector3(...origin))
+      .add(new Vector3(0, eyeHeight, 0)),
+  );
   scene.draw();
 }
 
@@ -207,7 +234,10 @@ function frameAll() {
 
 function followScheme() {
   const style = getComputedStyle(document.documentElement);
-  scene?.setBackground(style.getPropertyValue('--sky').trim(), style.getPropertyValue('--edges').trim());
+  scene?.setBackground(
+    style.getPropertyValue('--sky').trim(),
+    style.getPropertyValue('--edges').trim(),
+  );
 }
 
 function begin() {
@@ -216,7 +246,8 @@ function begin() {
   let hidden = 0;
   if (scene) {
     scene.setSystem(state.system);
-    for (const mesh of Object.values(scene.meshes)) hidden += mesh.shown.reduce((sum, is) => sum + 1 - is, 0);
+    for (const mesh of Object.values(scene.meshes))
+      hidden += mesh.shown.reduce((sum, is) => sum + 1 - is, 0);
     const canvas = find('view');
     const stage = find('stage');
     scene.resize(stage.clientWidth, stage.clientHeight);
@@ -243,7 +274,8 @@ function begin() {
   frameAll();
   const follow = () => {
     choose(choiceOfHash(location.hash, model, materials, faces));
-    if (state.choice?.kind === 'face' && state.choice.faceKind === 'undrawn') controls.set('part', 'undrawn');
+    if (state.choice?.kind === 'face' && state.choice.faceKind === 'undrawn')
+      controls.set('part', 'undrawn');
     goToChosen();
   };
   window.addEventListener('hashchange', follow);

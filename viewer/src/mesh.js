@@ -3,10 +3,11 @@ import { coordinateSystem, placePoint } from './coordinates.js';
 import { cornersOf, planeOf, pointsOf } from './faces.js';
 
 /**
- * The corners of `faces` as vertices of a mesh: drawn faces of one batch and surface set share those
- * that have the same position and the same attributes. Parallel arrays, an entry a vertex: `entry` is
- * the first face that has it, `vertex` the index of its position in the file, `corner` that of its
- * attributes. `index` has three vertices a face, turned around: the exporter turned them before.
+ * The corners of `faces` as vertices of a mesh: drawn faces of one batch and surface set share
+ * those that have the same position and the same attributes. Parallel arrays, an entry a vertex:
+ * `entry` is the first face that has it, `vertex` the index of its position in the file, `corner`
+ * that of its attributes. `index` has three vertices a face, turned around: the exporter turned
+ * them before.
  */
 export function shareCorners(model, kind, faces) {
   const index = new Uint32Array(3 * faces.count);
@@ -55,8 +56,8 @@ function placeNormal(system, x, y, z, target, at) {
 }
 
 /**
- * Positions, normals (4 bytes each) and, of drawn faces, texture coordinates of a mesh's `corners` for
- * a coordinate system. `index` has three vertices a face, counter-clockwise seen from the front.
+ * Positions, normals (4 bytes each) and, of drawn faces, texture coordinates of a mesh's `corners`
+ * for a coordinate system. `index` has three vertices a face, counter-clockwise from its front.
  * `shown` has a 1 for every face whose three positions can be shown; the others are left out of it.
  */
 export function placeMesh(model, kind, faces, corners, systemIndex, frame) {
@@ -66,7 +67,14 @@ export function placeMesh(model, kind, faces, corners, systemIndex, frame) {
   const uvs = kind === 'drawn' ? new Float32Array(2 * corners.count) : null;
   for (let i = 0; i < corners.count; ++i) {
     const entry = corners.entry[i];
-    placePoint(system, frame, pointsOf(model, kind, faces, entry), corners.vertex[i], positions, 3 * i);
+    placePoint(
+      system,
+      frame,
+      pointsOf(model, kind, faces, entry),
+      corners.vertex[i],
+      positions,
+      3 * i,
+    );
     let normal = planeOf(model, kind, faces, entry);
     const batch = model.batches[faces.batch[entry]];
     if (batch) {
@@ -82,12 +90,18 @@ export function placeMesh(model, kind, faces, corners, systemIndex, frame) {
   const shown = new Uint8Array(faces.count).fill(1);
   for (let entry = 0; entry < faces.count; ++entry) {
     const three = index.subarray(3 * entry, 3 * entry + 3);
-    if (!three.some((at) => Number.isNaN(positions[3 * at] + positions[3 * at + 1] + positions[3 * at + 2]))) {
+    if (
+      !three.some((at) =>
+        Number.isNaN(positions[3 * at] + positions[3 * at + 1] + positions[3 * at + 2]),
+      )
+    ) {
       continue;
     }
     shown[entry] = 0;
     three.fill(0);
   }
-  positions.forEach((value, i) => { if (Number.isNaN(value)) positions[i] = 0; });
+  positions.forEach((value, i) => {
+    if (Number.isNaN(value)) positions[i] = 0;
+  });
   return { positions, normals, uvs, index, shown };
 }

@@ -8,8 +8,8 @@ const kFirstStep = 0.03; // seconds
 const kClickPixels = 5;
 
 /**
- * Lets `canvas` drive `rig`. `moved` is called after every change of the camera, `clicked(x, y)` with
- * places from -1 to 1, and `keyed(key)` for every other key; it returns whether it knew the key.
+ * Lets `canvas` drive `rig`. `moved` is called after every change of the camera, `clicked(x, y)`
+ * with places from -1 to 1, and `keyed(key)` for every other key; it returns whether it knew it.
  */
 export class Navigation {
   #canvas;
@@ -69,8 +69,10 @@ export class Navigation {
     const known = this.#pointers.delete(event.pointerId);
     if (!known || !whole || this.#travel > kClickPixels || event.button !== 0) return;
     const box = this.#canvas.getBoundingClientRect();
-    this.#calls.clicked(((event.clientX - box.left) / box.width) * 2 - 1,
-      1 - ((event.clientY - box.top) / box.height) * 2);
+    this.#calls.clicked(
+      ((event.clientX - box.left) / box.width) * 2 - 1,
+      1 - ((event.clientY - box.top) / box.height) * 2,
+    );
   }
 
   #wheel(event) {
@@ -80,8 +82,24 @@ export class Navigation {
     this.#calls.moved();
   }
 
-  static #moves = new Set(['ArrowLeft', 'ArrowRight', 'ArrowUp', 'ArrowDown', 'KeyW', 'KeyA', 'KeyS',
-    'KeyD', 'KeyQ', 'KeyE', 'PageUp', 'PageDown', 'Equal', 'Minus', 'NumpadAdd', 'NumpadSubtract']);
+  static #moves = new Set([
+    'ArrowLeft',
+    'ArrowRight',
+    'ArrowUp',
+    'ArrowDown',
+    'KeyW',
+    'KeyA',
+    'KeyS',
+    'KeyD',
+    'KeyQ',
+    'KeyE',
+    'PageUp',
+    'PageDown',
+    'Equal',
+    'Minus',
+    'NumpadAdd',
+    'NumpadSubtract',
+  ]);
 
   #keyDown(event) {
     if (event.ctrlKey || event.metaKey || event.altKey) return;
@@ -121,8 +139,11 @@ export class Navigation {
       this.#rig.turn(sign * x * kKeyTurn * seconds, -sign * y * kKeyTurn * seconds);
     }
     const length = kWalk * this.#speed * seconds;
-    this.#rig.move(length * axis('KeyA', 'KeyD'),
-      length * (axis('KeyQ', 'KeyE') + axis('PageDown', 'PageUp')), length * axis('KeyS', 'KeyW'));
+    this.#rig.move(
+      length * axis('KeyA', 'KeyD'),
+      length * (axis('KeyQ', 'KeyE') + axis('PageDown', 'PageUp')),
+      length * axis('KeyS', 'KeyW'),
+    );
     const nearer = axis('Minus', 'Equal') + axis('NumpadSubtract', 'NumpadAdd');
     if (nearer !== 0) this.#rig.zoom(Math.exp(-1.5 * seconds * nearer));
     this.#calls.moved();

@@ -12,16 +12,28 @@ export function pick(mesh, origin, direction, backs) {
   let best = null;
   for (let entry = 0; entry < shown.length; ++entry) {
     if (!shown[entry]) continue;
-    const i = 3 * index[3 * entry], j = 3 * index[3 * entry + 1], k = 3 * index[3 * entry + 2];
-    const ax = p[j] - p[i], ay = p[j + 1] - p[i + 1], az = p[j + 2] - p[i + 2];
-    const bx = p[k] - p[i], by = p[k + 1] - p[i + 1], bz = p[k + 2] - p[i + 2];
-    const hx = dy * bz - dz * by, hy = dz * bx - dx * bz, hz = dx * by - dy * bx;
+    const i = 3 * index[3 * entry],
+      j = 3 * index[3 * entry + 1],
+      k = 3 * index[3 * entry + 2];
+    const ax = p[j] - p[i],
+      ay = p[j + 1] - p[i + 1],
+      az = p[j + 2] - p[i + 2];
+    const bx = p[k] - p[i],
+      by = p[k + 1] - p[i + 1],
+      bz = p[k + 2] - p[i + 2];
+    const hx = dy * bz - dz * by,
+      hy = dz * bx - dx * bz,
+      hz = dx * by - dy * bx;
     const determinant = ax * hx + ay * hy + az * hz; // above 0: seen from the front
     if (determinant === 0 || (determinant < 0 && !backs)) continue;
-    const sx = ox - p[i], sy = oy - p[i + 1], sz = oz - p[i + 2];
+    const sx = ox - p[i],
+      sy = oy - p[i + 1],
+      sz = oz - p[i + 2];
     const u = (sx * hx + sy * hy + sz * hz) / determinant;
     if (!(u >= 0 && u <= 1)) continue;
-    const qx = sy * az - sz * ay, qy = sz * ax - sx * az, qz = sx * ay - sy * ax;
+    const qx = sy * az - sz * ay,
+      qy = sz * ax - sx * az,
+      qz = sx * ay - sy * ax;
     const v = (dx * qx + dy * qy + dz * qz) / determinant;
     if (!(v >= 0 && u + v <= 1)) continue;
     const distance = (bx * qx + by * qy + bz * qz) / determinant;

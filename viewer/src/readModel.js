@@ -18,9 +18,15 @@ class BlockReader {
     return at;
   }
 
-  u32() { return this.#view.getUint32(this.#take(4), true); }
-  i32() { return this.#view.getInt32(this.#take(4), true); }
-  f32() { return this.#view.getFloat32(this.#take(4), true); }
+  u32() {
+    return this.#view.getUint32(this.#take(4), true);
+  }
+  i32() {
+    return this.#view.getInt32(this.#take(4), true);
+  }
+  f32() {
+    return this.#view.getFloat32(this.#take(4), true);
+  }
 
   text() {
     const size = this.u32();
@@ -28,13 +34,15 @@ class BlockReader {
     return new TextDecoder().decode(this.#bytes.subarray(at, at + size));
   }
 
-  /** A list of `count` numbers of the typed array `Kind`; all browsers' machines are little-endian. */
+  /** A list of `count` numbers in the typed array `Kind`; browsers' machines are little-endian. */
   numbers(Kind, count) {
     const at = this.#take(count * Kind.BYTES_PER_ELEMENT);
     return new Kind(this.#bytes.buffer, this.#bytes.byteOffset + at, count);
   }
 
-  list(readEntry) { return Array.from({ length: this.u32() }, (_, index) => readEntry(index)); }
+  list(readEntry) {
+    return Array.from({ length: this.u32() }, (_, index) => readEntry(index));
+  }
 }
 
 function readMaterial(reader, index) {
@@ -96,20 +104,28 @@ function readGroup(reader, hasFaceTable) {
   group.points = reader.numbers(Float32Array, 3 * reader.u32());
   group.planes = reader.numbers(Float32Array, 4 * reader.u32());
   group.faces = readFaceTable(reader);
-  group.sets = reader.list(() => (
-    { name: reader.text(), flags: reader.u32(), faceCount: reader.u32() }));
+  group.sets = reader.list(() => ({
+    name: reader.text(),
+    flags: reader.u32(),
+    faceCount: reader.u32(),
+  }));
   return group;
 }
 
-/** Batches or sets of all groups in one list: `id` is the place in it, `index` that in the group. */
+/** Batches or sets of all groups in one list: `id` is the place in it, `index` in the group. */
 function flatten(groups, member) {
-  const list = groups.flatMap((group, groupIndex) => group[member].map((entry, index) => (
-    Object.assign(entry, {
-      group: groupIndex,
-      index,
-      label: groups.length > 1 ? `${groupIndex}/${index}` : `${index}`,
-    }))));
-  list.forEach((entry, id) => { entry.id = id; });
+  const list = groups.flatMap((group, groupIndex) =>
+    group[member].map((entry, index) =>
+      Object.assign(entry, {
+        group: groupIndex,
+        index,
+        label: groups.length > 1 ? `${groupIndex}/${index}` : `${index}`,
+      }),
+    ),
+  );
+  list.forEach((entry, id) => {
+    entry.id = id;
+  });
   return list;
 }
 

@@ -4,9 +4,10 @@ import { counted, element, swatch } from './text.js';
 const kFirstRows = 150;
 
 /**
- * `columns`: { title, number, label, cell(thing), key(thing) }. Those of a count (`number`) or a short
- * `label` are narrow; `cell` gives a text or element, `key` what the rows are sorted by. The first
- * column's cell becomes the button that chooses the row.
+ * `columns`: { title, number, label, words, cell(thing), key(thing) }. Those of a count (`number`)
+ * or a short `label` are narrow, those of `words` break between them only; `cell` gives a text or
+ * element, `key` what the rows are sorted by. The first column's cell becomes the button that
+ * chooses the row.
  */
 export class ThingTable {
   #things;
@@ -29,18 +30,39 @@ export class ThingTable {
     this.#choose = choose;
     this.#order = [...things];
     columns.forEach((column, index) => {
-      const button = element('button', { type: 'button', onclick: () => this.#sortBy(index) }, column.title);
-      this.#head.append(element('th', { scope: 'col', className: column.number ? 'number' : '' }, button));
+      const button = element(
+        'button',
+        { type: 'button', onclick: () => this.#sortBy(index) },
+        column.title,
+      );
+      this.#head.append(
+        element('th', { scope: 'col', className: column.number ? 'number' : '' }, button),
+      );
     });
     this.#more.onclick = () => {
       this.#shown = this.#things.length;
       this.#fill();
     };
-    this.#scroll.append(element('table', {}, element('thead', {}, this.#head), this.#body), this.#more);
-    this.root = element('details', { open: open && things.length > 0, id },
-      element('summary', {}, element('h2', {}, title), ' ',
-        element('span', { className: 'count' }, counted(things.filter((thing) => thing.id >= 0).length))),
-      things.length > 0 ? this.#scroll : element('p', { className: 'faint' }, 'none'));
+    this.#scroll.append(
+      element('table', {}, element('thead', {}, this.#head), this.#body),
+      this.#more,
+    );
+    this.root = element(
+      'details',
+      { open: open && things.length > 0, id },
+      element(
+        'summary',
+        {},
+        element('h2', {}, title),
+        ' ',
+        element(
+          'span',
+          { className: 'count' },
+          counted(things.filter((thing) => thing.id >= 0).length),
+        ),
+      ),
+      things.length > 0 ? this.#scroll : element('p', { className: 'faint' }, 'none'),
+    );
     this.#fill();
   }
 
@@ -65,7 +87,8 @@ export class ThingTable {
     const row = element('tr', { onclick: () => this.#choose(thing) });
     row.dataset.id = thing.id;
     this.#columns.forEach((column, index) => {
-      const cell = element('td', { className: column.number ? 'number' : column.label ? 'label' : '' });
+      const className = ['number', 'label', 'words'].find((name) => column[name]) ?? '';
+      const cell = element('td', { className });
       const content = column.cell(thing);
       if (index === 0) {
         // The row's own handler does the work, so that a click on the button counts once.
@@ -79,7 +102,9 @@ export class ThingTable {
   }
 
   #fill() {
-    this.#rows = new Map(this.#order.slice(0, this.#shown).map((thing) => [thing.id, this.#row(thing)]));
+    this.#rows = new Map(
+      this.#order.slice(0, this.#shown).map((thing) => [thing.id, this.#row(thing)]),
+    );
     this.#body.replaceChildren(...this.#rows.values());
     this.#more.hidden = this.#order.length <= this.#shown;
     this.#more.textContent = `Show all ${counted(this.#order.length)}`;
@@ -88,12 +113,13 @@ export class ThingTable {
 
   #applyMarks() {
     for (const [id, row] of this.#rows) {
-      row.className = id === this.#marks.chosen ? 'chosen' : id === this.#marks.ofFace ? 'of-face' : '';
+      row.className =
+        id === this.#marks.chosen ? 'chosen' : id === this.#marks.ofFace ? 'of-face' : '';
       row.querySelector('button').setAttribute('aria-pressed', String(id === this.#marks.chosen));
     }
   }
 
-  /** Marks the row of a chosen thing, or of the thing that a chosen face belongs to; null for none. */
+  /** Marks the row of a chosen thing or of the one that a chosen face belongs to; null: none. */
   mark(chosen, ofFace) {
     this.#marks = { chosen, ofFace };
     const id = chosen ?? ofFace;

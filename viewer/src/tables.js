@@ -4,76 +4,97 @@ import { ThingTable } from './table.js';
 import { counted, element, visible } from './text.js';
 
 const faint = (text) => element('span', { className: 'faint' }, text);
-const number = (title, of) => ({ title, number: true, cell: (thing) => counted(of(thing)), key: of });
+const number = (title, of) => ({
+  title,
+  number: true,
+  cell: (thing) => counted(of(thing)),
+  key: of,
+});
 
-/** The materials, and one more of id -1 when some batch has none. `triangles` counts the drawn ones. */
+/** The materials, and one more of id -1 when some batch has none; `triangles` counts drawn ones. */
 export function materialsOf(model) {
   const triangles = new Map();
   for (const batch of model.batches) {
     triangles.set(batch.material, (triangles.get(batch.material) ?? 0) + batch.faceCount);
   }
-  const materials = model.materials.map(
-    (material) => Object.assign(material, { triangles: triangles.get(material.id) ?? 0 }));
+  const materials = model.materials.map((material) =>
+    Object.assign(material, { triangles: triangles.get(material.id) ?? 0 }),
+  );
   if (triangles.has(-1)) materials.push({ id: -1, label: '–', triangles: triangles.get(-1) });
   return materials;
 }
 
-export const materialName = (material) => (
-  material?.id >= 0 ? visible(material.name) || '(no name)' : 'no material');
+export const materialName = (material) =>
+  material?.id >= 0 ? visible(material.name) || '(no name)' : 'no material';
 
 function materialTable(materials, choose) {
-  return new ThingTable({
-    id: 'materials',
-    title: 'Materials',
-    things: materials,
-    open: true,
-    columns: [
-      { title: 'Material', cell: materialName, key: (material) => materialName(material).toLowerCase() },
-      {
-        title: 'Texture',
-        cell: (material) => (material.textureName === 'NULL' || material.id < 0
-          ? faint('none') : visible(material.textureName)),
-        key: (material) => material.textureName ?? '',
-      },
-      number('Triangles', (material) => material.triangles),
-    ],
-  }, choose);
+  return new ThingTable(
+    {
+      id: 'materials',
+      title: 'Materials',
+      things: materials,
+      open: true,
+      columns: [
+        {
+          title: 'Material',
+          cell: materialName,
+          key: (material) => materialName(material).toLowerCase(),
+        },
+        {
+          title: 'Texture',
+          cell: (material) =>
+            material.textureName === 'NULL' || material.id < 0
+              ? faint('none')
+              : visible(material.textureName),
+          key: (material) => material.textureName ?? '',
+        },
+        number('Triangles', (material) => material.triangles),
+      ],
+    },
+    choose,
+  );
 }
 
 function batchTable(model, choose) {
   const name = (batch) => materialName(model.materials[batch.material]);
-  return new ThingTable({
-    id: 'batches',
-    title: 'Batches',
-    things: model.batches,
-    open: true,
-    columns: [
-      { title: 'Batch', label: true, cell: (batch) => batch.label, key: (batch) => batch.id },
-      { title: 'Material', cell: name, key: (batch) => name(batch).toLowerCase() },
-      number('Triangles', (batch) => batch.faceCount),
-      number('Corners', (batch) => batch.cornerCount),
-    ],
-  }, choose);
+  return new ThingTable(
+    {
+      id: 'batches',
+      title: 'Batches',
+      things: model.batches,
+      open: true,
+      columns: [
+        { title: 'Batch', label: true, cell: (batch) => batch.label, key: (batch) => batch.id },
+        { title: 'Material', cell: name, key: (batch) => name(batch).toLowerCase() },
+        number('Triangles', (batch) => batch.faceCount),
+        number('Corners', (batch) => batch.cornerCount),
+      ],
+    },
+    choose,
+  );
 }
 
 function setTable(model, choose) {
   const words = (set) => keywordsOf(model, set.flags).join(', ');
-  return new ThingTable({
-    id: 'sets',
-    title: 'Surface sets',
-    things: model.sets,
-    open: true,
-    columns: [
-      { title: 'Set', label: true, cell: (set) => set.label, key: (set) => set.id },
-      {
-        title: 'Name',
-        cell: (set) => (set.name === 'NONE' ? faint('none') : visible(set.name)),
-        key: (set) => set.name,
-      },
-      { title: 'Flags', cell: (set) => words(set) || faint('none'), key: words },
-      number('Faces', (set) => set.faceCount),
-    ],
-  }, choose);
+  return new ThingTable(
+    {
+      id: 'sets',
+      title: 'Surface sets',
+      things: model.sets,
+      open: true,
+      columns: [
+        { title: 'Set', label: true, cell: (set) => set.label, key: (set) => set.id },
+        {
+          title: 'Name',
+          cell: (set) => (set.name === 'NONE' ? faint('none') : visible(set.name)),
+          key: (set) => set.name,
+        },
+        { title: 'Flags', words: true, cell: (set) => words(set) || faint('none'), key: words },
+        number('Faces', (set) => set.faceCount),
+      ],
+    },
+    choose,
+  );
 }
 
 /** The tables that a model has, by the kind of thing; `choose(kind, thing)` is called for a row. */

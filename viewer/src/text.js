@@ -13,8 +13,10 @@ export function element(tag, properties = {}, ...children) {
 
 /** A name of the file with what can't be seen, or turns the writing direction, as an escape. */
 export function visible(name) {
-  return name.replace(/[\p{Cc}\p{Zl}\p{Zp}\u061c\u200b-\u200f\u202a-\u202e\u2060-\u2069\ufeff]/gu,
-    (character) => `\\u${character.codePointAt(0).toString(16).toUpperCase().padStart(4, '0')}`);
+  return name.replace(
+    /[\p{Cc}\p{Zl}\p{Zp}\u061c\u200b-\u200f\u202a-\u202e\u2060-\u2069\ufeff]/gu,
+    (character) => `\\u${character.codePointAt(0).toString(16).toUpperCase().padStart(4, '0')}`,
+  );
 }
 
 export const named = (name) => element('span', { className: 'name' }, visible(name) || '(no name)');
@@ -24,14 +26,20 @@ export const counted = (count) => count.toLocaleString('en-US');
 export const countedAs = (count, one, many) => `${counted(count)} ${count === 1 ? one : many}`;
 
 /** A 32-bit float in six digits. */
-export const rounded = (number) => (Number.isFinite(number) ? `${Number(number.toPrecision(6))}` : `${number}`);
+export const rounded = (number) =>
+  Number.isFinite(number) ? `${Number(number.toPrecision(6))}` : `${number}`;
 
 export const point = (numbers) => `(${Array.from(numbers, rounded).join(', ')})`;
 
-/** A small field of a colour, [r, g, b]; nothing for none. Drawn, since the page allows no styles. */
+/** A small field of a colour, [r, g, b]; nothing for none. */
 export function swatch(colour) {
   if (!colour) return '';
-  const made = element('canvas', { className: 'swatch', width: 1, height: 1, 'aria-hidden': 'true' });
+  const made = element('canvas', {
+    className: 'swatch',
+    width: 1,
+    height: 1,
+    'aria-hidden': 'true',
+  });
   const context = made.getContext('2d');
   context.fillStyle = `rgb(${colour.join()})`;
   context.fillRect(0, 0, 1, 1);

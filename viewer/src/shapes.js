@@ -1,0 +1,33 @@
+// Sizes and directions of the triangles of a mesh as placeMesh makes it.
+import { Box3, Vector3 } from 'three';
+
+/** The three corners of a face. */
+export function cornersAt({ positions, index }, entry) {
+  return [0, 1, 2].map((k) => new Vector3().fromArray(positions, 3 * index[3 * entry + k]));
+}
+
+/** The box around all faces that can be shown, or some of them. */
+export function boxOf(mesh, entries = null) {
+  const box = new Box3();
+  const point = new Vector3();
+  const count = entries ? entries.length : mesh.shown.length;
+  for (let i = 0; i < count; ++i) {
+    const entry = entries ? entries[i] : i;
+    if (!mesh.shown[entry]) continue;
+    for (let k = 0; k < 3; ++k) {
+      box.expandByPoint(point.fromArray(mesh.positions, 3 * mesh.index[3 * entry + k]));
+    }
+  }
+  return box;
+}
+
+/** The direction that the front of a face looks in; no length for none. */
+export function normalOf(mesh, entry) {
+  const [a, b, c] = cornersAt(mesh, entry);
+  return b.sub(a).cross(c.sub(a)).normalize();
+}
+
+export function middleOf(mesh, entry) {
+  const [a, b, c] = cornersAt(mesh, entry);
+  return a.add(b).add(c).divideScalar(3);
+}
