@@ -102,7 +102,7 @@ let scene = null;
 try {
   scene = new LevelScene(find('view'), model, faces, frame, rig);
 } catch (error) {
-  find('message').textContent = `The picture can't be shown: ${error.message} The tables can.`;
+  find('message').textContent = `The picture can't be shown, only the tables: ${error.message}`;
   find('message').hidden = false;
 }
 
