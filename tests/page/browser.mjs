@@ -48,8 +48,14 @@ export async function openPage(
   return { page, trouble };
 }
 
-/** Waits until what was asked for is drawn. */
+/** Waits until what was asked for is drawn, and as sharp as it gets. */
 export async function settle(page) {
+  await nextPictures(page);
+  await page.waitForSelector('#view:not([aria-busy])');
+  await nextPictures(page);
+}
+
+async function nextPictures(page) {
   await page.evaluate(
     () =>
       new Promise((done) => {

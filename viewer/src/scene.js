@@ -277,12 +277,15 @@ export class LevelScene {
     if (!this.#coarse && this.#slowPictures >= (this.#software ? 1 : 3)) {
       this.#coarse = true;
       this.#setSharpness();
+      this.#renderer.domElement.setAttribute('aria-busy', 'true');
     }
     if (!this.#coarse) return;
     this.#rest = setTimeout(() => {
       this.#coarse = false;
       this.#slowPictures = 0;
+      this.#lastPicture = -Infinity; // the sharp picture is no part of a movement
       this.#setSharpness();
+      this.#renderer.domElement.removeAttribute('aria-busy');
     }, 350);
   }
 
