@@ -11,7 +11,7 @@ ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-test.txt" \
 
 cd -- "$root"
 status=0
-folders=(src tests)
+folders=(src tests include examples)
 [[ ! -d bench ]] || folders+=(bench)
 mapfile -t files < <(
   find "${folders[@]}" -type f \( -name '*.h' -o -name '*.cpp' \) | LC_ALL=C sort

@@ -325,6 +325,41 @@ TEST_P(BothLayouts, EveryCutFileHasOneError) {
   }
 }
 
+/// Sums up all that the engines' reader gives of the bytes; nothing when it refuses them.
+std::optional<std::size_t> EntriesForEngines(const FileBytes& file, ModelLayout layout) {
+  reader::Model opened;
+  if (!opened.Open(file.bytes.data(), file.bytes.size(), layout)) return std::nullopt;
+  std::size_t entries = 0;
+  for (const reader::Group& group : opened.groups) {
+    entries += group.vertices.size();
+    for (const reader::Batch& batch : group.batches) {
+      for (const reader::Triple& corners : batch.cornerIndices) {
+        for (const std::uint16_t corner : corners) entries += batch.normals[corner].z <= 2;
+      }
+    }
+    for (const reader::SurfaceSet& set : group.surfaceSets) {
+      for (const std::uint16_t face : set.faces) entries += group.faces[face].batch >= -1;
+    }
+  }
+  return entries;
+}
+
+std::size_t EntriesOf(const ModelFile& model) {
+  std::size_t entries = 0;
+  for (const ModelGroup& group : model.groups) {
+    entries += group.vertices.size();
+    for (const ModelBatch& batch : group.batches) {
+      for (const ModelBatchFace& face : batch.faces) {
+        for (const std::uint16_t corner : face.corners) {
+          entries += batch.corners.at(corner).normal.z <= 2;
+        }
+      }
+    }
+    for (const ModelSurfaceSet& set : group.surfaceSets) entries += set.faces.size();
+  }
+  return entries;
+}
+
 /// Reads the bytes within a small multiple of their memory. Of a sound file nothing may be lost.
 void CheckReading(const FileBytes& file, ModelLayout layout) {
   const std::size_t before = memoryNow;
@@ -333,8 +368,10 @@ void CheckReading(const FileBytes& file, ModelLayout layout) {
   const std::size_t used = memoryPeak - before;
   constexpr std::size_t kForProblems = 32 * 1024;
   EXPECT_LE(used, 16 * file.bytes.size() + kForProblems);
+  const std::optional<std::size_t> entries = EntriesForEngines(file, layout);
   if (result.Sound()) {
     EXPECT_EQ(FileBuilder::Build(result.model).bytes, file.bytes);
+    EXPECT_EQ(entries, EntriesOf(result.model));
   }
 }
 

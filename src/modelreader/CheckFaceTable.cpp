@@ -4,8 +4,7 @@
 #include <span>
 
 #include <fmt/format.h>
-
-#include "modelreader/ModelFaceFlags.h"
+#include <mapexport/ModelReader.h>
 
 namespace mapexport {
 
@@ -99,7 +98,7 @@ class FaceTableCheck {
       return;
     }
     const std::uint32_t flags = group_.surfaceSets[face.surfaceSet].flags;
-    const bool notRendered = (flags & kNotRenderedFlag) != 0;
+    const bool notRendered = (flags & reader::kNotRendered) != 0;
     if (face.batch == -1 && !notRendered) {
       AddToFace(ModelProblemCode::kUndrawnSet, i, kBatch, "batch", face.surfaceSet,
                 fmt::format("{:#04x}", flags));

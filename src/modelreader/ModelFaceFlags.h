@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include <mapexport/ModelReader.h>
+
 namespace mapexport {
 
 struct ModelFaceFlag {
@@ -11,13 +13,11 @@ struct ModelFaceFlag {
   std::string_view keyword;  ///< as in user properties; in brackets where there is none
 };
 
-inline constexpr std::uint32_t kNotRenderedFlag = 0x04;
-inline constexpr std::uint32_t kAllModelFaceFlags = 0xFF;
-
 inline constexpr ModelFaceFlag kModelFaceFlags[] = {
-    {0x01, "climbable"},       {0x02, "notcollidable"}, {kNotRenderedFlag, "notrendered"},
-    {0x08, "notcollidable3d"}, {0x10, "floorface"},     {0x20, "notshownplan"},
-    {0x40, "45plusfloor"},     {0x80, "(static node)"},
+    {reader::kClimbable, "climbable"},     {reader::kNotCollidable, "notcollidable"},
+    {reader::kNotRendered, "notrendered"}, {reader::kNotCollidable3d, "notcollidable3d"},
+    {reader::kFloorFace, "floorface"},     {reader::kNotShownPlan, "notshownplan"},
+    {reader::k45PlusFloor, "45plusfloor"}, {reader::kStaticNode, "(static node)"},
 };
 
 }  // namespace mapexport

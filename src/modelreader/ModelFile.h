@@ -6,35 +6,17 @@
 #include <string>
 #include <vector>
 
+#include <mapexport/ModelReader.h>
+
 namespace mapexport {
 
-/// The two layouts of a group record. Nothing in a file tells which of them it has.
-enum class ModelLayout {
-  kQob,  ///< group records of type code 3
-  kKob   ///< group records of type code 35, each around one of type code 3
-};
+using ModelLayout = reader::Layout;
+using ModelPoint = reader::Point;
+using ModelPlane = reader::Plane;
+using ModelColour = reader::Colour;
+using ModelFace = reader::Face;
 
-/// Indices into lists stand in the file as 16 bits: of a list with more entries than this, the
-/// index of a later entry is cut to its low 16 bits.
-inline constexpr std::uint64_t kModelIndexLimit = 65536;
-
-struct ModelPoint {
-  float x = 0;
-  float y = 0;
-  float z = 0;
-};
-
-struct ModelPlane {
-  ModelPoint normal;
-  float d = 0;
-};
-
-struct ModelColour {
-  float r = 0;
-  float g = 0;
-  float b = 0;
-  float a = 0;
-};
+inline constexpr std::uint64_t kModelIndexLimit = reader::kIndexLimit;
 
 /// What every record begins with.
 struct ModelHeader {
@@ -74,16 +56,6 @@ struct ModelBatch {
   std::int32_t material = -1;  ///< into the file's materials, -1 for none
   std::vector<ModelBatchFace> faces;
   std::vector<ModelCorner> corners;
-};
-
-/// One triangle of a group's face table.
-struct ModelFace {
-  /// Into the group's vertices for a drawn face, into its collision points for an undrawn one.
-  std::array<std::uint16_t, 3> vertices{};
-  /// Place in the batch's faces for a drawn face, in the group's planes for an undrawn one.
-  std::uint16_t position = 0;
-  std::uint32_t surfaceSet = 0;  ///< into the group's surfaceSets
-  std::int32_t batch = -1;       ///< into the group's batches; -1: the face is not drawn
 };
 
 struct ModelSurfaceSet {

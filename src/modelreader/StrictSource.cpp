@@ -1,0 +1,168 @@
+#include "modelreader/StrictSource.h"
+
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+namespace mapexport {
+
+namespace {
+
+constexpr std::uint64_t kFloatBytes = 4;
+constexpr std::uint32_t kExponentBits = 0x7F800000;  // all set: infinite or NaN
+
+bool IsFinite(const std::byte* bytes) {
+  return (reader::detail::U32At(bytes) & kExponentBits) != kExponentBits;
+}
+
+}  // namespace
+
+void StrictSource::IndicesCut(std::uint64_t offset, const char* field, std::uint32_t count) {
+  problems_.Add(ModelProblemCode::kIndicesCut, offset, At(field), count, reader::kIndexLimit);
+}
+
+std::string_view StrictSource::Shown(reader::Layout layout) {
+  return layout == reader::Layout::kQob ? "qob" : "kob";
+}
+
+std::string StrictSource::Shown(reader::FaceFlag flags) {
+  return fmt::format("{:#x}", std::uint32_t{flags});
+}
+
+float StrictSource::F32(const char* field) {
+  const std::byte* const bytes = Bytes(kFloatBytes, field);
+  const float value = reader::detail::F32At(bytes);
+  if (!IsFinite(bytes)) problems_.AddNotFinite(1, Offset() - kFloatBytes, At(field), value);
+  return value;
+}
+
+void StrictSource::WarnOfNotFinite(const std::byte* data, std::uint64_t entries,
+                                   std::uint64_t floatsEach, const char* field) {
+  const std::uint64_t floats = entries * floatsEach;
+  std::uint64_t notFinite = 0;
+  for (std::uint64_t i = 0; i < floats; ++i) {
+    if (!IsFinite(data + i * kFloatBytes)) ++notFinite;
+  }
+  if (notFinite == 0) return;
+  std::uint64_t first = 0;
+  while (IsFinite(data + first * kFloatBytes)) ++first;
+  const std::byte* const number = data + first * kFloatBytes;
+  problems_.AddNotFinite(notFinite, OffsetOf(number), At(field).At(first / floatsEach),
+                         reader::detail::F32At(number));
+}
+
+void StrictSource::ReadBody(const Place& record, std::uint64_t end, bool cuts,
+                            const std::function<void()>& body) {
+  struct Bounds {
+    std::uint64_t end;
+    const Place* what;
+    bool cuts;
+  };
+  const auto exchange = [this](const Bounds& bounds) {
+    const Bounds old{End(), whatEnds_, endCuts_};
+    SetEnd(bounds.end);
+    whatEnds_ = bounds.what;
+    endCuts_ = bounds.cuts;
+    return old;
+  };
+  const Bounds outer = exchange({end, &record, cuts});
+  try {
+    body();
+  } catch (...) {
+    exchange(outer);
+    throw;
+  }
+  exchange(outer);
+}
+
+void StrictSource::Record(const char* field, const std::function<void()>& header,
+                          const std::function<void()>& body,
+                          const std::function<bool(std::uint64_t offset)>& isNext) {
+  const Place place = field == nullptr ? *place_ : At(field);
+  const Place sizePlace(place, "size");
+  const std::uint64_t sizeOffset = Offset();
+  std::uint32_t size = 0;
+  {
+    const Inside record(*this, place);
+    size = U32("size");
+    header();
+  }
+
+  const std::uint64_t start = Offset();
+  const bool fits = size <= Left();
+  if (!fits && !endCuts_) {
+    problems_.Add(ModelProblemCode::kSizeTooLarge, sizeOffset, sizePlace, size, Left(), WhatEnds());
+  }
+  const std::uint64_t end = fits ? start + size : End();
+  try {
+    ReadBody(place, end, !fits, body);
+  } catch (const Unreadable&) {
+    if (!fits || !isNext(end)) throw;
+    Seek(end);
+    return;
+  }
+
+  if (!fits || Offset() == end) return;
+  problems_.Add(ModelProblemCode::kSizeLeftOver, sizeOffset, sizePlace, size, Offset() - start);
+  if (isNext(Offset())) return;
+  if (!isNext(end)) throw Unreadable{};
+  Seek(end);
+}
+
+ModelProblemCode StrictSource::CodeOf(reader::Fault fault) {
+  using enum ModelProblemCode;
+  switch (fault) {
+    case reader::Fault::kNoStartTag:
+      return kNoStartTag;
+    case reader::Fault::kNoEndTag:
+      return kNoEndTag;
+    case reader::Fault::kAfterEndTag:
+      return kAfterEndTag;
+    case reader::Fault::kChunkId:
+      return kChunkId;
+    case reader::Fault::kChunkName:
+      return kChunkName;
+    case reader::Fault::kCut:
+      return kCut;
+    case reader::Fault::kCountTooLarge:
+      return kCountTooLarge;
+    case reader::Fault::kSizeTooLarge:
+      return kSizeTooLarge;
+    case reader::Fault::kSizeLeftOver:
+      return kSizeLeftOver;
+    case reader::Fault::kTextEmpty:
+      return kTextEmpty;
+    case reader::Fault::kTextNoEnd:
+      return kTextNoEnd;
+    case reader::Fault::kTextNul:
+      return kTextNul;
+    case reader::Fault::kTypeCode:
+      return kTypeCode;
+    case reader::Fault::kVersionText:
+      return kVersionText;
+    case reader::Fault::kVersion:
+      return kVersion;
+    case reader::Fault::kBool:
+      return kBool;
+    case reader::Fault::kOuterName:
+      return kOuterName;
+    case reader::Fault::kOtherLayout:
+      return kOtherLayout;
+    case reader::Fault::kBatchEmpty:
+      return kBatchEmpty;
+    case reader::Fault::kSetFlags:
+      return kSetFlags;
+    case reader::Fault::kMaterialIndex:
+      return kMaterialIndex;
+    case reader::Fault::kVertexIndex:
+      return kVertexIndex;
+    case reader::Fault::kCornerIndex:
+      return kCornerIndex;
+    case reader::Fault::kNone:
+    case reader::Fault::kFaceTable:
+      break;  // never told here: the face table has more exact checks of its own
+  }
+  throw std::logic_error("a fault without a code");
+}
+
+}  // namespace mapexport
