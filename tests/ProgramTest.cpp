@@ -6,6 +6,8 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -131,7 +133,9 @@ TEST_F(ProgramTest, WrongCommandLinesEndWith2) {
   const std::string longPath(300, 'x');
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
       {{}, "command"},
-      {{"convert", "a", "b"}, "\"convert\""},
+      {{"turn", "a", "b"}, "\"turn\""},
+      {{"convert", "a", "b.max"}, ".glb, .gltf, .obj, .ply, .stl"},
+      {{"convert", "a", "b.glb", "--coordinates", "4"}, "0 to 3, left-handed"},
       {{"--bogus"}, "--bogus"},
       {{"export"}, "SCENE"},
       {{"export", "a"}, "OUTPUT"},
@@ -455,6 +459,10 @@ TEST_F(ProgramTest, ListsBeyond16BitIndicesEndWith4) {
   const Outcome inspected = Run({"inspect", "long.qob", "--summary"});
   EXPECT_EQ(inspected.status, 4);
   EXPECT_THAT(inspected.err, HasSubstr("65538"));
+  const Outcome converted = Run({"convert", "long.qob", "long.stl"});
+  EXPECT_EQ(converted.status, 4);
+  EXPECT_EQ(converted.err, inspected.err);
+  EXPECT_TRUE(fs::exists(work_ / "long.stl"));
   EXPECT_THAT(inspected.out, Not(IsEmpty()));
 }
 
@@ -501,7 +509,28 @@ TEST_F(ProgramTest, InspectTellsOfDamage) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, StartsWith("mapexport: error: " + arguments[0] + ": "));
+    line[0] = "convert";
+    line.insert(line.begin() + 2, "a.gltf");
+    const Outcome converted = Run(line);
+    EXPECT_EQ(converted.status, 1);
+    EXPECT_EQ(converted.err, outcome.err);
+    EXPECT_FALSE(fs::exists(work_ / "a.gltf"));
   }
+}
+
+TEST_F(ProgramTest, FilesThatGoTogetherArePlacedTogether) {
+  Write(work_ / "old", "old");
+  std::vector<std::unique_ptr<OutputPlace>> places;
+  for (const char* name : {"old", "new", "blocked"}) {
+    places.push_back(std::make_unique<OutputPlace>(FindOutput(work_ / name), name));
+    places.back()->Fill([](std::ostream& out) { out << "new"; });
+  }
+  fs::create_directory(work_ / "blocked");
+  EXPECT_THROW(OutputPlace::CommitTogether(places), std::runtime_error);
+  EXPECT_EQ(Content(work_ / "old"), "old");
+  EXPECT_FALSE(fs::exists(work_ / "new"));
+  places.clear();
+  EXPECT_THAT(Names(work_), UnorderedElementsAre("old", "blocked"));
 }
 
 TEST_F(ProgramTest, OnlyLeftOversOfEndedExportsGo) {

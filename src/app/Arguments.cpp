@@ -158,6 +158,14 @@ std::optional<ModelLayout> LayoutOf(const CommandLine& line) {
   throw UsageError(fmt::format("--layout: \"{}\" is none of qob, kob", *layout), line.command);
 }
 
+/// The row that an option of rows names, 0 unless it is given.
+int RowOption(const CommandLine& line, std::string_view name) {
+  const std::optional<std::string> value = line.Value(name);
+  if (!value) return 0;
+  return RowNumber(line, *std::ranges::find(line.command->options, name, &OptionInfo::name),
+                   *value);
+}
+
 InspectArguments InspectOf(const CommandLine& line) {
   InspectArguments arguments;
   arguments.file = Positional(line, 0);
@@ -172,11 +180,27 @@ ViewArguments ViewOf(const CommandLine& line) {
   arguments.file = Positional(line, 0);
   arguments.output = PathValue(line, "output");
   arguments.layout = LayoutOf(line);
-  if (const auto system = line.Value("coordinates")) {
-    const auto option = std::ranges::find(line.command->options, std::string_view("coordinates"),
-                                          &OptionInfo::name);
-    arguments.coordinateSystem = RowNumber(line, *option, *system);
+  arguments.coordinateSystem = RowOption(line, "coordinates");
+  return arguments;
+}
+
+ConvertArguments ConvertOf(const CommandLine& line) {
+  ConvertArguments arguments;
+  arguments.file = Positional(line, 0);
+  arguments.output = Positional(line, 1);
+  arguments.format = FindTargetFormat(arguments.output);
+  if (arguments.format == nullptr) {
+    std::vector<std::string_view> extensions;
+    for (const TargetFormat& format : TargetFormats()) extensions.push_back(format.extension);
+    throw UsageError(fmt::format("{}: the extension must be one of {}", arguments.output,
+                                 fmt::join(extensions, ", ")),
+                     line.command);
   }
+  arguments.exported.coordinates = RowOption(line, "coordinates");
+  arguments.exported.textureCoordinates = RowOption(line, "texture-coordinates");
+  if (const auto scale = line.Value("scale")) arguments.scale = ScaleOf(line, *scale);
+  arguments.layout = LayoutOf(line);
+  arguments.quiet = line.Has("quiet");
   return arguments;
 }
 
@@ -195,6 +219,8 @@ Arguments ParseArguments(const std::vector<std::string>& arguments) {
       return InspectOf(line);
     case Command::kView:
       return ViewOf(line);
+    case Command::kConvert:
+      return ConvertOf(line);
     case Command::kFormats:
       return ShowText{FormatsText()};
   }

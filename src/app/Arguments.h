@@ -9,6 +9,8 @@
 
 #include "app/SceneSource.h"
 #include "console/DialogAction.h"
+#include "convert/TargetFormat.h"
+#include "convert/TargetSpace.h"
 #include "modelreader/ModelFile.h"
 
 namespace mapexport {
@@ -50,8 +52,18 @@ struct ViewArguments {
   int coordinateSystem = 0;  ///< 0 to 3
 };
 
-using Arguments =
-    std::variant<ShowText, ExportArguments, SceneArguments, InspectArguments, ViewArguments>;
+struct ConvertArguments {
+  std::string file;
+  std::string output;
+  const TargetFormat* format = nullptr;  ///< that of the output's extension
+  ExportedSpace exported;
+  std::optional<float> scale;
+  std::optional<ModelLayout> layout;
+  bool quiet = false;
+};
+
+using Arguments = std::variant<ShowText, ExportArguments, SceneArguments, InspectArguments,
+                               ConvertArguments, ViewArguments>;
 
 /// `arguments` are those after the program's name. Throws UsageError; RunError when the current
 /// directory, against which a relative --cxp is made absolute, can't be had.

@@ -117,6 +117,33 @@ constexpr std::array kViewOptions{
                '\0', 0, kCoordinates},
 };
 
+constexpr std::array kConvertPositionals{
+    PositionalInfo{"FILE", "a model file; its extension tells the layout"},
+    PositionalInfo{"OUT",
+                   "the file to write; its extension tells the format: .glb, .gltf (and a "
+                   ".bin), .obj (and a .mtl), .ply or .stl"},
+};
+constexpr std::array kConvertOptions{
+    OptionInfo{"coordinates", kRow, "SYSTEM",
+               "the coordinate system that FILE was exported with, 0 unless given", '\0', 0,
+               kCoordinates},
+    OptionInfo{"texture-coordinates", kRow, "MODE",
+               "the texture coordinates that FILE was exported with, 0 unless given", '\0', 0,
+               kTextureCoordinates},
+    OptionInfo{
+        "scale",
+        kText,
+        "NUMBER",
+        "units of FILE per unit of OUT: auto (100 for formats in metres, else 1) or a decimal "
+        "number above 0",
+        '\0',
+        0,
+        {},
+        kAuto},
+    kLayout,
+    OptionInfo{"quiet", kFlag, nullptr, "print only warnings and errors"},
+};
+
 constexpr std::array kCommands{
     CommandInfo{Command::kExport, "export", "exports a scene to a model file", kExportPositionals,
                 kExportOptions},
@@ -124,6 +151,8 @@ constexpr std::array kCommands{
                 kScenePositionals, kSceneOptions},
     CommandInfo{Command::kInspect, "inspect", "checks a model file and prints what it holds",
                 kModelPositionals, kInspectOptions},
+    CommandInfo{Command::kConvert, "convert", "turns a model file into a format that viewers open",
+                kConvertPositionals, kConvertOptions},
     CommandInfo{Command::kView, "view", "writes an HTML page that shows a model file in 3D",
                 kModelPositionals, kViewOptions},
     CommandInfo{

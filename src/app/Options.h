@@ -33,7 +33,7 @@ struct PositionalInfo {
   const char* help;
 };
 
-enum class Command { kExport, kScene, kInspect, kView, kFormats };
+enum class Command { kExport, kScene, kInspect, kConvert, kView, kFormats };
 
 struct CommandInfo {
   Command command;

@@ -215,10 +215,47 @@ std::string OutputPlace::Commit() {
   const bool placed = file.IsOpen() && (!target_.mode || fchmod(file.Get(), *target_.mode) == 0) &&
                       fsync(file.Get()) == 0 && rename(file_.c_str(), target_.path.c_str()) == 0;
   if (!placed) ThrowCannotWrite(target_.name, ErrnoText(errno));
+  placed_ = true;
   const int error = SyncFolder(FolderOf(target_.path));
   if (error == 0) return {};
   return fmt::format("{}: is in its place, but its folder can't be synced: {}", target_.name,
                      ErrnoText(error));
+}
+
+void OutputPlace::KeepOld() {
+  keptOld_ = link(target_.path.c_str(), OldFile().c_str()) == 0;
+  if (keptOld_ || errno == ENOENT) return;
+  RequireRegularFileOrNothing(target_.path);
+  // There are file systems without links.
+  movedOld_ = rename(target_.path.c_str(), OldFile().c_str()) == 0;
+  if (!movedOld_) ThrowCannotWrite(target_.name, ErrnoText(errno));
+}
+
+void OutputPlace::PutBack() {
+  if (movedOld_ || (keptOld_ && placed_)) {
+    rename(OldFile().c_str(), target_.path.c_str());
+  } else if (placed_) {
+    unlink(target_.path.c_str());
+  }
+}
+
+std::vector<std::string> OutputPlace::CommitTogether(
+    std::span<const std::unique_ptr<OutputPlace>> places) {
+  const HoldInterrupts hold;
+  std::vector<std::string> warnings;
+  try {
+    for (const auto& place : places) place->KeepOld();
+    for (const auto& place : places) {
+      std::string warning = place->Commit();
+      if (!warning.empty()) warnings.push_back(std::move(warning));
+    }
+  } catch (const RunError&) {
+    for (const auto& place : places) place->PutBack();
+    for (const auto& place : places) unlink(place->OldFile().c_str());
+    throw;
+  }
+  for (const auto& place : places) unlink(place->OldFile().c_str());
+  return warnings;
 }
 
 }  // namespace mapexport

@@ -5,8 +5,10 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <sys/types.h>
 
@@ -60,11 +62,24 @@ class OutputPlace {
   /// RunError, the target then being as it was. Returns a warning, empty when there is none.
   std::string Commit();
 
+  /// Commits all of them or, when one can't be, none: the targets are as they were then. Throws
+  /// RunError. Returns the warnings.
+  static std::vector<std::string> CommitTogether(
+      std::span<const std::unique_ptr<OutputPlace>> places);
+
  private:
+  /// Keeps what is at the target, so that PutBack can undo a Commit.
+  void KeepOld();
+  void PutBack();
+  std::string OldFile() const { return folder_ + "old"; }
+
   OutputTarget target_;
   std::string folder_;
   std::string file_;
   Descriptor lock_;  ///< the folder, open
+  bool keptOld_ = false;
+  bool movedOld_ = false;  ///< the target is empty until Commit
+  bool placed_ = false;
   std::unique_ptr<InterruptCleanup> cleanup_;
 };
 

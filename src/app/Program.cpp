@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "app/Arguments.h"
+#include "app/ConvertCommand.h"
 #include "app/ExitStatus.h"
 #include "app/ExportCommand.h"
 #include "app/Help.h"
@@ -38,6 +39,9 @@ struct RunCommand {
     return RunInspectCommand(arguments);
   }
   ExitStatus operator()(const ViewArguments& arguments) const { return RunViewCommand(arguments); }
+  ExitStatus operator()(const ConvertArguments& arguments) const {
+    return RunConvertCommand(arguments);
+  }
 };
 
 /// Takes the places of standard streams that came closed, so that no file of ours gets their

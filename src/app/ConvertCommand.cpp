@@ -1,0 +1,81 @@
+#include "app/ConvertCommand.h"
+
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "app/LoadModel.h"
+#include "app/Messages.h"
+#include "app/OutputPlace.h"
+#include "app/RunError.h"
+#include "convert/ConvertModel.h"
+
+namespace mapexport {
+namespace {
+
+/// Tells of what `output` does not have as the model has it.
+void TellChanges(const std::string& output, const Changes& changes, Messages& messages) {
+  const auto note = [&](const char* code, std::uint64_t count, std::string_view text) {
+    if (count > 0) messages.Note(code, fmt::format("{}: {} {}", output, count, text), count);
+  };
+  const auto warn = [&](const char* code, std::uint64_t count, std::string_view text) {
+    if (count > 0) messages.Warning(code, fmt::format("{}: {} {}", output, count, text), count);
+  };
+  warn("colours-changed", changes.colours, "colours have a part below 0 or above 1 and are cut");
+  warn("normals-changed", changes.normals,
+       "normals have no direction; those of their faces replace them");
+  warn("texture-coordinates-changed", changes.textureCoordinates,
+       "texture coordinates are not finite; 0 replaces them");
+  warn("faces-lost", changes.lostFaces, "triangles have a corner that is not finite; left out");
+  note("copies-left-out", changes.copies,
+       "reversed copies of triangles left out; their materials show both sides");
+  note("collision-left-out", changes.collisionFaces,
+       "collision triangles left out; the format has no nodes to keep them apart in");
+}
+
+ConvertedModel Convert(const ModelFile& model, const OutputTarget& target,
+                       const ConvertArguments& arguments) {
+  try {
+    return ConvertModel(model, NamePart(target.path), *arguments.format, arguments.exported,
+                        arguments.scale.value_or(arguments.format->hostUnits));
+  } catch (const ConvertError& error) {
+    throw RunError(fmt::format("{}: not converted: {}", arguments.file, error.what()));
+  }
+}
+
+/// The files, to be put in place together.
+std::vector<std::unique_ptr<OutputPlace>> Fill(const std::string& model, const OutputTarget& main,
+                                               const std::vector<ConvertedFile>& files) {
+  std::vector<std::unique_ptr<OutputPlace>> places;
+  const std::string folder = FolderPart(main.path);
+  for (const ConvertedFile& file : files) {
+    const bool isMain = &file == &files.back();
+    const OutputTarget target = isMain ? main : FindOutput(folder + file.name);
+    RequireOther(target, model, "model file");
+    places.push_back(std::make_unique<OutputPlace>(target, NamePart(target.path)));
+    places.back()->Fill([&file](std::ostream& out) { out << file.bytes; });
+  }
+  return places;
+}
+
+}  // namespace
+
+ExitStatus RunConvertCommand(const ConvertArguments& arguments) {
+  Messages messages(arguments.quiet);
+  const OutputTarget target = FindOutput(arguments.output);
+  const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
+  if (!loaded) return ExitStatus::kFailed;
+
+  const ConvertedModel converted = Convert(loaded->model, target, arguments);
+  TellChanges(arguments.output, converted.changes, messages);
+  for (const std::string& warning :
+       OutputPlace::CommitTogether(Fill(arguments.file, target, converted.files))) {
+    messages.Warning("folder-not-synced", warning);
+  }
+  return loaded->status;
+}
+
+}  // namespace mapexport

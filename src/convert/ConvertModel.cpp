@@ -1,0 +1,41 @@
+#include "convert/ConvertModel.h"
+
+#include <utility>
+
+#include <assimp/Exporter.hpp>
+#include <fmt/format.h>
+
+#include "convert/MemoryFiles.h"
+#include "convert/TargetScene.h"
+
+namespace mapexport {
+
+ConvertedModel ConvertModel(const ModelFile& model, const std::string& fileName,
+                            const TargetFormat& format, const ExportedSpace& exported,
+                            double hostUnits) {
+  ConvertedModel result;
+  const TargetSpace space(exported, format.yUp, hostUnits);
+  // Not the name without extension: the library would call the side file otherwise.
+  const auto scene = TargetScene(model, fileName, format, space, result.changes);
+  // Of nothing, the library writes files that break their formats' rules.
+  if (!scene->HasMeshes()) {
+    throw ConvertError(fmt::format("it has no triangle that a {} can show", format.extension));
+  }
+
+  Assimp::Exporter exporter;
+  auto* const files = new MemoryFiles;  // the exporter's from now on
+  exporter.SetIOHandler(files);
+  const aiReturn done = exporter.Export(scene.get(), format.libraryId, fileName);
+  if (done != aiReturn_SUCCESS || !files->Files().contains(fileName)) {
+    const std::string reason = exporter.GetErrorString();
+    throw ConvertError(reason.empty() ? "the export library wrote nothing"
+                                      : reason.substr(0, reason.find('\n')));
+  }
+  for (auto& [name, bytes] : files->Files()) {
+    if (name != fileName) result.files.push_back({name, std::move(bytes)});
+  }
+  result.files.push_back({fileName, std::move(files->Files().at(fileName))});
+  return result;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,25 @@
+// Files that the export library writes, kept in memory.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include <assimp/IOSystem.hpp>
+
+namespace mapexport {
+
+/// Takes what is written, under the names that it is written to. Nothing can be read from it.
+class MemoryFiles : public Assimp::IOSystem {
+ public:
+  bool Exists(const char* file) const override;
+  char getOsSeparator() const override { return '/'; }
+  Assimp::IOStream* Open(const char* file, const char* mode) override;
+  void Close(Assimp::IOStream* stream) override;
+
+  std::map<std::string, std::string>& Files() { return files_; }
+
+ private:
+  std::map<std::string, std::string> files_;
+};
+
+}  // namespace mapexport

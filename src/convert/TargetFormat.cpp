@@ -1,0 +1,39 @@
+#include "convert/TargetFormat.h"
+
+#include <algorithm>
+#include <array>
+
+namespace mapexport {
+
+namespace {
+
+// The axes and units are those that the importer takes the formats to have.
+constexpr std::array kFormats{
+    TargetFormat{".glb", "glb2", true, 100, true, true, true, true},
+    TargetFormat{".gltf", "gltf2", true, 100, true, true, true, true},
+    TargetFormat{".obj", "obj", true, 1, true, false, false, false},
+    TargetFormat{".ply", "ply", false, 1, false, false, true, false},
+    TargetFormat{".stl", "stlb", false, 1, false, false, false, false},
+};
+
+char LowerCase(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+}  // namespace
+
+std::span<const TargetFormat> TargetFormats() {
+  return kFormats;
+}
+
+const TargetFormat* FindTargetFormat(std::string_view path) {
+  const auto endsIn = [path](const TargetFormat& format) {
+    return path.size() > format.extension.size() &&
+           std::ranges::equal(path.substr(path.size() - format.extension.size()), format.extension,
+                              {}, LowerCase);
+  };
+  const auto* const found = std::ranges::find_if(kFormats, endsIn);
+  return found == kFormats.end() ? nullptr : found;
+}
+
+}  // namespace mapexport

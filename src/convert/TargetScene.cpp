@@ -1,0 +1,116 @@
+#include "convert/TargetScene.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "convert/BatchMesh.h"
+#include "convert/ReversedCopies.h"
+#include "convert/TargetMaterials.h"
+
+namespace mapexport {
+
+namespace {
+
+/// Hands the objects over to a field that owns an array of them.
+template <class T>
+void HandOver(std::vector<std::unique_ptr<T>>& objects, T**& array, unsigned& count) {
+  if (objects.empty()) return;
+  array = new T*[objects.size()];
+  count = static_cast<unsigned>(objects.size());
+  std::ranges::transform(objects, array, [](auto& object) { return object.release(); });
+}
+
+class SceneBuilder {
+ public:
+  SceneBuilder(const ModelFile& model, const TargetFormat& format, const TargetSpace& space,
+               Changes& changes)
+      : model_(model), format_(format), space_(space), changes_(changes) {
+    for (const ModelMaterial& material : model.materials) {
+      Changes noted;  // the corners of its faces repeat what is wrong with its colour
+      baseColours_.push_back(BaseColour(material, noted));
+      materials_.push_back(TargetMaterial(material, changes));
+    }
+  }
+
+  std::unique_ptr<aiScene> Build(const std::string& name) {
+    for (const ModelGroup& group : model_.groups) AddGroup(group);
+    auto scene = std::make_unique<aiScene>();
+    scene->mRootNode = new aiNode(LibraryText(name));
+    for (const auto& node : nodes_) node->mParent = scene->mRootNode;
+    HandOver(nodes_, scene->mRootNode->mChildren, scene->mRootNode->mNumChildren);
+    HandOver(materials_, scene->mMaterials, scene->mNumMaterials);
+    HandOver(meshes_, scene->mMeshes, scene->mNumMeshes);
+    return scene;
+  }
+
+ private:
+  void AddGroup(const ModelGroup& group) {
+    const std::string name = LibraryText(group.header.name);
+    std::vector<std::unique_ptr<aiMesh>> meshes;
+    std::vector<std::vector<bool>> copies = ReversedCopies(model_, group);
+    for (std::size_t b = 0; b < group.batches.size(); ++b) {
+      const ModelBatch& batch = group.batches[b];
+      if (format_.hasTwoSidedMaterials) {
+        changes_.copies += static_cast<std::uint64_t>(std::ranges::count(copies[b], true));
+      } else {
+        copies[b].assign(batch.faces.size(), false);
+      }
+      const aiColor4D base = batch.material < 0
+                                 ? aiColor4D(1, 1, 1, 1)
+                                 : baseColours_[static_cast<std::size_t>(batch.material)];
+      auto mesh = BatchMesh(group, batch, copies[b], base, format_, space_, changes_);
+      if (mesh == nullptr) continue;
+      mesh->mMaterialIndex =
+          batch.material < 0 ? IndexOfNoMaterial() : static_cast<unsigned>(batch.material);
+      meshes.push_back(std::move(mesh));
+    }
+    if (!meshes.empty()) AddNode(name, std::move(meshes));
+
+    meshes.clear();
+    if (auto mesh = CollisionMesh(group, format_, space_, changes_)) {
+      if (!format_.hasNodes) {
+        changes_.collisionFaces += mesh->mNumFaces;
+        return;
+      }
+      mesh->mMaterialIndex = IndexOfNoMaterial();
+      meshes.push_back(std::move(mesh));
+      AddNode(name + " collision", std::move(meshes));
+    }
+  }
+
+  void AddNode(const std::string& name, std::vector<std::unique_ptr<aiMesh>> meshes) {
+    auto& node = nodes_.emplace_back(std::make_unique<aiNode>(name));
+    node->mNumMeshes = static_cast<unsigned>(meshes.size());
+    node->mMeshes = new unsigned[meshes.size()];
+    for (std::size_t i = 0; i < meshes.size(); ++i) {
+      meshes[i]->mName = aiString(name);
+      node->mMeshes[i] = static_cast<unsigned>(meshes_.size());
+      meshes_.push_back(std::move(meshes[i]));
+    }
+  }
+
+  unsigned IndexOfNoMaterial() {
+    if (materials_.size() == model_.materials.size()) materials_.push_back(NoMaterial());
+    return static_cast<unsigned>(model_.materials.size());
+  }
+
+  const ModelFile& model_;
+  const TargetFormat& format_;
+  const TargetSpace& space_;
+  Changes& changes_;
+  std::vector<aiColor4D> baseColours_;
+  std::vector<std::unique_ptr<aiMaterial>> materials_;
+  std::vector<std::unique_ptr<aiMesh>> meshes_;
+  std::vector<std::unique_ptr<aiNode>> nodes_;
+};
+
+}  // namespace
+
+std::unique_ptr<aiScene> TargetScene(const ModelFile& model, const std::string& name,
+                                     const TargetFormat& format, const TargetSpace& space,
+                                     Changes& changes) {
+  return SceneBuilder(model, format, space, changes).Build(name);
+}
+
+}  // namespace mapexport

@@ -1,0 +1,282 @@
+// Converts what the exporter writes and looks at what came of it: the glTF files with the format's own
+// validator, all of them by reading them as a scene again, and the orientation of the faces.
+//
+//   check_convert.mjs MAPEXPORT SOURCE MODULES WORK [SCENES]
+//
+// SOURCE is the project's folder, MODULES has the validator in node_modules, WORK is a folder for the
+// files, SCENES one of further scenes to try. Prints what is wrong, one line each, and ends with 1 when
+// anything is.
+import { spawnSync } from 'node:child_process';
+import { existsSync, mkdirSync, readdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { createRequire } from 'node:module';
+import { basename, join, resolve } from 'node:path';
+
+const [mapexport, source, modules, work, scenes] =
+  process.argv.slice(2).map((path) => resolve(path));
+const validator = createRequire(join(modules, 'package.json'))('gltf-validator');
+let faults = 0;
+let checked = 0;
+
+function fault(text) {
+  ++faults;
+  console.log(text);
+}
+
+function call(...args) {
+  const run = spawnSync(mapexport, args, { cwd: work, encoding: 'utf8', maxBuffer: 1 << 30 });
+  return { status: run.status, output: run.stdout, errors: run.stderr };
+}
+
+/** Calls and expects one of the statuses; null otherwise. */
+function expectCall(statuses, ...args) {
+  const run = call(...args);
+  if (statuses.includes(run.status)) return run;
+  fault(`${args.join(' ')}: ended with ${run.status}: ${run.errors}`);
+  return null;
+}
+
+async function validate(file) {
+  const read = (uri) => new Uint8Array(readFileSync(join(work, decodeURIComponent(uri))));
+  const report = await validator.validateBytes(read(file), {
+    uri: file,
+    externalResourceFunction: async (uri) => read(uri),
+  });
+  const { numErrors, numWarnings, messages } = report.issues;
+  if (numErrors + numWarnings === 0) return;
+  const worst = messages.find((message) => message.severity < 2);
+  fault(`${file}: ${numErrors} errors, ${numWarnings} warnings, such as ${JSON.stringify(worst)}`);
+}
+
+// --- what is in a file ------------------------------------------------------------------------------
+
+class Content {
+  triangles = 0;
+  low = [Infinity, Infinity, Infinity];
+  high = [-Infinity, -Infinity, -Infinity];
+  materials = new Set();
+
+  addTriangle(points) {
+    ++this.triangles;
+    for (const point of points) {
+      for (let axis = 0; axis < 3; ++axis) {
+        this.low[axis] = Math.min(this.low[axis], point[axis]);
+        this.high[axis] = Math.max(this.high[axis], point[axis]);
+      }
+    }
+  }
+}
+
+const toHost = [
+  ([x, y, z]) => [-z, x, y],
+  ([x, y, z]) => [y, -x, z],
+  ([x, y, z]) => [x, y, z],
+  ([x, y, z]) => [-x, y, z],
+];
+
+/** What the model file holds, in the host's world. */
+function contentOfModel(model, system, withCollision) {
+  const content = new Content();
+  for (const group of model.groups) {
+    for (const batch of group.batches) {
+      if (batch.material >= 0) content.materials.add(model.materials[batch.material].name);
+      for (const face of batch.faces) {
+        content.addTriangle(face.vertices.map((vertex) => toHost[system](group.vertices[vertex])));
+      }
+    }
+    for (const face of withCollision ? (group.faces ?? []) : []) {
+      if (face.batch !== -1) continue;
+      content.addTriangle(
+        face.vertices.map((point) => toHost[system](group.collisionPoints[point])));
+    }
+  }
+  return content;
+}
+
+/** What a scene file holds. */
+function contentOfScene(scene) {
+  const content = new Content();
+  const visit = (node) => {
+    const rows = node.objectTransform ?? [[1, 0, 0], [0, 1, 0], [0, 0, 1], [0, 0, 0]];
+    const placed = (p) =>
+      [0, 1, 2].map((i) => p[0] * rows[0][i] + p[1] * rows[1][i] + p[2] * rows[2][i] + rows[3][i]);
+    const mesh = node.mesh ?? {};
+    for (const face of mesh.faces ?? []) {
+      content.addTriangle(face.slice(0, 3).map((vertex) => placed(mesh.vertices[vertex])));
+    }
+    (node.children ?? []).forEach(visit);
+  };
+  visit(scene.root);
+  for (const material of scene.materials ?? []) {
+    // An .obj gives every face a material; this one stands for none.
+    if (material.name === 'DefaultMaterial' || material.class === 'multi') continue;
+    content.materials.add(material.name);
+  }
+  return content;
+}
+
+function compare(what, found, expected, withMaterials) {
+  if (found.triangles !== expected.triangles) {
+    fault(`${what}: ${found.triangles} triangles instead of ${expected.triangles}`);
+  }
+  for (const side of ['low', 'high']) {
+    const near = (value, axis) => {
+      const wanted = expected[side][axis];
+      return value === wanted || Math.abs(value - wanted) <= 1e-5 * (1 + Math.abs(wanted));
+    };
+    if (!found[side].every(near)) {
+      fault(`${what}: bounds ${found[side]} instead of ${expected[side]}`);
+    }
+  }
+  const names = (content) => [...content.materials].sort().join(', ');
+  if (withMaterials && names(found) !== names(expected)) {
+    fault(`${what}: materials ${names(found)} instead of ${names(expected)}`);
+  }
+}
+
+/** Accessor `index` of a .glb as an array of arrays. */
+function accessor(json, bin, index) {
+  const { bufferView, byteOffset = 0, count, type, componentType } = json.accessors[index];
+  const width = { SCALAR: 1, VEC2: 2, VEC3: 3, VEC4: 4 }[type];
+  const [bytes, read] = { 5126: [4, 'readFloatLE'], 5125: [4, 'readUInt32LE'] }[componentType];
+  const start = (json.bufferViews[bufferView].byteOffset ?? 0) + byteOffset;
+  return Array.from({ length: count }, (_, i) =>
+    Array.from({ length: width }, (_, k) => bin[read](start + (i * width + k) * bytes)));
+}
+
+function primitives(file) {
+  const bytes = readFileSync(join(work, file));
+  const length = bytes.readUInt32LE(12);
+  const json = JSON.parse(bytes.subarray(20, 20 + length).toString());
+  const bin = bytes.subarray(28 + length);
+  return json.meshes.flatMap((mesh) => mesh.primitives).map(({ indices, attributes }) => ({
+    indices: accessor(json, bin, indices).flat(),
+    positions: accessor(json, bin, attributes.POSITION),
+    normals: 'NORMAL' in attributes ? accessor(json, bin, attributes.NORMAL) : null,
+    textures: 'TEXCOORD_0' in attributes ? accessor(json, bin, attributes.TEXCOORD_0) : null,
+  }));
+}
+
+// --- the checks -------------------------------------------------------------------------------------
+
+/** The value of an export option that may stand among `options` by number or name; 0 without it. */
+function row(options, name, names) {
+  const at = options.indexOf(name);
+  const value = at < 0 ? '0' : options[at + 1];
+  return names.includes(value) ? names.indexOf(value) : Number(value);
+}
+
+const systems = ['left-handed', 'right-handed', 'max', 'inverse-max'];
+const textureModes = ['invert-y', 'invert-x', 'invert-xy', 'max'];
+
+async function checkScene(scene, layout, options, mayBeRefused = false) {
+  const model = `model.${layout}`;
+  const exported =
+    expectCall(mayBeRefused ? [0, 1, 4] : [0, 4],
+      'export', scene, model, '--fresh', '--seed', '0', ...options);
+  if (!exported || exported.status === 1) return;
+  const content = JSON.parse(call('inspect', '--json', model).output);
+  const system = row(options, '--coordinates', systems);
+  const turned = ['--coordinates', String(system), '--texture-coordinates',
+    String(row(options, '--texture-coordinates', textureModes))];
+  for (const extension of ['glb', 'gltf', 'obj', 'ply', 'stl']) {
+    const what = `${basename(scene)} as ${layout} as ${extension}`;
+    const output = `out.${extension}`;
+    const isGltf = extension === 'glb' || extension === 'gltf';
+    const hasNodes = isGltf || extension === 'obj';
+    const expected = contentOfModel(content, system, hasNodes);
+    // Of nothing, no file is made.
+    const status = expected.triangles === 0 ? 1 : exported.status;
+    const converted = expectCall([status], 'convert', model, output, ...turned);
+    ++checked;
+    if (!converted || status === 1) continue;
+    if (isGltf) await validate(output);
+    const copies = / (\d+) reversed copies/.exec(converted.errors);
+    expected.triangles -= copies ? Number(copies[1]) : 0;
+    const again = expectCall([0], 'scene', output);
+    if (again) compare(what, contentOfScene(JSON.parse(again.output)), expected, hasNodes);
+  }
+  for (const file of readdirSync(work)) rmSync(join(work, file));
+}
+
+const subtract = (a, b) => a.map((value, i) => value - b[i]);
+const dot = (a, b) => a.reduce((sum, value, i) => sum + value * b[i], 0);
+const cross = (a, b) =>
+  [a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]];
+
+/** A box around (0, 0, 0), drawn or not, plain or mirrored: all its faces must look outward. */
+function checkOrientation(system, mode, mirrored, drawn) {
+  const what = `box in ${systems[system]}, ${mirrored ? 'mirrored' : 'plain'}, drawn ${drawn}`;
+  const vertices = [];
+  for (let i = 0; i < 8; ++i) vertices.push([i & 4 ? 1 : -1, i & 2 ? 2 : -2, i & 1 ? 3 : -3]);
+  const sides = [[0, 1, 3, 2], [4, 6, 7, 5], [0, 4, 5, 1], [2, 3, 7, 6], [0, 2, 6, 4], [1, 5, 7, 3]];
+  const faces = sides.flatMap(([a, b, c, d]) => [[a, b, c], [a, c, d]]);
+  const node = {
+    name: 'Box',
+    objectTransform: [[mirrored ? -100 : 100, 0, 0], [0, 100, 0], [0, 0, 100], [0, 0, 0]],
+    userProperties: drawn ? '' : 'notrendered',
+    mesh: { vertices, faces, textureVertices: [[0.25, 0.75, 0]], textureFaces: faces.map(() => [0, 0, 0]) },
+  };
+  const scene = { format: 'mapexport-scene', version: 1, root: { name: 'Root', children: [node] } };
+  writeFileSync(join(work, 'box.scene.json'), JSON.stringify(scene));
+  const options = ['--coordinates', systems[system], '--texture-coordinates', textureModes[mode]];
+  if (!expectCall([0], 'export', 'box.scene.json', 'box.kob', '--fresh', ...options)) return;
+  if (!expectCall([0], 'convert', 'box.kob', 'box.glb', ...options)) return;
+  let triangles = 0;
+  for (const { indices, positions, normals, textures } of primitives('box.glb')) {
+    for (let i = 0; i < indices.length; i += 3, ++triangles) {
+      const corners = indices.slice(i, i + 3);
+      const [a, b, c] = corners.map((index) => positions[index]);
+      const outward = cross(subtract(b, a), subtract(c, a));
+      if (!(dot(outward, a) > 0)) fault(`${what}: a triangle is wound clockwise`);
+      if (a.some((value, axis) => Math.abs(Math.abs(value) - [1, 3, 2][axis]) > 1e-6)) {
+        fault(`${what}: a corner is at ${a}`);
+      }
+      for (const index of normals ? corners : []) {
+        if (dot(normals[index], outward) < 0.99 * Math.hypot(...outward)) {
+          fault(`${what}: the normal ${normals[index]} is not outward`);
+        }
+        if (textures && (textures[index][0] !== 0.25 || textures[index][1] !== 0.25)) {
+          fault(`${what}: texture coordinates ${textures[index]}`);
+        }
+      }
+    }
+  }
+  if (triangles !== 12) fault(`${what}: ${triangles} triangles`);
+  ++checked;
+}
+
+rmSync(work, { recursive: true, force: true });
+mkdirSync(work, { recursive: true });
+for (let system = 0; system < 4; ++system) {
+  for (const mirrored of [false, true]) {
+    for (const drawn of [false, true]) {
+      checkOrientation(system, (system + (mirrored ? 1 : 3)) % 4, mirrored, drawn);
+    }
+  }
+}
+const golden = join(source, 'tests', 'golden');
+const endsInScene = (file) => file.endsWith('.scene.json');
+for (const file of readdirSync(golden).filter(endsInScene)) {
+  const optionsFile = join(golden, file.replace('.scene.json', '.options'));
+  // The database of transparent textures changes nothing that is looked at here.
+  const options = existsSync(optionsFile)
+    ? readFileSync(optionsFile, 'utf8').replace(/--cxp \S+/, '').split(/\s+/).filter(Boolean) : [];
+  for (const layout of ['qob', 'kob']) await checkScene(join(golden, file), layout, options);
+}
+for (const layout of ['qob', 'kob']) {
+  await checkScene(join(source, 'examples', 'yard.scene.json'), layout, []);
+  for (const format of ['3ds', 'ase', 'dae', 'fbx', 'gltf', 'obj']) {
+    await checkScene(join(source, 'tests', 'models', `room.${format}`), layout, []);
+  }
+}
+const known = /\.(3ds|ase|dae|fbx|glb|gltf|obj)$/i;
+const further = scenes && existsSync(scenes) ? readdirSync(scenes, { withFileTypes: true }) : [];
+for (const entry of further) {
+  const path = join(scenes, entry.name);
+  const files = entry.isDirectory() ? readdirSync(path).map((file) => join(path, file)) : [path];
+  for (const file of files.filter((name) => known.test(name))) {
+    await checkScene(file, 'kob', [], true);
+  }
+}
+console.log(`${checked} files checked, ${faults} faults`);
+process.exit(faults === 0 && checked > 0 ? 0 : 1);
