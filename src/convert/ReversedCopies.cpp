@@ -14,7 +14,7 @@ using Key = std::tuple<std::int32_t, std::array<std::uint16_t, 3>>;
 
 /// The face whichever of its vertices comes first.
 Key KeyOf(std::int32_t material, std::array<std::uint16_t, 3> vertices) {
-  std::ranges::rotate(vertices, std::ranges::min_element(vertices));
+  std::rotate(vertices.begin(), std::ranges::min_element(vertices), vertices.end());
   return {material, vertices};
 }
 
