@@ -4,13 +4,13 @@
 #include <chrono>
 #include <cstring>
 #include <map>
-#include <stdexcept>
 #include <utility>
-#include <variant>
 
 #include <fmt/format.h>
 
 #include "console/ControlStates.h"
+#include "console/Person.h"
+#include "console/Presenter.h"
 #include "settings/SettingsStore.h"
 
 namespace mapexport {
@@ -23,18 +23,18 @@ struct Dialog {
   std::optional<int> result;  ///< set by EndDialog
 };
 
-/// A dialog's procedure with the window that it is called for.
-struct Procedure {
-  DialogProc* proc;
-  HWND window;
-
-  void Notify(int id, unsigned notification) const {
-    proc(window, WM_COMMAND, MakeCommand(id, notification), 0);
-  }
-};
-
 const char* OrEmpty(const char* text) {
   return text == nullptr ? "" : text;
+}
+
+FileBox FileBoxOf(const OpenFileName& request) {
+  FileBox box;
+  if (request.initialDir != nullptr) box.initialDir = request.initialDir;
+  if (request.filter != nullptr && *request.filter != '\0') {
+    box.display = request.filter;
+    box.pattern = request.filter + box.display.size() + 1;
+  }
+  return box;
 }
 
 std::uint32_t Milliseconds() {
@@ -42,58 +42,6 @@ std::uint32_t Milliseconds() {
   return static_cast<std::uint32_t>(
       std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
 }
-
-/// The control that an action is done to, which must be there.
-ControlState& Require(ControlState* control, int id, const char* kind) {
-  if (control == nullptr) throw std::logic_error(fmt::format("the dialog has no {} {}", kind, id));
-  return *control;
-}
-
-/// Does one action, and sends the procedure what a person's doing so would send.
-class Person {
- public:
-  Person(ControlStates& controls, Procedure procedure, std::optional<std::string>& pickedFile)
-      : controls_(controls), procedure_(procedure), pickedFile_(pickedFile) {}
-
-  void operator()(const SetCheck& action) const {
-    ControlState& box =
-        Require(controls_.Find(action.id, ControlKind::kCheckBox), action.id, "check box");
-    if (box.checked == action.checked) return;
-    box.checked = action.checked;
-    procedure_.Notify(action.id, BN_CLICKED);
-  }
-
-  void operator()(const TypeText& action) const {
-    Require(controls_.Find(action.id, ControlKind::kEdit), action.id, "edit box to type into")
-        .text = action.text;
-  }
-
-  void operator()(const SelectRow& action) const {
-    ControlState& list =
-        Require(controls_.Find(action.id, ControlKind::kListBox), action.id, "list box");
-    if (action.row < 0 || std::cmp_greater_equal(action.row, list.rows.size())) {
-      throw std::logic_error(fmt::format("the list box {} has {} rows and none of index {}",
-                                         action.id, list.rows.size(), action.row));
-    }
-    if (list.selected == action.row) return;
-    list.selected = action.row;
-    procedure_.Notify(action.id, LBN_SELCHANGE);
-  }
-
-  void operator()(const PickFile& action) const {
-    ControlState* button = controls_.Find(action.id, ControlKind::kButton);
-    if (button == nullptr) button = controls_.Find(action.id, ControlKind::kDefaultButton);
-    Require(button, action.id, "button");
-    pickedFile_ = action.path;
-    procedure_.Notify(action.id, BN_CLICKED);
-    pickedFile_.reset();
-  }
-
- private:
-  ControlStates& controls_;
-  Procedure procedure_;
-  std::optional<std::string>& pickedFile_;
-};
 
 }  // namespace
 
@@ -106,6 +54,9 @@ struct ConsoleSystem::State {
   std::map<HWND, Dialog> dialogs;  ///< the open ones
   std::uintptr_t lastWindow = 0;
   std::optional<std::string> pickedFile;  ///< what the next file-open box answers
+  /// Those that were loaded, by module and id; null stands for the wait cursor. A handle is the
+  /// address of one.
+  std::map<std::pair<HINSTANCE, int>, const CursorImage*> cursors;
 
   Dialog* FindDialog(HWND window) {
     const auto found = dialogs.find(window);
@@ -118,6 +69,9 @@ struct ConsoleSystem::State {
   ControlState* FindControl(HWND window, int id, ControlKind kind) {
     Dialog* const dialog = FindDialog(window);
     return dialog == nullptr ? nullptr : dialog->controls.Find(id, kind);
+  }
+  void ShowChange(HWND window) const {
+    if (options.presenter != nullptr) options.presenter->UpdateDialog(window);
   }
 };
 
@@ -162,14 +116,19 @@ int ConsoleSystem::DialogBoxParam(HINSTANCE module, int id, HWND /*owner*/, Dial
 
   const OpenDialog open(*state_, *found);
   Dialog& dialog = open.Get();
-  const Procedure procedure{proc, open.Handle()};
   proc(open.Handle(), WM_INITDIALOG, 0, parameter);
-  const Person person(dialog.controls, procedure, state_->pickedFile);
+  Person person({open.Handle(), proc, dialog.controls, dialog.result}, state_->pickedFile);
   for (const DialogAction& action : state_->options.actions) {
     if (dialog.result) break;
-    std::visit(person, action);
+    person.Do(action);
   }
-  if (!dialog.result) procedure.Notify(IDOK, BN_CLICKED);
+  if (!dialog.result) {
+    if (state_->options.presenter == nullptr) {
+      person.Press(IDOK);
+    } else {
+      state_->options.presenter->ShowDialog(open.Handle(), *found, person);
+    }
+  }
   return dialog.result.value_or(0);
 }
 
@@ -178,7 +137,10 @@ void ConsoleSystem::EndDialog(HWND dialog, int result) {
 }
 
 void ConsoleSystem::SetDlgItemText(HWND dialog, int id, const char* text) {
-  if (ControlState* const control = state_->FindControl(dialog, id)) control->text = OrEmpty(text);
+  ControlState* const control = state_->FindControl(dialog, id);
+  if (control == nullptr) return;
+  control->text = OrEmpty(text);
+  state_->ShowChange(dialog);
 }
 
 int ConsoleSystem::GetDlgItemText(HWND dialog, int id, char* buffer, int size) {
@@ -192,7 +154,9 @@ int ConsoleSystem::GetDlgItemText(HWND dialog, int id, char* buffer, int size) {
 
 void ConsoleSystem::CheckDlgButton(HWND dialog, int id, bool checked) {
   ControlState* const box = state_->FindControl(dialog, id, ControlKind::kCheckBox);
-  if (box != nullptr) box->checked = checked;
+  if (box == nullptr) return;
+  box->checked = checked;
+  state_->ShowChange(dialog);
 }
 
 bool ConsoleSystem::IsDlgButtonChecked(HWND dialog, int id) {
@@ -202,13 +166,16 @@ bool ConsoleSystem::IsDlgButtonChecked(HWND dialog, int id) {
 
 void ConsoleSystem::ListBoxAddString(HWND dialog, int id, const char* text) {
   ControlState* const list = state_->FindControl(dialog, id, ControlKind::kListBox);
-  if (list != nullptr) list->rows.emplace_back(OrEmpty(text));
+  if (list == nullptr) return;
+  list->rows.emplace_back(OrEmpty(text));
+  state_->ShowChange(dialog);
 }
 
 void ConsoleSystem::ListBoxSetCurSel(HWND dialog, int id, int index) {
   ControlState* const list = state_->FindControl(dialog, id, ControlKind::kListBox);
   if (list == nullptr) return;
   list->selected = index >= 0 && std::cmp_less(index, list->rows.size()) ? index : -1;
+  state_->ShowChange(dialog);
 }
 
 int ConsoleSystem::ListBoxGetCurSel(HWND dialog, int id) {
@@ -221,19 +188,48 @@ void ConsoleSystem::MessageBox(HWND /*owner*/, const char* text, const char* tit
 }
 
 bool ConsoleSystem::GetOpenFileName(OpenFileName& request) {
-  const std::string path = std::exchange(state_->pickedFile, std::nullopt).value_or("");
-  if (path.empty() || request.file == nullptr || path.size() >= request.maxFile) return false;
-  std::memcpy(request.file, path.c_str(), path.size() + 1);
+  std::optional<std::string> path = std::exchange(state_->pickedFile, std::nullopt);
+  Presenter* const presenter = state_->options.presenter;
+  if (!path && presenter != nullptr) {
+    path = presenter->PickFile(FileBoxOf(request));
+    if (path && path->size() >= request.maxFile) {
+      presenter->ShowMessageBox(
+          "Path Too Long",
+          fmt::format("{}\n\nThis path is {} bytes long; at most {} can be taken.", *path,
+                      path->size(), std::max<std::uint32_t>(request.maxFile, 1) - 1));
+    }
+  }
+  if (!path || path->empty() || request.file == nullptr || path->size() >= request.maxFile) {
+    return false;
+  }
+  std::memcpy(request.file, path->c_str(), path->size() + 1);
   return true;
 }
 
 HCURSOR ConsoleSystem::LoadCursor(HINSTANCE module, int id) {
-  const bool exists = module == nullptr ? id == IDC_WAIT : FindCursor(module, id) != nullptr;
-  // Nothing stands behind a cursor here; its id, which is not 0, tells it from others.
-  return exists ? reinterpret_cast<HCURSOR>(static_cast<std::uintptr_t>(id)) : nullptr;
+  const CursorImage* const image = FindCursor(module, id);
+  if (image == nullptr && (module != nullptr || id != IDC_WAIT)) return nullptr;
+  const CursorImage*& loaded = state_->cursors[{module, id}];
+  loaded = image;
+  return reinterpret_cast<HCURSOR>(&loaded);
 }
 
-void ConsoleSystem::SetCursor(HCURSOR /*cursor*/) {}
+void ConsoleSystem::SetCursor(HCURSOR cursor) {
+  Presenter* const presenter = state_->options.presenter;
+  if (presenter == nullptr) return;
+  if (cursor == nullptr) {
+    presenter->HideCursor();
+    return;
+  }
+  for (auto& [key, image] : state_->cursors) {
+    if (reinterpret_cast<HCURSOR>(&image) != cursor) continue;
+    if (image == nullptr) {
+      presenter->ShowWaitCursor();
+    } else {
+      presenter->ShowCursor(*image);
+    }
+  }
+}
 
 LSTATUS ConsoleSystem::RegCreateKeyEx(RegistryRoot root, const char* path, const char* keyClass,
                                       RegistryAccess access, HKEY& key) {

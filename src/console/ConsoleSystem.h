@@ -1,5 +1,6 @@
-// A System without pixels, for the command line: it holds the state of a dialog's controls and
-// sends the dialog procedure the messages that a person's clicks and typing would send.
+// A System for the command line: it holds the state of a dialog's controls and sends the dialog
+// procedure the messages that a person's clicks and typing send. It has no pixels of its own; a
+// presenter may show what it holds.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +15,7 @@
 
 namespace mapexport {
 
+class Presenter;
 class SettingsStore;
 
 /// Handles that are null, or no longer mean an open dialog, are safe: operations on them do what
@@ -23,9 +25,12 @@ class ConsoleSystem : public System {
   struct Options {
     /// What is done in every dialog before OK is pressed, in this order.
     std::vector<DialogAction> actions;
+    /// Shows dialogs, the file-open box and cursors; it must outlive the system. Without one nobody
+    /// is there but the actions.
+    Presenter* presenter = nullptr;
     /// What GetTickCount answers; without it the system's clock.
     std::optional<std::uint32_t> tickCount;
-    /// Receives each message box. Each of the callbacks may be empty.
+    /// Receives each message box, which it may show. Each of the callbacks may be empty.
     std::function<void(const std::string& title, const std::string& text)> onMessageBox;
     /// Receives each text of the debugger output.
     std::function<void(const std::string& text)> onDebugOutput;
@@ -41,9 +46,9 @@ class ConsoleSystem : public System {
   void InitCommonControls() override;
   void InitCustomControls(HINSTANCE module) override;
 
-  /// Sends WM_INITDIALOG, does what the options say until the procedure ends the dialog, and
-  /// presses OK if it has not by then. When it does not end the dialog on OK either, nobody is
-  /// there to go on: the dialog is closed and the result is 0. Throws std::logic_error when an
+  /// Sends WM_INITDIALOG and does what the options say until the procedure ends the dialog. If it
+  /// has not by then, the presenter shows the dialog; without one, OK is pressed. When the dialog
+  /// has not ended even then, it is closed and the result is 0. Throws std::logic_error when an
   /// action is not possible in the dialog: it has no such control of the right kind, or no such
   /// row.
   int DialogBoxParam(HINSTANCE module, int id, HWND owner, DialogProc* proc,
@@ -59,11 +64,12 @@ class ConsoleSystem : public System {
   int ListBoxGetCurSel(HWND dialog, int id) override;
 
   void MessageBox(HWND owner, const char* text, const char* title) override;
-  /// Answers with the path of the PickFile whose button is being pressed, once; without one it is a
-  /// cancel.
+  /// Answers with the path of the PickFile whose button is being pressed, once; else it is the
+  /// presenter's to ask for one, and a cancel without a presenter. A path of the person's that is
+  /// too long is refused with a message box. Of the filter's pairs the first is offered.
   bool GetOpenFileName(OpenFileName& request) override;
   HCURSOR LoadCursor(HINSTANCE module, int id) override;
-  /// Does nothing: there is no screen to show a cursor on.
+  /// Does nothing without a presenter: there is no screen to show a cursor on.
   void SetCursor(HCURSOR cursor) override;
 
   // The registry is the settings store's.

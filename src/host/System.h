@@ -87,8 +87,9 @@ class System {
   // Dialogs
 
   /// Shows the module's dialog `id` and does not return before it ends: sends `proc` WM_INITDIALOG,
-  /// then a WM_COMMAND for each thing the person does, until EndDialog. The result is EndDialog's;
-  /// 0 when the person closes the window; -1 when the dialog can't be shown.
+  /// then a WM_COMMAND for each thing the person does, until EndDialog. Escape and the window's
+  /// close button are the command IDCANCEL, Enter is the default button or IDOK. The result is
+  /// EndDialog's; 0 when the system closes the window; -1 when the dialog can't be shown.
   virtual int DialogBoxParam(HINSTANCE module, int id, HWND owner, DialogProc* proc,
                              LPARAM parameter) = 0;
   virtual void EndDialog(HWND dialog, int result) = 0;
