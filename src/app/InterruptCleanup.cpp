@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
+#include <pthread.h>
 #include <unistd.h>
 
 namespace mapexport {
@@ -24,12 +26,24 @@ bool NothingIsGuarded() {
   return std::ranges::all_of(guarded, [](const Guarded& each) { return each.folder == nullptr; });
 }
 
-void RemoveAndEnd(int signal) {
+void Remove() {
   for (const Guarded& each : guarded) {
     if (each.folder == nullptr) continue;
     unlink(each.file);
     rmdir(each.folder);
   }
+}
+
+pthread_t guardingThread;
+
+void RemoveAndEnd(int signal) {
+  // A library's thread may be the one to be interrupted. What is guarded is this thread's, which
+  // may hold signals back just now.
+  if (pthread_equal(pthread_self(), guardingThread) == 0) {
+    pthread_kill(guardingThread, signal);
+    return;
+  }
+  Remove();
   ::signal(signal, SIG_DFL);
   raise(signal);
 }
@@ -45,6 +59,10 @@ InterruptCleanup::InterruptCleanup(std::string folder, std::string file)
   slot_ = static_cast<std::size_t>(slot - guarded.begin());
   *slot = {folder_.c_str(), file_.c_str()};
   if (!isFirst) return;
+  guardingThread = pthread_self();
+  // A library may call exit: the windows' does when their display goes away.
+  static const bool registered = std::atexit(Remove) == 0;
+  if (!registered) throw std::logic_error("no more functions can be called at exit");
   for (const int signal : kSignals) {
     // Who started the program to ignore a signal (nohup) means it.
     if (::signal(signal, RemoveAndEnd) == SIG_IGN) ::signal(signal, SIG_IGN);

@@ -1,4 +1,4 @@
-// Leaves nothing temporary behind when a signal ends the program.
+// Leaves nothing temporary behind when a signal, or a library's exit(), ends the program.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 namespace mapexport {
 
 /// While one lives, SIGINT, SIGTERM and SIGHUP remove a file and then its folder before they end
-/// the program as ever. At most kMostAtOnce at a time.
+/// the program as ever, and so does exit(). At most kMostAtOnce at a time, all of one thread.
 class InterruptCleanup {
  public:
   static constexpr int kMostAtOnce = 3;
