@@ -1,5 +1,7 @@
 #include "app/Stages.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 #include <signal.h>
 
@@ -45,9 +47,26 @@ void Stages::Begin(const std::string& name) {
 void Stages::End() {
   const std::scoped_lock lock(mutex_);
   if (current_.empty()) return;
-  times_.push_back({std::move(current_), steady_clock::now() - begin_});
+  auto time = std::ranges::find(times_, current_, &Time::name);
+  if (time == times_.end()) time = times_.insert(time, {std::move(current_), {}});
+  time->duration += steady_clock::now() - begin_;
   current_.clear();
   if (shown_) EraseStatusLine();
+}
+
+void Stages::During(const std::string& name, const std::function<void()>& action) {
+  std::string interrupted;
+  {
+    const std::scoped_lock lock(mutex_);
+    interrupted = current_;
+  }
+  Begin(name);
+  action();
+  if (interrupted.empty()) {
+    End();
+  } else {
+    Begin(interrupted);
+  }
 }
 
 void Stages::Show() {

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <span>
 #include <string>
@@ -33,8 +34,10 @@ class Stages {
   void Begin(const std::string& name);
   /// Ends the stage.
   void End();
+  /// Does `action` in a stage of its own; the stage that it interrupts goes on afterwards.
+  void During(const std::string& name, const std::function<void()>& action);
 
-  /// The stages that have ended.
+  /// The stages that have ended, each once with the sum of its times.
   std::span<const Time> Times() const { return times_; }
 
  private:
