@@ -4,7 +4,7 @@
 #
 # Beyond these lines: the host's own library includes nothing but itself; plugin/load includes
 # plugin and what plugin may include, app/main includes app; of side A, the exporter, side B may
-# include host only; side A takes the standard library and nothing else.
+# include host only; side A takes the standard library and nothing else; Qt is for window alone.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -119,6 +119,10 @@ find . -type f \( -name '*.h' -o -name '*.cpp' \) -printf '%P\0' | LC_ALL=C sort
       if (!(parts[2] in isStandard)) {
         Complain(FILENAME, FNR, "side A takes the standard library only, not <" parts[2] ">")
       }
+    }
+
+    /^[ \t]*#[ \t]*include[ \t]*<Q[A-Z]/ && room != "window" {
+      Complain(FILENAME, FNR, "only the room window includes Qt")
     }
 
     END { exit bad }

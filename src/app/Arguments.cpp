@@ -141,6 +141,7 @@ ExportArguments ExportOf(const CommandLine& line) {
     arguments.actions.push_back(ActionOf(line, option, *value));
     if (option.control == kWeldControl) arguments.unweld = value == "off";
   }
+  arguments.dialog = line.Has("dialog");
   arguments.settings = PathValue(line, "settings");
   arguments.fresh = line.Has("fresh");
   arguments.seed = WholeNumber(line, "seed");

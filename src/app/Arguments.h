@@ -25,6 +25,7 @@ struct ExportArguments {
   std::string output;
   std::vector<DialogAction> actions;  ///< in the order of the dialog's control table
   bool unweld = false;                ///< welding is to be off
+  bool dialog = false;                ///< a person is to decide
   std::optional<std::string> settings;
   bool fresh = false;
   std::optional<std::uint32_t> seed;

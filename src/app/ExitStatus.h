@@ -5,8 +5,9 @@ namespace mapexport {
 
 enum class ExitStatus {
   kDone = 0,
-  kFailed = 1,         ///< the input could not be read or the output not be written
+  kFailed = 1,         ///< the input can't be read, the output not written or the dialog not shown
   kWrongUsage = 2,     ///< the command line is wrong
+  kCancelled = 3,      ///< the export was cancelled in the dialog
   kOverlongLists = 4,  ///< done, but a list is longer than 16-bit indices can address
 };
 

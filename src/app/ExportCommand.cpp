@@ -27,6 +27,7 @@
 #include "app/RunReport.h"
 #include "app/Sha256.h"
 #include "app/Stages.h"
+#include "app/WindowLibrary.h"
 #include "scene/HostScene.h"
 #include "settings/SettingsStore.h"
 
@@ -49,7 +50,19 @@ struct Run {
   Messages messages;
   Stages stages;
   RunReport report;
+  std::unique_ptr<Presenter> windows;  ///< null without --dialog
 };
+
+void ShowStatus(Run& run, const std::string& status) {
+  if (run.windows) run.windows->ShowStatus(status);
+}
+
+ExporterTalk::ShowBox BoxesOf(Run& run) {
+  if (!run.windows) return {};
+  return [&run](const std::string& title, const std::string& text) {
+    run.stages.During("dialog", [&] { run.windows->ShowMessageBox(title, text); });
+  };
+}
 
 SettingsStore OpenSettings(Run& run) {
   if (run.arguments.fresh) return SettingsStore::InMemory();
@@ -67,10 +80,11 @@ SettingsStore OpenSettings(Run& run) {
   return settings;
 }
 
-ConsoleSystem::Options SystemOptions(const ExportArguments& arguments, ExporterTalk& talk) {
+ConsoleSystem::Options SystemOptions(const Run& run, ExporterTalk& talk) {
   ConsoleSystem::Options options;
-  options.actions = arguments.actions;
-  options.tickCount = arguments.seed;
+  options.actions = run.arguments.actions;
+  options.presenter = run.windows.get();
+  options.tickCount = run.arguments.seed;
   options.onMessageBox = [&talk](const std::string& title, const std::string& text) {
     talk.HearMessageBox(title, text);
   };
@@ -94,9 +108,12 @@ void CallExporter(const Scene& scene, const std::string& path, System& system) {
 void WarnOfWelding(Run& run, const ExportSystem::Values& values) {
   if (!values.weld) return;
   if (run.arguments.unweld) {
-    run.messages.Warning("weld-stays-on",
-                         "--no-weld has no effect: \"Remove T-Vertices\", which keeps welding on, "
-                         "was set when its turn came");
+    run.messages.Warning(
+        "weld-stays-on",
+        run.arguments.dialog
+            ? "--no-weld has no effect: welding is on as the dialog is left"
+            : "--no-weld has no effect: \"Remove T-Vertices\", which keeps welding "
+              "on, was set when its turn came");
   }
   const SceneCensus& scene = *run.report.before;
   if (scene.vertices > 0 && scene.extent < kFewWeldDistances * values.weldDistance) {
@@ -187,24 +204,38 @@ void RequireOtherThanSideFiles(std::span<const std::string> sideFiles, const Out
   if (depFile) RequireNotRead(*depFile, sideFiles);
 }
 
+void ReportCancel(Run& run, const std::optional<OutputTarget>& report) {
+  run.report.status = ExitStatus::kCancelled;
+  run.messages.Note("cancelled",
+                    fmt::format("{}: not exported: cancelled in the dialog", run.report.output));
+  if (!report) return;
+  const std::string warning = PrepareReport(*report, run)->Commit();
+  if (!warning.empty()) run.messages.Warning("folder-not-synced", warning);
+}
+
 void Export(Run& run, std::optional<OutputTarget>& report) {
   const ExportArguments& arguments = run.arguments;
   const std::string& output = run.report.output;
   const OutputTarget target = FindModelTarget(arguments);
   const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments);
+  // Reading may take long: that the dialog can't be shown is told before.
+  if (arguments.dialog) RequireWindows();
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);
   RequireOtherThanSideFiles(loaded.sideFiles, target, depFile, report);
   run.report.leftOut = std::move(loaded.leftOut);
   run.report.before = CountScene(loaded.scene);
   SettingsStore settings = OpenSettings(run);
+  const std::string sceneName = NamePart(arguments.scene.path);
+  if (arguments.dialog) run.windows = OpenWindows("mapexport - " + sceneName);
+  ShowStatus(run, "Exporting " + sceneName);
 
   // The exporter is given the person's own file name in the temporary folder and appends ".map"
   // itself where it would have. Only behind a link whose folder has a dot in its path does it judge
   // differently; the folder's own name has none, so another such name tells beforehand.
   const std::string givenName = NamePart(arguments.output);
   OutputPlace place(target, NamePart(ModelPath(FolderPart(target.path) + "folder/" + givenName)));
-  ExporterTalk talk(run.messages);
-  ExportSystem system(SystemOptions(arguments, talk), settings);
+  ExporterTalk talk(run.messages, BoxesOf(run));
+  ExportSystem system(SystemOptions(run, talk), settings, run.stages);
   run.stages.Begin("exporting");
   CallExporter(loaded.scene, place.Folder() + givenName, system);
   loaded.scene = {};  // the check needs memory of its own
@@ -213,15 +244,21 @@ void Export(Run& run, std::optional<OutputTarget>& report) {
     throw RunError(fmt::format("{}: not exported: {}", output, talk.Exception()));
   }
   const ExportSystem::Values values = system.DialogValues().value_or(ExportSystem::Values());
-  WarnOfWelding(run, values);
+  if (!system.Cancelled()) WarnOfWelding(run, values);
   if (const std::string error = settings.Save(); !error.empty()) {
     run.messages.Warning("settings-not-saved", error);
+  }
+  if (system.Cancelled()) {
+    run.stages.End();
+    ReportCancel(run, report);
+    return;
   }
   if (!talk.Succeeded()) {
     ThrowNotExported(output, place.File(), "the exporter could not open its file");
   }
 
   run.stages.Begin("checking");
+  ShowStatus(run, "Checking " + NamePart(output));
   const ModelReadResult read = ReadExported(output, place.File());
   run.report.status = WarnOfModel(read, output, &*run.report.before, run.messages);
   run.report.layout = read.model.layout;
@@ -231,7 +268,8 @@ void Export(Run& run, std::optional<OutputTarget>& report) {
                                          talk.CxpFailed() ? std::string() : values.cxp);
   run.stages.End();
   PutInPlace(run, place, depFile, report);
-  talk.PrintSuccess();
+  ShowStatus(run, "Exported " + sceneName);
+  talk.TellSuccess();
 }
 
 void ReportFailure(Run& run, const OutputTarget& target, const std::string& reason) {

@@ -6,9 +6,9 @@
 
 namespace mapexport {
 
-/// Exports a scene as a person does it with the options dialog. The output is checked before it
-/// takes its place; when anything fails, what was there before stays as it was. Throws SceneError
-/// and RunError.
+/// Exports a scene as a person does it with the options dialog, or lets one do it. The output is
+/// checked before it takes its place; when anything fails, what was there before stays as it was.
+/// Throws SceneError and RunError.
 ExitStatus RunExportCommand(const ExportArguments& arguments);
 
 }  // namespace mapexport

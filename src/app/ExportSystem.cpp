@@ -7,6 +7,21 @@
 
 namespace mapexport {
 
+int ExportSystem::DialogBoxParam(HINSTANCE module, int id, HWND owner, DialogProc* proc,
+                                 LPARAM parameter) {
+  int result = 0;
+  const auto show = [&] {
+    result = ConsoleSystem::DialogBoxParam(module, id, owner, proc, parameter);
+  };
+  if (hasPerson_) {
+    stages_.During("dialog", show);
+  } else {
+    show();
+  }
+  cancelled_ = result == 0;
+  return result;
+}
+
 void ExportSystem::EndDialog(HWND dialog, int result) {
   values_ = Values{IsDlgButtonChecked(dialog, kWeldControl),
                    ParseFloat(TextOf(dialog, kWeldDistanceControl)).value_or(0.0f),

@@ -4,12 +4,14 @@
 #include <optional>
 #include <string>
 
+#include "app/Stages.h"
 #include "console/ConsoleSystem.h"
 
 namespace mapexport {
 
-/// Remembers the values with which the options dialog is left, whether they come from the command
-/// line, from the settings or from the exporter itself.
+/// Remembers how the options dialog is left, whether the values come from the command line, from
+/// the settings, from the exporter itself or from a person at a window. The person's time is a
+/// stage of its own.
 class ExportSystem : public ConsoleSystem {
  public:
   struct Values {
@@ -18,17 +20,28 @@ class ExportSystem : public ConsoleSystem {
     std::string cxp;         ///< path of the CXP database, empty without one
   };
 
-  using ConsoleSystem::ConsoleSystem;
+  /// `settings` and `stages` must outlive the system.
+  ExportSystem(const Options& options, SettingsStore& settings, Stages& stages)
+      : ConsoleSystem(options, settings),
+        hasPerson_(options.presenter != nullptr),
+        stages_(stages) {}
 
+  int DialogBoxParam(HINSTANCE module, int id, HWND owner, DialogProc* proc,
+                     LPARAM parameter) override;
   void EndDialog(HWND dialog, int result) override;
 
   /// Nothing until the dialog has ended.
   const std::optional<Values>& DialogValues() const { return values_; }
+  /// Whether the dialog was left, and not with OK.
+  bool Cancelled() const { return cancelled_; }
 
  private:
   std::string TextOf(HWND dialog, int id);
 
+  const bool hasPerson_;
+  Stages& stages_;
   std::optional<Values> values_;
+  bool cancelled_ = false;
 };
 
 }  // namespace mapexport

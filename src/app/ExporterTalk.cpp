@@ -7,7 +7,7 @@
 namespace mapexport {
 namespace {
 
-constexpr std::string_view kSuccessTitle = "Text Scene Export";
+constexpr const char* kSuccessTitle = "Text Scene Export";
 constexpr std::string_view kNoLog = "Unable to open the file [";
 constexpr std::string_view kNoCxp = "Could not load CXP file ";
 constexpr std::string_view kException = "Export ended by an exception: ";
@@ -17,7 +17,7 @@ constexpr std::string_view kInvalidFace = "Invalid FACE in GROUP";
 
 void ExporterTalk::HearMessageBox(const std::string& title, const std::string& text) {
   if (title != kSuccessTitle) {
-    messages_.Box(title, text);
+    Tell(title, text);
     return;
   }
   succeeded_ = true;
@@ -57,8 +57,13 @@ void ExporterTalk::PrintCounts() {
       invalidFaces_);
 }
 
-void ExporterTalk::PrintSuccess() const {
-  messages_.Box(kSuccessTitle, successText_);
+void ExporterTalk::TellSuccess() const {
+  Tell(kSuccessTitle, successText_);
+}
+
+void ExporterTalk::Tell(const std::string& title, const std::string& text) const {
+  messages_.Box(title, text);
+  if (showBox_) showBox_(title, text);
 }
 
 }  // namespace mapexport

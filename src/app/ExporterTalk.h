@@ -2,19 +2,25 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
+#include <utility>
 
 #include "app/Messages.h"
 
 namespace mapexport {
 
-/// Hears the message boxes and the debugger output of one export. Message boxes are printed at
-/// once, but the one that tells of success is held; of the debugger output only what went wrong is
-/// told.
+/// Hears the message boxes and the debugger output of one export. Message boxes are printed and
+/// shown at once, but the one that tells of success is held; of the debugger output only what went
+/// wrong is told.
 class ExporterTalk {
  public:
-  /// `messages` must outlive this.
-  explicit ExporterTalk(Messages& messages) : messages_(messages) {}
+  /// Shows a message box in a window and waits for the person.
+  using ShowBox = std::function<void(const std::string& title, const std::string& text)>;
+
+  /// `messages` must outlive this. Without windows `showBox` is empty.
+  ExporterTalk(Messages& messages, ShowBox showBox)
+      : messages_(messages), showBox_(std::move(showBox)) {}
 
   void HearMessageBox(const std::string& title, const std::string& text);
   void HearDebugOutput(const std::string& text);
@@ -28,11 +34,14 @@ class ExporterTalk {
 
   /// Sums up what was heard again and again.
   void PrintCounts();
-  /// Prints the held message box.
-  void PrintSuccess() const;
+  /// Prints and shows the held message box.
+  void TellSuccess() const;
 
  private:
+  void Tell(const std::string& title, const std::string& text) const;
+
   Messages& messages_;
+  ShowBox showBox_;
   bool succeeded_ = false;
   bool hasLog_ = true;  ///< ExportDebug.txt could be opened
   bool cxpFailed_ = false;

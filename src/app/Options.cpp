@@ -67,6 +67,9 @@ constexpr std::array kExportOptions{
                kCoordinates},
     OptionInfo{"texture-coordinates", kRow, "MODE", "\"Texture Coordinates\"", '\0', 1062,
                kTextureCoordinates},
+    OptionInfo{"dialog", kFlag, nullptr,
+               "show the options dialog in a window: the controls given above are set first, then "
+               "the person decides"},
     OptionInfo{"settings", kText, "FILE",
                "the settings store to use instead of the user's own; it need not exist yet"},
     OptionInfo{

@@ -1,0 +1,131 @@
+#include "window/DialogWindow.h"
+
+#include <QEvent>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <algorithm>
+#include <utility>
+
+#include "host/System.h"
+#include "window/DialogUnits.h"
+#include "window/QtText.h"
+
+namespace mapexport {
+namespace {
+
+bool TakesLabel(ControlKind kind) {
+  return kind == ControlKind::kEdit || kind == ControlKind::kReadOnlyEdit ||
+         kind == ControlKind::kListBox;
+}
+
+}  // namespace
+
+DialogWindow::DialogWindow(const DialogTemplate& dialog, PresentedDialog& states, QWidget& owner)
+    : QDialog(&owner), dialog_(dialog), states_(states) {
+  setObjectName(QStringLiteral("dialog%1").arg(dialog.id));
+  setWindowTitle(ToQt(dialog.title == nullptr ? "" : dialog.title));
+  const ControlEvents events{
+      [this](const DialogAction& action) { Let([&] { states_.Do(action); }); },
+      [this](int id) { Press(id); }};
+  const ControlEvents none{[](const DialogAction&) {}, [](int) {}};
+  bool hasDefault = false;
+  for (const DialogControl& control : dialog.controls) {
+    views_.push_back(ControlView::Make(control, *this, control.id == -1 ? none : events));
+    hasDefault = hasDefault || control.kind == ControlKind::kDefaultButton;
+  }
+  // Without a default button, Enter is IDOK and not the first button that there is.
+  for (QPushButton* const button : findChildren<QPushButton*>()) button->setAutoDefault(hasDefault);
+  for (std::size_t i = 1; i < views_.size(); ++i) {
+    setTabOrder(&views_[i - 1]->Widget(), &views_[i]->Widget());
+  }
+  ConnectLabels();
+  ShowStates();
+  LayOut();
+}
+
+void DialogWindow::Run() {
+  if (!states_.Ended()) exec();
+  if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
+}
+
+void DialogWindow::ShowStates() {
+  const std::span<const ControlState> states = states_.Controls();
+  for (std::size_t i = 0; i < views_.size(); ++i) views_[i]->Show(states[i]);
+}
+
+void DialogWindow::reject() {
+  Press(IDCANCEL);
+}
+
+void DialogWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) {
+    QDialog::keyPressEvent(event);
+    return;
+  }
+  const QList<QPushButton*> buttons = findChildren<QPushButton*>();
+  auto pressed = std::ranges::find_if(buttons, &QPushButton::hasFocus);
+  if (pressed == buttons.end()) pressed = std::ranges::find_if(buttons, &QPushButton::isDefault);
+  if (pressed == buttons.end()) {
+    Press(IDOK);
+  } else {
+    (*pressed)->click();
+  }
+}
+
+void DialogWindow::changeEvent(QEvent* event) {
+  QDialog::changeEvent(event);
+  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) LayOut();
+}
+
+/// Lets the person do something. Nothing may be thrown through Qt: it comes out of Run.
+template <typename Doing>
+void DialogWindow::Let(const Doing& doing) {
+  if (thrown_) return;
+  try {
+    if (!states_.Ended()) doing();
+    ShowStates();
+  } catch (...) {
+    thrown_ = std::current_exception();
+  }
+  if (thrown_ || states_.Ended()) done(QDialog::Accepted);
+}
+
+void DialogWindow::Press(int id) {
+  Let([&] { states_.Press(id); });
+}
+
+/// An edit or a list is named by the label before it.
+void DialogWindow::ConnectLabels() {
+  for (std::size_t i = 1; i < views_.size(); ++i) {
+    auto* const label = qobject_cast<QLabel*>(&views_[i - 1]->Widget());
+    if (label != nullptr && TakesLabel(dialog_.controls[i].kind)) {
+      label->setBuddy(&views_[i]->Widget());
+    }
+  }
+}
+
+void DialogWindow::LayOut() {
+  const DialogUnits units(font());
+  setFixedSize(units.ToPixels(0, 0, dialog_.width, dialog_.height).size());
+  for (std::size_t i = 0; i < views_.size(); ++i) {
+    const DialogControl& c = dialog_.controls[i];
+    views_[i]->Widget().setGeometry(units.ToPixels(c.x, c.y, c.width, c.height));
+  }
+  for (const std::unique_ptr<ControlView>& view : views_) {
+    QRect place = view->Widget().geometry();
+    if (view->TextWidth() <= place.width()) continue;
+    int room = width() - place.left();
+    for (const std::unique_ptr<ControlView>& other : views_) {
+      const QRect taken = other->Widget().geometry();
+      if (taken.left() > place.left() && taken.top() <= place.bottom() &&
+          taken.bottom() >= place.top()) {
+        room = std::min(room, taken.left() - place.left());
+      }
+    }
+    place.setWidth(std::max(place.width(), std::min(room, view->TextWidth())));
+    view->Widget().setGeometry(place);
+  }
+}
+
+}  // namespace mapexport

@@ -1,0 +1,50 @@
+// The window of a dialog.
+#pragma once
+
+#include <QDialog>
+#include <exception>
+#include <memory>
+#include <vector>
+
+#include "console/PresentedDialog.h"
+#include "host/Resources.h"
+#include "window/ControlView.h"
+
+namespace mapexport {
+
+/// Any dialog template with the states of its controls. What the person does is done to the
+/// states; what becomes of them there is shown. Controls stand at their dialog units in the
+/// window's font; only a label or check box whose text would be cut reaches further right, as far
+/// as there is room.
+class DialogWindow : public QDialog {
+ public:
+  /// Both must outlive the window.
+  DialogWindow(const DialogTemplate& dialog, PresentedDialog& states, QWidget& owner);
+
+  /// Shows the window until the dialog has ended or the system takes it away. Throws what the
+  /// dialog procedure throws.
+  void Run();
+  /// Shows the states as they are now.
+  void ShowStates();
+
+  /// Escape, and the window's close button.
+  void reject() override;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  template <typename Doing>
+  void Let(const Doing& doing);
+  void Press(int id);
+  void ConnectLabels();
+  void LayOut();
+
+  const DialogTemplate& dialog_;
+  PresentedDialog& states_;
+  std::vector<std::unique_ptr<ControlView>> views_;  ///< parallel to the template's controls
+  std::exception_ptr thrown_;
+};
+
+}  // namespace mapexport

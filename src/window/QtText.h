@@ -1,0 +1,19 @@
+// Bytes to Qt's text and back.
+#pragma once
+
+#include <QString>
+#include <string>
+
+namespace mapexport {
+
+/// `bytes` read as UTF-8; what is not UTF-8 shows as the replacement character.
+inline QString ToQt(const std::string& bytes) {
+  return QString::fromStdString(bytes);
+}
+
+/// UTF-8.
+inline std::string ToBytes(const QString& text) {
+  return text.toStdString();
+}
+
+}  // namespace mapexport
