@@ -12,6 +12,9 @@ class DialogUnits {
  public:
   explicit DialogUnits(const QFont& font);
 
+  /// Makes everything wider.
+  void Widen(double factor) { x_ *= factor; }
+
   /// Edges are rounded each, so that what touches in units touches in pixels.
   QRect ToPixels(int x, int y, int width, int height) const;
 

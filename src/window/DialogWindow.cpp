@@ -106,26 +106,49 @@ void DialogWindow::ConnectLabels() {
 }
 
 void DialogWindow::LayOut() {
-  const DialogUnits units(font());
-  setFixedSize(units.ToPixels(0, 0, dialog_.width, dialog_.height).size());
-  for (std::size_t i = 0; i < views_.size(); ++i) {
-    const DialogControl& c = dialog_.controls[i];
-    views_[i]->Widget().setGeometry(units.ToPixels(c.x, c.y, c.width, c.height));
+  DialogUnits units(font());
+  Place(units);
+  // A font whose texts are wide for its letters gets a wider dialog. The pixel is for rounding.
+  double lack = 1;
+  for (const std::unique_ptr<ControlView>& view : views_) {
+    const int room = RoomFor(*view);
+    if (view->TextWidth() <= room) continue;
+    lack = std::max(lack, (view->TextWidth() + 1.0) / std::max(1, room));
+  }
+  if (lack > 1) {
+    units.Widen(lack);
+    Place(units);
   }
   for (const std::unique_ptr<ControlView>& view : views_) {
     QRect place = view->Widget().geometry();
-    if (view->TextWidth() <= place.width()) continue;
-    int room = width() - place.left();
-    for (const std::unique_ptr<ControlView>& other : views_) {
-      const QRect taken = other->Widget().geometry();
-      if (taken.left() > place.left() && taken.top() <= place.bottom() &&
-          taken.bottom() >= place.top()) {
-        room = std::min(room, taken.left() - place.left());
-      }
-    }
-    place.setWidth(std::max(place.width(), std::min(room, view->TextWidth())));
+    const int textWidth = std::min(view->TextWidth(), RoomFor(*view));
+    place.setWidth(std::max(place.width(), textWidth));
     view->Widget().setGeometry(place);
   }
+}
+
+void DialogWindow::Place(const DialogUnits& units) {
+  setFixedSize(units.ToPixels(0, 0, dialog_.width, dialog_.height).size());
+  for (std::size_t i = 0; i < views_.size(); ++i) {
+    const DialogControl& c = dialog_.controls[i];
+    QRect place = units.ToPixels(c.x, c.y, c.width, c.height);
+    // Rounding must not cost a text its last line of pixels.
+    if (views_[i]->TextWidth() > 0)
+      place.setHeight(std::max(place.height(), fontMetrics().height()));
+    views_[i]->Widget().setGeometry(place);
+  }
+}
+
+/// How wide the control may be before it meets another one or the edge.
+int DialogWindow::RoomFor(const ControlView& view) const {
+  const QRect place = view.Widget().geometry();
+  int room = width() - place.left();
+  for (const std::unique_ptr<ControlView>& other : views_) {
+    const QRect taken = other->Widget().geometry();
+    const bool beside = taken.top() <= place.bottom() && taken.bottom() >= place.top();
+    if (beside && taken.left() > place.left()) room = std::min(room, taken.left() - place.left());
+  }
+  return room;
 }
 
 }  // namespace mapexport

@@ -12,10 +12,12 @@
 
 namespace mapexport {
 
+class DialogUnits;
+
 /// Any dialog template with the states of its controls. What the person does is done to the
 /// states; what becomes of them there is shown. Controls stand at their dialog units in the
 /// window's font; only a label or check box whose text would be cut reaches further right, as far
-/// as there is room.
+/// as there is room; where there is too little, the units are wider than the font's.
 class DialogWindow : public QDialog {
  public:
   /// Both must outlive the window.
@@ -40,6 +42,8 @@ class DialogWindow : public QDialog {
   void Press(int id);
   void ConnectLabels();
   void LayOut();
+  void Place(const DialogUnits& units);
+  int RoomFor(const ControlView& view) const;
 
   const DialogTemplate& dialog_;
   PresentedDialog& states_;
