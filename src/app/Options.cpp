@@ -168,6 +168,7 @@ constexpr std::array kExitStatuses{
                    "the input could not be read or the output not be written; an older output is "
                    "untouched"},
     ExitStatusInfo{ExitStatus::kWrongUsage, "the command line is wrong"},
+    ExitStatusInfo{ExitStatus::kCancelled, "the export was cancelled in the dialog"},
     ExitStatusInfo{ExitStatus::kOverlongLists,
                    "done, but a list is longer than the file's 16-bit indices can address"},
 };

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Takes the picture of the options dialog, docs/images/dialog.png: screenshot.sh [FILE [SCALE]].
+# Takes the picture of the options dialog, docs/images/dialog.png: screenshot-dialog.sh [FILE [SCALE]].
 # The dialog of the example's export is shown on a display of its own, with a window manager.
 set -euo pipefail
 unset CDPATH
