@@ -144,6 +144,7 @@ class WindowTest : public testing::Test {
                                       "s.reg",     "--report", "r.json"};
     words.insert(words.end(), options.begin(), options.end());
     std::vector<char*> arguments;
+    arguments.reserve(words.size());
     for (std::string& word : words) arguments.push_back(word.data());
     testing::internal::CaptureStderr();
     const int status = RunProgram(static_cast<int>(arguments.size()), arguments.data());
@@ -240,8 +241,8 @@ TEST_F(WindowTest, WithoutADisplayOneLineSaysSo) {
   EXPECT_EQ(std::ranges::count(err_, '\n'), 1);
 }
 
-class ScaledWindowTest : public WindowTest, public testing::WithParamInterface<const char*> {};
-INSTANTIATE_TEST_SUITE_P(Scales, ScaledWindowTest, testing::Values("1", "2"));
+class ScaledWindowTest : public WindowTest, public testing::WithParamInterface<int> {};
+INSTANTIATE_TEST_SUITE_P(Scales, ScaledWindowTest, testing::Values(1, 2));
 
 /// The width that the text of a control takes up, and the one that it has.
 std::pair<int, int> TextWidths(const QWidget& widget) {
@@ -260,9 +261,9 @@ std::pair<int, int> TextWidths(const QWidget& widget) {
 }
 
 TEST_P(ScaledWindowTest, NothingIsClippedAndNothingOverlaps) {
-  setenv("QT_SCALE_FACTOR", GetParam(), 1);
+  setenv("QT_SCALE_FACTOR", std::to_string(GetParam()).c_str(), 1);
   const auto look = [](QWidget& window) {
-    EXPECT_EQ(window.devicePixelRatio(), std::atoi(GetParam()));
+    EXPECT_EQ(window.devicePixelRatio(), GetParam());
     for (const QFont& font : {QFont("sans-serif", 9), QFont("serif", 14), QFont("monospace", 10)}) {
       window.setFont(font);
       const QString letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
