@@ -97,9 +97,12 @@ SceneMaterial ImportMaterial(const LibraryScene& source, const aiMaterial& mater
   return host;
 }
 
+/// By which the library multiplies the shininess of .ase files.
+constexpr float kAseShininess = 15.0f;
+
 /// Sets what `file` says in place of what the library made of it: .3ds and .ase lose their
 /// shininess when its strength is 0 and the other way round, get the scene's ambient colour added
-/// to their own; .ase shininess is multiplied by 15, a two-sided .3ds material shows one side.
+/// to their own; .ase shininess is multiplied, a two-sided .3ds material shows one side.
 void ApplyFile(const FileMaterial& file, SceneMaterial& host) {
   const auto set = [](float& value, const std::optional<float>& stated) {
     if (stated && std::isfinite(*stated)) value = *stated;
@@ -176,7 +179,11 @@ ImportedMaterials ImportMaterials(const LibraryScene& source) {
     if (name.empty()) name = fmt::format("Material {}", i + 1);
     imported.hostIndex[i] = static_cast<int>(imported.materials.size());
     imported.materials.push_back(ImportMaterial(source, *material, std::move(name)));
-    if (fileMaterials[i]) ApplyFile(*fileMaterials[i], imported.materials.back());
+    SceneMaterial& host = imported.materials.back();
+    if (fileMaterials[i])
+      ApplyFile(*fileMaterials[i], host);
+    else if (source.format == SourceFormat::kAse)
+      host.shininess /= kAseShininess;
   }
   if (source.format == SourceFormat::kAc3d) NameByTexture(imported.materials);
   return imported;
