@@ -91,6 +91,23 @@ std::size_t FbxCurves(const LibraryScene& source, const std::vector<FoldedNode>&
   return static_cast<std::size_t>(std::ranges::count_if(file->objects, isCurve));
 }
 
+/// The library cuts names too, or, worse, gives longer ones none.
+void WarnOfCutNames(const std::vector<SceneNode>& nodes,
+                    const std::vector<SceneMaterial>& materials, ImportRemarks& remarks) {
+  constexpr std::size_t kLongest = sizeof(aiString::data) - 1;
+  const auto isCut = [](const auto& named) { return named.name.size() >= kLongest; };
+  const auto count = static_cast<std::size_t>(std::ranges::count_if(nodes, isCut) +
+                                              std::ranges::count_if(materials, isCut));
+  if (count == 0) return;
+  remarks.push_back(
+      {RemarkKind::kWarning, "cut-name",
+       fmt::format(
+           "{} probably cut: the reader keeps {} bytes of a name, and may lose a node whose "
+           "name is longer",
+           count == 1 ? "1 name is" : fmt::format("{} names are", count), kLongest),
+       count});
+}
+
 /// The nodes of a file that the library read, and their materials.
 void ImportFromLibrary(const LibraryScene& source, const ImportOptions& options,
                        ImportedScene& result, LeftOut& leftOut) {
@@ -137,8 +154,9 @@ void ImportFromLibrary(const LibraryScene& source, const ImportOptions& options,
       if (color != colors.end()) nodes[i].wireColor = color->second;
     }
   }
-  AssembleTree(folded, std::move(nodes), result.scene.root);
   result.scene.materials = materials.Take();
+  WarnOfCutNames(nodes, result.scene.materials, result.remarks);
+  AssembleTree(folded, std::move(nodes), result.scene.root);
   properties.AddRemarks(result.remarks);
 }
 
