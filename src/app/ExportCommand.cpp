@@ -38,8 +38,8 @@ namespace fs = std::filesystem;
 
 // A scene that is not this many weld distances long is likely in other units than it was meant.
 constexpr float kFewWeldDistances = 20;
-// An output with less than this part of the scene's triangles is hardly what was wanted.
-constexpr std::uint64_t kMostLost = 10;
+// An output with less than this part of the scene's triangles, the half, is hardly what was wanted.
+constexpr std::uint64_t kMostLost = 2;
 
 /// One run of the command.
 struct Run {

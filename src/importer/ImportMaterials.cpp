@@ -92,7 +92,9 @@ SceneMaterial ImportMaterial(const LibraryScene& source, const aiMaterial& mater
   host.shininess = FloatOf(material, 0.0f, {AI_MATKEY_SHININESS});
   host.shininessStrength = FloatOf(material, 0.0f, {AI_MATKEY_SHININESS_STRENGTH});
   host.shading = IntegerOf(material, {AI_MATKEY_SHADING_MODEL});
-  host.twoSided = IntegerOf(material, {AI_MATKEY_TWOSIDED}) != 0;
+  // The reader of PLY files calls everything two-sided, of which the format knows nothing.
+  host.twoSided =
+      source.format != SourceFormat::kPly && IntegerOf(material, {AI_MATKEY_TWOSIDED}) != 0;
   host.diffuseMap = DiffuseMap(source, material);
   return host;
 }

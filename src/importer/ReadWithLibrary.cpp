@@ -21,6 +21,7 @@
 #include "importer/FileExtension.h"
 #include "importer/HostText.h"
 #include "importer/LibraryValues.h"
+#include "importer/PatchAc3d.h"
 #include "importer/PatchAse.h"
 #include "importer/PatchCollada.h"
 #include "importer/SideFiles.h"
@@ -115,6 +116,8 @@ std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path, std::str
     text = FileText(path).View();  // without the mark, which its JSON reader takes for a defect
   } else if (extension == ".dae" && !IsUtf16(beginning)) {
     text = PatchCollada(FileText(path).View());
+  } else if ((extension == ".ac" || extension == ".acc") && !IsUtf16(beginning)) {
+    text = PatchAc3d(FileText(path).View());
   } else if (extension == ".ase" && !IsUtf16(beginning)) {
     if (std::optional<PatchedAse> patched = PatchAse(FileText(path).View())) {
       scene.cutShapes = patched->shapes;
