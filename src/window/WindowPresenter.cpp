@@ -97,7 +97,8 @@ void WindowPresenter::ShowMessageBox(const std::string& title, const std::string
 std::optional<std::string> WindowPresenter::PickFile(const FileBox& box) {
   QFileDialog dialog(&Owner(), QStringLiteral("Open"),
                      box.initialDir ? ToQt(*box.initialDir) : QString());
-  dialog.setFileMode(QFileDialog::ExistingFile);
+  // As the classical box without flags: a file that is not there yet may be named, too.
+  dialog.setFileMode(QFileDialog::AnyFile);
   dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setNameFilters({ToNameFilter(box)});
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
