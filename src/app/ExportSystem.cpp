@@ -1,11 +1,26 @@
 #include "app/ExportSystem.h"
 
 #include <array>
+#include <charconv>
+#include <cmath>
 
 #include "app/OptionValues.h"
 #include "app/Options.h"
 
 namespace mapexport {
+namespace {
+
+/// The number with which `text` begins, as exporters read what a person has typed; 0 for none.
+float LeadingFloat(const std::string& text) {
+  const char* begin = text.c_str();
+  while (*begin == ' ' || *begin == '\t') ++begin;
+  if (*begin == '+') ++begin;
+  float number = 0;
+  std::from_chars(begin, text.c_str() + text.size(), number);
+  return std::isfinite(number) ? number : 0.0f;
+}
+
+}  // namespace
 
 int ExportSystem::DialogBoxParam(HINSTANCE module, int id, HWND owner, DialogProc* proc,
                                  LPARAM parameter) {
@@ -24,8 +39,7 @@ int ExportSystem::DialogBoxParam(HINSTANCE module, int id, HWND owner, DialogPro
 
 void ExportSystem::EndDialog(HWND dialog, int result) {
   values_ = Values{IsDlgButtonChecked(dialog, kWeldControl),
-                   ParseFloat(TextOf(dialog, kWeldDistanceControl)).value_or(0.0f),
-                   TextOf(dialog, kCxpControl)};
+                   LeadingFloat(TextOf(dialog, kWeldDistanceControl)), TextOf(dialog, kCxpControl)};
   ConsoleSystem::EndDialog(dialog, result);
 }
 

@@ -37,7 +37,11 @@ ExitStatus RunViewCommand(const ViewArguments& arguments) {
   if (const std::string warning = place.Commit(); !warning.empty()) {
     messages.Warning("folder-not-synced", warning);
   }
-  PrintResult([&](std::ostream& out) { out << "wrote " << output << '\n'; });
+  try {
+    PrintResult([&](std::ostream& out) { out << "wrote " << output << '\n'; });
+  } catch (const RunError& error) {
+    messages.Warning("not-told", error.what());  // the page is in its place all the same
+  }
   return loaded->status;
 }
 

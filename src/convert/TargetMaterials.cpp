@@ -53,8 +53,10 @@ aiColor4D BaseColour(const ModelMaterial& material, Changes& changes) {
 
 std::unique_ptr<aiMaterial> TargetMaterial(const ModelMaterial& material, Changes& changes) {
   const float opacity = std::isnan(material.scalar1) ? 1 : std::clamp(material.scalar1, 0.0f, 1.0f);
-  return MakeMaterial(LibraryText(material.header.name), BaseColour(material, changes), opacity,
-                      material.twoSided);
+  // Without a name, readers of text would not find it again.
+  std::string name = LibraryText(material.header.name);
+  if (name.empty()) name = "unnamed";
+  return MakeMaterial(name, BaseColour(material, changes), opacity, material.twoSided);
 }
 
 std::unique_ptr<aiMaterial> NoMaterial() {

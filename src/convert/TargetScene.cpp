@@ -29,7 +29,9 @@ class SceneBuilder {
     for (const ModelMaterial& material : model.materials) {
       Changes noted;  // the corners of its faces repeat what is wrong with its colour
       baseColours_.push_back(BaseColour(material, noted));
-      materials_.push_back(TargetMaterial(material, changes));
+      // What the format leaves out is no change.
+      Changes unseen;
+      materials_.push_back(TargetMaterial(material, format.hasNodes ? changes : unseen));
     }
   }
 
