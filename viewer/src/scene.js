@@ -72,6 +72,8 @@ export class LevelScene {
   #rest = 0;
   #waiting = false;
   #only = false;
+  #parts = { undrawn: false };
+  #chosenUndrawn = false;
   #kinds = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
   #chosen = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
   #materials;
@@ -219,9 +221,16 @@ export class LevelScene {
   setParts(parts) {
     this.#shapes.backs.visible = parts.backs;
     this.#shapes.edges.visible = parts.edges;
-    this.#shapes.undrawn.visible = this.#shapes.undrawnEdges.visible = parts.undrawn;
+    this.#parts = parts;
+    this.#showUndrawn();
     this.#shapes.planes.visible = this.#shapes.planePins.visible = parts.planes;
     this.draw();
+  }
+
+  /** Undrawn faces that are all that is to be seen are shown in any case. */
+  #showUndrawn() {
+    const visible = this.#parts.undrawn || (this.#only && this.#chosenUndrawn);
+    this.#shapes.undrawn.visible = this.#shapes.undrawnEdges.visible = visible;
   }
 
   /** Marks faces: lists of entries of the drawn and the undrawn. With `only` no other is shown. */
@@ -242,6 +251,8 @@ export class LevelScene {
       }
     }
     this.#only = only;
+    this.#chosenUndrawn = undrawn.length > 0;
+    this.#showUndrawn();
     // Few faces get an outline that shines through; many would be a thicket.
     this.#materials.outline.depthTest = drawn.length + undrawn.length > 12;
     this.draw();

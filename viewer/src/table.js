@@ -15,6 +15,7 @@ export class ThingTable {
   #order;
   #sorted = { column: -1, down: false };
   #shown = kFirstRows;
+  #extra = null; // a marked thing that stands behind the rows that are shown
   #body = element('tbody');
   #head = element('tr');
   #more = element('button', { type: 'button', className: 'more' });
@@ -102,9 +103,9 @@ export class ThingTable {
   }
 
   #fill() {
-    this.#rows = new Map(
-      this.#order.slice(0, this.#shown).map((thing) => [thing.id, this.#row(thing)]),
-    );
+    const things = this.#order.slice(0, this.#shown);
+    if (this.#extra && !things.includes(this.#extra)) things.push(this.#extra);
+    this.#rows = new Map(things.map((thing) => [thing.id, this.#row(thing)]));
     this.#body.replaceChildren(...this.#rows.values());
     this.#more.hidden = this.#order.length <= this.#shown;
     this.#more.textContent = `Show all ${counted(this.#order.length)}`;
@@ -123,11 +124,14 @@ export class ThingTable {
   mark(chosen, ofFace) {
     this.#marks = { chosen, ofFace };
     const id = chosen ?? ofFace;
-    if (id !== null && !this.#rows.has(id) && this.#things.some((thing) => thing.id === id)) {
-      this.#shown = this.#things.length;
+    const isHidden = id !== null && !this.#rows.has(id);
+    const extra = isHidden ? this.#things.find((thing) => thing.id === id) : null;
+    if (extra) {
+      this.#extra = extra;
       this.#fill();
+    } else {
+      this.#applyMarks();
     }
-    this.#applyMarks();
     const row = this.#rows.get(id);
     if (!row) return;
     // Within the table only: the page itself must not jump.
