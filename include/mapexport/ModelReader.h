@@ -9,8 +9,9 @@
 //   }
 //
 // Open checks the whole file once: tags, sizes within sizes, every count against the bytes that are
-// left, every index against its list. All that is handed out afterwards are views over the bytes,
-// which must stay as they are meanwhile and need no alignment. What the parts mean is described in
+// left, every index against its list but the positions of drawn faces (see Group::faces). All that
+// is handed out afterwards are views over the bytes, which must stay as they are meanwhile and need
+// no alignment; a list answers zeros beyond its end. What the parts mean is described in
 // docs/format.md of mapexport.
 #pragma once
 
