@@ -28,6 +28,8 @@ ImportRemarks LeftOut::Items() const {
        "triangles with a corner that is missing or not finite"},
       {textureCorners, "texture-coordinates", "texture coordinate that isn't finite",
        "texture coordinates that aren't finite"},
+      {creases, "creases", "hard edge within a smooth surface",
+       "hard edges within smooth surfaces"},
       {transforms, "transforms", "node transform that isn't finite",
        "node transforms that aren't finite"},
       {meshes, "meshes", "mesh that isn't in the file", "meshes that aren't in the file"},

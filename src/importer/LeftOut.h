@@ -18,6 +18,7 @@ struct LeftOut {
   std::size_t vertices = 0;        ///< with a coordinate that isn't finite
   std::size_t faces = 0;           ///< triangles with such a corner, or one that isn't there
   std::size_t textureCorners = 0;  ///< texture coordinates that aren't finite: 0 stands for them
+  std::size_t creases = 0;         ///< edges of them within smooth surfaces
   std::size_t transforms = 0;      ///< of nodes, not finite: the parent's stands for them
   std::size_t meshes = 0;          ///< that nodes name and the file doesn't have
   std::size_t colours = 0;         ///< colours of vertices

@@ -100,7 +100,7 @@ class MeshBuilder {
       mesh_.tVerts = textureVertices_.TakePoints();
     else
       mesh_.tvFace.clear();
-    if (hasNormals_) RebuildSmoothing(mesh_, normals_);
+    if (hasNormals_) leftOut_.creases += RebuildSmoothing(mesh_, normals_);
     return {std::make_shared<const Mesh>(std::move(mesh_)), materials_.Take()};
   }
 

@@ -94,16 +94,27 @@ void JoinAcrossEdge(std::span<const Side> sides, const std::vector<CornerNormals
   }
 }
 
-Surfaces FindSurfaces(const std::vector<Face>& faces, const std::vector<CornerNormals>& normals) {
-  Surfaces surfaces(faces.size());
-  const std::vector<Side> sides = SortedSides(faces);
+/// Calls `visit` with the sides on each edge.
+void ForEachEdge(const std::vector<Side>& sides, const auto& visit) {
   for (auto begin = sides.begin(); begin != sides.end();) {
     const auto end = std::find_if(begin, sides.end(),
                                   [&](const Side& side) { return side.edge != begin->edge; });
-    JoinAcrossEdge({begin, end}, normals, surfaces);
+    visit(std::span<const Side>(begin, end));
     begin = end;
   }
-  return surfaces;
+}
+
+/// Whether faces on the edge are one surface, though the normals break there.
+bool IsLostCrease(std::span<const Side> sides, const std::vector<CornerNormals>& normals,
+                  Surfaces& surfaces) {
+  const Side& first = sides.front();
+  const CornerNormals& mine = normals[first.face];
+  return std::ranges::any_of(sides.subspan(1), [&](const Side& side) {
+    const CornerNormals& theirs = normals[side.face];
+    const bool isSmooth = Agree(mine[first.lowCorner], theirs[side.lowCorner]) &&
+                          Agree(mine[first.highCorner], theirs[side.highCorner]);
+    return !isSmooth && surfaces.Find(first.face) == surfaces.Find(side.face);
+  });
 }
 
 /// Whether a face with these normals is flat and looks the way that `first` does.
@@ -113,12 +124,18 @@ bool IsFlatWith(const Point3& first, const CornerNormals& normals) {
 
 }  // namespace
 
-void RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals) {
+std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals) {
   std::vector<CornerNormals> unit = normals;
   for (CornerNormals& corners : unit) {
     for (Point3& normal : corners) normal = Normalize(normal);
   }
-  Surfaces surfaces = FindSurfaces(mesh.faces, unit);
+  Surfaces surfaces(mesh.faces.size());
+  const std::vector<Side> sides = SortedSides(mesh.faces);
+  ForEachEdge(sides, [&](std::span<const Side> edge) { JoinAcrossEdge(edge, unit, surfaces); });
+  std::size_t lost = 0;
+  ForEachEdge(sides, [&](std::span<const Side> edge) {
+    if (IsLostCrease(edge, unit, surfaces)) ++lost;
+  });
   std::vector<std::uint32_t> surfaceOf(mesh.faces.size());
   for (std::uint32_t face = 0; face < surfaceOf.size(); ++face)
     surfaceOf[face] = surfaces.Find(face);
@@ -135,6 +152,7 @@ void RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals) {
     if (!isCurved[surface]) surface = kFlatFace;
   }
   AssignSmoothingBits(mesh, surfaceOf);
+  return lost;
 }
 
 }  // namespace mapexport
