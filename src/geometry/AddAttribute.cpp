@@ -3,14 +3,21 @@
 namespace mapexport {
 
 int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute) {
-  if (group.attributeIndex.Count() > group.attributes.size()) group.attributeIndex.Clear();
-  group.attributeIndex.Update(group.attributes);
-  const std::uint32_t found = group.attributeIndex.FindFirst(attribute, group.attributes);
+  AttributeIndex& index = group.attributeIndex;
+  if (index.Count() > group.attributes.size()) index.Clear();
+  index.Update(group.attributes);
+  return AddAttribute(group, attribute, index.PlaceOf(attribute.position));
+}
+
+int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute,
+                 const AttributePlace& place) {
+  AttributeIndex& index = group.attributeIndex;
+  const std::uint32_t found = index.FindFirst(attribute, place, group.attributes);
   if (found != AttributeIndex::kNone) return static_cast<int>(found);
 
-  VertexAttribute stored = attribute;
-  stored.colour.a = 1.0f;
-  group.attributes.Append(stored);
+  group.attributes.Append(attribute);
+  group.attributes[group.attributes.size() - 1].colour.a = 1.0f;
+  index.AddDistinct(place, group.attributes);
   return static_cast<int>(group.attributes.size() - 1);
 }
 

@@ -4,113 +4,16 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <utility>
+
+#include "geometry/AttributeCells.h"
 
 namespace mapexport {
 namespace {
 
-// Cells per unit. A cell is many times as wide as the tolerance, so that most values touch one cell
-// only.
-constexpr double kCoarsePosition = 4.0;
-constexpr double kFinePosition = 20.0;
-constexpr double kFineNormal = 4.0;
-constexpr double kFineUv = 20.0;
-
-/// Round coordinates sit on the borders of a grid through the origin; this fraction of a cell moves
-/// it.
-constexpr double kShift = 0.37;
-
-/// From here on neighbouring floats are further apart than the tolerance: only equal values match.
-constexpr float kFar = 524288.0f;  // 2^19
-
-constexpr std::uint32_t kCrowded = 32;  // longest chain of the coarse table
-constexpr std::uint32_t kMoved = ~0u;   // the length of a chain whose entries are in the fine table
-constexpr std::size_t kSmallestTable = 256;  // chains
-
-/// The one or two cells that the values within the tolerance of a value can lie in.
-struct Cells {
-  std::array<std::int64_t, 2> cell;
-  int count;
-};
-
-std::int64_t NearCell(double value, double perUnit) {
-  return static_cast<std::int64_t>(std::floor(value * perUnit + kShift));
-}
-
-std::int64_t FarCell(float value) {
-  return (std::int64_t{1} << 40) | std::bit_cast<std::uint32_t>(value);
-}
-
-bool IsFar(float value) {
-  return std::fabs(value) >= kFar;
-}
-
-std::int64_t CellOf(float value, double perUnit) {
-  return IsFar(value) ? FarCell(value) : NearCell(static_cast<double>(value), perUnit);
-}
-
-Cells CellsAround(float value, double perUnit) {
-  if (IsFar(value)) return {{FarCell(value), 0}, 1};
-  const double centre = static_cast<double>(value);
-  const double reach = static_cast<double>(kAttributeTolerance);
-  const std::int64_t lo = NearCell(centre - reach, perUnit);
-  const std::int64_t hi = NearCell(centre + reach, perUnit);
-  return {{lo, hi}, lo == hi ? 1 : 2};
-}
-
-std::uint64_t Mix(std::uint64_t hash, std::int64_t cell) {
-  hash = (hash ^ static_cast<std::uint64_t>(cell)) * 0x9E3779B97F4A7C15u;
-  return hash ^ (hash >> 29);
-}
-
-struct Axis {
-  float value;
-  double perUnit;
-};
-
-std::array<Axis, 3> CoarseAxes(const VertexAttribute& x) {
-  return {{{x.position.x, kCoarsePosition},
-           {x.position.y, kCoarsePosition},
-           {x.position.z, kCoarsePosition}}};
-}
-
-std::array<Axis, 9> FineAxes(const VertexAttribute& x) {
-  return {{{x.position.x, kFinePosition},
-           {x.position.y, kFinePosition},
-           {x.position.z, kFinePosition},
-           {x.normal.x, kFineNormal},
-           {x.normal.y, kFineNormal},
-           {x.normal.z, kFineNormal},
-           {x.uvw.x, kFineUv},
-           {x.uvw.y, kFineUv},
-           {x.uvw.z, kFineUv}}};
-}
-
-template <std::size_t kAxes>
-std::uint64_t HashOf(std::uint64_t seed, const std::array<Axis, kAxes>& axes) {
-  for (const Axis& axis : axes) seed = Mix(seed, CellOf(axis.value, axis.perUnit));
-  return seed;
-}
-
-/// Calls `visit` with the hash of every cell that a match can lie in.
-template <std::size_t kAxes, typename Visit>
-void VisitCells(std::uint64_t seed, const std::array<Axis, kAxes>& axes, const Visit& visit) {
-  std::array<Cells, kAxes> cells;
-  for (std::size_t i = 0; i < kAxes; ++i) cells[i] = CellsAround(axes[i].value, axes[i].perUnit);
-  const auto descend = [&](const auto& self, std::size_t axis, std::uint64_t hash) -> void {
-    if (axis == kAxes) {
-      visit(hash);
-      return;
-    }
-    for (int i = 0; i < cells[axis].count; ++i) {
-      self(self, axis + 1, Mix(hash, cells[axis].cell[static_cast<std::size_t>(i)]));
-    }
-  };
-  descend(descend, 0, seed);
-}
-
-std::uint64_t FineSeed(const VertexAttribute& x) {
-  return Mix(1, x.material);
-}
+constexpr double kCellsPerUnit = 1.0;
+constexpr std::uint32_t kFewAttributes = 32;  // in a cell that is not crowded
+constexpr std::size_t kSmallestTable = 256;   // entries
 
 bool IsFinite(const Point3& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
@@ -121,116 +24,163 @@ bool CanMatch(const VertexAttribute& x) {
   return IsFinite(x.position) && IsFinite(x.normal) && IsFinite(x.uvw);
 }
 
+std::array<CellsAround, 3> AxesOf(const Point3& position) {
+  return {CellsAround({position.x, kCellsPerUnit}), CellsAround({position.y, kCellsPerUnit}),
+          CellsAround({position.z, kCellsPerUnit})};
+}
+
+std::uint32_t Upper(std::uint64_t hash) {
+  return static_cast<std::uint32_t>(hash >> 32);
+}
+
+/// The place of a position, with its cell's hash instead of the cell.
+AttributePlace HashedPlaceOf(const Point3& position) {
+  if (!IsFinite(position)) return {AttributePlace::Reach::kNone, 0};
+  const std::array<CellsAround, 3> axes = AxesOf(position);
+  std::uint64_t hash = 0;
+  for (const CellsAround& axis : axes) hash = MixCell(hash, axis.cell[0]);
+  const bool one = axes[0].count == 1 && axes[1].count == 1 && axes[2].count == 1;
+  return {one ? AttributePlace::Reach::kOneCell : AttributePlace::Reach::kSeveralCells,
+          Upper(hash)};
+}
+
 }  // namespace
 
-std::uint32_t AttributeIndex::FindFirst(const VertexAttribute& x,
-                                        std::span<const VertexAttribute> attributes) const {
-  if (coarse_.chains.empty() || !CanMatch(x)) return kNone;
-  std::uint32_t best = kNone;
-  bool crowded = false;
-  VisitCells(0, CoarseAxes(x), [&](std::uint64_t hash) {
-    const Table::Chain& chain = coarse_.At(hash);
-    if (chain.length == kMoved) {
-      crowded = true;
-    } else {
-      best = FirstOfChain(chain, x, attributes, best);
+AttributePlace AttributeIndex::PlaceOf(const Point3& position) {
+  return PlacesOf({&position, 1}).front();
+}
+
+std::vector<AttributePlace> AttributeIndex::PlacesOf(std::span<const Point3> positions) {
+  ReserveCells(newest_.size() + positions.size());
+  std::vector<AttributePlace> places;
+  places.reserve(positions.size());
+  // First the hashes: the entries can then be fetched ahead.
+  for (const Point3& position : positions) places.push_back(HashedPlaceOf(position));
+  constexpr std::size_t kAhead = 16;
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    if (i + kAhead < places.size()) {
+      __builtin_prefetch(&table_[places[i + kAhead].cell & (table_.size() - 1)]);
     }
-  });
-  if (crowded) {
-    VisitCells(FineSeed(x), FineAxes(x), [&](std::uint64_t hash) {
-      best = FirstOfChain(fine_.At(hash), x, attributes, best);
-    });
+    if (places[i].reach != AttributePlace::Reach::kNone) {
+      places[i].cell = FindOrAddCell(places[i].cell);
+    }
+  }
+  return places;
+}
+
+std::uint32_t AttributeIndex::FindFirst(const VertexAttribute& x, const AttributePlace& place,
+                                        std::span<const VertexAttribute> attributes) const {
+  if (place.reach == AttributePlace::Reach::kNone) return kNone;
+  const std::uint32_t best = FirstOfCell(place.cell, x, attributes, kNone);
+  if (place.reach == AttributePlace::Reach::kOneCell) return best;
+  return FirstOfNeighbours(x, place.cell, attributes, best);
+}
+
+/// The least of `best` and the attributes of one cell that match.
+std::uint32_t AttributeIndex::FirstOfCell(std::uint32_t cell, const VertexAttribute& x,
+                                          std::span<const VertexAttribute> attributes,
+                                          std::uint32_t best) const {
+  if (newest_[cell] == kCrowdedCell) {
+    return CanMatch(x) ? crowded_.FindFirst(x, attributes, best) : best;
+  }
+  for (std::uint32_t link = newest_[cell]; link != 0; link = slots_[link - 1].older) {
+    const std::uint32_t i = link - 1;
+    if (i < best && AttributesMatch(x, attributes[i])) best = i;
   }
   return best;
 }
 
-std::uint32_t AttributeIndex::FirstOfChain(const Table::Chain& chain, const VertexAttribute& x,
-                                           std::span<const VertexAttribute> attributes,
-                                           std::uint32_t best) const {
-  for (std::uint32_t i = chain.first; i < best; i = next_[i]) {
-    if (AttributesMatch(x, attributes[i])) return i;
-  }
+std::uint32_t AttributeIndex::FirstOfNeighbours(const VertexAttribute& x, std::uint32_t ownCell,
+                                                std::span<const VertexAttribute> attributes,
+                                                std::uint32_t best) const {
+  bool crowdedDone = newest_[ownCell] == kCrowdedCell;  // there all cells are searched at once
+  VisitCells(0, AxesOf(x.position), [&](std::uint64_t hash) {
+    const Entry& entry = EntryOf(Upper(hash));
+    if (entry.cell == 0 || entry.cell - 1 == ownCell) return;
+    const bool isCrowded = newest_[entry.cell - 1] == kCrowdedCell;
+    if (isCrowded && crowdedDone) return;
+    crowdedDone |= isCrowded;
+    best = FirstOfCell(entry.cell - 1, x, attributes, best);
+  });
   return best;
+}
+
+void AttributeIndex::AddDistinct(const AttributePlace& place,
+                                 std::span<const VertexAttribute> attributes) {
+  if (distinct_ == Count()) ++distinct_;
+  Insert(place, attributes);
 }
 
 void AttributeIndex::Update(std::span<const VertexAttribute> attributes) {
-  while (Count() < attributes.size()) {
-    const auto i = static_cast<std::uint32_t>(Count());
-    next_.push_back(kNone);
-    if (coarse_.entries >= coarse_.chains.size()) {
-      Rebuild(attributes);
-    } else {
-      Insert(i, attributes);
-    }
-  }
+  while (Count() < attributes.size()) Insert(PlaceOf(attributes[Count()].position), attributes);
 }
 
 void AttributeIndex::Clear() {
   *this = AttributeIndex();
 }
 
-void AttributeIndex::Rebuild(std::span<const VertexAttribute> attributes) {
-  coarse_.chains.assign(std::max(kSmallestTable, std::bit_ceil(2 * Count())), {});
-  coarse_.entries = 0;
-  fine_.chains.assign(std::max(kSmallestTable, std::bit_ceil(2 * fine_.entries + 1)), {});
-  fine_.entries = 0;
-  for (std::uint32_t i = 0; i < Count(); ++i) Insert(i, attributes);
+void AttributeIndex::Release() {
+  const std::size_t distinct = distinct_;
+  Clear();
+  distinct_ = distinct;
 }
 
-void AttributeIndex::Insert(std::uint32_t i, std::span<const VertexAttribute> attributes) {
-  next_[i] = kNone;
-  ++coarse_.entries;
+const AttributeIndex::Entry& AttributeIndex::EntryOf(std::uint32_t hash) const {
+  const std::size_t mask = table_.size() - 1;
+  std::size_t i = hash & mask;
+  while (table_[i].cell != 0 && table_[i].hash != hash) i = (i + 1) & mask;
+  return table_[i];
+}
+
+AttributeIndex::Entry& AttributeIndex::EntryOf(std::uint32_t hash) {
+  return const_cast<Entry&>(std::as_const(*this).EntryOf(hash));
+}
+
+std::uint32_t AttributeIndex::FindOrAddCell(std::uint32_t hash) {
+  Entry& entry = EntryOf(hash);
+  if (entry.cell == 0) {
+    newest_.Append(0);
+    entry = {hash, static_cast<std::uint32_t>(newest_.size())};
+  }
+  return entry.cell - 1;
+}
+
+/// Keeps the table at most half full with that many cells.
+void AttributeIndex::ReserveCells(std::size_t count) {
+  if (2 * count <= table_.size()) return;
+  std::vector<Entry> former(std::max(kSmallestTable, std::bit_ceil(2 * count)));
+  former.swap(table_);
+  for (const Entry& entry : former) {
+    if (entry.cell != 0) EntryOf(entry.hash) = entry;
+  }
+}
+
+void AttributeIndex::Insert(const AttributePlace& place,
+                            std::span<const VertexAttribute> attributes) {
+  const auto i = static_cast<std::uint32_t>(slots_.size());
+  slots_.Append({0, 1});
   if (!CanMatch(attributes[i])) return;
-  Table::Chain& chain = coarse_.At(HashOf(0, CoarseAxes(attributes[i])));
-  if (chain.length == kCrowded) {
-    std::uint32_t moved = chain.first;
-    chain = {kNone, kNone, kMoved};
-    while (moved != kNone) {
-      const std::uint32_t following = next_[moved];
-      InsertFine(moved, attributes);
-      moved = following;
-    }
+  const std::uint32_t older = newest_[place.cell];
+  if (older != 0 && older != kCrowdedCell) {
+    slots_[i] = {older, slots_[older - 1].length + 1};
+    if (slots_[i].length > kFewAttributes) MoveToCrowded(place.cell, attributes);
   }
-  if (chain.length == kMoved) {
-    InsertFine(i, attributes);
+  if (newest_[place.cell] == kCrowdedCell) {
+    crowded_.Insert(i, attributes);
   } else {
-    Append(chain, i);
+    newest_[place.cell] = i + 1;
   }
 }
 
-void AttributeIndex::InsertFine(std::uint32_t i, std::span<const VertexAttribute> attributes) {
-  if (fine_.entries >= fine_.chains.size()) GrowFine(attributes);
-  ++fine_.entries;
-  Append(fine_.At(HashOf(FineSeed(attributes[i]), FineAxes(attributes[i]))), i);
-}
-
-void AttributeIndex::GrowFine(std::span<const VertexAttribute> attributes) {
-  std::vector<std::uint32_t> members;
-  members.reserve(fine_.entries);
-  for (const Table::Chain& chain : fine_.chains) {
-    for (std::uint32_t i = chain.first; i != kNone; i = next_[i]) members.push_back(i);
+void AttributeIndex::MoveToCrowded(std::uint32_t cell,
+                                   std::span<const VertexAttribute> attributes) {
+  std::vector<std::uint32_t> moved;
+  for (std::uint32_t link = newest_[cell]; link != 0; link = slots_[link - 1].older) {
+    moved.push_back(link - 1);
   }
-  std::ranges::sort(members);
-  fine_.chains.assign(std::max(kSmallestTable, 4 * fine_.chains.size()), {});
-  for (const std::uint32_t i : members) {
-    Append(fine_.At(HashOf(FineSeed(attributes[i]), FineAxes(attributes[i]))), i);
-  }
-}
-
-void AttributeIndex::Append(Table::Chain& chain, std::uint32_t i) {
-  ++chain.length;
-  if (chain.first == kNone || i < chain.first) {
-    next_[i] = chain.first;
-    if (chain.first == kNone) chain.last = i;
-    chain.first = i;
-    return;
-  }
-  // An entry that moves here from a crowded cell can be older than what is here already.
-  std::uint32_t before = i > chain.last ? chain.last : chain.first;
-  while (next_[before] < i) before = next_[before];
-  next_[i] = next_[before];
-  next_[before] = i;
-  if (i > chain.last) chain.last = i;
+  std::ranges::reverse(moved);
+  for (const std::uint32_t i : moved) crowded_.Insert(i, attributes);
+  newest_[cell] = kCrowdedCell;
 }
 
 }  // namespace mapexport

@@ -7,61 +7,91 @@
 #include <span>
 #include <vector>
 
+#include "geometry/CrowdedAttributes.h"
 #include "geometry/VertexAttribute.h"
+#include "plugin/state/GrowableArray.h"
 
 namespace mapexport {
 
+/// Where the attributes at one position are looked up. Corners at one vertex share it.
+struct AttributePlace {
+  enum class Reach : std::uint32_t {
+    kNone,     ///< the position is not finite and matches nothing
+    kOneCell,  ///< all that can match lies in the position's own cell
+    kSeveralCells
+  };
+  Reach reach = Reach::kNone;
+  std::uint32_t cell = 0;  ///< the position's own one
+};
+
 /// A hash grid over the attributes of a group. Positions fall into cells much larger than the
-/// matching tolerance; a chain of attributes per cell is kept in ascending order, so that the first
-/// match of a chain is its least one, and the least over the cells that the tolerance touches is
-/// the answer. Where many attributes crowd into one cell, a second grid tells them apart by normal
-/// and texture coordinates as well. The literal comparison decides every candidate: the grid only
-/// leaves out what can't match.
+/// matching tolerance, with a chain of attributes each; where many attributes crowd into one cell,
+/// a table tells them apart by normal and texture coordinates as well. The literal comparison
+/// decides every candidate: the grid only leaves out what can't match.
 class AttributeIndex {
  public:
-  static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
+  static constexpr std::uint32_t kNone = CrowdedAttributes::kNone;
+
+  /// The place of a position. Good until Clear or Release.
+  AttributePlace PlaceOf(const Point3& position);
+  /// The places of many, in their order.
+  std::vector<AttributePlace> PlacesOf(std::span<const Point3> positions);
 
   /// The least i with AttributesMatch(x, attributes[i]), kNone when there is none. The index must
-  /// cover all of `attributes`.
-  std::uint32_t FindFirst(const VertexAttribute& x,
+  /// cover all of `attributes`, and `place` be that of the position of `x`.
+  std::uint32_t FindFirst(const VertexAttribute& x, const AttributePlace& place,
                           std::span<const VertexAttribute> attributes) const;
 
-  /// Takes in attributes[Count()] and all that follow it.
+  /// Takes in attributes[Count()], the last one, at `place`. It was looked for, and matches none.
+  void AddDistinct(const AttributePlace& place, std::span<const VertexAttribute> attributes);
+
+  /// Takes in attributes[Count()] and all that follow it, whatever they match.
   void Update(std::span<const VertexAttribute> attributes);
 
   /// How many attributes are in the index.
-  std::size_t Count() const { return next_.size(); }
+  std::size_t Count() const { return slots_.size(); }
+
+  /// Whether it is known that no two of the first `count` attributes match.
+  bool AllDistinct(std::size_t count) const { return distinct_ >= count; }
 
   /// Forgets everything. To be called when attributes were changed or removed.
   void Clear();
+  /// Gives the memory back but keeps what AllDistinct knows.
+  void Release();
 
  private:
-  /// A hash table of ascending chains; an attribute is in one table's chain only.
-  struct Table {
-    struct Chain {
-      std::uint32_t first = kNone;
-      std::uint32_t last = kNone;
-      std::uint32_t length = 0;
-    };
-    std::vector<Chain> chains;  ///< a power of two of them, or none
-    std::size_t entries = 0;
-
-    Chain& At(std::uint64_t hash) { return chains[hash & (chains.size() - 1)]; }
-    const Chain& At(std::uint64_t hash) const { return chains[hash & (chains.size() - 1)]; }
+  /// An entry of the hash table of cells. Cells of one hash are one cell.
+  struct Entry {
+    std::uint32_t hash;
+    std::uint32_t cell;  ///< its index + 1; 0: the entry is free
   };
+  /// One attribute in the chain of its cell.
+  struct Slot {
+    std::uint32_t older;   ///< as index + 1; 0 ends the chain
+    std::uint32_t length;  ///< of the chain from here on
+  };
+  /// Stands for the attributes of a cell that are told apart elsewhere.
+  static constexpr std::uint32_t kCrowdedCell = ~0u;
 
-  void Insert(std::uint32_t i, std::span<const VertexAttribute> attributes);
-  void InsertFine(std::uint32_t i, std::span<const VertexAttribute> attributes);
-  void GrowFine(std::span<const VertexAttribute> attributes);
-  /// Puts `i` into its ascending place, which for all but moved entries is the end.
-  void Append(Table::Chain& chain, std::uint32_t i);
-  void Rebuild(std::span<const VertexAttribute> attributes);
-  std::uint32_t FirstOfChain(const Table::Chain& chain, const VertexAttribute& x,
-                             std::span<const VertexAttribute> attributes, std::uint32_t best) const;
+  Entry& EntryOf(std::uint32_t hash);
+  const Entry& EntryOf(std::uint32_t hash) const;
+  std::uint32_t FindOrAddCell(std::uint32_t hash);
+  void ReserveCells(std::size_t count);
+  std::uint32_t FirstOfCell(std::uint32_t cell, const VertexAttribute& x,
+                            std::span<const VertexAttribute> attributes, std::uint32_t best) const;
+  std::uint32_t FirstOfNeighbours(const VertexAttribute& x, std::uint32_t ownCell,
+                                  std::span<const VertexAttribute> attributes,
+                                  std::uint32_t best) const;
+  void Insert(const AttributePlace& place, std::span<const VertexAttribute> attributes);
+  void MoveToCrowded(std::uint32_t cell, std::span<const VertexAttribute> attributes);
 
-  Table coarse_;                     ///< by position
-  Table fine_;                       ///< by position, normal, uvw and material
-  std::vector<std::uint32_t> next_;  ///< the next attribute of the same chain, per attribute
+  std::vector<Entry> table_;  ///< a power of two of entries, open addressing
+  /// Per cell its newest attribute as index + 1, or 0, or kCrowdedCell. Cells stand in the order in
+  /// which they were first met, which keeps what is looked up after each other close together.
+  GrowableArray<std::uint32_t> newest_;
+  GrowableArray<Slot> slots_;  ///< per attribute
+  CrowdedAttributes crowded_;  ///< the attributes of the cells that became crowded
+  std::size_t distinct_ = 0;   ///< attributes of which no two match, from the first one on
 };
 
 }  // namespace mapexport

@@ -162,6 +162,7 @@ void CleanVertexAttributes(GeometryGroup& group) {
 }
 
 void CleanVertexAttributes(GeometryGroup& group, const Point3& cellSize) {
+  if (group.attributeIndex.AllDistinct(group.attributes.size())) return;
   const MatchingUses uses = FindMatchingUses(group);
   if (uses.uses.empty()) return;
   std::vector<std::uint32_t> target = AttributeMerger(group, uses, cellSize).Merge();

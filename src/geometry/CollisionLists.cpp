@@ -17,10 +17,6 @@ struct VertexFate {
 
 }  // namespace
 
-CollisionPlane PlaneOf(const Point3& normal, const Point3& p0) {
-  return {normal, -(normal.y * p0.y + normal.z * p0.z + normal.x * p0.x)};
-}
-
 void PrepareCollisionLists(GeometryGroup& group) {
   std::vector<VertexFate> fates(group.vertices.size());
   for (const GroupFace& face : group.faces) {

@@ -7,7 +7,9 @@ namespace mapexport {
 
 /// The plane of a face through `p0`: its stored normal, and d = -(n.y * p0.y + n.z * p0.z + n.x *
 /// p0.x).
-CollisionPlane PlaneOf(const Point3& normal, const Point3& p0);
+inline CollisionPlane PlaneOf(const Point3& normal, const Point3& p0) {
+  return {normal, -(normal.y * p0.y + normal.z * p0.z + normal.x * p0.x)};
+}
 
 /// Turns the faces of "notrendered" surface sets into collision-only faces and drops every vertex
 /// that no drawn face uses. Undrawn faces then index `group.collisionPoints`, each has its plane in

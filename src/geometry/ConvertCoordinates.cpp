@@ -8,29 +8,8 @@ void ConvertPoint(Point3& p) {
   ConvertPoint(p, State().options.coordinateSystem);
 }
 
-void ConvertPoint(Point3& p, std::int32_t coordinateSystem) {
-  switch (coordinateSystem) {
-    case 0:
-      p = {p.y, p.z, -p.x};
-      break;
-    case 1:
-      p = {-p.y, p.x, p.z};
-      break;
-    case 3:
-      p.x = -p.x;
-      break;
-    default:
-      break;
-  }
-}
-
 void ConvertTextureCoordinates(Point3& uvw) {
   ConvertTextureCoordinates(uvw, State().options.textureCoordinateMode);
-}
-
-void ConvertTextureCoordinates(Point3& uvw, std::int32_t textureCoordinateMode) {
-  if (textureCoordinateMode == 1 || textureCoordinateMode == 2) uvw.x = -uvw.x;
-  if (textureCoordinateMode == 0 || textureCoordinateMode == 2) uvw.y = -uvw.y;
 }
 
 float TransformParity(const Matrix3& m) {

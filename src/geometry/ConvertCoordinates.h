@@ -12,12 +12,29 @@ namespace mapexport {
 void ConvertPoint(Point3& p);
 /// The same for a given system: 0 (y, z, -x), 1 (-y, x, z), 2 unchanged, 3 (-x, y, z); others
 /// unchanged.
-void ConvertPoint(Point3& p, std::int32_t coordinateSystem);
+inline void ConvertPoint(Point3& p, std::int32_t coordinateSystem) {
+  switch (coordinateSystem) {
+    case 0:
+      p = {p.y, p.z, -p.x};
+      break;
+    case 1:
+      p = {-p.y, p.x, p.z};
+      break;
+    case 3:
+      p.x = -p.x;
+      break;
+    default:
+      break;
+  }
+}
 
 /// Converts u and v in place, by the options' texture coordinate mode; w stays.
 void ConvertTextureCoordinates(Point3& uvw);
 /// The same for a given mode: 0 negates v, 1 negates u, 2 both, 3 and others none.
-void ConvertTextureCoordinates(Point3& uvw, std::int32_t textureCoordinateMode);
+inline void ConvertTextureCoordinates(Point3& uvw, std::int32_t textureCoordinateMode) {
+  if (textureCoordinateMode == 1 || textureCoordinateMode == 2) uvw.x = -uvw.x;
+  if (textureCoordinateMode == 0 || textureCoordinateMode == 2) uvw.y = -uvw.y;
+}
 
 /// Determinant of the 3 x 3 part of a transform; negative when it mirrors.
 float TransformParity(const Matrix3& m);

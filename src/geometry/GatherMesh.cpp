@@ -32,17 +32,21 @@ Color WireColourOf(const INode& node) {
 
 /// Appends the mesh's vertices in export coordinates and extends the bounds.
 void GatherVertices(GeometryGroup& group, const Mesh& mesh, const Matrix3& transform) {
-  group.vertices.Reserve(group.vertexCounter + mesh.verts.size());
-  Point3& lo = group.boundsMin;
-  Point3& hi = group.boundsMax;
-  for (const Point3& vertex : mesh.verts) {
-    Point3 p = vertex * transform;
-    ConvertPoint(p);
-    group.vertices.At(group.vertexCounter) = p;
+  const std::int32_t coordinateSystem = State().options.coordinateSystem;
+  group.vertices.Extend(group.vertexCounter + mesh.verts.size());
+  Point3* const vertices = group.vertices.data() + group.vertexCounter;
+  Point3 lo = group.boundsMin;
+  Point3 hi = group.boundsMax;
+  for (std::size_t i = 0; i < mesh.verts.size(); ++i) {
+    Point3 p = mesh.verts[i] * transform;
+    ConvertPoint(p, coordinateSystem);
+    vertices[i] = p;
     hi = {p.x > hi.x ? p.x : hi.x, p.y > hi.y ? p.y : hi.y, p.z > hi.z ? p.z : hi.z};
     lo = {p.x < lo.x ? p.x : lo.x, p.y < lo.y ? p.y : lo.y, p.z < lo.z ? p.z : lo.z};
-    ++group.vertexCounter;
   }
+  group.boundsMin = lo;
+  group.boundsMax = hi;
+  group.vertexCounter += static_cast<std::uint32_t>(mesh.verts.size());
 }
 
 void LogInvalidFace(const INode& node) {
@@ -66,26 +70,27 @@ std::vector<std::uint32_t> GatherFaces(GeometryGroup& group, const INode& node, 
   hostFaces.reserve(mesh.faces.size());
   group.faces.Reserve(group.faceCounter + mesh.faces.size());
   set.faces.Reserve(set.faces.size() + mesh.faces.size());
+  const Point3* const vertices = group.vertices.data();
   for (std::uint32_t j = 0; j < mesh.faces.size(); ++j) {
     const Face& hostFace = mesh.faces[j];
-    GroupFace face;
-    face.surfaceSet = static_cast<std::int32_t>(place.setIndex);
-    face.nodeIndex = group.nodeCounter;
+    std::array<std::uint32_t, 3> v;
     for (std::size_t k = 0; k < 3; ++k) {
-      face.v[k] = hostFace.v[place.reversed ? 2 - k : k] + place.firstVertex;
+      v[k] = hostFace.v[place.reversed ? 2 - k : k] + place.firstVertex;
     }
-
-    const Point3& corner = group.vertices[face.v[0]];
-    const Point3 cross =
-        CrossProd(group.vertices[face.v[1]] - corner, group.vertices[face.v[2]] - corner);
-    if (Length(cross) == 0.0f) {
+    const Point3 corner = vertices[v[0]];
+    const Point3 cross = CrossProd(vertices[v[1]] - corner, vertices[v[2]] - corner);
+    const float length = Length(cross);
+    if (length == 0.0f) {
       LogInvalidFace(node);
       continue;
     }
-    face.normal = Normalize(cross);
+    GroupFace& face = group.faces.At(group.faceCounter);
+    face.v = v;
+    face.normal = cross / length;
     face.smoothing = hostFace.smGroup == 1 ? 0 : hostFace.smGroup;
+    face.surfaceSet = static_cast<std::int32_t>(place.setIndex);
+    face.nodeIndex = group.nodeCounter;
     set.smoothing = face.smoothing;
-    group.faces.At(group.faceCounter) = face;
     set.faces.Append(group.faceCounter);
     ++group.faceCounter;
     hostFaces.push_back(j);
@@ -93,16 +98,21 @@ std::vector<std::uint32_t> GatherFaces(GeometryGroup& group, const INode& node, 
   return hostFaces;
 }
 
-/// The texture coordinates of corner `k` of a face, as the host and the material have them,
-/// converted.
-Point3 TextureCoordinates(const Mesh& mesh, std::uint32_t hostFace, std::size_t k,
-                          std::int32_t material) {
-  Point3 uvw = mesh.tVerts[mesh.tvFace[hostFace].t[k]];
-  if (material != -1) {
-    uvw = uvw * SceneMaterials()[static_cast<std::size_t>(material)].uvTransform;
-  }
-  ConvertTextureCoordinates(uvw);
-  return uvw;
+/// What the corners of a face have from its material.
+struct CornerLook {
+  std::int32_t material;
+  const Matrix3* uvTransform;  ///< null without a material
+  ColourRgba colour;
+};
+
+CornerLook LookOf(std::int32_t material, const NodeMaterials& materials, const Color& wireColour) {
+  const VertexAttribute standing;
+  const Color colour = materials.ColourOf(
+      material, {standing.colour.r, standing.colour.g, standing.colour.b}, wireColour);
+  return {
+      material,
+      material == -1 ? nullptr : &SceneMaterials()[static_cast<std::size_t>(material)].uvTransform,
+      {colour.r, colour.g, colour.b, standing.colour.a}};
 }
 
 /// Gives each of the mesh's faces its material and its corners their attributes.
@@ -110,25 +120,30 @@ void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
                       const MeshPlace& place, const NodeMaterials& materials,
                       std::span<const std::uint32_t> hostFaces) {
   const Color wireColour = WireColourOf(node);
+  const std::int32_t textureMode = State().options.textureCoordinateMode;
   const std::span<GroupFace> faces(group.faces.end() - hostFaces.size(), hostFaces.size());
   const SmoothedNormals normals(faces, place.firstVertex, mesh.verts.size());
+  const std::vector<AttributePlace> attributePlaces =
+      group.attributeIndex.PlacesOf({group.vertices.data() + place.firstVertex, mesh.verts.size()});
+  CornerLook look = LookOf(-1, materials, wireColour);
   for (std::size_t f = 0; f < faces.size(); ++f) {
     GroupFace& face = faces[f];
     face.material = materials.MaterialOf(mesh.faces[hostFaces[f]].MatID());
+    if (face.material != look.material) look = LookOf(face.material, materials, wireColour);
     const std::array<Point3, 3> cornerNormals = normals.OfFace(f);
     for (std::size_t k = 0; k < 3; ++k) {
       VertexAttribute corner;
       corner.material = face.material;
       corner.position = group.vertices[face.v[k]];
       if (!mesh.tVerts.empty()) {
-        corner.uvw =
-            TextureCoordinates(mesh, hostFaces[f], place.reversed ? 2 - k : k, face.material);
+        corner.uvw = mesh.tVerts[mesh.tvFace[hostFaces[f]].t[place.reversed ? 2 - k : k]];
+        if (look.uvTransform != nullptr) corner.uvw = corner.uvw * *look.uvTransform;
+        ConvertTextureCoordinates(corner.uvw, textureMode);
       }
       corner.normal = cornerNormals[k];
-      const Color standing{corner.colour.r, corner.colour.g, corner.colour.b};
-      const Color colour = materials.ColourOf(face.material, standing, wireColour);
-      corner.colour = {colour.r, colour.g, colour.b, corner.colour.a};
-      face.a[k] = static_cast<std::uint32_t>(AddAttribute(group, corner));
+      corner.colour = look.colour;
+      face.a[k] = static_cast<std::uint32_t>(
+          AddAttribute(group, corner, attributePlaces[face.v[k] - place.firstVertex]));
     }
   }
 }

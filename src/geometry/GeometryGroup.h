@@ -68,6 +68,10 @@ int AddStaticSurfaceSet(GeometryGroup& group, const CStr& name);
 /// The same as a scan of all attributes from the first one, in constant time for all but crowded
 /// corners.
 int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute);
+/// The same with the place of the attribute's position in the group's index, which must know all
+/// attributes.
+int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute,
+                 const AttributePlace& place);
 
 /// Removes face `f`: from its surface set and from the faces, which move down by one; every face
 /// index of every set follows. Costs a pass over all faces and sets; RemoveFaces removes many at

@@ -98,7 +98,10 @@ bool VertexUses::MatchMany(std::span<const VertexAttribute> attributes) {
     for (std::size_t step = 0; step < uses.size(); ++step) {
       const std::size_t i = upwards ? step : uses.size() - 1 - step;
       const VertexAttribute& attribute = attributes[uses[i].attribute];
-      if (index.FindFirst(attribute, passed) != AttributeIndex::kNone) matched[i] = any = true;
+      const AttributePlace place = index.PlaceOf(attribute.position);
+      if (index.FindFirst(attribute, place, passed) != AttributeIndex::kNone) {
+        matched[i] = any = true;
+      }
       passed.push_back(attribute);
       index.Update(passed);
     }

@@ -24,11 +24,20 @@ class SmoothedNormals {
   std::array<Point3, 3> OfFace(std::size_t f) const;
 
  private:
+  /// What the sums need of a face.
+  struct Facing {
+    Point3 normal;
+    std::uint32_t smoothing;
+  };
+
+  Point3 OfCorner(std::size_t f, std::uint32_t v) const;
+
   std::span<const GroupFace> faces_;
   std::uint32_t firstVertex_;
-  std::vector<std::uint32_t>
-      starts_;  ///< where each vertex's faces begin in users_; empty: all flat
-  std::vector<std::uint32_t> users_;  ///< indices into faces_, ascending per vertex
+  // Empty when all faces are flat:
+  std::vector<Facing> facings_;        ///< per face
+  std::vector<std::uint32_t> starts_;  ///< where each vertex's faces begin in users_
+  std::vector<std::uint32_t> users_;   ///< indices into faces_, ascending per vertex
 };
 
 }  // namespace mapexport

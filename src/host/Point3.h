@@ -32,6 +32,10 @@ inline Point3 operator*(const Point3& a, float factor) {
   return {a.x * factor, a.y * factor, a.z * factor};
 }
 
+inline Point3 operator/(const Point3& a, float divisor) {
+  return {a.x / divisor, a.y / divisor, a.z / divisor};
+}
+
 /// Dot product, summed x, y, z from left to right.
 inline float DotProd(const Point3& a, const Point3& b) {
   return a.x * b.x + a.y * b.y + a.z * b.z;
@@ -51,7 +55,7 @@ inline float Length(const Point3& a) {
 inline Point3 Normalize(const Point3& a) {
   const float length = Length(a);
   if (length == 0.0f) return {};
-  return {a.x / length, a.y / length, a.z / length};
+  return a / length;
 }
 
 }  // namespace mapexport

@@ -10,7 +10,8 @@
 namespace mapexport {
 
 /// A growable array with a capacity that is always grown by whole steps of `kStep` entries, many
-/// steps at a time for large arrays, so that appending stays constant time.
+/// steps at a time for large arrays, so that appending stays constant time. What a large array
+/// reserves ahead is memory only once it is filled; copying it costs more.
 template <typename T, std::size_t kStep = 1>
 class GrowableArray {
  public:
@@ -36,11 +37,15 @@ class GrowableArray {
   /// Entry `i` for writing. An index past the count extends the count to i + 1 with default
   /// entries.
   T& At(std::size_t i) {
-    if (i >= items_.size()) {
-      Reserve(i + 1);
-      items_.resize(i + 1);
-    }
+    Extend(i + 1);
     return items_[i];
+  }
+
+  /// Extends the count to `count` with default entries unless it is as large already.
+  void Extend(std::size_t count) {
+    if (count <= items_.size()) return;
+    Reserve(count);
+    items_.resize(count);
   }
 
   void Append(T item) {
@@ -70,7 +75,9 @@ class GrowableArray {
  private:
   void Grow(std::size_t count) {
     const std::size_t capacity = items_.capacity();
-    const std::size_t missing = std::max(count - capacity, capacity);
+    constexpr std::size_t kLarge = (std::size_t{1} << 18) / sizeof(T);
+    const std::size_t ahead = capacity < kLarge ? capacity : 3 * capacity;
+    const std::size_t missing = std::max(count - capacity, ahead);
     items_.reserve(capacity + (missing + kStep - 1) / kStep * kStep);
   }
 
