@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <span>
 #include <utility>
 
 namespace mapexport {
 namespace {
 
-constexpr int kVotes = 10;
+constexpr std::size_t kVotes = 10;
+constexpr std::int64_t kFewCells = 64;      // whose votes are counted in place
+constexpr std::uint64_t kCellsPerFace = 4;  // up to which a grid is held whole
 
 std::int32_t CellCount(float extent, float voxelSize) {
   const float count = std::ceil(extent / voxelSize);
@@ -22,65 +26,172 @@ std::int32_t CellOnAxis(float p, float boundsMin, float cellSize, std::int32_t c
   return static_cast<std::int32_t>(std::clamp(cell, 0.0f, static_cast<float>(count - 1)));
 }
 
-/// Orders cells with x outermost, then y, then z.
-std::uint64_t XMajorKey(const VoxelCell& cell) {
-  static_assert(kMaxVoxelsPerAxis <= (1 << 21));
-  return (static_cast<std::uint64_t>(cell[0]) << 42) | (static_cast<std::uint64_t>(cell[1]) << 21) |
-         static_cast<std::uint64_t>(cell[2]);
+float AxisOf(const Point3& p, std::size_t axis) {
+  return axis == 0 ? p.x : axis == 1 ? p.y : p.z;
 }
 
+/// A box of cells.
 struct CellBox {
   VoxelCell lo;
   VoxelCell hi;
 };
 
-CellBox BoxOf(const VoxelGrid& grid, const std::array<Point3, 3>& corners) {
-  CellBox box{grid.CellOf(corners[0]), {}};
-  box.hi = box.lo;
-  for (std::size_t k = 1; k < 3; ++k) {
-    const VoxelCell cell = grid.CellOf(corners[k]);
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-      box.lo[axis] = std::min(box.lo[axis], cell[axis]);
-      box.hi[axis] = std::max(box.hi[axis], cell[axis]);
+CellBox BoxOf(const std::array<VoxelCell, 3>& corners) {
+  CellBox box{corners[0], corners[0]};
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    for (std::size_t k = 1; k < 3; ++k) {
+      box.lo[axis] = std::min(box.lo[axis], corners[k][axis]);
+      box.hi[axis] = std::max(box.hi[axis], corners[k][axis]);
     }
   }
   return box;
 }
 
-Point3 RandomPoint(const std::array<Point3, 3>& corners, RandomGenerator& random) {
-  float r1 = random.Uniform(0.0f, 1.0f);
-  float r2 = random.Uniform(0.0f, 1.0f);
-  if (r1 + r2 > 1.0f) {
-    r1 = 1.0f - r1;
-    r2 = 1.0f - r2;
+/// The cells of random points on a triangle. Rounding can put a point outside the box of the
+/// triangle's cells: it counts for the nearest cell of the box.
+std::array<VoxelCell, kVotes> RandomCells(const VoxelGrid& grid, const CellBox& box,
+                                          const std::array<Point3, 3>& corners,
+                                          RandomGenerator& random) {
+  std::array<std::array<float, 3>, kVotes> weights;
+  for (auto& weight : weights) {
+    const float r1 = random.Uniform(0.0f, 1.0f);
+    const float r2 = random.Uniform(0.0f, 1.0f);
+    const bool beyond = r1 + r2 > 1.0f;
+    weight[1] = beyond ? 1.0f - r1 : r1;
+    weight[2] = beyond ? 1.0f - r2 : r2;
+    weight[0] = 1.0f - weight[1] - weight[2];
   }
-  return corners[0] * (1.0f - r1 - r2) + corners[1] * r1 + corners[2] * r2;
+  std::array<VoxelCell, kVotes> cells;
+  cells.fill(box.lo);
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    if (box.lo[axis] == box.hi[axis]) continue;
+    const std::array<float, 3> p{AxisOf(corners[0], axis), AxisOf(corners[1], axis),
+                                 AxisOf(corners[2], axis)};
+    for (std::size_t i = 0; i < kVotes; ++i) {
+      const float point = p[0] * weights[i][0] + p[1] * weights[i][1] + p[2] * weights[i][2];
+      const std::int32_t cell = CellOnAxis(point, AxisOf(grid.boundsMin, axis),
+                                           AxisOf(grid.cellSize, axis), grid.counts[axis]);
+      cells[i][axis] = std::clamp(cell, box.lo[axis], box.hi[axis]);
+    }
+  }
+  return cells;
 }
 
-/// The cell of the box with the most votes. Rounding can put a point outside the box: it counts for
-/// the nearest cell of the box.
-std::uint64_t VoteForCell(const VoxelGrid& grid, const CellBox& box,
-                          const std::array<Point3, 3>& corners, RandomGenerator& random) {
-  std::array<std::uint64_t, kVotes> votes;
-  for (std::uint64_t& vote : votes) {
-    VoxelCell cell = grid.CellOf(RandomPoint(corners, random));
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-      cell[axis] = std::clamp(cell[axis], box.lo[axis], box.hi[axis]);
-    }
-    vote = XMajorKey(cell);
-  }
+/// The cell with the most votes, of several the first one in x-major order.
+VoxelCell Winner(std::array<VoxelCell, kVotes> votes) {
   std::ranges::sort(votes);
-  std::uint64_t winner = votes[0];
-  std::ptrdiff_t most = 0;
-  for (auto first = votes.begin(); first != votes.end();) {
-    const auto last = std::upper_bound(first, votes.end(), *first);
-    if (last - first > most) {
-      most = last - first;
-      winner = *first;
+  VoxelCell winner = votes[0];
+  std::size_t most = 0;
+  for (std::size_t first = 0; first < kVotes;) {
+    std::size_t end = first + 1;
+    while (end < kVotes && votes[end] == votes[first]) ++end;
+    if (end - first > most) {
+      most = end - first;
+      winner = votes[first];
     }
-    first = last;
+    first = end;
   }
   return winner;
+}
+
+/// The same for votes within a small box: they are counted.
+VoxelCell WinnerOfFew(const std::array<VoxelCell, kVotes>& votes, const CellBox& box,
+                      const std::array<std::int64_t, 3>& n) {
+  std::array<std::uint8_t, kFewCells> counts{};
+  const auto ny = static_cast<std::int32_t>(n[1]);
+  const auto nz = static_cast<std::int32_t>(n[2]);
+  for (const VoxelCell& vote : votes) {
+    const std::int32_t index =
+        ((vote[0] - box.lo[0]) * ny + vote[1] - box.lo[1]) * nz + vote[2] - box.lo[2];
+    ++counts[static_cast<std::size_t>(index)];
+  }
+  const auto end = counts.begin() + n[0] * n[1] * n[2];
+  const auto index =
+      static_cast<std::int32_t>(std::max_element(counts.begin(), end) - counts.begin());
+  return {box.lo[0] + index / (ny * nz), box.lo[1] + index / nz % ny, box.lo[2] + index % nz};
+}
+
+VoxelCell VoteForCell(const VoxelGrid& grid, const CellBox& box,
+                      const std::array<Point3, 3>& corners, RandomGenerator& random) {
+  const std::array<VoxelCell, kVotes> votes = RandomCells(grid, box, corners, random);
+  std::array<std::int64_t, 3> n;
+  for (std::size_t axis = 0; axis < 3; ++axis) n[axis] = box.hi[axis] - box.lo[axis] + 1;
+  if (n[0] * n[1] > kFewCells || n[0] * n[1] * n[2] > kFewCells) return Winner(votes);
+  return WinnerOfFew(votes, box, n);
+}
+
+std::vector<VoxelCell> CellsOf(const VoxelGrid& grid, std::span<const Point3> points) {
+  std::vector<VoxelCell> cells;
+  cells.reserve(points.size());
+  for (const Point3& p : points) cells.push_back(grid.CellOf(p));
+  return cells;
+}
+
+/// The number of a cell, x-major: x outermost, then y, then z.
+std::uint64_t NumberOf(const VoxelGrid& grid, const VoxelCell& cell) {
+  static_assert(kMaxVoxelsPerAxis <= 1 << 21);
+  const auto number = [](std::int32_t i) { return static_cast<std::uint64_t>(i); };
+  return (number(cell[0]) * number(grid.counts[1]) + number(cell[1])) * number(grid.counts[2]) +
+         number(cell[2]);
+}
+
+/// The number of the cell that each face goes to.
+std::vector<std::uint64_t> AssignFaces(const GeometryGroup& group, const VoxelGrid& grid,
+                                       RandomGenerator& random) {
+  const std::span<const Point3> vertices(group.vertices.data(), group.vertices.size());
+  const std::vector<VoxelCell> vertexCells = CellsOf(grid, vertices);
+  const std::vector<VoxelCell> pointCells = CellsOf(grid, group.collisionPoints);
+  std::vector<std::uint64_t> assigned;
+  assigned.reserve(group.faces.size());
+  for (const GroupFace& face : group.faces) {
+    const bool drawn = face.drawn != 0;
+    const std::vector<VoxelCell>& cells = drawn ? vertexCells : pointCells;
+    const std::array<VoxelCell, 3> corners{cells[face.v[0]], cells[face.v[1]], cells[face.v[2]]};
+    if (corners[0] == corners[1] && corners[0] == corners[2]) {
+      assigned.push_back(NumberOf(grid, corners[0]));
+      continue;
+    }
+    const auto& points = drawn ? vertices : std::span<const Point3>(group.collisionPoints);
+    const VoxelCell cell = VoteForCell(
+        grid, BoxOf(corners), {points[face.v[0]], points[face.v[1]], points[face.v[2]]}, random);
+    assigned.push_back(NumberOf(grid, cell));
+  }
+  return assigned;
+}
+
+/// The partition by a count per cell of the grid, of which there are `cellCount`.
+VoxelPartition CountCells(std::span<const std::uint64_t> assigned, std::size_t cellCount) {
+  std::vector<std::uint32_t> ends(cellCount, 0);
+  for (const std::uint64_t cell : assigned) ++ends[cell];
+  VoxelPartition partition;
+  std::uint32_t end = 0;
+  for (std::uint32_t& count : ends) {
+    if (count != 0) partition.starts.push_back(end);
+    end += count;
+    count = end;
+  }
+  partition.starts.push_back(end);
+  partition.faces.resize(assigned.size());
+  for (auto f = static_cast<std::uint32_t>(assigned.size()); f-- > 0;) {
+    partition.faces[--ends[assigned[f]]] = f;
+  }
+  return partition;
+}
+
+/// The same by sorting.
+VoxelPartition SortCells(std::span<const std::uint64_t> assigned) {
+  std::vector<std::pair<std::uint64_t, std::uint32_t>> placed;  // cell and face
+  placed.reserve(assigned.size());
+  for (std::uint32_t f = 0; f < assigned.size(); ++f) placed.emplace_back(assigned[f], f);
+  std::ranges::sort(placed);
+  VoxelPartition partition;
+  partition.faces.reserve(placed.size());
+  for (std::uint32_t i = 0; i < placed.size(); ++i) {
+    if (i == 0 || placed[i].first != placed[i - 1].first) partition.starts.push_back(i);
+    partition.faces.push_back(placed[i].second);
+  }
+  partition.starts.push_back(static_cast<std::uint32_t>(placed.size()));
+  return partition;
 }
 
 }  // namespace
@@ -101,30 +212,12 @@ VoxelCell VoxelGrid::CellOf(const Point3& p) const {
 
 VoxelPartition BuildVoxelPartition(const GeometryGroup& group, const VoxelGrid& grid,
                                    RandomGenerator& random) {
-  std::vector<std::pair<std::uint64_t, std::uint32_t>> placed;  // cell and face
-  placed.reserve(group.faces.size());
-  for (std::uint32_t f = 0; f < group.faces.size(); ++f) {
-    const GroupFace& face = group.faces[f];
-    std::array<Point3, 3> corners;
-    for (std::size_t k = 0; k < 3; ++k) {
-      corners[k] = face.drawn != 0 ? group.vertices[face.v[k]] : group.collisionPoints[face.v[k]];
-    }
-    const CellBox box = BoxOf(grid, corners);
-    placed.emplace_back(
-        box.lo == box.hi ? XMajorKey(box.lo) : VoteForCell(grid, box, corners, random), f);
-  }
-  if (!std::ranges::is_sorted(placed)) std::ranges::sort(placed);
-
-  VoxelPartition partition;
-  partition.faces.reserve(placed.size());
-  for (std::size_t i = 0; i < placed.size(); ++i) {
-    if (i == 0 || placed[i].first != placed[i - 1].first) {
-      partition.starts.push_back(static_cast<std::uint32_t>(i));
-    }
-    partition.faces.push_back(placed[i].second);
-  }
-  partition.starts.push_back(static_cast<std::uint32_t>(placed.size()));
-  return partition;
+  const std::vector<std::uint64_t> assigned = AssignFaces(group, grid, random);
+  const VoxelCell last{grid.counts[0] - 1, grid.counts[1] - 1, grid.counts[2] - 1};
+  const std::uint64_t cellCount = NumberOf(grid, last) + 1;
+  // A grid of hardly more cells than faces is cheap to hold; any other may be of any size.
+  if (cellCount <= kCellsPerFace * assigned.size() + 1) return CountCells(assigned, cellCount);
+  return SortCells(assigned);
 }
 
 }  // namespace mapexport

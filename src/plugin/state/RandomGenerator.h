@@ -16,15 +16,26 @@ class RandomGenerator {
   void Seed(std::uint32_t seed);
 
   /// The next value, 0 to 2^30 - 1.
-  std::uint32_t Draw();
+  std::uint32_t Draw() {
+    const std::uint32_t former = index_;
+    index_ = former == kSize - 1 ? 0 : former + 1;
+    const std::uint32_t other = index_ + kLag < kSize ? index_ + kLag : index_ + kLag - kSize;
+    table_[index_] = (table_[former] + table_[other]) & kMask;
+    return table_[index_];
+  }
 
   /// lo + u * (hi - lo), u being the next draw times 2^-30; `lo` is the smaller bound. The
   /// arithmetic is 32-bit, so that the largest draws give `hi` itself.
-  float Uniform(float lo, float hi);
+  float Uniform(float lo, float hi) {
+    constexpr float kScale = 9.313226e-10f;  // 2^-30
+    return lo + static_cast<float>(Draw()) * kScale * (hi - lo);
+  }
 
  private:
   static constexpr std::uint32_t kMask = 0x3FFFFFFF;
-  std::array<std::uint32_t, 55> table_{};
+  static constexpr std::uint32_t kSize = 55;
+  static constexpr std::uint32_t kLag = 23;  // ahead of the index, which is 32 behind it
+  std::array<std::uint32_t, kSize> table_{};
   std::uint32_t index_ = 0;
 };
 
