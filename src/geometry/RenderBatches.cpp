@@ -40,28 +40,94 @@ struct PlacedBatch {
   RenderBatch batch;
 };
 
-/// Builds the batches of one cell after the other. The faces of each kind are looked at by
-/// themselves, as faces of different kinds can neither share a batch nor keep each other out of
-/// one. Each vertex knows its uses (batch and attribute) by faces of the kind; a face is kept out
-/// of exactly the batches in which one of its vertices is used with another attribute.
-class BatchBuilder {
+/// Sorts the drawn faces of one cell after the other by kind, kinds in the order of their first
+/// faces.
+class KindSorter {
  public:
-  explicit BatchBuilder(const GeometryGroup& group)
-      : group_(group), uses_(group.vertices.size(), Uses{0, kNoUse}) {}
+  explicit KindSorter(const GeometryGroup& group) : group_(group) {}
 
-  void AddCell(std::span<const std::uint32_t> faces, std::uint32_t firstPlace) {
-    std::unordered_map<BatchKind, std::size_t, BatchKindHash> kindIndex;
-    std::vector<std::pair<BatchKind, std::vector<PlacedFace>>> kinds;
+  /// Calls `visit` with each kind and its faces, in their order.
+  template <typename Visit>
+  void Sort(std::span<const std::uint32_t> faces, std::uint32_t firstPlace, const Visit& visit) {
+    Number(faces, firstPlace);
+    if (kinds_.size() == 1) {
+      visit(kinds_[0].kind, std::span<const PlacedFace>(placed_));
+      return;
+    }
+    std::uint32_t end = 0;
+    for (Kind& kind : kinds_) {
+      end += kind.faces;
+      kind.end = end;
+    }
+    sorted_.resize(placed_.size());
+    for (std::size_t i = placed_.size(); i-- > 0;) sorted_[--kinds_[numbers_[i]].end] = placed_[i];
+    for (const Kind& kind : kinds_) {
+      visit(kind.kind, std::span<const PlacedFace>(sorted_).subspan(kind.end, kind.faces));
+    }
+  }
+
+ private:
+  struct Kind {
+    BatchKind kind;
+    std::uint32_t faces = 0;
+    std::uint32_t end = 0;  ///< where its faces end among the sorted ones, at last where they begin
+  };
+
+  /// Fills `placed_` with the drawn faces, and `numbers_` with the number of each one's kind.
+  void Number(std::span<const std::uint32_t> faces, std::uint32_t firstPlace) {
+    std::unordered_map<BatchKind, std::uint32_t, BatchKindHash> known;
+    kinds_.clear();
+    placed_.clear();
+    numbers_.clear();
+    std::uint32_t number = 0;
     for (std::uint32_t i = 0; i < faces.size(); ++i) {
       const GroupFace& face = group_.faces[faces[i]];
       if (face.drawn == 0) continue;
       const bool perNode = materials_.IsTransparent(face.material);
       const BatchKind kind{face.material, perNode ? face.nodeIndex : -1};
-      const auto known = kindIndex.try_emplace(kind, kinds.size());
-      if (known.second) kinds.emplace_back(kind, std::vector<PlacedFace>());
-      kinds[known.first->second].second.push_back({firstPlace + i, faces[i]});
+      // Faces of one kind mostly follow each other.
+      if (kinds_.empty() || kinds_[number].kind != kind) {
+        const auto next = static_cast<std::uint32_t>(kinds_.size());
+        number = known.try_emplace(kind, next).first->second;
+        if (number == next) kinds_.push_back({kind});
+      }
+      ++kinds_[number].faces;
+      placed_.push_back({firstPlace + i, faces[i]});
+      numbers_.push_back(number);
     }
-    for (const auto& [kind, members] : kinds) AddFacesOfKind(kind, members);
+  }
+
+  const GeometryGroup& group_;
+  const MaterialsList& materials_ = SceneMaterials();
+  std::vector<Kind> kinds_;
+  std::vector<PlacedFace> placed_;
+  std::vector<std::uint32_t> numbers_;
+  std::vector<PlacedFace> sorted_;
+};
+
+/// Builds the batches of one kind of one cell after the other: faces of different kinds can neither
+/// share a batch nor keep each other out of one. Each vertex knows its uses (batch and attribute)
+/// by faces of the kind; a face is kept out of exactly the batches in which one of its vertices is
+/// used with another attribute.
+class BatchBuilder {
+ public:
+  explicit BatchBuilder(const GeometryGroup& group)
+      : group_(group), uses_(group.vertices.size(), Uses{0, kNoUse}) {}
+
+  void AddFaces(const BatchKind& kind, std::span<const PlacedFace> faces) {
+    ++round_;
+    pool_.clear();
+    started_.clear();
+    batchOfFace_.clear();
+    for (const PlacedFace& placed : faces) {
+      const GroupFace& face = group_.faces[placed.face];
+      const std::uint32_t batch = FindBatch(face);
+      if (batch == started_.size()) started_.push_back({placed.place});
+      ++started_[batch].faces;
+      batchOfFace_.push_back(batch);
+      for (std::size_t k = 0; k < 3; ++k) AddCorner(batch, face.v[k], face.a[k]);
+    }
+    Finish(kind, faces);
   }
 
   std::vector<PlacedBatch> TakeBatches() { return std::move(batches_); }
@@ -72,6 +138,7 @@ class BatchBuilder {
   /// A local vertex of a batch, in the chain of its vertex.
   struct Use {
     std::uint32_t batch;
+    std::uint32_t vertex;
     std::uint32_t attribute;
     std::uint32_t next;
   };
@@ -80,68 +147,76 @@ class BatchBuilder {
     std::uint32_t round;
     std::uint32_t first;
   };
+  /// A batch of this round.
+  struct StartedBatch {
+    std::uint32_t place;  ///< of the face that began it
+    std::uint32_t faces = 0;
+    std::uint32_t corners = 0;
+    std::uint64_t blocked = 0;  ///< the stamp of the last face it could not take
+  };
 
-  /// Calls `visit` with each use of the vertex in this round.
-  template <typename Visit>
-  void VisitUses(std::uint32_t v, const Visit& visit) const {
-    if (uses_[v].round != round_) return;
-    for (std::uint32_t u = uses_[v].first; u != kNoUse; u = pool_[u].next) visit(pool_[u]);
+  /// The uses of the vertex in this round.
+  std::uint32_t FirstUse(std::uint32_t v) const {
+    return uses_[v].round == round_ ? uses_[v].first : kNoUse;
   }
 
-  void AddFacesOfKind(const BatchKind& kind, std::span<const PlacedFace> faces) {
-    ++round_;
-    pool_.clear();
-    const std::size_t firstBatch = batches_.size();
-    for (const PlacedFace& placed : faces) {
-      const GroupFace& face = group_.faces[placed.face];
-      const std::size_t batch = FindBatch(face, firstBatch);
-      if (batch == batches_.size()) {
-        PlacedBatch& added = batches_.emplace_back();
-        added.place = placed.place;
-        added.batch.material = kind.material;
-        added.batch.key = kind.key;
-        blocked_.push_back(0);
-      }
-      for (std::size_t k = 0; k < 3; ++k) AddCorner(batch, face.v[k], face.a[k]);
-      batches_[batch].batch.faces.Append(placed.face);
-    }
-  }
-
-  /// The first batch from `firstBatch` on that can take the face; the number of batches when none
-  /// can.
-  std::size_t FindBatch(const GroupFace& face, std::size_t firstBatch) {
+  /// The first batch of this round that can take the face; the number of batches when none can.
+  std::uint32_t FindBatch(const GroupFace& face) {
     ++stamp_;
+    bool blocked = false;
     for (std::size_t k = 0; k < 3; ++k) {
-      VisitUses(face.v[k], [&](const Use& use) {
-        if (use.attribute != face.a[k]) blocked_[use.batch] = stamp_;
-      });
+      for (std::uint32_t u = FirstUse(face.v[k]); u != kNoUse; u = pool_[u].next) {
+        if (pool_[u].attribute == face.a[k]) continue;
+        started_[pool_[u].batch].blocked = stamp_;
+        blocked = true;
+      }
     }
-    std::size_t batch = firstBatch;
-    while (batch < batches_.size() && blocked_[batch] == stamp_) ++batch;
+    std::uint32_t batch = 0;
+    while (blocked && batch < started_.size() && started_[batch].blocked == stamp_) ++batch;
     return batch;
   }
 
   /// Gives the batch a local vertex for that vertex and attribute unless it has one.
-  void AddCorner(std::size_t batch, std::uint32_t v, std::uint32_t attribute) {
-    bool found = false;
-    VisitUses(v,
-              [&](const Use& use) { found |= use.batch == batch && use.attribute == attribute; });
-    if (found) return;
-    if (uses_[v].round != round_) uses_[v] = {round_, kNoUse};
-    pool_.push_back({static_cast<std::uint32_t>(batch), attribute, uses_[v].first});
-    uses_[v].first = static_cast<std::uint32_t>(pool_.size() - 1);
-    batches_[batch].batch.cornerVertices.push_back(v);
-    batches_[batch].batch.cornerAttributes.push_back(attribute);
+  void AddCorner(std::uint32_t batch, std::uint32_t v, std::uint32_t attribute) {
+    const std::uint32_t first = FirstUse(v);
+    for (std::uint32_t u = first; u != kNoUse; u = pool_[u].next) {
+      if (pool_[u].batch == batch && pool_[u].attribute == attribute) return;
+    }
+    uses_[v] = {round_, static_cast<std::uint32_t>(pool_.size())};
+    pool_.push_back({batch, v, attribute, first});
+    ++started_[batch].corners;
+  }
+
+  /// Makes batches of this round's.
+  void Finish(const BatchKind& kind, std::span<const PlacedFace> faces) {
+    const std::size_t firstBatch = batches_.size();
+    for (const StartedBatch& started : started_) {
+      PlacedBatch& added = batches_.emplace_back();
+      added.place = started.place;
+      added.batch.material = kind.material;
+      added.batch.key = kind.key;
+      added.batch.faces.Reserve(started.faces);
+      added.batch.cornerVertices.reserve(started.corners);
+      added.batch.cornerAttributes.reserve(started.corners);
+    }
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+      batches_[firstBatch + batchOfFace_[i]].batch.faces.Append(faces[i].face);
+    }
+    for (const Use& use : pool_) {
+      RenderBatch& batch = batches_[firstBatch + use.batch].batch;
+      batch.cornerVertices.push_back(use.vertex);
+      batch.cornerAttributes.push_back(use.attribute);
+    }
   }
 
   const GeometryGroup& group_;
-  const MaterialsList& materials_ = SceneMaterials();
   std::vector<PlacedBatch> batches_;
-  std::vector<std::uint64_t> blocked_;  ///< per batch: the stamp of the last face it could not take
-  std::uint64_t stamp_ = 0;             ///< faces looked at so far
-  std::uint32_t round_ = 0;             ///< kinds of cells looked at so far
-  std::vector<Uses> uses_;              ///< per vertex of the group
-  std::vector<Use> pool_;               ///< the uses of this round
+  std::vector<StartedBatch> started_;
+  std::vector<std::uint32_t> batchOfFace_;  ///< of the faces of this round
+  std::uint64_t stamp_ = 0;                 ///< faces looked at so far
+  std::uint32_t round_ = 0;                 ///< kinds of cells looked at so far
+  std::vector<Uses> uses_;                  ///< per vertex of the group
+  std::vector<Use> pool_;                   ///< the uses of this round, in the order they were made
 };
 
 /// Brings batches into the order of the group's list: in the order of their first faces, each is
@@ -165,9 +240,13 @@ std::vector<RenderBatch> InListOrder(std::vector<PlacedBatch> batches) {
 }  // namespace
 
 void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition) {
+  KindSorter sorter(group);
   BatchBuilder builder(group);
   for (std::size_t cell = 0; cell < partition.CellCount(); ++cell) {
-    builder.AddCell(partition.FacesOf(cell), partition.starts[cell]);
+    sorter.Sort(partition.FacesOf(cell), partition.starts[cell],
+                [&](const BatchKind& kind, std::span<const PlacedFace> faces) {
+                  builder.AddFaces(kind, faces);
+                });
   }
   group.batches = InListOrder(builder.TakeBatches());
 
