@@ -31,12 +31,12 @@ void BinaryWriter::LString(std::string_view text) {
 
 void BinaryWriter::PatchU32(std::uint64_t position, std::uint32_t value) {
   if (position >= flushed_) {
-    Store(buffer_.data() + (position - flushed_), value);
+    BinaryCursor(buffer_.data() + (position - flushed_)).U32(value);
     return;
   }
   // The whole field is out: a number is never split between the buffer and the stream.
   std::array<char, sizeof value> bytes;
-  Store(bytes.data(), value);
+  BinaryCursor(bytes.data()).U32(value);
   stream_.seekp(start_ + static_cast<std::streamoff>(position));
   stream_.write(bytes.data(), bytes.size());
   stream_.seekp(start_ + static_cast<std::streamoff>(flushed_));

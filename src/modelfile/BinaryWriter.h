@@ -1,7 +1,9 @@
 // Little-endian output with sizes that are filled in once they are known.
 #pragma once
 
+#include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <ostream>
@@ -12,15 +14,10 @@
 
 namespace mapexport {
 
-/// Writes numbers and texts to a seekable binary stream, through a buffer of its own. The stream's
-/// state is not looked at: whoever opened it judges what came out. Everything has reached the
-/// stream after Flush or the destructor.
-class BinaryWriter {
+/// Stores numbers one after the other where there is room for them.
+class BinaryCursor {
  public:
-  explicit BinaryWriter(std::ostream& stream);
-  ~BinaryWriter();
-  BinaryWriter(const BinaryWriter&) = delete;
-  BinaryWriter& operator=(const BinaryWriter&) = delete;
+  explicit BinaryCursor(char* place) : place_(place) {}
 
   void U8(std::uint8_t value) { Put(value); }
   /// The low 16 bits of `value`.
@@ -32,6 +29,51 @@ class BinaryWriter {
     F32(p.x);
     F32(p.y);
     F32(p.z);
+  }
+
+ private:
+  template <typename Unsigned>
+  void Put(Unsigned value) {
+    if constexpr (std::endian::native == std::endian::little) {
+      std::memcpy(place_, &value, sizeof value);
+    } else {
+      for (std::size_t i = 0; i < sizeof value; ++i) {
+        place_[i] = static_cast<char>((value >> (8 * i)) & 0xFF);
+      }
+    }
+    place_ += sizeof value;
+  }
+
+  char* place_;
+};
+
+/// Writes numbers and texts to a seekable binary stream, through a buffer of its own. The stream's
+/// state is not looked at: whoever opened it judges what came out. Everything has reached the
+/// stream after Flush or the destructor.
+class BinaryWriter {
+ public:
+  explicit BinaryWriter(std::ostream& stream);
+  ~BinaryWriter();
+  BinaryWriter(const BinaryWriter&) = delete;
+  BinaryWriter& operator=(const BinaryWriter&) = delete;
+
+  void U8(std::uint8_t value) { Room(sizeof value).U8(value); }
+  /// The low 16 bits of `value`.
+  void U16(std::uint32_t value) { Room(sizeof(std::uint16_t)).U16(value); }
+  void U32(std::uint32_t value) { Room(sizeof value).U32(value); }
+  void I32(std::int32_t value) { Room(sizeof value).I32(value); }
+  void F32(float value) { Room(sizeof value).F32(value); }
+  /// `count` entries of `size` bytes each: `put` is called with a cursor and the number of the
+  /// entry, and stores just that many bytes.
+  template <typename Put>
+  void Entries(std::size_t count, std::size_t size, const Put& put) {
+    for (std::size_t i = 0; i < count;) {
+      if (buffer_.size() - used_ < size) Flush();
+      BinaryCursor cursor(buffer_.data() + used_);
+      const std::size_t end = std::min(count, i + (buffer_.size() - used_) / size);
+      used_ += (end - i) * size;
+      for (; i < end; ++i) put(cursor, i);
+    }
   }
   /// The length plus one, the bytes, a NUL.
   void LString(std::string_view text);
@@ -45,21 +87,11 @@ class BinaryWriter {
   void Flush();
 
  private:
-  template <typename Unsigned>
-  void Put(Unsigned value) {
-    if (buffer_.size() - used_ < sizeof value) Flush();
-    Store(buffer_.data() + used_, value);
-    used_ += sizeof value;
-  }
-  template <typename Unsigned>
-  static void Store(char* place, Unsigned value) {
-    if constexpr (std::endian::native == std::endian::little) {
-      std::memcpy(place, &value, sizeof value);
-    } else {
-      for (std::size_t i = 0; i < sizeof value; ++i) {
-        place[i] = static_cast<char>((value >> (8 * i)) & 0xFF);
-      }
-    }
+  /// Takes `size` bytes of the buffer, to be stored at once.
+  BinaryCursor Room(std::size_t size) {
+    if (buffer_.size() - used_ < size) Flush();
+    used_ += size;
+    return BinaryCursor(buffer_.data() + used_ - size);
   }
 
   std::ostream& stream_;

@@ -30,13 +30,13 @@ std::vector<std::uint32_t> FacePositions(const GeometryGroup& group) {
 void WriteFaceTable(const GeometryGroup& group, BinaryWriter& out) {
   const std::vector<std::uint32_t> positions = FacePositions(group);
   out.Count(group.faces.size());
-  for (std::size_t f = 0; f < group.faces.size(); ++f) {
+  out.Entries(group.faces.size(), 16, [&](BinaryCursor& entry, std::size_t f) {
     const GroupFace& face = group.faces[f];
-    for (const std::uint32_t v : face.v) out.U16(v);
-    out.U16(positions[f]);
-    out.I32(face.surfaceSet);
-    out.I32(face.batchIndex);
-  }
+    for (const std::uint32_t v : face.v) entry.U16(v);
+    entry.U16(positions[f]);
+    entry.I32(face.surfaceSet);
+    entry.I32(face.batchIndex);
+  });
 }
 
 void WriteSurfaceSets(const GeometryGroup& group, BinaryWriter& out) {
@@ -45,7 +45,8 @@ void WriteSurfaceSets(const GeometryGroup& group, BinaryWriter& out) {
     out.LString(set.name.View());
     out.U32(set.flags);
     out.Count(set.faces.size());
-    for (const std::uint32_t f : set.faces) out.U16(f);
+    out.Entries(set.faces.size(), 2,
+                [&](BinaryCursor& entry, std::size_t i) { entry.U16(set.faces[i]); });
   }
 }
 
@@ -68,13 +69,12 @@ void WriteKobRecord(GeometryGroup& group, BinaryWriter& out) {
   size.BeginBody();
   WritePreparedQobRecord(group, out);
   LogOverlongLists(group);
-  out.Count(group.collisionPoints.size());
-  for (const Point3& point : group.collisionPoints) out.Point(point);
+  WritePoints(group.collisionPoints, out);
   out.Count(group.collisionPlanes.size());
-  for (const CollisionPlane& plane : group.collisionPlanes) {
-    out.Point(plane.normal);
-    out.F32(plane.d);
-  }
+  out.Entries(group.collisionPlanes.size(), 16, [&](BinaryCursor& entry, std::size_t i) {
+    entry.Point(group.collisionPlanes[i].normal);
+    entry.F32(group.collisionPlanes[i].d);
+  });
   WriteFaceTable(group, out);
   WriteSurfaceSets(group, out);
   size.EndBody();

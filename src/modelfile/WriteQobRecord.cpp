@@ -41,34 +41,48 @@ void WriteBatch(const GeometryGroup& group, const RenderBatch& batch, CornerPlac
   places.Take(batch);
   out.I32(batch.material);
   out.Count(batch.faces.size());
-  for (const std::uint32_t f : batch.faces) {
-    const GroupFace& face = group.faces[f];
-    const CollisionPlane plane = PlaneOf(face.normal, group.vertices[face.v[0]]);
-    out.Point(plane.normal);
-    out.F32(plane.d);
-  }
-  for (const std::uint32_t f : batch.faces) {
-    for (const std::uint32_t v : group.faces[f].v) out.U16(v);
-  }
-  for (const std::uint32_t f : batch.faces) {
-    for (const std::uint32_t a : group.faces[f].a) out.U16(places.Of(a));
-  }
-  out.Count(batch.cornerAttributes.size());
-  for (const std::uint32_t a : batch.cornerAttributes) out.Point(group.attributes[a].normal);
-  for (const std::uint32_t a : batch.cornerAttributes) {
-    out.F32(group.attributes[a].uvw.x);
-    out.F32(group.attributes[a].uvw.y);
-  }
-  for (const std::uint32_t a : batch.cornerAttributes) {
-    const ColourRgba& colour = group.attributes[a].colour;
-    out.F32(colour.r);
-    out.F32(colour.g);
-    out.F32(colour.b);
-    out.F32(colour.a);
-  }
+  const auto faceOf = [&](std::size_t i) -> const GroupFace& {
+    return group.faces[batch.faces[i]];
+  };
+  out.Entries(batch.faces.size(), 16, [&](BinaryCursor& entry, std::size_t i) {
+    const CollisionPlane plane = PlaneOf(faceOf(i).normal, group.vertices[faceOf(i).v[0]]);
+    entry.Point(plane.normal);
+    entry.F32(plane.d);
+  });
+  out.Entries(batch.faces.size(), 6, [&](BinaryCursor& entry, std::size_t i) {
+    for (const std::uint32_t v : faceOf(i).v) entry.U16(v);
+  });
+  out.Entries(batch.faces.size(), 6, [&](BinaryCursor& entry, std::size_t i) {
+    for (const std::uint32_t a : faceOf(i).a) entry.U16(places.Of(a));
+  });
+
+  const std::size_t corners = batch.cornerAttributes.size();
+  const auto attributeOf = [&](std::size_t i) -> const VertexAttribute& {
+    return group.attributes[batch.cornerAttributes[i]];
+  };
+  out.Count(corners);
+  out.Entries(corners, 12,
+              [&](BinaryCursor& entry, std::size_t i) { entry.Point(attributeOf(i).normal); });
+  out.Entries(corners, 8, [&](BinaryCursor& entry, std::size_t i) {
+    entry.F32(attributeOf(i).uvw.x);
+    entry.F32(attributeOf(i).uvw.y);
+  });
+  out.Entries(corners, 16, [&](BinaryCursor& entry, std::size_t i) {
+    const ColourRgba& colour = attributeOf(i).colour;
+    entry.F32(colour.r);
+    entry.F32(colour.g);
+    entry.F32(colour.b);
+    entry.F32(colour.a);
+  });
 }
 
 }  // namespace
+
+void WritePoints(std::span<const Point3> points, BinaryWriter& out) {
+  out.Count(points.size());
+  out.Entries(points.size(), 12,
+              [&](BinaryCursor& entry, std::size_t i) { entry.Point(points[i]); });
+}
 
 void WriteQobRecord(GeometryGroup& group, BinaryWriter& out) {
   MergeCollisionLists(group);
@@ -85,8 +99,7 @@ void WritePreparedQobRecord(GeometryGroup& group, BinaryWriter& out) {
   WriteRecordHeader(out, group.typeCode, group.version, group.name);
   size.BeginBody();
   LogOverlongList(group, "vertices", group.vertices.size());
-  out.Count(group.vertices.size());
-  for (const Point3& vertex : group.vertices) out.Point(vertex);
+  WritePoints({group.vertices.data(), group.vertices.size()}, out);
   out.Count(group.batches.size());
   CornerPlaces places(group.attributes.size());
   for (std::size_t ordinal = 0; ordinal < group.batches.size(); ++ordinal) {

@@ -1,6 +1,8 @@
 // The QOB group record: vertices and render batches.
 #pragma once
 
+#include <span>
+
 #include "geometry/GeometryGroup.h"
 #include "modelfile/BinaryWriter.h"
 
@@ -16,5 +18,8 @@ void WriteQobRecord(GeometryGroup& group, BinaryWriter& out);
 
 /// The same for a group whose collision-only faces may have been separated.
 void WritePreparedQobRecord(GeometryGroup& group, BinaryWriter& out);
+
+/// Writes the number of points, then the points.
+void WritePoints(std::span<const Point3> points, BinaryWriter& out);
 
 }  // namespace mapexport
