@@ -9,12 +9,15 @@ namespace mapexport {
 namespace {
 
 // Widths of a cell in reaches. The narrowest still lets a query touch only two cells per axis.
-constexpr int kWidest = 16;
+constexpr int kWidest = 64;
 constexpr int kNarrowest = 2;
 
 /// Round coordinates sit on the borders of a grid through the origin; this fraction of a cell moves
 /// it away.
 constexpr double kShift = 0.37;
+
+/// More than rounding can move a coordinate by, in cells.
+constexpr double kMargin = 1e-6;
 
 // Tests of a pair that are fair: per vertex, and before anything is concluded from them.
 constexpr std::int64_t kTestsPerVertex = 8;
@@ -44,28 +47,24 @@ bool IsFinite(const Point3& p) {
 }  // namespace
 
 WeldGrid::Axis::Axis(float reach, int widthInReaches)
-    : reach_(static_cast<double>(reach)), perUnit_(1.0 / (reach_ * widthInReaches)) {
+    : perUnit_(1.0 / (static_cast<double>(reach) * widthInReaches)),
+      borderland_(1.0 / widthInReaches + kMargin) {
   // The least spacing of floats from 2^e on, and of those just below it, is 2^(e - 24).
   int exponent = 0;
-  std::frexp(reach_, &exponent);
+  std::frexp(reach, &exponent);
   farOut_ = std::ldexp(1.0, exponent + 24);
 }
 
-std::int64_t WeldGrid::Axis::CellOf(double x) const {
-  const double magnitude = std::fabs(x);
-  if (magnitude < farOut_) return Floor(x * perUnit_ + kShift);
-  const std::int64_t floatsBeyond =
-      std::int64_t{std::bit_cast<std::uint32_t>(static_cast<float>(magnitude))} -
-      std::bit_cast<std::uint32_t>(static_cast<float>(farOut_));
-  return x > 0.0 ? Floor(farOut_ * perUnit_ + kShift) + 1 + floatsBeyond
-                 : Floor(-farOut_ * perUnit_ + kShift) - 1 - floatsBeyond;
-}
-
 WeldGrid::Axis::Range WeldGrid::Axis::CellsAround(float x) const {
-  const double centre = static_cast<double>(x);
-  const std::int64_t own = CellOf(centre);
-  if (std::fabs(centre) >= farOut_) return {own, own, own};
-  return {own, CellOf(centre - reach_), CellOf(centre + reach_)};
+  if (std::fabs(static_cast<double>(x)) >= farOut_) {
+    // Beyond all other cells, which are fewer than 2^24 / kNarrowest to each side.
+    const std::int64_t cell = (std::int64_t{1} << 32) + std::bit_cast<std::uint32_t>(x);
+    return {cell, cell, cell};
+  }
+  const double place = static_cast<double>(x) * perUnit_ + kShift;
+  const std::int64_t own = Floor(place);
+  const double within = place - static_cast<double>(own);
+  return {own, within < borderland_ ? own - 1 : own, within > 1.0 - borderland_ ? own + 1 : own};
 }
 
 WeldGrid::WeldGrid(std::size_t capacity, float squaredDistance)
@@ -92,8 +91,11 @@ std::uint32_t WeldGrid::Add(const Point3& vertex) {
   return hit == 0 ? index : hit - 1;
 }
 
-WeldGrid::Place WeldGrid::PlaceOf(const Point3& vertex) const {
-  return {axis_.CellsAround(vertex.x), axis_.CellsAround(vertex.y), axis_.CellsAround(vertex.z)};
+WeldGrid::Place WeldGrid::PlaceOf(const Point3& vertex) {
+  Place place{axis_.CellsAround(vertex.x), axis_.CellsAround(vertex.y), axis_.CellsAround(vertex.z),
+              nullptr};
+  place.head = &HeadOf(place.x.own, place.y.own, place.z.own);
+  return place;
 }
 
 std::uint32_t& WeldGrid::HeadOf(std::int64_t x, std::int64_t y, std::int64_t z) {
@@ -106,8 +108,8 @@ std::uint32_t& WeldGrid::HeadOf(std::int64_t x, std::int64_t y, std::int64_t z) 
 
 /// The index + 1 of the newest linked vertex that is near, 0 when there is none.
 std::uint32_t WeldGrid::NewestNear(const Point3& vertex, const Place& place) {
-  const auto& [xs, ys, zs] = place;
-  std::uint32_t best = NewestOfChain(HeadOf(xs.own, ys.own, zs.own), vertex, 0);
+  const auto& [xs, ys, zs, head] = place;
+  std::uint32_t best = NewestOfChain(*head, vertex, 0);
   for (std::int64_t x = xs.first; x <= xs.last; ++x) {
     for (std::int64_t y = ys.first; y <= ys.last; ++y) {
       for (std::int64_t z = zs.first; z <= zs.last; ++z) {
@@ -133,9 +135,8 @@ std::uint32_t WeldGrid::NewestOfChain(std::uint32_t head, const Point3& vertex,
 }
 
 void WeldGrid::Link(std::uint32_t index, const Place& place) {
-  std::uint32_t& head = HeadOf(place.x.own, place.y.own, place.z.own);
-  slots_[index].older = head;
-  head = index + 1;
+  slots_[index].older = *place.head;
+  *place.head = index + 1;
 }
 
 void WeldGrid::Narrow() {

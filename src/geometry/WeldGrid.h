@@ -27,9 +27,9 @@ class WeldGrid {
   std::uint32_t Add(const Point3& vertex);
 
  private:
-  /// The cells of an axis: whole numbers that never decrease as the coordinate grows. They are of
-  /// equal width around the origin; far out, where neighbouring floats lie further apart than the
-  /// reach, every float has a cell of its own, so that nothing crowds into the outermost cell.
+  /// The cells of an axis: whole numbers, of equal width around the origin. Far out, where
+  /// neighbouring floats lie further apart than the reach, every float has a cell of its own, so
+  /// that nothing crowds into the outermost cell.
   class Axis {
    public:
     struct Range {
@@ -41,13 +41,12 @@ class WeldGrid {
     /// `reach` is what two near coordinates differ by less than, `widthInReaches` a cell's width.
     Axis(float reach, int widthInReaches);
 
-    std::int64_t CellOf(double x) const;
     Range CellsAround(float x) const;
 
    private:
-    double reach_;
-    double perUnit_;  ///< cells per unit
-    double farOut_;   ///< the magnitude from which every float has its own cell
+    double perUnit_;     ///< cells per unit
+    double farOut_;      ///< the magnitude from which every float has its own cell
+    double borderland_;  ///< of a cell, the part from which the reach can leave it
   };
 
   /// Where a vertex is.
@@ -55,6 +54,7 @@ class WeldGrid {
     Axis::Range x;
     Axis::Range y;
     Axis::Range z;
+    std::uint32_t* head;  ///< of the chain of its own cell
   };
 
   /// One vertex and, as index + 1, the next older one of its chain; 0 ends a chain.
@@ -63,7 +63,7 @@ class WeldGrid {
     std::uint32_t older;
   };
 
-  Place PlaceOf(const Point3& vertex) const;
+  Place PlaceOf(const Point3& vertex);
   std::uint32_t& HeadOf(std::int64_t x, std::int64_t y, std::int64_t z);
   std::uint32_t NewestNear(const Point3& vertex, const Place& place);
   std::uint32_t NewestOfChain(std::uint32_t head, const Point3& vertex, std::uint32_t best);
