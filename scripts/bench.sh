@@ -1,19 +1,71 @@
 #!/usr/bin/env bash
-# Builds and runs the benchmarks; each ends with the ratios that matter: the literal definition to
-# the fast form, and twice the size to once. Arguments go to every program, for example
-# bench.sh --benchmark_filter=weld
+# Builds and runs the benchmarks and prints the table of README.md's "How fast": the stages of an
+# export, whole exports, and what other libraries and programs need for the like on the same level in
+# the same run.
+#
+#   bench.sh [--quick] [--renew-readme]
+#
+# --quick measures the 130k level alone and with fewer repetitions; a minute or two, instead of ten.
+# --renew-readme puts the table into README.md. Results lie in build/bench/results.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 # shellcheck source=scripts/lib/ensure-packages.sh
 . "$root/scripts/lib/ensure-packages.sh"
+
+sizes=(10k 130k 1M)
+repetitions=11
+runs=7
+report=()
+for argument in "$@"; do
+  case $argument in
+    --quick)
+      sizes=(130k)
+      repetitions=5
+      runs=3
+      ;;
+    --renew-readme) report=(--renew-readme "$root/README.md") ;;
+    *)
+      echo "usage: bench.sh [--quick] [--renew-readme]" >&2
+      exit 2
+      ;;
+  esac
+done
 ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-bench.txt"
 
 cd -- "$root"
 # A folder of its own keeps the benchmarks out of the release build.
-cmake --preset release -B build/bench -DMAPEXPORT_BENCH=ON -DMAPEXPORT_TESTS=OFF >/dev/null
-cmake --build build/bench --target benchmarks
-for program in build/bench/bench/*Bench; do
-  printf '\n== %s\n' "${program##*/}"
-  "$program" --benchmark_min_time=0.1 "$@"
+cmake --preset release -B build/bench -DMAPEXPORT_BENCH=ON -DMAPEXPORT_TESTS=OFF \
+  -DMAPEXPORT_VIEW=OFF >/dev/null
+cmake --build build/bench --target benchmarks mapexport
+programs=build/bench/bench
+levels=build/bench/levels
+results=build/bench/results
+rm -rf -- "$levels" "$results"
+mkdir -p -- "$levels" "$results"
+
+# measure RESULT PROGRAM ARGUMENT...: repetitions of different benchmarks take turns.
+measure() {
+  local result=$1
+  shift
+  "$@" --benchmark_repetitions="$repetitions" --benchmark_enable_random_interleaving=true \
+    --benchmark_out_format=json --benchmark_out="$result" >"$result.log" 2>&1 ||
+    { cat -- "$result.log" >&2; return 1; }
+}
+
+for size in box 10k 130k 1M; do
+  [[ " box ${sizes[*]} " == *" $size "* ]] || continue
+  printf '"%s": %d\n' "$size" "$("$programs/make_level" "$size" "$levels")"
+done | paste -sd, | sed 's/.*/{&}/' >"$levels/sizes.json"
+
+for size in "${sizes[@]}"; do
+  echo "stages, $size"
+  measure "$root/$results/stages-$size.json" "$programs/StageBench" "$size" "$levels"
 done
+echo "adversarial inputs"
+measure "$root/$results/adversarial.json" "$programs/AdversarialBench" "$levels"
+echo "whole processes"
+python3 -B bench/measure_processes.py build/bench/bin/mapexport "$levels" \
+  "$results/processes.json" --runs "$runs" --sizes "${sizes[@]}"
+printf '\n'
+python3 -B bench/report.py "$results" "${report[@]}"

@@ -1,0 +1,39 @@
+// The host that the exporter runs in when it is measured.
+#pragma once
+
+#include <string>
+
+#include "model/ExportModel.h"
+#include "scene/HostScene.h"
+#include "support/TestSystem.h"
+
+namespace mapexport {
+
+/// The exporter as it is once its library has been loaded. `folder` becomes the current one; the
+/// debug log and the output go there.
+class BenchHost {
+ public:
+  explicit BenchHost(const std::string& folder);
+  BenchHost(const BenchHost&) = delete;
+  BenchHost& operator=(const BenchHost&) = delete;
+  ~BenchHost();
+
+  /// Makes `model` the running export's, and everything else as before the first export.
+  static void Begin(ExportModel& model);
+
+ private:
+  TestSystem system_;
+  HINSTANCE module_;
+};
+
+/// A scene that was gathered, and the host that it was gathered from.
+class GatheredScene {
+ public:
+  explicit GatheredScene(const Scene& scene);
+
+  HostScene host;
+  ExportModel model;
+  GeometryGroup& group;  ///< of the model
+};
+
+}  // namespace mapexport

@@ -1,0 +1,37 @@
+// What finding equal vertices costs at least: one insertion into a hash table each.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "host/Point3.h"
+
+namespace mapexport {
+
+/// The first vertex with the same bits as each, by a table with open addressing that is at most
+/// half full. It holds nothing but indices; the vertices themselves are compared.
+inline std::unique_ptr<std::uint32_t[]> FirstEqualVertices(std::span<const Point3> vertices) {
+  const std::size_t size = std::bit_ceil(2 * vertices.size() + 1);
+  const int shift = 64 - std::countr_zero(size);
+  std::vector<std::uint32_t> table(size, 0);  // an index + 1, or 0
+  std::unique_ptr<std::uint32_t[]> first(new std::uint32_t[vertices.size()]);
+  for (std::uint32_t i = 0; i < vertices.size(); ++i) {
+    const auto bits = std::bit_cast<std::array<std::uint32_t, 3>>(vertices[i]);
+    std::uint64_t hash = (std::uint64_t{bits[0]} << 32 | bits[1]) * 0x9E3779B97F4A7C15u;
+    hash = (hash ^ (hash >> 32) ^ bits[2]) * 0xD6E8FEB86659FD93u;
+    std::size_t place = hash >> shift;
+    while (table[place] != 0 &&
+           std::memcmp(&vertices[table[place] - 1], &vertices[i], sizeof(Point3)) != 0) {
+      place = (place + 1) & (size - 1);
+    }
+    if (table[place] == 0) table[place] = i + 1;
+    first[i] = table[place] - 1;
+  }
+  return first;
+}
+
+}  // namespace mapexport

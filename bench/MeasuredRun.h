@@ -1,0 +1,49 @@
+// One way of timing for everything that is compared.
+#pragma once
+
+#include <ctime>
+#include <string>
+#include <utility>
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+namespace mapexport {
+
+/// The processor time of this process so far, in seconds.
+inline double ProcessorTime() {
+  std::timespec time{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+/// To be called once, before anything is measured: whatever was allocated and freed before, blocks
+/// come from the heap from now on, as they do in a process that has freed the text of a scene file.
+inline void SettleHeap() {
+  mallopt(M_MMAP_THRESHOLD, 32 << 20);
+  mallopt(M_TRIM_THRESHOLD, 64 << 20);
+}
+
+/// Registers a benchmark whose every run gets input of its own from `prepare`. Only `run` is timed,
+/// by the processor time that it takes; what it returns is destroyed afterwards, outside of the
+/// time. Free memory is given back to the system before, so that every run pays for the first touch
+/// of what it allocates. Repetitions come from the command line, so that they can be interleaved.
+template <typename Prepare, typename Run>
+void RegisterRun(const std::string& name, const Prepare& prepare, const Run& run) {
+  const auto measure = [=](benchmark::State& state) {
+    for (auto _ : state) {
+      auto input = prepare();
+      malloc_trim(0);
+      const double start = ProcessorTime();
+      auto output = run(input);
+      state.SetIterationTime(ProcessorTime() - start);
+      benchmark::DoNotOptimize(output);
+    }
+  };
+  benchmark::RegisterBenchmark(name.c_str(), measure)
+      ->UseManualTime()
+      ->Iterations(1)
+      ->Unit(benchmark::kMillisecond);
+}
+
+}  // namespace mapexport

@@ -1,0 +1,112 @@
+#!/usr/bin/env python3
+"""Measures whole processes: exports, and the import library's own program on the same level.
+
+    bench/measure_processes.py MAPEXPORT FOLDER RESULT --sizes 130k 1M --runs 5
+
+FOLDER holds what make_level wrote, and sizes.json, the triangles of each. Runs of different commands
+take turns, so that whatever else the machine does hits all of them. Time is the processor time of the
+process and of all that it started. RESULT is JSON.
+"""
+import argparse
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import time
+
+BOX_RUNS = 21
+DONE = {"mapexport": (0, 4), "assimp": (0,)}  # 4: done, but for 16-bit indices a list is too long
+
+
+def start(command, folder):
+    return subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL,
+                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+
+def finish(process, command):
+    """Waits; what the process and its children used."""
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    if process.returncode not in DONE[pathlib.Path(command[0]).name]:
+        sys.exit(f"measure_processes.py: {' '.join(command)}: exit status {process.returncode}")
+    return usage
+
+
+def family(pid):
+    """The process and everything below it."""
+    yield pid
+    try:
+        with open(f"/proc/{pid}/task/{pid}/children", encoding="ascii") as file:
+            children = file.read().split()
+    except OSError:
+        return
+    for child in children:
+        yield from family(int(child))
+
+
+def resident(pid):
+    """What the process holds in memory, in bytes; 0 when it is gone."""
+    try:
+        with open(f"/proc/{pid}/statm", encoding="ascii") as file:
+            return int(file.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+    except (OSError, IndexError):
+        return 0
+
+
+def most_in_all(command, folder):
+    """The peak of the sum over all processes of a run, looked at every millisecond. What processes
+    share counts for each of them."""
+    process = start(command, folder)
+    most = 0
+    while os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOHANG | os.WNOWAIT) is None:
+        most = max(most, sum(resident(pid) for pid in family(process.pid)))
+        time.sleep(0.001)
+    finish(process, command)
+    return most
+
+
+def measure(commands, folder, runs):
+    """Per command the processor time of each run in seconds, and its peaks of memory in bytes."""
+    results = {name: {"seconds": [], "largest": 0} for name in commands}
+    for _ in range(runs):
+        for name, command in commands.items():
+            usage = finish(start(command, folder), command)
+            results[name]["seconds"].append(usage.ru_utime + usage.ru_stime)
+            results[name]["largest"] = max(results[name]["largest"], usage.ru_maxrss * 1024)
+    return results
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("mapexport", type=pathlib.Path)
+    parser.add_argument("folder", type=pathlib.Path)
+    parser.add_argument("result", type=pathlib.Path)
+    parser.add_argument("--sizes", nargs="+", default=["130k", "1M"])
+    parser.add_argument("--runs", type=int, default=5)
+    arguments = parser.parse_args()
+    assimp = shutil.which("assimp")
+    if assimp is None:
+        sys.exit("measure_processes.py: the program assimp is not there")
+    triangles = json.loads((arguments.folder / "sizes.json").read_text())
+
+    def export(scene):
+        return [str(arguments.mapexport.resolve()), "export", scene, "process.kob", "--fresh",
+                "--seed", "1", "--quiet"]
+
+    result = {"box": measure({"box": export("box.scene.json")}, arguments.folder, BOX_RUNS)["box"]}
+    for size in arguments.sizes:
+        commands = {extension: export(f"{size}.{extension}")
+                    for extension in ("scene.json", "glb", "obj")}
+        commands["assimp"] = [assimp, "export", f"{size}.obj", "process.assbin",
+                              "-tri", "-gsn", "-jiv"]
+        measured = measure(commands, arguments.folder, arguments.runs)
+        for name, command in commands.items():
+            measured[name]["all"] = most_in_all(command, arguments.folder)
+        result[size] = {"triangles": triangles[size], "commands": measured}
+    arguments.result.write_text(json.dumps(result, indent=1) + "\n")
+
+
+if __name__ == "__main__":
+    main()
