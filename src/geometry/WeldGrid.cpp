@@ -9,7 +9,7 @@ namespace mapexport {
 namespace {
 
 // Widths of a cell in reaches. The narrowest still lets a query touch only two cells per axis.
-constexpr int kWidest = 64;
+constexpr int kWidest = 32;
 constexpr int kNarrowest = 2;
 
 /// Round coordinates sit on the borders of a grid through the origin; this fraction of a cell moves
