@@ -145,10 +145,11 @@ std::uint32_t AttributeIndex::FindOrAddCell(std::uint32_t hash) {
   return entry.cell - 1;
 }
 
-/// Keeps the table at most half full with that many cells.
+/// Keeps the table at most three quarters full with that many cells.
 void AttributeIndex::ReserveCells(std::size_t count) {
-  if (2 * count <= table_.size()) return;
-  std::vector<Entry> former(std::max(kSmallestTable, std::bit_ceil(2 * count)));
+  const std::size_t least = count + count / 3 + 1;
+  if (least <= table_.size()) return;
+  std::vector<Entry> former(std::max(kSmallestTable, std::bit_ceil(least)));
   former.swap(table_);
   for (const Entry& entry : former) {
     if (entry.cell != 0) EntryOf(entry.hash) = entry;
