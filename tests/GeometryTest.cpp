@@ -80,14 +80,24 @@ TEST(AddAttribute, EqualsTheScanFromTheFirstAttribute) {
     CrowdedValues others(2, c.otherSteps, 0.0f);
     GeometryGroup group;
     std::vector<VertexAttribute> literal;
-    for (int i = 0; i < 3000; ++i) {
+    std::array<Point3, 10> vertices;
+    std::vector<AttributePlace> places;
+    for (std::size_t i = 0; i < 3000; ++i) {
+      // One after the other, then the vertices of a mesh with several corners each.
+      const bool inMesh = i / 60 % 2 == 1;
+      if (i % 60 == 0) {
+        for (Point3& vertex : vertices) vertex = positions.NextPoint();
+        places = group.attributeIndex.PlacesOf(vertices);
+      }
+      const std::size_t v = i * 7 % vertices.size();
       VertexAttribute x;
-      x.position = positions.NextPoint();
+      x.position = inMesh ? vertices[v] : positions.NextPoint();
       x.normal = others.NextPoint();
       x.uvw = others.NextPoint();
       x.colour.r = static_cast<float>(i);
       x.material = others.Pick(c.materials);
-      ASSERT_EQ(AddAttribute(group, x), literal::AddAttribute(literal, x)) << i;
+      const int found = inMesh ? AddAttribute(group, x, places[v]) : AddAttribute(group, x);
+      ASSERT_EQ(found, literal::AddAttribute(literal, x)) << i;
     }
     ASSERT_EQ(group.attributes.size(), literal.size());
     for (std::size_t i = 0; i < literal.size(); ++i) {
@@ -200,7 +210,7 @@ class BatchesTest : public testing::Test {
 
 TEST_F(BatchesTest, CellsAndBatchesEqualTheDenseGridsAndTheLists) {
   unsigned seed = 0;
-  for (const float voxelSize : {1000.0f, 9.0f, 3.0f, 0.0f, -2.0f, kNaN, kInfinity}) {
+  for (const float voxelSize : {1000.0f, 9.0f, 3.0f, 2.0f, 0.0f, -2.0f, kNaN, kInfinity}) {
     for (const std::uint32_t attributes : {1u, 3u, 50u}) {
       SCOPED_TRACE(voxelSize);
       GeometryGroup group = RandomGroup(++seed, 60, attributes);
