@@ -30,7 +30,7 @@
 #include "geometry/RemoveDegenerateFaces.h"
 #include "geometry/RenderBatches.h"
 #include "geometry/VoxelPartition.h"
-#include "geometry/WeldGrid.h"
+#include "geometry/FindWeldTargets.h"
 #include "geometry/WeldVertices.h"
 #include "plugin/MapExporter.h"
 #include "plugin/state/ProcessState.h"
@@ -221,10 +221,7 @@ void RegisterRivals(const Stages& stages, const std::string& objFile) {
   };
   RegisterRun("hash inserts", vertices, FirstEqualVertices);
   RegisterRun("representatives", vertices, [](const std::vector<Point3>& of) {
-    std::unique_ptr<std::uint32_t[]> representatives(new std::uint32_t[of.size()]);
-    WeldGrid grid(of.size(), kDistance * kDistance);
-    for (std::size_t i = 0; i < of.size(); ++i) representatives[i] = grid.Add(of[i]);
-    return representatives;
+    return FindWeldTargets(of, kDistance * kDistance);
   });
   WriteKob(*stages.ModelToWrite());
   RegisterRun(

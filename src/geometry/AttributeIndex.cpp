@@ -160,14 +160,14 @@ void AttributeIndex::Insert(const AttributePlace& place,
                             std::span<const VertexAttribute> attributes) {
   const auto i = static_cast<std::uint32_t>(slots_.size());
   slots_.Append({0, 1});
-  if (!CanMatch(attributes[i])) return;
+  if (place.reach == AttributePlace::Reach::kNone) return;
   const std::uint32_t older = newest_[place.cell];
   if (older != 0 && older != kCrowdedCell) {
     slots_[i] = {older, slots_[older - 1].length + 1};
     if (slots_[i].length > kFewAttributes) MoveToCrowded(place.cell, attributes);
   }
   if (newest_[place.cell] == kCrowdedCell) {
-    crowded_.Insert(i, attributes);
+    if (CanMatch(attributes[i])) crowded_.Insert(i, attributes);
   } else {
     newest_[place.cell] = i + 1;
   }
@@ -180,7 +180,9 @@ void AttributeIndex::MoveToCrowded(std::uint32_t cell,
     moved.push_back(link - 1);
   }
   std::ranges::reverse(moved);
-  for (const std::uint32_t i : moved) crowded_.Insert(i, attributes);
+  for (const std::uint32_t i : moved) {
+    if (CanMatch(attributes[i])) crowded_.Insert(i, attributes);
+  }
   newest_[cell] = kCrowdedCell;
 }
 

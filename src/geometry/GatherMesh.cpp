@@ -126,14 +126,19 @@ void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
   const std::vector<AttributePlace> attributePlaces =
       group.attributeIndex.PlacesOf({group.vertices.data() + place.firstVertex, mesh.verts.size()});
   CornerLook look = LookOf(-1, materials, wireColour);
+  VertexAttribute corner;  // each one sets what differs from the one before
+  corner.material = look.material;
+  corner.colour = look.colour;
   for (std::size_t f = 0; f < faces.size(); ++f) {
     GroupFace& face = faces[f];
     face.material = materials.MaterialOf(mesh.faces[hostFaces[f]].MatID());
-    if (face.material != look.material) look = LookOf(face.material, materials, wireColour);
+    if (face.material != look.material) {
+      look = LookOf(face.material, materials, wireColour);
+      corner.material = look.material;
+      corner.colour = look.colour;
+    }
     const std::array<Point3, 3> cornerNormals = normals.OfFace(f);
     for (std::size_t k = 0; k < 3; ++k) {
-      VertexAttribute corner;
-      corner.material = face.material;
       corner.position = group.vertices[face.v[k]];
       if (!mesh.tVerts.empty()) {
         corner.uvw = mesh.tVerts[mesh.tvFace[hostFaces[f]].t[place.reversed ? 2 - k : k]];
@@ -141,7 +146,6 @@ void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
         ConvertTextureCoordinates(corner.uvw, textureMode);
       }
       corner.normal = cornerNormals[k];
-      corner.colour = look.colour;
       face.a[k] = static_cast<std::uint32_t>(
           AddAttribute(group, corner, attributePlaces[face.v[k] - place.firstVertex]));
     }

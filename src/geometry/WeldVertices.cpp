@@ -4,28 +4,24 @@
 #include <cstdint>
 #include <vector>
 
+#include "geometry/FindWeldTargets.h"
 #include "geometry/IsSliver.h"
 #include "geometry/RemoveFaces.h"
-#include "geometry/WeldGrid.h"
 
 namespace mapexport {
 namespace {
 
 /// The new index of every vertex, after moving those that survive down in `vertices`.
 std::vector<std::uint32_t> MergeVertices(GrowableArray<Point3>& vertices, float squaredDistance) {
-  const std::size_t count = vertices.size();
-  std::vector<std::uint32_t> newIndex;
-  newIndex.reserve(count);
-  WeldGrid grid(count, squaredDistance);
+  std::vector<std::uint32_t> newIndex =
+      FindWeldTargets({vertices.data(), vertices.size()}, squaredDistance);
   std::uint32_t survivors = 0;
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const Point3 position = vertices[i];
-    const std::uint32_t target = grid.Add(position);
-    if (target == i) {
-      newIndex.push_back(survivors);
-      vertices[survivors++] = position;
+  for (std::uint32_t i = 0; i < newIndex.size(); ++i) {
+    if (newIndex[i] == i) {
+      vertices[survivors] = vertices[i];
+      newIndex[i] = survivors++;
     } else {
-      newIndex.push_back(newIndex[target]);
+      newIndex[i] = newIndex[newIndex[i]];
     }
   }
   vertices.Shrink(survivors);

@@ -4,14 +4,11 @@
 #include <array>
 
 namespace mapexport {
-namespace {
-
-constexpr std::size_t kBufferSize = std::size_t{1} << 18;
-
-}  // namespace
 
 BinaryWriter::BinaryWriter(std::ostream& stream)
-    : stream_(stream), start_(stream.tellp()), buffer_(kBufferSize) {}
+    : stream_(stream),
+      start_(stream.tellp()),
+      buffer_(std::make_unique_for_overwrite<char[]>(kBufferSize)) {}
 
 BinaryWriter::~BinaryWriter() {
   Flush();
@@ -20,9 +17,9 @@ BinaryWriter::~BinaryWriter() {
 void BinaryWriter::LString(std::string_view text) {
   Count(text.size() + 1);
   while (!text.empty()) {
-    if (used_ == buffer_.size()) Flush();
-    const std::size_t piece = std::min(text.size(), buffer_.size() - used_);
-    std::memcpy(buffer_.data() + used_, text.data(), piece);
+    if (used_ == kBufferSize) Flush();
+    const std::size_t piece = std::min(text.size(), kBufferSize - used_);
+    std::memcpy(buffer_.get() + used_, text.data(), piece);
     used_ += piece;
     text.remove_prefix(piece);
   }
@@ -31,7 +28,7 @@ void BinaryWriter::LString(std::string_view text) {
 
 void BinaryWriter::PatchU32(std::uint64_t position, std::uint32_t value) {
   if (position >= flushed_) {
-    BinaryCursor(buffer_.data() + (position - flushed_)).U32(value);
+    BinaryCursor(buffer_.get() + (position - flushed_)).U32(value);
     return;
   }
   // The whole field is out: a number is never split between the buffer and the stream.
@@ -43,7 +40,7 @@ void BinaryWriter::PatchU32(std::uint64_t position, std::uint32_t value) {
 }
 
 void BinaryWriter::Flush() {
-  stream_.write(buffer_.data(), static_cast<std::streamsize>(used_));
+  stream_.write(buffer_.get(), static_cast<std::streamsize>(used_));
   flushed_ += used_;
   used_ = 0;
 }

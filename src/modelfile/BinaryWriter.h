@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <ostream>
 #include <string_view>
-#include <vector>
 
 #include "host/Point3.h"
 
@@ -68,9 +68,9 @@ class BinaryWriter {
   template <typename Put>
   void Entries(std::size_t count, std::size_t size, const Put& put) {
     for (std::size_t i = 0; i < count;) {
-      if (buffer_.size() - used_ < size) Flush();
-      BinaryCursor cursor(buffer_.data() + used_);
-      const std::size_t end = std::min(count, i + (buffer_.size() - used_) / size);
+      if (kBufferSize - used_ < size) Flush();
+      BinaryCursor cursor(buffer_.get() + used_);
+      const std::size_t end = std::min(count, i + (kBufferSize - used_) / size);
       used_ += (end - i) * size;
       for (; i < end; ++i) put(cursor, i);
     }
@@ -87,16 +87,19 @@ class BinaryWriter {
   void Flush();
 
  private:
+  /// A file takes few long writes for a third less than four times as many.
+  static constexpr std::size_t kBufferSize = std::size_t{1} << 20;
+
   /// Takes `size` bytes of the buffer, to be stored at once.
   BinaryCursor Room(std::size_t size) {
-    if (buffer_.size() - used_ < size) Flush();
+    if (kBufferSize - used_ < size) Flush();
     used_ += size;
-    return BinaryCursor(buffer_.data() + used_ - size);
+    return BinaryCursor(buffer_.get() + used_ - size);
   }
 
   std::ostream& stream_;
-  std::streamoff start_;  ///< the stream's position at the beginning
-  std::vector<char> buffer_;
+  std::streamoff start_;            ///< the stream's position at the beginning
+  std::unique_ptr<char[]> buffer_;  ///< of kBufferSize bytes
   std::size_t used_ = 0;
   std::uint64_t flushed_ = 0;  ///< bytes that have left the buffer
 };
