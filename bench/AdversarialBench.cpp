@@ -10,8 +10,10 @@
 #include <memory>
 #include <string>
 
-#include "AdversarialInputs.h"
 #include "BenchHost.h"
+#include "GatheredScene.h"
+#include "HardGroups.h"
+#include "HardScenes.h"
 #include "Level.h"
 #include "MeasuredRun.h"
 #include "geometry/CleanVertexAttributes.h"
@@ -24,7 +26,6 @@ namespace mapexport {
 namespace {
 
 constexpr float kDistance = 0.2f;
-constexpr std::size_t kMostMaterials = 200000;
 constexpr Point3 kCell{1000.0f, 1000.0f, 1000.0f};
 
 template <typename Hard>
@@ -50,7 +51,7 @@ void Register(const HardGroup& hard, int times, ExportModel& model) {
       });
 }
 
-/// A scene, and the host and the model that it is gathered with.
+/// A scene, and the host that it is gathered from.
 struct SceneRun {
   explicit SceneRun(Scene made) : scene(std::move(made)), host(scene) {}
 
@@ -108,7 +109,7 @@ void Run(const std::string& folder) {
   const Scene scene = MakeLevel(kLevelSizes.front(), 1);
   GatheredScene level(scene);
   // What the hard groups' faces have.
-  level.model.materials[kMostMaterials - 1].name = "last";
+  level.model.materials[kHardMaterials - 1].name = "last";
   for (const int times : {1, 2}) {
     for (const HardGroup& hard : HardGroups()) Register(hard, times, level.model);
     for (const HardScene& hard : HardScenes()) Register(hard, times);

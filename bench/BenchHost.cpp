@@ -7,16 +7,6 @@
 #include "plugin/state/ProcessState.h"
 
 namespace mapexport {
-namespace {
-
-GeometryGroup& Gathered(ExportModel& model, const HostScene& host) {
-  BenchHost::Begin(model);
-  model.Gather(host.GetRootNode());
-  return *model.groups.At(0);
-}
-
-}  // namespace
-
 BenchHost::BenchHost(const std::string& folder) : module_(AttachModule(kResources)) {
   std::filesystem::current_path(folder);
   LibraryEntry(module_);
@@ -33,8 +23,5 @@ void BenchHost::Begin(ExportModel& model) {
   state.voxelCellSize = {};
   state.random.Seed(1);
 }
-
-GatheredScene::GatheredScene(const Scene& scene)
-    : host(scene), model(0), group(Gathered(model, host)) {}
 
 }  // namespace mapexport

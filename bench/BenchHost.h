@@ -4,7 +4,6 @@
 #include <string>
 
 #include "model/ExportModel.h"
-#include "scene/HostScene.h"
 #include "support/TestSystem.h"
 
 namespace mapexport {
@@ -24,16 +23,6 @@ class BenchHost {
  private:
   TestSystem system_;
   HINSTANCE module_;
-};
-
-/// A scene that was gathered, and the host that it was gathered from.
-class GatheredScene {
- public:
-  explicit GatheredScene(const Scene& scene);
-
-  HostScene host;
-  ExportModel model;
-  GeometryGroup& group;  ///< of the model
 };
 
 }  // namespace mapexport

@@ -1,8 +1,9 @@
+#include "HardGroups.h"
+
 #include <cmath>
 #include <limits>
 #include <random>
 
-#include "AdversarialInputs.h"
 #include "geometry/CleanVertexAttributes.h"
 #include "geometry/RemoveDegenerateFaces.h"
 #include "geometry/RenderBatches.h"
@@ -92,7 +93,7 @@ Make Fan(std::size_t attributes, float step) {
 }
 
 /// Triangles by themselves, `spacing` apart in a row, with a material each out of `materials`.
-Make Row(float spacing, std::uint32_t materials) {
+Make Row(float spacing, std::size_t materials) {
   return [=](std::size_t count) {
     GeometryGroup group;
     group.surfaceSets.resize(1);
@@ -124,9 +125,10 @@ GeometryGroup RepeatedCorners(std::size_t count) {
   GeometryGroup group;
   group.surfaceSets.resize(1);
   const auto edge = static_cast<std::uint32_t>(std::sqrt(static_cast<double>(count) / 2.0));
-  for (std::uint32_t i = 0; i < (edge + 1) * (edge + 1); ++i) {
-    group.vertices.Append({10.0f * static_cast<float>(i % (edge + 1)),
-                           10.0f * static_cast<float>(i / (edge + 1)), 0});
+  for (std::uint32_t y = 0; y <= edge; ++y) {
+    for (std::uint32_t x = 0; x <= edge; ++x) {
+      group.vertices.Append({10.0f * static_cast<float>(x), 10.0f * static_cast<float>(y), 0});
+    }
   }
   for (std::uint32_t q = 0; q < edge * edge; ++q) {
     const std::uint32_t a = q / edge * (edge + 1) + q % edge;
@@ -197,7 +199,7 @@ std::vector<HardGroup> HardGroups() {
       {"batches, all attributes at a hub differ", Fan(kAllDifferent, 1.0f), Batch, 8000, true},
       {"batches, a cell for every face", Row(1000.0f, 1), Batch, 100000},
       {"batches, a thousand materials in turn", Row(0.01f, 1000), Batch, 100000},
-      {"batches, a material for every face", Row(0.01f, 200000), Batch, 100000},
+      {"batches, a material for every face", Row(0.01f, kHardMaterials), Batch, 100000},
   };
 }
 

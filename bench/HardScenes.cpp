@@ -1,8 +1,8 @@
+#include "HardScenes.h"
+
 #include <cmath>
 #include <numbers>
 #include <utility>
-
-#include "AdversarialInputs.h"
 
 namespace mapexport {
 namespace {

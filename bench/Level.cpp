@@ -91,8 +91,9 @@ class LevelMaker {
   /// Places that are far enough from each other, in rows over the terrain.
   Point3 PlaceAbove(int i, float shift, float height) const {
     const int perRow = std::max(1, static_cast<int>(extent_ / kPlaceSize));
-    return {(static_cast<float>(i % perRow) + shift) * kPlaceSize,
-            (static_cast<float>(i / perRow) + shift) * kPlaceSize, height};
+    const int row = i / perRow;
+    return {(static_cast<float>(i - row * perRow) + shift) * kPlaceSize,
+            (static_cast<float>(row) + shift) * kPlaceSize, height};
   }
 
   void Add(SceneNode node, const std::string& name, int number, int material, Mesh mesh,

@@ -14,7 +14,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "LevelMaterial.h"
+#include "MaterialOf.h"
+#include "YUp.h"
 
 namespace mapexport {
 namespace {

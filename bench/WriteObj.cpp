@@ -6,7 +6,8 @@
 
 #include <fmt/format.h>
 
-#include "LevelMaterial.h"
+#include "MaterialOf.h"
+#include "YUp.h"
 
 namespace mapexport {
 namespace {

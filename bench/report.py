@@ -164,6 +164,9 @@ def details(stages, adversarial):
         ratio = adversarial[f"literal {one}"] / adversarial[f"fast {one}"]
         yield f"the literal definition takes {ratio:.0f} times as long on the 10k level: {one}"
     for size, times in sorted(stages.items()):
+        counts = (f"{times.context[key]} {key.replace('_', ' ')}"
+                  for key in ("triangles", "vertices", "welded_vertices"))
+        yield f"{size} level: " + ", ".join(counts)
         yield f"{size}, ms: " + ", ".join(f"{name} {ms:.3g}"
                                           for name, ms in sorted(times.medians.items()))
 

@@ -5,7 +5,7 @@
 #
 #   bench.sh [--quick] [--renew-readme]
 #
-# --quick measures the 130k level alone and with fewer repetitions; a minute or two, instead of ten.
+# --quick measures the 130k level alone and with fewer repetitions: a minute, instead of ten.
 # --renew-readme puts the table into README.md. Results lie in build/bench/results.
 set -euo pipefail
 unset CDPATH
@@ -15,6 +15,7 @@ root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -
 
 sizes=(10k 130k 1M)
 repetitions=11
+long_repetitions=7 # what takes long, or is many
 runs=7
 report=()
 for argument in "$@"; do
@@ -22,6 +23,7 @@ for argument in "$@"; do
     --quick)
       sizes=(130k)
       repetitions=5
+      long_repetitions=3
       runs=3
       ;;
     --renew-readme) report=(--renew-readme "$root/README.md") ;;
@@ -44,11 +46,11 @@ results=build/bench/results
 rm -rf -- "$levels" "$results"
 mkdir -p -- "$levels" "$results"
 
-# measure RESULT PROGRAM ARGUMENT...: repetitions of different benchmarks take turns.
+# measure RESULT REPETITIONS PROGRAM ARGUMENT...: repetitions of different benchmarks take turns.
 measure() {
-  local result=$1
-  shift
-  "$@" --benchmark_repetitions="$repetitions" --benchmark_enable_random_interleaving=true \
+  local result=$1 times=$2
+  shift 2
+  "$@" --benchmark_repetitions="$times" --benchmark_enable_random_interleaving=true \
     --benchmark_out_format=json --benchmark_out="$result" >"$result.log" 2>&1 ||
     { cat -- "$result.log" >&2; return 1; }
 }
@@ -60,10 +62,13 @@ done | paste -sd, | sed 's/.*/{&}/' >"$levels/sizes.json"
 
 for size in "${sizes[@]}"; do
   echo "stages, $size"
-  measure "$root/$results/stages-$size.json" "$programs/StageBench" "$size" "$levels"
+  times=$repetitions
+  [[ $size != 1M ]] || times=$long_repetitions
+  measure "$root/$results/stages-$size.json" "$times" "$programs/StageBench" "$size" "$levels"
 done
 echo "adversarial inputs"
-measure "$root/$results/adversarial.json" "$programs/AdversarialBench" "$levels"
+measure "$root/$results/adversarial.json" "$long_repetitions" \
+  "$programs/AdversarialBench" "$levels"
 echo "whole processes"
 python3 -B bench/measure_processes.py build/bench/bin/mapexport "$levels" \
   "$results/processes.json" --runs "$runs" --sizes "${sizes[@]}"

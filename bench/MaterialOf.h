@@ -13,9 +13,4 @@ inline int MaterialOf(const Scene& scene, const SceneNode& node, const Face& fac
   return material.subMaterials.at(face.MatID());
 }
 
-/// The host's z-up coordinates as y-up ones.
-inline Point3 YUp(const Point3& p) {
-  return {p.x, p.z, -p.y};
-}
-
 }  // namespace mapexport

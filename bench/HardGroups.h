@@ -1,4 +1,4 @@
-// Inputs that are hard for grids and hash tables.
+// Groups that are hard for the grids and hash tables of the passes.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "geometry/GeometryGroup.h"
-#include "scene/Scene.h"
 
 namespace mapexport {
 
@@ -20,15 +19,9 @@ struct HardGroup {
   bool isForced = false;  ///< the definition asks for a quadratic number of comparisons
 };
 
-/// The same for scenes, to be gathered.
-struct HardScene {
-  std::string name;
-  std::function<Scene(std::size_t size)> make;
-  std::size_t size;
-  bool isForced = false;
-};
+/// Their faces' materials are below this number.
+inline constexpr std::size_t kHardMaterials = 200000;
 
 std::vector<HardGroup> HardGroups();
-std::vector<HardScene> HardScenes();
 
 }  // namespace mapexport
