@@ -3,6 +3,7 @@
 
 #include <ctime>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 #include <benchmark/benchmark.h>
@@ -26,8 +27,9 @@ inline void SettleHeap() {
 
 /// Registers a benchmark whose every run gets input of its own from `prepare`. Only `run` is timed,
 /// by the processor time that it takes; what it returns is destroyed afterwards, outside of the
-/// time. Free memory is given back to the system before, so that every run pays for the first touch
-/// of what it allocates. Repetitions come from the command line, so that they can be interleaved.
+/// time; false means that it failed. Free memory is given back to the system before, so that every
+/// run pays for the first touch of what it allocates. Repetitions come from the command line, so
+/// that they can be interleaved.
 template <typename Prepare, typename Run>
 void RegisterRun(const std::string& name, const Prepare& prepare, const Run& run) {
   const auto measure = [=](benchmark::State& state) {
@@ -38,6 +40,9 @@ void RegisterRun(const std::string& name, const Prepare& prepare, const Run& run
       auto output = run(input);
       state.SetIterationTime(ProcessorTime() - start);
       benchmark::DoNotOptimize(output);
+      if constexpr (std::is_same_v<decltype(output), bool>) {
+        if (!output) state.SkipWithError("the run failed");
+      }
     }
   };
   benchmark::RegisterBenchmark(name.c_str(), measure)

@@ -67,7 +67,7 @@ void RegisterRivals(const LevelStages& stages, const std::string& objFile) {
       "post-processing", [=] { return ReadObj(objFile); },
       [](std::unique_ptr<Assimp::Importer>& importer) {
         return importer->ApplyPostProcessing(aiProcess_Triangulate | aiProcess_GenSmoothNormals |
-                                             aiProcess_JoinIdenticalVertices);
+                                             aiProcess_JoinIdenticalVertices) != nullptr;
       });
   RegisterRun(
       "vertex remap", [&stages] { return LooseCorners(stages.gathered.group); },

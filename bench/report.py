@@ -14,6 +14,7 @@ import pathlib
 import re
 import statistics
 import subprocess
+import sys
 
 BEGIN = "<!-- written by scripts/bench.sh -->"
 END = "<!-- end of what scripts/bench.sh writes -->"
@@ -29,6 +30,8 @@ class Times:
         self.context = document["context"]
         runs = {}
         for run in document["benchmarks"]:
+            if run.get("error_occurred"):
+                sys.exit(f"report.py: {path}: {run['name']}: {run['error_message']}")
             if run["run_type"] == "iteration":
                 name = re.sub(r"/iterations:\d+/manual_time$", "", run["run_name"])
                 runs.setdefault(re.sub(r"/repeats:\d+$", "", name), []).append(run["real_time"])
