@@ -16,6 +16,8 @@ cpack --config build/package-release/CPackConfig.cmake -B build/package
 package=$(find build/package -maxdepth 1 -name '*.deb')
 dpkg-deb --info "$package"
 dpkg-deb --contents "$package"
+dpkg-deb --extract "$package" build/package/content
+scripts/check-hardening.sh build/package/content/usr
 [[ ${1-} == --try ]] || exit 0
 
 clean=$(mktemp -d)

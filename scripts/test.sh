@@ -100,6 +100,7 @@ installed_program_works() {
   (cd -- "$prefix" && bin/mapexport export share/doc/mapexport/examples/yard.scene.json yard.kob \
     --fresh --seed 1 --cxp share/doc/mapexport/examples/yard.cxp --quiet) || return 1
   cmp -- "$prefix/yard.kob" build/example/yard.kob || return 1
+  scripts/check-hardening.sh "$prefix" || return 1
   [[ -s $prefix/share/man/man1/mapexport.1.gz ]]
 }
 
@@ -110,6 +111,7 @@ if [[ $# -gt 0 ]]; then
 else
   check "arrows between the rooms" scripts/check-arrows.sh
   run_tests release
+  check "the built files are hardened" scripts/check-hardening.sh build/release
   check "the example's first command" scripts/run-example.sh
   check "the example's files are what its script writes" example_is_current
   check "the example's counts" python3 examples/check_yard.py build/release/bin/mapexport

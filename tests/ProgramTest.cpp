@@ -1,5 +1,6 @@
 // The program as people run it: the built mapexport, in temporary folders.
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -14,8 +15,9 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
+#include <seccomp.h>
 #include <simdjson.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -620,23 +622,65 @@ TEST_F(ProgramTest, AReaderThatWantsAllMemoryEnds) {
 
 TEST_F(ProgramTest, TheReaderEndsWithTheProgram) {
   Write(work_ / "endless.off", kEndless);
-  // The reader inherits the writing end: it closes when program and reader are both gone.
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
+  // The reader, once without a parent, becomes our child.
+  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0), 0);
   const pid_t program = fork();
   if (program == 0) {
-    close(ends[0]);
     execl(MAPEXPORT_BIN_DIR "/mapexport", "mapexport", "scene", (work_ / "endless.off").c_str(),
           "--read-limit", "20", nullptr);
     _exit(99);
   }
-  close(ends[1]);
   usleep(300'000);
   kill(program, SIGKILL);
-  pollfd end{ends[0], POLLIN, 0};
-  EXPECT_EQ(poll(&end, 1, 5000), 1);
-  close(ends[0]);
-  waitpid(program, nullptr, 0);
+  EXPECT_EQ(waitpid(program, nullptr, 0), program);
+  int end = 0;
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  pid_t reader = 0;
+  while (reader == 0 && std::chrono::steady_clock::now() < deadline) {
+    reader = waitpid(-1, &end, WNOHANG);
+    usleep(10'000);
+  }
+  EXPECT_GT(reader, 0);
+  EXPECT_TRUE(WIFSIGNALED(end) && WTERMSIG(end) == SIGKILL) << end;
+}
+
+TEST_F(ProgramTest, TheReaderIsConfinedOrItIsTold) {
+  Write(work_ / "level.obj", kObject);
+  Write(work_ / "level.mtl", "newmtl Red\n");
+  struct Kernel {
+    std::vector<const char*> lacks;
+    bool warns;
+    std::string landlock;  ///< what the report has to say; empty: whatever there is
+  };
+  for (const auto& [lacks, warns, landlock] :
+       {Kernel{{}, false, ""},
+        Kernel{{"landlock_create_ruleset"}, false, "Function not implemented"},
+        Kernel{
+            {"landlock_create_ruleset", "seccomp", "prctl"}, true, "Function not implemented"}}) {
+    SCOPED_TRACE(lacks.size());
+    const Outcome outcome = Run({"export", "level.obj", "a.kob", "--fresh", "--quiet", "--report",
+                                 "r.json", "--no-weld", "--cxp", ""},
+                                [&lacks = lacks] {
+                                  const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
+                                  for (const char* name : lacks) {
+                                    seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS),
+                                                     seccomp_syscall_resolve_name(name), 0);
+                                  }
+                                  if (seccomp_load(filter) != 0) _exit(98);
+                                });
+    if (outcome.status == 98) GTEST_SKIP() << "no seccomp here";
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(Content(work_ / "r.json").find("reader-not-confined") != std::string::npos, warns);
+    EXPECT_EQ(outcome.err.find("level.obj: was read by a process that was not confined: ") !=
+                  std::string::npos,
+              warns)
+        << outcome.err;
+    simdjson::dom::parser parser;
+    const simdjson::dom::element confinement =
+        parser.load((work_ / "r.json").string())["confinement"];
+    EXPECT_EQ(confinement["seccomp"].get_string().value() == "in force", !warns);
+    if (!landlock.empty()) EXPECT_EQ(confinement["landlock"].get_string().value(), landlock);
+  }
 }
 
 TEST_F(ProgramTest, ATerminalShowsTheStage) {

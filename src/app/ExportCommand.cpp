@@ -221,6 +221,7 @@ void Export(Run& run, std::optional<OutputTarget>& report) {
   // Reading may take long: that the dialog can't be shown is told before.
   if (arguments.dialog) RequireWindows();
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);
+  run.report.confinement = std::move(loaded.confinement);
   RequireOtherThanSideFiles(loaded.sideFiles, target, depFile, report);
   run.report.leftOut = std::move(loaded.leftOut);
   run.report.before = CountScene(loaded.scene);

@@ -9,6 +9,20 @@
 #include "scene/SceneFile.h"
 
 namespace mapexport {
+namespace {
+
+/// Without Landlock nothing can be done that the filter doesn't forbid, so that is no warning.
+void WarnOfConfinement(const Confinement& confinement, const std::string& path,
+                       Messages& messages) {
+  if (confinement.calls.empty()) return;
+  messages.Warning("reader-not-confined",
+                   fmt::format("{}: was read by a process {}: no filter of system calls: {}", path,
+                               confinement.files.empty() ? "that was only kept from writing files"
+                                                         : "that was not confined",
+                               confinement.calls));
+}
+
+}  // namespace
 
 LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& stages) {
   const auto begin = [&stages](const char* stage) { stages.Begin(stage); };
@@ -20,19 +34,22 @@ LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& sta
                                    "scene as the exporter sees it",
                                    source.path));
     }
-    LoadedScene loaded{ReadSceneFile(source.path), {}, {}};
+    LoadedScene loaded{ReadSceneFile(source.path), {}, {}, {}};
     for (const NearKeyword& near : FindNearKeywords(loaded.scene)) {
       messages.Warning("near-keyword", fmt::format("{}: {}", source.path, Describe(near)),
                        near.count);
     }
     return loaded;
   }
-  ImportedScene imported = ReadForeignScene(source.path, source.import, source.seconds, begin);
+  auto [imported, confinement] =
+      ReadForeignScene(source.path, source.import, source.seconds, begin);
+  WarnOfConfinement(confinement, source.path, messages);
   for (ImportRemark& remark : imported.remarks) {
     remark.text = fmt::format("{}: {}", source.path, remark.text);
     messages.Tell(std::move(remark));
   }
-  return {std::move(imported.scene), std::move(imported.leftOut), std::move(imported.sideFiles)};
+  return {std::move(imported.scene), std::move(imported.leftOut), std::move(imported.sideFiles),
+          std::move(confinement)};
 }
 
 }  // namespace mapexport

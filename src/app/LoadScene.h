@@ -1,9 +1,11 @@
 // Loads a scene of any format.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "app/ConfineReader.h"
 #include "app/Messages.h"
 #include "app/SceneSource.h"
 #include "app/Stages.h"
@@ -14,8 +16,9 @@ namespace mapexport {
 
 struct LoadedScene {
   Scene scene;
-  ImportRemarks leftOut;               ///< what of a foreign scene is left out, by kind
-  std::vector<std::string> sideFiles;  ///< read beside it, as paths that can be opened
+  ImportRemarks leftOut;                   ///< what of a foreign scene is left out, by kind
+  std::vector<std::string> sideFiles;      ///< read beside it, as paths that can be opened
+  std::optional<Confinement> confinement;  ///< of the process that read a foreign scene
 };
 
 /// The scene file or foreign scene of `source`; what is remarkable is told. Begins a stage of

@@ -93,6 +93,10 @@ std::string ReasonOfSignal(int signal, std::uint32_t seconds) {
   if (signal == SIGALRM) return "the reader waited in vain for something (--read-limit)";
   const char* const name = sigdescr_np(signal);
   const std::string text = name == nullptr ? fmt::format("signal {}", signal) : name;
+  if (signal == SIGSYS) {
+    return fmt::format(
+        "the reader was ended when it tried what reading never needs, as if taken over ({})", text);
+  }
   if (signal == SIGKILL) {
     return fmt::format("the reader was ended from outside ({}), perhaps for want of memory", text);
   }
@@ -134,9 +138,9 @@ Scene ReadHandedOver(const std::string& path, int file) {
 
 }  // namespace
 
-ImportedScene ReadForeignScene(const std::string& path, const ImportOptions& options,
-                               std::uint32_t seconds,
-                               const std::function<void(const char* name)>& stage) {
+ForeignScene ReadForeignScene(const std::string& path, const ImportOptions& options,
+                              std::uint32_t seconds,
+                              const std::function<void(const char* name)>& stage) {
   const Descriptor sceneFile = MakeMemoryFile(path, "scene");
   const Descriptor messageFile = MakeMemoryFile(path, "message");
   Pipe pipe = MakePipe(path);
@@ -153,8 +157,9 @@ ImportedScene ReadForeignScene(const std::string& path, const ImportOptions& opt
 
   std::optional<ReaderMessage> message = ReaderMessageOf(BytesOf(messageFile.Get()));
   if (!message) Fail(path, "the reader crashed on it (its message is damaged)");
-  return {ReadHandedOver(path, sceneFile.Get()), std::move(message->remarks),
-          std::move(message->leftOut), std::move(message->sideFiles)};
+  return {{ReadHandedOver(path, sceneFile.Get()), std::move(message->remarks),
+           std::move(message->leftOut), std::move(message->sideFiles)},
+          std::move(message->confinement)};
 }
 
 }  // namespace mapexport

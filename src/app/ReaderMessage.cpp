@@ -77,6 +77,8 @@ std::string ToBytes(const ReaderMessage& message) {
   PutRemarks(bytes, message.leftOut);
   PutNumber(bytes, message.sideFiles.size());
   for (const std::string& file : message.sideFiles) PutText(bytes, file);
+  PutText(bytes, message.confinement.calls);
+  PutText(bytes, message.confinement.files);
   return bytes;
 }
 
@@ -89,6 +91,8 @@ std::optional<ReaderMessage> ReaderMessageOf(std::string_view bytes) {
   for (std::uint64_t i = 0; i < files && parts.Sound(); ++i) {
     message.sideFiles.push_back(parts.Text());
   }
+  message.confinement.calls = parts.Text();
+  message.confinement.files = parts.Text();
   if (!parts.AtEnd()) return std::nullopt;
   return message;
 }

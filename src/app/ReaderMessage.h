@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/ConfineReader.h"
 #include "importer/ImportRemark.h"
 
 namespace mapexport {
@@ -14,6 +15,7 @@ struct ReaderMessage {
   ImportRemarks remarks;
   ImportRemarks leftOut;
   std::vector<std::string> sideFiles;
+  Confinement confinement;
 };
 
 /// The message in a form of its own, for a process of the same program.

@@ -1,6 +1,7 @@
 #include "app/ReaderProcess.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <exception>
@@ -14,8 +15,10 @@
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <time.h>
 #include <unistd.h>
 
+#include "app/ConfineReader.h"
 #include "app/FdOutput.h"
 #include "app/ReaderMessage.h"
 #include "app/RunError.h"
@@ -42,6 +45,10 @@ constexpr bool kShadowMemory = false;
 // times the limit, which is enough on a machine that is busy otherwise.
 constexpr unsigned kPatience = 10;
 
+// A reader that was taken over can shut its ears to the signals that end it at its limits. So many
+// seconds later comes one that nobody can.
+constexpr std::uint32_t kGrace = 5;
+
 // A scene file of 4 GiB or more is not read.
 constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
 
@@ -60,11 +67,26 @@ constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
   std::abort();
 }
 
-void SetLimit(__rlimit_resource resource, rlim_t wanted) {
+/// The limit can be raised again by `grace`, which is how far the kernel lets processor time run
+/// on.
+void SetLimit(__rlimit_resource resource, rlim_t wanted, rlim_t grace = 0) {
   rlimit limit{};
   getrlimit(resource, &limit);
   limit.rlim_cur = std::min(limit.rlim_cur, wanted);
+  limit.rlim_max = std::min(limit.rlim_max, wanted + grace);
   setrlimit(resource, &limit);  // lowering one always succeeds
+}
+
+/// Ends the process by SIGKILL in so many seconds.
+void EndIn(time_t seconds) {
+  sigevent event{};
+  event.sigev_notify = SIGEV_SIGNAL;
+  event.sigev_signo = SIGKILL;
+  timer_t timer{};
+  itimerspec when{};
+  when.it_value.tv_sec = seconds;
+  // Where there is no timer, the limits still end whoever heeds them.
+  if (timer_create(CLOCK_MONOTONIC, &event, &timer) == 0) timer_settime(timer, 0, &when, nullptr);
 }
 
 void SetLimits(const ReaderLimits& limits) {
@@ -73,8 +95,11 @@ void SetLimits(const ReaderLimits& limits) {
   SetLimit(RLIMIT_FSIZE, limits.fileSize);
   if (limits.addressSpace != 0) SetLimit(RLIMIT_AS, limits.addressSpace);
   if (limits.seconds == 0) return;
-  SetLimit(RLIMIT_CPU, limits.seconds);
-  alarm(limits.seconds > UINT_MAX / kPatience ? UINT_MAX : limits.seconds * kPatience);
+  SetLimit(RLIMIT_CPU, limits.seconds, kGrace);
+  const unsigned patience =
+      limits.seconds > UINT_MAX / kPatience ? UINT_MAX : limits.seconds * kPatience;
+  alarm(patience);
+  EndIn(time_t{patience} + kGrace);
 }
 
 /// Undoes what whoever started us may have done to the signals that are to end the process.
@@ -111,7 +136,7 @@ int WriteText(int fd, std::string_view text) {
 }
 
 [[noreturn]] void Read(const std::string& path, const ImportOptions& options,
-                       const ReaderFiles& files) {
+                       const ReaderFiles& files, Confinement confinement) {
   try {
     ImportOptions whole = options;
     whole.keepLibraryScene = true;
@@ -126,7 +151,7 @@ int WriteText(int fd, std::string_view text) {
     if (error == 0) {
       error = WriteText(files.message,
                         ToBytes({std::move(imported.remarks), std::move(imported.leftOut),
-                                 std::move(imported.sideFiles)}));
+                                 std::move(imported.sideFiles), std::move(confinement)}));
     }
     if (error == 0) End(ReaderEnd::kRead);
     std::string reason = ErrnoText(error);
@@ -170,7 +195,8 @@ pid_t StartReader(const std::string& path, const ImportOptions& options, const R
   SilenceStandardStreams();
   SetLimits(limits);
   std::set_terminate(EndOnTerminate);
-  Read(path, options, files);
+  Confinement confinement = ConfineReader(std::array{files.scene, files.message, files.stage});
+  Read(path, options, files, std::move(confinement));
 }
 
 }  // namespace mapexport

@@ -38,8 +38,9 @@ struct ReaderLimits {
 /// for the reading and one for what is handed over.
 ReaderLimits LimitsOfReader(std::uint32_t seconds);
 
-/// Starts a process that reads the scene at `path` and fills `files`; it ends with a ReaderEnd, or
-/// by a signal. Returns its id, or -1 with the reason in errno.
+/// Starts a process that reads the scene at `path` and fills `files`, confined to that
+/// (ConfineReader) as far as the kernel can; it ends with a ReaderEnd, or by a signal. Returns its
+/// id, or -1 with the reason in errno.
 pid_t StartReader(const std::string& path, const ImportOptions& options, const ReaderFiles& files,
                   const ReaderLimits& limits);
 

@@ -21,6 +21,15 @@ void WriteMember(JsonStream& json, std::string_view key, std::uint64_t number) {
   json.Number(number);
 }
 
+void WriteConfinement(JsonStream& json, const Confinement& confinement) {
+  const auto state = [](const std::string& lack) { return lack.empty() ? "in force" : lack; };
+  json.Key("confinement");
+  json.Open('{', true);
+  WriteMember(json, "seccomp", state(confinement.calls));
+  WriteMember(json, "landlock", state(confinement.files));
+  json.Close('}');
+}
+
 void WriteBefore(JsonStream& json, const SceneCensus& census) {
   json.Key("before");
   json.Open('{', true);
@@ -131,6 +140,7 @@ void WriteReport(const RunReport& report, std::span<const Remark> remarks,
   json.Open('[', true);
   for (const std::string& file : report.dependencies) json.Text(file);
   json.Close(']');
+  if (report.confinement) WriteConfinement(json, *report.confinement);
   if (report.before) WriteBefore(json, *report.before);
   if (report.layout) WriteAfter(json, report.after, *report.layout);
   WriteRemarks(json, "warnings", remarks, RemarkKind::kWarning);

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/ConfineReader.h"
 #include "app/ExitStatus.h"
 #include "app/Messages.h"
 #include "app/SceneCensus.h"
@@ -40,8 +41,9 @@ struct RunReport {
   std::string output;  ///< the same, with ".map" where it is appended
   std::string sha256;  ///< of the output
   std::uint64_t bytes = 0;
-  std::vector<std::string> dependencies;  ///< the files that the output depends on
-  ImportRemarks leftOut;                  ///< by the importer
+  std::vector<std::string> dependencies;   ///< the files that the output depends on
+  ImportRemarks leftOut;                   ///< by the importer
+  std::optional<Confinement> confinement;  ///< of the process that read a foreign scene
   std::optional<SceneCensus> before;
   std::optional<ModelLayout> layout;
   ModelCounts after;  ///< when there is a layout

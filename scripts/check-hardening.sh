@@ -1,0 +1,136 @@
+#!/usr/bin/env bash
+# Looks into the program and its libraries for what cmake/Hardening.cmake built in, and, where /proc
+# shows it, into their memory at work: check-hardening.sh FOLDER, the folder of a build or of what was
+# installed. Prints each property that is missing and ends with 1. Not for builds with sanitizers.
+set -euo pipefail
+unset CDPATH
+export LC_ALL=C
+folder=$(readlink -f -- "${1:?check-hardening.sh FOLDER}")
+program=$folder/bin/mapexport
+mapfile -t files < <(find "$folder/bin" "$folder"/lib* \( -name mapexport -o -name 'mapexport-*.so' \
+  -o -name 'libmapexport-host.so*' \) -type f 2>/dev/null | sort -u)
+bad=0
+
+complain() {
+  echo "$1: $2" >&2
+  bad=1
+}
+
+# expect FILE TEXT PATTERN WHAT: a line of TEXT has PATTERN.
+expect() {
+  grep -qE -- "$3" <<<"$2" || complain "$1" "no $4"
+}
+
+# refuse FILE TEXT PATTERN WHAT: no line of it has.
+refuse() {
+  ! grep -qE -- "$3" <<<"$2" || complain "$1" "$4"
+}
+
+check_file() {
+  local file=$1 header segments dynamic symbols notes
+  header=$(readelf -hW -- "$file")
+  segments=$(readelf -lW -- "$file")
+  dynamic=$(readelf -dW -- "$file")
+  symbols=$(readelf --dyn-syms -W -- "$file")
+  notes=$(readelf -nW -- "$file")
+  expect "$file" "$header" 'Type: +DYN' "position-independent code"
+  expect "$file" "$segments" 'GNU_RELRO' "memory that is read-only once relocated"
+  expect "$file" "$dynamic" 'FLAGS.*NOW' "binding at the start"
+  expect "$file" "$segments" 'GNU_STACK .* RW +0x' "stack that can't be executed"
+  refuse "$file" "$segments" 'LOAD .* RWE ' "a segment is writable and executable"
+  refuse "$file" "$dynamic" 'TEXTREL' "its code is relocated"
+  refuse "$file" "$dynamic" 'R(UN)?PATH.*(\[|:)([^$]|$)' \
+    "it looks for libraries in folders that are not its own"
+  expect "$file" "$symbols" '__stack_chk_fail' "stack protector"
+  if [[ $header == *X86-64* ]]; then
+    expect "$file" "$notes" 'IBT.*SHSTK' "mark of protected control flow"
+  fi
+  if [[ $file == "$program" ]]; then
+    expect "$file" "$dynamic" 'FLAGS_1.*PIE' "position-independent program"
+    # What only some code leaves a trace of; the flags are the same for all.
+    expect "$file" "$symbols" '__(mem|str|read|pread|snprintf|fdelt|longjmp|realpath)[a-z]*_chk' \
+      "checks in library functions"
+    expect "$file" "$symbols" '__glibcxx_assert_fail' "assertions of the standard library"
+    [[ $header != *X86-64* ]] ||
+      expect "$file" "$(objdump -d --no-show-raw-insn -- "$file")" 'orq +[$]0x0,.*[(]%rsp[)]' \
+        "probing of large stack frames"
+  fi
+}
+
+# check_maps PID WHAT: none of its memory is writable and executable.
+check_maps() {
+  local maps
+  maps=$(cat "/proc/$1/maps" 2>/dev/null) || maps=""
+  # The reader's own are shown to root alone.
+  if [[ -z $maps ]]; then
+    echo "note: /proc does not show the memory of $2"
+    return
+  fi
+  refuse "$2" "$maps" '^[0-9a-f-]+ .w.x' "has memory that is writable and executable"
+}
+
+# wait_for COMMAND...: until it succeeds, for ten seconds.
+wait_for() {
+  local tries=0
+  until "$@" 2>/dev/null; do
+    tries=$((tries + 1))
+    [[ $tries -lt 200 ]] || return 1
+    sleep 0.05
+  done
+}
+
+child_of() {
+  child=$(<"/proc/$1/task/$1/children")
+  child=${child%% *}
+  [[ -n $child ]]
+}
+
+check_at_work() {
+  local pid child=""
+  # The export waits for its database, with all of its libraries loaded.
+  cat >"$work/scene.scene.json" <<'JSON'
+{"format": "mapexport-scene", "version": 1, "root": {"name": "Scene Root"}}
+JSON
+  mkfifo "$work/fifo.cxp"
+  "$program" export "$work/scene.scene.json" "$work/scene.kob" --fresh --cxp "$work/fifo.cxp" \
+    >"$work/log" 2>&1 &
+  pid=$!
+  if wait_for grep -q mapexport-plugin "/proc/$pid/maps"; then
+    check_maps "$pid" "the export"
+    : >"$work/fifo.cxp"
+    wait "$pid" || complain "$program" "the export failed: $(cat "$work/log")"
+  else
+    complain "$program" "the export does not load its library: $(cat "$work/log")"
+    kill "$pid" || true
+  fi
+
+  # A file whose reading does not end; the reader ends with the program.
+  printf 'OFF\n353535235358 10 0\n0 0 0\n' >"$work/endless.off"
+  "$program" scene "$work/endless.off" --read-limit 30 >"$work/log" 2>&1 &
+  pid=$!
+  if wait_for child_of "$pid"; then
+    sleep 0.2
+    check_maps "$child" "the reader of a foreign scene"
+    grep -qx 'Seccomp:[[:space:]]*2' "/proc/$child/status" ||
+      complain "$program" "the reader of a foreign scene is not confined"
+  else
+    complain "$program" "starts no reader: $(cat "$work/log")"
+  fi
+  kill "$pid" || true
+  wait "$pid" || true
+}
+
+names=" ${files[*]##*/} "
+for name in mapexport mapexport-plugin.so libmapexport-host.so; do
+  [[ $names == *" $name "* ]] || complain "$folder" "no $name to look at"
+done
+for file in "${files[@]}"; do
+  check_file "$file"
+done
+if [[ -x $program && -e /proc/self/maps ]]; then
+  work=$(mktemp -d)
+  trap 'rm -rf -- "$work"' EXIT
+  check_at_work
+fi
+[[ $bad -eq 0 ]] || exit 1
+echo "hardened: ${files[*]##*/}"

@@ -1,0 +1,19 @@
+// Confines the process that reads foreign scenes to reading.
+#pragma once
+
+#include <span>
+#include <string>
+
+namespace mapexport {
+
+/// What of the confinement is in force: empty, or why it is not.
+struct Confinement {
+  std::string calls;  ///< FilterCalls
+  std::string files;  ///< ForbidWriting
+};
+
+/// From now on this process can read files and write to `kept` and the standard streams, and
+/// nothing else; all other descriptors are closed. Either part works without the other.
+Confinement ConfineReader(std::span<const int> kept);
+
+}  // namespace mapexport

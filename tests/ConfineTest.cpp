@@ -1,0 +1,322 @@
+// What the process that reads foreign scenes can and can't do, tried in child processes.
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/landlock.h>
+#include <linux/openat2.h>
+#include <sys/mman.h>
+#include <sys/ptrace.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "app/ConfineReader.h"
+#include "app/FilterCalls.h"
+#include "app/ForbidWriting.h"
+
+namespace mapexport {
+namespace {
+
+enum class End { kDone, kRefused, kKilled, kReported, kAny };
+
+struct Attempt {
+  const char* what;
+  std::function<long()> act;  ///< what a system call returns, with errno
+  End calls;                  ///< under the filter of system calls
+  End files = End::kAny;      ///< under Landlock, of this version at least
+  long version = 1;
+};
+
+long Sys(long number, auto... arguments) {
+  return syscall(number, arguments...);
+}
+
+/// How `act` ends in a process that was confined before; what confinement lacks is no end of ours.
+std::string EndOf(const std::function<std::string()>& confine, const std::function<long()>& act) {
+  const pid_t child = fork();
+  if (child == 0) {
+    signal(SIGSEGV, SIG_DFL);
+    const int null = open("/dev/null", O_WRONLY);
+    dup2(null, STDERR_FILENO);  // a sanitizer's report
+    if (!confine().empty()) _exit(200);
+    errno = 0;
+    _exit(act() >= 0 ? 0 : errno == EPERM || errno == EACCES ? 100 : 101);
+  }
+  int end = 0;
+  waitpid(child, &end, 0);
+  if (WIFSIGNALED(end)) return WTERMSIG(end) == SIGSYS ? "killed" : "another signal";
+  switch (WEXITSTATUS(end)) {
+    case 0:
+      return "done";
+    case 1:
+      return "reported";
+    case 100:
+      return "refused";
+    case 200:
+      return "not to be had";
+    default:
+      return "failed otherwise";
+  }
+}
+
+std::string NameOf(End end) {
+  switch (end) {
+    case End::kDone:
+      return "done";
+    case End::kRefused:
+      return "refused";
+    case End::kKilled:
+      return "killed";
+    case End::kReported:
+      return "reported";
+    case End::kAny:
+      break;
+  }
+  return {};
+}
+
+class ConfineTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    folder_ = testing::TempDir() + "confine-" + std::to_string(getpid());
+    std::filesystem::create_directory(folder_);
+    file_ = folder_ + "/file";
+    other_ = folder_ + "/other";
+    std::ofstream(file_) << "text";
+    std::filesystem::create_directory(folder_ + "/empty");
+    kept_ = memfd_create("kept", 0);
+    left_ = memfd_create("left", 0);
+  }
+  void TearDown() override {
+    std::filesystem::remove_all(folder_);
+    close(kept_);
+    close(left_);
+  }
+
+  long Open(int flags) const { return open(file_.c_str(), flags, 0600); }
+  std::string Reopened() const { return "/proc/self/fd/" + std::to_string(kept_); }
+  std::vector<Attempt> Attempts() const;
+
+  std::string folder_;
+  std::string file_;
+  std::string other_;
+  int kept_ = -1;
+  int left_ = -1;
+};
+
+std::vector<Attempt> ConfineTest::Attempts() const {
+  using enum End;
+  const char* const file = file_.c_str();
+  const char* const other = other_.c_str();
+  static constexpr int kPage = 4096;
+  const auto map = [](int rights) {
+    return mmap(nullptr, kPage, rights, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  };
+  const auto mapped = [](const void* at) { return at == MAP_FAILED ? -1L : 0L; };
+  return {
+      // What reading needs.
+      {"read a file",
+       [=, this] {
+         std::ifstream in(file_);
+         std::string text;
+         return in >> text && text == "text" ? 0L : -1L;
+       },
+       kDone, kDone},
+      {"list a folder",
+       [=, this] {
+         DIR* const listed = opendir(folder_.c_str());
+         return listed != nullptr && readdir(listed) != nullptr ? 0L : -1L;
+       },
+       kDone, kDone},
+      {"much memory, and more",
+       [] {
+         void* const block = std::realloc(std::malloc(1 << 20), 64 << 20);
+         std::free(block);
+         return block == nullptr ? -1L : 0L;
+       },
+       kDone, kDone},
+      {"write to what is open", [=, this] { return write(kept_, "x", 1); }, kDone, kDone},
+      {"its own signals", [] { return static_cast<long>(raise(SIGCHLD)); }, kDone, kDone},
+      {"an exception",
+       [] {
+         try {
+           throw std::bad_alloc();
+         } catch (const std::bad_alloc&) {
+           return 0L;
+         }
+       },
+       kDone, kDone},
+      // Writing files.
+      {"open to write", [=, this] { return Open(O_WRONLY); }, kRefused, kRefused},
+      {"open for both", [=, this] { return Open(O_RDWR | O_CLOEXEC); }, kRefused, kRefused},
+      {"open to append", [=, this] { return Open(O_WRONLY | O_APPEND); }, kRefused, kRefused},
+      {"open neither way", [=, this] { return Open(O_ACCMODE); }, kRefused},
+      {"truncate when opening", [=, this] { return Open(O_RDONLY | O_TRUNC); }, kRefused, kRefused,
+       3},
+#ifdef SYS_open
+      {"open() without at", [=] { return Sys(SYS_open, file, O_WRONLY); }, kRefused, kRefused},
+#endif
+      {"create", [=] { return open(other, O_RDONLY | O_CREAT, 0600); }, kRefused, kRefused},
+      {"creat()", [=] { return creat(other, 0600); }, kRefused, kRefused},
+      {"openat2()",
+       [=] {
+         open_how how{};
+         how.flags = O_WRONLY;
+         return Sys(SYS_openat2, AT_FDCWD, file, &how, sizeof how);
+       },
+       kRefused, kRefused},
+      {"a file without a name",
+       [=, this] { return open(folder_.c_str(), O_TMPFILE | O_RDWR, 0600); }, kRefused, kRefused},
+      {"open anew what is open", [=, this] { return open(Reopened().c_str(), O_WRONLY); },
+       kRefused},
+      {"truncate", [=] { return truncate(file, 0); }, kRefused, kRefused, 3},
+      {"unlink", [=] { return unlink(file); }, kRefused, kRefused},
+      {"rename", [=] { return rename(file, other); }, kRefused, kRefused},
+      {"link", [=] { return link(file, other); }, kRefused, kRefused},
+      {"symlink", [=] { return symlink(file, other); }, kRefused, kRefused},
+      {"mkdir", [=] { return mkdir(other, 0700); }, kRefused, kRefused},
+      {"rmdir", [=, this] { return rmdir((folder_ + "/empty").c_str()); }, kRefused, kRefused},
+      {"mknod", [=] { return mknod(other, S_IFIFO | 0600, 0); }, kRefused, kRefused},
+      {"chmod", [=] { return chmod(file, 0600); }, kRefused},
+      {"chown", [=] { return chown(file, getuid(), getgid()); }, kRefused},
+      {"utimes", [=] { return utimensat(AT_FDCWD, file, nullptr, 0); }, kRefused},
+      {"setxattr", [=] { return setxattr(file, "user.a", "b", 1, 0); }, kRefused},
+      {"a file in memory", [] { return memfd_create("x", 0); }, kRefused},
+      // Other processes and machines.
+      {"socket", [] { return Sys(SYS_socket, AF_INET, SOCK_STREAM, 0); }, kKilled},
+      {"local socket", [] { return Sys(SYS_socket, AF_UNIX, SOCK_STREAM, 0); }, kKilled},
+      {"connect", [] { return Sys(SYS_connect, 0, nullptr, 0); }, kKilled},
+      {"another program",
+       [] {
+         char name[] = "/bin/true";
+         char* arguments[] = {name, nullptr};
+         return execv(name, arguments);
+       },
+       kKilled, kRefused},
+      {"another process",
+       [] {
+         const pid_t child = fork();
+         if (child == 0) _exit(0);
+         return child;
+       },
+       kRefused, kDone},
+      {"a thread",
+       [] {
+         try {
+           std::thread([] {}).join();
+         } catch (const std::system_error&) {
+           errno = EPERM;
+           return -1L;
+         }
+         return 0L;
+       },
+       kRefused, kDone},
+      {"ptrace", [] { return ptrace(PTRACE_TRACEME, 0, nullptr, nullptr); }, kKilled},
+      {"another's memory",
+       [] { return Sys(SYS_process_vm_writev, getppid(), nullptr, 0, nullptr, 0, 0); }, kKilled},
+      {"signal the parent", [] { return kill(getppid(), 0); }, kKilled, kRefused, 6},
+      {"signal all", [] { return kill(-1, 0); }, kKilled},
+      // Executable memory.
+      {"map to write and execute", [=] { return mapped(map(PROT_READ | PROT_WRITE | PROT_EXEC)); },
+       kKilled},
+      {"turn executable and writable",
+       [=] { return mprotect(map(PROT_READ), kPage, PROT_WRITE | PROT_EXEC); }, kKilled},
+      {"turn executable",
+       [=] { return mprotect(map(PROT_READ | PROT_WRITE), kPage, PROT_READ | PROT_EXEC); },
+       kRefused},
+      {"map a file to execute",
+       [=, this] {
+         return mapped(mmap(nullptr, kPage, PROT_READ | PROT_EXEC, MAP_PRIVATE,
+                            static_cast<int>(Open(O_RDONLY)), 0));
+       },
+       kRefused},
+      // Limits.
+      {"ask for a limit",
+       [] {
+         rlimit limit{};
+         return getrlimit(RLIMIT_CPU, &limit);
+       },
+       kDone, kDone},
+      {"set a limit",
+       [] {
+         const rlimit limit{RLIM_INFINITY, RLIM_INFINITY};
+         return setrlimit(RLIMIT_CPU, &limit);
+       },
+       kRefused},
+      {"turn off the alarm",
+       [] {
+         errno = 0;
+         alarm(0);
+         return errno == 0 ? 0L : -1L;
+       },
+       kRefused},
+      // The kernel, rights.
+      {"setuid", [] { return Sys(SYS_setuid, 0); }, kKilled},
+      {"mount", [] { return Sys(SYS_mount, nullptr, nullptr, nullptr, 0, nullptr); }, kKilled},
+      {"bpf", [] { return Sys(SYS_bpf, 0, nullptr, 0); }, kKilled},
+      {"keyctl", [] { return Sys(SYS_keyctl, 0, 0, 0, 0, 0); }, kKilled},
+      {"userfaultfd", [] { return Sys(SYS_userfaultfd, 0); }, kKilled},
+      {"io_uring", [] { return Sys(SYS_io_uring_setup, 0, nullptr); }, kKilled},
+      {"a call that does not exist yet", [] { return Sys(1000); }, kRefused},
+#ifdef __x86_64__
+      {"a call of the x32 table", [] { return Sys(0x4000'0000 + SYS_getpid); }, kKilled},
+#endif
+#ifdef __SANITIZE_ADDRESS__
+      {"a fault that the sanitizer sees",
+       [] {
+         const std::vector<char> bytes(1);
+         const char* volatile at = bytes.data();
+         return static_cast<long>(at[1]);
+       },
+       kReported, kReported},
+#endif
+  };
+}
+
+TEST_F(ConfineTest, TheFilterOfSystemCalls) {
+  if (EndOf(FilterCalls, [] { return 0; }) == "not to be had") GTEST_SKIP() << "no seccomp here";
+  for (const Attempt& attempt : Attempts()) {
+    EXPECT_EQ(EndOf(FilterCalls, attempt.act), NameOf(attempt.calls)) << attempt.what;
+  }
+}
+
+TEST_F(ConfineTest, Landlock) {
+  const long version =
+      syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
+  if (version < 1) GTEST_SKIP() << "no Landlock here";
+  for (const Attempt& attempt : Attempts()) {
+    if (attempt.files == End::kAny || version < attempt.version) continue;
+    EXPECT_EQ(EndOf(ForbidWriting, attempt.act), NameOf(attempt.files)) << attempt.what;
+  }
+}
+
+TEST_F(ConfineTest, BothLeaveWhatReadingNeedsAndNoOtherDescriptor) {
+  const auto confine = [this] {
+    ConfineReader({&kept_, 1});
+    return std::string();
+  };
+  for (const Attempt& attempt : Attempts()) {
+    if (attempt.calls != End::kDone) continue;
+    EXPECT_EQ(EndOf(confine, attempt.act), "done") << attempt.what;
+  }
+  EXPECT_EQ(
+      EndOf(confine, [this] { return fcntl(left_, F_GETFD) == -1 && errno == EBADF ? 0 : -1; }),
+      "done");
+}
+
+}  // namespace
+}  // namespace mapexport
