@@ -67,8 +67,8 @@ constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
   std::abort();
 }
 
-/// The limit can be raised again by `grace`, which is how far the kernel lets processor time run
-/// on.
+/// Lowers the limit for good. Of processor time, the kernel grants `grace` seconds after the
+/// signal.
 void SetLimit(__rlimit_resource resource, rlim_t wanted, rlim_t grace = 0) {
   rlimit limit{};
   getrlimit(resource, &limit);
