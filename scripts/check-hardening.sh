@@ -27,34 +27,35 @@ refuse() {
 }
 
 check_file() {
-  local file=$1 header segments dynamic symbols notes
+  local file=$1 header segments dynamic symbols code
   header=$(readelf -hW -- "$file")
   segments=$(readelf -lW -- "$file")
   dynamic=$(readelf -dW -- "$file")
   symbols=$(readelf --dyn-syms -W -- "$file")
-  notes=$(readelf -nW -- "$file")
   expect "$file" "$header" 'Type: +DYN' "position-independent code"
   expect "$file" "$segments" 'GNU_RELRO' "memory that is read-only once relocated"
   expect "$file" "$dynamic" 'FLAGS.*NOW' "binding at the start"
   expect "$file" "$segments" 'GNU_STACK .* RW +0x' "stack that can't be executed"
   refuse "$file" "$segments" 'LOAD .* RWE ' "a segment is writable and executable"
   refuse "$file" "$dynamic" 'TEXTREL' "its code is relocated"
-  refuse "$file" "$dynamic" 'R(UN)?PATH.*(\[|:)([^$]|$)' \
+  refuse "$file" "$dynamic" 'R(UN)?PATH.*\[([^]]*:)?[^$]' \
     "it looks for libraries in folders that are not its own"
+  # What only some code leaves a trace of; the flags are the same for all, and the host's own library
+  # is too small for it.
+  [[ $file != */libmapexport-host.so* ]] || return 0
   expect "$file" "$symbols" '__stack_chk_fail' "stack protector"
   if [[ $header == *X86-64* ]]; then
-    expect "$file" "$notes" 'IBT.*SHSTK' "mark of protected control flow"
+    code=$(objdump -d --no-show-raw-insn -- "$file")
+    # The whole file is marked so only where the system's start files are; theirs are a few of these.
+    [[ $(grep -c endbr64 <<<"$code") -ge 20 ]] || complain "$file" "no protected control flow"
   fi
-  if [[ $file == "$program" ]]; then
-    expect "$file" "$dynamic" 'FLAGS_1.*PIE' "position-independent program"
-    # What only some code leaves a trace of; the flags are the same for all.
-    expect "$file" "$symbols" '__(mem|str|read|pread|snprintf|fdelt|longjmp|realpath)[a-z]*_chk' \
-      "checks in library functions"
-    expect "$file" "$symbols" '__glibcxx_assert_fail' "assertions of the standard library"
-    [[ $header != *X86-64* ]] ||
-      expect "$file" "$(objdump -d --no-show-raw-insn -- "$file")" 'orq +[$]0x0,.*[(]%rsp[)]' \
-        "probing of large stack frames"
-  fi
+  [[ $file == "$program" ]] || return 0
+  expect "$file" "$dynamic" 'FLAGS_1.*PIE' "position-independent program"
+  expect "$file" "$symbols" '__(mem|str|read|pread|snprintf|fdelt|longjmp|realpath)[a-z]*_chk' \
+    "checks in library functions"
+  expect "$file" "$symbols" '__glibcxx_assert_fail' "assertions of the standard library"
+  [[ $header != *X86-64* ]] ||
+    expect "$file" "$code" 'orq +[$]0x0,.*[(]%rsp[)]' "probing of large stack frames"
 }
 
 # check_maps PID WHAT: none of its memory is writable and executable.
