@@ -679,7 +679,9 @@ TEST_F(ProgramTest, TheReaderIsConfinedOrItIsTold) {
     const simdjson::dom::element confinement =
         parser.load((work_ / "r.json").string())["confinement"];
     EXPECT_EQ(confinement["seccomp"].get_string().value() == "in force", !warns);
-    if (!landlock.empty()) EXPECT_EQ(confinement["landlock"].get_string().value(), landlock);
+    if (!landlock.empty()) {
+      EXPECT_EQ(confinement["landlock"].get_string().value(), landlock);
+    }
   }
 }
 
