@@ -658,16 +658,15 @@ TEST_F(ProgramTest, TheReaderIsConfinedOrItIsTold) {
         Kernel{
             {"landlock_create_ruleset", "seccomp", "prctl"}, true, "Function not implemented"}}) {
     SCOPED_TRACE(lacks.size());
-    const Outcome outcome = Run({"export", "level.obj", "a.kob", "--fresh", "--quiet", "--report",
-                                 "r.json", "--no-weld", "--cxp", ""},
-                                [&lacks = lacks] {
-                                  const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
-                                  for (const char* name : lacks) {
-                                    seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS),
-                                                     seccomp_syscall_resolve_name(name), 0);
-                                  }
-                                  if (seccomp_load(filter) != 0) _exit(98);
-                                });
+    const Outcome outcome = Run(
+        {"export", "level.obj", "a.kob", "--fresh", "--quiet", "--report", "r.json"},
+        [&lacks = lacks] {
+          const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
+          for (const char* name : lacks) {
+            seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), seccomp_syscall_resolve_name(name), 0);
+          }
+          if (seccomp_load(filter) != 0) _exit(98);
+        });
     if (outcome.status == 98) GTEST_SKIP() << "no seccomp here";
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(Content(work_ / "r.json").find("reader-not-confined") != std::string::npos, warns);
