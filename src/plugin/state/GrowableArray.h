@@ -10,8 +10,7 @@
 namespace mapexport {
 
 /// A growable array with a capacity that is always grown by whole steps of `kStep` entries, many
-/// steps at a time for large arrays, so that appending stays constant time. What a large array
-/// reserves ahead is memory only once it is filled; copying it costs more.
+/// steps at a time for large arrays, so that appending stays constant time.
 template <typename T, std::size_t kStep = 1>
 class GrowableArray {
  public:
@@ -75,8 +74,10 @@ class GrowableArray {
  private:
   void Grow(std::size_t count) {
     const std::size_t capacity = items_.capacity();
-    constexpr std::size_t kLarge = (std::size_t{1} << 18) / sizeof(T);
-    const std::size_t ahead = capacity < kLarge ? capacity : 3 * capacity;
+    // From here on an array is copied seldom: what it takes ahead is not touched before it is used.
+    constexpr std::size_t kLarge = (std::size_t{128} << 10) / sizeof(T);
+    constexpr std::size_t kLeast = (std::size_t{4} << 20) / sizeof(T);
+    const std::size_t ahead = capacity < kLarge ? capacity : std::max(3 * capacity, kLeast);
     const std::size_t missing = std::max(count - capacity, ahead);
     items_.reserve(capacity + (missing + kStep - 1) / kStep * kStep);
   }
