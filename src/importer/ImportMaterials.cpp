@@ -31,17 +31,27 @@ struct Key {
   unsigned index;
 };
 
+/// The first number of a property. The library's form for one number writes as many as are stored.
+template <class Number>
+bool GetNumber(const aiMaterial& material, const Key& key, Number& value) {
+  unsigned count = 1;
+  return material.Get(key.name, key.kind, key.index, &value, &count) == aiReturn_SUCCESS;
+}
+
 float FloatOf(const aiMaterial& material, float fallback, const Key& key) {
   float value = fallback;
-  if (material.Get(key.name, key.kind, key.index, value) != aiReturn_SUCCESS ||
-      !std::isfinite(value))
-    return fallback;
-  return value;
+  return GetNumber(material, key, value) && std::isfinite(value) ? value : fallback;
 }
 
 int IntegerOf(const aiMaterial& material, const Key& key) {
+  // The library takes a double for a text, and then ends the process since no NUL ends it.
+  const aiMaterialProperty* stored = nullptr;
+  if (aiGetMaterialProperty(&material, key.name, key.kind, key.index, &stored) !=
+          aiReturn_SUCCESS ||
+      stored->mType == aiPTI_Double)
+    return 0;
   int value = 0;
-  return material.Get(key.name, key.kind, key.index, value) == aiReturn_SUCCESS ? value : 0;
+  return GetNumber(material, key, value) ? value : 0;
 }
 
 Color ColorOf(const aiMaterial& material, const Key& key) {
