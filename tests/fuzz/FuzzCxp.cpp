@@ -1,18 +1,37 @@
-// Any bytes as a CXP database.
+// Any bytes as a CXP database, and the tokenizer against its definition.
 
 #include <cstdint>
+#include <istream>
 #include <sstream>
 #include <string>
 
+#include "fuzz/FuzzBytes.h"
 #include "materials/ReadCxp.h"
 #include "parse/TextStreambuf.h"
+#include "parse/Tokenizer.h"
+#include "reference/LiteralTokenizer.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace mapexport;
-  std::stringbuf bytes(std::string(reinterpret_cast<const char*>(data), size));
-  TextStreambuf text(bytes);
+  const std::string bytes(reinterpret_cast<const char*>(data), size);
+  {
+    std::stringbuf file(bytes);
+    TextStreambuf text(file);
+    std::istream input(&text);
+    TextureNames names;
+    ReadCxp(input, names);
+  }
+  std::stringbuf file(bytes);
+  TextStreambuf text(file);
   std::istream input(&text);
-  TextureNames names;
-  ReadCxp(input, names);
+  Tokenizer tokens(input);
+  LiteralTokenizer literal(bytes);
+  bool more = true;
+  while (more) {
+    more = literal.ReadToken();
+    Require(tokens.ReadToken() == more, "as many tokens as by the definition");
+    Require(tokens.Token() == literal.Token(), "the tokens of the definition");
+    Require(input.good() == literal.StreamGood(), "the stream is where the definition has it");
+  }
   return 0;
 }

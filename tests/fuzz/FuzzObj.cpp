@@ -1,11 +1,14 @@
-// Any bytes as an OBJ file, and as an MTL file.
+// Any bytes as an OBJ file and as a material library, and the scene that is made of the former.
 
-#include <cstdint>
+#include <string>
 #include <string_view>
 
+#include "fuzz/SceneRoundTrip.h"
+#include "importer/FinishScene.h"
+#include "importer/ImportObj.h"
+#include "importer/ImportScene.h"
+#include "importer/LeftOut.h"
 #include "importer/ReadMtlFile.h"
-#include "importer/ReadObjFile.h"
-#include "scene/SceneError.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace mapexport;
@@ -13,7 +16,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   MtlMaterials materials;
   ReadMtlFile(text, materials);
   try {
-    ReadObjFile("fuzz.obj", text);
+    const MemoryFile file(text);
+    ImportedScene imported;
+    LeftOut leftOut;
+    ImportObj(file.Path(), {}, imported, leftOut);
+    FinishScene(imported, leftOut);
+    RequireRoundTrip(imported.scene);
   } catch (const SceneError&) {
   }
   return 0;

@@ -1,10 +1,8 @@
-// Any bytes as a settings file: a value that is merged into one must be there when it is read
-// again.
+// Any bytes as a settings file: what was in it survives new values, and can be written anew.
 
-#include <cstdint>
-#include <cstdlib>
 #include <string>
 
+#include "fuzz/FuzzBytes.h"
 #include "settings/RegistryChanges.h"
 #include "settings/RegistryText.h"
 #include "settings/SettingsError.h"
@@ -21,7 +19,29 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const RegistryText merged = ParseRegistryText(changes.MergedInto(text));
     for (const char* name : {"Text", "Number"}) {
       const RegistryValue* value = merged.Find(kKey, name);
-      if (value == nullptr || *value != *changes.Find(kKey, name)) abort();
+      Require(value != nullptr && *value == *changes.Find(kKey, name), "new values are there");
+    }
+    Require(changes.MergedInto(merged) == merged.bytes, "the same values change nothing");
+
+    RegistryChanges all;
+    for (const auto& [key, content] : text.keys) {
+      for (const auto& [name, entry] : content.entries) {
+        if (!entry.value) continue;
+        if (changes.Find(key, name) == nullptr) {
+          const RegistryValue* kept = merged.Find(key, name);
+          Require(kept != nullptr && *kept == *entry.value, "old values survive");
+        }
+        if (key.find(']') == std::string::npos) all.Set(key, name, *entry.value);
+      }
+    }
+    const RegistryText anew = ParseRegistryText(all.MergedInto(RegistryText()));
+    for (const auto& [key, content] : text.keys) {
+      for (const auto& [name, entry] : content.entries) {
+        const RegistryValue* wanted = all.Find(key, name);
+        const RegistryValue* value = anew.Find(key, name);
+        Require(wanted == nullptr || (value != nullptr && *value == *wanted),
+                "a new file gives back what was set");
+      }
     }
   } catch (const SettingsError&) {
   }

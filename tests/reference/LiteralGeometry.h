@@ -44,7 +44,8 @@ class DenseVoxels {
     for (std::size_t axis = 0; axis < 3; ++axis) {
       const float extent = max[axis] - min_[axis];
       const float quotient = extent / voxelSize;
-      n_[axis] = std::isfinite(quotient) ? std::max(1, static_cast<int>(std::ceil(quotient))) : 1;
+      n_[axis] =
+          std::isfinite(quotient) ? static_cast<int>(std::max(1.0f, std::ceil(quotient))) : 1;
       size_[axis] = extent / static_cast<float>(n_[axis]);
     }
     cells.resize(static_cast<std::size_t>(n_[0]) * static_cast<std::size_t>(n_[1]) *

@@ -1,0 +1,254 @@
+// Any scene with any options through the whole exporter, to both layouts.
+//
+// What is written must be sound, hold what was counted, and be what the passes' definitions make.
+// The exporter writes into the current folder, which becomes one of the program's own: paths on
+// the command line must be absolute.
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <span>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "fuzz/FuzzScene.h"
+#include "fuzz/ReadersAgree.h"
+#include "geometry/CleanVertexAttributes.h"
+#include "geometry/CollisionLists.h"
+#include "geometry/DuplicateTwoSidedFaces.h"
+#include "geometry/FaceFlags.h"
+#include "geometry/RemoveDegenerateFaces.h"
+#include "geometry/RenderBatches.h"
+#include "geometry/VoxelPartition.h"
+#include "geometry/WeldVertices.h"
+#include "model/ExportModel.h"
+#include "modelreader/OverlongLists.h"
+#include "plugin/LibraryEntry.h"
+#include "plugin/MapExporter.h"
+#include "plugin/ResourceIds.h"
+#include "plugin/Resources.h"
+#include "plugin/state/ProcessState.h"
+#include "reference/LiteralCleanVertexAttributes.h"
+#include "reference/LiteralGeometry.h"
+#include "reference/LiteralWeldVertices.h"
+#include "scene/HostScene.h"
+#include "support/GroupBits.h"
+#include "support/TestSystem.h"
+
+namespace mapexport {
+namespace {
+
+/// The current folder, until the program ends.
+class OwnFolder {
+ public:
+  OwnFolder() : path_((std::filesystem::temp_directory_path() / "fuzz-XXXXXX").string()) {
+    Require(mkdtemp(path_.data()) != nullptr, "a folder to write into");
+    std::filesystem::current_path(path_);
+    std::ofstream("textures.cxp") << "material glass.bmp\nalphablend\nend\n";
+  }
+  ~OwnFolder() {
+    std::error_code gone;
+    std::filesystem::remove_all(path_, gone);
+  }
+  OwnFolder(const OwnFolder&) = delete;
+  OwnFolder& operator=(const OwnFolder&) = delete;
+
+ private:
+  std::string path_;
+};
+
+struct Options {
+  explicit Options(FuzzBytes& in)
+      : weld(!in.OneIn(4)),
+        clean(!in.OneIn(4)),
+        cxp(in.OneIn(2)),
+        coordinates(static_cast<int>(in.Below(6)) - 1),
+        textureCoordinates(static_cast<int>(in.Below(6)) - 1),
+        seed(in.U8()),
+        weldDistance(in.OneIn(2) ? 0.2f : in.Float()),
+        voxelSize(in.OneIn(2) ? 1000.0f : in.Float()) {}
+
+  bool weld, clean, cxp;
+  int coordinates, textureCoordinates;
+  std::uint32_t seed;
+  float weldDistance, voxelSize;
+};
+
+std::string TextOf(float value) {
+  if (std::isinf(value)) return value > 0 ? "1e9999" : "-1e9999";
+  std::array<char, 64> text{};
+  std::to_chars(text.data(), text.data() + text.size(), value);
+  return text.data();
+}
+
+struct Exported {
+  std::string bytes;
+  std::string results;  ///< what the box "Results" shows; empty without welding
+};
+
+/// As the host does it, the dialog included.
+Exported Export(const Scene& scene, const Options& options, const char* file) {
+  TestSystem system;
+  ProcessState& state = State();
+  state.options = ExportOptions();
+  state.options.weldVertices = options.weld;
+  state.options.cleanVertexAttributes = options.clean;
+  state.options.coordinateSystem = options.coordinates;
+  state.options.textureCoordinateMode = options.textureCoordinates;
+  state.voxelCellSize = {};
+  state.random.Seed(options.seed);
+  system.beforeButton = [&](HWND, DialogProc*) {
+    system.controls[kWeldDistanceEdit].text = TextOf(options.weldDistance);
+    system.controls[kVoxelSizeEdit].text = TextOf(options.voxelSize);
+    system.controls[kCxpFilenameEdit].text = options.cxp ? "textures.cxp" : "NONE";
+  };
+  HostScene host(scene);
+  MapExporter exporter;
+  exporter.DoExport(file, nullptr, &host, true);
+  Require(!system.messageBoxes.empty() && system.messageBoxes.back().title == "Text Scene Export",
+          "the export succeeds");
+  Exported exported;
+  if (options.weld) exported.results = system.messageBoxes.front().text;
+  std::ostringstream bytes;
+  bytes << std::ifstream(file, std::ios::binary).rdbuf();
+  exported.bytes = bytes.str();
+  return exported;
+}
+
+ModelFile SoundModel(const Exported& exported, ModelLayout layout) {
+  ModelReadResult read = RequireReadersAgree(std::as_bytes(std::span(exported.bytes)), layout);
+  for (const ModelProblem& problem : read.problems) {
+    Require(problem.severity == ModelSeverity::kWarning, ToLine(problem));
+  }
+  Require(read.model.groups.size() == 1, "there is one group");
+  return std::move(read.model);
+}
+
+std::size_t BatchFaces(const ModelGroup& group) {
+  std::size_t count = 0;
+  for (const ModelBatch& batch : group.batches) count += batch.faces.size();
+  return count;
+}
+
+/// The numbers in the text.
+std::vector<std::size_t> NumbersIn(const std::string& text) {
+  std::vector<std::size_t> numbers;
+  const char* const end = text.data() + text.size();
+  for (const char* at = text.data(); at != end;) {
+    std::size_t number = 0;
+    const auto [stop, error] = std::from_chars(at, end, number);
+    if (error == std::errc()) numbers.push_back(number);
+    at = error == std::errc() ? stop : at + 1;
+  }
+  return numbers;
+}
+
+void CheckCounts(const Exported& first, const Exported& second) {
+  const ModelFile qob = SoundModel(first, ModelLayout::kQob);
+  const ModelFile kob = SoundModel(second, ModelLayout::kKob);
+  const ModelGroup& drawn = qob.groups[0];
+  const ModelGroup& group = kob.groups[0];
+  Require(qob.materials.size() == kob.materials.size(), "the layouts have the same materials");
+  Require(group.faces.size() == BatchFaces(drawn), "the first layout draws all faces");
+  Require(group.faces.size() == BatchFaces(group) + group.planes.size(),
+          "a face is drawn or has a plane");
+  std::size_t undrawn = 0;
+  std::size_t listed = 0;
+  for (const ModelSurfaceSet& set : group.surfaceSets) {
+    listed += set.faces.size();
+    if ((set.flags & kFlagNotRendered) != 0) undrawn += set.faces.size();
+  }
+  Require(undrawn == group.planes.size(), "undrawn faces are those of their sets");
+  Require(listed == group.faces.size(), "each face is in a set");
+  Require(first.results == second.results, "the layouts count the same");
+  if (!first.results.empty()) {
+    const std::vector<std::size_t> counted = NumbersIn(first.results);
+    Require(counted.at(3) == group.faces.size(), "as many faces as the box says");
+    Require(counted.at(4) == drawn.vertices.size(), "as many vertices as the box says");
+  }
+  if (!OverlongLists(kob).empty()) return;
+  std::set<std::uint16_t> vertices;
+  std::set<std::uint16_t> points;
+  for (const ModelFace& face : group.faces) {
+    (face.batch < 0 ? points : vertices).insert(face.vertices.begin(), face.vertices.end());
+  }
+  Require(vertices.size() == group.vertices.size(), "each vertex is drawn");
+  Require(points.size() == group.collisionPoints.size(), "each point belongs to a face");
+}
+
+void CheckBatches(GeometryGroup group, const Options& options, const MaterialsList& materials) {
+  constexpr std::int64_t kMostCells = 512;
+  const VoxelGrid grid(group, options.voxelSize);
+  std::int64_t cells = 1;
+  for (const std::int32_t count : grid.counts) cells = std::min(cells * count, kMostCells + 1);
+  if (cells > kMostCells) return;
+  PrepareCollisionLists(group);
+  RandomGenerator plain(options.seed);
+  RandomGenerator random(options.seed);
+  const literal::DenseVoxels voxels(group, options.voxelSize, plain);
+  const auto expected = literal::Batches(group, materials, voxels.cells);
+  BuildRenderBatches(group, BuildVoxelPartition(group, grid, random));
+  Require(std::ranges::equal(group.batches, expected,
+                             [](const RenderBatch& a, const RenderBatch& b) {
+                               return a.material == b.material && a.key == b.key &&
+                                      a.cornerVertices == b.cornerVertices &&
+                                      a.cornerAttributes == b.cornerAttributes &&
+                                      std::ranges::equal(a.faces, b.faces);
+                             }),
+          "batches are those of the definition");
+}
+
+/// The passes once more, beside their definitions. The options are those of the last export.
+void CheckPasses(const Scene& scene, const Options& options) {
+  TestSystem system;
+  HostScene host(scene);
+  ExportModel model(0);
+  State().currentScene = &model;
+  model.Gather(host.GetRootNode());
+  GeometryGroup& group = *model.groups.At(0);
+  DuplicateTwoSidedFaces(group);
+  constexpr std::size_t kMostFaces = 100;  // the definitions are quadratic
+  if (group.faces.size() > kMostFaces) return;
+  GeometryGroup literal = group;
+  WeldVertices(group, options.weldDistance);
+  LiteralWeldVertices(literal, options.weldDistance);
+  Require(BitsOf(group) == BitsOf(literal), "welding is that of the definition");
+  RemoveDegenerateFaces(group);
+  LiteralRemoveDegenerateFaces(literal);
+  Require(BitsOf(group) == BitsOf(literal), "the same faces are degenerate");
+  const Point3 cellSize{options.voxelSize, 1.0f, options.weldDistance};
+  CleanVertexAttributes(group, cellSize);
+  LiteralCleanVertexAttributes(literal, cellSize);
+  Require(BitsOf(group) == BitsOf(literal), "cleaning is that of the definition");
+  CheckBatches(group, options, model.materials);
+}
+
+}  // namespace
+}  // namespace mapexport
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace mapexport;
+  static const OwnFolder folder;
+  static const bool isLoaded = [] {
+    TestSystem system;
+    return LibraryEntry(AttachModule(kResources));
+  }();
+  Require(isLoaded, "the library loads");
+  FuzzBytes in(data, size);
+  const Options options(in);
+  const Scene scene = FuzzScene(in).Make();
+  const Exported qob = Export(scene, options, "fuzz.qob");
+  const Exported kob = Export(scene, options, "fuzz.kob");
+  CheckCounts(qob, kob);
+  if (options.seed % 8 == 0) {
+    Require(Export(scene, options, "fuzz.kob").bytes == kob.bytes, "the same bytes once more");
+  }
+  CheckPasses(scene, options);
+  State().currentScene = nullptr;
+  return 0;
+}
