@@ -11,8 +11,10 @@ enum class RemarkKind { kNote, kWarning };
 
 struct ImportRemark {
   RemarkKind kind = RemarkKind::kWarning;
-  std::string code;         ///< a short stable word in kebab-case, for programs
-  std::string text;         ///< one line, without a "warning" prefix and without the file's name
+  std::string code;  ///< a short stable word in kebab-case, for programs
+  /// One line but for the names in it (show it with PrintableText), without a "warning" prefix and
+  /// without the file's name.
+  std::string text;
   std::uint64_t count = 1;  ///< how many things it is about
 };
 

@@ -76,7 +76,10 @@ class DenseVoxels {
 
   void Assign(const GeometryGroup& group, std::uint32_t f, RandomGenerator& random) {
     std::array<Point3, 3> p;
-    for (std::size_t k = 0; k < 3; ++k) p[k] = group.vertices[group.faces[f].v[k]];
+    const GroupFace& face = group.faces[f];
+    for (std::size_t k = 0; k < 3; ++k) {
+      p[k] = face.drawn != 0 ? group.vertices[face.v[k]] : group.collisionPoints[face.v[k]];
+    }
     Cell lo = CellOf(p[0]);
     Cell hi = lo;
     for (const Point3& corner : p) {
