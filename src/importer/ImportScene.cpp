@@ -11,6 +11,7 @@
 #include "importer/HostText.h"
 #include "importer/ImportObj.h"
 #include "importer/LeftOut.h"
+#include "importer/PointLocale.h"
 #include "importer/ReadWithLibrary.h"
 #include "importer/RebuildScene.h"
 #include "scene/SceneError.h"
@@ -21,6 +22,7 @@ namespace {
 constexpr std::string_view kRootName = "Scene Root";
 
 ImportedScene Import(const std::string& path, const ImportOptions& options) {
+  const PointLocale locale;
   ImportedScene result;
   result.scene.root.name = kRootName;
   LeftOut leftOut;
