@@ -2,7 +2,7 @@
 # Builds and runs the tests: test.sh [PRESET...], by default release and sanitize.
 #
 # Without arguments it also checks the arrows between the rooms, the example, and that the release,
-# debug and sanitize builds write equal bytes. The last line counts it all: "N passed, N failed, N
+# debug and sanitize builds write the same bytes. The last line counts it all: "N passed, N failed, N
 # skipped".
 # MAPEXPORT_WERROR=ON in the environment makes warnings errors.
 set -euo pipefail
@@ -76,22 +76,6 @@ example_is_current() {
   return "$status"
 }
 
-# The three builds write the same bytes, whatever the optimiser and the sanitizers do.
-builds_agree() {
-  local preset layout status=0 out=$root/build/equal-bytes
-  rm -rf -- "$out"
-  for preset in release debug sanitize; do
-    mkdir -p -- "$out/$preset"
-    for layout in qob kob; do
-      (cd -- "$out/$preset" &&
-        "$root/build/$preset/bin/mapexport" export "$root/examples/yard.scene.json" "yard.$layout" \
-          --fresh --seed 1 --cxp "$root/examples/yard.cxp" --quiet) || return 1
-      cmp -- "$out/release/yard.$layout" "$out/$preset/yard.$layout" || status=1
-    done
-  done
-  return "$status"
-}
-
 # What cmake --install puts elsewhere runs there and writes the same bytes.
 installed_program_works() {
   local prefix=$root/build/installed
@@ -119,8 +103,8 @@ else
   run_tests sanitize
   heading "the debug build's program"
   configure debug
-  cmake --build --preset debug --target mapexport
-  check "release, debug and sanitize write equal bytes" builds_agree
+  check "the same bytes in German, and from the debug and sanitize builds" \
+    scripts/same-bytes.sh locale debug sanitize
 fi
 
 printf '\n%d passed, %d failed, %d skipped\n' "$passed" "$failed" "$skipped"

@@ -1,0 +1,156 @@
+#!/usr/bin/env bash
+# Whether the same scenes, options and seed give the same bytes: same-bytes.sh [CHECK...], all checks
+# unless given. Exports the example, all of tests/golden and the rooms of tests/models to both layouts
+# and compares what came out with the release build's:
+#
+#   runs      two more runs
+#   folder    a folder with a blank and an umlaut in its name
+#   locale    in German, with decimal commas: in the environment, and in force in the process
+#   debug     the build without optimisation (-O0; the release build has -O3)
+#   clang     the release build by clang++ (the other one is by g++)
+#   sanitize  the build with sanitizers
+#
+# Ends with 1 when something differs; names the files. Results go to build/robustness/same-bytes.tsv.
+set -euo pipefail
+unset CDPATH
+root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
+# shellcheck source=scripts/lib/ensure-packages.sh
+. "$root/scripts/lib/ensure-packages.sh"
+# shellcheck source=scripts/lib/note-result.sh
+. "$root/scripts/lib/note-result.sh"
+
+checks=("$@")
+[[ $# -gt 0 ]] || checks=(runs folder locale debug clang sanitize)
+lists=("$root/scripts/packages.txt")
+for check in "${checks[@]}"; do
+  case $check in
+    clang) lists+=("$root/scripts/packages-fuzz.txt") ;;
+    locale) lists+=("$root/scripts/packages-test.txt") ;;
+    runs | folder | debug | sanitize) ;;
+    *)
+      echo "same-bytes.sh: there is no check \"$check\"" >&2
+      exit 2
+      ;;
+  esac
+done
+ensure_packages "${lists[@]}"
+
+work=$root/build/same-bytes
+status=0
+
+# program PRESET: brings the preset's program up to date, and says where it is.
+program() {
+  local folder=$root/build/$1
+  (
+    cd -- "$root"
+    [[ -f $folder/build.ninja ]] || cmake --preset "$1" -DMAPEXPORT_TESTS=OFF
+    cmake --build --preset "$1" --target mapexport
+  ) >&2 || return 1
+  echo "$folder/bin/mapexport"
+}
+
+# export_all PROGRAM FOLDER: copies the scenes to FOLDER/in and writes what they give, and what is said
+# of them, to FOLDER/out.
+export_all() {
+  local mapexport=$1 folder=$2 scene name layout options
+  rm -rf -- "$folder"
+  mkdir -p -- "$folder/in" "$folder/out"
+  cp -- "$root"/examples/yard.{scene.json,cxp} "$root"/tests/golden/*.{scene.json,cxp,options} \
+    "$root"/tests/models/room.{3ds,ase,dae,fbx,gltf,obj,mtl} "$folder/in"
+  echo "--cxp yard.cxp" >"$folder/in/yard.options"
+  (
+    cd -- "$folder/in"
+    for scene in *.scene.json room.{3ds,ase,dae,fbx,gltf,obj}; do
+      name=${scene%.scene.json}
+      options=()
+      [[ ! -f $name.options ]] || read -r -a options <"$name.options"
+      for layout in qob kob; do
+        "$mapexport" export "$scene" "../out/$name.$layout" --fresh --seed 1 --quiet \
+          ${options[@]+"${options[@]}"} || exit
+      done
+      # What a foreign file is read as is text, with numbers in it.
+      [[ $scene == *.scene.json ]] ||
+        "$mapexport" scene "$scene" -o "../out/$name.scene.json" || exit
+    done
+  ) 2>"$folder/out/messages" || {
+    tail -n 1 -- "$folder/out/messages" >&2
+    return 1
+  }
+}
+
+# compare WHAT HOW FOLDER...: the files there with the first run's.
+compare() {
+  local what=$1 how=$2 folder count=0 different=0 file
+  shift 2
+  for folder in "$@"; do
+    [[ $(cd -- "$work/first/out" && echo *) == "$(cd -- "$folder/out" && echo *)" ]] || {
+      echo "$what: other files than those of the first run are in $folder/out"
+      different=$((different + 1))
+    }
+    for file in "$work"/first/out/*; do
+      count=$((count + 1))
+      cmp -- "$file" "$folder/out/${file##*/}" || different=$((different + 1))
+    done
+  done
+  printf '%-25s %4d files compared, %d differ\n' "$what" "$count" "$different"
+  note_result same-bytes.tsv "$what" "$count" "$different" "$how"
+  [[ $different -eq 0 ]] || status=1
+}
+
+# The language is compiled into a folder of this script's; the system stays as it is.
+check_locale() {
+  local -x LOCPATH=$work/locale LC_ALL=
+  mkdir -p -- "$LOCPATH"
+  # It warns of what the C library of today finds outdated in the sources, with status 1.
+  localedef -i de_DE -f UTF-8 "$LOCPATH/de_DE.UTF-8" 2>/dev/null || [[ -d $LOCPATH/de_DE.UTF-8 ]]
+  # Hosts put the person's language in force, and so does Qt; the program alone doesn't.
+  g++ -shared -fPIC -x c++ -o "$work/in-force.so" - <<'CPP'
+#include <locale>
+static const bool inForce = (std::locale::global(std::locale("")), true);
+CPP
+  LC_ALL=de_DE.UTF-8
+  if [[ $(env printf '%.1f' 1,5) != 1,5 ]]; then
+    echo "locale: de_DE.UTF-8 is not in force" >&2
+    return 1
+  fi
+  export_all "$release" "$work/german"
+  LD_PRELOAD=$work/in-force.so export_all "$release" "$work/german-in-force"
+}
+
+release=$(program release)
+mkdir -p -- "$work"
+export_all "$release" "$work/first"
+for check in "${checks[@]}"; do
+  case $check in
+    runs)
+      export_all "$release" "$work/second"
+      export_all "$release" "$work/third"
+      compare "three runs" "release build, one after the other" "$work/second" "$work/third"
+      ;;
+    folder)
+      export_all "$release" "$work/another földer"
+      compare "another folder" "a blank and an umlaut in its name" "$work/another földer"
+      ;;
+    locale)
+      check_locale
+      compare "German locale" "LC_ALL=de_DE.UTF-8; also in force in the process" \
+        "$work/german" "$work/german-in-force"
+      ;;
+    debug)
+      built=$(program debug)
+      export_all "$built" "$work/debug"
+      compare "-O0 against -O3" "debug and release build" "$work/debug"
+      ;;
+    clang)
+      built=$(program clang)
+      export_all "$built" "$work/clang"
+      compare "clang++ against g++" "release builds" "$work/clang"
+      ;;
+    sanitize)
+      built=$(program sanitize)
+      export_all "$built" "$work/sanitize"
+      compare "sanitizers against none" "address and undefined; release build" "$work/sanitize"
+      ;;
+  esac
+done
+exit "$status"
