@@ -1,39 +1,117 @@
 #!/usr/bin/env bash
-# Runs the fuzz targets, each for some seconds from a seed corpus made of the project's own files:
-# fuzz.sh [SECONDS], 60 unless given. Ends with 1 and the offending input's path at the first fault.
+# Runs fuzz targets, two at a time, each for some seconds: fuzz.sh [SECONDS] [TARGET...], 60 seconds
+# of all targets unless given. A target starts from its seeds in tests/fuzz/corpus, from the project's
+# own files, and from what it found in earlier runs (build/fuzz/corpus). At the first fault the others
+# are stopped, and the script ends with 1 and the path of the input at fault. A table comes last; its
+# facts also go to build/robustness/fuzz.tsv.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 # shellcheck source=scripts/lib/ensure-packages.sh
 . "$root/scripts/lib/ensure-packages.sh"
+# shellcheck source=scripts/lib/note-result.sh
+. "$root/scripts/lib/note-result.sh"
 ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-fuzz.txt"
-seconds=${1:-60}
+
+seconds=60
+if [[ ${1-} =~ ^[0-9]+$ ]]; then
+  seconds=$1
+  shift
+fi
+all=("$root"/tests/fuzz/Fuzz*.cpp)
+all=("${all[@]##*/}")
+all=("${all[@]%.cpp}")
+targets=("$@")
+[[ $# -gt 0 ]] || targets=("${all[@]}")
+for target in "${targets[@]}"; do
+  if [[ ! -f $root/tests/fuzz/$target.cpp ]]; then
+    echo "fuzz.sh: there is no target \"$target\"; there are ${all[*]}" >&2
+    exit 2
+  fi
+done
 
 cd -- "$root"
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --target fuzzers
-[[ -x build/release/bin/mapexport ]] || scripts/run-example.sh >/dev/null
+cmake --build --preset fuzz --target "${targets[@]}"
 
-corpus=$root/build/fuzz/corpus
-mkdir -p -- "$corpus"/{FuzzCxp,FuzzModelReader,FuzzObj,FuzzSceneFile,FuzzSettings}
-cp -- examples/yard.cxp tests/golden/*.cxp "$corpus/FuzzCxp"
-cp -- tests/golden/*.scene.json "$corpus/FuzzSceneFile"
-cp -- tests/models/*.obj tests/models/*.mtl "$corpus/FuzzObj"
-build/release/bin/mapexport export tests/golden/winding.scene.json "$corpus/level.qob" --quiet \
-  --settings "$corpus/FuzzSettings/settings.reg"
-rm -f ExportDebug.txt "$corpus/level.qob"
-(
-  cd -- "$corpus/FuzzModelReader"
-  for name in collision materials two-sided; do
-    for layout in qob kob; do
-      "$root/build/release/bin/mapexport" export "$root/tests/golden/$name.scene.json" \
-        "$name.$layout" --fresh --seed 0 --quiet
-    done
-  done
-  rm -f ExportDebug.txt
-)
-for target in FuzzCxp FuzzModelReader FuzzObj FuzzSceneFile FuzzSettings; do
-  printf '\n== %s\n' "$target"
-  "build/fuzz/fuzz/$target" -max_total_time="$seconds" -timeout=10 -print_final_stats=1 \
-    -artifact_prefix="build/fuzz/$target-" "$corpus/$target" || exit 1
+out=$root/build/fuzz
+# The exporter's target writes files there.
+export TMPDIR=$out/tmp
+rm -rf -- "$TMPDIR"
+mkdir -p -- "$TMPDIR"
+rm -f -- "$out"/Fuzz*.log
+
+# seeds TARGET: its further arguments, with the folders and files that it starts from.
+seeds() {
+  local corpus=$root/tests/fuzz/corpus/$1 dictionary=$root/tests/fuzz/dict/$1.dict
+  [[ ! -f $dictionary ]] || echo "-dict=$dictionary"
+  [[ ! -d $corpus ]] || echo "$corpus"
+}
+
+# prepare TARGET: its own corpus, with the project's files that are of its form.
+prepare() {
+  local corpus=$out/corpus/$1
+  mkdir -p -- "$corpus"
+  case $1 in
+    FuzzCxp) cp -- examples/yard.cxp tests/golden/*.cxp "$corpus" ;;
+    FuzzObj) cp -- tests/models/*.obj tests/models/*.mtl "$corpus" ;;
+    FuzzSceneFile) cp -- tests/golden/*.scene.json "$corpus" ;;
+  esac
+}
+
+# statistic NAME TARGET: that number of its log.
+statistic() {
+  sed -nE "s/^stat::$1: *([0-9]+)$/\\1/p" "$out/$2.log"
+}
+
+declare -A pids=()
+trap '[[ ${#pids[@]} -eq 0 ]] || kill "${!pids[@]}" 2>/dev/null' EXIT
+failed=""
+
+# take: waits for one of the running targets to end.
+take() {
+  local pid="" status=0
+  wait -n -p pid "${!pids[@]}" || status=$?
+  if [[ $status -ne 0 && -z $failed ]]; then
+    failed=${pids[$pid]}
+    kill "${!pids[@]}" 2>/dev/null || true
+  fi
+  unset "pids[$pid]"
+}
+
+for target in "${targets[@]}"; do
+  [[ ${#pids[@]} -lt 2 ]] || take
+  [[ -z $failed ]] || break
+  prepare "$target"
+  mapfile -t arguments < <(seeds "$target")
+  echo "$target: $seconds seconds"
+  "$out/fuzz/$target" -max_total_time="$seconds" -timeout=10 -len_control=20 \
+    -print_final_stats=1 -artifact_prefix="$out/$target-" "$out/corpus/$target" "${arguments[@]}" \
+    >"$out/$target.log" 2>&1 &
+  pids[$!]=$target
 done
+while [[ ${#pids[@]} -gt 0 ]]; do take; done
+
+printf '\n%-16s %11s %8s %6s %6s\n' target executions seconds finds edges
+for target in "${targets[@]}"; do
+  runs=""
+  [[ ! -f $out/$target.log ]] || runs=$(statistic number_of_executed_units "$target")
+  [[ -n $runs ]] || continue
+  taken=$(sed -nE 's/^Done [0-9]+ runs in ([0-9]+) second.*/\1/p' "$out/$target.log")
+  edges=$(sed -nE 's/.* cov: ([0-9]+) .*/\1/p' "$out/$target.log" | tail -n 1)
+  printf '%-16s %11s %8s %6s %6s\n' "$target" "$runs" "${taken:--}" \
+    "$(statistic new_units_added "$target")" "${edges:--}"
+  findings=0
+  [[ $target != "$failed" ]] || findings=1
+  [[ -z ${taken:-} && $findings -eq 0 ]] || note_result fuzz.tsv "$target" "$runs" "$findings" \
+    "libFuzzer with sanitizers, ${taken:-less than $seconds} s; $(head -n 1 "tests/fuzz/$target.cpp" |
+      sed -E 's,^// *,,')"
+done
+
+if [[ -n $failed ]]; then
+  printf '\n'
+  grep -E '^does not hold|ERROR|SUMMARY|runtime error|Assertion' "$out/$failed.log" || true
+  input=$(sed -nE 's/.*Test unit written to (.*)$/\1/p' "$out/$failed.log")
+  echo "$failed: a fault; the input: ${input:-none; see $out/$failed.log}"
+  exit 1
+fi
