@@ -2,8 +2,9 @@
 # Runs fuzz targets, two at a time, each for some seconds: fuzz.sh [SECONDS] [TARGET...], 60 seconds
 # of all targets unless given. A target starts from its seeds in tests/fuzz/corpus, from the project's
 # own files, and from what it found in earlier runs (build/fuzz/corpus). At the first fault the others
-# are stopped, and the script ends with 1 and the path of the input at fault. A table comes last; its
-# facts also go to build/robustness/fuzz.tsv.
+# are stopped, and the script ends with 1 and the path of the input at fault. A table comes last, with
+# the inputs that reached something new and the edges of the code that were covered; its facts also go
+# to build/robustness/fuzz.tsv.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -92,7 +93,7 @@ for target in "${targets[@]}"; do
 done
 while [[ ${#pids[@]} -gt 0 ]]; do take; done
 
-printf '\n%-16s %11s %8s %6s %6s\n' target executions seconds finds edges
+printf '\n%-16s %11s %8s %6s %6s\n' target executions seconds new edges
 for target in "${targets[@]}"; do
   runs=""
   [[ ! -f $out/$target.log ]] || runs=$(statistic number_of_executed_units "$target")
