@@ -32,7 +32,7 @@ for target in "${targets[@]}"; do
 done
 
 cd -- "$root"
-cmake --preset fuzz >/dev/null
+cmake --preset fuzz ${MAPEXPORT_WERROR:+"-DMAPEXPORT_WERROR=$MAPEXPORT_WERROR"} >/dev/null
 cmake --build --preset fuzz --target "${targets[@]}"
 
 out=$root/build/fuzz
