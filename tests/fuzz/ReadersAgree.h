@@ -1,10 +1,12 @@
 // The strict reader and the engines' reader on one model file.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
-#include <cstring>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -86,13 +88,27 @@ class ModelWords {
   std::vector<std::uint32_t> words_;
 };
 
-/// Reads the bytes with both: what is sound for the one opens in the other, and the values are the
-/// same.
+/// What is wrong between the lists of a group, which engines are left to do without.
+constexpr std::array kForTheStrictAlone{
+    ModelProblemCode::kPlaneCount,    ModelProblemCode::kPlanePosition,
+    ModelProblemCode::kBatchPosition, ModelProblemCode::kPositionTaken,
+    ModelProblemCode::kFaceVertices,  ModelProblemCode::kFacesMissing,
+    ModelProblemCode::kUndrawnSet,    ModelProblemCode::kDrawnSet,
+    ModelProblemCode::kNotInSet,      ModelProblemCode::kInOtherSet,
+    ModelProblemCode::kListedAgain,   ModelProblemCode::kTooManyErrors};
+
+/// Reads the bytes with both: what is sound for the one opens in the other, with the same values;
+/// what opens has no fault but those of the list.
 inline ModelReadResult RequireReadersAgree(std::span<const std::byte> bytes, ModelLayout layout) {
   ModelReadResult read = ReadModelBytes(bytes, layout);
   reader::Model model;
   const bool opened = model.Open(bytes.data(), bytes.size(), layout);
   Require(opened || !read.Sound(), "what is sound opens in engines");
+  for (const ModelProblem& problem : read.problems) {
+    Require(!opened || problem.severity == ModelSeverity::kWarning ||
+                std::ranges::find(kForTheStrictAlone, problem.code) != kForTheStrictAlone.end(),
+            "engines open nothing with " + ToLine(problem));
+  }
   // Of a damaged file the strict reader may keep more or less; going through it must be safe.
   const ModelWords words(model);
   Require(!read.Sound() || words == ModelWords(read.model), "the readers agree on the values");
