@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Whether the same scenes, options and seed give the same bytes: same-bytes.sh [CHECK...], all checks
-# unless given. Exports the example, all of tests/golden and the rooms of tests/models to both layouts
-# and compares what came out with the release build's:
+# Whether the same scenes, options and seed give the same bytes: same-bytes.sh [CHECK...], all
+# checks unless given. Exports the example, all of tests/golden and the rooms of tests/models to both
+# layouts and compares what came out, and what was said, with the release build's:
 #
 #   runs      two more runs
 #   folder    a folder with a blank and an umlaut in its name
@@ -10,7 +10,8 @@
 #   clang     the release build by clang++ (the other one is by g++)
 #   sanitize  the build with sanitizers
 #
-# Ends with 1 when something differs; names the files. Results go to build/robustness/same-bytes.tsv.
+# Ends with 1 when something differs, and names the files. Results go to
+# build/robustness/same-bytes.tsv.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -49,8 +50,8 @@ program() {
   echo "$folder/bin/mapexport"
 }
 
-# export_all PROGRAM FOLDER: copies the scenes to FOLDER/in and writes what they give, and what is said
-# of them, to FOLDER/out.
+# export_all PROGRAM FOLDER: copies the scenes to FOLDER/in and writes what they give, and what is
+# said of them, to FOLDER/out.
 export_all() {
   local mapexport=$1 folder=$2 scene name layout options
   rm -rf -- "$folder"
