@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <exception>
+#include <locale>
 #include <new>
 #include <ostream>
 #include <utility>
@@ -195,6 +196,8 @@ pid_t StartReader(const std::string& path, const ImportOptions& options, const R
   SilenceStandardStreams();
   SetLimits(limits);
   std::set_terminate(EndOnTerminate);
+  // The import library reads numbers, and makes names of some, as the language in force has them.
+  std::locale::global(std::locale::classic());
   Confinement confinement = ConfineReader(std::array{files.scene, files.message, files.stage});
   Read(path, options, files, std::move(confinement));
 }

@@ -11,7 +11,6 @@
 #include "importer/HostText.h"
 #include "importer/ImportObj.h"
 #include "importer/LeftOut.h"
-#include "importer/PointLocale.h"
 #include "importer/ReadWithLibrary.h"
 #include "importer/RebuildScene.h"
 #include "scene/SceneError.h"
@@ -22,7 +21,6 @@ namespace {
 constexpr std::string_view kRootName = "Scene Root";
 
 ImportedScene Import(const std::string& path, const ImportOptions& options) {
-  const PointLocale locale;
   ImportedScene result;
   result.scene.root.name = kRootName;
   LeftOut leftOut;
