@@ -1,4 +1,4 @@
-// Reads a file of any kind (pipes too) into one padded block.
+// Reads a file of any kind (pipes too) into one block.
 #include "scene/FileText.h"
 
 #include <algorithm>
@@ -38,7 +38,7 @@ FileText::FileText(const std::string& path) {
   const std::uintmax_t sizeHint = std::filesystem::file_size(path, noSize);
   Grow(noSize ? kFirstBlock : std::min<std::uintmax_t>(sizeHint, kLargestFile) + 1);
   while (true) {
-    const std::size_t room = capacity_ - simdjson::SIMDJSON_PADDING - size_;
+    const std::size_t room = capacity_ - size_;
     errno = 0;
     const std::size_t count = std::fread(bytes_.get() + size_, 1, room, file.get());
     size_ += count;
@@ -50,7 +50,7 @@ FileText::FileText(const std::string& path) {
     Grow(std::max(kFirstBlock, size_ * 2));
   }
   if (std::ferror(file.get()) != 0) FailWithErrno(path);
-  std::memset(bytes_.get() + size_, 0, simdjson::SIMDJSON_PADDING);
+  bytes_[size_] = '\0';
   const std::string_view text(bytes_.get(), size_);
   if (text.starts_with(kByteOrderMark)) start_ = kByteOrderMark.size();
   if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
@@ -58,12 +58,12 @@ FileText::FileText(const std::string& path) {
   }
 }
 
-// Makes room for `capacity` bytes of the file and the padding.
+// Makes room for `capacity` bytes of the file.
 void FileText::Grow(std::size_t capacity) {
-  auto larger = std::make_unique_for_overwrite<char[]>(capacity + simdjson::SIMDJSON_PADDING);
+  auto larger = std::make_unique_for_overwrite<char[]>(capacity + 1);
   if (size_ > 0) std::memcpy(larger.get(), bytes_.get(), size_);
   bytes_ = std::move(larger);
-  capacity_ = capacity + simdjson::SIMDJSON_PADDING;
+  capacity_ = capacity;
 }
 
 }  // namespace mapexport

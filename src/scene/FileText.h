@@ -1,4 +1,4 @@
-// The text of a file, laid out for the JSON parser.
+// The text of a file.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 
 namespace mapexport {
 
-/// The bytes of a file, without a byte-order mark at their start. Zero bytes follow them in memory,
-/// as many as the parser may read beyond the end.
+/// The bytes of a file, without a byte-order mark at their start. A zero byte follows them in
+/// memory.
 class FileText {
  public:
   /// Reads the file at `path`, which may be a pipe: its writer is waited for, until it has closed
@@ -18,16 +18,14 @@ class FileText {
   explicit FileText(const std::string& path);
 
   std::string_view View() const { return {bytes_.get() + start_, size_ - start_}; }
-  /// Bytes that may be read from View().data() on.
-  std::size_t Readable() const { return capacity_ - start_; }
 
  private:
   void Grow(std::size_t capacity);
 
   std::unique_ptr<char[]> bytes_;
-  std::size_t capacity_ = 0;
-  std::size_t size_ = 0;   // of the file
-  std::size_t start_ = 0;  // behind the byte-order mark
+  std::size_t capacity_ = 0;  // without the zero byte
+  std::size_t size_ = 0;      // of the file
+  std::size_t start_ = 0;     // behind the byte-order mark
 };
 
 }  // namespace mapexport

@@ -12,11 +12,11 @@
 namespace mapexport {
 
 JsonDocument::JsonDocument(const std::string& file, const FileText& text, std::size_t maxDepth)
-    : file_(file), text_(text.View()) {
+    : file_(file), text_(text.View()), lists_(text_), rest_(lists_.TakeRest()) {
   if (text_.empty()) throw SceneError(file_ + ": the file is empty");
-  if (const auto error = parser_.allocate(text_.size(), maxDepth)) FailSyntax(error);
-  document_ = Get(
-      parser_.iterate(simdjson::padded_string_view(text_.data(), text_.size(), text.Readable())));
+  rest_.reserve(rest_.size() + simdjson::SIMDJSON_PADDING);
+  if (const auto error = parser_.allocate(rest_.size(), maxDepth)) FailSyntax(error);
+  document_ = Get(parser_.iterate(rest_));
 }
 
 simdjson::ondemand::object JsonDocument::Start() {
@@ -24,7 +24,7 @@ simdjson::ondemand::object JsonDocument::Start() {
   const simdjson::error_code error = document_.get_object().get(object);
   if (error == simdjson::SUCCESS) return object;
   if (error != simdjson::INCORRECT_TYPE) FailSyntax(error);
-  const std::string_view sound = Check(CheckJsonDocument, text_.data());
+  const std::string_view sound = Check(CheckJsonDocument, rest_.data());
   const char first = sound[sound.find_first_not_of(" \t\r\n")];
   Fail(JsonPlace(), fmt::format("the document must be an object, not {}", JsonKind(first)));
 }
@@ -43,13 +43,13 @@ void JsonDocument::Fail(const JsonPlace& place, std::string_view message) const 
 // simdjson has come upon a defect of the text, but doesn't tell where and what it is.
 void JsonDocument::FailSyntax(simdjson::error_code error) const {
   if (error == simdjson::MEMALLOC) throw std::bad_alloc();
-  Check(CheckJsonDocument, text_.data());
+  Check(CheckJsonDocument, rest_.data());
   throw SceneError(fmt::format("{}: {}", file_, simdjson::error_message(error)));
 }
 
 std::string_view JsonDocument::Check(JsonSyntax (*check)(std::string_view),
                                      const char* start) const {
-  const auto offset = static_cast<std::size_t>(start - text_.data());
+  const std::size_t offset = lists_.OffsetInText(static_cast<std::size_t>(start - rest_.data()));
   const JsonSyntax syntax = check(text_.substr(offset));
   if (syntax.defect == nullptr) return text_.substr(offset, syntax.end);
 

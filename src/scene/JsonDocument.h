@@ -11,6 +11,7 @@
 #include "scene/FileText.h"
 #include "scene/JsonPlace.h"
 #include "scene/JsonSyntax.h"
+#include "scene/NumberLists.h"
 
 namespace mapexport {
 
@@ -41,7 +42,14 @@ class JsonDocument {
     if (const simdjson::error_code error = std::move(result).get(value)) FailSyntax(error);
     return value;
   }
-  /// Runs a check of JsonSyntax.h on the text from `start` on. Returns what it found sound.
+  /// The list of a mesh that was parsed beforehand, and is not in the text that the parser sees: it
+  /// has an empty array there, at `start`. Null where there is none. It may be moved from.
+  template <class Element>
+  std::vector<Element>* ParsedList(const char* start) {
+    return lists_.ListAt<Element>(static_cast<std::size_t>(start - rest_.data()));
+  }
+  /// Runs a check of JsonSyntax.h on the text from `start` on, which is what the parser handed out.
+  /// Returns what it found sound.
   std::string_view Check(JsonSyntax (*check)(std::string_view), const char* start) const;
 
   /// Throws the SceneError that says so about that place.
@@ -52,6 +60,8 @@ class JsonDocument {
 
   std::string file_;
   std::string_view text_;
+  NumberLists lists_;
+  std::string rest_;  // what the parser sees
   simdjson::ondemand::parser parser_;
   simdjson::ondemand::document document_;
 };

@@ -9,15 +9,12 @@
 
 #include <fmt/format.h>
 
+#include "scene/FloatRange.h"
 #include "scene/JsonKind.h"
 
 namespace mapexport {
 
 namespace {
-
-// The least double that rounds to infinity: halfway between the largest float and 2^128, the tie
-// going to the even one.
-constexpr double kFloatOverflow = 0x1.ffffffp127;
 
 // simdjson 3.0 loses digits behind "0." when there are more than a 64-bit integer holds, as in
 // 0.30000000000000000001. A number of this many bytes is safe from that.

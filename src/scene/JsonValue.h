@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "scene/JsonDocument.h"
@@ -63,6 +64,9 @@ class JsonValue {
   /// many elements that are none cost little.
   template <class Element, class Read>
   std::vector<Element> ReadList(const Read& read);
+  /// The same for the lists of meshes, which may have been parsed beforehand.
+  template <class Element, class Read>
+  std::vector<Element> ReadMeshList(const Read& read);
   /// An array of exactly `size` elements, each made by `read`.
   template <class Element, std::size_t size, class Read>
   std::array<Element, size> ReadTuple(const Read& read);
@@ -209,6 +213,12 @@ std::vector<Element> JsonValue::ReadList(const Read& read) {
   while (array.ReadElement([&](JsonValue& element) { list.push_back(read(element)); })) {
   }
   return list;
+}
+
+template <class Element, class Read>
+std::vector<Element> JsonValue::ReadMeshList(const Read& read) {
+  std::vector<Element>* const parsed = document_.ParsedList<Element>(Start());
+  return parsed == nullptr ? ReadList<Element>(read) : std::move(*parsed);
 }
 
 template <class Element, std::size_t size, class Read>

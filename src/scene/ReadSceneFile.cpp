@@ -162,12 +162,12 @@ Mesh ReadMesh(JsonValue& value) {
   Mesh mesh;
   bool hasTextureFaces = false;
   value.ReadObject(
-      JsonMember{"vertices", [&](JsonValue& v) { mesh.verts = v.ReadList<Point3>(ReadPoint); }},
-      JsonMember{"faces", [&](JsonValue& v) { mesh.faces = v.ReadList<Face>(ReadFace); }},
+      JsonMember{"vertices", [&](JsonValue& v) { mesh.verts = v.ReadMeshList<Point3>(ReadPoint); }},
+      JsonMember{"faces", [&](JsonValue& v) { mesh.faces = v.ReadMeshList<Face>(ReadFace); }},
       JsonMember{"textureVertices",
-                 [&](JsonValue& v) { mesh.tVerts = v.ReadList<Point3>(ReadPoint); }},
+                 [&](JsonValue& v) { mesh.tVerts = v.ReadMeshList<Point3>(ReadPoint); }},
       JsonMember{"textureFaces", [&](JsonValue& v) {
-                   mesh.tvFace = v.ReadList<TVFace>(ReadTextureFace);
+                   mesh.tvFace = v.ReadMeshList<TVFace>(ReadTextureFace);
                    hasTextureFaces = true;
                  }});
   CheckFaces(value, mesh);
