@@ -66,7 +66,9 @@ void JsonWriter::Text(std::string_view utf8) {
 
 void JsonWriter::Integer(std::int64_t number) {
   Separate();
-  fmt::format_to(std::back_inserter(buffer_), "{}", number);
+  std::array<char, 24> text;
+  const auto result = std::to_chars(text.data(), text.data() + text.size(), number);
+  buffer_.append(text.data(), result.ptr);
 }
 
 void JsonWriter::Float(float number) {
