@@ -588,12 +588,12 @@ TEST(ModelReaderTest, OverlongListsAreSoundAndTold) {
     const ModelReadResult exact =
         Read(FileBuilder::Build(Huge(layout == ModelLayout::kQob ? 65536 : 32768, layout)), layout);
     EXPECT_EQ(Lines(exact), "");
-    EXPECT_THAT(OverlongLists(exact.model), IsEmpty());
+    EXPECT_THAT(OverlongLists(exact.lengths), IsEmpty());
 
     FileBytes file = FileBuilder::Build(Huge(70000, layout));
     const ModelReadResult result = Read(file, layout);
     EXPECT_TRUE(result.Sound()) << Lines(result);
-    const std::vector<OverlongList> lists = OverlongLists(result.model);
+    const std::vector<OverlongList> lists = OverlongLists(result.lengths);
     EXPECT_EQ(ToLine(lists.at(0)),
               "groups[0].vertices: 70000 entries, 4464 more than the 65536 that 16-bit indices can "
               "address");

@@ -34,12 +34,12 @@ void ThrowNotExported(const std::string& output, const std::string& path,
   throw RunError(fmt::format("{}: not exported: {}", output, reason));
 }
 
-ModelReadResult ReadExported(const std::string& output, const std::string& path) {
-  ModelReadResult read = ReadModelFile(path, LayoutOfPath(output));
+ModelCheckResult CheckExport(const std::string& output, const std::string& path) {
+  ModelCheckResult checked = CheckModelFile(path, LayoutOfPath(output));
   const auto error =
-      std::ranges::find(read.problems, ModelSeverity::kError, &ModelProblem::severity);
-  if (error != read.problems.end()) ThrowNotExported(output, path, ToLine(*error));
-  return read;
+      std::ranges::find(checked.problems, ModelSeverity::kError, &ModelProblem::severity);
+  if (error != checked.problems.end()) ThrowNotExported(output, path, ToLine(*error));
+  return checked;
 }
 
 }  // namespace mapexport

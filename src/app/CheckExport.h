@@ -12,8 +12,8 @@ namespace mapexport {
 [[noreturn]] void ThrowNotExported(const std::string& output, const std::string& path,
                                    const std::string& reason);
 
-/// The model file at `path`, checked, with the layout of `output`. Throws RunError about `output`
+/// Checks the model file at `path`, with the layout of `output`. Throws RunError about `output`
 /// when it is not sound.
-ModelReadResult ReadExported(const std::string& output, const std::string& path);
+ModelCheckResult CheckExport(const std::string& output, const std::string& path);
 
 }  // namespace mapexport

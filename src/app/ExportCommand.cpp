@@ -260,10 +260,11 @@ void Export(Run& run, std::optional<OutputTarget>& report) {
 
   run.stages.Begin("checking");
   ShowStatus(run, "Checking " + NamePart(output));
-  const ModelReadResult read = ReadExported(output, place.File());
-  run.report.status = WarnOfModel(read, output, &*run.report.before, run.messages);
-  run.report.layout = read.model.layout;
-  run.report.after = CountModel(read.model);
+  const ModelCheckResult checked = CheckExport(output, place.File());
+  run.report.status =
+      WarnOfModel(checked.problems, checked.lengths, output, &*run.report.before, run.messages);
+  run.report.layout = checked.lengths.layout;
+  run.report.after = CountModel(checked.lengths);
   WarnOfLoss(run);
   run.report.dependencies = Dependencies(arguments, std::move(loaded.sideFiles),
                                          talk.CxpFailed() ? std::string() : values.cxp);

@@ -19,7 +19,7 @@ std::optional<LoadedModel> LoadModel(const std::string& path, std::optional<Mode
     }
     return std::nullopt;
   }
-  const ExitStatus status = WarnOfModel(read, path, nullptr, messages);
+  const ExitStatus status = WarnOfModel(read.problems, read.lengths, path, nullptr, messages);
   return LoadedModel{std::move(read.model), status};
 }
 

@@ -22,10 +22,10 @@ std::string Culprits(const OverlongList& list, const SceneCensus& census) {
 
 }  // namespace
 
-ExitStatus WarnOfModel(const ModelReadResult& read, const std::string& name,
-                       const SceneCensus* census, Messages& messages) {
-  const std::vector<OverlongList> overlong = OverlongLists(read.model);
-  for (const ModelProblem& problem : read.problems) {
+ExitStatus WarnOfModel(std::span<const ModelProblem> problems, const ModelLengths& lengths,
+                       const std::string& name, const SceneCensus* census, Messages& messages) {
+  const std::vector<OverlongList> overlong = OverlongLists(lengths);
+  for (const ModelProblem& problem : problems) {
     const bool isCut = problem.code == ModelProblemCode::kIndicesCut;
     // A list whose indices are cut is told of once, as an overlong one.
     if (isCut && !overlong.empty()) continue;

@@ -1,12 +1,14 @@
 // What is remarkable about a sound model file.
 #pragma once
 
+#include <span>
 #include <string>
 
 #include "app/ExitStatus.h"
 #include "app/Messages.h"
 #include "app/SceneCensus.h"
-#include "modelreader/ReadModelFile.h"
+#include "modelreader/ModelLengths.h"
+#include "modelreader/ModelProblem.h"
 
 namespace mapexport {
 
@@ -14,7 +16,7 @@ namespace mapexport {
 /// lines that begin with `name`. With the census of the scene that the model is made of (else
 /// null), these lines name the nodes that fill the list most. The status is kOverlongLists when
 /// there are such lists, else kDone.
-ExitStatus WarnOfModel(const ModelReadResult& read, const std::string& name,
-                       const SceneCensus* census, Messages& messages);
+ExitStatus WarnOfModel(std::span<const ModelProblem> problems, const ModelLengths& lengths,
+                       const std::string& name, const SceneCensus* census, Messages& messages);
 
 }  // namespace mapexport

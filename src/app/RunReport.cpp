@@ -103,20 +103,20 @@ void WriteTimes(JsonStream& json, std::span<const Stages::Time> times) {
 
 }  // namespace
 
-ModelCounts CountModel(const ModelFile& model) {
+ModelCounts CountModel(const ModelLengths& lengths) {
   ModelCounts counts;
-  counts.materials = model.materials.size();
-  counts.groups = model.groups.size();
-  for (const ModelGroup& group : model.groups) {
-    counts.vertices += group.vertices.size();
+  counts.materials = lengths.materials;
+  counts.groups = lengths.groups.size();
+  for (const GroupLengths& group : lengths.groups) {
+    counts.vertices += group.vertices;
     counts.batches += group.batches.size();
-    for (const ModelBatch& batch : group.batches) {
-      counts.batchFaces += batch.faces.size();
-      counts.corners += batch.corners.size();
+    for (const BatchLengths& batch : group.batches) {
+      counts.batchFaces += batch.faces;
+      counts.corners += batch.corners;
     }
-    counts.collisionPoints += group.collisionPoints.size();
-    counts.faces += group.faces.size();
-    counts.surfaceSets += group.surfaceSets.size();
+    counts.collisionPoints += group.collisionPoints;
+    counts.faces += group.faces;
+    counts.surfaceSets += group.surfaceSets;
   }
   return counts;
 }

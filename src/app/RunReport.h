@@ -13,7 +13,7 @@
 #include "app/Messages.h"
 #include "app/SceneCensus.h"
 #include "app/Stages.h"
-#include "modelreader/ModelFile.h"
+#include "modelreader/ModelLengths.h"
 
 namespace mapexport {
 
@@ -31,7 +31,7 @@ struct ModelCounts {
   std::uint64_t surfaceSets = 0;
 };
 
-ModelCounts CountModel(const ModelFile& model);
+ModelCounts CountModel(const ModelLengths& lengths);
 
 /// What is known of a run; it grows as the run goes on.
 struct RunReport {

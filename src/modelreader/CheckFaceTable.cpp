@@ -18,11 +18,12 @@ std::string Shown(const std::array<std::uint16_t, 3>& triple) {
 /// stands for every place of a long list that has these low bits, so it can be taken as often.
 class BatchPlaces {
  public:
-  explicit BatchPlaces(const std::vector<ModelBatch>& batches) : batches_(batches) {
+  explicit BatchPlaces(const std::vector<reader::List<reader::Triple>>& batches)
+      : batches_(batches) {
     std::uint64_t sum = 0;
-    for (const ModelBatch& batch : batches) {
+    for (const auto& faces : batches) {
       starts_.push_back(sum);
-      sum += std::min<std::uint64_t>(batch.faces.size(), kModelIndexLimit);
+      sum += std::min<std::uint64_t>(faces.size(), kModelIndexLimit);
     }
     taken_.resize(sum);
     facesTaken_.resize(batches.size());
@@ -30,7 +31,7 @@ class BatchPlaces {
 
   /// Takes a place of `batch` at a position below its face count; false when none is left there.
   bool Take(std::size_t batch, std::uint16_t position) {
-    const std::uint64_t last = batches_[batch].faces.size() - 1;
+    const std::uint64_t last = batches_[batch].size() - 1;
     const std::uint64_t places = (last - position) / kModelIndexLimit + 1;
     std::uint16_t& taken = taken_[starts_[batch] + position];
     if (taken == places) return false;
@@ -42,7 +43,7 @@ class BatchPlaces {
   std::uint32_t FacesTaken(std::size_t batch) const { return facesTaken_[batch]; }
 
  private:
-  const std::vector<ModelBatch>& batches_;
+  const std::vector<reader::List<reader::Triple>>& batches_;
   std::vector<std::uint64_t> starts_;  ///< of each batch's positions in taken_
   std::vector<std::uint16_t> taken_;   ///< a batch has far fewer than 2^32 faces, so this suffices
   std::vector<std::uint32_t> facesTaken_;
@@ -50,16 +51,15 @@ class BatchPlaces {
 
 class FaceTableCheck {
  public:
-  FaceTableCheck(const ModelGroup& group, const GroupOffsets& offsets, const Place& place,
-                 ProblemList& problems)
-      : group_(group),
-        offsets_(offsets),
+  FaceTableCheck(const GroupParts& parts, const Place& place, ProblemList& problems)
+      : parts_(parts),
+        group_(parts.group),
         place_(place),
         facesPlace_(place, "faces"),
         batchesPlace_(place, "batches"),
         setsPlace_(place, "surfaceSets"),
         problems_(problems),
-        places_(group.batches) {}
+        places_(parts.batches) {}
 
   void Run() {
     const std::uint64_t errorsBefore = problems_.Errors();
@@ -77,27 +77,27 @@ class FaceTableCheck {
   void AddToFace(ModelProblemCode code, std::size_t i, Field field, std::string_view name,
                  const Values&... values) {
     const Place face = facesPlace_.At(i);
-    problems_.Add(code, offsets_.faces + i * kTableEntryBytes + field, Place(face, name),
+    problems_.Add(code, parts_.facesOffset + i * kTableEntryBytes + field, Place(face, name),
                   values...);
   }
 
   void CheckFace(std::size_t i) {
-    const ModelFace& face = group_.faces[i];
+    const ModelFace face = group_.faces[i];
     if (face.batch == -1) {
       CheckUndrawn(i, face);
-    } else if (face.batch < 0 || static_cast<std::size_t>(face.batch) >= group_.batches.size()) {
+    } else if (face.batch < 0 || static_cast<std::size_t>(face.batch) >= parts_.batches.size()) {
       AddToFace(ModelProblemCode::kBatchIndex, i, kBatch, "batch", face.batch,
-                group_.batches.size());
+                parts_.batches.size());
     } else {
       CheckDrawn(i, face);
     }
 
-    if (face.surfaceSet >= group_.surfaceSets.size()) {
+    if (face.surfaceSet >= parts_.surfaceSets.size()) {
       AddToFace(ModelProblemCode::kSurfaceSetIndex, i, kSurfaceSet, "surfaceSet", face.surfaceSet,
-                group_.surfaceSets.size());
+                parts_.surfaceSets.size());
       return;
     }
-    const std::uint32_t flags = group_.surfaceSets[face.surfaceSet].flags;
+    const std::uint32_t flags = parts_.surfaceSets[face.surfaceSet].flags;
     const bool notRendered = (flags & reader::kNotRendered) != 0;
     if (face.batch == -1 && !notRendered) {
       AddToFace(ModelProblemCode::kUndrawnSet, i, kBatch, "batch", face.surfaceSet,
@@ -123,7 +123,7 @@ class FaceTableCheck {
 
   void CheckDrawn(std::size_t i, const ModelFace& face) {
     const auto batch = static_cast<std::size_t>(face.batch);
-    const std::vector<ModelBatchFace>& faces = group_.batches[batch].faces;
+    const reader::List<reader::Triple>& faces = parts_.batches[batch];
     if (face.position >= faces.size()) {
       AddToFace(ModelProblemCode::kBatchPosition, i, kPosition, "position", face.position, batch,
                 faces.size());
@@ -134,7 +134,7 @@ class FaceTableCheck {
       return;
     }
     const bool positionIsWhole = faces.size() <= kModelIndexLimit;
-    const auto& vertices = faces[face.position].vertices;
+    const reader::Triple vertices = faces[face.position];
     if (positionIsWhole && face.vertices != vertices) {
       AddToFace(ModelProblemCode::kFaceVertices, i, kVertices, "vertices", Shown(face.vertices),
                 batch, Shown(vertices));
@@ -143,14 +143,14 @@ class FaceTableCheck {
 
   void CheckTotals() {
     if (group_.planes.size() != undrawn_) {
-      problems_.Add(ModelProblemCode::kPlaneCount, offsets_.planes, Place(place_, "planes"),
+      problems_.Add(ModelProblemCode::kPlaneCount, parts_.planesOffset, Place(place_, "planes"),
                     group_.planes.size(), undrawn_);
     }
-    for (std::size_t i = 0; i < group_.batches.size(); ++i) {
-      const std::size_t faces = group_.batches[i].faces.size();
+    for (std::size_t i = 0; i < parts_.batches.size(); ++i) {
+      const std::size_t faces = parts_.batches[i].size();
       if (places_.FacesTaken(i) == faces) continue;
       const Place batch = batchesPlace_.At(i);
-      problems_.Add(ModelProblemCode::kFacesMissing, offsets_.batches[i], Place(batch, "faces"),
+      problems_.Add(ModelProblemCode::kFacesMissing, parts_.batchOffsets[i], Place(batch, "faces"),
                     faces, places_.FacesTaken(i));
     }
   }
@@ -158,9 +158,9 @@ class FaceTableCheck {
   /// Holds the faces that name a surface set against those that it lists, both by their low 16
   /// bits.
   void CheckSets() {
-    const std::size_t setCount = group_.surfaceSets.size();
+    const std::size_t setCount = parts_.surfaceSets.size();
     std::vector<std::uint32_t> starts(setCount + 1);  // of each set's faces in `bySet`
-    for (const ModelFace& face : group_.faces) {
+    for (const ModelFace face : group_.faces) {
       if (face.surfaceSet < setCount) ++starts[face.surfaceSet + 1];
     }
     for (std::size_t s = 0; s < setCount; ++s) starts[s + 1] += starts[s];
@@ -185,7 +185,7 @@ class FaceTableCheck {
     for (const std::uint32_t face : faces) ++unlisted[face % kModelIndexLimit];
     const Place set = setsPlace_.At(s);
     const Place list(set, "faces");
-    const std::vector<std::uint16_t>& listed = group_.surfaceSets[s].faces;
+    const reader::List<std::uint16_t>& listed = parts_.surfaceSets[s].faces;
     for (std::size_t k = 0; k < listed.size(); ++k) {
       if (listed[k] < unlisted.size() && unlisted[listed[k]] > 0) {
         --unlisted[listed[k]];
@@ -204,8 +204,8 @@ class FaceTableCheck {
   /// Says what is wrong with entry k of set s, which is no face that names the set, or one too
   /// many.
   void AddToSetEntry(std::size_t s, std::size_t k, const Place& list) {
-    const std::uint16_t face = group_.surfaceSets[s].faces[k];
-    const std::uint64_t offset = offsets_.sets[s] + 2 * k;
+    const std::uint16_t face = parts_.surfaceSets[s].faces[k];
+    const std::uint64_t offset = parts_.setOffsets[s] + 2 * k;
     if (face >= group_.faces.size()) {
       problems_.Add(ModelProblemCode::kFaceIndex, offset, list.At(k), face, group_.faces.size());
     } else if (group_.faces.size() <= kModelIndexLimit && group_.faces[face].surfaceSet != s) {
@@ -216,8 +216,8 @@ class FaceTableCheck {
     }
   }
 
-  const ModelGroup& group_;
-  const GroupOffsets& offsets_;
+  const GroupParts& parts_;
+  const reader::Group& group_;
   const Place& place_;
   const Place facesPlace_;
   const Place batchesPlace_;
@@ -229,9 +229,8 @@ class FaceTableCheck {
 
 }  // namespace
 
-void CheckFaceTable(const ModelGroup& group, const GroupOffsets& offsets, const Place& place,
-                    ProblemList& problems) {
-  FaceTableCheck(group, offsets, place, problems).Run();
+void CheckFaceTable(const GroupParts& parts, const Place& place, ProblemList& problems) {
+  FaceTableCheck(parts, place, problems).Run();
 }
 
 }  // namespace mapexport

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include <mapexport/ModelReader.h>
+
 #include "modelreader/ModelFile.h"
 #include "modelreader/Place.h"
 #include "modelreader/ProblemList.h"
@@ -13,15 +15,19 @@ namespace mapexport {
 /// Bytes of an entry of the face table: 3 vertex indices, position, surface set, batch.
 inline constexpr std::uint64_t kTableEntryBytes = 16;
 
-/// Where the lists that are checked stand in the file.
-struct GroupOffsets {
-  std::vector<std::uint64_t> batches;  ///< of each batch block
-  std::uint64_t planes = 0;            ///< of the planes' count
-  std::uint64_t faces = 0;             ///< of the face table's first entry
-  std::vector<std::uint64_t> sets;     ///< of the first face index of each surface set
+/// The lists of a group, in place, and where they stand in the file.
+struct GroupParts {
+  reader::Group group;
+  std::vector<reader::List<reader::Triple>> batches;  ///< the vertex indices of each batch's faces
+  std::vector<reader::SurfaceSet> surfaceSets;
+
+  std::vector<std::uint64_t> batchOffsets;  ///< of each batch block
+  std::uint64_t planesOffset = 0;           ///< of the planes' count
+  std::uint64_t facesOffset = 0;            ///< of the face table's first entry
+  std::vector<std::uint64_t> setOffsets;    ///< of the first face index of each surface set
 };
 
-/// Checks the wholly read `group`, of the layout kKob, at `place`:
+/// Checks a wholly read group, of the layout kKob, at `place`:
 ///  - the indices of every face are in range;
 ///  - the faces without a batch have the planes in turn, and there are as many;
 ///  - every face of every batch stands once in the table, with the vertices that it has in the
@@ -30,7 +36,6 @@ struct GroupOffsets {
 ///  - the faces of "notrendered" surface sets, and no others, have no batch.
 /// Where a list is longer than kModelIndexLimit, indices into it are compared by their low 16 bits.
 /// Time and memory are linear in the group.
-void CheckFaceTable(const ModelGroup& group, const GroupOffsets& offsets, const Place& place,
-                    ProblemList& problems);
+void CheckFaceTable(const GroupParts& parts, const Place& place, ProblemList& problems);
 
 }  // namespace mapexport

@@ -6,8 +6,6 @@ namespace mapexport {
 
 namespace {
 
-constexpr std::uint64_t kCountBytes = 4;
-
 ModelHeader HeaderOf(const reader::Header& header) {
   return {header.typeCode, header.version, std::string(header.name)};
 }
@@ -23,10 +21,11 @@ std::vector<T> EntriesOf(const reader::List<T>& list) {
 
 void CollectModel::BeginGroup() {
   group_ = {};  // one that could not be read to its end may be left there
-  offsets_ = {};
+  check_.BeginGroup();
 }
 
-void CollectModel::Take(StrictSource&, const reader::Material& material) {
+void CollectModel::Take(StrictSource& in, const reader::Material& material) {
+  check_.Take(in, material);
   model_.materials.push_back({.header = HeaderOf(material.header),
                               .textureName = std::string(material.textureName),
                               .scalar1 = material.scalar1,
@@ -40,8 +39,7 @@ void CollectModel::Take(StrictSource&, const reader::Material& material) {
 }
 
 void CollectModel::Take(StrictSource& in, const reader::Batch& batch) {
-  // The block begins with the material and the count of faces.
-  offsets_.batches.push_back(in.OffsetOf(batch.planes.data()) - 2 * kCountBytes);
+  check_.Take(in, batch);
   ModelBatch& taken = group_.batches.emplace_back();
   taken.material = batch.material;
   taken.faces.resize(batch.planes.size());
@@ -56,7 +54,7 @@ void CollectModel::Take(StrictSource& in, const reader::Batch& batch) {
 }
 
 void CollectModel::Take(StrictSource& in, const reader::SurfaceSet& set) {
-  offsets_.sets.push_back(in.OffsetOf(set.faces.data()));
+  check_.Take(in, set);
   group_.surfaceSets.push_back({std::string(set.name), set.flags, EntriesOf(set.faces)});
 }
 
@@ -68,10 +66,8 @@ void CollectModel::Take(StrictSource& in, const reader::Group& group) {
     group_.collisionPoints = EntriesOf(group.collisionPoints);
     group_.planes = EntriesOf(group.planes);
     group_.faces = EntriesOf(group.faces);
-    offsets_.planes = in.OffsetOf(group.planes.data()) - kCountBytes;
-    offsets_.faces = in.OffsetOf(group.faces.data());
-    CheckFaceTable(group_, offsets_, *in.Here(), in.Problems());
   }
+  check_.Take(in, group);
   model_.groups.push_back(std::move(group_));
 }
 

@@ -3,17 +3,16 @@
 
 #include <mapexport/ModelReader.h>
 
-#include "modelreader/CheckFaceTable.h"
+#include "modelreader/CheckParts.h"
 #include "modelreader/ModelFile.h"
 #include "modelreader/StrictSource.h"
 
 namespace mapexport {
 
-/// Gets the parts of a file in their order, and checks each group's face table when it has all of
-/// the group. The bytes may go away afterwards.
+/// Gets the parts of a file in their order, and has them checked. The bytes may go away afterwards.
 class CollectModel {
  public:
-  explicit CollectModel(ModelFile& model) : model_(model) {}
+  CollectModel(ModelFile& model, ModelLengths& lengths) : model_(model), check_(lengths) {}
 
   void BeginGroup();
   void Take(StrictSource& in, const reader::Material& material);
@@ -23,9 +22,8 @@ class CollectModel {
 
  private:
   ModelFile& model_;
-  // Of the group that is being read.
-  ModelGroup group_;
-  GroupOffsets offsets_;
+  CheckParts check_;
+  ModelGroup group_;  // that is being read
 };
 
 }  // namespace mapexport

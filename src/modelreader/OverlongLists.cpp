@@ -6,27 +6,27 @@
 
 namespace mapexport {
 
-std::vector<OverlongList> OverlongLists(const ModelFile& model) {
+std::vector<OverlongList> OverlongLists(const ModelLengths& lengths) {
   std::vector<OverlongList> lists;
   const auto check = [&lists](const Place& parent, std::string_view field, std::size_t count) {
     if (count > kModelIndexLimit) lists.push_back({Place(parent, field).Path(), count});
   };
 
-  const bool hasFaceTable = model.layout == ModelLayout::kKob;
+  const bool hasFaceTable = lengths.layout == ModelLayout::kKob;
   const Place groups("groups");
-  for (std::size_t g = 0; g < model.groups.size(); ++g) {
-    const ModelGroup& group = model.groups[g];
+  for (std::size_t g = 0; g < lengths.groups.size(); ++g) {
+    const GroupLengths& group = lengths.groups[g];
     const Place place = groups.At(g);
-    check(place, "vertices", group.vertices.size());
+    check(place, "vertices", group.vertices);
     const Place batches(place, "batches");
     for (std::size_t b = 0; b < group.batches.size(); ++b) {
       const Place batch = batches.At(b);
-      if (hasFaceTable) check(batch, "faces", group.batches[b].faces.size());
-      check(batch, "corners", group.batches[b].corners.size());
+      if (hasFaceTable) check(batch, "faces", group.batches[b].faces);
+      check(batch, "corners", group.batches[b].corners);
     }
     if (!hasFaceTable) continue;
-    check(place, "collisionPoints", group.collisionPoints.size());
-    check(place, "faces", group.faces.size());
+    check(place, "collisionPoints", group.collisionPoints);
+    check(place, "faces", group.faces);
   }
   return lists;
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "modelreader/ModelFile.h"
+#include "modelreader/ModelLengths.h"
 
 namespace mapexport {
 
@@ -18,10 +18,10 @@ struct OverlongList {
   std::uint64_t Excess() const { return count - limit; }
 };
 
-/// The lists of `model` that are longer than kModelIndexLimit, in file order: the vertices of a
+/// The lists of a model that are longer than kModelIndexLimit, in file order: the vertices of a
 /// group and the corners of a batch; in the layout kKob also the faces of a batch, the collision
 /// points and the faces of a group. Other lists are not addressed by 16-bit indices.
-std::vector<OverlongList> OverlongLists(const ModelFile& model);
+std::vector<OverlongList> OverlongLists(const ModelLengths& lengths);
 
 /// "groups[0].vertices: 70000 entries, 4464 more than the 65536 that 16-bit indices can address".
 std::string ToLine(const OverlongList& list);

@@ -6,11 +6,61 @@
 
 #include <mapexport/ModelReader.h>
 
+#include "modelreader/CheckParts.h"
 #include "modelreader/CollectModel.h"
 #include "modelreader/LoadBytes.h"
 #include "modelreader/StrictSource.h"
 
 namespace mapexport {
+
+namespace {
+
+/// Has `sink` take the parts of the file. Returns what is wrong with it.
+template <class Sink>
+std::vector<ModelProblem> ReadBytes(std::span<const std::byte> bytes, ModelLayout layout,
+                                    Sink& sink) {
+  ProblemList problems;
+  if (bytes.empty()) {
+    problems.AddToFile(ModelProblemCode::kEmpty);
+  } else {
+    StrictSource in({bytes.data(), bytes.size()}, layout, problems);
+    reader::Records<reader::Material> materials;
+    reader::Records<reader::Group> groups;
+    try {
+      reader::detail::ReadModel(in, materials, groups, sink);
+    } catch (const Unreadable&) {  // its problem is noted
+    } catch (const StopReading&) {
+    }
+  }
+  return problems.Take();
+}
+
+ModelCheckResult CheckModelBytes(std::span<const std::byte> bytes, ModelLayout layout) {
+  ModelCheckResult result;
+  result.lengths.layout = layout;
+  CheckParts check(result.lengths);
+  result.problems = ReadBytes(bytes, layout, check);
+  return result;
+}
+
+/// What `read` makes of the bytes of the file at `path`. When they can't be had, that is the only
+/// problem.
+template <class Result>
+Result ReadFile(const std::string& path, ModelLayout layout,
+                Result (*read)(std::span<const std::byte>, ModelLayout)) {
+  ProblemList problems;
+  try {
+    const std::optional<LoadedBytes> bytes = LoadBytes(path, problems);
+    if (bytes) return read(bytes->View(), layout);
+  } catch (const std::bad_alloc&) {  // all that was read is given back by now
+    problems.AddToFile(ModelProblemCode::kNoMemory);
+  }
+  Result result = read({}, layout);
+  result.problems = problems.Take();
+  return result;
+}
+
+}  // namespace
 
 ModelLayout LayoutOfPath(const std::string& path) {
   const std::size_t dot = path.rfind('.');
@@ -30,36 +80,18 @@ bool ModelReadResult::Sound() const {
 ModelReadResult ReadModelBytes(std::span<const std::byte> bytes, ModelLayout layout) {
   ModelReadResult result;
   result.model.layout = layout;
-  ProblemList problems;
-  if (bytes.empty()) {
-    problems.AddToFile(ModelProblemCode::kEmpty);
-  } else {
-    StrictSource in({bytes.data(), bytes.size()}, layout, problems);
-    CollectModel collected(result.model);
-    reader::Records<reader::Material> materials;
-    reader::Records<reader::Group> groups;
-    try {
-      reader::detail::ReadModel(in, materials, groups, collected);
-    } catch (const Unreadable&) {  // its problem is noted
-    } catch (const StopReading&) {
-    }
-  }
-  result.problems = problems.Take();
+  result.lengths.layout = layout;
+  CollectModel collected(result.model, result.lengths);
+  result.problems = ReadBytes(bytes, layout, collected);
   return result;
 }
 
 ModelReadResult ReadModelFile(const std::string& path, ModelLayout layout) {
-  ProblemList problems;
-  try {
-    const std::optional<LoadedBytes> bytes = LoadBytes(path, problems);
-    if (bytes) return ReadModelBytes(bytes->View(), layout);
-  } catch (const std::bad_alloc&) {  // all that was read is given back by now
-    problems.AddToFile(ModelProblemCode::kNoMemory);
-  }
-  ModelReadResult result;
-  result.model.layout = layout;
-  result.problems = problems.Take();
-  return result;
+  return ReadFile<ModelReadResult>(path, layout, ReadModelBytes);
+}
+
+ModelCheckResult CheckModelFile(const std::string& path, ModelLayout layout) {
+  return ReadFile<ModelCheckResult>(path, layout, CheckModelBytes);
 }
 
 }  // namespace mapexport

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "modelreader/ModelFile.h"
+#include "modelreader/ModelLengths.h"
 #include "modelreader/ModelProblem.h"
 
 namespace mapexport {
@@ -16,7 +17,8 @@ namespace mapexport {
 ModelLayout LayoutOfPath(const std::string& path);
 
 struct ModelReadResult {
-  ModelFile model;  ///< all that could be read; whole when the file is sound
+  ModelFile model;       ///< all that could be read; whole when the file is sound
+  ModelLengths lengths;  ///< of what is in the model
   /// As they were found, errors and warnings mixed. Numbers that are not finite are one warning per
   /// kind of list. After 50 errors reading stops, and the last problem says so.
   std::vector<ModelProblem> problems;
@@ -35,5 +37,14 @@ ModelReadResult ReadModelFile(const std::string& path, ModelLayout layout);
 
 /// The same for the bytes of a file, but throws std::bad_alloc.
 ModelReadResult ReadModelBytes(std::span<const std::byte> bytes, ModelLayout layout);
+
+struct ModelCheckResult {
+  ModelLengths lengths;
+  std::vector<ModelProblem> problems;  ///< those that ReadModelFile finds
+};
+
+/// Checks the file at `path` as ReadModelFile does, but keeps nothing of it. Memory is the file's
+/// size and little more.
+ModelCheckResult CheckModelFile(const std::string& path, ModelLayout layout);
 
 }  // namespace mapexport

@@ -1,0 +1,48 @@
+#include "modelreader/CheckParts.h"
+
+#include <utility>
+
+namespace mapexport {
+
+namespace {
+
+constexpr std::uint64_t kCountBytes = 4;
+
+}  // namespace
+
+void CheckParts::BeginGroup() {
+  group_ = {};  // one that could not be read to its end may be left there
+  parts_ = {};
+}
+
+void CheckParts::Take(StrictSource&, const reader::Material&) {
+  ++lengths_.materials;
+}
+
+void CheckParts::Take(StrictSource& in, const reader::Batch& batch) {
+  group_.batches.push_back({batch.planes.size(), batch.normals.size()});
+  parts_.batches.push_back(batch.vertexIndices);
+  // The block begins with the material and the count of faces.
+  parts_.batchOffsets.push_back(in.OffsetOf(batch.planes.data()) - 2 * kCountBytes);
+}
+
+void CheckParts::Take(StrictSource& in, const reader::SurfaceSet& set) {
+  parts_.surfaceSets.push_back(set);
+  parts_.setOffsets.push_back(in.OffsetOf(set.faces.data()));
+}
+
+void CheckParts::Take(StrictSource& in, const reader::Group& group) {
+  group_.vertices = group.vertices.size();
+  if (in.FileLayout() == reader::Layout::kKob) {
+    group_.collisionPoints = group.collisionPoints.size();
+    group_.faces = group.faces.size();
+    group_.surfaceSets = static_cast<std::uint32_t>(parts_.surfaceSets.size());
+    parts_.group = group;
+    parts_.planesOffset = in.OffsetOf(group.planes.data()) - kCountBytes;
+    parts_.facesOffset = in.OffsetOf(group.faces.data());
+    CheckFaceTable(parts_, *in.Here(), in.Problems());
+  }
+  lengths_.groups.push_back(std::move(group_));
+}
+
+}  // namespace mapexport
