@@ -16,8 +16,10 @@ namespace mapexport {
 /// parser, in which each of these lists is an empty array. (The parser's index of a whole text is
 /// larger than the text, and takes longer than these lists do.)
 ///
-/// A list stays in the rest when its member's name is written with escapes, or when
-/// ParseNumberList refuses it; so what is wrong with a text is never hidden.
+/// The lists are the arrays of members named "vertices", "faces", "textureVertices" and
+/// "textureFaces". Whoever reads such a member must ask for its list first. A list stays in the
+/// rest when its member's name is written with escapes, or when ParseNumberList refuses it; so what
+/// is wrong with a text is never hidden.
 class NumberLists {
  public:
   /// A zero byte must follow `text` in memory. Time is linear in its size.
