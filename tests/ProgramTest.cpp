@@ -572,6 +572,12 @@ constexpr const char* kCrash =
     "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
     "0 0 0\n1 0 0\n0 1 0\n4 0 1 2 2000000000\n";
 const std::string kDeep = R"({"asset":{"version":"2.0"},"nodes":)" + std::string(200000, '[');
+// Its buffer is a pipe.
+constexpr const char* kPiped =
+    R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],
+"meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],"accessors":[{"bufferView":0,"count":1,
+"type":"VEC3","componentType":5126}],"bufferViews":[{"buffer":0,"byteLength":12}],
+"buffers":[{"uri":"pipe","byteLength":12}]})";
 constexpr const char* kObject =
     "mtllib level.mtl\nv 0 0 0\nv 10 0 0\nv 0 10 0\nusemtl Red\nf 1 2 3\n";
 
@@ -581,11 +587,14 @@ TEST_F(ProgramTest, WhateverTheReaderDoesIsOneLine) {
   Write(work_ / "crash.ply", kCrash);
   Write(work_ / "deep.gltf", kDeep);
   Write(work_ / "refused.obj", "v 0 0 0\nf 1 2 3\n");
+  Write(work_ / "piped.gltf", kPiped);
+  ASSERT_EQ(mkfifo((work_ / "pipe").c_str(), 0600), 0);
   const std::vector<std::pair<std::string, std::string>> cases{
       {"endless.off", "can't be read within 1 second of processor time (--read-limit)"},
       {"crash.ply", "the reader crashed on it (Segmentation fault)"},
       {"deep.gltf", "the reader crashed on it (Segmentation fault)"},
       {"refused.obj", ""},
+      {"piped.gltf", "could not open referenced file \"pipe\""},
   };
   for (const auto& [scene, reason] : cases) {
     SCOPED_TRACE(scene);

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -29,22 +29,31 @@ std::vector<std::string> NamesOf(const std::string& name) {
   return names;
 }
 
+/// A folder can be opened, too, but not read; a pipe would be waited for, and a device may have no
+/// end.
+bool IsReadable(const std::string& name) {
+  std::error_code error;
+  return std::filesystem::is_regular_file(name, error);
+}
+
 class RecordingFiles : public Assimp::DefaultIOSystem {
  public:
   RecordingFiles(std::shared_ptr<FileRecord> record, std::shared_ptr<const ChangedFile> changed)
       : record_(std::move(record)), changed_(std::move(changed)) {}
 
+  bool Exists(const char* file) const override { return file != nullptr && IsReadable(file); }
+
   Assimp::IOStream* Open(const char* file, const char* mode) override {
-    if (file == nullptr || !std::string_view(mode).starts_with('r')) {
-      return DefaultIOSystem::Open(file, mode);
+    // Reading a scene writes nothing, whatever its reader is up to.
+    if (file == nullptr || mode == nullptr || *mode != 'r' || std::strchr(mode, '+') != nullptr) {
+      return nullptr;
     }
     if (changed_ != nullptr && changed_->name == file) {
       return new Assimp::MemoryIOStream(
           reinterpret_cast<const std::uint8_t*>(changed_->text.data()), changed_->text.size());
     }
     for (const std::string& name : NamesOf(file)) {
-      // A folder can be opened, too, but not read.
-      if (std::error_code error; std::filesystem::is_directory(name, error)) continue;
+      if (!IsReadable(name)) continue;
       if (Assimp::IOStream* const stream = DefaultIOSystem::Open(name.c_str(), mode)) {
         record_->Add(name, true);
         return stream;

@@ -32,8 +32,8 @@ struct ChangedFile {
 };
 
 /// File access that also finds names with URIs' percent signs or Windows' separators, and notes in
-/// `record` each file that is opened for reading, or can't be. Opening changed->name for reading
-/// gives changed->text, when there is one.
+/// `record` each file that is opened, or can't be. It opens regular files, and for reading alone.
+/// Opening changed->name gives changed->text, when there is one.
 std::unique_ptr<Assimp::IOSystem> MakeRecordingFiles(std::shared_ptr<FileRecord> record,
                                                      std::shared_ptr<const ChangedFile> changed);
 
