@@ -394,6 +394,22 @@ TEST_P(BothLayouts, ChangedBytesAreReadSafely) {
   }
 }
 
+TEST_P(BothLayouts, ManySmallRecordsTakeLittleMemory) {
+  ModelFile model = Yard(GetParam());
+  const ModelBatch batch = model.groups[0].batches[1];
+  // One more than what doubling lists would have room for.
+  model.materials.resize(4097, model.materials[1]);
+  ModelGroup& group = model.groups[0];
+  group.batches.clear();
+  group.batches.resize(4097, batch);
+  const FileBytes file = FileBuilder::Build(model);
+  const std::size_t before = memoryNow;
+  memoryPeak = before;
+  Read(file, GetParam());
+  // With the file's own bytes `inspect` stays below four times its size.
+  EXPECT_LE(memoryPeak - before, 3 * file.bytes.size());
+}
+
 /// A single change of a sound file, and the first problem that it must bring.
 struct Defect {
   std::string at;  ///< place whose field changes

@@ -636,10 +636,13 @@ List<T> ReadIndexedList(In& in, const char* field) {
   return in.template Take<T>(ReadIndexedCount(in, Entry<T>::kBytes, field), field);
 }
 
-/// Reads `count` records of a list, which `read` reads one by one.
-template <class Record, class In, class Read>
-Records<Record> ReadRecords(In& in, std::uint32_t count, const char* field, const Read& read) {
+/// Reads `count` records of a list, which `read` reads one by one; tells `sink` of them before. The
+/// bytes that are left can hold so many.
+template <class Record, class In, class Sink, class Read>
+Records<Record> ReadRecords(In& in, std::uint32_t count, const char* field, Sink& sink,
+                            const Read& read) {
   const Span bytes = in.Rest();
+  sink.Expect(static_cast<const Record*>(nullptr), count);
   for (std::uint32_t i = 0; i < count && in.Good(); ++i) {
     [[maybe_unused]] const auto entry = in.Enter(field, i);
     Record record;
@@ -663,7 +666,7 @@ void ReadGroup(In& in, std::optional<std::uint32_t> materialCount, Group& group,
   const auto header = [&] { ReadHeader(in, kQobType, kGroupVersion, group.header); };
   const auto body = [&] {
     group.vertices = ReadIndexedList<Point>(in, "vertices");
-    group.batches = ReadRecords<Batch>(in, in.Count(kLeastBatchBytes, "batches"), "batches",
+    group.batches = ReadRecords<Batch>(in, in.Count(kLeastBatchBytes, "batches"), "batches", sink,
                                        [&](std::uint32_t, Batch& batch) {
                                          ReadBatch(in, materialCount, group.vertices.size(), batch);
                                          if (in.Good()) sink.Take(in, batch);
@@ -706,7 +709,7 @@ void ReadGroup(In& in, std::optional<std::uint32_t> materialCount, Group& group,
         group.faces = ReadIndexedList<Face>(in, "faces");
         group.surfaceSets =
             ReadRecords<SurfaceSet>(in, in.Count(kLeastSetBytes, "surfaceSets"), "surfaceSets",
-                                    [&](std::uint32_t, SurfaceSet& set) {
+                                    sink, [&](std::uint32_t, SurfaceSet& set) {
                                       ReadSurfaceSet(in, set);
                                       if (in.Good()) sink.Take(in, set);
                                     });
@@ -752,7 +755,7 @@ void ReadModel(In& in, Records<Material>& materials, Records<Group>& groups, Sin
       [&] {
         materialCount = in.Count(kLeastMaterialBytes, "materials");
         materials = ReadRecords<Material>(
-            in, *materialCount, "materials", [&](std::uint32_t i, Material& material) {
+            in, *materialCount, "materials", sink, [&](std::uint32_t i, Material& material) {
               ReadMaterial(in, material, [&](std::uint64_t offset) {
                 return i + 1 == *materialCount ? offset == in.End()
                                                : RecordStandsAt(in, offset, kMaterialType);
@@ -770,7 +773,7 @@ void ReadModel(In& in, Records<Material>& materials, Records<Group>& groups, Sin
       in, kGeometryChunk,
       [&] {
         const std::uint32_t count = in.Count(isQob ? kLeastQobBytes : kLeastKobBytes, "groups");
-        groups = ReadRecords<Group>(in, count, "groups", [&](std::uint32_t i, Group& group) {
+        groups = ReadRecords<Group>(in, count, "groups", sink, [&](std::uint32_t i, Group& group) {
           ReadGroup(in, materialCount, group, sink, [&](std::uint64_t offset) {
             return i + 1 == count ? offset == in.End()
                                   : RecordStandsAt(in, offset, isQob ? kQobType : kKobType);
@@ -840,6 +843,7 @@ class Cursor : public Source<Cursor> {
 /// Holds the face tables against the lists that they refer to.
 struct CheckFaces {
   void BeginGroup() const {}
+  void Expect(const void*, std::uint32_t) const {}
 
   template <class Record>
   void Take(Cursor&, const Record&) const {}
@@ -899,6 +903,7 @@ inline void LoadRecord(detail::Span& rest, Layout layout, SurfaceSet& set) {
 inline void LoadRecord(detail::Span& rest, Layout layout, Group& group) {
   struct Nothing {
     void BeginGroup() const {}
+    void Expect(const void*, std::uint32_t) const {}
     void Take(detail::Cursor&, const Batch&) const {}
     void Take(detail::Cursor&, const SurfaceSet&) const {}
     void Take(detail::Cursor&, const Group&) const {}

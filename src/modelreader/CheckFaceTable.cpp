@@ -21,6 +21,7 @@ class BatchPlaces {
   explicit BatchPlaces(const std::vector<reader::List<reader::Triple>>& batches)
       : batches_(batches) {
     std::uint64_t sum = 0;
+    starts_.reserve(batches.size());
     for (const auto& faces : batches) {
       starts_.push_back(sum);
       sum += std::min<std::uint64_t>(faces.size(), kModelIndexLimit);

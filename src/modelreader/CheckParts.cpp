@@ -15,6 +15,17 @@ void CheckParts::BeginGroup() {
   parts_ = {};
 }
 
+void CheckParts::Expect(const reader::Batch*, std::uint32_t count) {
+  group_.batches.reserve(count);
+  parts_.batches.reserve(count);
+  parts_.batchOffsets.reserve(count);
+}
+
+void CheckParts::Expect(const reader::SurfaceSet*, std::uint32_t count) {
+  parts_.surfaceSets.reserve(count);
+  parts_.setOffsets.reserve(count);
+}
+
 void CheckParts::Take(StrictSource&, const reader::Material&) {
   ++lengths_.materials;
 }

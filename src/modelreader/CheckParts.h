@@ -1,6 +1,8 @@
 // What is checked of a model file beyond its grammar, and the lengths of its lists.
 #pragma once
 
+#include <cstdint>
+
 #include <mapexport/ModelReader.h>
 
 #include "modelreader/CheckFaceTable.h"
@@ -16,6 +18,10 @@ class CheckParts {
   explicit CheckParts(ModelLengths& lengths) : lengths_(lengths) {}
 
   void BeginGroup();
+  // Lists that are to come: they take no more memory than for their entries.
+  void Expect(const void*, std::uint32_t) const {}
+  void Expect(const reader::Batch*, std::uint32_t count);
+  void Expect(const reader::SurfaceSet*, std::uint32_t count);
   void Take(StrictSource& in, const reader::Material& material);
   void Take(StrictSource& in, const reader::Batch& batch);
   void Take(StrictSource& in, const reader::SurfaceSet& set);

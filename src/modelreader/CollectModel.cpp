@@ -24,6 +24,16 @@ void CollectModel::BeginGroup() {
   check_.BeginGroup();
 }
 
+void CollectModel::Expect(const reader::Batch* kind, std::uint32_t count) {
+  group_.batches.reserve(count);
+  check_.Expect(kind, count);
+}
+
+void CollectModel::Expect(const reader::SurfaceSet* kind, std::uint32_t count) {
+  group_.surfaceSets.reserve(count);
+  check_.Expect(kind, count);
+}
+
 void CollectModel::Take(StrictSource& in, const reader::Material& material) {
   check_.Take(in, material);
   model_.materials.push_back({.header = HeaderOf(material.header),

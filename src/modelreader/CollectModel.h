@@ -1,6 +1,8 @@
 // Puts what the grammar reads of a model file into plain values.
 #pragma once
 
+#include <cstdint>
+
 #include <mapexport/ModelReader.h>
 
 #include "modelreader/CheckParts.h"
@@ -15,6 +17,11 @@ class CollectModel {
   CollectModel(ModelFile& model, ModelLengths& lengths) : model_(model), check_(lengths) {}
 
   void BeginGroup();
+  // Lists that are to come: they take no more memory than for their entries.
+  void Expect(const reader::Material*, std::uint32_t count) { model_.materials.reserve(count); }
+  void Expect(const reader::Group*, std::uint32_t count) { model_.groups.reserve(count); }
+  void Expect(const reader::Batch* kind, std::uint32_t count);
+  void Expect(const reader::SurfaceSet* kind, std::uint32_t count);
   void Take(StrictSource& in, const reader::Material& material);
   void Take(StrictSource& in, const reader::Batch& batch);
   void Take(StrictSource& in, const reader::SurfaceSet& set);
