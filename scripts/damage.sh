@@ -1,8 +1,24 @@
 #!/usr/bin/env bash
-# Exports damaged copies of small models in the main formats, seeded: damage.sh [COUNT] [SEED], 1000
-# copies of seed 0 unless given. Prints counts per format; ends with 1 when the program was ended by
-# a signal, ran on, or said of a failure anything but one line. Keeps the copies that made it do so.
-# MAPEXPORT names the program to try; unless given, the release build is brought up to date.
+# Tries the program on damaged files: damage.sh [--full | --count N] [--seed N] [--only N] [PART...]
+#
+#   scenes    damaged scene files of all main formats, and side files, exported; with --sanitizers
+#             by the sanitize build
+#   hostile   scenes made to do harm: to take memory, to lead to devices, to steer a terminal
+#   models    damaged model files in one process that reads, prints, converts and shows them, under
+#             sanitizers: cut at every byte, each number replaced, each bit flipped
+#   commands  damaged model files in inspect, convert and view, under sanitizers
+#   memory    what inspect takes for large model files, sound and damaged
+#   cxp       damaged material databases in an export
+#   settings  damaged settings files in an export: none may be lost
+#
+# All of them unless some are named: as often as a person can wait for, or as often as
+# docs/robustness.md says (--full), or N times. A seed always gives the same files. Each finding is
+# printed with the command that repeats it and kept in build/damage/PART; with any, this ends with 1.
+# A finding is: a signal, no end, another exit status than is right, on failure anything but
+# one line on standard error (of inspect: one for each problem), an output that is left then or not
+# sound, bytes that steer a terminal, a report of a sanitizer in our code, too much memory. A crash of
+# the process that reads foreign formats is none in itself: it is what that process is for.
+# The counts become rows of build/robustness/damage.tsv, from which scripts/robustness.sh makes its table.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -10,12 +26,17 @@ root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -
 . "$root/scripts/lib/ensure-packages.sh"
 ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-test.txt"
 
-if [[ -z ${MAPEXPORT:-} ]]; then
-  (
-    cd -- "$root"
-    [[ -f build/release/build.ninja ]] || cmake --preset release >/dev/null
-    cmake --build --preset release --target mapexport >/dev/null
-  )
-fi
-exec python3 -B "$root/scripts/damage_models.py" "${MAPEXPORT:-$root/build/release/bin/mapexport}" \
-  "${1:-1000}" "${2:-0}"
+cd -- "$root"
+case " $* " in
+  *" -h "* | *" --help "*)
+    sed -n '2,/^set /s/^# \{0,1\}//p' "${BASH_SOURCE[0]}"
+    exit 0
+    ;;
+esac
+for preset in release sanitize; do
+  # A folder that was configured without the tests has no target for the driver of the models.
+  cmake --preset "$preset" -DMAPEXPORT_TESTS=ON >/dev/null
+  cmake --build --preset "$preset" --target mapexport DamageModels >/dev/null
+done
+exec python3 -B scripts/damage --release "$root/build/release/bin/mapexport" \
+  --sanitize "$root/build/sanitize/bin/mapexport" "$@"

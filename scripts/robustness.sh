@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# Renders docs/robustness.md's table of what was tried against the program, from what the scripts that
+# tried it left in build/robustness: robustness.sh
+#
+#   robustness.sh run   runs these scripts first, with the full numbers, which takes hours
+#
+# A script that left nothing gets a row that says so. The text around the table stays as it is.
+# Ends with 1 when there were findings.
+set -euo pipefail
+unset CDPATH
+root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
+cd -- "$root"
+
+document=docs/robustness.md
+begin='<!-- scripts/robustness.sh writes what follows -->'
+end='<!-- up to here -->'
+parts=(damage fuzz faults same-bytes)
+declare -A full=([damage]="scripts/damage.sh --full" [fuzz]="scripts/fuzz.sh 600"
+  [faults]="scripts/faults.sh --full" [same-bytes]="scripts/same-bytes.sh")
+
+fail() {
+  echo "robustness.sh: $*" >&2
+  exit 1
+}
+
+# rows PART: its lines of the table; each of its file is WHAT, INPUTS, FINDINGS, HOW between tabs.
+rows() {
+  local file=build/robustness/$1.tsv
+  if [[ ! -s $file ]]; then
+    # Between the ticks stands a name.
+    # shellcheck disable=SC2016
+    printf '| *not run: scripts/%s.sh* | | | `%s` |\n' "$1" "${full[$1]}"
+    return
+  fi
+  awk -F '\t' -v file="$file" '
+    NF != 4 || $2 !~ /^[0-9]+$/ || $3 !~ /^[0-9]+$/ || $1 == "" || $4 == "" {
+      print "robustness.sh: " file ": line " NR " is no WHAT, INPUTS, FINDINGS, HOW" > "/dev/stderr"
+      exit 1
+    }
+    { gsub(/\|/, "\\|"); printf "| %s | %d | %d | `%s` |\n", $1, $2, $3, $4 }' "$file"
+}
+
+case "${1-}" in
+  "") ;;
+  run)
+    for part in "${parts[@]}"; do
+      [[ -x scripts/$part.sh ]] || fail "scripts/$part.sh is not there"
+      # What an earlier run left must not pass for this one's.
+      rm -f -- "build/robustness/$part.tsv"
+      # Findings end a script with 1; its rows tell of them.
+      # The words of the command are words.
+      # shellcheck disable=SC2086
+      ${full[$part]} || echo "robustness.sh: ${full[$part]} ended with $?" >&2
+    done
+    ;;
+  *) fail "unknown argument \"$1\"; there is only \"run\"" ;;
+esac
+
+for mark in "$begin" "$end"; do
+  [[ $(grep -cxF -- "$mark" "$document") == 1 ]] || fail "$document: no single line \"$mark\""
+done
+table=$(
+  printf '| tried | inputs | findings | how |\n|---|---:|---:|---|\n'
+  for part in "${parts[@]}"; do
+    rows "$part"
+  done
+)
+fresh=$(mktemp -- "$document.XXXXXX")
+trap 'rm -f -- "$fresh"' EXIT
+{
+  sed "\\|^$begin\$|q" "$document"
+  printf '\n%s\n\n' "$table"
+  sed -n "\\|^$end\$|,\$p" "$document"
+} >"$fresh"
+chmod 644 -- "$fresh"
+mv -- "$fresh" "$document"
+printf '%s\n' "$table"
+! awk -F '\t' '$3 > 0 { found = 1 } END { exit !found }' build/robustness/*.tsv 2>/dev/null
