@@ -11,14 +11,14 @@
 #   cxp       damaged material databases in an export
 #   settings  damaged settings files in an export: none may be lost
 #
-# All of them unless some are named: as often as a person can wait for, or as often as
-# docs/robustness.md says (--full), or N times. A seed always gives the same files. Each finding is
-# printed with the command that repeats it and kept in build/damage/PART; with any, this ends with 1.
-# A finding is: a signal, no end, another exit status than is right, on failure anything but
-# one line on standard error (of inspect: one for each problem), an output that is left then or not
-# sound, bytes that steer a terminal, a report of a sanitizer in our code, too much memory. A crash of
-# the process that reads foreign formats is none in itself: it is what that process is for.
-# The counts become rows of build/robustness/damage.tsv, from which scripts/robustness.sh makes its table.
+# All of them unless some are named: as often as a person can wait for, as often as the table in
+# docs/robustness.md wants (--full), or N times. A seed always gives the same files. Each finding is
+# printed with the command that repeats it and kept in build/damage; with any, this ends with 1.
+# A finding is: a signal, no end, another exit status than is right, on failure anything but one
+# line on standard error (of inspect: one for each problem), an output that is left then or unsound,
+# bytes that steer a terminal, a report of a sanitizer in our code, too much memory. A crash of the
+# process that reads foreign formats is none in itself: it is what that process is for.
+# The counts become rows of build/robustness/damage.tsv, for the table of scripts/robustness.sh.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

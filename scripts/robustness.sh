@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Renders docs/robustness.md's table of what was tried against the program, from what the scripts that
-# tried it left in build/robustness: robustness.sh
+# Renders docs/robustness.md's table of what was tried against the program, from what the scripts
+# that tried it left in build/robustness: robustness.sh
 #
 #   robustness.sh run   runs these scripts first, with the full numbers, which takes hours
 #

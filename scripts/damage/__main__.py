@@ -15,7 +15,8 @@ PARTS = {
     "hostile": Part("scenes made to do harm, exported", 1000, 1000, 1000),
     "models": Part("damaged model files, read, printed, converted and shown in one process, under"
                    " sanitizers", 2000, 20000, 400),
-    "commands": Part("damaged model files in inspect, convert and view, under sanitizers", 60, 600, 6),
+    "commands": Part("damaged model files in inspect, convert and view, under sanitizers", 60, 600,
+                     6),
     "memory": Part("large model files, sound and damaged, inspected within 64 MiB + 4 times their"
                    " size", 1000, 1000, 0),
     "cxp": Part("damaged material databases in an export", 200, 1000, 10),
@@ -63,7 +64,8 @@ def main():
             continue
         command = f"scripts/damage.sh --seed {given.seed}"
         command += " --sanitizers" if given.sanitizers else ""
-        campaign = runs.Campaign(name, command, given.seed)
+        folder = name + ("-sanitizers" if given.sanitizers else "")
+        campaign = runs.Campaign(name, folder, command, given.seed)
         numbers = range(count) if given.only is None else [given.only]
         inputs, findings = importlib.import_module(name).run(campaign, programs, numbers)
         all_findings += findings

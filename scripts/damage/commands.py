@@ -50,7 +50,7 @@ def fault_of_other(outcome, inspected, left):
 
 
 def run(campaign, programs, numbers):
-    paths = models.write_models(programs.sanitize, runs.KEPT / "models")
+    paths = models.write_models(programs.sanitize, runs.KEPT / "commands-sources")
 
     def attempt(i, rng, folder):
         source = rng.choice(paths)

@@ -1,4 +1,4 @@
-"""Scenes that are made to do harm: that take memory, never end, lead elsewhere or cheat a terminal."""
+"""Scenes made to do harm: that take memory, never end, lead elsewhere or cheat a terminal."""
 import base64
 import json
 import os

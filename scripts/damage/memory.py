@@ -140,8 +140,8 @@ def measure(program, folder, name):
     largest, fault = 0, ""
     bound = BASE + TIMES * (folder / name).stat().st_size
     for options in ([], ["--json"]):
-        outcome = runs.call([sys.executable, "-I", "-c", STARTER, program, "inspect", name, *options],
-                            folder, SECONDS, keep_output=True)
+        outcome = runs.call([sys.executable, "-I", "-c", STARTER, program, "inspect", name,
+                             *options], folder, SECONDS, keep_output=True)
         fault = fault or runs.fault_of_end(outcome, (0, 1, 4))
         peak = int(outcome.out or 0)
         largest = max(largest, peak)

@@ -38,8 +38,8 @@ def drive(campaign, driver, paths, step):
     folder = runs.KEPT / campaign.part
     tried = findings = first = 0
     while findings < MOST_FINDINGS:
-        outcome = runs.call([driver, campaign.seed, ROUNDS, first, step, folder / "progress", *paths],
-                            folder, SECONDS, keep_output=True)
+        outcome = runs.call([driver, campaign.seed, ROUNDS, first, step, folder / "progress",
+                             *paths], folder, SECONDS, keep_output=True)
         done = COPIES.search(outcome.out)
         if outcome.status == 0 and done and int(done[1]) > 0:
             print(f"models: {done[0].decode()}, each {step}-th of {len(paths)} files", flush=True)

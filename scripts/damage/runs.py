@@ -136,13 +136,15 @@ class Campaign:
     """Numbered tries of one part, each from its own random generator, so that one can be repeated.
 
     `command` repeats the part. A try is called with its number, generator and an empty folder, and
-    returns a label, how it went, and what is wrong, if anything; then the folder is kept."""
+    returns a label, how it went, and what is wrong, if anything; then its folder, below the one
+    given, is kept."""
 
-    def __init__(self, part, command, seed, jobs=2):
-        self.part, self.command, self.seed, self.jobs = part, command, seed, jobs
+    def __init__(self, part, folder, command, seed, jobs=2):
+        self.part, self.folder, self.command = part, folder, command
+        self.seed, self.jobs = seed, jobs
 
     def run(self, numbers, attempt):
-        top = KEPT / self.part
+        top = KEPT / self.folder
         shutil.rmtree(top, ignore_errors=True)
         top.mkdir(parents=True)
         outcomes = collections.defaultdict(collections.Counter)

@@ -5,6 +5,10 @@ import runs
 SCENE = runs.ROOT / "tests/golden/winding.scene.json"
 # What else may stand in such a file, and must survive.
 FOREIGN = b'\n; a remark of the user\'s\n[HKEY_LOCAL_MACHINE\\Software\\Other]\n"Kept"="yes"\n'
+# Values in quotes that leave the file readable, and numbers behind "dword:".
+TEXTS = (b"", b"0", b"-1", b"1e39", b"-1e-39", b"nan", b"inf", b"1,5", b"9" * 5000, b"\xc3\xa9",
+         b"/dev/null", b"\\\\nowhere\\a.cxp")
+NUMBERS = (b"00000000", b"00000001", b"7fffffff", b"ffffffff", b"80000000")
 UNREADABLE = b"settings are neither read nor saved"
 SPOILT = b"are not saved"
 
@@ -16,6 +20,21 @@ def write_settings(program, folder):
     if outcome.status != 0:
         raise SystemExit(f"damage: no settings to damage: {outcome.errors!r}")
     return (folder / "first.reg").read_bytes() + FOREIGN
+
+
+def damage(whole, rng):
+    """Half of the copies have other values only, so that they are read and used."""
+    if rng.random() < 0.5:
+        return mutate.damage(whole, rng)
+    lines = whole.splitlines(keepends=True)
+    values = [i for i, line in enumerate(lines) if line.startswith(b'"')]
+    for i in rng.sample(values, rng.choice((1, 2, 5))):
+        name, old = lines[i].split(b"=", 1)
+        new = b'"%s"' % rng.choice(TEXTS)
+        if old.startswith(b"dword:") and rng.random() < 0.9:
+            new = b"dword:" + rng.choice(NUMBERS)
+        lines[i] = name + b"=" + new + b"\n"
+    return b"".join(lines)
 
 
 def fault_of_file(before, after, outcome, again):
@@ -39,7 +58,7 @@ def run(campaign, programs, numbers):
     whole = write_settings(program, runs.KEPT / "first-settings")
 
     def attempt(_, rng, folder):
-        before = mutate.damage(whole, rng)
+        before = damage(whole, rng)
         path = folder / "settings.reg"
         path.write_bytes(before)
         fault, how, outcome = runs.fault_of_export(program, folder, SCENE,
