@@ -26,12 +26,14 @@ TABLE = runs.ROOT / "build/robustness/damage.tsv"
 
 
 def record(what, inputs, findings, how):
-    """Puts a row into the table that scripts/robustness.sh renders, in place of an older one."""
+    """Puts a row into the table that scripts/robustness.sh renders, in place of an older one. A
+    part that was never run has one, too, with no inputs."""
     TABLE.parent.mkdir(parents=True, exist_ok=True)
-    rows = TABLE.read_text().splitlines() if TABLE.exists() else []
-    rows = [row for row in rows if not row.startswith(what + "\t")]
-    rows.append(f"{what}\t{inputs}\t{findings}\t{how}")
-    TABLE.write_text("".join(row + "\n" for row in rows))
+    rows = {part.what: f"0\t0\tscripts/damage.sh --full {name}" for name, part in PARTS.items()}
+    if TABLE.exists():
+        rows |= dict(row.split("\t", 1) for row in TABLE.read_text().splitlines())
+    rows[what] = f"{inputs}\t{findings}\t{how}"
+    TABLE.write_text("".join(f"{key}\t{row}\n" for key, row in rows.items()))
 
 
 def main():

@@ -53,7 +53,8 @@ void PutNumber(Bytes& bytes, std::size_t at, std::uint32_t value) {
 void DamageSomewhere(Bytes& bytes, std::mt19937& random) {
   if (bytes.empty()) return;
   const auto at = static_cast<std::ptrdiff_t>(random() % bytes.size());
-  const auto length = std::min<std::ptrdiff_t>(random() % 64 + 1, std::ssize(bytes) - at);
+  const auto length =
+      std::min(static_cast<std::ptrdiff_t>(random() % 64 + 1), std::ssize(bytes) - at);
   const auto begin = bytes.begin() + at;
   switch (random() % 6) {
     case 0:
