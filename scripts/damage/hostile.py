@@ -201,7 +201,7 @@ CASES = [
 ]
 # These take the time or the memory that a reader is allowed.
 SLOW = [
-    ("a 3MF file that unpacks to 6 GiB", REFUSED, "", package_3mf(bomb, 6 << 10)),
+    ("a 3MF file that unpacks to 2 GiB", REFUSED, "", package_3mf(bomb, 2 << 10)),
     ("a glTF node that has 2^40 ways to it", REFUSED, "", write(
         "a.gltf", gltf(nodes=[{"children": [min(i + 1, 40)] * 2} for i in range(40)]
                        + [{"mesh": 0}]))),
@@ -219,8 +219,9 @@ def run(campaign, programs, numbers):
             fault = f"status {outcome.status}: {outcome.errors[:500]!r}"
         if not fault and piece.encode() not in outcome.errors:
             fault = f"standard error says nothing of {piece!r}: {outcome.errors[:500]!r}"
-        if not fault and b"waited in vain" in outcome.errors:
-            fault = "something was waited for"
+        # The clock ends a reader too, on a machine that is busy; a pipe is never waited for.
+        if not fault and "pipe" in what and b"waited in vain" in outcome.errors:
+            fault = "the pipe was waited for"
         return "made to do harm", how, f"{what}: {fault}" if fault else ""
 
     return campaign.run([i for i in numbers if i < len(cases)], attempt)
