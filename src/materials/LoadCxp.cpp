@@ -1,5 +1,6 @@
 #include "materials/LoadCxp.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <istream>
@@ -19,20 +20,34 @@ bool OpenForReading(const char* path, std::filebuf& file) {
   return !std::filesystem::is_directory(path, unknown) && file.open(path, std::ios::in) != nullptr;
 }
 
+bool ReadFile(const char* path, TextureNames& names) {
+  std::filebuf file;
+  if (!OpenForReading(path, file)) return false;
+  TextStreambuf text(file);
+  std::istream input(&text);
+  // Of its own accord a stream takes what fails for the end of the file.
+  input.exceptions(std::ios::badbit);
+  try {
+    ReadCxp(input, names);
+  } catch (const std::ios::failure&) {
+    return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 void LoadCxp() {
   const CStr& path = State().options.cxpFilename;
-  std::filebuf file;
-  if (!OpenForReading(path.data(), file)) {
+  TextureNames names;
+  if (!ReadFile(path.data(), names)) {
     DebugLog& log = DebugLog::Instance();
     log.Line() << "Could not load CXP file " << path.data() << '\n' << std::flush;
     log.Emit();
     return;
   }
-  TextStreambuf text(file);
-  std::istream input(&text);
-  ReadCxp(input, State().transparentTextures);
+  TextureNames& transparent = State().transparentTextures;
+  for (std::size_t i = 0; i < names.Count(); ++i) transparent.Append(names[i]);
 }
 
 }  // namespace mapexport

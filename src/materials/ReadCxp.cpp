@@ -65,7 +65,7 @@ void ReadEntry(Tokenizer& tokens, TextureNames& transparentTextures) {
                      [&](const Attribute& a) { return a.keyword == keyword.View(); });
     if (attribute == kAttributes.end()) continue;  // a stray word
     // Even when the file breaks off within the arguments.
-    if (attribute->transparent) transparentTextures.Append(name);
+    if (attribute->transparent) transparentTextures.Append(name.View());
     SkipTokens(tokens, attribute->arguments);
     if (attribute->list) SkipTokens(tokens, LeadingInteger(RequireToken(tokens)));
   }

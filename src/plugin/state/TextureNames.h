@@ -7,7 +7,6 @@
 #include <unordered_set>
 #include <vector>
 
-#include "host/CStr.h"
 
 namespace mapexport {
 
@@ -23,7 +22,7 @@ class TextureNames {
   std::size_t Count() const { return names_.size(); }
   /// Name `i`, valid until Clear.
   std::string_view operator[](std::size_t i) const { return *names_[i]; }
-  void Append(const CStr& name) { names_.push_back(&*texts_.emplace(name.View()).first); }
+  void Append(std::string_view name) { names_.push_back(&*texts_.emplace(name).first); }
   void Clear() {
     names_.clear();
     texts_.clear();
