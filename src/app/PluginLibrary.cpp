@@ -29,7 +29,7 @@ ClassDesc* FindExporter(void* library, const std::string& path) {
     ClassDesc* const found = classDesc(i);
     if (found != nullptr && found->SuperClassID() == kSceneExportSuperClassID) return found;
   }
-  throw RunError(fmt::format("{}: describes no scene exporter", path));
+  throw RunError(fmt::format("{}: describes no scene exporter, perhaps for want of memory", path));
 }
 
 }  // namespace
@@ -53,7 +53,8 @@ std::string PluginLibrary::Path() {
 std::unique_ptr<SceneExport> PluginLibrary::CreateExporter() const {
   // What a class of this super class creates is a SceneExport.
   std::unique_ptr<SceneExport> exporter(static_cast<SceneExport*>(exporter_->Create(false)));
-  if (!exporter) throw RunError(fmt::format("{}: creates no exporter", path_));
+  if (!exporter)
+    throw RunError(fmt::format("{}: creates no exporter, perhaps for want of memory", path_));
   return exporter;
 }
 

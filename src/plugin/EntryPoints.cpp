@@ -3,13 +3,14 @@
 #include "plugin/LibraryEntry.h"
 #include "plugin/MapExportClassDesc.h"
 #include "plugin/ResourceIds.h"
+#include "plugin/state/ProcessState.h"
 
 const char* LibDescription() {
   return mapexport::GetResourceString(mapexport::kLibDescriptionText);
 }
 
 int LibNumberClasses() {
-  return 1;
+  return mapexport::State().module == nullptr ? 0 : 1;
 }
 
 mapexport::ClassDesc* LibClassDesc(int i) {

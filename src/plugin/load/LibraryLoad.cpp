@@ -1,5 +1,7 @@
 // Runs the library's entry function when the library is loaded and when it goes away.
 
+#include <new>
+
 #include "host/Resources.h"
 #include "plugin/EntryPoints.h"
 #include "plugin/LibraryEntry.h"
@@ -10,7 +12,11 @@ namespace mapexport {
 namespace {
 
 [[gnu::constructor]] void OnLoad() {
-  LibraryEntry(AttachModule(kResources));
+  try {
+    LibraryEntry(AttachModule(kResources));
+  } catch (const std::bad_alloc&) {
+    // No exception gets through the system's loader. Without a module the library has no class.
+  }
 }
 
 [[gnu::destructor]] void OnUnload() {
