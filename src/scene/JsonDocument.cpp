@@ -2,6 +2,7 @@
 #include "scene/JsonDocument.h"
 
 #include <new>
+#include <string>
 
 #include <fmt/format.h>
 
@@ -10,6 +11,13 @@
 #include "scene/TextPlace.h"
 
 namespace mapexport {
+namespace {
+
+// The library chooses its code on first use, and ends the program when it lacks the memory to. So
+// this is done when the program is loaded, while there is nothing to lose.
+[[maybe_unused]] const std::string kChosen = simdjson::get_active_implementation()->name();
+
+}  // namespace
 
 JsonDocument::JsonDocument(const std::string& file, const FileText& text, std::size_t maxDepth)
     : file_(file), text_(text.View()), lists_(text_), rest_(lists_.TakeRest()) {
