@@ -14,12 +14,14 @@ using std::chrono::steady_clock;
 Stages::Stages(bool quiet) : shown_(!quiet && StandardErrorIsTerminal()) {}
 
 Stages::~Stages() {
-  End();
-  if (!thread_.joinable()) return;
   {
     const std::scoped_lock lock(mutex_);
+    // The time of a stage that an exception left is not asked for; noting it would need memory.
+    current_.clear();
     over_ = true;
+    if (shown_) EraseStatusLine();
   }
+  if (!thread_.joinable()) return;
   changed_.notify_one();
   thread_.join();
 }
