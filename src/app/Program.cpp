@@ -1,6 +1,7 @@
 #include "app/Program.h"
 
 #include <exception>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@
 #include "app/Messages.h"
 #include "app/RunError.h"
 #include "app/SceneCommand.h"
+#include "app/StandardError.h"
 #include "app/StandardOutput.h"
 #include "app/UsageError.h"
 #include "app/ViewCommand.h"
@@ -75,7 +77,13 @@ int RunProgram(int argc, char** argv) {
   // other writing.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
-  return static_cast<int>(Run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc)));
+  try {
+    return static_cast<int>(Run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc)));
+  } catch (const std::bad_alloc&) {
+    // Not even the words for an error could be put together.
+    WriteLines("mapexport: error: memory ran out\n");
+    return static_cast<int>(ExitStatus::kFailed);
+  }
 }
 
 }  // namespace mapexport
