@@ -146,9 +146,12 @@ std::vector<std::string> Dependencies(const ExportArguments& arguments,
   std::vector<std::string> files{arguments.scene.path};
   for (std::string& file : sideFiles) files.push_back(std::move(file));
   if (!cxp.empty()) files.push_back(cxp);
-  std::error_code error;
-  if (arguments.settings && !arguments.fresh && fs::is_regular_file(*arguments.settings, error)) {
-    files.push_back(*arguments.settings);
+  if (arguments.settings && !arguments.fresh) {
+    std::error_code error;
+    const fs::file_type type = fs::status(*arguments.settings, error).type();
+    // One that can't be asked about is there all the same.
+    const bool isUnknown = type == fs::file_type::none || type == fs::file_type::unknown;
+    if (isUnknown || type == fs::file_type::regular) files.push_back(*arguments.settings);
   }
   return files;
 }
