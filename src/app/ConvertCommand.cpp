@@ -11,6 +11,7 @@
 #include "app/Messages.h"
 #include "app/OutputPlace.h"
 #include "app/RunError.h"
+#include "app/TellPlaced.h"
 #include "convert/ConvertModel.h"
 
 namespace mapexport {
@@ -71,10 +72,11 @@ ExitStatus RunConvertCommand(const ConvertArguments& arguments) {
 
   const ConvertedModel converted = Convert(loaded->model, target, arguments);
   TellChanges(arguments.output, converted.changes, messages);
-  for (const std::string& warning :
-       OutputPlace::CommitTogether(Fill(arguments.file, target, converted.files))) {
-    messages.Warning("folder-not-synced", warning);
-  }
+  const auto owned = Fill(arguments.file, target, converted.files);
+  std::vector<OutputPlace*> places;
+  for (const auto& place : owned) places.push_back(place.get());
+  OutputPlace::CommitTogether(places);
+  TellPlaced(places, messages, [] {});
   return loaded->status;
 }
 

@@ -27,6 +27,7 @@
 #include "app/RunReport.h"
 #include "app/Sha256.h"
 #include "app/Stages.h"
+#include "app/TellPlaced.h"
 #include "app/WindowLibrary.h"
 #include "scene/HostScene.h"
 #include "settings/SettingsStore.h"
@@ -170,10 +171,11 @@ std::unique_ptr<OutputPlace> PrepareReport(const OutputTarget& target, const Run
   });
 }
 
-/// Puts the checked output and the files that go with it in their places. All of them are whole
-/// before the first one is placed.
+/// Puts the checked output and the files that go with it in their places, all or none of them, and
+/// then lets `tellMore` tell of it.
+template <typename TellMore>
 void PutInPlace(Run& run, OutputPlace& model, const std::optional<OutputTarget>& depFile,
-                const std::optional<OutputTarget>& report) {
+                const std::optional<OutputTarget>& report, const TellMore& tellMore) {
   std::unique_ptr<OutputPlace> depFilePlace;
   if (depFile) {
     depFilePlace = Prepare(*depFile, [&run](std::ostream& out) {
@@ -186,11 +188,11 @@ void PutInPlace(Run& run, OutputPlace& model, const std::optional<OutputTarget>&
     run.report.bytes = fs::file_size(model.File());
     reportPlace = PrepareReport(*report, run);
   }
-  for (OutputPlace* const place : {&model, depFilePlace.get(), reportPlace.get()}) {
-    if (place == nullptr) continue;
-    const std::string warning = place->Commit();
-    if (!warning.empty()) run.messages.Warning("folder-not-synced", warning);
-  }
+  std::vector<OutputPlace*> places{&model};
+  if (depFilePlace) places.push_back(depFilePlace.get());
+  if (reportPlace) places.push_back(reportPlace.get());
+  OutputPlace::CommitTogether(places);
+  TellPlaced(places, run.messages, tellMore);
 }
 
 /// No file that is to be written may be one that the scene comes from.
@@ -207,13 +209,18 @@ void RequireOtherThanSideFiles(std::span<const std::string> sideFiles, const Out
   if (depFile) RequireNotRead(*depFile, sideFiles);
 }
 
+void PlaceReport(Run& run, const OutputTarget& target) {
+  const std::unique_ptr<OutputPlace> place = PrepareReport(target, run);
+  place->Commit();
+  TellPlaced(*place, run.messages);
+}
+
 void ReportCancel(Run& run, const std::optional<OutputTarget>& report) {
   run.report.status = ExitStatus::kCancelled;
   run.messages.Note("cancelled",
                     fmt::format("{}: not exported: cancelled in the dialog", run.report.output));
   if (!report) return;
-  const std::string warning = PrepareReport(*report, run)->Commit();
-  if (!warning.empty()) run.messages.Warning("folder-not-synced", warning);
+  PlaceReport(run, *report);
 }
 
 void Export(Run& run, std::optional<OutputTarget>& report) {
@@ -272,9 +279,10 @@ void Export(Run& run, std::optional<OutputTarget>& report) {
   run.report.dependencies = Dependencies(arguments, std::move(loaded.sideFiles),
                                          talk.CxpFailed() ? std::string() : values.cxp);
   run.stages.End();
-  PutInPlace(run, place, depFile, report);
-  ShowStatus(run, "Exported " + sceneName);
-  talk.TellSuccess();
+  PutInPlace(run, place, depFile, report, [&] {
+    ShowStatus(run, "Exported " + sceneName);
+    talk.TellSuccess();
+  });
 }
 
 void ReportFailure(Run& run, const OutputTarget& target, const std::string& reason) {
@@ -283,8 +291,7 @@ void ReportFailure(Run& run, const OutputTarget& target, const std::string& reas
   run.report.error = reason;
   run.report.sha256.clear();
   try {
-    const std::string warning = PrepareReport(target, run)->Commit();
-    if (!warning.empty()) run.messages.Warning("folder-not-synced", warning);
+    PlaceReport(run, target);
   } catch (const std::exception& error) {
     // What the export ended with is the error to tell.
     run.messages.Warning("report-not-written", ReasonOf(error));

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -120,14 +121,6 @@ void RemoveLeftOvers(const std::string& targetPath) {
   closedir(entries);
 }
 
-/// Syncs a folder; the errno when that fails, 0 when it does not or the file system has no such
-/// thing.
-int SyncFolder(const std::string& folder) {
-  const Descriptor fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  const bool synced = fd.IsOpen() && (fsync(fd.Get()) == 0 || errno == EINVAL);
-  return synced ? 0 : errno;
-}
-
 }  // namespace
 
 std::string FolderPart(const std::string& path) {
@@ -189,12 +182,24 @@ OutputPlace::OutputPlace(OutputTarget target, const std::string& fileName)
     : target_(std::move(target)) {
   RemoveLeftOvers(target_.path);
   const HoldInterrupts hold;
-  folder_ = MakeFolder(target_, lock_) + '/';
-  file_ = folder_ + fileName;
-  cleanup_ = std::make_unique<InterruptCleanup>(folder_, file_);
+  const std::string made = MakeFolder(target_, lock_);
+  try {
+    folder_ = made + '/';
+    file_ = folder_ + fileName;
+    oldFile_ = folder_ + (fileName == "old" ? "older" : "old");
+    cleanup_ = std::make_unique<InterruptCleanup>(folder_, file_);
+  } catch (...) {
+    rmdir(made.c_str());
+    throw;
+  }
 }
 
 OutputPlace::~OutputPlace() {
+  // The only copy of what was at the target is in it.
+  if (putBackError_ != 0 && (keptOld_ || movedOld_)) return;
+  // Without these, which are likely to be all, the listing need not succeed.
+  unlink(file_.c_str());
+  unlink(oldFile_.c_str());
   RemoveFolder(folder_, lock_.Get());
 }
 
@@ -210,52 +215,80 @@ void OutputPlace::Fill(const std::function<void(std::ostream&)>& write) {
   if (error != 0) ThrowCannotWrite(target_.name, ErrnoText(error));
 }
 
-std::string OutputPlace::Commit() {
+void OutputPlace::Commit() {
+  Prepare();
+  Place();
+}
+
+void OutputPlace::Prepare() {
   const Descriptor file(open(file_.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-  const bool placed = file.IsOpen() && (!target_.mode || fchmod(file.Get(), *target_.mode) == 0) &&
-                      fsync(file.Get()) == 0 && rename(file_.c_str(), target_.path.c_str()) == 0;
-  if (!placed) ThrowCannotWrite(target_.name, ErrnoText(errno));
+  const bool prepared = file.IsOpen() &&
+                        (!target_.mode || fchmod(file.Get(), *target_.mode) == 0) &&
+                        fsync(file.Get()) == 0;
+  if (!prepared) ThrowCannotWrite(target_.name, ErrnoText(errno));
+  const std::string folder = FolderOf(target_.path);
+  targetFolder_ = Descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!targetFolder_.IsOpen()) syncError_ = errno;
+}
+
+void OutputPlace::Place() {
+  if (rename(file_.c_str(), target_.path.c_str()) != 0) {
+    ThrowCannotWrite(target_.name, ErrnoText(errno));
+  }
   placed_ = true;
-  const int error = SyncFolder(FolderOf(target_.path));
-  if (error == 0) return {};
+  // There are file systems that know no syncing of folders.
+  if (syncError_ == 0 && fsync(targetFolder_.Get()) != 0 && errno != EINVAL) syncError_ = errno;
+}
+
+std::string OutputPlace::Warning() const {
+  if (syncError_ == 0) return {};
   return fmt::format("{}: is in its place, but its folder can't be synced: {}", target_.name,
-                     ErrnoText(error));
+                     ErrnoText(syncError_));
 }
 
 void OutputPlace::KeepOld() {
-  keptOld_ = link(target_.path.c_str(), OldFile().c_str()) == 0;
+  keptOld_ = link(target_.path.c_str(), oldFile_.c_str()) == 0;
   if (keptOld_ || errno == ENOENT) return;
   RequireRegularFileOrNothing(target_.path);
   // There are file systems without links.
-  movedOld_ = rename(target_.path.c_str(), OldFile().c_str()) == 0;
+  movedOld_ = rename(target_.path.c_str(), oldFile_.c_str()) == 0;
   if (!movedOld_) ThrowCannotWrite(target_.name, ErrnoText(errno));
 }
 
 void OutputPlace::PutBack() {
+  int result = 0;
   if (movedOld_ || (keptOld_ && placed_)) {
-    rename(OldFile().c_str(), target_.path.c_str());
+    result = rename(oldFile_.c_str(), target_.path.c_str());
   } else if (placed_) {
-    unlink(target_.path.c_str());
+    result = unlink(target_.path.c_str());
   }
+  if (result != 0) putBackError_ = errno;
 }
 
-std::vector<std::string> OutputPlace::CommitTogether(
-    std::span<const std::unique_ptr<OutputPlace>> places) {
+std::string OutputPlace::NotPutBack() const {
+  if (putBackError_ == 0) return {};
+  const std::string reason = ErrnoText(putBackError_);
+  if (!movedOld_ && !keptOld_) {
+    return fmt::format("; {} was placed and can't be removed: {}", target_.name, reason);
+  }
+  return fmt::format("; {} can't be put back, it is {} now: {}", target_.name, oldFile_, reason);
+}
+
+void OutputPlace::CommitTogether(std::span<OutputPlace* const> places) {
+  for (OutputPlace* const place : places) place->Prepare();
   const HoldInterrupts hold;
-  std::vector<std::string> warnings;
   try {
-    for (const auto& place : places) place->KeepOld();
-    for (const auto& place : places) {
-      std::string warning = place->Commit();
-      if (!warning.empty()) warnings.push_back(std::move(warning));
-    }
-  } catch (const RunError&) {
-    for (const auto& place : places) place->PutBack();
-    for (const auto& place : places) unlink(place->OldFile().c_str());
+    // Once the last one is placed there is nothing to take back.
+    for (OutputPlace* const place : places.first(places.size() - 1)) place->KeepOld();
+    for (OutputPlace* const place : places) place->Place();
+  } catch (const std::exception& error) {
+    for (OutputPlace* const place : places) place->PutBack();
+    std::string notPutBack;
+    for (const OutputPlace* const place : places) notPutBack += place->NotPutBack();
+    if (!notPutBack.empty()) throw RunError(error.what() + notPutBack);
     throw;
   }
-  for (const auto& place : places) unlink(place->OldFile().c_str());
-  return warnings;
+  for (const OutputPlace* const place : places) unlink(place->oldFile_.c_str());
 }
 
 }  // namespace mapexport

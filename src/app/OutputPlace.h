@@ -8,7 +8,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include <sys/types.h>
 
@@ -59,26 +58,37 @@ class OutputPlace {
   void Fill(const std::function<void(std::ostream&)>& write);
 
   /// Gives the file the rights of the one it replaces, syncs it and moves it to the target. Throws
-  /// RunError, the target then being as it was. Returns a warning, empty when there is none.
-  std::string Commit();
+  /// RunError, the target then being as it was.
+  void Commit();
 
   /// Commits all of them or, when one can't be, none: the targets are as they were then. Throws
-  /// RunError. Returns the warnings.
-  static std::vector<std::string> CommitTogether(
-      std::span<const std::unique_ptr<OutputPlace>> places);
+  /// RunError.
+  static void CommitTogether(std::span<OutputPlace* const> places);
+
+  /// What is to be told of a place that is committed, empty when there is nothing.
+  std::string Warning() const;
 
  private:
-  /// Keeps what is at the target, so that PutBack can undo a Commit.
+  /// Everything that takes memory or is likely to fail, so that little is left when the first of
+  /// several is placed.
+  void Prepare();
+  void Place();
+  /// Keeps what is at the target, so that PutBack can undo Place.
   void KeepOld();
   void PutBack();
-  std::string OldFile() const { return folder_ + "old"; }
+  /// What PutBack could not do, empty when nothing.
+  std::string NotPutBack() const;
 
   OutputTarget target_;
   std::string folder_;
   std::string file_;
-  Descriptor lock_;  ///< the folder, open
+  std::string oldFile_;      ///< the older content, while it is kept
+  Descriptor lock_;          ///< the folder, open
+  Descriptor targetFolder_;  ///< open from Prepare on
+  int syncError_ = 0;        ///< why the target's folder can't be synced
+  int putBackError_ = 0;
   bool keptOld_ = false;
-  bool movedOld_ = false;  ///< the target is empty until Commit
+  bool movedOld_ = false;  ///< the target is empty until Place
   bool placed_ = false;
   std::unique_ptr<InterruptCleanup> cleanup_;
 };

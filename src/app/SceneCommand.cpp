@@ -10,6 +10,7 @@
 #include "app/OutputPlace.h"
 #include "app/Stages.h"
 #include "app/StandardOutput.h"
+#include "app/TellPlaced.h"
 #include "scene/SceneFile.h"
 
 namespace mapexport {
@@ -35,9 +36,8 @@ ExitStatus RunSceneCommand(const SceneArguments& arguments) {
   stages.Begin("writing");
   OutputPlace place(target, NamePart(target.path));
   place.Fill([&](std::ostream& out) { WriteSceneFile(loaded.scene, out); });
-  if (const std::string warning = place.Commit(); !warning.empty()) {
-    messages.Warning("folder-not-synced", warning);
-  }
+  place.Commit();
+  TellPlaced(place, messages);
   return ExitStatus::kDone;
 }
 

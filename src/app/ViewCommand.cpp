@@ -11,6 +11,7 @@
 #include "app/OutputPlace.h"
 #include "app/RunError.h"
 #include "app/StandardOutput.h"
+#include "app/TellPlaced.h"
 #include "view/WritePage.h"
 
 namespace mapexport {
@@ -34,9 +35,8 @@ ExitStatus RunViewCommand(const ViewArguments& arguments) {
   OutputPlace place(target, NamePart(target.path));
   const ViewInfo info{NamePart(arguments.file), arguments.coordinateSystem};
   place.Fill([&](std::ostream& out) { WritePage(loaded->model, info, out); });
-  if (const std::string warning = place.Commit(); !warning.empty()) {
-    messages.Warning("folder-not-synced", warning);
-  }
+  place.Commit();
+  TellPlaced(place, messages);
   try {
     PrintResult([&](std::ostream& out) { out << "wrote " << output << '\n'; });
   } catch (const RunError& error) {
