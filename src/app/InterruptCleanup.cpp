@@ -7,12 +7,13 @@
 #include <utility>
 
 #include <pthread.h>
+#include <signal.h>
 #include <unistd.h>
+
+#include "settings/HoldInterrupts.h"
 
 namespace mapexport {
 namespace {
-
-constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
 
 struct Guarded {
   const char* folder = nullptr;  ///< null: the place is free
@@ -63,7 +64,7 @@ InterruptCleanup::InterruptCleanup(std::string folder, std::string file)
   // A library may call exit: the windows' does when their display goes away.
   static const bool registered = std::atexit(Remove) == 0;
   if (!registered) throw std::logic_error("no more functions can be called at exit");
-  for (const int signal : kSignals) {
+  for (const int signal : HoldInterrupts::kSignals) {
     // Who started the program to ignore a signal (nohup) means it.
     if (::signal(signal, RemoveAndEnd) == SIG_IGN) ::signal(signal, SIG_IGN);
   }
@@ -73,20 +74,9 @@ InterruptCleanup::~InterruptCleanup() {
   const HoldInterrupts hold;
   guarded[slot_] = {};
   if (!NothingIsGuarded()) return;
-  for (const int signal : kSignals) {
+  for (const int signal : HoldInterrupts::kSignals) {
     if (::signal(signal, SIG_DFL) == SIG_IGN) ::signal(signal, SIG_IGN);
   }
-}
-
-HoldInterrupts::HoldInterrupts() {
-  sigset_t held;
-  sigemptyset(&held);
-  for (const int signal : kSignals) sigaddset(&held, signal);
-  sigprocmask(SIG_BLOCK, &held, &before_);
-}
-
-HoldInterrupts::~HoldInterrupts() {
-  sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
 }  // namespace mapexport

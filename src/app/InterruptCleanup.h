@@ -4,8 +4,6 @@
 #include <cstddef>
 #include <string>
 
-#include <signal.h>
-
 namespace mapexport {
 
 /// While one lives, SIGINT, SIGTERM and SIGHUP remove a file and then its folder before they end
@@ -23,18 +21,6 @@ class InterruptCleanup {
   std::string folder_;
   std::string file_;
   std::size_t slot_;
-};
-
-/// Keeps those signals waiting while it lives.
-class HoldInterrupts {
- public:
-  HoldInterrupts();
-  ~HoldInterrupts();
-  HoldInterrupts(const HoldInterrupts&) = delete;
-  HoldInterrupts& operator=(const HoldInterrupts&) = delete;
-
- private:
-  sigset_t before_;
 };
 
 }  // namespace mapexport

@@ -19,6 +19,7 @@
 
 #include "app/FdOutput.h"
 #include "app/RunError.h"
+#include "settings/HoldInterrupts.h"
 
 namespace mapexport {
 namespace {

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <new>
 #include <system_error>
 #include <thread>
 
@@ -32,18 +33,20 @@ void MakeFolders(const fs::path& folder) {
   }
 }
 
-/// A new file in `folder` that goes away again unless it is renamed.
+/// A new file in `folder` that goes away again unless it is renamed. Its name is the same for every
+/// holder of the lock of that file, so that one which a killed process left behind is replaced.
 class TemporaryFile {
  public:
-  explicit TemporaryFile(const fs::path& folder)
-      : path_((folder / ".mapexport-settings-XXXXXX").string()),
-        file_(::mkostemp(path_.data(), O_CLOEXEC)) {
+  TemporaryFile(const fs::path& folder, const struct stat& locked)
+      : path_((folder / fmt::format(".mapexport-settings-{:x}", locked.st_ino)).string()) {
+    ::unlink(path_.c_str());
+    file_ = Descriptor(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (!file_.IsOpen()) throw SettingsError("no file can be made beside it", errno);
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() {
-    if (!renamed_) ::unlink(path_.c_str());
+    if (file_.IsOpen() && !renamed_) ::unlink(path_.c_str());
   }
 
   void Write(std::string_view bytes) {
@@ -93,12 +96,19 @@ LockedSettingsFile::LockedSettingsFile(const std::string& path,
                                        std::chrono::milliseconds patience) {
   const auto deadline = std::chrono::steady_clock::now() + patience;
   while (true) {
+    hold_.emplace();
     OpenOrCreate(path);
-    if (TryLock(path) && LeadsHere(path)) return;
+    try {
+      if (TryLock(path) && LeadsHere(path)) return;
+    } catch (const std::bad_alloc&) {
+      RemoveIfUnused();
+      throw;
+    }
     if (std::chrono::steady_clock::now() >= deadline) {
       throw SettingsError(fmt::format(
           "another process still locks or replaces the file after {} ms", patience.count()));
     }
+    hold_.reset();
     std::this_thread::sleep_for(kPause);
   }
 }
@@ -122,7 +132,7 @@ std::string LockedSettingsFile::Read() {
 void LockedSettingsFile::Replace(std::string_view bytes) {
   struct stat status {};
   if (::fstat(file_.Get(), &status) != 0) throw SettingsError("the file can't be read", errno);
-  TemporaryFile temporary(fs::path(realPath_).parent_path());
+  TemporaryFile temporary(fs::path(realPath_).parent_path(), status);
   temporary.Write(bytes);
   temporary.TakeModeAndOwner(status);
   temporary.RenameTo(realPath_);
@@ -133,6 +143,7 @@ void LockedSettingsFile::OpenOrCreate(const std::string& path) {
   // O_NONBLOCK: a pipe must not keep us waiting before we see that it is one.
   constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NONBLOCK;
   madeHere_ = false;
+  realPath_ = path;
   file_ = Descriptor(::open(path.c_str(), kFlags));
   if (!file_.IsOpen() && errno == ENOENT) {
     MakeFolders(fs::path(path).parent_path());

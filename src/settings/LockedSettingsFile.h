@@ -2,16 +2,20 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "settings/Descriptor.h"
+#include "settings/HoldInterrupts.h"
 
 namespace mapexport {
 
 /// The lock is an advisory one (flock) on the file itself, so that it leaves nothing behind and
 /// works on network file systems, which lock no folders. Because the file is replaced while it is
 /// locked, who gets the lock looks again whether the path still leads to the file that it locked.
+/// While the lock is held, SIGINT, SIGTERM and SIGHUP wait: they leave no temporary file behind,
+/// and one that a killed process left is replaced.
 class LockedSettingsFile {
  public:
   /// Opens the file at `path` for reading and writing and locks it. A file that is missing is made,
@@ -38,6 +42,7 @@ class LockedSettingsFile {
   void RemoveIfUnused();
   bool LeadsHere(const std::string& path);
 
+  std::optional<HoldInterrupts> hold_;  ///< but while the lock is waited for
   Descriptor file_;
   std::string realPath_;  ///< the path without symbolic links
   bool madeHere_ = false;
