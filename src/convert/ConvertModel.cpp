@@ -1,5 +1,7 @@
 #include "convert/ConvertModel.h"
 
+#include <new>
+#include <string_view>
 #include <utility>
 
 #include <assimp/Exporter.hpp>
@@ -9,6 +11,12 @@
 #include "convert/TargetScene.h"
 
 namespace mapexport {
+namespace {
+
+// What the library says of a stream in memory that could not grow.
+constexpr std::string_view kStreamFailed = "output data creation failed";
+
+}  // namespace
 
 ConvertedModel ConvertModel(const ModelFile& model, const std::string& fileName,
                             const TargetFormat& format, const ExportedSpace& exported,
@@ -26,8 +34,9 @@ ConvertedModel ConvertModel(const ModelFile& model, const std::string& fileName,
   auto* const files = new MemoryFiles;  // the exporter's from now on
   exporter.SetIOHandler(files);
   const aiReturn done = exporter.Export(scene.get(), format.libraryId, fileName);
+  const std::string reason = exporter.GetErrorString();
+  if (done == aiReturn_OUTOFMEMORY || reason.starts_with(kStreamFailed)) throw std::bad_alloc();
   if (done != aiReturn_SUCCESS || !files->Files().contains(fileName)) {
-    const std::string reason = exporter.GetErrorString();
     throw ConvertError(reason.empty() ? "the export library wrote nothing"
                                       : reason.substr(0, reason.find('\n')));
   }
