@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Shows that the program can be left alone: lets every single call of a small export fail (opening,
+# writing, syncing, renaming, allocating, ...), ends exports at every call and at random moments, takes
+# away disk, rights and memory, and lets two exports meet. After each run the exit status, standard error,
+# outputs, settings and left-overs must be as promised. Ends with 1 on any finding and keeps what is needed
+# to repeat it. Takes an hour or so: faults.sh [--seed N] [--parts calls,surroundings,kills,memory]
+# [--kinds LIST] [--only WORD]. --quick tries some of it, as the test does.
+#
+# A whole run writes build/robustness/faults.tsv: what was tried, inputs, findings, how.
+# MAPEXPORT and MAPEXPORT_FAILING_CALL name the program to try and the library that lets calls fail; unless
+# given, the release build is brought up to date.
+set -euo pipefail
+unset CDPATH
+root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
+# shellcheck source=scripts/lib/ensure-packages.sh
+. "$root/scripts/lib/ensure-packages.sh"
+ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-test.txt"
+
+if [[ -z ${MAPEXPORT:-} ]]; then
+  (
+    cd -- "$root"
+    cmake --preset release -DMAPEXPORT_TESTS=ON >/dev/null
+    cmake --build --preset release --target mapexport mapexport-plugin failing-call >/dev/null
+  )
+fi
+[[ $# -gt 0 ]] || set -- --table "$root/build/robustness/faults.tsv"
+exec python3 -B "$root/scripts/faults" "${MAPEXPORT:-$root/build/release/bin/mapexport}" \
+  "${MAPEXPORT_FAILING_CALL:-$root/build/release/tests/failing-call.so}" "$@"
