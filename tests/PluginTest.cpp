@@ -34,6 +34,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -451,6 +452,10 @@ TEST_F(PluginTest, TheLogCutsLongLinesAndWorksWithoutAFile) {
   ASSERT_EQ(mkfifo("pipe", 0600), 0);
   log.Open("pipe");
   EXPECT_THAT(system_.debugOutput, HasSubstr("[pipe]")) << "nobody reads it: opening would hang";
+  log.Open("/dev/full");
+  log.Line() << "line\n" << std::flush;
+  log.Emit();
+  EXPECT_THAT(system_.debugOutput, EndsWith("line\nUnable to write the file [/dev/full]\n"));
   log.Open("log.txt");
   system_.debugOutput.clear();
   log.Line() << std::string(5000, 'x') << '\n' << std::flush;

@@ -9,6 +9,7 @@ namespace {
 
 constexpr const char* kSuccessTitle = "Text Scene Export";
 constexpr std::string_view kNoLog = "Unable to open the file [";
+constexpr std::string_view kCutLog = "Unable to write the file [";
 constexpr std::string_view kNoCxp = "Could not load CXP file ";
 constexpr std::string_view kException = "Export ended by an exception: ";
 constexpr std::string_view kInvalidFace = "Invalid FACE in GROUP";
@@ -35,6 +36,12 @@ void ExporterTalk::HearDebugOutput(const std::string& text) {
     hasLog_ = false;
     messages_.Warning("no-export-log",
                       fmt::format("{}: cannot be written; this export has no log", line));
+  } else if (line.starts_with(kCutLog) && line.ends_with(']')) {
+    line.remove_prefix(kCutLog.size());
+    line.remove_suffix(1);
+    hasLog_ = false;
+    messages_.Warning("export-log-cut",
+                      fmt::format("{}: cannot be written any more; the log ends there", line));
   } else if (line.starts_with(kNoCxp)) {
     line.remove_prefix(kNoCxp.size());
     if (line.empty()) return;  // no database is named

@@ -43,7 +43,7 @@ class ExporterTalk {
   Messages& messages_;
   ShowBox showBox_;
   bool succeeded_ = false;
-  bool hasLog_ = true;  ///< ExportDebug.txt could be opened
+  bool hasLog_ = true;  ///< ExportDebug.txt could be opened and written
   bool cxpFailed_ = false;
   std::string successText_;
   std::string exception_;

@@ -32,6 +32,7 @@ DebugLog& DebugLog::Instance() {
 }
 
 void DebugLog::Open(const char* name) {
+  name_ = name;
   file_.close();
   file_.clear();
   // Opening a pipe would wait for somebody to read it.
@@ -48,6 +49,10 @@ void DebugLog::Emit() {
   if (fileOpen_) file_ << text << std::flush;
   if (echo_) TheSystem().OutputDebugStringA(text);
   buffer_.Rewind();
+  if (!fileOpen_ || file_) return;
+  fileOpen_ = false;
+  Line() << "Unable to write the file [" << name_ << "]\n" << std::flush;
+  Emit();
 }
 
 }  // namespace mapexport

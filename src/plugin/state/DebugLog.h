@@ -5,6 +5,7 @@
 #include <fstream>
 #include <ostream>
 #include <streambuf>
+#include <string>
 
 namespace mapexport {
 
@@ -25,7 +26,8 @@ class DebugLog {
   /// holds at most 4,095 characters with its newline; what is beyond is cut off before the newline.
   std::ostream& Line() { return line_; }
 
-  /// Sends the composed line to the file and to the debugger output, and starts the next one.
+  /// Sends the composed line to the file and to the debugger output, and starts the next one. When
+  /// the file can't be written, a line to the debugger output says so, and the file ends there.
   void Emit();
 
  private:
@@ -46,7 +48,8 @@ class DebugLog {
 
   LineBuffer buffer_;
   std::ostream line_{&buffer_};
-  bool fileOpen_ = false;
+  std::string name_;
+  bool fileOpen_ = false;  ///< and everything could be written
   std::ofstream file_;
   bool echo_ = true;  ///< send every emitted line to the debugger output
 };
