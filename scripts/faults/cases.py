@@ -3,7 +3,7 @@ import hashlib
 import json
 import shutil
 
-from runs import ROOT, TOLD, contents, messages_fault, run
+from runs import LOG, ROOT, TOLD, contents, messages_fault, run
 
 OLD = b"an older file"
 
@@ -25,6 +25,7 @@ class Case:
         self.crashes = crashes  # its library does, without memory
         self.before = {}
         self.after = {}
+        self.log_lines = 0
         self.undisturbed = None
 
     def prepare(self, folder):
@@ -51,6 +52,7 @@ class Case:
         self.before = contents(folder)
         self.undisturbed = run(program, folder, self.arguments)
         self.after = contents(folder)
+        self.log_lines = count_log_lines(folder)
         fault = messages_fault(self.undisturbed)
         missing = [name for name in self.outputs if name not in self.after]
         if fault or self.undisturbed.status != 0 or missing:
@@ -64,6 +66,9 @@ class Case:
         # Where nothing can be renamed any more, the message says where the older file is.
         if not fault and outcome.status == 1 and "can't be put back" in outcome.err:
             return ""
+        log = count_log_lines(folder)
+        if not fault and outcome.status == 0 and log < self.log_lines and "log" not in outcome.err:
+            fault = f"the log has {log} lines, which nobody is told"
         return fault or self._left(now, may_leave) or self._wrong_file(outcome, now)
 
     def _left(self, now, may_leave):
@@ -115,6 +120,11 @@ class Case:
         if status == 0 and report["sha256"] != hashlib.sha256(now[self.outputs[0]]).hexdigest():
             return f"{self.report} tells of another output"
         return ""
+
+
+def count_log_lines(folder):
+    path = folder / LOG
+    return path.read_bytes().count(b"\n") if path.exists() else 0
 
 
 def make_cases(program, tally):

@@ -142,8 +142,7 @@ class Kills:
         rng = random.Random(self.seed)
         for sent in (signal.SIGKILL, *POLITE):
             what = f"{signal.Signals(sent).name} at random moments"
-            self.tally.begin(what, f"seed {self.seed}; of an export of some {2 * GRID * GRID} triangles "
-                                   "by way of the reader's process")
+            ended = 0
             for i in range(count if sent == signal.SIGKILL else max(1, count // 3)):
                 moment = rng.uniform(0, whole * 1.05)
                 folder = self.tally.folder()
@@ -156,7 +155,12 @@ class Kills:
                 fault = self.fault_of(case, outcome, folder, sent, False)
                 if not fault and not group_is_gone(process.pid):
                     fault = "a process is left"
+                ended += outcome.status == -sent
+                self.tally.begin(what, "")
                 self.tally.add(what, folder, fault, f"number {i}, after {moment:.3f} s")
+            self.tally.rows[what][2] = (
+                f"seed {self.seed}; of an export of {2 * GRID * GRID} triangles with the reader's "
+                f"process; {ended} ended it, the others came too late")
 
     # Two at once
 

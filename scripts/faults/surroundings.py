@@ -31,7 +31,8 @@ class Surroundings:
         for case in make_cases(self.program, self.tally):
             if only in case.name and not (quick and case.name != "export over an older output"):
                 self._file_sizes(case)
-                self._descriptors(case)
+                if not self.sanitized:  # which needs some, too
+                    self._descriptors(case)
                 self._small_disks(case)
 
     def _judge(self, what, case, detail, outcome, folder):
