@@ -7,7 +7,6 @@
 #include <unordered_set>
 #include <vector>
 
-
 namespace mapexport {
 
 /// Texture names in the order in which they were read, duplicates kept; the search takes constant
