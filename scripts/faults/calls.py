@@ -3,7 +3,7 @@ import errno
 import struct
 
 from cases import make_cases
-from runs import contents, in_parallel, run
+from runs import in_parallel, run
 
 SHORT = 0
 # Kind, the ways in which a call of it fails, whether all later ones fail too.
@@ -33,9 +33,6 @@ NAMES = {"open": "opening files and folders", "read": "reading", "write": "writi
 QUICK = {"export over an older output": FAILURES,
          "export of .obj": [row for row in FAILURES if row[0] in ("process", "read", "alloc")],
          "convert to .obj": [row for row in FAILURES if row[0] in ("rename", "write")]}
-# The packaged library that convert writes with crashes on some allocations that fail; convert has
-# touched no file by then.
-CRASHES = "failing calls: allocations, crashes of the export library"
 
 
 class Calls:
@@ -68,7 +65,7 @@ class Calls:
     def _try_kind(self, case, kind, error, on, child, count, quick):
         what = f"failing calls: {NAMES[kind]}"
         self.tally.begin(what, "every single call fails once, in each command, in the program and in "
-                               "the process that reads the scene; then it and all later ones")
+                               "the process that reads or converts; then it and all later ones")
         numbers = range(1, count + 1)
         if quick and count > 10:
             numbers = sorted({1 + i * (count - 1) // 4 for i in range(5)})
@@ -78,16 +75,10 @@ class Calls:
 
         def try_one(number):
             outcome, folder, _ = self._run(case, kind, number, error, on, child)
-            row = what
-            if kind == "alloc" and case.crashes and outcome.status is not None and outcome.status < 0:
-                row = CRASHES
-                self.tally.begin(row, "of convert: they end the program, but no file is touched")
-                fault = "" if contents(folder / "work") == case.before else "files were touched"
-            else:
-                fault = case.fault_of(outcome, folder / "work", may_leave=kind == "remove")
+            fault = case.fault_of(outcome, folder / "work", may_leave=kind == "remove")
             name = errno.errorcode.get(error, "short")
             where = "reader's " if child else ""
-            self.tally.add(row, folder, fault,
+            self.tally.add(what, folder, fault,
                            f"{case.name}, {where}{kind} {number} of {count}, {name}"
                            + (" from then on" if on else ""))
             return fault

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "app/ConvertApart.h"
 #include "app/LoadModel.h"
 #include "app/Messages.h"
 #include "app/OutputPlace.h"
@@ -40,8 +41,10 @@ void TellChanges(const std::string& output, const Changes& changes, Messages& me
 ConvertedModel Convert(const ModelFile& model, const OutputTarget& target,
                        const ConvertArguments& arguments) {
   try {
-    return ConvertModel(model, NamePart(target.path), *arguments.format, arguments.exported,
-                        arguments.scale.value_or(arguments.format->hostUnits));
+    return ConvertApart([&] {
+      return ConvertModel(model, NamePart(target.path), *arguments.format, arguments.exported,
+                          arguments.scale.value_or(arguments.format->hostUnits));
+    });
   } catch (const ConvertError& error) {
     throw RunError(fmt::format("{}: not converted: {}", arguments.file, error.what()));
   }
@@ -74,6 +77,7 @@ ExitStatus RunConvertCommand(const ConvertArguments& arguments) {
   TellChanges(arguments.output, converted.changes, messages);
   const auto owned = Fill(arguments.file, target, converted.files);
   std::vector<OutputPlace*> places;
+  places.reserve(owned.size());
   for (const auto& place : owned) places.push_back(place.get());
   OutputPlace::CommitTogether(places);
   TellPlaced(places, messages, [] {});

@@ -10,15 +10,14 @@
 #include <ostream>
 #include <utility>
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <limits.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <time.h>
 #include <unistd.h>
 
+#include "app/BecomeWorker.h"
 #include "app/ConfineReader.h"
 #include "app/FdOutput.h"
 #include "app/ReaderMessage.h"
@@ -91,8 +90,6 @@ void EndIn(time_t seconds) {
 }
 
 void SetLimits(const ReaderLimits& limits) {
-  SetLimit(RLIMIT_CORE, 0);
-  prctl(PR_SET_DUMPABLE, 0);  // core dumps that go to a program don't heed the limit
   SetLimit(RLIMIT_FSIZE, limits.fileSize);
   if (limits.addressSpace != 0) SetLimit(RLIMIT_AS, limits.addressSpace);
   if (limits.seconds == 0) return;
@@ -101,27 +98,6 @@ void SetLimits(const ReaderLimits& limits) {
       limits.seconds > UINT_MAX / kPatience ? UINT_MAX : limits.seconds * kPatience;
   alarm(patience);
   EndIn(time_t{patience} + kGrace);
-}
-
-/// Undoes what whoever started us may have done to the signals that are to end the process.
-void LetSignalsEnd() {
-  for (const int end : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGXCPU, SIGALRM}) {
-    signal(end, SIG_DFL);
-  }
-  sigset_t none;
-  sigemptyset(&none);
-  sigprocmask(SIG_SETMASK, &none, nullptr);
-}
-
-void SilenceStandardStreams() {
-  const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
-  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-    if (null >= 0) {
-      dup2(null, fd);
-    } else {
-      close(fd);
-    }
-  }
 }
 
 /// The errno of the first write that failed, 0 when none did.
@@ -190,10 +166,7 @@ pid_t StartReader(const std::string& path, const ImportOptions& options, const R
   const pid_t pid = fork();
   if (pid != 0) return pid;
 
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (getppid() != parent) _exit(0);  // it died before that
-  LetSignalsEnd();
-  SilenceStandardStreams();
+  BecomeWorker(parent);
   SetLimits(limits);
   std::set_terminate(EndOnTerminate);
   // The import library reads numbers, and makes names of some, as the language in force has them.
