@@ -125,29 +125,30 @@ int BeginMain(int argc, char** argv, char** environment) {
     if (Fails(kOpen)) return -1;               \
     NEXT(name, path, flags, mode);             \
   }
-#define READ_FUNCTION(kind, result, name, buffer, parameters, ...) \
-  result name parameters {                                         \
-    if (fd != STDERR_FILENO && Fails(kind)) {                      \
-      if (!IsShort(size)) return -1;                               \
-      size = 1;                                                    \
-    }                                                              \
-    NEXT(name, __VA_ARGS__);                                       \
+#define READ_FUNCTION(kind, result, name, parameters, ...) \
+  result name parameters {                                 \
+    if (fd != STDERR_FILENO && Fails(kind)) {              \
+      if (!IsShort(size)) return -1;                       \
+      size = 1;                                            \
+    }                                                      \
+    NEXT(name, __VA_ARGS__);                               \
   }
 
 extern "C" {
 
+// NOLINTBEGIN(bugprone-reserved-identifier): these are names of the C library.
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 ssize_t __read_chk(int fd, void* buffer, std::size_t size, std::size_t room);
-int fstat64(int fd, struct stat64* info) noexcept;
 
 int __libc_start_main(int (*main)(int, char**, char**), int argc, char** argv, void (*init)(),
                       void (*fini)(), void (*loaderFini)(), void* stackEnd) {
   programMain = main;
   NEXT(__libc_start_main, BeginMain, argc, argv, init, fini, loaderFini, stackEnd);
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 void* malloc(std::size_t size) noexcept {
   return Fails(kAlloc) ? nullptr : __libc_malloc(size);
@@ -175,14 +176,13 @@ FUNCTION(kOpen, std::FILE*, fopen64, (const char* path, const char* mode), nullp
 FUNCTION(kOpen, DIR*, opendir, (const char* path), nullptr, path)
 FUNCTION(kOpen, DIR*, fdopendir, (int fd), nullptr, fd)
 
-READ_FUNCTION(kRead, ssize_t, read, buffer, (int fd, void* buffer, std::size_t size), fd, buffer,
+READ_FUNCTION(kRead, ssize_t, read, (int fd, void* buffer, std::size_t size), fd, buffer, size)
+READ_FUNCTION(kRead, ssize_t, pread, (int fd, void* buffer, std::size_t size, off_t at), fd, buffer,
+              size, at)
+READ_FUNCTION(kWrite, ssize_t, write, (int fd, const void* buffer, std::size_t size), fd, buffer,
               size)
-READ_FUNCTION(kRead, ssize_t, pread, buffer, (int fd, void* buffer, std::size_t size, off_t at), fd,
+READ_FUNCTION(kWrite, ssize_t, pwrite, (int fd, const void* buffer, std::size_t size, off_t at), fd,
               buffer, size, at)
-READ_FUNCTION(kWrite, ssize_t, write, buffer, (int fd, const void* buffer, std::size_t size), fd,
-              buffer, size)
-READ_FUNCTION(kWrite, ssize_t, pwrite, buffer,
-              (int fd, const void* buffer, std::size_t size, off_t at), fd, buffer, size, at)
 ssize_t writev(int fd, const iovec* parts, int count) {
   if (Fails(kWrite)) {
     if (!IsShort(1)) return -1;
