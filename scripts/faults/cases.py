@@ -55,7 +55,8 @@ class Case:
         fault = messages_fault(self.undisturbed)
         missing = [name for name in self.outputs if name not in self.after]
         if fault or self.undisturbed.status != 0 or missing:
-            raise SystemExit(f"{self.name}: fails undisturbed: {fault} {self.undisturbed} {missing}")
+            raise SystemExit(f"{self.name}: fails undisturbed: {fault} {self.undisturbed}, "
+                             f"without {missing}")
         shutil.rmtree(folder)
 
     def fault_of(self, outcome, folder, may_leave=False):
@@ -145,7 +146,8 @@ def list_cases(program, tally):
     model = {"model.kob": (folder / "model.kob").read_bytes()}
     shutil.rmtree(folder)
     export = ["export", "transparent.scene.json", "out.kob", "--settings", "set.reg", "--cxp",
-              golden / "transparent.cxp", "--coordinates", "0", "--depfile", "out.d", "--report", "out.json", "--seed", "1",
+              golden / "transparent.cxp", "--coordinates", "0", "--depfile", "out.d", "--report",
+              "out.json", "--seed", "1",
               "--quiet"]
     return [
         Case("export over an older output", export, scene, ["out.kob", "out.d"],

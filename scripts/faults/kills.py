@@ -258,6 +258,7 @@ def write_grid(path, size):
 
 def make_grid_case(program, folder, tally):
     case = Case("grid", ["export", folder / "grid.obj", "out.kob", "--settings", "set.reg", "--seed",
-                         "1", "--quiet", "--coordinates", "0"], {}, ["out.kob"], settings="set.reg", existing=True)
+                         "1", "--quiet", "--coordinates", "0"], {}, ["out.kob"],
+                settings="set.reg", existing=True)
     case.learn(program, tally)
     return case

@@ -1,4 +1,4 @@
-"""Disks that are full, folders that may not be written, outputs that are no files, memory that is short."""
+"""Disks that are full, folders that may not be written, outputs that are no files, little memory."""
 import os
 import resource
 import shutil
@@ -33,7 +33,8 @@ class Surroundings:
                 self._file_sizes(case)
                 if not self.sanitized:  # which needs some, too
                     self._descriptors(case)
-                self._small_disks(case)
+                if not quick:
+                    self._small_disks(case)
 
     def _judge(self, what, case, detail, outcome, folder):
         self.tally.add(what, folder, case.fault_of(outcome, folder), f"{case.name}, {detail}")
@@ -62,34 +63,39 @@ class Surroundings:
                 return
 
     def _small_disks(self, case):
-        """File systems of their own, where they may be mounted."""
+        """File systems of their own, where they may be mounted; writing that fails with ENOSPC is tried
+        anyway."""
         for what, options in (("a disk that is full", [f"size={4 * n}k" for n in range(1, 20)]),
                               ("a disk without room for another file",
                                [f"nr_inodes={n}" for n in range(2, 20)])):
-            tried = False
             for option in options:
                 folder = self.tally.folder()
-                # Where nothing may be mounted, writing that fails with ENOSPC stands for it.
                 mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", option, "tmpfs", folder],
                                          stderr=subprocess.DEVNULL, check=False).returncode == 0
                 if not mounted:
+                    print(f"{what}: not tried with {case.name}: nothing can be mounted here")
                     shutil.rmtree(folder)
                     break
-                if not tried:
-                    self.tally.begin(what, "tmpfs, larger and larger until it is enough")
-                tried = True
+                self.tally.begin(what, "tmpfs, larger and larger until it is enough")
                 try:
-                    case.prepare(folder)
-                except OSError:
+                    outcome, fault = self._run_on_disk(case, folder)
+                finally:
                     subprocess.run(["umount", folder], check=True)
+                if outcome is None:
                     shutil.rmtree(folder)
                     continue
-                outcome = run(self.program, folder, case.arguments)
-                fault = case.fault_of(outcome, folder)
-                subprocess.run(["umount", folder], check=True)
                 self.tally.add(what, folder, fault, f"{case.name}, {option}")
                 if outcome == case.undisturbed:
                     break
+
+    def _run_on_disk(self, case, folder):
+        """The outcome, None where there is not even room for the inputs; and what is wrong."""
+        try:
+            case.prepare(folder)
+        except OSError:
+            return None, ""
+        outcome = run(self.program, folder, case.arguments)
+        return outcome, case.fault_of(outcome, folder)
 
     def _targets(self):
         what = "outputs that are no plain files"
@@ -225,8 +231,8 @@ class Memory:
     def try_all(self, write_grid, steps):
         """Of each command `steps` limits between what loads the program and what is enough."""
         what = "limits of memory (ulimit -v)"
-        self.tally.begin(what, f"{steps} limits from what loads the program to what is enough, for export "
-                               "of an .obj and of a scene file, scene, inspect and convert of some "
+        self.tally.begin(what, f"{steps} limits from what loads the program to what is enough, for "
+                               "export of an .obj and of a scene file, scene, inspect and convert of some "
                                "45,000 triangles")
         source = self.tally.folder()
         write_grid(source / "grid.obj", 150)

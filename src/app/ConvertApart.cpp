@@ -64,7 +64,8 @@ class HandOver {
   _exit(kRefused);
 }
 
-[[noreturn]] void Convert(const std::function<ConvertedModel()>& convert, int file) {
+/// The child's part, which nothing leaves.
+[[noreturn]] void Convert(const std::function<ConvertedModel()>& convert, int file) noexcept {
   try {
     HandOver out(file);
     out.Write(convert());
