@@ -41,6 +41,9 @@ def main():
     tally = Tally(top)
     parts = given.parts.split(",")
     sanitizer = sanitizer_of(given.program)
+    if sanitizer:
+        print("not tried: failing allocations, limits of memory and of open files, since the sanitizer "
+              "has an allocator of its own and needs some of both")
     if "calls" in parts:
         Calls(given.program, given.library, sanitizer, tally).try_all(
             given.quick, given.only, given.kinds.split(",") if given.kinds else None)
