@@ -1,10 +1,11 @@
+#include <cassert>
+
 #include "geometry/GeometryGroup.h"
 
 namespace mapexport {
 
 int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute) {
   AttributeIndex& index = group.attributeIndex;
-  if (index.Count() > group.attributes.size()) index.Clear();
   index.Update(group.attributes);
   return AddAttribute(group, attribute, index.PlaceOf(attribute.position));
 }
@@ -12,6 +13,7 @@ int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute) {
 int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute,
                  const AttributePlace& place) {
   AttributeIndex& index = group.attributeIndex;
+  assert(index.Count() == group.attributes.size());
   const std::uint32_t found = index.FindFirst(attribute, place, group.attributes);
   if (found != AttributeIndex::kNone) return static_cast<int>(found);
 

@@ -112,6 +112,7 @@ void AttributeIndex::AddDistinct(const AttributePlace& place,
 }
 
 void AttributeIndex::Update(std::span<const VertexAttribute> attributes) {
+  if (attributes.size() < std::max(Count(), distinct_)) Clear();
   while (Count() < attributes.size()) Insert(PlaceOf(attributes[Count()].position), attributes);
 }
 

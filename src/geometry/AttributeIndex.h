@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <span>
 #include <vector>
 
@@ -32,7 +31,7 @@ class AttributeIndex {
  public:
   static constexpr std::uint32_t kNone = CrowdedAttributes::kNone;
 
-  /// The place of a position. Good until Clear or Release.
+  /// The place of a position, whose cell is added if it is new. Good until Clear or Release.
   AttributePlace PlaceOf(const Point3& position);
   /// The places of many, in their order.
   std::vector<AttributePlace> PlacesOf(std::span<const Point3> positions);
@@ -45,7 +44,8 @@ class AttributeIndex {
   /// Takes in attributes[Count()], the last one, at `place`. It was looked for, and matches none.
   void AddDistinct(const AttributePlace& place, std::span<const VertexAttribute> attributes);
 
-  /// Takes in attributes[Count()] and all that follow it, whatever they match.
+  /// Takes in attributes[Count()] and all that follow it, whatever they match. Where attributes
+  /// were taken away from the end it starts anew.
   void Update(std::span<const VertexAttribute> attributes);
 
   /// How many attributes are in the index.
@@ -54,7 +54,7 @@ class AttributeIndex {
   /// Whether it is known that no two of the first `count` attributes match.
   bool AllDistinct(std::size_t count) const { return distinct_ >= count; }
 
-  /// Forgets everything. To be called when attributes were changed or removed.
+  /// Forgets everything. To be called when attributes were changed or removed otherwise.
   void Clear();
   /// Gives the memory back but keeps what AllDistinct knows.
   void Release();

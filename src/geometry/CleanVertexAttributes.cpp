@@ -162,6 +162,7 @@ void CleanVertexAttributes(GeometryGroup& group) {
 }
 
 void CleanVertexAttributes(GeometryGroup& group, const Point3& cellSize) {
+  // Gathering shares whatever matches; then nothing is left to merge.
   if (group.attributeIndex.AllDistinct(group.attributes.size())) return;
   const MatchingUses uses = FindMatchingUses(group);
   if (uses.uses.empty()) return;

@@ -10,7 +10,8 @@
 namespace mapexport {
 namespace {
 
-// Widths of a cell in reaches. The narrowest still lets a query touch only two cells per axis.
+// Widths of a cell in reaches. The narrowest still lets nearly every query touch only two cells per
+// axis.
 constexpr int kWidest = 32;
 constexpr int kNarrowest = 2;
 
@@ -72,13 +73,15 @@ class Axis {
 
   Range CellsAround(float x) const {
     if (std::fabs(static_cast<double>(x)) >= farOut_) {
-      // Beyond all other cells, which are fewer than 2^24 / kNarrowest to each side.
+      // Beyond all other cells, which are fewer than 2^25 to each side.
       return {(std::int64_t{1} << 32) + std::bit_cast<std::uint32_t>(x), false, false};
     }
     const double place = static_cast<double>(x) * perUnit_ + kShift;
     const std::int64_t own = Floor(place);
     const double within = place - static_cast<double>(own);
-    return {own, within<borderland_, within> 1.0 - borderland_};
+    const bool nearBelow = within < borderland_;
+    const bool nearAbove = 1.0 - within < borderland_;
+    return {own, nearBelow, nearAbove};
   }
 
  private:
@@ -101,7 +104,7 @@ class WeldGrid {
         squaredDistance_(squaredDistance),
         reach_(ReachOf(squaredDistance)),
         axis_(reach_, width_),
-        // Vertices share cells: half as many chains do.
+        // Vertices share cells: fewer chains will do.
         heads_(std::bit_ceil(std::max<std::size_t>(vertices.size(), 4)) / 2, 0),
         hashShift_(64 - std::countr_zero(heads_.size())),
         older_(vertices.size()) {}

@@ -1,8 +1,9 @@
 #include "geometry/GatherMesh.h"
 
 #include <algorithm>
+#include <array>
+#include <cassert>
 #include <span>
-#include <utility>
 #include <vector>
 
 #include "geometry/ConvertCoordinates.h"
@@ -77,6 +78,7 @@ std::vector<std::uint32_t> GatherFaces(GeometryGroup& group, const INode& node, 
     for (std::size_t k = 0; k < 3; ++k) {
       v[k] = hostFace.v[place.reversed ? 2 - k : k] + place.firstVertex;
     }
+    assert(std::ranges::max(v) < group.vertices.size());
     const Point3 corner = vertices[v[0]];
     const Point3 cross = CrossProd(vertices[v[1]] - corner, vertices[v[2]] - corner);
     const float length = Length(cross);
@@ -123,6 +125,7 @@ void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
   const std::int32_t textureMode = State().options.textureCoordinateMode;
   const std::span<GroupFace> faces(group.faces.end() - hostFaces.size(), hostFaces.size());
   const SmoothedNormals normals(faces, place.firstVertex, mesh.verts.size());
+  group.attributeIndex.Update(group.attributes);
   const std::vector<AttributePlace> attributePlaces =
       group.attributeIndex.PlacesOf({group.vertices.data() + place.firstVertex, mesh.verts.size()});
   CornerLook look = LookOf(-1, materials, wireColour);

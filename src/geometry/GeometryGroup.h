@@ -37,8 +37,8 @@ class GeometryGroup : public MapRecord {
 
   std::vector<SurfaceSet> surfaceSets;
   GrowableArray<GroupFace, 10> faces;
-  GrowableArray<Point3> vertices;  ///< world positions in export coordinates
-  GrowableArray<VertexAttribute> attributes;
+  GrowableArray<Point3> vertices;             ///< world positions in export coordinates
+  GrowableArray<VertexAttribute> attributes;  ///< who changes or removes one clears attributeIndex
   std::uint32_t vertexCounter =
       0;                          ///< vertices gathered; the index of the next node's first vertex
   std::uint32_t faceCounter = 0;  ///< faces gathered; the index of the next face

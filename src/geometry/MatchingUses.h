@@ -31,8 +31,7 @@ struct MatchingUses {
   }
 };
 
-/// Looks at the corners of all faces, in near-linear time. After a plain gather the result is
-/// empty, since AddAttribute lets no two attributes match.
+/// Looks at the corners of all faces, in near-linear time.
 MatchingUses FindMatchingUses(const GeometryGroup& group);
 
 }  // namespace mapexport

@@ -17,7 +17,7 @@ inline constexpr std::int32_t kMaxVoxelsPerAxis = 2097152;
 /// A cell of a voxel grid, per axis 0 to the number of cells - 1.
 using VoxelCell = std::array<std::int32_t, 3>;
 
-/// Nx x ny x nz equal cells over a group's bounds.
+/// nx x ny x nz equal cells over a group's bounds.
 struct VoxelGrid {
   /// The grid with cells of edge about `voxelSize`: ceil(extent / voxelSize) per axis, at least 1
   /// and at most kMaxVoxelsPerAxis; 1 where that quotient is not finite.

@@ -64,7 +64,7 @@ class GrowableArray {
     items_.resize(count);
   }
 
-  /// Makes room for `count` entries.
+  /// Makes room for `count` entries at least. A large array takes address space far ahead.
   void Reserve(std::size_t count) {
     if (count > items_.capacity()) Grow(count);
   }

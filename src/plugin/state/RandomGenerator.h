@@ -6,7 +6,7 @@
 
 namespace mapexport {
 
-/// An additive lagged Fibonacci generator (lags 24 and 55, 30 bits) whose table a linear
+/// An additive lagged Fibonacci generator (lags 1 and 32, 30 bits) whose table a linear
 /// congruential sequence fills.
 class RandomGenerator {
  public:
@@ -34,7 +34,7 @@ class RandomGenerator {
  private:
   static constexpr std::uint32_t kMask = 0x3FFFFFFF;
   static constexpr std::uint32_t kSize = 55;
-  static constexpr std::uint32_t kLag = 23;  // ahead of the index, which is 32 behind it
+  static constexpr std::uint32_t kLag = 23;  // places ahead in the ring, which is 32 draws back
   std::array<std::uint32_t, kSize> table_{};
   std::uint32_t index_ = 0;
 };
