@@ -17,23 +17,17 @@ class CornerPlaces {
   explicit CornerPlaces(std::size_t attributeCount) : places_(attributeCount) {}
 
   void Take(const RenderBatch& batch) {
-    ++batch_;
-    for (std::uint32_t i = 0; i < batch.cornerAttributes.size(); ++i) {
-      Place& place = places_[batch.cornerAttributes[i]];
-      if (place.batch != batch_) place = {batch_, i};
+    // Backwards: the first one is what stays.
+    for (auto i = static_cast<std::uint32_t>(batch.cornerAttributes.size()); i-- > 0;) {
+      places_[batch.cornerAttributes[i]] = i;
     }
   }
 
   /// Of an attribute that the batch taken last has.
-  std::uint32_t Of(std::uint32_t attribute) const { return places_[attribute].index; }
+  std::uint32_t Of(std::uint32_t attribute) const { return places_[attribute]; }
 
  private:
-  struct Place {
-    std::uint32_t batch = 0;  ///< which batch the index is of
-    std::uint32_t index = 0;
-  };
-  std::vector<Place> places_;
-  std::uint32_t batch_ = 0;  ///< batches taken so far
+  std::vector<std::uint32_t> places_;
 };
 
 void WriteBatch(const GeometryGroup& group, const RenderBatch& batch, CornerPlaces& places,
