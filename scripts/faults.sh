@@ -3,7 +3,7 @@
 # writing, syncing, renaming, allocating, ...), ends exports at every call and at random moments, takes
 # away disk, rights and memory, and lets two exports meet. After each run the exit status, standard error,
 # outputs, settings and left-overs must be as promised. Ends with 1 on any finding and keeps what is needed
-# to repeat it. Takes an hour or so: faults.sh [--seed N] [--parts calls,surroundings,kills,memory]
+# to repeat it. Takes some 15 minutes: faults.sh [--seed N] [--parts calls,surroundings,kills,memory]
 # [--kinds LIST] [--only WORD]. --quick tries some of it, as the test does.
 #
 # A whole run writes build/robustness/faults.tsv: what was tried, inputs, findings, how.
