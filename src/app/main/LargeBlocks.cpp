@@ -1,5 +1,6 @@
 // Memory for the program and its libraries: large blocks ask for large pages. A scene of a million
 // triangles touches 80,000 small pages for the first time, and that alone is a fifth of an export.
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -23,15 +24,17 @@ namespace {
 // The size of a large page on most systems. A block that is used in part takes memory up to the
 // next multiple of it.
 constexpr std::size_t kLarge = std::size_t{2} << 20;
-constexpr std::uintptr_t kPage = std::uintptr_t{64} << 10;  // a multiple of every small page's size
 
 void* Allocate(std::size_t size) {
-  void* const block = std::malloc(size == 0 ? 1 : size);
-  if (block != nullptr && size >= kLarge) {
-    const auto begin = (reinterpret_cast<std::uintptr_t>(block) + kPage - 1) / kPage * kPage;
-    const auto end = (reinterpret_cast<std::uintptr_t>(block) + size) / kPage * kPage;
+  if (size < kLarge || size > PTRDIFF_MAX) return std::malloc(size == 0 ? 1 : size);
+  // A large page lies on a multiple of its size: what stands before the first one would be small.
+  const std::size_t whole = (size + kLarge - 1) / kLarge * kLarge;
+  void* const block = std::aligned_alloc(kLarge, whole);
+  if (block != nullptr) {
+    const int before = errno;
     // A kernel without large pages refuses, which is no harm.
-    static_cast<void>(madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE));
+    static_cast<void>(madvise(block, whole, MADV_HUGEPAGE));
+    errno = before;
   }
   return block;
 }
