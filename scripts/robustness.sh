@@ -45,6 +45,8 @@ case "${1-}" in
   run)
     for part in "${parts[@]}"; do
       [[ -x scripts/$part.sh ]] || fail "scripts/$part.sh is not there"
+    done
+    for part in "${parts[@]}"; do
       # What an earlier run left must not pass for this one's.
       rm -f -- "build/robustness/$part.tsv"
       # Findings end a script with 1; its rows tell of them.
@@ -62,7 +64,7 @@ done
 table=$(
   printf '| tried | inputs | findings | how |\n|---|---:|---:|---|\n'
   for part in "${parts[@]}"; do
-    rows "$part"
+    rows "$part" || exit # -e is off in here
   done
 )
 fresh=$(mktemp -- "$document.XXXXXX")

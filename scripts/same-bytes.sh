@@ -14,6 +14,7 @@
 # build/robustness/same-bytes.tsv.
 set -euo pipefail
 unset CDPATH
+export LC_ALL=C # whatever the language of who runs this; but for the check of another
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 # shellcheck source=scripts/lib/ensure-packages.sh
 . "$root/scripts/lib/ensure-packages.sh"
