@@ -41,7 +41,8 @@ void* Allocate(std::size_t size) {
 
 }  // namespace
 
-// The other forms of the operators all come down to these.
+// The other forms of the operators come down to these, but for the aligned ones, which are left as
+// they are: their blocks, too, end in free().
 
 void* operator new(std::size_t size) {
   while (true) {
