@@ -24,7 +24,7 @@ namespace mapexport {
 class JsonDocument {
  public:
   /// `text` is the file's, and must live as long as the document. `maxDepth` is the deepest nesting
-  /// of arrays and objects that is going to be read; ignored members may be deeper.
+  /// of arrays and objects that is going to be read; ignored members may be deeper. It is no limit.
   JsonDocument(const std::string& file, const FileText& text, std::size_t maxDepth);
   JsonDocument(const JsonDocument&) = delete;
   JsonDocument& operator=(const JsonDocument&) = delete;

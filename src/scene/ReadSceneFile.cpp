@@ -20,8 +20,9 @@ constexpr std::int64_t kMaxInt64 = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kMinInt64 = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kMaxUint32 = std::numeric_limits<std::uint32_t>::max();
 
-// Each node adds its object and its array of children; the deepest adds a mesh with lists of
-// tuples.
+// The deepest nesting of what is read, as the parser's checks of its use in builds without
+// optimization need it; it refuses nothing. Each node adds its object and its array of children;
+// the deepest adds a mesh with lists of tuples.
 constexpr std::size_t kMaxJsonDepth = 2 * kMaxSceneDepth + 8;
 
 // The names of enumerators, in their order.
