@@ -9,6 +9,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "app/AddressSanitizer.h"
 #include "app/RunError.h"
 
 namespace mapexport {
@@ -23,14 +24,12 @@ constexpr const char* kAllowed[] = {
     "lseek", "lstat", "newfstatat", "pread64", "preadv", "read", "readlink", "readlinkat", "readv",
     "stat", "statx", "write", "writev",
     // memory
-    "brk", "madvise", "mremap", "munmap",
+    "brk", "mremap", "munmap",
     // the process itself
     "exit", "exit_group", "futex", "getegid", "geteuid", "getgid", "getpid", "getppid", "getrandom",
     "getrlimit", "getrusage", "gettid", "getuid", "restart_syscall", "rt_sigaction",
     "rt_sigprocmask", "rt_sigreturn", "sched_getaffinity", "sched_yield", "sigaltstack", "sysinfo",
     "uname",
-    // the sanitizers, which write memory to a pipe to see whether it is there
-    "pipe2",
     // time, where it does not come without a call
     "clock_getres", "clock_gettime", "clock_nanosleep", "gettimeofday", "nanosleep", "time"};
 
@@ -49,8 +48,17 @@ constexpr const char* kAttacks[] = {
     // the kernel
     "add_key", "bpf", "delete_module", "finit_module", "init_module", "io_uring_enter",
     "io_uring_register", "io_uring_setup", "ioperm", "iopl", "kexec_file_load", "kexec_load",
-    "keyctl", "mount", "move_mount", "open_tree", "perf_event_open", "pivot_root", "reboot",
-    "request_key", "swapoff", "swapon", "umount2", "userfaultfd"};
+    "keyctl", "fsconfig", "fsmount", "fsopen", "fspick", "mount", "mount_setattr", "move_mount",
+    "open_tree", "perf_event_open", "pivot_root", "reboot", "request_key", "swapoff", "swapon",
+    "umount2", "userfaultfd"};
+
+// What C libraries' memory, ours (app/main/LargeBlocks) and the sanitizers' say of theirs. Other
+// advice can take pages out of use for the whole machine.
+constexpr int kAdvice[] = {MADV_DONTNEED, MADV_FREE, MADV_HUGEPAGE, MADV_NOHUGEPAGE, MADV_DONTDUMP};
+
+// Ending the thread is known to all kernels with filters, ending the process from 4.14 on only;
+// there is one thread.
+constexpr std::uint32_t kEnd = SCMP_ACT_KILL_THREAD;
 
 // O_TMPFILE holds O_DIRECTORY, which is no writing.
 constexpr scmp_datum_t kWriting = O_ACCMODE | O_CREAT | O_TRUNC | (O_TMPFILE & ~O_DIRECTORY);
@@ -71,7 +79,7 @@ class Filter {
       return;
     }
     // Calls of other instruction sets' tables could have any meaning.
-    Note(seccomp_attr_set(filter_.get(), SCMP_FLTATR_ACT_BADARCH, SCMP_ACT_KILL_PROCESS));
+    Note(seccomp_attr_set(filter_.get(), SCMP_FLTATR_ACT_BADARCH, kEnd));
     Note(seccomp_attr_set(filter_.get(), SCMP_FLTATR_API_SYSRAWRC, 1));
   }
 
@@ -108,7 +116,9 @@ std::string FilterCalls() {
 #if defined(__LP64__) && (defined(__x86_64__) || defined(__aarch64__) || defined(__riscv))
   Filter filter;
   for (const char* name : kAllowed) filter.Add(SCMP_ACT_ALLOW, name);
-  for (const char* name : kAttacks) filter.Add(SCMP_ACT_KILL_PROCESS, name);
+  for (const char* name : kAttacks) filter.Add(kEnd, name);
+  // They write memory to a pipe to see whether it is there.
+  if (kAddressSanitizer) filter.Add(SCMP_ACT_ALLOW, "pipe2");
 
   filter.Add(SCMP_ACT_ALLOW, "open", Masked(1, kWriting, O_RDONLY));
   filter.Add(SCMP_ACT_ALLOW, "openat", Masked(2, kWriting, O_RDONLY));
@@ -119,7 +129,10 @@ std::string FilterCalls() {
   constexpr scmp_datum_t kBoth = PROT_WRITE | PROT_EXEC;
   for (const char* name : {"mmap", "mprotect"}) {
     filter.Add(SCMP_ACT_ALLOW, name, Masked(2, PROT_EXEC, 0));
-    filter.Add(SCMP_ACT_KILL_PROCESS, name, Masked(2, kBoth, kBoth));
+    filter.Add(kEnd, name, Masked(2, kBoth, kBoth));
+  }
+  for (const int advice : kAdvice) {
+    filter.Add(SCMP_ACT_ALLOW, "madvise", Masked(2, kInt, static_cast<scmp_datum_t>(advice)));
   }
   // Limits can be asked for, not set.
   filter.Add(SCMP_ACT_ALLOW, "prlimit64", {2, SCMP_CMP_EQ, 0, 0});
@@ -127,7 +140,7 @@ std::string FilterCalls() {
   const auto self = static_cast<scmp_datum_t>(getpid());
   for (const char* name : {"kill", "tgkill", "tkill"}) {
     filter.Add(SCMP_ACT_ALLOW, name, {0, SCMP_CMP_EQ, self, 0});
-    filter.Add(SCMP_ACT_KILL_PROCESS, name, {0, SCMP_CMP_NE, self, 0});
+    filter.Add(kEnd, name, {0, SCMP_CMP_NE, self, 0});
   }
   const int error = filter.Load();
   return error == 0 ? std::string() : ErrnoText(-error);
