@@ -1,9 +1,13 @@
 #include "app/ConfineReader.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include "app/DropCapabilities.h"
 #include "app/FilterCalls.h"
 #include "app/ForbidWriting.h"
 
@@ -20,13 +24,34 @@ void CloseOthers(std::span<const int> kept) {
   closefrom(beyond);
 }
 
+/// Side files are read one by one. Whatever is open already may have a higher number.
+void LimitDescriptors() {
+  constexpr rlim_t kMost = 64;
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  limit.rlim_max = std::min(limit.rlim_max, kMost);
+  limit.rlim_cur = std::min(limit.rlim_cur, kMost);
+  setrlimit(RLIMIT_NOFILE, &limit);  // lowering one always succeeds
+}
+
+/// Build farms keep secrets there, which reading needs none of. /proc shows the same bytes.
+void EraseEnvironment() {
+  for (char** each = environ; each != nullptr && *each != nullptr; ++each) {
+    explicit_bzero(*each, std::strlen(*each));
+  }
+  clearenv();
+}
+
 }  // namespace
 
 Confinement ConfineReader(std::span<const int> kept) {
   CloseOthers(kept);
+  LimitDescriptors();
+  EraseEnvironment();
   Confinement confinement;
+  confinement.capabilities = DropCapabilities();
   confinement.files = ForbidWriting();
-  confinement.calls = FilterCalls();  // which forbids the other
+  confinement.calls = FilterCalls();  // which forbids the others
   return confinement;
 }
 

@@ -11,15 +11,26 @@
 namespace mapexport {
 namespace {
 
-/// Without Landlock nothing can be done that the filter doesn't forbid, so that is no warning.
+/// What a reader that was taken over could have done, for the gravest part that is missing.
+const char* StateOf(const Confinement& confinement) {
+  if (!confinement.calls.empty()) {
+    return confinement.files.empty() ? "was only kept from writing files" : "was not confined";
+  }
+  return confinement.files.empty() ? "kept root's rights"
+                                   : "was not kept from looking into other processes";
+}
+
 void WarnOfConfinement(const Confinement& confinement, const std::string& path,
                        Messages& messages) {
-  if (confinement.calls.empty()) return;
-  messages.Warning("reader-not-confined",
-                   fmt::format("{}: was read by a process {}: no filter of system calls: {}", path,
-                               confinement.files.empty() ? "that was only kept from writing files"
-                                                         : "that was not confined",
-                               confinement.calls));
+  std::string lacks;
+  for (const auto& [part, lack] : {std::pair("no filter of system calls", &confinement.calls),
+                                   std::pair("no Landlock", &confinement.files),
+                                   std::pair("capabilities", &confinement.capabilities)}) {
+    if (!lack->empty()) lacks += fmt::format("{}{}: {}", lacks.empty() ? "" : "; ", part, *lack);
+  }
+  if (lacks.empty()) return;
+  messages.Warning("reader-not-confined", fmt::format("{}: was read by a process that {}: {}", path,
+                                                      StateOf(confinement), lacks));
 }
 
 }  // namespace

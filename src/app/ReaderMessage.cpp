@@ -79,6 +79,7 @@ std::string ToBytes(const ReaderMessage& message) {
   for (const std::string& file : message.sideFiles) PutText(bytes, file);
   PutText(bytes, message.confinement.calls);
   PutText(bytes, message.confinement.files);
+  PutText(bytes, message.confinement.capabilities);
   return bytes;
 }
 
@@ -93,6 +94,7 @@ std::optional<ReaderMessage> ReaderMessageOf(std::string_view bytes) {
   }
   message.confinement.calls = parts.Text();
   message.confinement.files = parts.Text();
+  message.confinement.capabilities = parts.Text();
   if (!parts.AtEnd()) return std::nullopt;
   return message;
 }

@@ -27,6 +27,7 @@ void WriteConfinement(JsonStream& json, const Confinement& confinement) {
   json.Open('{', true);
   WriteMember(json, "seccomp", state(confinement.calls));
   WriteMember(json, "landlock", state(confinement.files));
+  WriteMember(json, "capabilities", state(confinement.capabilities));
   json.Close('}');
 }
 
