@@ -45,6 +45,7 @@ void LeaveNoCore() {
 void BecomeWorker(pid_t parent) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(0);  // it died before that
+  setsid();                           // no terminal of ours can be opened as /dev/tty
   LetSignalsEnd();
   SilenceStandardStreams();
   LeaveNoCore();

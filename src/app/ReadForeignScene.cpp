@@ -1,6 +1,8 @@
 #include "app/ReadForeignScene.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -9,6 +11,7 @@
 #include <fmt/format.h>
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,31 +25,52 @@
 namespace mapexport {
 namespace {
 
-// What a reader that broke down may have left is not taken for more than this.
-constexpr std::size_t kLongestMessage = 64 << 20;
+// A reader that was taken over chooses the text of its error. Ours name a file or two.
+constexpr std::size_t kLongestError = 8192;
 
 [[noreturn]] void Fail(const std::string& path, std::string_view reason) {
   throw SceneError(fmt::format("{}: {}", path, reason));
 }
 
 Descriptor MakeMemoryFile(const std::string& path, const char* name) {
-  Descriptor file(memfd_create(name, MFD_CLOEXEC));
+  Descriptor file(memfd_create(name, MFD_CLOEXEC | MFD_ALLOW_SEALING));
   if (!file.IsOpen()) {
     Fail(path, fmt::format("can't be read: no memory file can be made: {}", ErrnoText(errno)));
   }
   return file;
 }
 
-/// The file's bytes, whatever its position is; all or none of them.
-std::string BytesOf(int file) {
-  std::string bytes;
-  char block[65536];
-  ssize_t count = 0;
-  while ((count = pread(file, block, sizeof block, static_cast<off_t>(bytes.size()))) > 0) {
-    bytes.append(block, static_cast<std::size_t>(count));
-    if (bytes.size() > kLongestMessage) return {};
+/// A file that can't grow beyond what a message may be. Only what is written takes memory.
+Descriptor MakeMessageFile(const std::string& path) {
+  Descriptor file = MakeMemoryFile(path, "message");
+  if (ftruncate(file.Get(), static_cast<off_t>(kLongestMessage)) != 0 ||
+      fcntl(file.Get(), F_ADD_SEALS, F_SEAL_GROW | F_SEAL_SHRINK | F_SEAL_SEAL) != 0) {
+    Fail(path, fmt::format("can't be read: no memory file can be made: {}", ErrnoText(errno)));
   }
-  return count == 0 ? bytes : std::string();
+  return file;
+}
+
+/// What the reader wrote to the message file, up to `most` bytes of it; all or none of these.
+std::string MessageIn(int file, std::size_t most) {
+  const off_t end = lseek(file, 0, SEEK_CUR);  // the position is the reader's, too
+  if (end < 0) return {};
+  std::string bytes(std::min({static_cast<std::size_t>(end), most, std::size_t{kLongestMessage}}),
+                    '\0');
+  std::size_t size = 0;
+  while (size < bytes.size()) {
+    const ssize_t count =
+        pread(file, bytes.data() + size, bytes.size() - size, static_cast<off_t>(size));
+    if (count <= 0) return {};
+    size += static_cast<std::size_t>(count);
+  }
+  return bytes;
+}
+
+/// The text of an error in the message file; what is too long is cut.
+std::string ErrorIn(int file) {
+  std::string text = MessageIn(file, kLongestError + 1);
+  if (text.size() > kLongestError) text.replace(kLongestError, 1, "...");
+  return text;
 }
 
 struct Pipe {
@@ -71,14 +95,34 @@ bool WaitForByte(int pipe) {
   return count == 1;
 }
 
-/// What waitpid says of the end of `reader`.
-int WaitForEnd(pid_t reader, const std::string& path) {
-  int end = 0;
-  while (waitpid(reader, &end, 0) < 0) {
+/// What wait says of a reader's end, and the processor time that it took.
+struct End {
+  int status = 0;
+  std::chrono::microseconds processor{};
+};
+
+End WaitForEnd(pid_t reader, const std::string& path) {
+  End end;
+  rusage used{};
+  while (wait4(reader, &end.status, 0, &used) < 0) {
     if (errno == EINTR) continue;
     Fail(path, fmt::format("can't be read: the reader's end is not known: {}", ErrnoText(errno)));
   }
+  const auto timeOf = [](const timeval& time) {
+    return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+  };
+  end.processor = timeOf(used.ru_utime) + timeOf(used.ru_stime);
   return end;
+}
+
+/// The signal that ended the reader; where it did not heed the one at its limit and was killed for
+/// that, the one at its limit.
+int SignalOf(const End& end, std::chrono::steady_clock::duration onClock, std::uint32_t seconds) {
+  const int signal = WTERMSIG(end.status);
+  const std::chrono::seconds limit(seconds);
+  if (signal != SIGKILL || seconds == 0) return signal;
+  if (end.processor > limit) return SIGXCPU;
+  return onClock > kPatience * limit ? SIGALRM : signal;
 }
 
 /// Why the reader, which ended by `signal`, did.
@@ -106,22 +150,21 @@ std::string ReasonOfSignal(int signal, std::uint32_t seconds) {
   return fmt::format("the reader crashed on it ({})", text);
 }
 
-/// Throws unless `end` says that both files were written.
-void RequireRead(const std::string& path, int end, std::uint32_t seconds, int messageFile) {
-  if (WIFSIGNALED(end)) Fail(path, ReasonOfSignal(WTERMSIG(end), seconds));
-  switch (static_cast<ReaderEnd>(WEXITSTATUS(end))) {
+/// Throws unless `status` says that both files were written.
+void RequireWritten(const std::string& path, int status, int messageFile) {
+  switch (static_cast<ReaderEnd>(WEXITSTATUS(status))) {
     case ReaderEnd::kRead:
       return;
     case ReaderEnd::kRefused: {
-      const std::string message = BytesOf(messageFile);
+      const std::string message = ErrorIn(messageFile);
       throw SceneError(message.empty() ? path + ": the reader refused it" : message);
     }
     case ReaderEnd::kMemoryRanOut:
       Fail(path, "needs more memory to read than there is");
     case ReaderEnd::kCannotHandOver:
-      Fail(path, fmt::format("what was read can't be handed over: {}", BytesOf(messageFile)));
+      Fail(path, fmt::format("what was read can't be handed over: {}", ErrorIn(messageFile)));
   }
-  Fail(path, fmt::format("the reader crashed on it (exit status {})", WEXITSTATUS(end)));
+  Fail(path, fmt::format("the reader crashed on it (exit status {})", WEXITSTATUS(status)));
 }
 
 /// Reads the scene file in memory; its errors name `path`.
@@ -142,8 +185,9 @@ ForeignScene ReadForeignScene(const std::string& path, const ImportOptions& opti
                               std::uint32_t seconds,
                               const std::function<void(const char* name)>& stage) {
   const Descriptor sceneFile = MakeMemoryFile(path, "scene");
-  const Descriptor messageFile = MakeMemoryFile(path, "message");
+  const Descriptor messageFile = MakeMessageFile(path);
   Pipe pipe = MakePipe(path);
+  const auto start = std::chrono::steady_clock::now();
   const pid_t reader =
       StartReader(path, options, {sceneFile.Get(), messageFile.Get(), pipe.writing.Get()},
                   LimitsOfReader(seconds));
@@ -153,9 +197,15 @@ ForeignScene ReadForeignScene(const std::string& path, const ImportOptions& opti
   pipe.writing = Descriptor();
   stage("reading");
   if (WaitForByte(pipe.reading.Get())) stage("rebuilding");
-  RequireRead(path, WaitForEnd(reader, path), seconds, messageFile.Get());
+  const End end = WaitForEnd(reader, path);
+  if (WIFSIGNALED(end.status)) {
+    const auto onClock = std::chrono::steady_clock::now() - start;
+    Fail(path, ReasonOfSignal(SignalOf(end, onClock, seconds), seconds));
+  }
+  RequireWritten(path, end.status, messageFile.Get());
 
-  std::optional<ReaderMessage> message = ReaderMessageOf(BytesOf(messageFile.Get()));
+  std::optional<ReaderMessage> message =
+      ReaderMessageOf(MessageIn(messageFile.Get(), kLongestMessage));
   if (!message) Fail(path, "the reader crashed on it (its message is damaged)");
   return {{ReadHandedOver(path, sceneFile.Get()), std::move(message->remarks),
            std::move(message->leftOut), std::move(message->sideFiles)},

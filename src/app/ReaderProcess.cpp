@@ -17,9 +17,11 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "app/AddressSanitizer.h"
 #include "app/BecomeWorker.h"
 #include "app/ConfineReader.h"
 #include "app/FdOutput.h"
+#include "app/MemoryLimit.h"
 #include "app/ReaderMessage.h"
 #include "app/RunError.h"
 #include "app/SceneCensus.h"
@@ -29,25 +31,13 @@
 namespace mapexport {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kShadowMemory = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kShadowMemory = true;  // which takes terabytes of address space
-#else
-constexpr bool kShadowMemory = false;
-#endif
-#else
-constexpr bool kShadowMemory = false;
-#endif
-
-// A reader that waits for something takes no processor time. The clock may go on for this many
-// times the limit, which is enough on a machine that is busy otherwise.
-constexpr unsigned kPatience = 10;
-
 // A reader that was taken over can shut its ears to the signals that end it at its limits. So many
 // seconds later comes one that nobody can.
 constexpr std::uint32_t kGrace = 5;
+
+// Libraries take address space and hardly any memory: below that even small files could not be
+// read.
+constexpr std::uint64_t kLeastAddressSpace = std::uint64_t{512} << 20;
 
 // A scene file of 4 GiB or more is not read.
 constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
@@ -108,7 +98,8 @@ int WriteFile(int fd, const auto& write) {
   return output.Finish();
 }
 
-int WriteText(int fd, std::string_view text) {
+int WriteMessage(int fd, std::string_view text) {
+  if (text.size() > kLongestMessage) return EMSGSIZE;
   return WriteFile(fd, [&](std::ostream& out) { out << text; });
 }
 
@@ -126,9 +117,9 @@ int WriteText(int fd, std::string_view text) {
     int error =
         WriteFile(files.scene, [&](std::ostream& out) { WriteSceneFile(imported.scene, out); });
     if (error == 0) {
-      error = WriteText(files.message,
-                        ToBytes({std::move(imported.remarks), std::move(imported.leftOut),
-                                 std::move(imported.sideFiles), std::move(confinement)}));
+      error = WriteMessage(files.message,
+                           ToBytes({std::move(imported.remarks), std::move(imported.leftOut),
+                                    std::move(imported.sideFiles), std::move(confinement)}));
     }
     if (error == 0) End(ReaderEnd::kRead);
     std::string reason = ErrnoText(error);
@@ -136,12 +127,12 @@ int WriteText(int fd, std::string_view text) {
       reason = fmt::format("it is too large, with {} triangles where each instance counts",
                            CountScene(imported.scene).triangles);
     }
-    WriteText(files.message, reason);
+    WriteMessage(files.message, reason);
     End(ReaderEnd::kCannotHandOver);
   } catch (const std::bad_alloc&) {
     End(ReaderEnd::kMemoryRanOut);
   } catch (const std::exception& error) {
-    WriteText(files.message, error.what());
+    WriteMessage(files.message, error.what());
     End(ReaderEnd::kRefused);
   }
 }
@@ -151,10 +142,13 @@ int WriteText(int fd, std::string_view text) {
 ReaderLimits LimitsOfReader(std::uint32_t seconds) {
   ReaderLimits limits;
   limits.seconds = seconds;
-  const std::uint64_t memory = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
-                               static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-  if (!kShadowMemory) limits.addressSpace = memory / 4 * 3;
+  const std::uint64_t memory = MemoryLimit();
   limits.fileSize = std::min(memory / 4, kLargestSceneFile);
+  // AddressSanitizer takes terabytes of it.
+  if (!kAddressSanitizer) {
+    limits.addressSpace =
+        std::max(memory / 4 * 3, kLeastAddressSpace + kLongestMessage) - kLongestMessage;
+  }
   return limits;
 }
 
