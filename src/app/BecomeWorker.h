@@ -6,7 +6,7 @@
 namespace mapexport {
 
 /// Called first in a process that `parent` has just forked: it ends with its parent, a signal ends
-/// it as ever, nothing that it prints is seen, and it leaves no core dump.
+/// it as ever, nothing that it prints is seen, it has no terminal, and it leaves no core dump.
 void BecomeWorker(pid_t parent);
 
 }  // namespace mapexport
