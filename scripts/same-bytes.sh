@@ -116,7 +116,8 @@ CPP
     return 1
   fi
   export_all "$release" "$work/german"
-  LD_PRELOAD=$work/in-force.so export_all "$release" "$work/german-in-force"
+  # The path may hold a blank, at which the variable would be cut in two.
+  LD_LIBRARY_PATH=$work LD_PRELOAD=in-force.so export_all "$release" "$work/german-in-force"
 }
 
 release=$(program release)

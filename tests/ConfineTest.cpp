@@ -6,7 +6,9 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -36,13 +38,18 @@
 namespace mapexport {
 namespace {
 
-enum class End { kDone, kRefused, kKilled, kReported, kAny };
+// How an attempt ends.
+constexpr std::string_view kDone = "done";
+constexpr std::string_view kRefused = "refused";
+constexpr std::string_view kKilled = "killed";
+[[maybe_unused]] constexpr std::string_view kReported = "reported";
+constexpr std::string_view kAny = "";
 
 struct Attempt {
   const char* what;
-  std::function<long()> act;  ///< what a system call returns, with errno
-  End calls;                  ///< under the filter of system calls
-  End files = End::kAny;      ///< under Landlock, of this version at least
+  std::function<long()> act;      ///< what a system call returns, with errno
+  std::string_view calls;         ///< under the filter of system calls
+  std::string_view files = kAny;  ///< under Landlock, of this version at least
   long version = 1;
 };
 
@@ -51,7 +58,8 @@ long Sys(long number, auto... arguments) {
 }
 
 /// How `act` ends in a process that was confined before; what confinement lacks is no end of ours.
-std::string EndOf(const std::function<std::string()>& confine, const std::function<long()>& act) {
+std::string_view EndOf(const std::function<std::string()>& confine,
+                       const std::function<long()>& act) {
   const pid_t child = fork();
   if (child == 0) {
     signal(SIGSEGV, SIG_DFL);
@@ -63,35 +71,11 @@ std::string EndOf(const std::function<std::string()>& confine, const std::functi
   }
   int end = 0;
   waitpid(child, &end, 0);
-  if (WIFSIGNALED(end)) return WTERMSIG(end) == SIGSYS ? "killed" : "another signal";
-  switch (WEXITSTATUS(end)) {
-    case 0:
-      return "done";
-    case 1:
-      return "reported";
-    case 100:
-      return "refused";
-    case 200:
-      return "not to be had";
-    default:
-      return "failed otherwise";
-  }
-}
-
-std::string NameOf(End end) {
-  switch (end) {
-    case End::kDone:
-      return "done";
-    case End::kRefused:
-      return "refused";
-    case End::kKilled:
-      return "killed";
-    case End::kReported:
-      return "reported";
-    case End::kAny:
-      break;
-  }
-  return {};
+  if (WIFSIGNALED(end)) return WTERMSIG(end) == SIGSYS ? kKilled : "another signal";
+  const std::map<int, std::string_view> ends{
+      {0, kDone}, {1, kReported}, {100, kRefused}, {200, "not to be had"}};
+  const auto known = ends.find(WEXITSTATUS(end));
+  return known == ends.end() ? "failed otherwise" : known->second;
 }
 
 class ConfineTest : public testing::Test {
@@ -124,7 +108,6 @@ class ConfineTest : public testing::Test {
 };
 
 std::vector<Attempt> ConfineTest::Attempts() const {
-  using enum End;
   const char* const file = file_.c_str();
   const char* const other = other_.c_str();
   static constexpr int kPage = 4096;
@@ -305,8 +288,8 @@ std::vector<Attempt> ConfineTest::Attempts() const {
 TEST_F(ConfineTest, TheFilterOfSystemCalls) {
   if (EndOf(FilterCalls, [] { return 0; }) == "not to be had") GTEST_SKIP() << "no seccomp here";
   for (const Attempt& attempt : Attempts()) {
-    if (attempt.calls == End::kAny) continue;
-    EXPECT_EQ(EndOf(FilterCalls, attempt.act), NameOf(attempt.calls)) << attempt.what;
+    if (attempt.calls == kAny) continue;
+    EXPECT_EQ(EndOf(FilterCalls, attempt.act), attempt.calls) << attempt.what;
   }
 }
 
@@ -315,8 +298,8 @@ TEST_F(ConfineTest, Landlock) {
       syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
   if (version < 1) GTEST_SKIP() << "no Landlock here";
   for (const Attempt& attempt : Attempts()) {
-    if (attempt.files == End::kAny || version < attempt.version) continue;
-    EXPECT_EQ(EndOf(ForbidWriting, attempt.act), NameOf(attempt.files)) << attempt.what;
+    if (attempt.files == kAny || version < attempt.version) continue;
+    EXPECT_EQ(EndOf(ForbidWriting, attempt.act), attempt.files) << attempt.what;
   }
 }
 
@@ -326,7 +309,7 @@ TEST_F(ConfineTest, AllLeaveWhatReadingNeedsAndNoMore) {
     return std::string();
   };
   for (const Attempt& attempt : Attempts()) {
-    if (attempt.calls != End::kDone) continue;
+    if (attempt.calls != kDone) continue;
     EXPECT_EQ(EndOf(confine, attempt.act), "done") << attempt.what;
   }
   const auto content = [](const char* path) {

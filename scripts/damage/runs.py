@@ -93,7 +93,7 @@ def fault_of_export(program, folder, scene, options=()):
     # The process that reads has no standard streams; a sanitizer's report there goes to a file.
     outcome = call([program, "export", scene, "out.kob", "--seed", "0", "--quiet",
                     "--read-limit", READ_SECONDS, *options], folder,
-                   environment={name: f"exitcode={SANITIZER_STATUS}:detect_leaks=0:log_path={log}"
+                   environment={name: f"exitcode={SANITIZER_STATUS}:detect_leaks=0:log_path='{log}'"
                                 for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS")})
     left = {path.name for path in folder.iterdir()} - before
     fault = fault_of_end(outcome, (0, 1, 4)) or own_frames(log)

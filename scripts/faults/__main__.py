@@ -25,6 +25,18 @@ def sanitizer_of(program):
     return ""
 
 
+def require_in_force(program, library, sanitizer, folder):
+    """Ends the script when the library counts no call: nothing would fail, and nothing be found."""
+    counts = folder / "in-force"
+    counts.write_bytes(bytes(16))
+    extra = {"LD_PRELOAD": f"{sanitizer} {library}".strip(), "FAILING_KIND": "open", "FAILING_AT": "0",
+             "FAILING_ERROR": "5", "FAILING_COUNTS": str(counts)}
+    subprocess.run([program, "inspect", folder / "missing.kob"], env={**os.environ, **extra},
+                   stderr=subprocess.DEVNULL, check=False)
+    if not any(counts.read_bytes()):
+        sys.exit(f"faults: {library} is not in force in {program}")
+
+
 def main():
     parser = argparse.ArgumentParser(prog="faults")
     parser.add_argument("program", type=os.path.realpath)
@@ -44,8 +56,11 @@ def main():
     if sanitizer:
         print("not tried: failing allocations, limits of memory and of open files, since the sanitizer "
               "has an allocator of its own and needs some of both")
+    # What is to be preloaded is cut at blanks, which the build folder's path may hold.
+    library = shutil.copy(given.library, top)
+    require_in_force(given.program, library, sanitizer, top)
     if "calls" in parts:
-        Calls(given.program, given.library, sanitizer, tally).try_all(
+        Calls(given.program, library, sanitizer, tally).try_all(
             given.quick, given.only, given.kinds.split(",") if given.kinds else None)
     if "surroundings" in parts:
         Surroundings(given.program, bool(sanitizer), tally).try_all(given.quick, given.only)
@@ -53,7 +68,7 @@ def main():
     if "memory" in parts and not sanitizer and not given.quick:
         Memory(given.program, tally).try_all(write_grid, 40)
     if "kills" in parts:
-        kills = Kills(given.program, given.library, sanitizer, tally, given.seed)
+        kills = Kills(given.program, library, sanitizer, tally, given.seed)
         kills.at_every_call(given.quick, given.only)
         kills.reader_dies_with_program()
         if not given.quick:
