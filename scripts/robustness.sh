@@ -16,7 +16,7 @@ begin='<!-- scripts/robustness.sh writes what follows -->'
 end='<!-- up to here -->'
 parts=(damage fuzz faults same-bytes)
 declare -A full=([damage]="scripts/damage.sh --full" [fuzz]="scripts/fuzz.sh 600"
-  [faults]="scripts/faults.sh --full" [same-bytes]="scripts/same-bytes.sh")
+  [faults]="scripts/faults.sh" [same-bytes]="scripts/same-bytes.sh")
 
 fail() {
   echo "robustness.sh: $*" >&2
@@ -32,12 +32,16 @@ rows() {
     printf '| *not run: scripts/%s.sh* | | | `%s` |\n' "$1" "${full[$1]}"
     return
   fi
-  awk -F '\t' -v file="$file" '
+  awk -F '\t' -v file="$file" -v part="$1" '
     NF != 4 || $2 !~ /^[0-9]+$/ || $3 !~ /^[0-9]+$/ || $1 == "" || $4 == "" {
       print "robustness.sh: " file ": line " NR " is no WHAT, INPUTS, FINDINGS, HOW" > "/dev/stderr"
       exit 1
     }
-    { gsub(/\|/, "\\|"); printf "| %s | %d | %d | `%s` |\n", $1, $2, $3, $4 }' "$file"
+    {
+      gsub(/\|/, "\\|")
+      how = $4 ~ /^scripts\// ? "`" $4 "`" : "`scripts/" part ".sh`: " $4
+      printf "| %s | %d | %d | %s |\n", $1, $2, $3, how
+    }' "$file"
 }
 
 case "${1-}" in

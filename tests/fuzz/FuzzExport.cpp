@@ -120,13 +120,13 @@ Exported Export(const Scene& scene, const Options& options, const char* file) {
   return exported;
 }
 
-ModelFile SoundModel(const Exported& exported, ModelLayout layout) {
+ModelReadResult ReadSound(const Exported& exported, ModelLayout layout) {
   ModelReadResult read = RequireReadersAgree(std::as_bytes(std::span(exported.bytes)), layout);
   for (const ModelProblem& problem : read.problems) {
     Require(problem.severity == ModelSeverity::kWarning, ToLine(problem));
   }
   Require(read.model.groups.size() == 1, "there is one group");
-  return std::move(read.model);
+  return read;
 }
 
 std::size_t BatchFaces(const ModelGroup& group) {
@@ -149,11 +149,12 @@ std::vector<std::size_t> NumbersIn(const std::string& text) {
 }
 
 void CheckCounts(const Exported& first, const Exported& second) {
-  const ModelFile qob = SoundModel(first, ModelLayout::kQob);
-  const ModelFile kob = SoundModel(second, ModelLayout::kKob);
-  const ModelGroup& drawn = qob.groups[0];
-  const ModelGroup& group = kob.groups[0];
-  Require(qob.materials.size() == kob.materials.size(), "the layouts have the same materials");
+  const ModelReadResult qob = ReadSound(first, ModelLayout::kQob);
+  const ModelReadResult kob = ReadSound(second, ModelLayout::kKob);
+  const ModelGroup& drawn = qob.model.groups[0];
+  const ModelGroup& group = kob.model.groups[0];
+  Require(qob.model.materials.size() == kob.model.materials.size(),
+          "the layouts have the same materials");
   Require(group.faces.size() == BatchFaces(drawn), "the first layout draws all faces");
   Require(group.faces.size() == BatchFaces(group) + group.planes.size(),
           "a face is drawn or has a plane");
@@ -171,7 +172,7 @@ void CheckCounts(const Exported& first, const Exported& second) {
     Require(counted.at(3) == group.faces.size(), "as many faces as the box says");
     Require(counted.at(4) == drawn.vertices.size(), "as many vertices as the box says");
   }
-  if (!OverlongLists(kob).empty()) return;
+  if (!OverlongLists(kob.lengths).empty()) return;
   std::set<std::uint16_t> vertices;
   std::set<std::uint16_t> points;
   for (const ModelFace& face : group.faces) {
