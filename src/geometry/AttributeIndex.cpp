@@ -4,7 +4,6 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <utility>
 
 #include "geometry/AttributeCells.h"
 
@@ -95,7 +94,7 @@ std::uint32_t AttributeIndex::FirstOfNeighbours(const VertexAttribute& x, std::u
                                                 std::uint32_t best) const {
   bool crowdedDone = newest_[ownCell] == kCrowdedCell;  // there all cells are searched at once
   VisitCells(0, AxesOf(x.position), [&](std::uint64_t hash) {
-    const Entry& entry = EntryOf(Upper(hash));
+    const Entry& entry = table_[PlaceInTable(Upper(hash))];
     if (entry.cell == 0 || entry.cell - 1 == ownCell) return;
     const bool isCrowded = newest_[entry.cell - 1] == kCrowdedCell;
     if (isCrowded && crowdedDone) return;
@@ -126,19 +125,16 @@ void AttributeIndex::Release() {
   distinct_ = distinct;
 }
 
-const AttributeIndex::Entry& AttributeIndex::EntryOf(std::uint32_t hash) const {
+/// The place in the table of the entry with that hash, of a free one when there is none.
+std::size_t AttributeIndex::PlaceInTable(std::uint32_t hash) const {
   const std::size_t mask = table_.size() - 1;
   std::size_t i = hash & mask;
   while (table_[i].cell != 0 && table_[i].hash != hash) i = (i + 1) & mask;
-  return table_[i];
-}
-
-AttributeIndex::Entry& AttributeIndex::EntryOf(std::uint32_t hash) {
-  return const_cast<Entry&>(std::as_const(*this).EntryOf(hash));
+  return i;
 }
 
 std::uint32_t AttributeIndex::FindOrAddCell(std::uint32_t hash) {
-  Entry& entry = EntryOf(hash);
+  Entry& entry = table_[PlaceInTable(hash)];
   if (entry.cell == 0) {
     newest_.Append(0);
     entry = {hash, static_cast<std::uint32_t>(newest_.size())};
@@ -153,7 +149,7 @@ void AttributeIndex::ReserveCells(std::size_t count) {
   std::vector<Entry> former(std::max(kSmallestTable, std::bit_ceil(least)));
   former.swap(table_);
   for (const Entry& entry : former) {
-    if (entry.cell != 0) EntryOf(entry.hash) = entry;
+    if (entry.cell != 0) table_[PlaceInTable(entry.hash)] = entry;
   }
 }
 

@@ -73,8 +73,7 @@ class AttributeIndex {
   /// Stands for the attributes of a cell that are told apart elsewhere.
   static constexpr std::uint32_t kCrowdedCell = ~0u;
 
-  Entry& EntryOf(std::uint32_t hash);
-  const Entry& EntryOf(std::uint32_t hash) const;
+  std::size_t PlaceInTable(std::uint32_t hash) const;
   std::uint32_t FindOrAddCell(std::uint32_t hash);
   void ReserveCells(std::size_t count);
   std::uint32_t FirstOfCell(std::uint32_t cell, const VertexAttribute& x,
