@@ -43,7 +43,7 @@ constexpr std::string_view kDone = "done";
 constexpr std::string_view kRefused = "refused";
 constexpr std::string_view kKilled = "killed";
 [[maybe_unused]] constexpr std::string_view kReported = "reported";
-constexpr std::string_view kAny = "";
+constexpr std::string_view kAny{};
 
 struct Attempt {
   const char* what;
