@@ -3,7 +3,7 @@ import errno
 import struct
 
 from cases import make_cases
-from runs import in_parallel, run
+from runs import Interposed, in_parallel, run
 
 SHORT = 0
 # Kind, the ways in which a call of it fails, whether all later ones fail too.
@@ -86,20 +86,12 @@ class Calls:
         in_parallel(try_one, numbers)
 
     def _run(self, case, kind, number, error, on, child):
-        folder = self.tally.folder()
-        work = folder / "work"
-        work.mkdir()
-        case.prepare(work)
-        counts = folder / "counts"
-        counts.write_bytes(bytes(16))
-        extra = {"LD_PRELOAD": self.preload, "FAILING_KIND": kind, "FAILING_AT": str(number),
-                 "FAILING_ERROR": str(error), "FAILING_COUNTS": str(counts)}
+        settings = {"FAILING_KIND": kind, "FAILING_AT": str(number), "FAILING_ERROR": str(error)}
         if on:
-            extra["FAILING_ON"] = "1"
+            settings["FAILING_ON"] = "1"
         if child:
-            extra["FAILING_CHILD"] = "1"
-        outcome = run(self.program, work, case.arguments, extra)
-        (folder / "repeat").write_text(
-            "".join(f"{name}={value!r} " for name, value in extra.items())
-            + f"{self.program} {' '.join(map(str, case.arguments))}\n{outcome}\n")
-        return outcome, folder, struct.unpack("QQ", counts.read_bytes())
+            settings["FAILING_CHILD"] = "1"
+        trial = Interposed(self.tally, self.program, case, self.preload, settings)
+        outcome = run(self.program, trial.work, case.arguments, trial.environment)
+        trial.keep(outcome)
+        return outcome, trial.folder, struct.unpack("QQ", trial.counts.read_bytes())

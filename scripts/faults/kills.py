@@ -9,7 +9,8 @@ import subprocess
 import time
 
 from cases import OLD, Case, make_cases
-from runs import (ROOT, contents, environment, finish, in_parallel, messages_fault, run, start)
+from runs import (ROOT, Interposed, contents, environment, finish, in_parallel, messages_fault, run,
+                  start)
 
 KINDS = ("open", "write", "sync", "close", "rename", "make", "lock", "remove", "process", "read")
 POLITE = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
@@ -112,22 +113,14 @@ class Kills:
         return f"after the next run {sorted(differing)} differ" if differing else ""
 
     def _run(self, case, kind, number, sent, child):
-        folder = self.tally.folder()
-        work = folder / "work"
-        work.mkdir()
-        case.prepare(work)
-        counts = folder / "counts"
-        counts.write_bytes(bytes(16))
-        extra = {"LD_PRELOAD": self.preload, "FAILING_KIND": kind, "FAILING_AT": str(number),
-                 "FAILING_SIGNAL": str(int(sent)), "FAILING_COUNTS": str(counts)}
+        settings = {"FAILING_KIND": kind, "FAILING_AT": str(number), "FAILING_SIGNAL": str(int(sent))}
         if child:
-            extra["FAILING_CHILD"] = "1"
-        process = start(self.program, work, case.arguments, extra)
+            settings["FAILING_CHILD"] = "1"
+        trial = Interposed(self.tally, self.program, case, self.preload, settings)
+        process = start(self.program, trial.work, case.arguments, trial.environment)
         outcome = finish(process)
-        (folder / "repeat").write_text(
-            "".join(f"{name}={value!r} " for name, value in extra.items())
-            + f"{self.program} {' '.join(map(str, case.arguments))}\n{outcome}\n")
-        return outcome, folder, counts.read_bytes(), process.pid
+        trial.keep(outcome)
+        return outcome, trial.folder, trial.counts.read_bytes(), process.pid
 
     # Random moments
 

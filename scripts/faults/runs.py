@@ -19,6 +19,29 @@ TOLD = ("settings are neither read nor saved", "the CXP database cannot be read"
 Outcome = collections.namedtuple("Outcome", "status out err")
 
 
+class Interposed:
+    """A run of `case` in a folder of its own, with the library that counts calls and lets one fail.
+
+    `settings` are the library's: what of FAILING_* is to be in the environment beside FAILING_COUNTS.
+    """
+
+    def __init__(self, tally, program, case, preload, settings):
+        self.program, self.case = program, case
+        self.folder = tally.folder()
+        self.work = self.folder / "work"
+        self.work.mkdir()
+        case.prepare(self.work)
+        self.counts = self.folder / "counts"
+        self.counts.write_bytes(bytes(16))
+        self.environment = {"LD_PRELOAD": preload, "FAILING_COUNTS": str(self.counts), **settings}
+
+    def keep(self, outcome):
+        """Leaves beside the work how to do it again, and how it ended."""
+        (self.folder / "repeat").write_text(
+            "".join(f"{name}={value!r} " for name, value in self.environment.items())
+            + f"{self.program} {' '.join(map(str, self.case.arguments))}\n{outcome}\n")
+
+
 class Tally:
     """Counts inputs and findings per kind, prints findings and keeps their folders."""
 
