@@ -75,8 +75,9 @@ class GrowableArray {
   void Grow(std::size_t count) {
     const std::size_t capacity = items_.capacity();
     // From here on an array is copied seldom: what it takes ahead is not touched before it is used.
+    // A million faces need no copy at all.
     constexpr std::size_t kLarge = (std::size_t{128} << 10) / sizeof(T);
-    constexpr std::size_t kLeast = (std::size_t{16} << 20) / sizeof(T);
+    constexpr std::size_t kLeast = (std::size_t{64} << 20) / sizeof(T);
     const std::size_t ahead = capacity < kLarge ? capacity : std::max(3 * capacity, kLeast);
     const std::size_t missing = std::max(count - capacity, ahead);
     items_.reserve(capacity + (missing + kStep - 1) / kStep * kStep);
