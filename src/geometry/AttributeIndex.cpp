@@ -50,7 +50,7 @@ AttributePlace AttributeIndex::PlaceOf(const Point3& position) {
 }
 
 std::vector<AttributePlace> AttributeIndex::PlacesOf(std::span<const Point3> positions) {
-  ReserveCells(newest_.size() + positions.size());
+  ReserveCells(chains_.size() + positions.size());
   std::vector<AttributePlace> places;
   places.reserve(positions.size());
   // First the hashes: the entries can then be fetched ahead.
@@ -79,10 +79,10 @@ std::uint32_t AttributeIndex::FindFirst(const VertexAttribute& x, const Attribut
 std::uint32_t AttributeIndex::FirstOfCell(std::uint32_t cell, const VertexAttribute& x,
                                           std::span<const VertexAttribute> attributes,
                                           std::uint32_t best) const {
-  if (newest_[cell] == kCrowdedCell) {
+  if (chains_[cell].newest == kCrowdedCell) {
     return CanMatch(x) ? crowded_.FindFirst(x, attributes, best) : best;
   }
-  for (std::uint32_t link = newest_[cell]; link != 0; link = slots_[link - 1].older) {
+  for (std::uint32_t link = chains_[cell].newest; link != 0; link = older_[link - 1]) {
     const std::uint32_t i = link - 1;
     if (i < best && AttributesMatch(x, attributes[i])) best = i;
   }
@@ -92,11 +92,12 @@ std::uint32_t AttributeIndex::FirstOfCell(std::uint32_t cell, const VertexAttrib
 std::uint32_t AttributeIndex::FirstOfNeighbours(const VertexAttribute& x, std::uint32_t ownCell,
                                                 std::span<const VertexAttribute> attributes,
                                                 std::uint32_t best) const {
-  bool crowdedDone = newest_[ownCell] == kCrowdedCell;  // there all cells are searched at once
+  // Where attributes are crowded all cells are searched at once.
+  bool crowdedDone = chains_[ownCell].newest == kCrowdedCell;
   VisitCells(0, AxesOf(x.position), [&](std::uint64_t hash) {
     const Entry& entry = table_[PlaceInTable(Upper(hash))];
     if (entry.cell == 0 || entry.cell - 1 == ownCell) return;
-    const bool isCrowded = newest_[entry.cell - 1] == kCrowdedCell;
+    const bool isCrowded = chains_[entry.cell - 1].newest == kCrowdedCell;
     if (isCrowded && crowdedDone) return;
     crowdedDone |= isCrowded;
     best = FirstOfCell(entry.cell - 1, x, attributes, best);
@@ -136,17 +137,18 @@ std::size_t AttributeIndex::PlaceInTable(std::uint32_t hash) const {
 std::uint32_t AttributeIndex::FindOrAddCell(std::uint32_t hash) {
   Entry& entry = table_[PlaceInTable(hash)];
   if (entry.cell == 0) {
-    newest_.Append(0);
-    entry = {hash, static_cast<std::uint32_t>(newest_.size())};
+    chains_.Append({0, 0});
+    entry = {hash, static_cast<std::uint32_t>(chains_.size())};
   }
   return entry.cell - 1;
 }
 
-/// Keeps the table at most three quarters full with that many cells.
+/// Keeps the table at most three quarters full with that many cells. It grows in few steps: each
+/// one visits all entries, and touches new memory.
 void AttributeIndex::ReserveCells(std::size_t count) {
   const std::size_t least = count + count / 3 + 1;
   if (least <= table_.size()) return;
-  std::vector<Entry> former(std::max(kSmallestTable, std::bit_ceil(least)));
+  std::vector<Entry> former(std::max({kSmallestTable, 4 * table_.size(), std::bit_ceil(least)}));
   former.swap(table_);
   for (const Entry& entry : former) {
     if (entry.cell != 0) table_[PlaceInTable(entry.hash)] = entry;
@@ -155,32 +157,30 @@ void AttributeIndex::ReserveCells(std::size_t count) {
 
 void AttributeIndex::Insert(const AttributePlace& place,
                             std::span<const VertexAttribute> attributes) {
-  const auto i = static_cast<std::uint32_t>(slots_.size());
-  slots_.Append({0, 1});
+  const auto i = static_cast<std::uint32_t>(older_.size());
+  older_.Append(0);
   if (place.reach == AttributePlace::Reach::kNone) return;
-  const std::uint32_t older = newest_[place.cell];
-  if (older != 0 && older != kCrowdedCell) {
-    slots_[i] = {older, slots_[older - 1].length + 1};
-    if (slots_[i].length > kFewAttributes) MoveToCrowded(place.cell, attributes);
-  }
-  if (newest_[place.cell] == kCrowdedCell) {
+  Chain& chain = chains_[place.cell];
+  if (chain.length == kFewAttributes) MoveToCrowded(place.cell, attributes);
+  if (chain.newest == kCrowdedCell) {
     if (CanMatch(attributes[i])) crowded_.Insert(i, attributes);
-  } else {
-    newest_[place.cell] = i + 1;
+    return;
   }
+  older_[i] = chain.newest;
+  chain = {i + 1, chain.length + 1};
 }
 
 void AttributeIndex::MoveToCrowded(std::uint32_t cell,
                                    std::span<const VertexAttribute> attributes) {
   std::vector<std::uint32_t> moved;
-  for (std::uint32_t link = newest_[cell]; link != 0; link = slots_[link - 1].older) {
+  for (std::uint32_t link = chains_[cell].newest; link != 0; link = older_[link - 1]) {
     moved.push_back(link - 1);
   }
   std::ranges::reverse(moved);
   for (const std::uint32_t i : moved) {
     if (CanMatch(attributes[i])) crowded_.Insert(i, attributes);
   }
-  newest_[cell] = kCrowdedCell;
+  chains_[cell] = {kCrowdedCell, 0};
 }
 
 }  // namespace mapexport

@@ -49,7 +49,7 @@ class AttributeIndex {
   void Update(std::span<const VertexAttribute> attributes);
 
   /// How many attributes are in the index.
-  std::size_t Count() const { return slots_.size(); }
+  std::size_t Count() const { return older_.size(); }
 
   /// Whether it is known that no two of the first `count` attributes match.
   bool AllDistinct(std::size_t count) const { return distinct_ >= count; }
@@ -65,10 +65,10 @@ class AttributeIndex {
     std::uint32_t hash;
     std::uint32_t cell;  ///< its index + 1; 0: the entry is free
   };
-  /// One attribute in the chain of its cell.
-  struct Slot {
-    std::uint32_t older;   ///< as index + 1; 0 ends the chain
-    std::uint32_t length;  ///< of the chain from here on
+  /// The attributes of a cell.
+  struct Chain {
+    std::uint32_t newest;  ///< as index + 1, or 0, or kCrowdedCell
+    std::uint32_t length;
   };
   /// Stands for the attributes of a cell that are told apart elsewhere.
   static constexpr std::uint32_t kCrowdedCell = ~0u;
@@ -85,12 +85,12 @@ class AttributeIndex {
   void MoveToCrowded(std::uint32_t cell, std::span<const VertexAttribute> attributes);
 
   std::vector<Entry> table_;  ///< a power of two of entries, open addressing
-  /// Per cell its newest attribute as index + 1, or 0, or kCrowdedCell. Cells stand in the order in
-  /// which they were first met, which keeps what is looked up after each other close together.
-  GrowableArray<std::uint32_t> newest_;
-  GrowableArray<Slot> slots_;  ///< per attribute
-  CrowdedAttributes crowded_;  ///< the attributes of the cells that became crowded
-  std::size_t distinct_ = 0;   ///< attributes of which no two match, from the first one on
+  /// Per cell, in the order in which they were first met, which keeps what is looked up after each
+  /// other close together.
+  GrowableArray<Chain> chains_;
+  GrowableArray<std::uint32_t> older_;  ///< per attribute the next of its chain as index + 1, or 0
+  CrowdedAttributes crowded_;           ///< the attributes of the cells that became crowded
+  std::size_t distinct_ = 0;            ///< attributes of which no two match, from the first one on
 };
 
 }  // namespace mapexport
