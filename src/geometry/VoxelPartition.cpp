@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <span>
 #include <utility>
 
@@ -10,8 +11,10 @@ namespace mapexport {
 namespace {
 
 constexpr std::size_t kVotes = 10;
-constexpr std::int64_t kFewCells = 64;      // whose votes are counted in place
-constexpr std::uint64_t kCellsPerFace = 4;  // up to which a grid is held whole
+constexpr std::int64_t kFewCells = 64;  // whose votes are counted in place
+// Up to which a grid is held whole, with 32-bit numbers of its cells.
+constexpr std::uint64_t kCellsPerFace = 4;
+constexpr std::uint64_t kMostCounted = std::numeric_limits<std::uint32_t>::max();
 
 std::int32_t CellCount(float extent, float voxelSize) {
   const float count = std::ceil(extent / voxelSize);
@@ -52,14 +55,20 @@ CellBox BoxOf(const std::array<VoxelCell, 3>& corners) {
 std::array<VoxelCell, kVotes> RandomCells(const VoxelGrid& grid, const CellBox& box,
                                           const std::array<Point3, 3>& corners,
                                           RandomGenerator& random) {
-  std::array<std::array<float, 3>, kVotes> weights;
-  for (auto& weight : weights) {
-    const float r1 = random.Uniform(0.0f, 1.0f);
-    const float r2 = random.Uniform(0.0f, 1.0f);
+  // Which half of the points lie beyond the triangle cannot be foretold. The second loop is one
+  // that compilers do without branches, several points at a time.
+  std::array<std::array<float, kVotes>, 3> weights;  // by corner, then by point
+  for (std::size_t i = 0; i < kVotes; ++i) {
+    weights[1][i] = random.Uniform(0.0f, 1.0f);
+    weights[2][i] = random.Uniform(0.0f, 1.0f);
+  }
+  for (std::size_t i = 0; i < kVotes; ++i) {
+    const float r1 = weights[1][i];
+    const float r2 = weights[2][i];
     const bool beyond = r1 + r2 > 1.0f;
-    weight[1] = beyond ? 1.0f - r1 : r1;
-    weight[2] = beyond ? 1.0f - r2 : r2;
-    weight[0] = 1.0f - weight[1] - weight[2];
+    weights[1][i] = beyond ? 1.0f - r1 : r1;
+    weights[2][i] = beyond ? 1.0f - r2 : r2;
+    weights[0][i] = 1.0f - weights[1][i] - weights[2][i];
   }
   std::array<VoxelCell, kVotes> cells;
   cells.fill(box.lo);
@@ -68,7 +77,7 @@ std::array<VoxelCell, kVotes> RandomCells(const VoxelGrid& grid, const CellBox& 
     const std::array<float, 3> p{AxisOf(corners[0], axis), AxisOf(corners[1], axis),
                                  AxisOf(corners[2], axis)};
     for (std::size_t i = 0; i < kVotes; ++i) {
-      const float point = p[0] * weights[i][0] + p[1] * weights[i][1] + p[2] * weights[i][2];
+      const float point = p[0] * weights[0][i] + p[1] * weights[1][i] + p[2] * weights[2][i];
       const std::int32_t cell = CellOnAxis(point, AxisOf(grid.boundsMin, axis),
                                            AxisOf(grid.cellSize, axis), grid.counts[axis]);
       cells[i][axis] = std::clamp(cell, box.lo[axis], box.hi[axis]);
@@ -120,13 +129,6 @@ VoxelCell VoteForCell(const VoxelGrid& grid, const CellBox& box,
   return WinnerOfFew(votes, box, n);
 }
 
-std::vector<VoxelCell> CellsOf(const VoxelGrid& grid, std::span<const Point3> points) {
-  std::vector<VoxelCell> cells;
-  cells.reserve(points.size());
-  for (const Point3& p : points) cells.push_back(grid.CellOf(p));
-  return cells;
-}
-
 /// The number of a cell, x-major: x outermost, then y, then z.
 std::uint64_t NumberOf(const VoxelGrid& grid, const VoxelCell& cell) {
   static_assert(kMaxVoxelsPerAxis <= 1 << 21);
@@ -135,34 +137,48 @@ std::uint64_t NumberOf(const VoxelGrid& grid, const VoxelCell& cell) {
          number(cell[2]);
 }
 
-/// The number of the cell that each face goes to.
-std::vector<std::uint64_t> AssignFaces(const GeometryGroup& group, const VoxelGrid& grid,
-                                       RandomGenerator& random) {
+/// The numbers of the points' cells.
+template <typename Number>
+std::vector<Number> CellsOf(const VoxelGrid& grid, std::span<const Point3> points) {
+  std::vector<Number> cells;
+  cells.reserve(points.size());
+  for (const Point3& p : points) {
+    cells.push_back(static_cast<Number>(NumberOf(grid, grid.CellOf(p))));
+  }
+  return cells;
+}
+
+/// The number of the cell that each face goes to. `Number` holds those of all cells of the grid.
+template <typename Number>
+std::vector<Number> AssignFaces(const GeometryGroup& group, const VoxelGrid& grid,
+                                RandomGenerator& random) {
   const std::span<const Point3> vertices(group.vertices.data(), group.vertices.size());
-  const std::vector<VoxelCell> vertexCells = CellsOf(grid, vertices);
-  const std::vector<VoxelCell> pointCells = CellsOf(grid, group.collisionPoints);
-  std::vector<std::uint64_t> assigned;
+  const std::vector<Number> vertexCells = CellsOf<Number>(grid, vertices);
+  const std::vector<Number> pointCells = CellsOf<Number>(grid, group.collisionPoints);
+  std::vector<Number> assigned;
   assigned.reserve(group.faces.size());
   for (const GroupFace& face : group.faces) {
     const bool drawn = face.drawn != 0;
-    const std::vector<VoxelCell>& cells = drawn ? vertexCells : pointCells;
-    const std::array<VoxelCell, 3> corners{cells[face.v[0]], cells[face.v[1]], cells[face.v[2]]};
-    if (corners[0] == corners[1] && corners[0] == corners[2]) {
-      assigned.push_back(NumberOf(grid, corners[0]));
+    const std::vector<Number>& cells = drawn ? vertexCells : pointCells;
+    const Number first = cells[face.v[0]];
+    if (cells[face.v[1]] == first && cells[face.v[2]] == first) {
+      assigned.push_back(first);
       continue;
     }
     const auto& points = drawn ? vertices : std::span<const Point3>(group.collisionPoints);
-    const VoxelCell cell = VoteForCell(
-        grid, BoxOf(corners), {points[face.v[0]], points[face.v[1]], points[face.v[2]]}, random);
-    assigned.push_back(NumberOf(grid, cell));
+    const std::array<Point3, 3> corners{points[face.v[0]], points[face.v[1]], points[face.v[2]]};
+    const CellBox box =
+        BoxOf({grid.CellOf(corners[0]), grid.CellOf(corners[1]), grid.CellOf(corners[2])});
+    const VoxelCell cell = VoteForCell(grid, box, corners, random);
+    assigned.push_back(static_cast<Number>(NumberOf(grid, cell)));
   }
   return assigned;
 }
 
 /// The partition by a count per cell of the grid, of which there are `cellCount`.
-VoxelPartition CountCells(std::span<const std::uint64_t> assigned, std::size_t cellCount) {
+VoxelPartition CountCells(std::span<const std::uint32_t> assigned, std::size_t cellCount) {
   std::vector<std::uint32_t> ends(cellCount, 0);
-  for (const std::uint64_t cell : assigned) ++ends[cell];
+  for (const std::uint32_t cell : assigned) ++ends[cell];
   VoxelPartition partition;
   std::uint32_t end = 0;
   for (std::uint32_t& count : ends) {
@@ -212,12 +228,13 @@ VoxelCell VoxelGrid::CellOf(const Point3& p) const {
 
 VoxelPartition BuildVoxelPartition(const GeometryGroup& group, const VoxelGrid& grid,
                                    RandomGenerator& random) {
-  const std::vector<std::uint64_t> assigned = AssignFaces(group, grid, random);
   const VoxelCell last{grid.counts[0] - 1, grid.counts[1] - 1, grid.counts[2] - 1};
   const std::uint64_t cellCount = NumberOf(grid, last) + 1;
   // A grid of hardly more cells than faces is cheap to hold; any other may be of any size.
-  if (cellCount <= kCellsPerFace * assigned.size() + 1) return CountCells(assigned, cellCount);
-  return SortCells(assigned);
+  if (cellCount <= kCellsPerFace * group.faces.size() + 1 && cellCount <= kMostCounted) {
+    return CountCells(AssignFaces<std::uint32_t>(group, grid, random), cellCount);
+  }
+  return SortCells(AssignFaces<std::uint64_t>(group, grid, random));
 }
 
 }  // namespace mapexport
