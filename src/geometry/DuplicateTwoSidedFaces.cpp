@@ -1,6 +1,7 @@
 #include "geometry/DuplicateTwoSidedFaces.h"
 
-#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <utility>
 
 #include "materials/SceneMaterials.h"
@@ -9,14 +10,9 @@ namespace mapexport {
 
 void DuplicateTwoSidedFaces(GeometryGroup& group) {
   const MaterialsList& materials = SceneMaterials();
-  const auto isTwoSided = [&](const GroupFace& face) {
-    return materials.IsTwoSided(face.material);
-  };
   const std::size_t count = group.faces.size();
-  group.faces.Reserve(count +
-                      static_cast<std::size_t>(std::ranges::count_if(group.faces, isTwoSided)));
   for (std::size_t f = 0; f < count; ++f) {
-    if (!isTwoSided(group.faces[f])) continue;
+    if (!materials.IsTwoSided(group.faces[f].material)) continue;
     GroupFace back = group.faces[f];
     back.normal = -back.normal;
     std::swap(back.v[1], back.v[2]);

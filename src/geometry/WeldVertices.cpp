@@ -28,10 +28,13 @@ std::vector<std::uint32_t> MergeVertices(GrowableArray<Point3>& vertices, float 
   return newIndex;
 }
 
-void RemoveSlivers(GeometryGroup& group) {
+/// Gives the faces their new vertices and removes those that are slivers, in one walk.
+template <typename NewIndex>
+void RemoveSlivers(GeometryGroup& group, const NewIndex& newIndex) {
   std::vector<bool> sliver;
   sliver.reserve(group.faces.size());
-  for (const GroupFace& face : group.faces) {
+  for (GroupFace& face : group.faces) {
+    for (std::uint32_t& v : face.v) v = newIndex(v);
     sliver.push_back(
         IsSliver(group.vertices[face.v[0]], group.vertices[face.v[1]], group.vertices[face.v[2]]));
   }
@@ -45,11 +48,10 @@ void WeldVertices(GeometryGroup& group, float distance) {
   // No squared length is less than 0, or than what is no number.
   if (squaredDistance > 0.0f) {
     const std::vector<std::uint32_t> newIndex = MergeVertices(group.vertices, squaredDistance);
-    for (GroupFace& face : group.faces) {
-      for (std::uint32_t& v : face.v) v = newIndex[v];
-    }
+    RemoveSlivers(group, [&](std::uint32_t v) { return newIndex[v]; });
+  } else {
+    RemoveSlivers(group, [](std::uint32_t v) { return v; });
   }
-  RemoveSlivers(group);
 }
 
 }  // namespace mapexport
