@@ -117,12 +117,43 @@ CornerLook LookOf(std::int32_t material, const NodeMaterials& materials, const C
       {colour.r, colour.g, colour.b, standing.colour.a}};
 }
 
+/// The texture coordinates of a mesh's corners. A texture vertex mostly serves several corners of
+/// one material: it is worked out again only when the material changes.
+class CornerTextures {
+ public:
+  /// `tVerts` must outlive this.
+  explicit CornerTextures(const std::vector<Point3>& tVerts)
+      : tVerts_(tVerts), known_(tVerts.size()) {}
+
+  /// Of a corner that names texture vertex `t`.
+  const Point3& Of(std::uint32_t t, const CornerLook& look) {
+    Known& known = known_[t];
+    if (known.material != look.material) {
+      known = {look.material, tVerts_[t]};
+      if (look.uvTransform != nullptr) known.uvw = known.uvw * *look.uvTransform;
+      ConvertTextureCoordinates(known.uvw, mode_);
+    }
+    return known.uvw;
+  }
+
+ private:
+  struct Known {
+    std::int32_t material = kNoMaterialYet;
+    Point3 uvw;
+  };
+  static constexpr std::int32_t kNoMaterialYet = -2;
+
+  const std::vector<Point3>& tVerts_;
+  std::vector<Known> known_;  ///< per texture vertex
+  std::int32_t mode_ = State().options.textureCoordinateMode;
+};
+
 /// Gives each of the mesh's faces its material and its corners their attributes.
 void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
                       const MeshPlace& place, const NodeMaterials& materials,
                       std::span<const std::uint32_t> hostFaces) {
   const Color wireColour = WireColourOf(node);
-  const std::int32_t textureMode = State().options.textureCoordinateMode;
+  CornerTextures textures(mesh.tVerts);
   const std::span<GroupFace> faces(group.faces.end() - hostFaces.size(), hostFaces.size());
   const SmoothedNormals normals(faces, place.firstVertex, mesh.verts.size());
   group.attributeIndex.Update(group.attributes);
@@ -144,9 +175,7 @@ void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
     for (std::size_t k = 0; k < 3; ++k) {
       corner.position = group.vertices[face.v[k]];
       if (!mesh.tVerts.empty()) {
-        corner.uvw = mesh.tVerts[mesh.tvFace[hostFaces[f]].t[place.reversed ? 2 - k : k]];
-        if (look.uvTransform != nullptr) corner.uvw = corner.uvw * *look.uvTransform;
-        ConvertTextureCoordinates(corner.uvw, textureMode);
+        corner.uvw = textures.Of(mesh.tvFace[hostFaces[f]].t[place.reversed ? 2 - k : k], look);
       }
       corner.normal = cornerNormals[k];
       face.a[k] = static_cast<std::uint32_t>(
