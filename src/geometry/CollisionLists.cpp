@@ -1,46 +1,40 @@
 #include "geometry/CollisionLists.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 #include "geometry/FaceFlags.h"
 
 namespace mapexport {
-namespace {
-
-/// What becomes of each vertex.
-struct VertexFate {
-  std::uint32_t uses = 0;       ///< corners of drawn faces
-  bool collision = false;       ///< some undrawn face uses it
-  std::uint32_t point = 0;      ///< index among the collision points
-  std::uint32_t compacted = 0;  ///< index among the kept vertices
-};
-
-}  // namespace
 
 void PrepareCollisionLists(GeometryGroup& group) {
-  std::vector<VertexFate> fates(group.vertices.size());
+  std::vector<std::uint32_t> uses(group.vertices.size(), 0);  // corners of drawn faces
+  std::vector<bool> isPoint(group.vertices.size(), false);    // some undrawn face uses the vertex
   for (const GroupFace& face : group.faces) {
-    for (const std::uint32_t v : face.v) ++fates[v].uses;
+    for (const std::uint32_t v : face.v) ++uses[v];
   }
   std::size_t undrawn = 0;
   for (const SurfaceSet& set : group.surfaceSets) {
     if ((set.flags & kFlagNotRendered) == 0) continue;
     for (const std::uint32_t f : set.faces) {
-      group.faces[f].drawn = 0;
+      GroupFace& face = group.faces[f];
+      face.drawn = 0;
+      face.batchIndex = -1;
       ++undrawn;
-      for (const std::uint32_t v : group.faces[f].v) {
-        --fates[v].uses;
-        fates[v].collision = true;
+      for (const std::uint32_t v : face.v) {
+        --uses[v];
+        isPoint[v] = true;
       }
     }
   }
-  const bool unused =
-      std::ranges::any_of(fates, [](const VertexFate& fate) { return fate.uses == 0; });
-  if (undrawn == 0 && !unused) return;
+  if (undrawn == 0 && std::ranges::find(uses, 0u) == uses.end()) return;
 
-  for (std::size_t v = 0; v < fates.size(); ++v) {
-    if (!fates[v].collision) continue;
-    fates[v].point = static_cast<std::uint32_t>(group.collisionPoints.size());
+  std::vector<std::uint32_t> pointOf(uses.size());
+  for (std::size_t v = 0; v < uses.size(); ++v) {
+    if (!isPoint[v]) continue;
+    pointOf[v] = static_cast<std::uint32_t>(group.collisionPoints.size());
     group.collisionPoints.push_back(group.vertices[v]);
   }
   group.collisionPlanes.reserve(undrawn);
@@ -49,16 +43,17 @@ void PrepareCollisionLists(GeometryGroup& group) {
       group.collisionPlanes.push_back(PlaneOf(face.normal, group.vertices[face.v[0]]));
     }
   }
+  std::vector<std::uint32_t> compacted(uses.size());
   std::uint32_t kept = 0;
-  for (std::size_t v = 0; v < fates.size(); ++v) {
-    if (fates[v].uses == 0) continue;
-    fates[v].compacted = kept;
+  for (std::size_t v = 0; v < uses.size(); ++v) {
+    if (uses[v] == 0) continue;
+    compacted[v] = kept;
     group.vertices[kept] = group.vertices[v];
     ++kept;
   }
   group.vertices.Shrink(kept);
   for (GroupFace& face : group.faces) {
-    for (std::uint32_t& v : face.v) v = face.drawn != 0 ? fates[v].compacted : fates[v].point;
+    for (std::uint32_t& v : face.v) v = face.drawn != 0 ? compacted[v] : pointOf[v];
   }
 }
 

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "geometry/FetchAhead.h"
 #include "materials/SceneMaterials.h"
 
 namespace mapexport {
@@ -81,6 +82,7 @@ class KindSorter {
     numbers_.clear();
     std::uint32_t number = 0;
     for (std::uint32_t i = 0; i < faces.size(); ++i) {
+      FetchAhead(group_.faces, faces, i);
       const GroupFace& face = group_.faces[faces[i]];
       if (face.drawn == 0) continue;
       const bool perNode = materials_.IsTransparent(face.material);
@@ -249,13 +251,6 @@ void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition) {
                 });
   }
   group.batches = InListOrder(builder.TakeBatches());
-
-  for (GroupFace& face : group.faces) face.batchIndex = -1;
-  for (std::size_t ordinal = 0; ordinal < group.batches.size(); ++ordinal) {
-    for (const std::uint32_t f : group.batches[ordinal].faces) {
-      group.faces[f].batchIndex = static_cast<std::int32_t>(ordinal);
-    }
-  }
 }
 
 }  // namespace mapexport

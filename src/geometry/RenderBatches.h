@@ -6,7 +6,7 @@
 
 namespace mapexport {
 
-/// Builds `group.batches` from the partition and stores each batch's ordinal in its faces.
+/// Builds `group.batches` from the partition.
 ///
 /// A face goes into the first batch of its cell that has its material and its key and in which none
 /// of its vertices occurs with another attribute; else into a new one. The key is the face's node

@@ -1,6 +1,9 @@
 #include "modelfile/WriteQobRecord.h"
 
+#include <span>
+
 #include "geometry/CollisionLists.h"
+#include "geometry/FetchAhead.h"
 #include "geometry/RenderBatches.h"
 #include "geometry/VoxelPartition.h"
 #include "modelfile/IndexLimit.h"
@@ -30,23 +33,26 @@ class CornerPlaces {
   std::vector<std::uint32_t> places_;
 };
 
-void WriteBatch(const GeometryGroup& group, const RenderBatch& batch, CornerPlaces& places,
+/// Writes a batch and stores its ordinal in its faces.
+void WriteBatch(GeometryGroup& group, std::size_t ordinal, CornerPlaces& places,
                 BinaryWriter& out) {
+  const RenderBatch& batch = group.batches[ordinal];
   places.Take(batch);
   out.I32(batch.material);
-  out.Count(batch.faces.size());
-  const auto faceOf = [&](std::size_t i) -> const GroupFace& {
-    return group.faces[batch.faces[i]];
-  };
-  out.Entries(batch.faces.size(), 16, [&](BinaryCursor& entry, std::size_t i) {
+  const std::span<const std::uint32_t> faces(batch.faces.data(), batch.faces.size());
+  const auto faceOf = [&](std::size_t i) -> GroupFace& { return group.faces[faces[i]]; };
+  out.Count(faces.size());
+  out.Entries(faces.size(), 16, [&](BinaryCursor& entry, std::size_t i) {
+    FetchAhead(group.faces, faces, i);
+    faceOf(i).batchIndex = static_cast<std::int32_t>(ordinal);
     const CollisionPlane plane = PlaneOf(faceOf(i).normal, group.vertices[faceOf(i).v[0]]);
     entry.Point(plane.normal);
     entry.F32(plane.d);
   });
-  out.Entries(batch.faces.size(), 6, [&](BinaryCursor& entry, std::size_t i) {
+  out.Entries(faces.size(), 6, [&](BinaryCursor& entry, std::size_t i) {
     for (const std::uint32_t v : faceOf(i).v) entry.U16(v);
   });
-  out.Entries(batch.faces.size(), 6, [&](BinaryCursor& entry, std::size_t i) {
+  out.Entries(faces.size(), 6, [&](BinaryCursor& entry, std::size_t i) {
     for (const std::uint32_t a : faceOf(i).a) entry.U16(places.Of(a));
   });
 
@@ -55,8 +61,10 @@ void WriteBatch(const GeometryGroup& group, const RenderBatch& batch, CornerPlac
     return group.attributes[batch.cornerAttributes[i]];
   };
   out.Count(corners);
-  out.Entries(corners, 12,
-              [&](BinaryCursor& entry, std::size_t i) { entry.Point(attributeOf(i).normal); });
+  out.Entries(corners, 12, [&](BinaryCursor& entry, std::size_t i) {
+    FetchAhead(group.attributes, batch.cornerAttributes, i);
+    entry.Point(attributeOf(i).normal);
+  });
   out.Entries(corners, 8, [&](BinaryCursor& entry, std::size_t i) {
     entry.F32(attributeOf(i).uvw.x);
     entry.F32(attributeOf(i).uvw.y);
@@ -97,9 +105,9 @@ void WritePreparedQobRecord(GeometryGroup& group, BinaryWriter& out) {
   out.Count(group.batches.size());
   CornerPlaces places(group.attributes.size());
   for (std::size_t ordinal = 0; ordinal < group.batches.size(); ++ordinal) {
-    const RenderBatch& batch = group.batches[ordinal];
-    LogOverlongList(group, "corners of batch", ordinal, batch.cornerAttributes.size());
-    WriteBatch(group, batch, places, out);
+    LogOverlongList(group, "corners of batch", ordinal,
+                    group.batches[ordinal].cornerAttributes.size());
+    WriteBatch(group, ordinal, places, out);
   }
   size.EndBody();
 }
