@@ -143,12 +143,11 @@ std::uint32_t AttributeIndex::FindOrAddCell(std::uint32_t hash) {
   return entry.cell - 1;
 }
 
-/// Keeps the table at most three quarters full with that many cells. It grows in few steps: each
-/// one visits all entries, and touches new memory.
+/// Keeps the table at most three quarters full with that many cells.
 void AttributeIndex::ReserveCells(std::size_t count) {
   const std::size_t least = count + count / 3 + 1;
   if (least <= table_.size()) return;
-  std::vector<Entry> former(std::max({kSmallestTable, 4 * table_.size(), std::bit_ceil(least)}));
+  std::vector<Entry> former(std::max(kSmallestTable, std::bit_ceil(least)));
   former.swap(table_);
   for (const Entry& entry : former) {
     if (entry.cell != 0) table_[PlaceInTable(entry.hash)] = entry;

@@ -29,10 +29,10 @@ std::uint64_t SeedOf(const VertexAttribute& x) {
   return MixCell(1, static_cast<std::uint32_t>(x.material));
 }
 
-std::uint64_t HashOf(const VertexAttribute& x) {
+std::uint32_t HashOf(const VertexAttribute& x) {
   std::uint64_t hash = SeedOf(x);
   for (const CellsAround& axis : AxesOf(x)) hash = MixCell(hash, axis.cell[0]);
-  return hash;
+  return static_cast<std::uint32_t>(hash);
 }
 
 }  // namespace
@@ -41,9 +41,11 @@ std::uint32_t CrowdedAttributes::FindFirst(const VertexAttribute& x,
                                            std::span<const VertexAttribute> attributes,
                                            std::uint32_t best) const {
   if (chains_.empty()) return best;
-  VisitCells(SeedOf(x), AxesOf(x), [&](std::uint64_t hash) {
+  VisitCells(SeedOf(x), AxesOf(x), [&](std::uint64_t cellHash) {
+    const auto hash = static_cast<std::uint32_t>(cellHash);
     std::uint32_t e = chains_[hash & (chains_.size() - 1)].first;
     for (; e != kNone && entries_[e].attribute < best; e = entries_[e].next) {
+      if (entries_[e].hash != hash) continue;  // of another cell
       if (AttributesMatch(x, attributes[entries_[e].attribute])) best = entries_[e].attribute;
     }
   });
@@ -51,24 +53,24 @@ std::uint32_t CrowdedAttributes::FindFirst(const VertexAttribute& x,
 }
 
 void CrowdedAttributes::Insert(std::uint32_t i, std::span<const VertexAttribute> attributes) {
-  if (entries_.size() >= chains_.size()) Grow(attributes);
-  entries_.push_back({i, kNone});
-  Link(static_cast<std::uint32_t>(entries_.size() - 1), attributes);
+  if (entries_.size() >= chains_.size()) Grow();
+  entries_.push_back({i, HashOf(attributes[i]), kNone});
+  Link(static_cast<std::uint32_t>(entries_.size() - 1));
 }
 
-void CrowdedAttributes::Grow(std::span<const VertexAttribute> attributes) {
-  chains_.assign(std::max(kSmallestTable, 4 * chains_.size()), {});
+void CrowdedAttributes::Grow() {
+  chains_.assign(std::max(kSmallestTable, 2 * chains_.size()), {});
   std::ranges::sort(entries_, {}, &Entry::attribute);
   for (std::uint32_t e = 0; e < entries_.size(); ++e) {
     entries_[e].next = kNone;
-    Link(e, attributes);
+    Link(e);
   }
 }
 
 /// Puts an entry into its ascending place, which for all but moved attributes is the end.
-void CrowdedAttributes::Link(std::uint32_t entry, std::span<const VertexAttribute> attributes) {
+void CrowdedAttributes::Link(std::uint32_t entry) {
   const std::uint32_t i = entries_[entry].attribute;
-  Chain& chain = chains_[HashOf(attributes[i]) & (chains_.size() - 1)];
+  Chain& chain = chains_[entries_[entry].hash & (chains_.size() - 1)];
   if (chain.first == kNone || i < entries_[chain.first].attribute) {
     entries_[entry].next = chain.first;
     if (chain.first == kNone) chain.last = entry;

@@ -28,6 +28,7 @@ class CrowdedAttributes {
  private:
   struct Entry {
     std::uint32_t attribute;
+    std::uint32_t hash;  ///< of the cell of its values, the low half
     std::uint32_t next;  ///< of the chain, kNone at its end
   };
   struct Chain {
@@ -35,8 +36,8 @@ class CrowdedAttributes {
     std::uint32_t last = kNone;
   };
 
-  void Link(std::uint32_t entry, std::span<const VertexAttribute> attributes);
-  void Grow(std::span<const VertexAttribute> attributes);
+  void Link(std::uint32_t entry);
+  void Grow();
 
   std::vector<Chain> chains_;  ///< a power of two of them, or none
   std::vector<Entry> entries_;
