@@ -318,12 +318,18 @@ TEST_F(BatchesTest, AGroupCanBeWrittenAgainInEitherLayout) {
   EXPECT_EQ(Record(WriteKobRecord, group), kob);
   EXPECT_EQ(State().voxelCellSize, VoxelGrid(group, 15.0f).cellSize);
   Record(WriteQobRecord, group);
-  EXPECT_TRUE(std::ranges::all_of(
-      group.faces, [](const GroupFace& face) { return face.drawn == 1 && face.batchIndex >= 0; }));
+  for (std::size_t ordinal = 0; ordinal < group.batches.size(); ++ordinal) {
+    for (const std::uint32_t f : group.batches[ordinal].faces) {
+      EXPECT_EQ(group.faces[f].batchIndex, static_cast<std::int32_t>(ordinal));
+    }
+  }
   GeometryGroup other = fresh;
   const std::string qob = Record(WriteQobRecord, other);
   EXPECT_EQ(Record(WriteQobRecord, other), qob);
   EXPECT_EQ(Record(WriteKobRecord, other), kob);
+  for (const std::uint32_t f : other.surfaceSets[1].faces) {
+    EXPECT_EQ(other.faces[f].batchIndex, -1);
+  }
   State().options = ExportOptions();
 }
 

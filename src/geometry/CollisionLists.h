@@ -12,10 +12,10 @@ inline CollisionPlane PlaneOf(const Point3& normal, const Point3& p0) {
 }
 
 /// Turns the faces of "notrendered" surface sets into collision-only faces and drops every vertex
-/// that no drawn face uses. Undrawn faces then index `group.collisionPoints`, each has its plane in
-/// `group.collisionPlanes` in face order, and drawn faces index the compacted vertices. A vertex
-/// that both kinds use is in both lists. With nothing to separate and no unused vertex, nothing
-/// changes.
+/// that no drawn face uses. Undrawn faces then have no batch and index `group.collisionPoints`,
+/// each has its plane in `group.collisionPlanes` in face order, and drawn faces index the compacted
+/// vertices. A vertex that both kinds use is in both lists. With nothing to separate and no unused
+/// vertex, nothing changes.
 void PrepareCollisionLists(GeometryGroup& group);
 
 /// Takes an earlier preparation back: every face is drawn, the collision points follow the

@@ -18,7 +18,7 @@ struct GroupFace {
   std::int32_t surfaceSet = 0;   ///< index into the group's surface sets
   std::int32_t material = -1;    ///< index into the scene's materials, -1 for none
   std::int32_t visitStamp = 0;   ///< scratch of a cleaning that visits grid cells; ours does not
-  std::int32_t batchIndex = -1;  ///< scratch of the writer: the ordinal of the face's batch
+  std::int32_t batchIndex = -1;  ///< scratch of the writer: the ordinal of its batch, -1 for none
   std::uint8_t drawn = 1;        ///< scratch of the writer: 0 for a collision-only face
   std::int32_t nodeIndex = -1;   ///< which mesh of the group the face came from
 

@@ -55,20 +55,14 @@ CellBox BoxOf(const std::array<VoxelCell, 3>& corners) {
 std::array<VoxelCell, kVotes> RandomCells(const VoxelGrid& grid, const CellBox& box,
                                           const std::array<Point3, 3>& corners,
                                           RandomGenerator& random) {
-  // Which half of the points lie beyond the triangle cannot be foretold. The second loop is one
-  // that compilers do without branches, several points at a time.
-  std::array<std::array<float, kVotes>, 3> weights;  // by corner, then by point
-  for (std::size_t i = 0; i < kVotes; ++i) {
-    weights[1][i] = random.Uniform(0.0f, 1.0f);
-    weights[2][i] = random.Uniform(0.0f, 1.0f);
-  }
-  for (std::size_t i = 0; i < kVotes; ++i) {
-    const float r1 = weights[1][i];
-    const float r2 = weights[2][i];
+  std::array<std::array<float, 3>, kVotes> weights;
+  for (auto& weight : weights) {
+    const float r1 = random.Uniform(0.0f, 1.0f);
+    const float r2 = random.Uniform(0.0f, 1.0f);
     const bool beyond = r1 + r2 > 1.0f;
-    weights[1][i] = beyond ? 1.0f - r1 : r1;
-    weights[2][i] = beyond ? 1.0f - r2 : r2;
-    weights[0][i] = 1.0f - weights[1][i] - weights[2][i];
+    weight[1] = beyond ? 1.0f - r1 : r1;
+    weight[2] = beyond ? 1.0f - r2 : r2;
+    weight[0] = 1.0f - weight[1] - weight[2];
   }
   std::array<VoxelCell, kVotes> cells;
   cells.fill(box.lo);
@@ -77,7 +71,7 @@ std::array<VoxelCell, kVotes> RandomCells(const VoxelGrid& grid, const CellBox& 
     const std::array<float, 3> p{AxisOf(corners[0], axis), AxisOf(corners[1], axis),
                                  AxisOf(corners[2], axis)};
     for (std::size_t i = 0; i < kVotes; ++i) {
-      const float point = p[0] * weights[0][i] + p[1] * weights[1][i] + p[2] * weights[2][i];
+      const float point = p[0] * weights[i][0] + p[1] * weights[i][1] + p[2] * weights[i][2];
       const std::int32_t cell = CellOnAxis(point, AxisOf(grid.boundsMin, axis),
                                            AxisOf(grid.cellSize, axis), grid.counts[axis]);
       cells[i][axis] = std::clamp(cell, box.lo[axis], box.hi[axis]);

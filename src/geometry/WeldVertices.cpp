@@ -28,9 +28,9 @@ std::vector<std::uint32_t> MergeVertices(GrowableArray<Point3>& vertices, float 
   return newIndex;
 }
 
-/// Gives the faces their new vertices and removes those that are slivers, in one walk.
+/// Gives the faces their new vertices, and removes those that are slivers then.
 template <typename NewIndex>
-void RemoveSlivers(GeometryGroup& group, const NewIndex& newIndex) {
+void RenumberFaces(GeometryGroup& group, const NewIndex& newIndex) {
   std::vector<bool> sliver;
   sliver.reserve(group.faces.size());
   for (GroupFace& face : group.faces) {
@@ -48,9 +48,9 @@ void WeldVertices(GeometryGroup& group, float distance) {
   // No squared length is less than 0, or than what is no number.
   if (squaredDistance > 0.0f) {
     const std::vector<std::uint32_t> newIndex = MergeVertices(group.vertices, squaredDistance);
-    RemoveSlivers(group, [&](std::uint32_t v) { return newIndex[v]; });
+    RenumberFaces(group, [&](std::uint32_t v) { return newIndex[v]; });
   } else {
-    RemoveSlivers(group, [](std::uint32_t v) { return v; });
+    RenumberFaces(group, [](std::uint32_t v) { return v; });
   }
 }
 

@@ -13,7 +13,7 @@ namespace {
 /// What the face table says in its position field of a face that its batch does not list.
 constexpr std::uint32_t kNoPosition = 0xFFFF;
 
-/// Per face: its position in its batch's face list.
+/// Per face: its position in its batch's face list, kNoPosition where no batch lists it.
 std::vector<std::uint32_t> FacePositions(const GeometryGroup& group) {
   std::vector<std::uint32_t> positions(group.faces.size(), kNoPosition);
   for (const RenderBatch& batch : group.batches) {
@@ -24,7 +24,7 @@ std::vector<std::uint32_t> FacePositions(const GeometryGroup& group) {
 
 void WriteFaceTable(const GeometryGroup& group, BinaryWriter& out) {
   const std::vector<std::uint32_t> positions = FacePositions(group);
-  std::uint32_t withoutBatch = 0;  // faces so far: the index of the next one's plane
+  std::uint32_t withoutBatch = 0;  // faces so far, and so the index of the next one's plane
   out.Count(group.faces.size());
   out.Entries(group.faces.size(), 16, [&](BinaryCursor& entry, std::size_t f) {
     const GroupFace& face = group.faces[f];

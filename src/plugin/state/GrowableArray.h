@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstddef>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -75,10 +76,22 @@ class GrowableArray {
   void Grow(std::size_t count) {
     const std::size_t capacity = items_.capacity();
     // From here on an array is copied seldom: what it takes ahead is not touched before it is used.
-    // A million faces need no copy at all.
     constexpr std::size_t kLarge = (std::size_t{128} << 10) / sizeof(T);
     constexpr std::size_t kLeast = (std::size_t{64} << 20) / sizeof(T);
-    const std::size_t ahead = capacity < kLarge ? capacity : std::max(3 * capacity, kLeast);
+    if (capacity >= kLarge) {
+      try {
+        ReserveAhead(count, std::max(3 * capacity, kLeast));
+        return;
+      } catch (const std::bad_alloc&) {
+        // Address space is limited, too; less may be had.
+      }
+    }
+    ReserveAhead(count, capacity);
+  }
+
+  /// Makes room for `count` entries, and at least for `ahead` more than there are.
+  void ReserveAhead(std::size_t count, std::size_t ahead) {
+    const std::size_t capacity = items_.capacity();
     const std::size_t missing = std::max(count - capacity, ahead);
     items_.reserve(capacity + (missing + kStep - 1) / kStep * kStep);
   }
