@@ -92,8 +92,7 @@ void RegisterLiteral(GatheredScene& level) {
         });
   };
   add("fast weld", [](GeometryGroup& group) {
-    WeldVertices(group, kDistance);
-    RemoveDegenerateFaces(group);
+    if (WeldVertices(group, kDistance)) RemoveDegenerateFaces(group);
   });
   add("literal weld", [](GeometryGroup& group) {
     LiteralWeldVertices(group, kDistance);

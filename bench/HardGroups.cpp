@@ -156,8 +156,7 @@ GeometryGroup RepeatedCorners(std::size_t count) {
 
 Pass Weld(float distance) {
   return [=](GeometryGroup& group) {
-    WeldVertices(group, distance);
-    RemoveDegenerateFaces(group);
+    if (WeldVertices(group, distance)) RemoveDegenerateFaces(group);
   };
 }
 

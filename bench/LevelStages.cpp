@@ -13,8 +13,7 @@
 namespace mapexport {
 
 void Weld(GeometryGroup& group) {
-  WeldVertices(group, kWeldDistance);
-  RemoveDegenerateFaces(group);
+  if (WeldVertices(group, kWeldDistance)) RemoveDegenerateFaces(group);
 }
 
 bool WriteKobFile(ExportModel& model, const std::string& path) {

@@ -129,10 +129,10 @@ TEST(WeldVertices, EqualsTheComparisonOfAllPairs) {
     const float distance = random.Pick(kDistances);
     GeometryGroup fast = GroupToWeld(random, distance);
     GeometryGroup literal = fast;
-    WeldVertices(fast, distance);
+    const bool degenerate = WeldVertices(fast, distance);
     LiteralWeldVertices(literal, distance);
     ASSERT_EQ(BitsOf(fast), BitsOf(literal)) << "seed " << seed << ", distance " << distance;
-    RemoveDegenerateFaces(fast);
+    if (degenerate) RemoveDegenerateFaces(fast);
     LiteralRemoveDegenerateFaces(literal);
     ASSERT_EQ(BitsOf(fast), BitsOf(literal)) << "degenerates, seed " << seed;
   }

@@ -1,5 +1,6 @@
 #include "geometry/DuplicateTwoSidedFaces.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -10,6 +11,7 @@ namespace mapexport {
 
 void DuplicateTwoSidedFaces(GeometryGroup& group) {
   const MaterialsList& materials = SceneMaterials();
+  if (std::ranges::none_of(materials.Records(), &MaterialRecord::twoSided)) return;
   const std::size_t count = group.faces.size();
   for (std::size_t f = 0; f < count; ++f) {
     if (!materials.IsTwoSided(group.faces[f].material)) continue;

@@ -9,10 +9,7 @@ namespace mapexport {
 void RemoveDegenerateFaces(GeometryGroup& group) {
   std::vector<bool> degenerate;
   degenerate.reserve(group.faces.size());
-  for (const GroupFace& face : group.faces) {
-    const auto& v = face.v;
-    degenerate.push_back(v[0] == v[1] || v[1] == v[2] || v[2] == v[0]);
-  }
+  for (const GroupFace& face : group.faces) degenerate.push_back(IsDegenerate(face));
   RemoveFaces(group, degenerate);
 }
 

@@ -6,6 +6,7 @@
 
 #include "geometry/FindWeldTargets.h"
 #include "geometry/IsSliver.h"
+#include "geometry/RemoveDegenerateFaces.h"
 #include "geometry/RemoveFaces.h"
 
 namespace mapexport {
@@ -28,30 +29,33 @@ std::vector<std::uint32_t> MergeVertices(GrowableArray<Point3>& vertices, float 
   return newIndex;
 }
 
-/// Gives the faces their new vertices, and removes those that are slivers then.
+/// Gives the faces their new vertices, and removes those that are slivers then. Returns whether
+/// others are degenerate.
 template <typename NewIndex>
-void RenumberFaces(GeometryGroup& group, const NewIndex& newIndex) {
+bool RenumberFaces(GeometryGroup& group, const NewIndex& newIndex) {
   std::vector<bool> sliver;
   sliver.reserve(group.faces.size());
+  bool anyDegenerate = false;
   for (GroupFace& face : group.faces) {
     for (std::uint32_t& v : face.v) v = newIndex(v);
     sliver.push_back(
         IsSliver(group.vertices[face.v[0]], group.vertices[face.v[1]], group.vertices[face.v[2]]));
+    anyDegenerate |= IsDegenerate(face) && !sliver.back();
   }
   RemoveFaces(group, sliver);
+  return anyDegenerate;
 }
 
 }  // namespace
 
-void WeldVertices(GeometryGroup& group, float distance) {
+bool WeldVertices(GeometryGroup& group, float distance) {
   const float squaredDistance = distance * distance;
   // No squared length is less than 0, or than what is no number.
   if (squaredDistance > 0.0f) {
     const std::vector<std::uint32_t> newIndex = MergeVertices(group.vertices, squaredDistance);
-    RenumberFaces(group, [&](std::uint32_t v) { return newIndex[v]; });
-  } else {
-    RenumberFaces(group, [](std::uint32_t v) { return v; });
+    return RenumberFaces(group, [&](std::uint32_t v) { return newIndex[v]; });
   }
+  return RenumberFaces(group, [](std::uint32_t v) { return v; });
 }
 
 }  // namespace mapexport

@@ -61,8 +61,7 @@ void ExportModel::PostProcess(bool weldVertices, float weldingDistance,
     system.SetCursor(weldCursor);
     if (weldVertices) {
       passWatch.Start();
-      WeldVertices(group, weldingDistance);
-      RemoveDegenerateFaces(group);
+      if (WeldVertices(group, weldingDistance)) RemoveDegenerateFaces(group);
       passWatch.Stop();
       passWatch.Report("\t\tWeldVertices()");
     }
