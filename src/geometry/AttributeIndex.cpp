@@ -147,7 +147,8 @@ std::uint32_t AttributeIndex::FindOrAddCell(std::uint32_t hash) {
 void AttributeIndex::ReserveCells(std::size_t count) {
   const std::size_t least = count + count / 3 + 1;
   if (least <= table_.size()) return;
-  std::vector<Entry> former(std::max(kSmallestTable, std::bit_ceil(least)));
+  // Fourfold: to fill the table anew costs more than room that is not used yet.
+  std::vector<Entry> former(std::max({kSmallestTable, 4 * table_.size(), std::bit_ceil(least)}));
   former.swap(table_);
   for (const Entry& entry : former) {
     if (entry.cell != 0) table_[PlaceInTable(entry.hash)] = entry;
