@@ -49,7 +49,7 @@ class GeometryGroup : public MapRecord {
                    std::numeric_limits<float>::max()};  ///< of the gathered vertices, per axis
 
   // Built when the group is written.
-  std::vector<RenderBatch> batches;             ///< in the order of the model file
+  RenderBatchList batches;
   std::vector<Point3> collisionPoints;          ///< second layout only
   std::vector<CollisionPlane> collisionPlanes;  ///< second layout only
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <span>
 #include <unordered_map>
 #include <utility>
@@ -33,12 +34,6 @@ struct BatchKindHash {
 struct PlacedFace {
   std::uint32_t place;
   std::uint32_t face;
-};
-
-/// A batch, and the place of the face that began it.
-struct PlacedBatch {
-  std::uint32_t place;
-  RenderBatch batch;
 };
 
 /// Sorts the drawn faces of one cell after the other by kind, kinds in the order of their first
@@ -114,10 +109,9 @@ class KindSorter {
 class BatchBuilder {
  public:
   explicit BatchBuilder(const GeometryGroup& group)
-      : group_(group), uses_(group.vertices.size(), Uses{0, kNoUse}) {}
+      : group_(group), newestUse_(group.vertices.size(), kNoUse) {}
 
   void AddFaces(const BatchKind& kind, std::span<const PlacedFace> faces) {
-    ++round_;
     pool_.clear();
     started_.clear();
     batchOfFace_.clear();
@@ -132,7 +126,11 @@ class BatchBuilder {
     Finish(kind, faces);
   }
 
-  std::vector<PlacedBatch> TakeBatches() { return std::move(batches_); }
+  /// All batches, in the order of the group's list.
+  RenderBatchList TakeBatches() {
+    BringIntoListOrder();
+    return std::move(batches_);
+  }
 
  private:
   static constexpr std::uint32_t kNoUse = std::numeric_limits<std::uint32_t>::max();
@@ -144,30 +142,23 @@ class BatchBuilder {
     std::uint32_t attribute;
     std::uint32_t next;
   };
-  /// The chain of a vertex; it belongs to the round it was begun in.
-  struct Uses {
-    std::uint32_t round;
-    std::uint32_t first;
-  };
   /// A batch of this round.
   struct StartedBatch {
     std::uint32_t place;  ///< of the face that began it
     std::uint32_t faces = 0;
     std::uint32_t corners = 0;
     std::uint64_t blocked = 0;  ///< the stamp of the last face it could not take
+    // Where the lists of the finished batch go on.
+    std::size_t nextFace = 0;
+    std::size_t nextCorner = 0;
   };
-
-  /// The uses of the vertex in this round.
-  std::uint32_t FirstUse(std::uint32_t v) const {
-    return uses_[v].round == round_ ? uses_[v].first : kNoUse;
-  }
 
   /// The first batch of this round that can take the face; the number of batches when none can.
   std::uint32_t FindBatch(const GroupFace& face) {
     ++stamp_;
     bool blocked = false;
     for (std::size_t k = 0; k < 3; ++k) {
-      for (std::uint32_t u = FirstUse(face.v[k]); u != kNoUse; u = pool_[u].next) {
+      for (std::uint32_t u = newestUse_[face.v[k]]; u != kNoUse; u = pool_[u].next) {
         if (pool_[u].attribute == face.a[k]) continue;
         started_[pool_[u].batch].blocked = stamp_;
         blocked = true;
@@ -180,64 +171,72 @@ class BatchBuilder {
 
   /// Gives the batch a local vertex for that vertex and attribute unless it has one.
   void AddCorner(std::uint32_t batch, std::uint32_t v, std::uint32_t attribute) {
-    const std::uint32_t first = FirstUse(v);
-    for (std::uint32_t u = first; u != kNoUse; u = pool_[u].next) {
+    const std::uint32_t newest = newestUse_[v];
+    for (std::uint32_t u = newest; u != kNoUse; u = pool_[u].next) {
       if (pool_[u].batch == batch && pool_[u].attribute == attribute) return;
     }
-    uses_[v] = {round_, static_cast<std::uint32_t>(pool_.size())};
-    pool_.push_back({batch, v, attribute, first});
+    newestUse_[v] = static_cast<std::uint32_t>(pool_.size());
+    pool_.push_back({batch, v, attribute, newest});
     ++started_[batch].corners;
   }
 
   /// Makes batches of this round's.
   void Finish(const BatchKind& kind, std::span<const PlacedFace> faces) {
-    const std::size_t firstBatch = batches_.size();
-    for (const StartedBatch& started : started_) {
-      PlacedBatch& added = batches_.emplace_back();
-      added.place = started.place;
-      added.batch.material = kind.material;
-      added.batch.key = kind.key;
-      added.batch.faces.Reserve(started.faces);
-      added.batch.cornerVertices.reserve(started.corners);
-      added.batch.cornerAttributes.reserve(started.corners);
+    std::size_t faceCount = batches_.faces.size();
+    std::size_t cornerCount = batches_.cornerVertices.size();
+    for (StartedBatch& started : started_) {
+      places_.push_back(started.place);
+      batches_.entries.push_back(
+          {kind.material, kind.key, faceCount, started.faces, cornerCount, started.corners});
+      started.nextFace = faceCount;
+      started.nextCorner = cornerCount;
+      faceCount += started.faces;
+      cornerCount += started.corners;
     }
+    batches_.faces.Extend(faceCount);
+    batches_.cornerVertices.Extend(cornerCount);
+    batches_.cornerAttributes.Extend(cornerCount);
     for (std::size_t i = 0; i < faces.size(); ++i) {
-      batches_[firstBatch + batchOfFace_[i]].batch.faces.Append(faces[i].face);
+      batches_.faces[started_[batchOfFace_[i]].nextFace++] = faces[i].face;
     }
     for (const Use& use : pool_) {
-      RenderBatch& batch = batches_[firstBatch + use.batch].batch;
-      batch.cornerVertices.push_back(use.vertex);
-      batch.cornerAttributes.push_back(use.attribute);
+      const std::size_t corner = started_[use.batch].nextCorner++;
+      batches_.cornerVertices[corner] = use.vertex;
+      batches_.cornerAttributes[corner] = use.attribute;
+      newestUse_[use.vertex] = kNoUse;
     }
+  }
+
+  /// In the order of their first faces, each batch is inserted before the first one of its
+  /// material, or at the front.
+  void BringIntoListOrder() {
+    std::vector<std::uint32_t> created(places_.size());
+    std::iota(created.begin(), created.end(), 0u);
+    std::ranges::sort(created, {}, [&](std::uint32_t i) { return places_[i]; });
+    std::unordered_map<std::int32_t, std::size_t> rankByMaterial;
+    std::vector<std::pair<std::size_t, std::size_t>> order;  // the material's rank, when created
+    order.reserve(created.size());
+    for (std::size_t i = 0; i < created.size(); ++i) {
+      const std::int32_t material = batches_.entries[created[i]].material;
+      const auto rank = rankByMaterial.try_emplace(material, rankByMaterial.size());
+      order.emplace_back(rank.first->second, i);
+    }
+    std::ranges::sort(order, std::greater());
+    std::vector<RenderBatchList::Entry> ordered;
+    ordered.reserve(order.size());
+    for (const auto& [rank, i] : order) ordered.push_back(batches_.entries[created[i]]);
+    batches_.entries = std::move(ordered);
   }
 
   const GeometryGroup& group_;
-  std::vector<PlacedBatch> batches_;
+  RenderBatchList batches_;
+  std::vector<std::uint32_t> places_;  ///< per batch that of the face that began it
   std::vector<StartedBatch> started_;
   std::vector<std::uint32_t> batchOfFace_;  ///< of the faces of this round
   std::uint64_t stamp_ = 0;                 ///< faces looked at so far
-  std::uint32_t round_ = 0;                 ///< kinds of cells looked at so far
-  std::vector<Uses> uses_;                  ///< per vertex of the group
+  std::vector<std::uint32_t> newestUse_;    ///< per vertex of the group, of this round
   std::vector<Use> pool_;                   ///< the uses of this round, in the order they were made
 };
-
-/// Brings batches into the order of the group's list: in the order of their first faces, each is
-/// inserted before the first batch of its material, or at the front.
-std::vector<RenderBatch> InListOrder(std::vector<PlacedBatch> batches) {
-  std::ranges::sort(batches, {}, &PlacedBatch::place);
-  std::unordered_map<std::int32_t, std::size_t> rankByMaterial;
-  std::vector<std::pair<std::size_t, std::size_t>> order;  // the material's rank, the batch
-  order.reserve(batches.size());
-  for (std::size_t i = 0; i < batches.size(); ++i) {
-    const auto rank = rankByMaterial.try_emplace(batches[i].batch.material, rankByMaterial.size());
-    order.emplace_back(rank.first->second, i);
-  }
-  std::ranges::sort(order, std::greater());
-  std::vector<RenderBatch> ordered;
-  ordered.reserve(batches.size());
-  for (const auto& [rank, i] : order) ordered.push_back(std::move(batches[i].batch));
-  return ordered;
-}
 
 }  // namespace
 
@@ -250,7 +249,7 @@ void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition) {
                   builder.AddFaces(kind, faces);
                 });
   }
-  group.batches = InListOrder(builder.TakeBatches());
+  group.batches = builder.TakeBatches();
 }
 
 }  // namespace mapexport

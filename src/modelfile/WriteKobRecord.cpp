@@ -1,7 +1,5 @@
 #include "modelfile/WriteKobRecord.h"
 
-#include <vector>
-
 #include "geometry/CollisionLists.h"
 #include "modelfile/IndexLimit.h"
 #include "modelfile/RecordHeader.h"
@@ -10,26 +8,13 @@
 namespace mapexport {
 namespace {
 
-/// What the face table says in its position field of a face that its batch does not list.
-constexpr std::uint32_t kNoPosition = 0xFFFF;
-
-/// Per face: its position in its batch's face list, kNoPosition where no batch lists it.
-std::vector<std::uint32_t> FacePositions(const GeometryGroup& group) {
-  std::vector<std::uint32_t> positions(group.faces.size(), kNoPosition);
-  for (const RenderBatch& batch : group.batches) {
-    for (std::uint32_t i = 0; i < batch.faces.size(); ++i) positions[batch.faces[i]] = i;
-  }
-  return positions;
-}
-
 void WriteFaceTable(const GeometryGroup& group, BinaryWriter& out) {
-  const std::vector<std::uint32_t> positions = FacePositions(group);
   std::uint32_t withoutBatch = 0;  // faces so far, and so the index of the next one's plane
   out.Count(group.faces.size());
   out.Entries(group.faces.size(), 16, [&](BinaryCursor& entry, std::size_t f) {
     const GroupFace& face = group.faces[f];
     for (const std::uint32_t v : face.v) entry.U16(v);
-    entry.U16(face.batchIndex == -1 ? withoutBatch++ : positions[f]);
+    entry.U16(face.batchIndex == -1 ? withoutBatch++ : face.batchPosition);
     entry.I32(face.surfaceSet);
     entry.I32(face.batchIndex);
   });

@@ -33,19 +33,21 @@ class CornerPlaces {
   std::vector<std::uint32_t> places_;
 };
 
-/// Writes a batch and stores its ordinal in its faces.
+/// Writes a batch and stores its ordinal, and their places in it, in its faces.
 void WriteBatch(GeometryGroup& group, std::size_t ordinal, CornerPlaces& places,
                 BinaryWriter& out) {
-  const RenderBatch& batch = group.batches[ordinal];
+  const RenderBatch batch = group.batches[ordinal];
   places.Take(batch);
   out.I32(batch.material);
-  const std::span<const std::uint32_t> faces(batch.faces.data(), batch.faces.size());
-  const auto faceOf = [&](std::size_t i) -> GroupFace& { return group.faces[faces[i]]; };
+  const std::span<const std::uint32_t> faces = batch.faces;
+  const auto faceOf = [&](std::size_t i) -> const GroupFace& { return group.faces[faces[i]]; };
   out.Count(faces.size());
   out.Entries(faces.size(), 16, [&](BinaryCursor& entry, std::size_t i) {
     FetchAhead(group.faces, faces, i);
-    faceOf(i).batchIndex = static_cast<std::int32_t>(ordinal);
-    const CollisionPlane plane = PlaneOf(faceOf(i).normal, group.vertices[faceOf(i).v[0]]);
+    GroupFace& face = group.faces[faces[i]];
+    face.batchIndex = static_cast<std::int32_t>(ordinal);
+    face.batchPosition = static_cast<std::uint16_t>(i);
+    const CollisionPlane plane = PlaneOf(face.normal, group.vertices[face.v[0]]);
     entry.Point(plane.normal);
     entry.F32(plane.d);
   });

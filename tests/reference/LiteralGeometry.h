@@ -115,7 +115,21 @@ class DenseVoxels {
   std::array<int, 3> n_{};
 };
 
-inline bool CanAddFace(const RenderBatch& batch, const GroupFace& face, std::int32_t key) {
+/// A batch with lists of its own.
+struct Batch {
+  std::int32_t material = -1;
+  std::int32_t key = -1;
+  std::vector<std::uint32_t> faces, cornerVertices, cornerAttributes;
+
+  bool operator==(const RenderBatch& built) const {
+    return built.material == material && built.key == key &&
+           std::ranges::equal(built.faces, faces) &&
+           std::ranges::equal(built.cornerVertices, cornerVertices) &&
+           std::ranges::equal(built.cornerAttributes, cornerAttributes);
+  }
+};
+
+inline bool CanAddFace(const Batch& batch, const GroupFace& face, std::int32_t key) {
   if (batch.key != key) return false;
   for (std::size_t i = 0; i < batch.cornerVertices.size(); ++i) {
     for (std::size_t k = 0; k < 3; ++k) {
@@ -127,7 +141,7 @@ inline bool CanAddFace(const RenderBatch& batch, const GroupFace& face, std::int
   return true;
 }
 
-inline void AddFace(RenderBatch& batch, const GroupFace& face, std::uint32_t f) {
+inline void AddFace(Batch& batch, const GroupFace& face, std::uint32_t f) {
   for (std::size_t k = 0; k < 3; ++k) {
     bool found = false;
     for (std::size_t i = 0; i < batch.cornerVertices.size(); ++i) {
@@ -137,20 +151,20 @@ inline void AddFace(RenderBatch& batch, const GroupFace& face, std::uint32_t f) 
     batch.cornerVertices.push_back(face.v[k]);
     batch.cornerAttributes.push_back(face.a[k]);
   }
-  batch.faces.Append(f);
+  batch.faces.push_back(f);
 }
 
 /// The group's batch list from the cells of a dense grid.
-inline std::list<RenderBatch> Batches(const GeometryGroup& group, const MaterialsList& materials,
-                                      const std::vector<std::vector<std::uint32_t>>& cells) {
-  std::list<RenderBatch> list;
+inline std::list<Batch> Batches(const GeometryGroup& group, const MaterialsList& materials,
+                                const std::vector<std::vector<std::uint32_t>>& cells) {
+  std::list<Batch> list;
   for (const auto& cell : cells) {
-    std::list<RenderBatch> own;
+    std::list<Batch> own;
     for (const std::uint32_t f : cell) {
       const GroupFace& face = group.faces[f];
       if (face.drawn == 0) continue;
       const std::int32_t key = materials.IsTransparent(face.material) ? face.nodeIndex : -1;
-      auto batch = std::ranges::find_if(own, [&](const RenderBatch& b) {
+      auto batch = std::ranges::find_if(own, [&](const Batch& b) {
         return b.material == face.material && CanAddFace(b, face, key);
       });
       if (batch == own.end()) {
@@ -160,8 +174,8 @@ inline std::list<RenderBatch> Batches(const GeometryGroup& group, const Material
       }
       AddFace(*batch, face, f);
     }
-    for (RenderBatch& batch : own) {
-      const auto place = std::ranges::find(list, batch.material, &RenderBatch::material);
+    for (const Batch& batch : own) {
+      const auto place = std::ranges::find(list, batch.material, &Batch::material);
       list.insert(place == list.end() ? list.begin() : place, batch);
     }
   }
