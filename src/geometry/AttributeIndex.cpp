@@ -13,6 +13,7 @@ namespace {
 constexpr double kCellsPerUnit = 1.0;
 constexpr std::uint32_t kFewAttributes = 32;  // in a cell that is not crowded
 constexpr std::size_t kSmallestTable = 256;   // entries
+constexpr std::size_t kLargeTable = 1 << 17;  // a megabyte of them
 
 bool IsFinite(const Point3& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
@@ -147,8 +148,9 @@ std::uint32_t AttributeIndex::FindOrAddCell(std::uint32_t hash) {
 void AttributeIndex::ReserveCells(std::size_t count) {
   const std::size_t least = count + count / 3 + 1;
   if (least <= table_.size()) return;
-  // Fourfold: to fill the table anew costs more than room that is not used yet.
-  std::vector<Entry> former(std::max({kSmallestTable, 4 * table_.size(), std::bit_ceil(least)}));
+  // To fill the table anew costs more than room that is not used yet, as long as that is little.
+  const std::size_t ahead = table_.size() < kLargeTable ? 4 * table_.size() : 0;
+  std::vector<Entry> former(std::max({kSmallestTable, ahead, std::bit_ceil(least)}));
   former.swap(table_);
   for (const Entry& entry : former) {
     if (entry.cell != 0) table_[PlaceInTable(entry.hash)] = entry;
