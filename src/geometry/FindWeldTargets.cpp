@@ -104,8 +104,7 @@ class WeldGrid {
         squaredDistance_(squaredDistance),
         reach_(ReachOf(squaredDistance)),
         axis_(reach_, width_),
-        // Vertices share cells: fewer chains will do.
-        heads_(std::bit_ceil(std::max<std::size_t>(vertices.size(), 4)) / 2, 0),
+        heads_(std::bit_ceil(std::max<std::size_t>(vertices.size(), 2)), 0),
         hashShift_(64 - std::countr_zero(heads_.size())),
         older_(vertices.size()) {}
 
