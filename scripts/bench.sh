@@ -5,7 +5,7 @@
 #
 #   bench.sh [--quick] [--renew-readme]
 #
-# --quick measures the 130k level alone and with fewer repetitions: a minute, instead of ten.
+# --quick measures the 130k level alone and with fewer repetitions: a minute, instead of five.
 # --renew-readme puts the table into README.md. Results lie in build/bench/results.
 set -euo pipefail
 unset CDPATH
@@ -14,8 +14,8 @@ root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -
 . "$root/scripts/lib/ensure-packages.sh"
 
 sizes=(10k 130k 1M)
-repetitions=11
-long_repetitions=7 # what takes long, or is many
+repetitions=21
+long_repetitions=15 # what takes long, or is many
 runs=7
 report=()
 for argument in "$@"; do
