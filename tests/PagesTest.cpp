@@ -39,10 +39,18 @@ Words OptionsIn(std::string text, const std::string& lineStart) {
   return options;
 }
 
-/// A name of this process's own: tests run beside each other.
-std::string TempFile(const std::string& name) {
-  return testing::TempDir() + std::to_string(getpid()) + name;
-}
+/// A file with that content. Its name is this process's own: tests run beside each other.
+struct TempFile {
+  TempFile(const std::string& name, const std::string& content)
+      : path(testing::TempDir() + std::to_string(getpid()) + name) {
+    std::ofstream(path) << content;
+  }
+  ~TempFile() { std::remove(path.c_str()); }
+  TempFile(const TempFile&) = delete;
+  TempFile& operator=(const TempFile&) = delete;
+
+  const std::string path;
+};
 
 std::string Output(const std::string& command) {
   const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
@@ -56,10 +64,9 @@ std::string Output(const std::string& command) {
 
 /// What bash offers behind these words, the last of which is being typed.
 Words Completions(const std::string& words) {
-  const std::string script = TempFile("mapexport.bash");
-  std::ofstream(script) << BashCompletion();
+  const TempFile script("mapexport.bash", BashCompletion());
   const std::string text =
-      Output("bash -c '. " + script + " && COMP_WORDS=(" + words +
+      Output("bash -c '. " + script.path + " && COMP_WORDS=(" + words +
              ") COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _mapexport; printf \"%s\\n\" "
              "\"${COMPREPLY[@]}\"' 2>&1");
   Words offered;
@@ -96,9 +103,8 @@ TEST(Pages, CompletionOffersTheWordsOfOptions) {
 }
 
 TEST(Pages, ManPageIsSoundTroff) {
-  const std::string file = TempFile("mapexport.1");
-  std::ofstream(file) << ManPage();
-  EXPECT_EQ(Output("groff -man -Tutf8 -ww -z " + file + " 2>&1"), "");
+  const TempFile file("mapexport.1", ManPage());
+  EXPECT_EQ(Output("groff -man -Tutf8 -ww -z " + file.path + " 2>&1"), "");
 }
 
 }  // namespace
