@@ -312,6 +312,12 @@ TEST_F(BatchesTest, AGroupCanBeWrittenAgainInEitherLayout) {
   const std::string kob = Record(WriteKobRecord, group);
   EXPECT_EQ(Record(WriteKobRecord, group), kob);
   EXPECT_EQ(State().voxelCellSize, VoxelGrid(group, 15.0f).cellSize);
+  group = fresh;
+  EXPECT_EQ(Record(WriteKobRecord, group), kob) << "assigned over a written one";
+  GeometryGroup hidden = RandomGroup(9, 60, 5);
+  hidden.surfaceSets[0].flags = 0x04;
+  const std::string hiddenKob = Record(WriteKobRecord, hidden);
+  EXPECT_EQ(Record(WriteKobRecord, hidden), hiddenKob);
   Record(WriteQobRecord, group);
   for (std::size_t ordinal = 0; ordinal < group.batches.size(); ++ordinal) {
     for (const std::uint32_t f : group.batches[ordinal].faces) {

@@ -468,6 +468,19 @@ TEST_F(ProgramTest, ListsBeyond16BitIndicesEndWith4) {
   EXPECT_THAT(inspected.out, Not(IsEmpty()));
 }
 
+TEST_F(ProgramTest, PlacesInLongBatchesAreCutTo16Bits) {
+  std::string faces = "[0,1,2]";
+  for (int i = 1; i < 65537; ++i) faces += ",[0,1,2]";
+  scene_ = work_ / "long.scene.json";
+  Write(scene_, R"({"format":"mapexport-scene","version":1,"root":{"mesh":{)"
+                R"("vertices":[[0,0,0],[9,0,0],[0,9,0]],"faces":[)" +
+                    faces + "]}}}");
+  const Outcome exported = Export("long.kob", {"--fresh", "--quiet"});
+  EXPECT_EQ(exported.status, 4);
+  EXPECT_THAT(exported.err, HasSubstr("faces: 65537 entries, 1 more than"));
+  EXPECT_EQ(Run({"inspect", "long.kob", "--summary"}).status, 4);
+}
+
 TEST_F(ProgramTest, StandardOutputThatFailsIsNoticed) {
   ASSERT_EQ(Export("a.qob").status, 0);
   for (const std::vector<std::string>& arguments :

@@ -8,28 +8,8 @@
 #include "geometry/FaceFlags.h"
 
 namespace mapexport {
-namespace {
-
-bool HasCollisionOnlyFaces(const GeometryGroup& group) {
-  return std::ranges::any_of(group.surfaceSets, [](const SurfaceSet& set) {
-    return (set.flags & kFlagNotRendered) != 0 && !set.faces.empty();
-  });
-}
-
-bool EveryVertexIsUsed(const GeometryGroup& group) {
-  std::vector<std::uint8_t> used(group.vertices.size(), 0);
-  for (const GroupFace& face : group.faces) {
-    for (const std::uint32_t v : face.v) used[v] = 1;
-  }
-  return std::ranges::find(used, 0) == used.end();
-}
-
-}  // namespace
 
 void PrepareCollisionLists(GeometryGroup& group) {
-  // Mostly there is nothing to do, and that is seen without counting.
-  if (!HasCollisionOnlyFaces(group) && EveryVertexIsUsed(group)) return;
-
   std::vector<std::uint32_t> uses(group.vertices.size(), 0);  // corners of drawn faces
   std::vector<bool> isPoint(group.vertices.size(), false);    // some undrawn face uses the vertex
   for (const GroupFace& face : group.faces) {
@@ -49,6 +29,7 @@ void PrepareCollisionLists(GeometryGroup& group) {
       }
     }
   }
+  if (undrawn == 0 && std::ranges::find(uses, 0u) == uses.end()) return;
 
   std::vector<std::uint32_t> pointOf(uses.size());
   for (std::size_t v = 0; v < uses.size(); ++v) {
@@ -77,7 +58,7 @@ void PrepareCollisionLists(GeometryGroup& group) {
 }
 
 void MergeCollisionLists(GeometryGroup& group) {
-  if (group.collisionPoints.empty()) return;  // then no face is undrawn either
+  if (group.collisionPoints.empty()) return;  // nothing was taken apart
   const auto firstPoint = static_cast<std::uint32_t>(group.vertices.size());
   group.vertices.Reserve(group.vertices.size() + group.collisionPoints.size());
   for (const Point3& point : group.collisionPoints) group.vertices.Append(point);

@@ -32,7 +32,8 @@ class GeometryGroup : public MapRecord {
   ~GeometryGroup() override = default;
   GeometryGroup(const GeometryGroup&) = default;
   GeometryGroup(GeometryGroup&&) = default;
-  GeometryGroup& operator=(const GeometryGroup&) = default;
+  /// By way of a copy: assigned one by one, faces would keep the scratch of those they replace.
+  GeometryGroup& operator=(const GeometryGroup& other) { return *this = GeometryGroup(other); }
   GeometryGroup& operator=(GeometryGroup&&) = default;
 
   std::vector<SurfaceSet> surfaceSets;

@@ -9,7 +9,8 @@
 namespace mapexport {
 
 /// A triangle. Copying and moving one takes everything but the scratch fields: visitStamp,
-/// batchIndex, drawn and batchPosition belong to the place in the list, not to the face.
+/// batchIndex, drawn and batchPosition belong to the place in the list, not to the face. The place
+/// in the batch is cut to the 16 bits that are written.
 struct GroupFace {
   std::array<std::uint32_t, 3> v{};  ///< vertex indices into the group's vertices
   std::array<std::uint32_t, 3> a{};  ///< attribute indices, one per corner in the order of `v`
@@ -20,7 +21,7 @@ struct GroupFace {
   std::int32_t visitStamp = 0;   ///< scratch of a cleaning that visits grid cells; ours does not
   std::int32_t batchIndex = -1;  ///< scratch of the writer: the ordinal of its batch, -1 for none
   std::uint8_t drawn = 1;        ///< scratch of the writer: 0 for a collision-only face
-  std::uint16_t batchPosition = 0xFFFF;  ///< scratch of the writer: where its batch lists it
+  std::uint16_t batchPosition = 0xFFFF;  ///< scratch of the writer: its place in its batch
   std::int32_t nodeIndex = -1;           ///< which mesh of the group the face came from
 
   GroupFace() = default;

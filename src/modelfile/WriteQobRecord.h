@@ -9,8 +9,9 @@
 namespace mapexport {
 
 /// Builds the group's voxel partition and render batches and writes the QOB group record. All faces
-/// are drawn. The faces keep the ordinals of their batches. Voxel size, random generator and the
-/// cell size that stays behind are the process's; needs the running export's materials.
+/// are drawn. The faces keep the ordinals of their batches and their places in them. Voxel size,
+/// random generator and the cell size that stays behind are the process's; needs the running
+/// export's materials.
 ///
 /// A list that is longer than 16-bit indices can address is told to the debug log and written with
 /// the low 16 bits of its indices.
