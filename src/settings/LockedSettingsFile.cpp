@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "settings/FileAttributes.h"
 #include "settings/ReadSettingsFile.h"
 #include "settings/SettingsError.h"
 
@@ -58,13 +59,13 @@ class TemporaryFile {
     }
   }
 
-  void TakeModeAndOwner(const struct stat& status) {
-    // One by one: members of a shared file's group may set the group though not the owner.
-    TakeOwner(static_cast<uid_t>(-1), status.st_gid);
-    TakeOwner(status.st_uid, static_cast<gid_t>(-1));
-    if (::fchmod(file_.Get(), status.st_mode & 07777) != 0) {
+  /// What of the owner and the attributes can't be had is no reason to lose the settings.
+  void TakeAttributes(const struct stat& old, const std::string& path) {
+    TakeOwner(file_.Get(), old);
+    if (::fchmod(file_.Get(), RightsLike(old, file_.Get())) != 0) {
       throw SettingsError("the new file beside it can't be given its mode", errno);
     }
+    TakeExtendedAttributes(file_.Get(), path);
   }
 
   void RenameTo(const std::string& path) {
@@ -79,12 +80,6 @@ class TemporaryFile {
   }
 
  private:
-  void TakeOwner(uid_t owner, gid_t group) {
-    if (::fchown(file_.Get(), owner, group) != 0 && errno != EPERM) {
-      throw SettingsError("the new file beside it can't be given its owner", errno);
-    }
-  }
-
   std::string path_;
   Descriptor file_;
   bool renamed_ = false;
@@ -134,7 +129,7 @@ void LockedSettingsFile::Replace(std::string_view bytes) {
   if (::fstat(file_.Get(), &status) != 0) throw SettingsError("the file can't be read", errno);
   TemporaryFile temporary(fs::path(realPath_).parent_path(), status);
   temporary.Write(bytes);
-  temporary.TakeModeAndOwner(status);
+  temporary.TakeAttributes(status, realPath_);
   temporary.RenameTo(realPath_);
   madeHere_ = false;
 }

@@ -31,9 +31,9 @@ class LockedSettingsFile {
   std::string Read();
 
   /// Puts a file with these bytes in its place, whole or not at all: whoever reads sees the old
-  /// file or the new one, also after a crash. It keeps the file's mode, and its owner as far as
-  /// that may be set. A symbolic link stays and leads to the new file. Throws SettingsError and
-  /// leaves no temporary file behind. To be called once.
+  /// file or the new one, also after a crash. It keeps the file's mode, and its owner and extended
+  /// attributes as far as these may be set. A symbolic link stays and leads to the new file. Throws
+  /// SettingsError and leaves no temporary file behind. To be called once.
   void Replace(std::string_view bytes);
 
  private:
