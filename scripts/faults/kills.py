@@ -1,8 +1,11 @@
 """Ends the program in the middle of an export, at every call and at random moments, and lets two exports
 meet."""
+import hashlib
+import json
 import os
 import pathlib
 import random
+import shutil
 import signal
 import struct
 import subprocess
@@ -13,7 +16,8 @@ from runs import (ROOT, Interposed, contents, environment, finish, in_parallel, 
                   start)
 
 KINDS = ("open", "write", "sync", "close", "rename", "make", "lock", "remove", "process", "read")
-POLITE = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+POLITE = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT, signal.SIGXCPU, signal.SIGALRM,
+          signal.SIGUSR1)
 # Edges of the grid that is exported for long enough to be hit at all stages.
 GRID = 110
 
@@ -158,34 +162,37 @@ class Kills:
     # Two at once
 
     def two_at_once(self, rounds):
-        what = "two exports at once to one output and one settings file"
-        self.tally.begin(what, f"{rounds} rounds; both end with 0, nothing is torn or left")
+        what = "two exports at once to one output, report, depfile, log and settings file"
+        self.tally.begin(what, f"{rounds} rounds; both end with 0, nothing is torn, mixed or left")
         scene = ROOT / "tests/golden/transparent.scene.json"
+
+        def begin(folder, size):
+            return start(self.program, folder, [
+                "export", scene, "out.kob", "--settings", "set.reg", "--seed", "1", "--quiet",
+                "--voxel-size", str(size), "--report", "out.json", "--depfile", "out.d"])
+
+        wanted = []
+        for size in (5, 200):
+            alone = self.tally.folder()
+            finish(begin(alone, size))
+            wanted.append(contents(alone))
+            shutil.rmtree(alone)
         for i in range(rounds):
             folder = self.tally.folder()
             (folder / "out.kob").write_bytes(OLD)
-            processes = [start(self.program, folder, [
-                "export", scene, "out.kob", "--settings", "set.reg", "--seed", "1", "--quiet",
-                "--voxel-size", str(size)]) for size in (100, 200)]
-            outcomes = [finish(process) for process in processes]
-            wanted = []
-            for size in (100, 200):
-                alone = self.tally.folder()
-                run(self.program, alone, ["export", scene, "out.kob", "--settings", "set.reg", "--seed",
-                                          "1", "--quiet", "--voxel-size", str(size)])
-                wanted.append(contents(alone))
-                for path in alone.iterdir():
-                    path.unlink()
-                alone.rmdir()
+            outcomes = [finish(process) for process in [begin(folder, size) for size in (5, 200)]]
             now = contents(folder)
             fault = next(filter(None, map(messages_fault, outcomes)), "")
             if not fault and any(outcome != (0, b"", "") for outcome in outcomes):
                 fault = f"{outcomes}"
-            if set(now) != {"out.kob", "set.reg"}:
+            if set(now) != {"out.kob", "out.json", "out.d", "set.reg"}:
                 fault = fault or f"left {sorted(now)}"
-            for name in ("out.kob", "set.reg"):
+            for name in ("out.kob", "out.d", "set.reg"):
                 if now.get(name) not in [each[name] for each in wanted]:
                     fault = fault or f"{name} is neither the one nor the other"
+            if not fault and json.loads(now["out.json"])["sha256"] != hashlib.sha256(
+                    now["out.kob"]).hexdigest():
+                fault = "out.json tells of the other output"
             self.tally.add(what, folder, fault, f"round {i}")
 
     def held_folder_is_left_alone(self):

@@ -6,11 +6,11 @@
 
 namespace mapexport {
 
-/// While one lives, SIGINT, SIGTERM and SIGHUP remove a file and then its folder before they end
+/// While one lives, the signals of HoldInterrupts remove a file and then its folder before they end
 /// the program as ever, and so does exit(). At most kMostAtOnce at a time, all of one thread.
 class InterruptCleanup {
  public:
-  static constexpr int kMostAtOnce = 3;
+  static constexpr int kMostAtOnce = 4;
 
   InterruptCleanup(std::string folder, std::string file);
   ~InterruptCleanup();

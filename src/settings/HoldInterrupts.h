@@ -10,7 +10,11 @@ namespace mapexport {
 /// Keeps those signals waiting while it lives.
 class HoldInterrupts {
  public:
-  static constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
+  /// Those that end a process unless it handles them, and come from outside of it: from people,
+  /// from who started it, and from its limits and timers.
+  static constexpr std::array kSignals{SIGINT,  SIGTERM, SIGHUP,   SIGQUIT, SIGXCPU,
+                                       SIGALRM, SIGUSR1, SIGUSR2,  SIGPROF, SIGVTALRM,
+                                       SIGPOLL, SIGPWR,  SIGSTKFLT};
 
   HoldInterrupts();
   ~HoldInterrupts();
