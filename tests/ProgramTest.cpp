@@ -23,12 +23,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "app/OutputPlace.h"
+#include "support/ProgramRun.h"
 
 namespace mapexport {
 namespace {
 
-namespace fs = std::filesystem;
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -36,100 +35,6 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
-
-// A floor of two triangles, a degenerate one, and a hull that is not drawn.
-constexpr const char* kScene = R"({"format":"mapexport-scene","version":1,
-"materials":[{"name":"Grass","diffuse":[0.2,0.7,0.1]}],
-"root":{"name":"Scene Root","children":[
- {"name":"Floor","material":0,"mesh":{"vertices":[[0,0,0],[10,0,0],[10,10,0],[0,10,0]],
-  "faces":[[0,1,2,1],[0,2,3,1],[0,0,1]]}},
- {"name":"Hull","userProperties":"notrendered","mesh":{"vertices":[[0,0,0],[10,0,0],[0,0,10]],
-  "faces":[[0,1,2]]}}]}})";
-
-std::string Content(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void Write(const fs::path& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
-
-std::vector<std::string> Names(const fs::path& folder) {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
-  return names;
-}
-
-long Lines(const std::string& text) {
-  return std::ranges::count(text, '\n');
-}
-
-/// Runs `child` in a process of its own; what waitpid says of its end.
-int InChild(const std::function<void()>& child) {
-  const pid_t pid = fork();
-  if (pid == 0) {
-    child();
-    _exit(0);
-  }
-  int end = 0;
-  waitpid(pid, &end, 0);
-  return end;
-}
-
-class ProgramTest : public testing::Test {
- protected:
-  struct Outcome {
-    int status;  ///< 128 and the signal when one ended the program
-    std::string out;
-    std::string err;
-  };
-
-  void SetUp() override {
-    std::string folder = (fs::temp_directory_path() / "mapexport-test-XXXXXX").string();
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    root_ = folder;
-    work_ = root_ / "work";
-    fs::create_directory(work_);
-    Write(root_ / "scene.scene.json", kScene);
-    scene_ = root_ / "scene.scene.json";
-  }
-  void TearDown() override { fs::remove_all(root_); }
-
-  /// Runs mapexport in `work_`; `prepare` acts in its process before it starts.
-  Outcome Run(std::vector<std::string> arguments, const std::function<void()>& prepare = {}) {
-    arguments.insert(arguments.begin(), MAPEXPORT_BIN_DIR "/mapexport");
-    std::vector<char*> argv;
-    argv.reserve(arguments.size() + 1);
-    for (std::string& argument : arguments) argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    const int end = InChild([&] {
-      setenv("XDG_CONFIG_HOME", (root_ / "config").c_str(), 1);
-      const auto redirect = [&](const char* name, int fd) {
-        dup2(open((root_ / name).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), fd);
-      };
-      redirect("out", STDOUT_FILENO);
-      redirect("err", STDERR_FILENO);
-      if (chdir(work_.c_str()) == 0) {
-        if (prepare) prepare();
-        execv(argv[0], argv.data());
-      }
-      _exit(99);
-    });
-    return {WIFEXITED(end) ? WEXITSTATUS(end) : 128 + WTERMSIG(end), Content(root_ / "out"),
-            Content(root_ / "err")};
-  }
-
-  Outcome Export(const std::string& output, std::vector<std::string> options = {},
-                 const std::function<void()>& prepare = {}) {
-    options.insert(options.begin(), {"export", scene_, output});
-    return Run(options, prepare);
-  }
-
-  fs::path root_;  ///< has no dot in its path
-  fs::path work_;  ///< the program's current directory
-  std::string scene_;
-};
 
 TEST_F(ProgramTest, WrongCommandLinesEndWith2) {
   const std::string longPath(300, 'x');
@@ -268,16 +173,6 @@ TEST_F(ProgramTest, TheExtensionOfTheWholePathDecides) {
   EXPECT_THAT(Names(work_ / "maps.v2"), UnorderedElementsAre("level", "e.qob"));
   EXPECT_THAT(Names(work_ / "real.d"), UnorderedElementsAre("x", "y"));
   EXPECT_TRUE(fs::is_symlink(work_ / "link"));
-}
-
-TEST_F(ProgramTest, AReplacedFileKeepsItsRights) {
-  Write(work_ / "old.qob", "old");
-  fs::permissions(work_ / "old.qob", fs::perms(0640));
-  EXPECT_EQ(Export("old.qob").status, 0);
-  EXPECT_EQ(fs::status(work_ / "old.qob").permissions(), fs::perms(0640));
-  EXPECT_EQ(Run({"inspect", "old.qob"}).status, 0);
-  EXPECT_EQ(Run({"scene", scene_, "-o", "old.qob"}).status, 0);
-  EXPECT_EQ(fs::status(work_ / "old.qob").permissions(), fs::perms(0640));
 }
 
 TEST_F(ProgramTest, OutputsThatCannotBeHadAreRefused) {
@@ -531,59 +426,6 @@ TEST_F(ProgramTest, InspectTellsOfDamage) {
     EXPECT_EQ(converted.err, outcome.err);
     EXPECT_FALSE(fs::exists(work_ / "a.gltf"));
   }
-}
-
-TEST_F(ProgramTest, FilesThatGoTogetherArePlacedTogether) {
-  const auto place = [&](const std::function<void()>& beforeCommit) {
-    std::vector<std::unique_ptr<OutputPlace>> places;
-    std::vector<OutputPlace*> all;
-    for (const char* name : {"old", "new", "blocked"}) {
-      places.push_back(std::make_unique<OutputPlace>(FindOutput(work_ / name), name));
-      places.back()->Fill([](std::ostream& out) { out << "new"; });
-      all.push_back(places.back().get());
-    }
-    beforeCommit();
-    OutputPlace::CommitTogether(all);
-  };
-  Write(work_ / "old", "old");
-  EXPECT_THROW(place([&] { fs::create_directory(work_ / "blocked"); }), std::runtime_error);
-  EXPECT_EQ(Content(work_ / "old"), "old");
-  EXPECT_THAT(Names(work_), UnorderedElementsAre("old", "blocked"));
-
-  fs::remove(work_ / "blocked");
-  place([] {});
-  EXPECT_THAT(Names(work_), UnorderedElementsAre("old", "new", "blocked"));
-  EXPECT_EQ(Content(work_ / "old"), "new");
-}
-
-TEST_F(ProgramTest, OnlyLeftOversOfEndedExportsGo) {
-  const std::string output = work_ / "a.qob";
-  const auto begin = [&](const std::function<void()>& end) {
-    return InChild([&] {
-      const OutputPlace place(FindOutput(output), "a.qob");
-      Write(place.File(), "half");
-      end();
-    });
-  };
-  begin([] { _exit(0); });  // as if killed
-  ASSERT_EQ(Names(work_).size(), 1U);
-  EXPECT_EQ(Export("b.qob").status, 0);
-  EXPECT_EQ(Names(work_).size(), 3U) << "another output's left-over is not looked at";
-  EXPECT_EQ(Export("a.qob").status, 0);
-  EXPECT_THAT(Names(work_), UnorderedElementsAre("a.qob", "b.qob", "ExportDebug.txt"));
-
-  const int interrupted = begin([&] {
-    const OutputPlace another(FindOutput(work_ / "a.d"), "a.d");
-    Write(another.File(), "half");
-    raise(SIGTERM);
-  });
-  EXPECT_TRUE(WIFSIGNALED(interrupted));
-  EXPECT_EQ(Names(work_).size(), 3U);
-
-  const OutputPlace running(FindOutput(output), "a.qob");
-  Write(running.File(), "half");
-  EXPECT_EQ(Export("a.qob").status, 0);
-  EXPECT_EQ(Content(running.File()), "half");
 }
 
 // Readers of the import library end in an endless loop, a crash and a stack overflow on these.

@@ -6,10 +6,12 @@
 #include <fmt/format.h>
 
 #include "app/CommandLine.h"
+#include "app/ExporterLog.h"
 #include "app/Formats.h"
 #include "app/Help.h"
 #include "app/OptionValues.h"
 #include "app/RunError.h"
+#include "app/StandardOutput.h"
 #include "app/UsageError.h"
 
 namespace mapexport {
@@ -147,6 +149,16 @@ ExportArguments ExportOf(const CommandLine& line) {
   arguments.seed = WholeNumber(line, "seed");
   arguments.depFile = PathValue(line, "depfile");
   arguments.report = PathValue(line, "report");
+  if (line.Has("log") && line.Has("no-log")) {
+    throw UsageError("--log and --no-log exclude each other", line.command);
+  }
+  if (!line.Has("no-log")) arguments.log = PathValue(line, "log").value_or(ExporterLog::kName);
+  for (const char* option : {"depfile", "log"}) {
+    if (const auto path = line.Value(option); path && IsStandardOutput(*path)) {
+      throw UsageError(fmt::format("--{}: it can't go to standard output; name a file", option),
+                       line.command);
+    }
+  }
   arguments.quiet = line.Has("quiet");
   return arguments;
 }
@@ -185,18 +197,40 @@ ViewArguments ViewOf(const CommandLine& line) {
   return arguments;
 }
 
+/// The format that --to names, or else the extension of `output`.
+const TargetFormat& TargetFormatOf(const CommandLine& line, const std::string& output) {
+  const std::optional<std::string> name = line.Value("to");
+  const TargetFormat* const format = name ? FindNamedFormat(*name) : FindTargetFormat(output);
+  std::vector<std::string_view> extensions;
+  for (const TargetFormat& each : TargetFormats()) extensions.push_back(each.extension);
+  if (IsStandardOutput(output)) {
+    if (!name) {
+      throw UsageError(
+          fmt::format("{}: standard output has no extension; name the format by --to", output),
+          line.command);
+    }
+    if (format != nullptr && format->aloneId == nullptr) {
+      throw UsageError(
+          fmt::format("--to: a {} needs a second file beside it; name a file", format->extension),
+          line.command);
+    }
+  }
+  if (format != nullptr) return *format;
+  if (!name) {
+    throw UsageError(
+        fmt::format("{}: the extension must be one of {}", output, fmt::join(extensions, ", ")),
+        line.command);
+  }
+  for (std::string_view& extension : extensions) extension.remove_prefix(1);
+  throw UsageError(fmt::format("--to: \"{}\" is none of {}", *name, fmt::join(extensions, ", ")),
+                   line.command);
+}
+
 ConvertArguments ConvertOf(const CommandLine& line) {
   ConvertArguments arguments;
   arguments.file = Positional(line, 0);
   arguments.output = Positional(line, 1);
-  arguments.format = FindTargetFormat(arguments.output);
-  if (arguments.format == nullptr) {
-    std::vector<std::string_view> extensions;
-    for (const TargetFormat& format : TargetFormats()) extensions.push_back(format.extension);
-    throw UsageError(fmt::format("{}: the extension must be one of {}", arguments.output,
-                                 fmt::join(extensions, ", ")),
-                     line.command);
-  }
+  arguments.format = &TargetFormatOf(line, arguments.output);
   arguments.exported.coordinates = RowOption(line, "coordinates");
   arguments.exported.textureCoordinates = RowOption(line, "texture-coordinates");
   if (const auto scale = line.Value("scale")) arguments.scale = ScaleOf(line, *scale);

@@ -31,6 +31,7 @@ struct ExportArguments {
   std::optional<std::uint32_t> seed;
   std::optional<std::string> depFile;
   std::optional<std::string> report;
+  std::optional<std::string> log;  ///< nothing: none is written
   bool quiet = false;
 };
 

@@ -12,6 +12,8 @@
 #include "app/Messages.h"
 #include "app/OutputPlace.h"
 #include "app/RunError.h"
+#include "app/StandardOutput.h"
+#include "app/TakenFiles.h"
 #include "app/TellPlaced.h"
 #include "convert/ConvertModel.h"
 
@@ -38,12 +40,12 @@ void TellChanges(const std::string& output, const Changes& changes, Messages& me
        "collision triangles left out; the format has no nodes to keep them apart in");
 }
 
-ConvertedModel Convert(const ModelFile& model, const OutputTarget& target,
-                       const ConvertArguments& arguments) {
+ConvertedModel Convert(const ModelFile& model, const std::string& fileName,
+                       const TargetFormat& format, const ConvertArguments& arguments) {
   try {
     return ConvertApart([&] {
-      return ConvertModel(model, NamePart(target.path), *arguments.format, arguments.exported,
-                          arguments.scale.value_or(arguments.format->hostUnits));
+      return ConvertModel(model, fileName, format, arguments.exported,
+                          arguments.scale.value_or(format.hostUnits));
     });
   } catch (const ConvertError& error) {
     throw RunError(fmt::format("{}: not converted: {}", arguments.file, error.what()));
@@ -51,31 +53,57 @@ ConvertedModel Convert(const ModelFile& model, const OutputTarget& target,
 }
 
 /// The files, to be put in place together.
-std::vector<std::unique_ptr<OutputPlace>> Fill(const std::string& model, const OutputTarget& main,
+std::vector<std::unique_ptr<OutputPlace>> Fill(const TakenFiles& inputs, const OutputTarget& main,
                                                const std::vector<ConvertedFile>& files) {
   std::vector<std::unique_ptr<OutputPlace>> places;
   const std::string folder = FolderPart(main.path);
   for (const ConvertedFile& file : files) {
     const bool isMain = &file == &files.back();
     const OutputTarget target = isMain ? main : FindOutput(folder + file.name);
-    RequireOther(target, model, "model file");
+    inputs.RequireFree(target);
     places.push_back(std::make_unique<OutputPlace>(target, NamePart(target.path)));
     places.back()->Fill([&file](std::ostream& out) { out << file.bytes; });
   }
   return places;
 }
 
+/// Prints the one file that the format takes without what it needs a second one for.
+ExitStatus Print(const LoadedModel& loaded, const ConvertArguments& arguments, Messages& messages) {
+  TargetFormat format = *arguments.format;
+  if (format.aloneId != std::string_view(format.libraryId) && !loaded.model.materials.empty()) {
+    const std::size_t count = loaded.model.materials.size();
+    messages.Note("materials-left-out",
+                  fmt::format("{}: {} materials left out; they would take a second file",
+                              arguments.output, count),
+                  count);
+  }
+  format.libraryId = format.aloneId;
+  const ConvertedModel converted =
+      Convert(loaded.model, fmt::format("model{}", format.extension), format, arguments);
+  TellChanges(arguments.output, converted.changes, messages);
+  const bool arrived = PrintResult([&](std::ostream& out) { out << converted.files.back().bytes; });
+  return arrived ? loaded.status : ExitStatus::kFailed;
+}
+
 }  // namespace
 
 ExitStatus RunConvertCommand(const ConvertArguments& arguments) {
   Messages messages(arguments.quiet);
-  const OutputTarget target = FindOutput(arguments.output);
+  TakenFiles inputs;
+  inputs.Add(arguments.file, "model file");
+  std::optional<OutputTarget> target;
+  if (!IsStandardOutput(arguments.output)) {
+    target = FindOutput(arguments.output);
+    inputs.RequireFree(*target);
+  }
   const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
   if (!loaded) return ExitStatus::kFailed;
+  if (!target) return Print(*loaded, arguments, messages);
 
-  const ConvertedModel converted = Convert(loaded->model, target, arguments);
+  const ConvertedModel converted =
+      Convert(loaded->model, NamePart(target->path), *arguments.format, arguments);
   TellChanges(arguments.output, converted.changes, messages);
-  const auto owned = Fill(arguments.file, target, converted.files);
+  const auto owned = Fill(inputs, *target, converted.files);
   std::vector<OutputPlace*> places;
   places.reserve(owned.size());
   for (const auto& place : owned) places.push_back(place.get());

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <memory>
 #include <ostream>
-#include <span>
 #include <utility>
 #include <vector>
 
@@ -16,6 +15,7 @@
 #include "app/DepFile.h"
 #include "app/ExportSystem.h"
 #include "app/ExportTargets.h"
+#include "app/ExporterLog.h"
 #include "app/ExporterTalk.h"
 #include "app/LoadScene.h"
 #include "app/Messages.h"
@@ -27,6 +27,8 @@
 #include "app/RunReport.h"
 #include "app/Sha256.h"
 #include "app/Stages.h"
+#include "app/StandardOutput.h"
+#include "app/TakenFiles.h"
 #include "app/TellPlaced.h"
 #include "app/WindowLibrary.h"
 #include "scene/HostScene.h"
@@ -45,13 +47,20 @@ constexpr std::uint64_t kMostLost = 2;
 /// One run of the command.
 struct Run {
   explicit Run(const ExportArguments& given)
-      : arguments(given), messages(given.quiet), stages(given.quiet) {}
+      : arguments(given),
+        messages(given.quiet),
+        stages(given.quiet),
+        inputs(NamedInputs(given)),
+        reportIsPrinted(given.report && IsStandardOutput(*given.report)) {}
 
   const ExportArguments& arguments;
   Messages messages;
   Stages stages;
   RunReport report;
-  std::unique_ptr<Presenter> windows;  ///< null without --dialog
+  TakenFiles inputs;                         ///< what is read, as far as it is known
+  std::optional<OutputTarget> reportTarget;  ///< where the report may be placed
+  bool reportIsPrinted;                      ///< it is still to be printed on standard output
+  std::unique_ptr<Presenter> windows;        ///< null without --dialog
 };
 
 void ShowStatus(Run& run, const std::string& status) {
@@ -67,7 +76,7 @@ ExporterTalk::ShowBox BoxesOf(Run& run) {
 
 SettingsStore OpenSettings(Run& run) {
   if (run.arguments.fresh) return SettingsStore::InMemory();
-  const std::string path = run.arguments.settings.value_or(SettingsStore::DefaultPath());
+  const std::string path = SettingsPath(run.arguments);
   if (path.empty()) {
     run.messages.Warning(
         "settings-not-remembered",
@@ -93,8 +102,9 @@ ConsoleSystem::Options SystemOptions(const Run& run, ExporterTalk& talk) {
   return options;
 }
 
-/// Lets the exporter write the scene to `path`, as the host would.
-void CallExporter(const Scene& scene, const std::string& path, System& system) {
+/// Lets the exporter write the scene to the file `name` of `folder`, as the host would.
+void CallExporter(const Scene& scene, const std::string& folder, const std::string& name,
+                  System& system, ExporterLog& log) {
   struct Installed {
     explicit Installed(System& system) { InstallSystem(&system); }
     ~Installed() { InstallSystem(nullptr); }
@@ -103,7 +113,10 @@ void CallExporter(const Scene& scene, const std::string& path, System& system) {
   const PluginLibrary library(PluginLibrary::Path());
   HostScene host(scene);
   ExpInterface enumeration;
-  library.CreateExporter()->DoExport(path.c_str(), &enumeration, &host, false);
+  const std::unique_ptr<SceneExport> exporter = library.CreateExporter();
+  log.EnterFolder(folder);
+  exporter->DoExport((folder + name).c_str(), &enumeration, &host, false);
+  log.LeaveFolder();  // it may have ended before it showed the dialog
 }
 
 void WarnOfWelding(Run& run, const ExportSystem::Values& values) {
@@ -165,17 +178,26 @@ std::unique_ptr<OutputPlace> Prepare(const OutputTarget& target,
   return place;
 }
 
+void WriteReportOf(const Run& run, std::ostream& out) {
+  WriteReport(run.report, run.messages.Told(), run.stages.Times(), out);
+}
+
 std::unique_ptr<OutputPlace> PrepareReport(const OutputTarget& target, const Run& run) {
-  return Prepare(target, [&run](std::ostream& out) {
-    WriteReport(run.report, run.messages.Told(), run.stages.Times(), out);
-  });
+  return Prepare(target, [&run](std::ostream& out) { WriteReportOf(run, out); });
+}
+
+/// Prints the report once if it goes to standard output. A reader that has gone away wants no more
+/// of it.
+void PrintReport(Run& run) {
+  if (!std::exchange(run.reportIsPrinted, false)) return;
+  PrintResult([&run](std::ostream& out) { WriteReportOf(run, out); });
 }
 
 /// Puts the checked output and the files that go with it in their places, all or none of them, and
 /// then lets `tellMore` tell of it.
 template <typename TellMore>
 void PutInPlace(Run& run, OutputPlace& model, const std::optional<OutputTarget>& depFile,
-                const std::optional<OutputTarget>& report, const TellMore& tellMore) {
+                const TellMore& tellMore) {
   std::unique_ptr<OutputPlace> depFilePlace;
   if (depFile) {
     depFilePlace = Prepare(*depFile, [&run](std::ostream& out) {
@@ -183,59 +205,73 @@ void PutInPlace(Run& run, OutputPlace& model, const std::optional<OutputTarget>&
     });
   }
   std::unique_ptr<OutputPlace> reportPlace;
-  if (report) {
+  if (run.arguments.report) {
     run.report.sha256 = Sha256OfFile(model.File());
     run.report.bytes = fs::file_size(model.File());
-    reportPlace = PrepareReport(*report, run);
   }
+  if (run.reportTarget) reportPlace = PrepareReport(*run.reportTarget, run);
   std::vector<OutputPlace*> places{&model};
   if (depFilePlace) places.push_back(depFilePlace.get());
   if (reportPlace) places.push_back(reportPlace.get());
+  // What is printed can't be taken back, but a report that can't be printed must not cost an older
+  // output; placing hardly ever fails.
+  PrintReport(run);
   OutputPlace::CommitTogether(places);
   TellPlaced(places, run.messages, tellMore);
 }
 
-/// No file that is to be written may be one that the scene comes from.
-void RequireOtherThanSideFiles(std::span<const std::string> sideFiles, const OutputTarget& model,
-                               const std::optional<OutputTarget>& depFile,
-                               std::optional<OutputTarget>& report) {
-  if (report) {
+/// No file that is to be written may be one that is read.
+void RequireFree(Run& run, const OutputTarget& model, const std::optional<OutputTarget>& depFile) {
+  if (run.reportTarget) {
     // Nor may the report tell of it there.
-    const OutputTarget target = *std::exchange(report, std::nullopt);
-    RequireNotRead(target, sideFiles);
-    report = target;
+    const OutputTarget target = *std::exchange(run.reportTarget, std::nullopt);
+    run.inputs.RequireFree(target);
+    run.reportTarget = target;
   }
-  RequireNotRead(model, sideFiles);
-  if (depFile) RequireNotRead(*depFile, sideFiles);
+  run.inputs.RequireFree(model);
+  if (depFile) run.inputs.RequireFree(*depFile);
 }
 
-void PlaceReport(Run& run, const OutputTarget& target) {
-  const std::unique_ptr<OutputPlace> place = PrepareReport(target, run);
+/// What the log may not replace.
+TakenFiles TakenBesideLog(const Run& run, const OutputTarget& model) {
+  TakenFiles taken = run.inputs;
+  taken.Add(model.path, "output");
+  if (run.arguments.depFile) taken.Add(*run.arguments.depFile, "file of --depfile");
+  if (run.reportTarget) taken.Add(run.reportTarget->path, "report");
+  return taken;
+}
+
+void DeliverReport(Run& run) {
+  PrintReport(run);
+  if (!run.reportTarget) return;
+  const std::unique_ptr<OutputPlace> place = PrepareReport(*run.reportTarget, run);
   place->Commit();
   TellPlaced(*place, run.messages);
 }
 
-void ReportCancel(Run& run, const std::optional<OutputTarget>& report) {
+void ReportCancel(Run& run) {
   run.report.status = ExitStatus::kCancelled;
   run.messages.Note("cancelled",
                     fmt::format("{}: not exported: cancelled in the dialog", run.report.output));
-  if (!report) return;
-  PlaceReport(run, *report);
+  DeliverReport(run);
 }
 
-void Export(Run& run, std::optional<OutputTarget>& report) {
+void Export(Run& run) {
   const ExportArguments& arguments = run.arguments;
   const std::string& output = run.report.output;
-  const OutputTarget target = FindModelTarget(arguments);
-  const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments);
+  const OutputTarget target = FindModelTarget(arguments, run.inputs);
+  const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments, run.inputs);
+  SettingsStore settings = OpenSettings(run);
+  AddRememberedInputs(arguments, settings, run.inputs);
+  RequireFree(run, target, depFile);
   // Reading may take long: that the dialog can't be shown is told before.
   if (arguments.dialog) RequireWindows();
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);
   run.report.confinement = std::move(loaded.confinement);
-  RequireOtherThanSideFiles(loaded.sideFiles, target, depFile, report);
+  for (const std::string& file : loaded.sideFiles) run.inputs.Add(file, kSideInput);
+  RequireFree(run, target, depFile);
   run.report.leftOut = std::move(loaded.leftOut);
   run.report.before = CountScene(loaded.scene);
-  SettingsStore settings = OpenSettings(run);
   const std::string sceneName = NamePart(arguments.scene.path);
   if (arguments.dialog) run.windows = OpenWindows("mapexport - " + sceneName);
   ShowStatus(run, "Exporting " + sceneName);
@@ -245,23 +281,27 @@ void Export(Run& run, std::optional<OutputTarget>& report) {
   // differently; the folder's own name has none, so another such name tells beforehand.
   const std::string givenName = NamePart(arguments.output);
   OutputPlace place(target, NamePart(ModelPath(FolderPart(target.path) + "folder/" + givenName)));
-  ExporterTalk talk(run.messages, BoxesOf(run));
-  ExportSystem system(SystemOptions(run, talk), settings, run.stages);
+  ExporterLog log(arguments.log, TakenBesideLog(run, target));
+  ExporterTalk talk(run.messages, log, BoxesOf(run));
+  ExportSystem system(SystemOptions(run, talk), settings, run.stages, log);
   run.stages.Begin("exporting");
-  CallExporter(loaded.scene, place.Folder() + givenName, system);
+  CallExporter(loaded.scene, place.Folder(), givenName, system, log);
   loaded.scene = {};  // the check needs memory of its own
+  const ExportSystem::Values values = system.DialogValues().value_or(ExportSystem::Values());
+  AddCxp(values.cxp, run.inputs);
+  log.Place(TakenBesideLog(run, target), run.messages);
+  RequireFree(run, target, depFile);
   talk.PrintCounts();
   if (!talk.Exception().empty()) {
     throw RunError(fmt::format("{}: not exported: {}", output, talk.Exception()));
   }
-  const ExportSystem::Values values = system.DialogValues().value_or(ExportSystem::Values());
   if (!system.Cancelled()) WarnOfWelding(run, values);
   if (const std::string error = settings.Save(); !error.empty()) {
     run.messages.Warning("settings-not-saved", error);
   }
   if (system.Cancelled()) {
     run.stages.End();
-    ReportCancel(run, report);
+    ReportCancel(run);
     return;
   }
   if (!talk.Succeeded()) {
@@ -279,19 +319,19 @@ void Export(Run& run, std::optional<OutputTarget>& report) {
   run.report.dependencies = Dependencies(arguments, std::move(loaded.sideFiles),
                                          talk.CxpFailed() ? std::string() : values.cxp);
   run.stages.End();
-  PutInPlace(run, place, depFile, report, [&] {
+  PutInPlace(run, place, depFile, [&] {
     ShowStatus(run, "Exported " + sceneName);
     talk.TellSuccess();
   });
 }
 
-void ReportFailure(Run& run, const OutputTarget& target, const std::string& reason) {
+void ReportFailure(Run& run, const std::string& reason) {
   run.stages.End();
   run.report.status = ExitStatus::kFailed;
   run.report.error = reason;
   run.report.sha256.clear();
   try {
-    PlaceReport(run, target);
+    DeliverReport(run);
   } catch (const std::exception& error) {
     // What the export ended with is the error to tell.
     run.messages.Warning("report-not-written", ReasonOf(error));
@@ -304,11 +344,11 @@ ExitStatus RunExportCommand(const ExportArguments& arguments) {
   Run run(arguments);
   run.report.scene = arguments.scene.path;
   run.report.output = ModelPath(arguments.output);
-  std::optional<OutputTarget> report = FindReportTarget(arguments);
+  run.reportTarget = FindReportTarget(arguments, run.inputs);
   try {
-    Export(run, report);
+    Export(run);
   } catch (const std::exception& error) {
-    if (report) ReportFailure(run, *report, ReasonOf(error));
+    ReportFailure(run, ReasonOf(error));
     throw;
   }
   return run.report.status;

@@ -24,6 +24,7 @@ float LeadingFloat(const std::string& text) {
 
 int ExportSystem::DialogBoxParam(HINSTANCE module, int id, HWND owner, DialogProc* proc,
                                  LPARAM parameter) {
+  log_.LeaveFolder();
   int result = 0;
   const auto show = [&] {
     result = ConsoleSystem::DialogBoxParam(module, id, owner, proc, parameter);

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "app/ExporterLog.h"
 #include "app/Stages.h"
 #include "console/ConsoleSystem.h"
 
@@ -11,7 +12,8 @@ namespace mapexport {
 
 /// Remembers how the options dialog is left, whether the values come from the command line, from
 /// the settings, from the exporter itself or from a person at a window. The person's time is a
-/// stage of its own.
+/// stage of its own. When the dialog is asked for, the exporter has opened its log: from then on
+/// the person's current folder is its own.
 class ExportSystem : public ConsoleSystem {
  public:
   struct Values {
@@ -20,11 +22,12 @@ class ExportSystem : public ConsoleSystem {
     std::string cxp;         ///< path of the CXP database, empty without one
   };
 
-  /// `settings` and `stages` must outlive the system.
-  ExportSystem(const Options& options, SettingsStore& settings, Stages& stages)
+  /// `settings`, `stages` and `log` must outlive the system.
+  ExportSystem(const Options& options, SettingsStore& settings, Stages& stages, ExporterLog& log)
       : ConsoleSystem(options, settings),
         hasPerson_(options.presenter != nullptr),
-        stages_(stages) {}
+        stages_(stages),
+        log_(log) {}
 
   int DialogBoxParam(HINSTANCE module, int id, HWND owner, DialogProc* proc,
                      LPARAM parameter) override;
@@ -40,6 +43,7 @@ class ExportSystem : public ConsoleSystem {
 
   const bool hasPerson_;
   Stages& stages_;
+  ExporterLog& log_;
   std::optional<Values> values_;
   bool cancelled_ = false;
 };

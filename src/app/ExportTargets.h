@@ -1,12 +1,13 @@
-// Where the files of an export go.
+// Where the files of an export go, and which files it reads.
 #pragma once
 
 #include <optional>
-#include <span>
 #include <string>
 
 #include "app/Arguments.h"
 #include "app/OutputPlace.h"
+#include "app/TakenFiles.h"
+#include "settings/SettingsStore.h"
 
 namespace mapexport {
 
@@ -14,17 +15,28 @@ namespace mapexport {
 /// the whole path it appends ".map".
 std::string ModelPath(const std::string& path);
 
-// Each throws RunError for a file that can't be had (see FindOutput) and for one that would replace
-// the scene or another file of the export.
+/// The file of the settings that an export with those arguments reads and writes; empty when there
+/// is none.
+std::string SettingsPath(const ExportArguments& arguments);
 
-OutputTarget FindModelTarget(const ExportArguments& arguments);
+/// What the command line names as something to read.
+TakenFiles NamedInputs(const ExportArguments& arguments);
+
+/// Adds the settings, and the CXP database that they remember unless another one is picked.
+void AddRememberedInputs(const ExportArguments& arguments, SettingsStore& settings,
+                         TakenFiles& inputs);
+
+/// Adds the database that the dialog was left with; an empty path is none.
+void AddCxp(const std::string& path, TakenFiles& inputs);
+
+// Each throws RunError for a file that can't be had (see FindOutput) and for one that would replace
+// an input or another file of the export.
+
+OutputTarget FindModelTarget(const ExportArguments& arguments, const TakenFiles& inputs);
 
 /// Nothing when no file is asked for.
-std::optional<OutputTarget> FindDepFileTarget(const ExportArguments& arguments);
-std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments);
-
-/// Throws RunError when writing to `target` would replace one of `files`, from which the scene is
-/// read.
-void RequireNotRead(const OutputTarget& target, std::span<const std::string> files);
+std::optional<OutputTarget> FindDepFileTarget(const ExportArguments& arguments, TakenFiles inputs);
+/// Nothing also when the report goes to standard output.
+std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments, TakenFiles inputs);
 
 }  // namespace mapexport

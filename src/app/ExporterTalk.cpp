@@ -31,17 +31,13 @@ void ExporterTalk::HearDebugOutput(const std::string& text) {
   if (line.starts_with(kInvalidFace)) {
     ++invalidFaces_;
   } else if (line.starts_with(kNoLog) && line.ends_with(']')) {
-    line.remove_prefix(kNoLog.size());
-    line.remove_suffix(1);
     hasLog_ = false;
-    messages_.Warning("no-export-log",
-                      fmt::format("{}: cannot be written; this export has no log", line));
+    log_.WarnOfNone(messages_);
   } else if (line.starts_with(kCutLog) && line.ends_with(']')) {
-    line.remove_prefix(kCutLog.size());
-    line.remove_suffix(1);
     hasLog_ = false;
-    messages_.Warning("export-log-cut",
-                      fmt::format("{}: cannot be written any more; the log ends there", line));
+    messages_.Warning(
+        "export-log-cut",
+        fmt::format("{}: cannot be written any more; the log ends there", log_.Name()));
   } else if (line.starts_with(kNoCxp)) {
     line.remove_prefix(kNoCxp.size());
     if (line.empty()) return;  // no database is named
@@ -57,11 +53,12 @@ void ExporterTalk::HearDebugOutput(const std::string& text) {
 
 void ExporterTalk::PrintCounts() {
   if (invalidFaces_ == 0) return;
-  messages_.Note(
-      "left-out-degenerate-triangles",
-      fmt::format("{} degenerate triangle{} left out{}", invalidFaces_,
-                  invalidFaces_ == 1 ? " was" : "s were", hasLog_ ? " (see ExportDebug.txt)" : ""),
-      invalidFaces_);
+  const std::string log = hasLog_ ? log_.Name() : std::string();
+  messages_.Note("left-out-degenerate-triangles",
+                 fmt::format("{} degenerate triangle{} left out{}", invalidFaces_,
+                             invalidFaces_ == 1 ? " was" : "s were",
+                             log.empty() ? "" : fmt::format(" (see {})", log)),
+                 invalidFaces_);
 }
 
 void ExporterTalk::TellSuccess() const {

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "app/ExporterLog.h"
 #include "app/Messages.h"
 
 namespace mapexport {
@@ -18,9 +19,9 @@ class ExporterTalk {
   /// Shows a message box in a window and waits for the person.
   using ShowBox = std::function<void(const std::string& title, const std::string& text)>;
 
-  /// `messages` must outlive this. Without windows `showBox` is empty.
-  ExporterTalk(Messages& messages, ShowBox showBox)
-      : messages_(messages), showBox_(std::move(showBox)) {}
+  /// `messages` and `log` must outlive this. Without windows `showBox` is empty.
+  ExporterTalk(Messages& messages, const ExporterLog& log, ShowBox showBox)
+      : messages_(messages), log_(log), showBox_(std::move(showBox)) {}
 
   void HearMessageBox(const std::string& title, const std::string& text);
   void HearDebugOutput(const std::string& text);
@@ -41,9 +42,10 @@ class ExporterTalk {
   void Tell(const std::string& title, const std::string& text) const;
 
   Messages& messages_;
+  const ExporterLog& log_;
   ShowBox showBox_;
   bool succeeded_ = false;
-  bool hasLog_ = true;  ///< ExportDebug.txt could be opened and written
+  bool hasLog_ = true;  ///< the log could be opened and written
   bool cxpFailed_ = false;
   std::string successText_;
   std::string exception_;

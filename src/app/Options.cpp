@@ -13,6 +13,7 @@ constexpr std::array kTextureCoordinates{"invert-y", "invert-x", "invert-xy", "m
 constexpr std::array kUpAxes{"auto", "y", "z"};
 constexpr std::array kAuto{"auto"};
 constexpr std::array kLayouts{"qob", "kob"};
+constexpr std::array kTargets{"glb", "gltf", "obj", "ply", "stl"};
 
 constexpr std::array kProgramOptions{
     OptionInfo{"help", kFlag, nullptr, "print this help and end", 'h'},
@@ -83,7 +84,11 @@ constexpr std::array kExportOptions{
     OptionInfo{"depfile", kText, "FILE",
                "write a make rule that names every file the output depends on"},
     OptionInfo{"report", kText, "FILE",
-               "write a JSON report: counts, warnings, times, SHA-256; also when the export fails"},
+               "write a JSON report: counts, warnings, times, SHA-256; also when the export fails; "
+               "\"-\": to standard output"},
+    OptionInfo{"log", kText, "FILE",
+               "where the exporter's log goes instead of ExportDebug.txt in the current directory"},
+    OptionInfo{"no-log", kFlag, nullptr, "write no log"},
     OptionInfo{"quiet", kFlag, nullptr, "print only warnings and errors"},
 };
 
@@ -91,7 +96,8 @@ constexpr std::array kScenePositionals{
     PositionalInfo{"SCENE", "a scene, in any format that `export` reads"},
 };
 constexpr std::array kSceneOptions{
-    OptionInfo{"output", kText, "FILE", "the .scene.json to write instead of standard output", 'o'},
+    OptionInfo{"output", kText, "FILE",
+               "the .scene.json to write instead of standard output (\"-\")", 'o'},
     kUp,
     kScale,
     kReadLimit,
@@ -112,7 +118,9 @@ constexpr std::array kInspectOptions{
 
 constexpr std::array kViewOptions{
     OptionInfo{"output", kText, "FILE",
-               "the page to write; without it, FILE.html beside the model file", 'o'},
+               "the page to write; without it, FILE.html beside the model file; \"-\": to standard "
+               "output",
+               'o'},
     kLayout,
     OptionInfo{"coordinates", kRow, "SYSTEM",
                "the coordinate system that the file was exported with, left-handed unless given; "
@@ -124,9 +132,18 @@ constexpr std::array kConvertPositionals{
     PositionalInfo{"FILE", "a model file; its extension tells the layout"},
     PositionalInfo{"OUT",
                    "the file to write; its extension tells the format: .glb, .gltf (and a "
-                   ".bin), .obj (and a .mtl), .ply or .stl"},
+                   ".bin), .obj (and a .mtl), .ply or .stl; \"-\": standard output, with --to"},
 };
 constexpr std::array kConvertOptions{
+    OptionInfo{"to",
+               kText,
+               "FORMAT",
+               "glb, gltf, obj, ply or stl, whatever the extension is; gltf can't go to standard "
+               "output, obj goes there without its materials",
+               '\0',
+               0,
+               {},
+               kTargets},
     OptionInfo{"coordinates", kRow, "SYSTEM",
                "the coordinate system that FILE was exported with, 0 unless given", '\0', 0,
                kCoordinates},

@@ -1,17 +1,16 @@
 #include "app/OutputPlace.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <exception>
-#include <filesystem>
 #include <string_view>
-#include <system_error>
+#include <thread>
 #include <utility>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <limits.h>
 #include <stdlib.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -19,37 +18,20 @@
 
 #include "app/FdOutput.h"
 #include "app/RunError.h"
+#include "settings/FileAttributes.h"
 #include "settings/HoldInterrupts.h"
 
 namespace mapexport {
 namespace {
 
-constexpr int kMaxLinks = 40;
+// Placing takes no time to speak of. Who holds a folder's lock longer than this is stuck, or holds
+// it for a reason of its own.
+constexpr std::chrono::seconds kLockPatience{20};
+constexpr std::chrono::milliseconds kLockPause{10};
 constexpr std::string_view kRandomPart = "XXXXXX";
 
 [[noreturn]] void ThrowCannotWrite(const std::string& name, const std::string& why) {
   throw RunError(fmt::format("{}: cannot be written: {}", name, why));
-}
-
-/// The folder of `path` in a form that can be opened.
-std::string FolderOf(const std::string& path) {
-  const std::string folder = FolderPart(path);
-  return folder.empty() ? "." : folder;
-}
-
-/// What the link at `path` leads to, one step; empty when `path` is no link.
-std::string ReadLink(const std::string& path, const std::string& name) {
-  struct stat info {};
-  if (lstat(path.c_str(), &info) != 0) {
-    if (errno == ENOENT) return {};
-    ThrowCannotWrite(name, ErrnoText(errno));
-  }
-  if (!S_ISLNK(info.st_mode)) return {};
-  std::string target(PATH_MAX, '\0');
-  const ssize_t length = readlink(path.c_str(), target.data(), target.size());
-  if (length < 0) ThrowCannotWrite(name, ErrnoText(errno));
-  target.resize(static_cast<std::size_t>(length));
-  return target.starts_with('/') ? target : FolderPart(path) + target;
 }
 
 /// What the names of a target's temporary folders begin with: the same for every export to it,
@@ -124,14 +106,6 @@ void RemoveLeftOvers(const std::string& targetPath) {
 
 }  // namespace
 
-std::string FolderPart(const std::string& path) {
-  return path.substr(0, path.rfind('/') + 1);
-}
-
-std::string NamePart(const std::string& path) {
-  return path.substr(path.rfind('/') + 1);
-}
-
 void RequireRegularFileOrNothing(const std::string& path) {
   if (NamePart(path).empty()) ThrowCannotWrite(path, "it names a folder, not a file");
   struct stat info {};
@@ -144,14 +118,14 @@ void RequireRegularFileOrNothing(const std::string& path) {
 }
 
 OutputTarget FindOutput(const std::string& output) {
-  RequireRegularFileOrNothing(output);
-  OutputTarget target{output, output, std::nullopt};
-  int links = 0;
-  for (std::string next = ReadLink(output, output); !next.empty();
-       next = ReadLink(target.path, output)) {
-    if (++links > kMaxLinks) ThrowCannotWrite(output, ErrnoText(ELOOP));
-    target.path = std::move(next);
+  OutputTarget target{output, {}, std::nullopt};
+  if (std::optional<std::string> end = FollowLinks(output)) {
+    target.path = std::move(*end);
+  } else {
+    ThrowCannotWrite(
+        output, errno == ENXIO ? "it names what a process has open, not a file" : ErrnoText(errno));
   }
+  RequireRegularFileOrNothing(output);
   if (NamePart(target.path).empty()) ThrowCannotWrite(output, "it leads to a folder");
 
   const std::string folder = FolderOf(target.path);
@@ -160,23 +134,12 @@ OutputTarget FindOutput(const std::string& output) {
   }
   struct stat info {};
   if (stat(target.path.c_str(), &info) == 0) {
-    target.mode = info.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
+    target.old = info;
     if (faccessat(AT_FDCWD, target.path.c_str(), W_OK, AT_EACCESS) != 0) {
       ThrowCannotWrite(output, ErrnoText(errno));
     }
   }
   return target;
-}
-
-void RequireOther(const OutputTarget& target, const std::string& other, std::string_view what) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  bool same = fs::equivalent(target.path, other, error);
-  if (!same) {  // one that is not there yet is known by its path alone
-    const fs::path whole = fs::weakly_canonical(fs::absolute(target.path, error), error);
-    same = !error && whole == fs::weakly_canonical(fs::absolute(other, error), error) && !error;
-  }
-  if (same) ThrowCannotWrite(target.name, fmt::format("it is the {} itself", what));
 }
 
 OutputPlace::OutputPlace(OutputTarget target, const std::string& fileName)
@@ -223,13 +186,31 @@ void OutputPlace::Commit() {
 
 void OutputPlace::Prepare() {
   const Descriptor file(open(file_.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-  const bool prepared = file.IsOpen() &&
-                        (!target_.mode || fchmod(file.Get(), *target_.mode) == 0) &&
-                        fsync(file.Get()) == 0;
-  if (!prepared) ThrowCannotWrite(target_.name, ErrnoText(errno));
+  bool prepared = file.IsOpen();
+  if (prepared && target_.old) {
+    notKept_ = TakeOwner(file.Get(), *target_.old);
+    prepared = fchmod(file.Get(), RightsLike(*target_.old, file.Get())) == 0;
+  }
+  if (prepared && target_.old) {
+    std::string lack = TakeExtendedAttributes(file.Get(), target_.path);
+    if (notKept_.empty()) notKept_ = std::move(lack);
+  }
+  if (!prepared || fsync(file.Get()) != 0) ThrowCannotWrite(target_.name, ErrnoText(errno));
   const std::string folder = FolderOf(target_.path);
   targetFolder_ = Descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!targetFolder_.IsOpen()) syncError_ = errno;
+}
+
+void OutputPlace::LockTargetFolder() {
+  if (!targetFolder_.IsOpen()) return;  // it can't be read: nobody can lock it
+  const auto deadline = std::chrono::steady_clock::now() + kLockPatience;
+  while (flock(targetFolder_.Get(), LOCK_EX | LOCK_NB) != 0) {
+    // There are file systems without locks.
+    if (errno != EWOULDBLOCK && errno != EINTR) return;
+    unlocked_ = std::chrono::steady_clock::now() >= deadline;
+    if (unlocked_) return;
+    std::this_thread::sleep_for(kLockPause);
+  }
 }
 
 void OutputPlace::Place() {
@@ -241,10 +222,26 @@ void OutputPlace::Place() {
   if (syncError_ == 0 && fsync(targetFolder_.Get()) != 0 && errno != EINVAL) syncError_ = errno;
 }
 
-std::string OutputPlace::Warning() const {
-  if (syncError_ == 0) return {};
-  return fmt::format("{}: is in its place, but its folder can't be synced: {}", target_.name,
-                     ErrnoText(syncError_));
+std::vector<OutputPlace::Warning> OutputPlace::Warnings() const {
+  std::vector<Warning> warnings;
+  if (!notKept_.empty()) {
+    warnings.push_back(
+        {"attributes-not-kept",
+         fmt::format("{}: is in its place, but could not keep {}", target_.name, notKept_)});
+  }
+  if (unlocked_) {
+    warnings.push_back(
+        {"folder-not-locked",
+         fmt::format("{}: is in its place, but another program kept its folder locked for {} s: "
+                     "files of two exports may be mixed",
+                     target_.name, kLockPatience.count())});
+  }
+  if (syncError_ != 0) {
+    warnings.push_back(
+        {"folder-not-synced", fmt::format("{}: is in its place, but its folder can't be synced: {}",
+                                          target_.name, ErrnoText(syncError_))});
+  }
+  return warnings;
 }
 
 void OutputPlace::KeepOld() {
@@ -277,6 +274,14 @@ std::string OutputPlace::NotPutBack() const {
 
 void OutputPlace::CommitTogether(std::span<OutputPlace* const> places) {
   for (OutputPlace* const place : places) place->Prepare();
+  // Two runs that write the same files have the first one in the same folder. More than one lock at
+  // a time could wait for each other.
+  places.front()->LockTargetFolder();
+  struct Unlock {
+    ~Unlock() { flock(folder.Get(), LOCK_UN); }
+    const Descriptor& folder;
+  };
+  const Unlock unlock{places.front()->targetFolder_};
   const HoldInterrupts hold;
   try {
     // Once the last one is placed there is nothing to take back.

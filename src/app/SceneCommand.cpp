@@ -4,12 +4,12 @@
 
 #include <fmt/format.h>
 
-#include "app/ExportTargets.h"
 #include "app/LoadScene.h"
 #include "app/Messages.h"
 #include "app/OutputPlace.h"
 #include "app/Stages.h"
 #include "app/StandardOutput.h"
+#include "app/TakenFiles.h"
 #include "app/TellPlaced.h"
 #include "scene/SceneFile.h"
 
@@ -18,7 +18,7 @@ namespace mapexport {
 ExitStatus RunSceneCommand(const SceneArguments& arguments) {
   Messages messages(false);
   Stages stages(false);
-  if (!arguments.output) {
+  if (!arguments.output || IsStandardOutput(*arguments.output)) {
     const Scene scene = LoadScene(arguments.scene, messages, stages).scene;
     stages.Begin("writing");
     const bool arrived = PrintResult([&](std::ostream& out) { WriteSceneFile(scene, out); });
@@ -26,8 +26,12 @@ ExitStatus RunSceneCommand(const SceneArguments& arguments) {
   }
 
   const OutputTarget target = FindOutput(*arguments.output);
+  TakenFiles inputs;
+  inputs.Add(arguments.scene.path, "scene");
+  inputs.RequireFree(target);
   const LoadedScene loaded = LoadScene(arguments.scene, messages, stages);
-  RequireNotRead(target, loaded.sideFiles);
+  for (const std::string& file : loaded.sideFiles) inputs.Add(file, kSideInput);
+  inputs.RequireFree(target);
   if (!IsSceneFile(*arguments.output)) {
     messages.Warning("other-extension",
                      fmt::format("{}: does not end in .scene.json, by which a scene file is known",

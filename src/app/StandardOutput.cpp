@@ -1,5 +1,7 @@
 #include "app/StandardOutput.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include <fmt/format.h>
@@ -9,6 +11,12 @@
 #include "app/RunError.h"
 
 namespace mapexport {
+
+bool IsStandardOutput(std::string_view path) {
+  constexpr std::array<std::string_view, 4> kNames{"-", "/dev/stdout", "/dev/fd/1",
+                                                   "/proc/self/fd/1"};
+  return std::ranges::find(kNames, path) != kNames.end();
+}
 
 bool PrintResult(const std::function<void(std::ostream&)>& print) {
   FdOutput output(STDOUT_FILENO);

@@ -17,8 +17,9 @@ void TellPlaced(std::span<OutputPlace* const> places, Messages& messages,
                 const TellMore& tellMore) {
   try {
     for (const OutputPlace* const place : places) {
-      const std::string warning = place->Warning();
-      if (!warning.empty()) messages.Warning("folder-not-synced", warning);
+      for (const OutputPlace::Warning& warning : place->Warnings()) {
+        messages.Warning(warning.code, warning.text);
+      }
     }
     tellMore();
   } catch (const std::bad_alloc&) {

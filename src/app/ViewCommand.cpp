@@ -11,6 +11,7 @@
 #include "app/OutputPlace.h"
 #include "app/RunError.h"
 #include "app/StandardOutput.h"
+#include "app/TakenFiles.h"
 #include "app/TellPlaced.h"
 #include "view/WritePage.h"
 
@@ -23,8 +24,13 @@ ExitStatus RunViewCommand(const ViewArguments& arguments) {
   }
   Messages messages(false);
   const std::string output = arguments.output.value_or(arguments.file + ".html");
-  const OutputTarget target = FindOutput(output);
-  RequireOther(target, arguments.file, "model file");
+  std::optional<OutputTarget> target;
+  if (!IsStandardOutput(output)) target = FindOutput(output);
+  if (target) {
+    TakenFiles inputs;
+    inputs.Add(arguments.file, "model file");
+    inputs.RequireFree(*target);
+  }
   const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
   if (!loaded) return ExitStatus::kFailed;
   if (ModelBlockBytes(loaded->model) > kMaxModelBlockBytes) {
@@ -32,9 +38,11 @@ ExitStatus RunViewCommand(const ViewArguments& arguments) {
                                arguments.file, kMaxModelBlockBytes >> 20));
   }
 
-  OutputPlace place(target, NamePart(target.path));
   const ViewInfo info{NamePart(arguments.file), arguments.coordinateSystem};
-  place.Fill([&](std::ostream& out) { WritePage(loaded->model, info, out); });
+  const auto write = [&](std::ostream& out) { WritePage(loaded->model, info, out); };
+  if (!target) return PrintResult(write) ? loaded->status : ExitStatus::kFailed;
+  OutputPlace place(*target, NamePart(target->path));
+  place.Fill(write);
   place.Commit();
   TellPlaced(place, messages);
   try {

@@ -9,11 +9,11 @@ namespace {
 
 // The axes and units are those that the importer takes the formats to have.
 constexpr std::array kFormats{
-    TargetFormat{".glb", "glb2", true, 100, true, true, true, true},
-    TargetFormat{".gltf", "gltf2", true, 100, true, true, true, true},
-    TargetFormat{".obj", "obj", true, 1, true, false, false, false},
-    TargetFormat{".ply", "ply", false, 1, false, false, true, false},
-    TargetFormat{".stl", "stlb", false, 1, false, false, false, false},
+    TargetFormat{".glb", "glb2", "glb2", true, 100, true, true, true, true},
+    TargetFormat{".gltf", "gltf2", nullptr, true, 100, true, true, true, true},
+    TargetFormat{".obj", "obj", "objnomtl", true, 1, true, false, false, false},
+    TargetFormat{".ply", "ply", "ply", false, 1, false, false, true, false},
+    TargetFormat{".stl", "stlb", "stlb", false, 1, false, false, false, false},
 };
 
 char LowerCase(char c) {
@@ -33,6 +33,12 @@ const TargetFormat* FindTargetFormat(std::string_view path) {
                               {}, LowerCase);
   };
   const auto* const found = std::ranges::find_if(kFormats, endsIn);
+  return found == kFormats.end() ? nullptr : found;
+}
+
+const TargetFormat* FindNamedFormat(std::string_view name) {
+  const auto* const found = std::ranges::find_if(
+      kFormats, [name](const TargetFormat& format) { return format.extension.substr(1) == name; });
   return found == kFormats.end() ? nullptr : found;
 }
 

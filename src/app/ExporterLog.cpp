@@ -1,0 +1,102 @@
+#include "app/ExporterLog.h"
+
+#include <cerrno>
+#include <exception>
+#include <utility>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "app/RunError.h"
+#include "app/TellPlaced.h"
+
+namespace mapexport {
+namespace {
+
+/// Why the file at `path` may not be replaced by a log, empty when it may.
+std::string WhyKept(const std::string& path, const TakenFiles& files) {
+  if (const std::string what = files.WhatIs(path); !what.empty()) {
+    return fmt::format("it is the {} itself", what);
+  }
+  struct stat info {};
+  if (lstat(path.c_str(), &info) != 0) return {};  // what else is wrong shows soon enough
+  if (S_ISLNK(info.st_mode)) return "it is a link";
+  if (S_ISREG(info.st_mode) && info.st_nlink != 1) return "it has another name, too";
+  return {};
+}
+
+/// What is wrong with an output, without the file's name and what an error begins with.
+std::string ReasonWithout(const std::string& name, const std::exception& error) {
+  const std::string reason = ReasonOf(error);
+  const std::string begin = fmt::format("{}: cannot be written: ", name);
+  return reason.starts_with(begin) ? reason.substr(begin.size()) : reason;
+}
+
+[[noreturn]] void ThrowNoFolder(const std::string& what) {
+  throw RunError(fmt::format("{}: {}", what, ErrnoText(errno)));
+}
+
+}  // namespace
+
+ExporterLog::ExporterLog(const std::optional<std::string>& name, const TakenFiles& files)
+    : name_(name) {
+  if (!name_) return;
+  trouble_ = WhyKept(*name_, files);
+  if (!trouble_.empty()) return;
+  try {
+    place_ = std::make_unique<OutputPlace>(FindOutput(*name_), kName);
+  } catch (const std::exception& error) {
+    trouble_ = ReasonWithout(*name_, error);
+  }
+}
+
+void ExporterLog::EnterFolder(const std::string& folder) {
+  Descriptor home(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+  // That one can go back is to be known before.
+  if (!home.IsOpen() || fchdir(home.Get()) != 0) ThrowNoFolder("the current directory");
+  if (place_) {
+    if (chdir(place_->Folder().c_str()) != 0) ThrowNoFolder(place_->Folder());
+  } else {
+    // Nothing can be made in a folder that is gone.
+    const std::string gone = folder + "gone";
+    if (mkdir(gone.c_str(), 0700) != 0) ThrowNoFolder(gone);
+    const Descriptor entered(open(gone.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const int error = entered.IsOpen() ? 0 : errno;
+    if (rmdir(gone.c_str()) != 0) ThrowNoFolder(gone);
+    errno = error;
+    if (!entered.IsOpen() || fchdir(entered.Get()) != 0) ThrowNoFolder(gone);
+  }
+  home_ = std::move(home);
+}
+
+void ExporterLog::LeaveFolder() {
+  if (!home_.IsOpen()) return;
+  if (fchdir(home_.Get()) != 0) ThrowNoFolder("the current directory");
+  home_ = Descriptor();
+}
+
+void ExporterLog::Place(const TakenFiles& files, Messages& messages) {
+  struct stat info {};
+  // Where there is none, the exporter has said why.
+  if (!place_ || stat(place_->File().c_str(), &info) != 0) return;
+  trouble_ = WhyKept(*name_, files);
+  if (trouble_.empty()) {
+    try {
+      place_->Commit();
+      TellPlaced(*place_, messages);
+    } catch (const std::exception& error) {
+      trouble_ = ReasonWithout(*name_, error);
+    }
+  }
+  if (!trouble_.empty()) WarnOfNone(messages);
+}
+
+void ExporterLog::WarnOfNone(Messages& messages) const {
+  if (!name_) return;
+  messages.Warning("no-export-log", fmt::format("{}: cannot be written{}{}; this export has no log",
+                                                *name_, trouble_.empty() ? "" : ": ", trouble_));
+}
+
+}  // namespace mapexport

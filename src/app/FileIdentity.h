@@ -1,0 +1,38 @@
+// Which file a path leads to, whatever it is called.
+#pragma once
+
+#include <compare>
+#include <optional>
+#include <string>
+
+#include <sys/types.h>
+
+namespace mapexport {
+
+/// Two paths that lead to one file, by links or under several names, have equal identities.
+struct FileIdentity {
+  dev_t device = 0;
+  ino_t inode = 0;
+  std::string name;  ///< of a file that is not there yet; device and inode are its folder's then
+
+  friend auto operator<=>(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// Nothing when not even the folder is there. Cost: one or two questions to the system, but for
+/// links that lead nowhere.
+std::optional<FileIdentity> IdentityOf(const std::string& path);
+
+/// Where the links at `path`, at most 40 of them one after the other, lead in the end; `path`
+/// itself when it is no link. That need not be there. Nothing, with the reason in errno, when it
+/// can't be known; ENXIO stands for a link to what a process has open (/dev/stdout,
+/// /proc/self/fd/3), which is no place for a file.
+std::optional<std::string> FollowLinks(const std::string& path);
+
+/// A path up to and with its last "/", empty when it has none; and what follows.
+std::string FolderPart(const std::string& path);
+std::string NamePart(const std::string& path);
+
+/// The folder of `path` in a form that can be opened.
+std::string FolderOf(const std::string& path);
+
+}  // namespace mapexport
