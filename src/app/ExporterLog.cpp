@@ -78,14 +78,15 @@ void ExporterLog::LeaveFolder() {
 }
 
 void ExporterLog::Place(const TakenFiles& files, Messages& messages) {
+  const std::unique_ptr<OutputPlace> place = std::move(place_);  // its folder goes
   struct stat info {};
   // Where there is none, the exporter has said why.
-  if (!place_ || stat(place_->File().c_str(), &info) != 0) return;
+  if (!place || stat(place->File().c_str(), &info) != 0) return;
   trouble_ = WhyKept(*name_, files);
   if (trouble_.empty()) {
     try {
-      place_->Commit();
-      TellPlaced(*place_, messages);
+      place->Commit();
+      TellPlaced(*place, messages);
     } catch (const std::exception& error) {
       trouble_ = ReasonWithout(*name_, error);
     }

@@ -26,7 +26,7 @@ class ExporterLog {
   ExporterLog(const std::optional<std::string>& name, const TakenFiles& files);
 
   /// The log's file as it was asked for, empty when there is to be none or can be none.
-  std::string Name() const { return place_ && trouble_.empty() ? *name_ : std::string(); }
+  std::string Name() const { return name_ && trouble_.empty() ? *name_ : std::string(); }
 
   /// Makes a private folder the current one, in which a log can be made if there is to be one.
   /// `folder` is one in which a temporary folder can be made. Throws RunError.

@@ -10,7 +10,7 @@ namespace mapexport {
 /// the program as ever, and so does exit(). At most kMostAtOnce at a time, all of one thread.
 class InterruptCleanup {
  public:
-  static constexpr int kMostAtOnce = 4;
+  static constexpr int kMostAtOnce = 3;
 
   InterruptCleanup(std::string folder, std::string file);
   ~InterruptCleanup();
