@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Prints the table of what was measured, from the files that scripts/bench.sh collects in FOLDER:
 
-    bench/report.py FOLDER [--renew-readme README]
+    bench/report.py FOLDER [--renew FILE]
 
 Every value is a median, of processor time. A level that was not measured has "-". With
---renew-readme the table also takes the place of the one between two marker comments in README.
+--renew the table also takes the place of the one between two marker comments in FILE.
 """
 import argparse
 import json
@@ -185,23 +185,23 @@ def machine():
     return f"Measured with GCC {compiler} on a machine with {os.cpu_count()} processors"
 
 
-def renew(readme, text):
-    content = readme.read_text()
+def write_into(document, text):
+    content = document.read_text()
     begin, end = content.index(BEGIN) + len(BEGIN), content.index(END)
-    readme.write_text(f"{content[:begin]}\n{text}\n{content[end:]}")
+    document.write_text(f"{content[:begin]}\n{text}\n{content[end:]}")
 
 
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("folder", type=pathlib.Path)
-    parser.add_argument("--renew-readme", type=pathlib.Path)
+    parser.add_argument("--renew", type=pathlib.Path)
     arguments = parser.parse_args()
     results = read(arguments.folder)
     text = table(results)
     print("\n".join(details(results[0], results[2])))
     print(f"\n{text}\n\n\"!\": more than it may be at most")
-    if arguments.renew_readme:
-        renew(arguments.renew_readme, f"{machine()}:\n\n{text}")
+    if arguments.renew:
+        write_into(arguments.renew, f"{machine()}:\n\n{text}")
 
 
 if __name__ == "__main__":

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Builds and runs the benchmarks and prints the table of README.md's "How fast": the stages of an
+# Builds and runs the benchmarks and prints the table of docs/performance.md: the stages of an
 # export, whole exports, and what other libraries and programs need for the like on the same level in
 # the same run.
 #
-#   bench.sh [--quick] [--renew-readme]
+#   bench.sh [--quick] [--renew]
 #
 # --quick measures the 130k level alone and with fewer repetitions: a minute, instead of five.
-# --renew-readme puts the table into README.md. Results lie in build/bench/results.
+# --renew puts the table into docs/performance.md. Results lie in build/bench/results.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -26,9 +26,9 @@ for argument in "$@"; do
       long_repetitions=3
       runs=3
       ;;
-    --renew-readme) report=(--renew-readme "$root/README.md") ;;
+    --renew) report=(--renew "$root/docs/performance.md") ;;
     *)
-      echo "usage: bench.sh [--quick] [--renew-readme]" >&2
+      echo "usage: bench.sh [--quick] [--renew]" >&2
       exit 2
       ;;
   esac

@@ -1,19 +1,17 @@
 #!/usr/bin/env bash
-# Renders docs/robustness.md's table of what was tried against the program, from what the scripts
-# that tried it left in build/robustness: robustness.sh
+# Writes build/robustness/table.md, the table of what was tried against the program, from what the
+# scripts that tried it left in build/robustness: robustness.sh
 #
 #   robustness.sh run   runs these scripts first, with the full numbers, which takes hours
 #
-# A script that left nothing gets a row that says so. The text around the table stays as it is.
+# A script that left nothing gets a row that says so.
 # Ends with 1 when there were findings.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 cd -- "$root"
 
-document=docs/robustness.md
-begin='<!-- scripts/robustness.sh writes what follows -->'
-end='<!-- up to here -->'
+document=build/robustness/table.md
 parts=(damage fuzz faults same-bytes)
 declare -A full=([damage]="scripts/damage.sh --full" [fuzz]="scripts/fuzz.sh 600"
   [faults]="scripts/faults.sh" [same-bytes]="scripts/same-bytes.sh")
@@ -62,23 +60,13 @@ case "${1-}" in
   *) fail "unknown argument \"$1\"; there is only \"run\"" ;;
 esac
 
-for mark in "$begin" "$end"; do
-  [[ $(grep -cxF -- "$mark" "$document") == 1 ]] || fail "$document: no single line \"$mark\""
-done
 table=$(
   printf '| tried | inputs | findings | how |\n|---|---:|---:|---|\n'
   for part in "${parts[@]}"; do
     rows "$part" || exit # -e is off in here
   done
 )
-fresh=$(mktemp -- "$document.XXXXXX")
-trap 'rm -f -- "$fresh"' EXIT
-{
-  sed "\\|^$begin\$|q" "$document"
-  printf '\n%s\n\n' "$table"
-  sed -n "\\|^$end\$|,\$p" "$document"
-} >"$fresh"
-chmod 644 -- "$fresh"
-mv -- "$fresh" "$document"
+mkdir -p -- "${document%/*}"
+printf '%s\n' "$table" >"$document"
 printf '%s\n' "$table"
 ! awk -F '\t' '$3 > 0 { found = 1 } END { exit !found }' build/robustness/*.tsv 2>/dev/null
