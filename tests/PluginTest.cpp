@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <locale>
 #include <sstream>
 #include <stdexcept>
 
@@ -14,6 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "geometry/GatherMesh.h"
 #include "plugin/BrowseForFile.h"
 #include "plugin/EntryPoints.h"
 #include "plugin/LibraryEntry.h"
@@ -443,6 +445,91 @@ TEST_F(ExportTest, NoExceptionLeavesTheLibrary) {
   EXPECT_TRUE(system_.registry.empty()) << "options are not saved";
   EXPECT_TRUE(system_.messageBoxes.empty());
   EXPECT_FALSE(fs::exists("level.kob"));
+}
+
+TEST_F(ExportTest, ALineIsLoggedOnceAndWholeWhateverTheHostThrows) {
+  system_.throwing = {"OutputDebugStringA"};
+  Export("level.kob");
+  EXPECT_EQ(FileText("ExportDebug.txt"),
+            "Could not load CXP file \n"
+            "Export ended by an exception: OutputDebugStringA failed\n");
+  system_.throwing.clear();
+  DebugLog& log = DebugLog::Instance();
+  log.Open("missing/log.txt");
+  EXPECT_EQ(system_.debugOutput, "Unable to open the file [missing/log.txt]\n");
+
+  log.Line() << "no text: " << static_cast<const char*>(nullptr);
+  StopWatch().Report("label");
+  EXPECT_THAT(system_.debugOutput, EndsWith("]\nlabel took 0 msec.\n"));
+}
+
+/// A node that has no name when it is asked again.
+class ForgetfulNode : public INode {
+ public:
+  const char* GetName() const override { throw std::runtime_error("the name is gone"); }
+  int NumberOfChildren() const override { return 0; }
+  INode* GetChildNode(int) const override { return nullptr; }
+  Object* EvalWorldState(TimeValue, bool) override { return nullptr; }
+  Matrix3 GetObjectTM(TimeValue) const override { return {}; }
+  Mtl* GetMtl() const override { return nullptr; }
+  void GetUserPropBuffer(CStr&) const override {}
+  std::uint32_t GetWireColor() const override { return 0; }
+};
+
+TEST_F(PluginTest, ANodeThatThrowsLeavesNoHalfALineInTheLog) {
+  Mesh mesh;
+  mesh.verts.resize(3);
+  mesh.faces.resize(1);
+  GroupList list;
+  GeometryGroup group;
+  ForgetfulNode node;
+  DebugLog& log = DebugLog::Instance();
+  log.Open("missing/log.txt");
+  system_.debugOutput.clear();
+  EXPECT_THROW(GatherMesh(list, group, node, mesh), std::runtime_error);
+  log.Emit();
+  EXPECT_EQ(system_.debugOutput, "");
+}
+
+/// A locale that groups digits and writes every character as "?".
+std::locale OddLocale() {
+  struct Grouping : std::numpunct<char> {
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+  struct Converting : std::codecvt<char, char, std::mbstate_t> {
+    bool do_always_noconv() const noexcept override { return false; }
+    result do_out(std::mbstate_t&, const char* from, const char* fromEnd, const char*& fromNext,
+                  char* to, char* toEnd, char*& toNext) const override {
+      for (; from != fromEnd && to != toEnd; ++from) *to++ = '?';
+      fromNext = from;
+      toNext = to;
+      return from == fromEnd ? ok : partial;
+    }
+    result do_in(std::mbstate_t& state, const char* from, const char* fromEnd,
+                 const char*& fromNext, char* to, char* toEnd, char*& toNext) const override {
+      return do_out(state, from, fromEnd, fromNext, to, toEnd, toNext);
+    }
+  };
+  return {std::locale(std::locale::classic(), new Grouping), new Converting};
+}
+
+TEST_F(ExportTest, WritesTheSameWhateverTheHostsLocale) {
+  std::ofstream("a.cxp") << "material glass alphablend end\n";
+  Store("CXP Filename", Text("a.cxp"));
+  Export("plain.kob");
+  const std::locale former = std::locale::global(OddLocale());
+  State().debugLog.reset();
+  Export("odd.kob");
+  StopWatch watch;
+  watch.Start();
+  system_.tickCount += 1234567;
+  watch.Stop();
+  watch.Report("label");
+  std::locale::global(former);
+  EXPECT_EQ(FileText("odd.kob"), FileText("plain.kob"));
+  EXPECT_THAT(FileText("ExportDebug.txt"), EndsWith(" took 0 msec.\nlabel took 1234567 msec.\n"));
+  EXPECT_TRUE(State().transparentTextures.Contains("glass"));
 }
 
 TEST_F(PluginTest, TheLogCutsLongLinesAndWorksWithoutAFile) {

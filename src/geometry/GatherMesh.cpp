@@ -51,8 +51,9 @@ void GatherVertices(GeometryGroup& group, const Mesh& mesh, const Matrix3& trans
 }
 
 void LogInvalidFace(const INode& node) {
+  const char* const name = node.GetName();
   DebugLog& log = DebugLog::Instance();
-  log.Line() << "Invalid FACE in GROUP" << node.GetName() << '\n' << std::flush;
+  log.Line() << "Invalid FACE in GROUP" << name << '\n' << std::flush;
   log.Emit();
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <istream>
+#include <locale>
 #include <system_error>
 
 #include "materials/ReadCxp.h"
@@ -22,6 +23,7 @@ bool OpenForReading(const char* path, std::filebuf& file) {
 
 bool ReadFile(const char* path, TextureNames& names) {
   std::filebuf file;
+  file.pubimbue(std::locale::classic());  // the host's global locale may convert characters
   if (!OpenForReading(path, file)) return false;
   TextStreambuf text(file);
   std::istream input(&text);

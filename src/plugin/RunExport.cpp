@@ -1,6 +1,7 @@
 #include "plugin/RunExport.h"
 
 #include <fstream>
+#include <locale>
 #include <optional>
 
 #include "host/System.h"
@@ -41,6 +42,7 @@ bool DialogCancelled() {
 
 bool RunExport(const PathString& path, INode* root, TimeValue time) {
   std::ofstream file;
+  file.imbue(std::locale::classic());  // the host's global locale may convert characters
   CurrentModel model(time);
   if (DialogCancelled()) return false;
 

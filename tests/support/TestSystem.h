@@ -7,6 +7,8 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -53,12 +55,16 @@ class TestSystem : public System {
   int dialogButton = IDOK;                              ///< the button that ends a dialog
   std::function<void(HWND, DialogProc*)> beforeButton;  ///< what else the person does in a dialog
   std::optional<std::string> pickedFile;                ///< none: the file box is cancelled
+  std::set<std::string> throwing;                       ///< names of calls that throw
   bool registryOpens = true;
   bool registryEnforcesAccess = true;
   std::map<std::pair<std::string, std::string>, Value> registry;  ///< by key path and value name
 
   void InitCommonControls() override {}
-  void InitCustomControls(HINSTANCE) override { ++customControlsInits; }
+  void InitCustomControls(HINSTANCE) override {
+    MayThrow("InitCustomControls");
+    ++customControlsInits;
+  }
 
   int DialogBoxParam(HINSTANCE, int, HWND, DialogProc* proc, LPARAM parameter) override {
     const HWND dialog = reinterpret_cast<HWND>(this);
@@ -109,6 +115,7 @@ class TestSystem : public System {
   }
   LSTATUS RegQueryValueEx(HKEY key, const char* name, RegistryType type, void* data,
                           std::uint32_t& size) override {
+    MayThrow("RegQueryValueEx");
     const OpenKey& open = *reinterpret_cast<OpenKey*>(key);
     if (registryEnforcesAccess && open.access != RegistryAccess::kQuery) return kRegAccessDenied;
     const auto found = registry.find({open.path, name});
@@ -127,16 +134,27 @@ class TestSystem : public System {
     return kRegSuccess;
   }
   void RegCloseKey(HKEY key) override {
+    MayThrow("RegCloseKey");
     std::erase_if(keys_,
                   [key](const auto& open) { return reinterpret_cast<HKEY>(open.get()) == key; });
   }
   std::size_t OpenKeys() const { return keys_.size(); }
 
   std::uint32_t timeGetTime() override { return tickCount; }
-  std::uint32_t GetTickCount() override { return tickCount; }
-  void OutputDebugStringA(const char* text) override { debugOutput += text; }
+  std::uint32_t GetTickCount() override {
+    MayThrow("GetTickCount");
+    return tickCount;
+  }
+  void OutputDebugStringA(const char* text) override {
+    MayThrow("OutputDebugStringA");
+    debugOutput += text;
+  }
 
  private:
+  void MayThrow(const char* call) const {
+    if (throwing.contains(call)) throw std::runtime_error(std::string(call) + " failed");
+  }
+
   struct OpenKey {
     std::string path;
     RegistryAccess access;

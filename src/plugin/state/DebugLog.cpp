@@ -1,6 +1,7 @@
 #include "plugin/state/DebugLog.h"
 
 #include <filesystem>
+#include <locale>
 
 #include "host/System.h"
 #include "plugin/state/ProcessState.h"
@@ -23,7 +24,11 @@ DebugLog::LineBuffer::int_type DebugLog::LineBuffer::overflow(int_type c) {
   return traits_type::not_eof(c);
 }
 
-DebugLog::DebugLog() = default;
+// The host's global locale may group digits or convert characters.
+DebugLog::DebugLog() {
+  line_.imbue(std::locale::classic());
+  file_.imbue(std::locale::classic());
+}
 
 DebugLog& DebugLog::Instance() {
   auto& log = State().debugLog;
@@ -32,9 +37,10 @@ DebugLog& DebugLog::Instance() {
 }
 
 void DebugLog::Open(const char* name) {
-  name_ = name;
+  fileOpen_ = false;
   file_.close();
   file_.clear();
+  name_ = name;
   // Opening a pipe would wait for somebody to read it.
   std::error_code unknown;
   if (!std::filesystem::is_fifo(name, unknown)) file_.open(name, std::ios::out | std::ios::trunc);
@@ -44,11 +50,23 @@ void DebugLog::Open(const char* name) {
   Emit();
 }
 
-void DebugLog::Emit() {
-  const char* text = buffer_.Terminate();
-  if (fileOpen_) file_ << text << std::flush;
-  if (echo_) TheSystem().OutputDebugStringA(text);
+std::ostream& DebugLog::Line() {
   buffer_.Rewind();
+  line_.clear();
+  return line_;
+}
+
+void DebugLog::Emit() {
+  struct LineEnd {
+    LineBuffer& buffer;
+    ~LineEnd() { buffer.Rewind(); }
+  };
+  {
+    const LineEnd end{buffer_};
+    const char* text = buffer_.Terminate();
+    if (fileOpen_) file_ << text << std::flush;
+    if (echo_) TheSystem().OutputDebugStringA(text);
+  }
   if (!fileOpen_ || file_) return;
   fileOpen_ = false;
   Line() << "Unable to write the file [" << name_ << "]\n" << std::flush;

@@ -22,12 +22,15 @@ class DebugLog {
   /// export opened. On failure lines reach the debugger output only, the first of them saying so.
   void Open(const char* name);
 
-  /// Where the current line is composed; end it with a newline and flush, then call Emit. A line
-  /// holds at most 4,095 characters with its newline; what is beyond is cut off before the newline.
-  std::ostream& Line() { return line_; }
+  /// Begins a line and returns the stream to compose it in: end it with a newline and flush, then
+  /// call Emit. A line that was begun and never emitted is dropped, as when an exception came
+  /// between. A line holds at most 4,095 characters with its newline; what is beyond is cut off
+  /// before the newline. Numbers look the same in every locale.
+  std::ostream& Line();
 
-  /// Sends the composed line to the file and to the debugger output, and starts the next one. When
-  /// the file can't be written, a line to the debugger output says so, and the file ends there.
+  /// Sends the composed line to the file and to the debugger output. When the file can't be
+  /// written, a line to the debugger output says so, and the file ends there. The line is sent
+  /// once, even if the debugger output throws, which leaves this function.
   void Emit();
 
  private:
