@@ -10,6 +10,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -29,6 +30,7 @@
 #include "plugin/state/ProcessState.h"
 #include "plugin/state/StopWatch.h"
 #include "scene/HostScene.h"
+#include "support/FailingAllocations.h"
 #include "support/TestSystem.h"
 
 namespace mapexport {
@@ -132,6 +134,23 @@ TEST(PluginLibrary, ShowsNothingButItsFourFunctions) {
   ASSERT_EQ(pclose(pipe), 0);
   EXPECT_THAT(names, testing::UnorderedElementsAre("LibDescription", "LibNumberClasses",
                                                    "LibClassDesc", "LibVersion"));
+}
+
+TEST_F(PluginTest, ALibraryThatCannotBeSetUpIsLoadedAndHasNoClass) {
+  const int inits = system_.customControlsInits;
+  for (const char* const failing : {"memory", "GetTickCount", "InitCustomControls"}) {
+    SCOPED_TRACE(failing);
+    system_.throwing = {failing};
+    failing_allocations::left = std::string_view(failing) == "memory" ? 0 : -1;
+    void* const library = dlopen(MAPEXPORT_BIN_DIR "/mapexport-plugin.so", RTLD_NOW | RTLD_LOCAL);
+    failing_allocations::left = -1;
+    ASSERT_NE(library, nullptr) << dlerror();
+    EXPECT_EQ(reinterpret_cast<int (*)()>(dlsym(library, "LibNumberClasses"))(), 0);
+    EXPECT_EQ(reinterpret_cast<const char* (*)()>(dlsym(library, "LibDescription"))(), nullptr);
+    system_.throwing.clear();
+    ASSERT_EQ(dlclose(library), 0);
+    EXPECT_EQ(system_.customControlsInits, inits) << "made available as the library went away";
+  }
 }
 
 TEST_F(PluginTest, AnEmptyRegistryKeepsTheInitialValuesAndIsFilledBySaving) {
@@ -445,6 +464,17 @@ TEST_F(ExportTest, NoExceptionLeavesTheLibrary) {
   EXPECT_TRUE(system_.registry.empty()) << "options are not saved";
   EXPECT_TRUE(system_.messageBoxes.empty());
   EXPECT_FALSE(fs::exists("level.kob"));
+}
+
+TEST_F(ExportTest, AHostThatThrowsAsAKeyIsClosedEndsTheExport) {
+  for (const auto& [throwing, reason] :
+       {std::pair{std::set<std::string>{"RegCloseKey"}, "RegCloseKey"},
+        std::pair{std::set<std::string>{"RegCloseKey", "RegQueryValueEx"}, "RegQueryValueEx"}}) {
+    system_.throwing = throwing;
+    Export("level.kob");
+    EXPECT_THAT(system_.debugOutput,
+                EndsWith(std::string("ended by an exception: ") + reason + " failed\n"));
+  }
 }
 
 TEST_F(ExportTest, ALineIsLoggedOnceAndWholeWhateverTheHostThrows) {

@@ -10,6 +10,7 @@ bool LibraryEntry(HINSTANCE module) {
   state.module = module;
   if (!state.initialised) {
     state.initialised = true;
+    state.random.Seed(TheSystem().GetTickCount());
     TheSystem().InitCustomControls(module);
     TheSystem().InitCommonControls();
   }

@@ -6,7 +6,8 @@
 namespace mapexport {
 
 /// Called at every load and unload of the library with its module handle, which it keeps. Its first
-/// call makes the host's and the system's controls available. Always true.
+/// call seeds the random generator and makes the host's and the system's controls available; an
+/// exception of theirs leaves it. Always true.
 bool LibraryEntry(HINSTANCE module);
 
 /// The library's text `id`, in the one buffer that the next call overwrites; null before the

@@ -12,21 +12,10 @@ namespace {
 
 constexpr const char* kKeyClass = "Talvern Values";
 
-/// An open key; null when it could not be opened.
+/// The values of an open key.
 class OpenKey {
  public:
-  OpenKey(RegistryRoot root, const char* path, RegistryAccess access) {
-    if (TheSystem().RegCreateKeyEx(root, path, kKeyClass, access, key_) != kRegSuccess) {
-      key_ = nullptr;
-    }
-  }
-  ~OpenKey() {
-    if (key_ != nullptr) TheSystem().RegCloseKey(key_);
-  }
-  OpenKey(const OpenKey&) = delete;
-  OpenKey& operator=(const OpenKey&) = delete;
-
-  explicit operator bool() const { return key_ != nullptr; }
+  explicit OpenKey(HKEY key) : key_(key) {}
 
   bool QueryText(const char* name, CStr& text) const {
     std::array<char, 257> buffer{};  // 256 bytes of text, and a NUL whatever was stored
@@ -59,8 +48,33 @@ class OpenKey {
   }
 
  private:
-  HKEY key_ = nullptr;
+  HKEY key_;
 };
+
+/// Opens a key, lets `use` work with it and closes it again. The result is that of `use`, false
+/// when the key can't be opened.
+template <typename Use>
+bool WithKey(RegistryRoot root, const char* path, RegistryAccess access, const Use& use) {
+  HKEY key = nullptr;
+  if (TheSystem().RegCreateKeyEx(root, path, kKeyClass, access, key) != kRegSuccess ||
+      key == nullptr) {
+    return false;
+  }
+  // No destructor closes it: closing may throw as any call of the system may.
+  bool result = false;
+  try {
+    result = use(OpenKey(key));
+  } catch (...) {
+    try {
+      TheSystem().RegCloseKey(key);
+    } catch (...) {
+      // The first exception is the reason to tell.
+    }
+    throw;
+  }
+  TheSystem().RegCloseKey(key);
+  return result;
+}
 
 const char* BoolText(bool value) {
   return value ? "TRUE" : "FALSE";
@@ -78,46 +92,46 @@ std::string UpperCase(const CStr& text) {
 
 bool SettingsKey::ReadText(const char* path, const char* name, CStr& value,
                            const char* fallback) const {
-  const OpenKey key(root_, path, RegistryAccess::kQuery);
-  if (!key) return false;
-  if (key.QueryText(name, value)) return true;
-  if (!key.SetText(name, fallback)) return false;
-  value = fallback;
-  return true;
+  return WithKey(root_, path, RegistryAccess::kQuery, [&](const OpenKey& key) {
+    if (key.QueryText(name, value)) return true;
+    if (!key.SetText(name, fallback)) return false;
+    value = fallback;
+    return true;
+  });
 }
 
 bool SettingsKey::WriteText(const char* path, const char* name, const char* value) const {
-  const OpenKey key(root_, path, RegistryAccess::kSet);
-  return key && key.SetText(name, value);
+  return WithKey(root_, path, RegistryAccess::kSet,
+                 [&](const OpenKey& key) { return key.SetText(name, value); });
 }
 
 bool SettingsKey::ReadNumber(const char* path, const char* name, std::int32_t& value,
                              std::int32_t fallback) const {
-  const OpenKey key(root_, path, RegistryAccess::kQuery);
-  if (!key) return false;
-  if (key.QueryNumber(name, value)) return true;
-  if (!key.SetNumber(name, fallback)) return false;
-  value = fallback;
-  return true;
+  return WithKey(root_, path, RegistryAccess::kQuery, [&](const OpenKey& key) {
+    if (key.QueryNumber(name, value)) return true;
+    if (!key.SetNumber(name, fallback)) return false;
+    value = fallback;
+    return true;
+  });
 }
 
 bool SettingsKey::WriteNumber(const char* path, const char* name, std::int32_t value) const {
-  const OpenKey key(root_, path, RegistryAccess::kSet);
-  return key && key.SetNumber(name, value);
+  return WithKey(root_, path, RegistryAccess::kSet,
+                 [&](const OpenKey& key) { return key.SetNumber(name, value); });
 }
 
 bool SettingsKey::ReadFloat(const char* path, const char* name, float& value,
                             float fallback) const {
-  CStr text;
-  const OpenKey key(root_, path, RegistryAccess::kQuery);
-  if (!key) return false;
-  if (key.QueryText(name, text)) {
-    value = static_cast<float>(LeadingNumber(text.data()));
+  return WithKey(root_, path, RegistryAccess::kQuery, [&](const OpenKey& key) {
+    CStr text;
+    if (key.QueryText(name, text)) {
+      value = static_cast<float>(LeadingNumber(text.data()));
+      return true;
+    }
+    if (!key.SetText(name, FormatFloat(fallback).c_str())) return false;
+    value = fallback;
     return true;
-  }
-  if (!key.SetText(name, FormatFloat(fallback).c_str())) return false;
-  value = fallback;
-  return true;
+  });
 }
 
 bool SettingsKey::WriteFloat(const char* path, const char* name, float value) const {
@@ -125,18 +139,18 @@ bool SettingsKey::WriteFloat(const char* path, const char* name, float value) co
 }
 
 bool SettingsKey::ReadBool(const char* path, const char* name, bool& value, bool fallback) const {
-  CStr text;
-  const OpenKey key(root_, path, RegistryAccess::kQuery);
-  if (!key) return false;
-  if (key.QueryText(name, text)) {
-    const std::string upper = UpperCase(text);
-    if (upper == "TRUE") value = true;
-    if (upper == "FALSE") value = false;
+  return WithKey(root_, path, RegistryAccess::kQuery, [&](const OpenKey& key) {
+    CStr text;
+    if (key.QueryText(name, text)) {
+      const std::string upper = UpperCase(text);
+      if (upper == "TRUE") value = true;
+      if (upper == "FALSE") value = false;
+      return true;
+    }
+    if (!key.SetText(name, BoolText(fallback))) return false;
+    value = fallback;
     return true;
-  }
-  if (!key.SetText(name, BoolText(fallback))) return false;
-  value = fallback;
-  return true;
+  });
 }
 
 bool SettingsKey::WriteBool(const char* path, const char* name, bool value) const {

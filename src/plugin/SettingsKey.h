@@ -10,7 +10,7 @@ namespace mapexport {
 
 /// Reads and writes values below a root key. A float is stored as "%f" text, a bool as "TRUE" or
 /// "FALSE". Every operation opens the key `path` by itself, creating it when missing, and closes it
-/// again.
+/// again. An exception of the registry leaves the operation.
 ///
 /// Reading returns false and leaves `value` alone when the key can't be opened. A missing value (or
 /// one of more than 256 bytes of text) is replaced by `fallback`: stored, and taken when the store
@@ -25,7 +25,7 @@ class SettingsKey {
   bool ReadNumber(const char* path, const char* name, std::int32_t& value,
                   std::int32_t fallback) const;
   bool WriteNumber(const char* path, const char* name, std::int32_t value) const;
-  /// The number at the start of the text; 0 when there is none.
+  /// The number that LeadingNumber finds in the text; 0 when there is none.
   bool ReadFloat(const char* path, const char* name, float& value, float fallback) const;
   bool WriteFloat(const char* path, const char* name, float value) const;
   /// TRUE and FALSE in any case; any other text leaves `value` alone, and the result is true.

@@ -1,7 +1,5 @@
 // Runs the library's entry function when the library is loaded and when it goes away.
 
-#include <new>
-
 #include "host/Resources.h"
 #include "plugin/EntryPoints.h"
 #include "plugin/LibraryEntry.h"
@@ -12,15 +10,20 @@ namespace mapexport {
 namespace {
 
 [[gnu::constructor]] void OnLoad() {
+  HINSTANCE module = nullptr;
   try {
-    LibraryEntry(AttachModule(kResources));
-  } catch (const std::bad_alloc&) {
+    module = AttachModule(kResources);
+    LibraryEntry(module);
+  } catch (...) {
     // No exception gets through the system's loader. Without a module the library has no class.
+    State().module = nullptr;
+    DetachModule(module);
   }
 }
 
 [[gnu::destructor]] void OnUnload() {
   HINSTANCE module = State().module;
+  if (module == nullptr) return;  // the load failed
   LibraryEntry(module);
   DetachModule(module);
 }

@@ -1,10 +1,6 @@
 #include "plugin/state/ProcessState.h"
 
-#include "host/System.h"
-
 namespace mapexport {
-
-ProcessState::ProcessState() : random(TheSystem().GetTickCount()) {}
 
 ProcessState& State() {
   static ProcessState state;

@@ -17,8 +17,6 @@ class ExportModel;
 
 /// What lives from the library's load to its unload. There is one thread, and one export at a time.
 struct ProcessState {
-  ProcessState();
-
   // The library itself.
   HINSTANCE module = nullptr;  ///< the library's handle, null before its entry function ran
   bool initialised = false;    ///< the entry function has run once
@@ -31,11 +29,11 @@ struct ProcessState {
   TimeValue currentTime = 0;              ///< everything of the export is evaluated at this time
   ExportModel* currentScene = nullptr;    ///< model of the running export, null outside of a run
   TextureNames transparentTextures;       ///< of the CXP database read last
-  RandomGenerator random;                 ///< seeded at load with the system's tick count
+  RandomGenerator random{0};              ///< seeded at load with the system's tick count
   Point3 voxelCellSize;  ///< cell size per axis of the voxel grid built last; 0 before
 };
 
-/// The one state; made when the library is loaded.
+/// The one state; made when the library is loaded, without asking anything of the host.
 ProcessState& State();
 
 }  // namespace mapexport
