@@ -1,7 +1,9 @@
 // The plug-in as its host meets it: entry points, options and dialog, the export run, log and
 // failures.
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +23,7 @@
 #include "plugin/EntryPoints.h"
 #include "plugin/LibraryEntry.h"
 #include "plugin/MapExporter.h"
+#include "plugin/OptionsDialog.h"
 #include "plugin/OptionsStore.h"
 #include "plugin/ResourceIds.h"
 #include "plugin/Resources.h"
@@ -222,14 +225,13 @@ TEST(NumberText, IsTheSameInEveryLocale) {
   const struct {
     const char* text;
     double value;
-  } numbers[] = {{"", 0},           {"abc", 0},
-                 {"-1.5e2x", -150}, {" \t+7", 7},
-                 {".5", 0.5},       {"5.", 5},
-                 {".", 0},          {"-", 0},
-                 {"inf", 0},        {"nan", 0},
-                 {"0x10", 0},       {"1,5", 1},
-                 {"- 3", 0},        {"1e-9999999", 0},
-                 {"1e-400", 0},     {"3e5000", std::numeric_limits<double>::infinity()}};
+  } numbers[] = {
+      {"", 0},           {"abc", 0},    {"-1.5e2x", -150},
+      {" \t+7", 7},      {".5", 0.5},   {"5.", 5},
+      {".", 0},          {"-", 0},      {"Inf", 0},
+      {"infinity", 0},   {"nano", 0},   {"1.#INF00", 1},
+      {"0x10", 0},       {"1,5", 1},    {"- 3", 0},
+      {"1e-9999999", 0}, {"1e-400", 0}, {"3e5000", std::numeric_limits<double>::infinity()}};
   for (const auto& number : numbers)
     EXPECT_EQ(LeadingNumber(number.text), number.value) << number.text;
   EXPECT_EQ(LeadingInteger(" -12abc"), -12);
@@ -238,6 +240,26 @@ TEST(NumberText, IsTheSameInEveryLocale) {
   EXPECT_EQ(LeadingInteger("x1"), 0);
   EXPECT_EQ(FormatFloat(-0.0f), "-0.000000");
   EXPECT_EQ(FormatFloat(3.4028235e38f), "340282346638528859811704183484516925440.000000");
+}
+
+TEST_F(PluginTest, WhatIsNoFiniteNumberIsReadBackAsItWasWritten) {
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+  ExportOptions& options = State().options;
+  const SettingsKey settings(RegistryRoot::kLocalMachine);
+  for (const float value : {kInfinity, -kInfinity, kNaN, -kNaN, -0.0f, 3.4028235e38f}) {
+    SCOPED_TRACE(value);
+    options.weldingDistance = options.geometryVoxelSize = value;
+    SaveOptions(settings);
+    options = ExportOptions();
+    LoadOptions(settings);
+    const auto bits = std::bit_cast<std::uint32_t>(value);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(options.weldingDistance), bits);
+    OptionsDialogProc(nullptr, WM_INITDIALOG, 0, 0);
+    options.geometryVoxelSize = 1.0f;
+    OptionsDialogProc(nullptr, WM_COMMAND, MakeCommand(IDOK, BN_CLICKED), 0);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(options.geometryVoxelSize), bits) << "in the dialog";
+  }
 }
 
 TEST_F(PluginTest, TheControlsOfTheDialogNeitherOverlapNorLeaveIt) {

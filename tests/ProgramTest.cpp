@@ -321,6 +321,12 @@ TEST_F(ProgramTest, WhatAnExportSays) {
                                             "distance, 0.51: welding may merge what is meant to be "
                                             "apart\n");
   EXPECT_EQ(Export("a.qob", {"--fresh", "--quiet", "--weld-distance", "9", "--no-weld"}).err, "");
+  const std::string infinite = R"("Welding Distance"="inf")";
+  Write(work_ / "inf.reg",
+        "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\Software\\Corvantis\\Talvern\\Exporter]\n" + infinite);
+  EXPECT_THAT(Export("a.qob", {"--settings", "inf.reg", "--quiet"}).err,
+              HasSubstr("the weld distance, inf: welding may merge"));
+  EXPECT_THAT(Content(work_ / "inf.reg"), HasSubstr(infinite));
   EXPECT_EQ(Export("a.qob", {"--fresh", "--quiet", "--up", "z", "--scale", "2"}).err,
             "mapexport: warning: " + scene_ +
                 ": --up and --scale have no effect: a scene file holds the scene as the exporter "

@@ -10,14 +10,15 @@
 namespace mapexport {
 namespace {
 
-/// The number with which `text` begins, as exporters read what a person has typed; 0 for none.
+/// The number with which `text` begins, as exporters read what a person has typed; 0 for none. What
+/// they write for an infinite one is "inf" and no more.
 float LeadingFloat(const std::string& text) {
   const char* begin = text.c_str();
   while (*begin == ' ' || *begin == '\t') ++begin;
   if (*begin == '+') ++begin;
   float number = 0;
   std::from_chars(begin, text.c_str() + text.size(), number);
-  return std::isfinite(number) ? number : 0.0f;
+  return std::isfinite(number) || text.ends_with("inf") ? number : 0.0f;
 }
 
 }  // namespace

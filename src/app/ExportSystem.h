@@ -18,7 +18,7 @@ class ExportSystem : public ConsoleSystem {
  public:
   struct Values {
     bool weld = false;
-    float weldDistance = 0;  ///< 0 when the box shows no finite number
+    float weldDistance = 0;  ///< 0 when the box shows no number
     std::string cxp;         ///< path of the CXP database, empty without one
   };
 

@@ -27,6 +27,21 @@ double OutOfRange(const char* digits, const char* end) {
   return std::numeric_limits<double>::infinity();
 }
 
+double UnsignedNumber(const char* text) {
+  if (std::strcmp(text, "inf") == 0) return std::numeric_limits<double>::infinity();
+  if (std::strcmp(text, "nan") == 0) return std::numeric_limits<double>::quiet_NaN();
+  if (!IsDigit(text[0]) && !(text[0] == '.' && IsDigit(text[1]))) return 0.0;
+
+  const char* end = text + std::strlen(text);
+  double value = 0.0;
+  const auto result = std::from_chars(text, end, value);
+  if (result.ec != std::errc::result_out_of_range) return value;
+  long double wide = 0.0L;
+  const auto wideResult = std::from_chars(text, end, wide);
+  return wideResult.ec == std::errc::result_out_of_range ? OutOfRange(text, wideResult.ptr)
+                                                         : static_cast<double>(wide);
+}
+
 }  // namespace
 
 std::string FormatFloat(float value) {
@@ -40,17 +55,7 @@ double LeadingNumber(const char* text) {
   text = SkipBlanks(text);
   const bool negative = *text == '-';
   if (*text == '-' || *text == '+') ++text;
-  if (!IsDigit(text[0]) && !(text[0] == '.' && IsDigit(text[1]))) return 0.0;
-
-  const char* end = text + std::strlen(text);
-  double value = 0.0;
-  const auto result = std::from_chars(text, end, value);
-  if (result.ec == std::errc::result_out_of_range) {
-    long double wide = 0.0L;
-    const auto wideResult = std::from_chars(text, end, wide);
-    value = wideResult.ec == std::errc::result_out_of_range ? OutOfRange(text, wideResult.ptr)
-                                                            : static_cast<double>(wide);
-  }
+  const double value = UnsignedNumber(text);
   return negative ? -value : value;
 }
 

@@ -5,12 +5,13 @@
 
 namespace mapexport {
 
-/// `value` as "%f" writes it: six decimals, "." as the decimal point, "inf" and "nan" for what is
-/// neither.
+/// `value` as "%f" writes it: six decimals and "." as the decimal point; "inf" and "nan", with "-"
+/// when the sign is set, for what is no finite number.
 std::string FormatFloat(float value);
 
 /// The decimal floating-point number at the start of `text`, after blanks, rounded to double; 0
-/// when there is none. Too large a number is infinite. "inf", "nan" and hexadecimal are no numbers
+/// when there is none. Too large a number is infinite. What FormatFloat writes for infinities and
+/// NaN is read back, but only if no more follows: other words, and hexadecimal, are no numbers
 /// here.
 double LeadingNumber(const char* text);
 
