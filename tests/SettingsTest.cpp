@@ -28,6 +28,7 @@
 #include "settings/RegistryText.h"
 #include "settings/SettingsError.h"
 #include "settings/SettingsStore.h"
+#include "support/FailingAllocations.h"
 
 namespace {
 
@@ -369,6 +370,36 @@ TEST_F(SettingsTest, AFailedSaveLeavesTheOldFileAndNothingElse) {
   fs::permissions(folder_, fs::perms(0755));
   EXPECT_EQ(Read(), "REGEDIT4\n");
   EXPECT_EQ(EntriesInFolder(), 1);
+}
+
+TEST_F(SettingsTest, WantOfMemoryIsTheLineOfAFailedSave) {
+  using namespace failing_allocations;
+  for (const std::string before : {"", "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\A]\n\"a\"=\"a\"\n"}) {
+    for (int n = 0;; ++n) {
+      SCOPED_TRACE(n);
+      fs::remove(file_);
+      if (!before.empty()) Write(before);
+      SettingsStore store = SettingsStore::Open(file_);
+      SetText(store, "a value", "longer than a string without memory of its own");
+      anyFailed = false;
+      laterToo = n % 2 == 1;
+      left = n;
+      const std::string line = store.Save();
+      left = -1;
+      if (line.empty()) {  // what failed was tried again
+        EXPECT_THAT(Read(), HasSubstr("longer than"));
+        if (anyFailed) continue;
+        EXPECT_GT(n, 40);
+        break;
+      }
+      EXPECT_EQ(line, laterToo ? "memory ran out"
+                               : file_.string() + ": memory ran out; the settings are not saved");
+      EXPECT_EQ(EntriesInFolder(), before.empty() ? 0 : 1);
+      EXPECT_EQ(Read(), before);
+      EXPECT_EQ(store.Save(), "") << "the value still waits";
+      EXPECT_THAT(Read(), HasSubstr("longer than"));
+    }
+  }
 }
 
 TEST_F(SettingsTest, WhatTheFileHoldsNeedsNoWriting) {

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <new>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -58,7 +60,35 @@ struct SettingsStore::Content {
     if (const RegistryValue* changed = changes.Find(key, name)) return changed;
     return text.Find(key, name);
   }
+
+  /// Brings the changes into the file; throws and leaves both as they were when it can't.
+  void WriteChanges();
+
+  std::string NotSaved(const char* reason) const {
+    return fmt::format("{}: {}; the settings are not saved", path, reason);
+  }
 };
+
+void SettingsStore::Content::WriteChanges() {
+  // A file that holds all of it already is left alone, as it may be one that can't be written.
+  RegistryText now = ParseRegistryText(ReadSettingsFile(path).value_or(""));
+  if (changes.MergedInto(now) == now.bytes) {
+    text = std::move(now);
+    changes = {};
+    return;
+  }
+  LockedSettingsFile file(path, kLockPatience);
+  const RegistryText before = ParseRegistryText(file.Read());
+  std::string bytes = changes.MergedInto(before);
+  if (bytes.size() > kMaxSettingsBytes) {
+    throw SettingsError(
+        fmt::format("the file would become longer than {} bytes", kMaxSettingsBytes));
+  }
+  RegistryText after = ParseRegistryText(std::move(bytes));
+  if (after.bytes != before.bytes) file.Replace(after.bytes);
+  text = std::move(after);
+  changes = {};
+}
 
 SettingsStore::SettingsStore(std::unique_ptr<Content> content) : content_(std::move(content)) {}
 SettingsStore::SettingsStore(SettingsStore&&) noexcept = default;
@@ -155,30 +185,19 @@ void SettingsStore::CloseKey(HKEY key) {
   content_->openKeys.erase(key);
 }
 
-std::string SettingsStore::Save() {
+std::string SettingsStore::Save() noexcept {
   if (content_->path.empty() || content_->changes.Empty()) return {};
   try {
-    // A file that holds all of it already is left alone, as it may be one that can't be written.
-    RegistryText now = ParseRegistryText(ReadSettingsFile(content_->path).value_or(""));
-    if (content_->changes.MergedInto(now) == now.bytes) {
-      content_->text = std::move(now);
-      content_->changes = {};
+    try {
+      content_->WriteChanges();
       return {};
+    } catch (const std::bad_alloc&) {
+      return content_->NotSaved("memory ran out");
+    } catch (const std::exception& error) {
+      return content_->NotSaved(error.what());
     }
-    LockedSettingsFile file(content_->path, kLockPatience);
-    const RegistryText before = ParseRegistryText(file.Read());
-    std::string bytes = content_->changes.MergedInto(before);
-    if (bytes.size() > kMaxSettingsBytes) {
-      throw SettingsError(
-          fmt::format("the file would become longer than {} bytes", kMaxSettingsBytes));
-    }
-    RegistryText after = ParseRegistryText(std::move(bytes));
-    if (after.bytes != before.bytes) file.Replace(after.bytes);
-    content_->text = std::move(after);
-    content_->changes = {};
-    return {};
-  } catch (const SettingsError& error) {
-    return fmt::format("{}: {}; the settings are not saved", content_->path, error.what());
+  } catch (...) {
+    return "memory ran out";  // not even for the line; this one is short enough to need none
   }
 }
 

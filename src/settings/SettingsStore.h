@@ -56,8 +56,9 @@ class SettingsStore {
   /// all that is there by then survives byte for byte, and replaced atomically; it keeps its mode,
   /// symbolic links are followed, and missing folders are made. When nothing was set or
   /// nothing would change, the file is not even opened for writing. Returns one line saying what
-  /// went wrong, the file then being as it was, or an empty text.
-  std::string Save();
+  /// went wrong, want of memory included, the file then being as it was, or an empty text. Throws
+  /// nothing: values that could not be saved wait for the next Save.
+  std::string Save() noexcept;
 
   /// One line saying what was wrong with the file when the store was opened, empty when nothing
   /// was.
