@@ -69,6 +69,7 @@ TEST(AddAttribute, EqualsTheScanFromTheFirstAttribute) {
       {"few of everything", 0.0f, 3, 2, 2},
       {"one corner with many attributes", 5.0f, 1, 12, 1},
       {"crowded cell", -3.0f, 6, 6, 1},
+      {"crowded cells on both sides of a border", 0.62f, 3, 3, 1},
       {"spread over many cells", 0.0f, 400, 2, 1},
       {"neighbouring floats about as far apart as the tolerance", 131072.0f, 40, 2, 2},
       {"across the border to far values", 524288.0f, 300, 2, 1},
@@ -122,8 +123,15 @@ TEST(AddAttribute, SeesAttributesThatWereTakenAway) {
     AddAttribute(group, attribute);
   }
   const VertexAttribute last = group.attributes[2];
+  GeometryGroup released = group;
   group.attributes.Shrink(1);
   EXPECT_EQ(AddAttribute(group, last), 1);
+
+  released.attributeIndex.Release();
+  EXPECT_TRUE(released.attributeIndex.AllDistinct(3));
+  released.attributes.Shrink(1);
+  released.attributeIndex.Update(released.attributes);
+  EXPECT_FALSE(released.attributeIndex.AllDistinct(3));
 }
 
 TEST(RemoveFace, RenumbersTheSetsAndKeepsTheScratchOfThePlace) {
@@ -215,9 +223,10 @@ class BatchesTest : public testing::Test {
 TEST_F(BatchesTest, CellsAndBatchesEqualTheDenseGridsAndTheLists) {
   unsigned seed = 0;
   for (const float voxelSize : {1000.0f, 9.0f, 3.0f, 2.0f, 0.0f, -2.0f, kNaN, kInfinity}) {
-    for (const std::uint32_t attributes : {1u, 3u, 50u}) {
+    for (const auto& [vertices, attributes] :
+         {std::pair{60u, 1u}, {60u, 3u}, {60u, 50u}, {3u, 2u}, {2u, 200u}}) {
       SCOPED_TRACE(voxelSize);
-      GeometryGroup group = RandomGroup(++seed, 60, attributes);
+      GeometryGroup group = RandomGroup(++seed, vertices, attributes);
       for (std::uint32_t f = 0; f < group.faces.size(); f += 17) group.faces[f].drawn = 0;
       group.collisionPoints.assign(group.vertices.begin(), group.vertices.end());
       RandomGenerator fast(seed);
@@ -417,17 +426,22 @@ TEST(CStr, ClampsPositionsAndLowersAsciiOnly) {
 }
 
 TEST(RandomGenerator, FollowsItsDefinition) {
-  // Drawn by hand from the recurrence for seed 1: the table begins 1, 32, 993.
-  RandomGenerator random(1);
-  std::array<std::uint64_t, 55> table{1};
-  for (std::size_t j = 0; j < 54; ++j) {
-    table[j + 1] =
-        (((((table[j] >> 15) * 31) & 0x7FFF) << 15) + (table[j] & 0x7FFF) * 31 + 1) % (1u << 30);
+  // Worked out apart from this program: the first draw, the first that meets an earlier one, and
+  // the last and the first of two rounds of the table.
+  struct Sequence {
+    std::uint32_t seed;
+    std::array<std::uint32_t, 4> draws;
+  };
+  for (const Sequence& sequence :
+       {Sequence{1, {1005179425, 514310321, 193415660, 177304217}},
+        Sequence{0xDEADBEEF, {447981537, 770794783, 359598100, 966560815}}}) {
+    RandomGenerator random(sequence.seed);
+    std::vector<std::uint32_t> drawn(56);
+    for (std::uint32_t& draw : drawn) draw = random.Draw();
+    EXPECT_EQ((std::array{drawn[0], drawn[31], drawn[54], drawn[55]}), sequence.draws);
+    const float u = random.Uniform(2.0f, 4.0f);
+    EXPECT_TRUE(u >= 2.0f && u <= 4.0f);
   }
-  EXPECT_EQ(table[2], 993u);
-  EXPECT_EQ(random.Draw(), (table[54] + table[23]) % (1u << 30));
-  const float u = random.Uniform(2.0f, 4.0f);
-  EXPECT_TRUE(u >= 2.0f && u <= 4.0f);
 }
 
 }  // namespace

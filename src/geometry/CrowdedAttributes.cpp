@@ -9,7 +9,7 @@ namespace mapexport {
 namespace {
 
 constexpr double kPositionCells = 20.0;  // per unit
-constexpr double kNormalCells = 4.0;
+constexpr double kNormalCells = 8.0;
 constexpr double kUvCells = 20.0;
 constexpr std::size_t kSmallestTable = 256;  // chains
 

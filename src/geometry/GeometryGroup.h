@@ -66,8 +66,10 @@ int FindOrAddSurfaceSet(GeometryGroup& group, std::uint32_t flags);
 int AddStaticSurfaceSet(GeometryGroup& group, const CStr& name);
 
 /// The index of the first attribute that matches, of `attribute` itself appended when none does.
-/// The same as a scan of all attributes from the first one, in constant time for all but crowded
-/// corners.
+/// The same as a scan of all attributes from the first one, and in constant time as long as few
+/// attributes are close to each other. Many that differ, within 0.05 in position and texture
+/// coordinates and 0.125 in normal, are compared one by one: random ones cost each of 400,000
+/// corners some 2,800 comparisons.
 int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute);
 /// The same with the place of the attribute's position in the group's index, which must know all
 /// attributes.

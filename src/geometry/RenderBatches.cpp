@@ -114,11 +114,15 @@ class BatchBuilder {
   void AddFaces(const BatchKind& kind, std::span<const PlacedFace> faces) {
     pool_.clear();
     started_.clear();
+    blocked_.clear();
     batchOfFace_.clear();
     for (const PlacedFace& placed : faces) {
       const GroupFace& face = group_.faces[placed.face];
       const std::uint32_t batch = FindBatch(face);
-      if (batch == started_.size()) started_.push_back({placed.place});
+      if (batch == started_.size()) {
+        started_.push_back({placed.place, static_cast<std::uint32_t>(pool_.size())});
+        blocked_.push_back(0);
+      }
       ++started_[batch].faces;
       batchOfFace_.push_back(batch);
       for (std::size_t k = 0; k < 3; ++k) AddCorner(batch, face.v[k], face.a[k]);
@@ -144,10 +148,10 @@ class BatchBuilder {
   };
   /// A batch of this round.
   struct StartedBatch {
-    std::uint32_t place;  ///< of the face that began it
+    std::uint32_t place;     ///< of the face that began it
+    std::uint32_t firstUse;  ///< its first one in the pool
     std::uint32_t faces = 0;
     std::uint32_t corners = 0;
-    std::uint64_t blocked = 0;  ///< the stamp of the last face it could not take
     // Where the lists of the finished batch go on.
     std::size_t nextFace = 0;
     std::size_t nextCorner = 0;
@@ -160,19 +164,22 @@ class BatchBuilder {
     for (std::size_t k = 0; k < 3; ++k) {
       for (std::uint32_t u = newestUse_[face.v[k]]; u != kNoUse; u = pool_[u].next) {
         if (pool_[u].attribute == face.a[k]) continue;
-        started_[pool_[u].batch].blocked = stamp_;
+        blocked_[pool_[u].batch] = stamp_;
         blocked = true;
       }
     }
     std::uint32_t batch = 0;
-    while (blocked && batch < started_.size() && started_[batch].blocked == stamp_) ++batch;
+    while (blocked && batch < started_.size() && blocked_[batch] == stamp_) ++batch;
     return batch;
   }
 
   /// Gives the batch a local vertex for that vertex and attribute unless it has one.
   void AddCorner(std::uint32_t batch, std::uint32_t v, std::uint32_t attribute) {
     const std::uint32_t newest = newestUse_[v];
-    for (std::uint32_t u = newest; u != kNoUse; u = pool_[u].next) {
+    // What is older than a batch can't be of it: the face that begins one looks no further than its
+    // own corners.
+    for (std::uint32_t u = newest; u != kNoUse && u >= started_[batch].firstUse;
+         u = pool_[u].next) {
       if (pool_[u].batch == batch && pool_[u].attribute == attribute) return;
     }
     newestUse_[v] = static_cast<std::uint32_t>(pool_.size());
@@ -232,6 +239,7 @@ class BatchBuilder {
   RenderBatchList batches_;
   std::vector<std::uint32_t> places_;  ///< per batch that of the face that began it
   std::vector<StartedBatch> started_;
+  std::vector<std::uint64_t> blocked_;  ///< per batch the stamp of the last face it could not take
   std::vector<std::uint32_t> batchOfFace_;  ///< of the faces of this round
   std::uint64_t stamp_ = 0;                 ///< faces looked at so far
   std::vector<std::uint32_t> newestUse_;    ///< per vertex of the group, of this round
