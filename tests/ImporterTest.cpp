@@ -19,6 +19,7 @@
 #include "importer/HostText.h"
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
+#include "importer/LimitRemarks.h"
 #include "importer/ReadWithLibrary.h"
 #include "importer/RebuildMesh.h"
 #include "importer/TriangulatePolygon.h"
@@ -499,6 +500,21 @@ TEST(NearKeywordsTest, WordsThatWereMeantToBeKeywords) {
   EXPECT_EQ(near[0].count, 2u);
   EXPECT_THAT(Describe(near[0]), testing::AllOf(HasSubstr("\"Deck\""), HasSubstr("\"Climbable\""),
                                                 HasSubstr("\"climbable\"")));
+}
+
+TEST(LimitRemarksTest, TheLastOnesStandForTheRest) {
+  ImportRemarks remarks(10'000, {RemarkKind::kWarning, "near-keyword", "a", 2});
+  remarks.push_back({RemarkKind::kNote, "axes", std::string(9000, 'b') + "\u00e9"});
+  LimitRemarks(remarks);
+  ASSERT_EQ(remarks.size(), kMostRemarks);
+  const ImportRemark& rest = remarks[kMostRemarks - 2];
+  EXPECT_EQ(rest.text, "5906 more warnings like these (near-keyword)");
+  EXPECT_EQ(rest.stands, 5906U);
+  EXPECT_EQ(rest.count, 11'812U);
+  EXPECT_EQ(remarks.back().text, std::string(kLongestRemark - 3, 'b') + "...");
+  remarks = {{RemarkKind::kNote, "axes", std::string(kLongestRemark - 4, 'b') + "\u00e9bcd"}};
+  LimitRemarks(remarks);  // between characters
+  EXPECT_EQ(remarks[0].text, std::string(kLongestRemark - 4, 'b') + "...");
 }
 
 TEST_F(ImporterTest, ExtrasThatSetNothingAreTold) {

@@ -1,12 +1,15 @@
 #include "app/Messages.h"
 
+#include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <string>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "app/StandardError.h"
+#include "importer/LimitRemarks.h"
 #include "modelreader/PrintableText.h"
 
 namespace mapexport {
@@ -27,12 +30,43 @@ void Messages::Note(std::string_view code, std::string_view text, std::uint64_t 
 }
 
 void Messages::Tell(Remark remark) {
-  if (remark.kind == RemarkKind::kWarning) {
-    Print("warning", "33", remark.text);
-  } else if (!quiet_) {
-    Print("note", "36", remark.text);
-  }
+  PrintRemark(remark.kind, remark.text);
   told_.push_back(std::move(remark));
+}
+
+void Messages::TellAll(const std::string& about, std::vector<Remark> remarks) {
+  constexpr std::uint64_t kMostPrinted = 10;
+  struct Code {
+    RemarkKind kind;
+    std::uint64_t printed = 0;
+    std::uint64_t others = 0;
+  };
+  LimitRemarks(remarks);
+  std::map<std::string, Code> codes;
+  for (Remark& remark : remarks) {
+    remark.text = fmt::format("{}: {}", about, remark.text);
+    Code& code = codes.try_emplace(remark.code, Code{remark.kind}).first->second;
+    if (code.printed < kMostPrinted && remark.stands == 1) {
+      PrintRemark(remark.kind, remark.text);
+      ++code.printed;
+    } else {
+      code.others += remark.stands;
+    }
+    told_.push_back(std::move(remark));
+  }
+  for (const auto& [name, code] : codes) {
+    if (code.others == 0) continue;
+    PrintRemark(code.kind,
+                fmt::format("{}: {}", about, MoreLikeThese(code.others, code.kind, name)));
+  }
+}
+
+void Messages::PrintRemark(RemarkKind kind, std::string_view text) const {
+  if (kind == RemarkKind::kWarning) {
+    Print("warning", "33", text);
+  } else if (!quiet_) {
+    Print("note", "36", text);
+  }
 }
 
 void Messages::Usage(std::string_view line) const {

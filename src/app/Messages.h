@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -23,6 +24,9 @@ class Messages {
   void Warning(std::string_view code, std::string_view text, std::uint64_t count = 1);
   void Note(std::string_view code, std::string_view text, std::uint64_t count = 1);
   void Tell(Remark remark);
+  /// All that is said about one scene, each line beginning with `about`. Of each code the first ten
+  /// are printed, and then how many more there are.
+  void TellAll(const std::string& about, std::vector<Remark> remarks);
   /// The usage line that follows an error.
   void Usage(std::string_view line) const;
   /// A message box: "TITLE: TEXT", the text with its own line breaks.
@@ -32,6 +36,7 @@ class Messages {
   std::span<const Remark> Told() const { return told_; }
 
  private:
+  void PrintRemark(RemarkKind kind, std::string_view text) const;
   void Print(std::string_view kind, std::string_view colour, std::string_view text) const;
 
   bool quiet_;

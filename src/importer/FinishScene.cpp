@@ -12,6 +12,7 @@
 
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
+#include "importer/LimitRemarks.h"
 #include "scene/NearKeywords.h"
 
 namespace mapexport {
@@ -95,20 +96,6 @@ void WarnOfEqualNames(const Scene& scene, ImportRemarks& remarks) {
        count});
 }
 
-/// Of very many files that are missing only the first ones are named.
-void GroupMissingFiles(ImportRemarks& remarks) {
-  constexpr std::size_t kMostNamed = 20;
-  std::size_t count = 0;
-  std::erase_if(remarks, [&count](const ImportRemark& remark) {
-    return remark.code == "missing-side-file" && ++count > kMostNamed;
-  });
-  if (count <= kMostNamed) return;
-  remarks.push_back(
-      {RemarkKind::kWarning, "missing-side-file",
-       fmt::format("{} more files that the scene names can't be opened", count - kMostNamed),
-       count - kMostNamed});
-}
-
 }  // namespace
 
 void FinishScene(ImportedScene& imported, LeftOut& leftOut) {
@@ -120,9 +107,9 @@ void FinishScene(ImportedScene& imported, LeftOut& leftOut) {
   if (TriangleCount(imported.scene.root) == 0) {
     imported.remarks.push_back({RemarkKind::kWarning, "no-triangle", "the scene has no triangle"});
   }
-  GroupMissingFiles(imported.remarks);
   imported.leftOut = leftOut.Items();
   leftOut.AddSummary(imported.remarks);
+  LimitRemarks(imported.remarks);
 }
 
 }  // namespace mapexport

@@ -15,7 +15,8 @@ struct ImportRemark {
   /// One line but for the names in it (show it with PrintableText), without a "warning" prefix and
   /// without the file's name.
   std::string text;
-  std::uint64_t count = 1;  ///< how many things it is about
+  std::uint64_t count = 1;   ///< how many things it is about
+  std::uint64_t stands = 1;  ///< for how many remarks of its code it stands (LimitRemarks)
 };
 
 using ImportRemarks = std::vector<ImportRemark>;

@@ -1,0 +1,67 @@
+#include "importer/LimitRemarks.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace mapexport {
+namespace {
+
+constexpr std::string_view kCut = "...";
+
+/// How many codes the remarks have.
+std::size_t CodesOf(const ImportRemarks& remarks) {
+  std::set<std::string_view> codes;
+  for (const ImportRemark& remark : remarks) codes.insert(remark.code);
+  return codes.size();
+}
+
+/// Between two characters of UTF-8.
+void Cut(std::string& text) {
+  std::size_t size = kLongestRemark - kCut.size();
+  const auto isWithin = [&text](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
+  while (size > 0 && isWithin(size)) --size;
+  text.resize(size);
+  text += kCut;
+}
+
+}  // namespace
+
+void LimitRemarks(ImportRemarks& remarks) {
+  for (ImportRemark& remark : remarks) {
+    if (remark.text.size() > kLongestRemark) Cut(remark.text);
+  }
+  if (remarks.size() <= kMostRemarks) return;
+
+  // There are some dozens of codes.
+  const std::size_t kept = kMostRemarks - std::min(CodesOf(remarks), kMostRemarks);
+  ImportRemarks others;
+  std::map<std::string, std::size_t> placeOf;  // in others, by code
+  for (std::size_t i = kept; i < remarks.size(); ++i) {
+    ImportRemark& remark = remarks[i];
+    const auto [entry, isNew] = placeOf.try_emplace(remark.code, others.size());
+    if (isNew) {
+      others.push_back(std::move(remark));
+      continue;
+    }
+    others[entry->second].count += remark.count;
+    others[entry->second].stands += remark.stands;
+  }
+  remarks.resize(kept);
+  for (ImportRemark& other : others) {
+    if (other.stands > 1) other.text = MoreLikeThese(other.stands, other.kind, other.code);
+    if (remarks.size() < kMostRemarks) remarks.push_back(std::move(other));
+  }
+}
+
+std::string MoreLikeThese(std::uint64_t remarks, RemarkKind kind, const std::string& code) {
+  return fmt::format("{} more {}{} like these ({})", remarks,
+                     kind == RemarkKind::kWarning ? "warning" : "note", remarks == 1 ? "" : "s",
+                     code);
+}
+
+}  // namespace mapexport
