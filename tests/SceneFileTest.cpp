@@ -42,10 +42,10 @@ Scene Read(const std::string& text) {
 }
 
 // The message without the file's name, which must be in front; empty when the text can be read.
-std::string DefectOf(const std::string& text) {
+std::string DefectOf(const std::string& text, std::uint64_t mostItems = UINT64_MAX) {
   const ScratchFile file(text);
   try {
-    ReadSceneFile(file.Path());
+    ReadSceneFile(file.Path(), mostItems);
   } catch (const SceneError& error) {
     const std::string message = error.what();
     EXPECT_TRUE(message.starts_with(file.Path() + ": ")) << message;
@@ -376,6 +376,13 @@ TEST(ReadSceneFile, LimitsTheNestingOfNodesOnly) {
   EXPECT_THAT(DefectOf(OfMesh(R"("vertices": )" + arrays)), HasSubstr("must be a number"));
   EXPECT_THAT(DefectOf(Repeat("[", deep)), HasSubstr("the text ends too early"));
   EXPECT_THAT(DefectOf(Repeat("{\"root\":", deep)), HasSubstr("the text ends too early"));
+}
+
+TEST(ReadSceneFile, CountsNodesAndMaterialsWhereThatIsWanted) {
+  const std::string three = Document(R"("materials": [{}, {}], "root": {"children": [{}]})");
+  EXPECT_EQ(DefectOf(three, 3), "");
+  EXPECT_THAT(DefectOf(three, 2), HasSubstr("root.children[0]: is too much"));
+  EXPECT_THAT(DefectOf(three, 1), HasSubstr("materials[1]: is too much"));
 }
 
 TEST(ReadSceneFile, TakesNoMemoryForWhatMayBeNoElement) {

@@ -180,6 +180,23 @@ Mesh ReadMesh(JsonValue& value) {
   return mesh;
 }
 
+// Counts nodes and materials.
+class ItemCount {
+ public:
+  explicit ItemCount(std::uint64_t most) : most_(most), left_(most) {}
+
+  void Add(JsonValue& item) {
+    if (left_ == 0) {
+      item.Fail(fmt::format("is too much: nodes and materials may be {} together", most_));
+    }
+    --left_;
+  }
+
+ private:
+  std::uint64_t most_;
+  std::uint64_t left_;
+};
+
 // A node that is being read.
 struct OpenNode {
   OpenNode(JsonValue& value, SceneNode& target) : members(value), node(target) {}
@@ -224,7 +241,7 @@ void FinishNode(OpenNode& open) {
 }
 
 // Without recursion: the frames of 1,000 levels are too much for some stacks.
-void ReadNodes(JsonValue& value, SceneNode& root) {
+void ReadNodes(JsonValue& value, SceneNode& root, ItemCount& items) {
   std::deque<OpenNode> levels;  // places refer to those of the levels above, which must not move
   levels.emplace_back(value, root);
   while (!levels.empty()) {
@@ -238,6 +255,7 @@ void ReadNodes(JsonValue& value, SceneNode& root) {
       if (levels.size() == kMaxSceneDepth) {
         child.Fail(fmt::format("nodes are nested deeper than {} levels", kMaxSceneDepth));
       }
+      items.Add(child);
       levels.emplace_back(child, open.node.children.emplace_back());
     });
     if (!more) open.children.reset();
@@ -282,8 +300,9 @@ void ReadVersion(JsonValue& value) {
   if (version != 1) value.Fail(fmt::format("version {} is not known, only 1 is", version));
 }
 
-Scene ReadScene(JsonDocument& document) {
+Scene ReadScene(JsonDocument& document, std::uint64_t mostItems) {
   Scene scene;
+  ItemCount items(mostItems);
   bool hasFormat = false;
   bool hasVersion = false;
   bool hasRoot = false;
@@ -299,9 +318,14 @@ Scene ReadScene(JsonDocument& document) {
                    hasVersion = true;
                  }},
       JsonMember{"materials",
-                 [&](JsonValue& v) { scene.materials = v.ReadList<SceneMaterial>(ReadMaterial); }},
+                 [&](JsonValue& v) {
+                   scene.materials = v.ReadList<SceneMaterial>([&items](JsonValue& material) {
+                     items.Add(material);
+                     return ReadMaterial(material);
+                   });
+                 }},
       JsonMember{"root", [&](JsonValue& v) {
-                   ReadNodes(v, scene.root);
+                   ReadNodes(v, scene.root, items);
                    hasRoot = true;
                  }});
   document.End();
@@ -319,11 +343,11 @@ Scene ReadScene(JsonDocument& document) {
 
 }  // namespace
 
-Scene ReadSceneFile(const std::string& path) {
+Scene ReadSceneFile(const std::string& path, std::uint64_t mostItems) {
   try {
     const FileText text(path);
     JsonDocument document(path, text, kMaxJsonDepth);
-    return ReadScene(document);
+    return ReadScene(document, mostItems);
   } catch (const std::bad_alloc&) {
     throw SceneError(path + ": there is not enough memory to read it");
   }

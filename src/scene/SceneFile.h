@@ -1,6 +1,7 @@
 // Scene files (.scene.json): a scene written down bit for bit.
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 
@@ -16,8 +17,9 @@ bool IsSceneFile(const std::string& path);
 /// broken text that the parser's first pass over the file sees (bytes that are not UTF-8, a quote
 /// that is not closed) comes before wrong values, and indices are checked when what they refer to
 /// is known. Time and memory are linear in the file's
-/// size, its text is given back before this returns.
-Scene ReadSceneFile(const std::string& path);
+/// size, its text is given back before this returns. More than `mostItems` nodes and materials are
+/// a defect, too.
+Scene ReadSceneFile(const std::string& path, std::uint64_t mostItems = UINT64_MAX);
 
 /// Writes `scene` so that reading it back gives the same scene bit for bit (meshes that were shared
 /// come back as separate ones). The scene must be one that a file can hold: finite floats, valid
