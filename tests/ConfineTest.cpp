@@ -1,11 +1,12 @@
 // What the process that reads foreign scenes can and can't do, tried in child processes.
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <string>
 #include <string_view>
@@ -32,8 +33,8 @@
 #include "app/AddressSanitizer.h"
 #include "app/ConfineReader.h"
 #include "app/FilterCalls.h"
-#include "app/ForbidWriting.h"
 #include "app/MemoryLimit.h"
+#include "app/RestrictFiles.h"
 
 namespace mapexport {
 namespace {
@@ -55,6 +56,14 @@ struct Attempt {
 
 long Sys(long number, auto... arguments) {
   return syscall(number, arguments...);
+}
+
+long OpenOfParent(const std::string& name) {
+  return open(("/proc/" + std::to_string(getppid()) + "/" + name).c_str(), O_RDONLY);
+}
+
+long List(const std::string& folder) {
+  return opendir(folder.c_str()) == nullptr ? -1 : 0;
 }
 
 /// How `act` ends in a process that was confined before; what confinement lacks is no end of ours.
@@ -89,11 +98,14 @@ class ConfineTest : public testing::Test {
     std::filesystem::create_directory(folder_ + "/empty");
     kept_ = memfd_create("kept", 0);
     left_ = memfd_create("left", 0);
+    terminal_ = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_EQ(unlockpt(terminal_), 0);
   }
   void TearDown() override {
     std::filesystem::remove_all(folder_);
     close(kept_);
     close(left_);
+    close(terminal_);
   }
 
   long Open(int flags) const { return open(file_.c_str(), flags, 0600); }
@@ -105,6 +117,7 @@ class ConfineTest : public testing::Test {
   std::string other_;
   int kept_ = -1;
   int left_ = -1;
+  int terminal_ = -1;
 };
 
 std::vector<Attempt> ConfineTest::Attempts() const {
@@ -218,9 +231,15 @@ std::vector<Attempt> ConfineTest::Attempts() const {
        [] { return Sys(SYS_process_vm_writev, getppid(), nullptr, 0, nullptr, 0, 0); }, kKilled},
       {"signal the parent", [] { return kill(getppid(), 0); }, kKilled, kRefused, 6},
       {"signal all", [] { return kill(-1, 0); }, kKilled},
-      {"the parent's memory, as a file",
-       [] { return open(("/proc/" + std::to_string(getppid()) + "/mem").c_str(), O_RDONLY); }, kAny,
+      // What can be read is files of people's, not what the system shows of itself.
+      {"the parent's memory, as a file", [] { return OpenOfParent("mem"); }, kAny, kRefused},
+      {"the parent's command line", [] { return OpenOfParent("cmdline"); }, kAny, kRefused},
+      {"who is there", [] { return List("/proc"); }, kAny, kRefused},
+      {"a terminal", [=, this] { return open(ptsname(terminal_), O_RDONLY | O_NOCTTY); }, kAny,
        kRefused},
+      {"a device", [] { return open("/dev/zero", O_RDONLY); }, kAny, kRefused},
+      {"what services share", [] { return List("/run"); }, kAny, kRefused},
+      {"the kernel's settings", [] { return List("/sys"); }, kAny, kRefused},
       // Memory that is executable, or would be gone.
       {"rare advice", [=] { return madvise(map(PROT_READ), kPage, MADV_COLD); }, kRefused},
       {"map to write and execute", [=] { return mapped(map(PROT_READ | PROT_WRITE | PROT_EXEC)); },
@@ -299,22 +318,51 @@ TEST_F(ConfineTest, Landlock) {
   if (version < 1) GTEST_SKIP() << "no Landlock here";
   for (const Attempt& attempt : Attempts()) {
     if (attempt.files == kAny || version < attempt.version) continue;
-    EXPECT_EQ(EndOf(ForbidWriting, attempt.act), attempt.files) << attempt.what;
+    EXPECT_EQ(EndOf([this] { return RestrictFiles(file_); }, attempt.act), attempt.files)
+        << attempt.what;
   }
+  // A scene's folder may be anywhere, and links may lead there; not all that is around it is open.
+  const std::string there = "/dev/shm/confine-" + std::to_string(getpid());
+  std::filesystem::create_directories(there + "/level/parts");
+  for (const char* name : {"/level/scene", "/level/parts/beside", "/other"}) {
+    std::ofstream(there + name) << "text";
+  }
+  std::filesystem::create_symlink(there + "/level", folder_ + "/way");
+  std::filesystem::create_symlink(there + "/level/scene", folder_ + "/scene");
+  const auto reads = [](const std::string& scene, const std::string& path) {
+    return EndOf([&] { return RestrictFiles(scene); },
+                 [&] { return open(path.c_str(), O_RDONLY); });
+  };
+  for (const std::string& folder : {there + "/level", folder_ + "/way"}) {
+    EXPECT_EQ(reads(folder + "/scene", folder + "/scene"), kDone);
+    EXPECT_EQ(reads(folder + "/scene", folder + "/parts/beside"), kDone);
+    EXPECT_EQ(reads(folder + "/scene", there + "/other"), kRefused);
+  }
+  EXPECT_EQ(reads(folder_ + "/scene", folder_ + "/scene"), kDone);
+  EXPECT_EQ(reads(folder_ + "/scene", there + "/level/parts/beside"), kRefused);
+  EXPECT_EQ(reads("/scene", there + "/other"), kRefused);
+  EXPECT_EQ(reads("/dev/null", ptsname(terminal_)), kRefused);
+  std::filesystem::remove_all(there);
 }
 
 TEST_F(ConfineTest, AllLeaveWhatReadingNeedsAndNoMore) {
-  const auto confine = [this] {
-    ConfineReader({&kept_, 1});
+  // What /proc shows of the process can't be opened afterwards.
+  int environment = -1;
+  int ownStatus = -1;
+  const auto confine = [&, this] {
+    environment = open("/proc/self/environ", O_RDONLY);
+    ownStatus = open("/proc/self/status", O_RDONLY);
+    ConfineReader(file_, std::array{kept_, environment, ownStatus}, {0, 0, 1 << 20});
     return std::string();
   };
   for (const Attempt& attempt : Attempts()) {
     if (attempt.calls != kDone) continue;
     EXPECT_EQ(EndOf(confine, attempt.act), "done") << attempt.what;
   }
-  const auto content = [](const char* path) {
-    std::ifstream in(path);
-    return std::string(std::istreambuf_iterator<char>(in), {});
+  const auto content = [](int file) {
+    std::string text(1 << 16, ' ');
+    text.resize(static_cast<std::size_t>(std::max<ssize_t>(0, read(file, text.data(), 1 << 16))));
+    return text;
   };
   const std::vector<std::pair<const char*, std::function<bool()>>> left{
       {"no other descriptor", [this] { return fcntl(left_, F_GETFD) == -1 && errno == EBADF; }},
@@ -326,12 +374,12 @@ TEST_F(ConfineTest, AllLeaveWhatReadingNeedsAndNoMore) {
        }},
       {"no environment",
        [&] {
-         const std::string shown = content("/proc/self/environ");
+         const std::string shown = content(environment);
          return getenv("PATH") == nullptr && shown.find_first_not_of('\0') == std::string::npos;
        }},
       {"no capability but that to read",
        [&] {
-         const std::string status = content("/proc/self/status");
+         const std::string status = content(ownStatus);
          const auto numberOf = [&status](const std::string& name) {
            return std::stoull(status.substr(status.find(name) + name.size()), nullptr, 16);
          };
@@ -340,7 +388,9 @@ TEST_F(ConfineTest, AllLeaveWhatReadingNeedsAndNoMore) {
                 numberOf("CapEff:") == may;
        }},
       {"what root may read",
-       [&] { return geteuid() != 0 || content((folder_ + "/others").c_str()) == "text"; }},
+       [&] {
+         return geteuid() != 0 || content(open((folder_ + "/others").c_str(), O_RDONLY)) == "text";
+       }},
   };
   std::filesystem::copy_file(file_, folder_ + "/others");
   chmod((folder_ + "/others").c_str(), 0600);

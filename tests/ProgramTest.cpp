@@ -10,9 +10,11 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <seccomp.h>
@@ -23,6 +25,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "app/ReaderMessage.h"
 #include "support/ProgramRun.h"
 
 namespace mapexport {
@@ -537,8 +540,14 @@ TEST_F(ProgramTest, TheReaderIsConfinedOrItIsTold) {
                "was not kept from looking into other processes: no Landlock: " + none,
                R"("landlock": ")" + none},
         Kernel{{"landlock_create_ruleset", "seccomp", "prctl", "capset"},
-               "was not confined: no filter of system calls: ",
-               R"("capabilities": ")" + none}}) {
+               "was not confined: no filter of system calls: " + none,
+               R"("capabilities": ")" + none},
+        Kernel{{"setrlimit", "prlimit64"},
+               "was not limited: limits: " + none,
+               R"("limits": ")" + none},
+        Kernel{{"timer_create"},
+               "might not have ended at its limits: no timer: " + none,
+               R"("timer": ")" + none}}) {
     SCOPED_TRACE(lacks.size());
     const Outcome outcome = Run(
         {"export", "level.obj", "a.kob", "--fresh", "--quiet", "--report", "r.json"},
@@ -558,9 +567,61 @@ TEST_F(ProgramTest, TheReaderIsConfinedOrItIsTold) {
     for (std::size_t at = 0; (at = told.find(R"(": "in force")", at)) != std::string::npos; ++at) {
       ++inForce;
     }
-    EXPECT_EQ(outcome.err.empty(), inForce == 3) << told;
-    EXPECT_EQ(told.find("reader-not-confined") == std::string::npos, inForce == 3) << told;
+    EXPECT_EQ(outcome.err.empty(), inForce == 5) << told;
+    EXPECT_EQ(told.find("reader-not-confined") == std::string::npos, inForce == 5) << told;
   }
+}
+
+TEST_F(ProgramTest, OfWhatTheReaderSaysOnlySoMuchIsTakenOver) {
+  const ReaderMessage sound{{{RemarkKind::kNote, "axes", "no axes"}}, {}, {"a.mtl"}};
+  EXPECT_EQ(ReaderMessageOf(ToBytes(sound)).remarks[0].text, "no axes");
+  const auto changed = [&sound](const std::function<void(ReaderMessage&)>& change) {
+    ReaderMessage message = sound;
+    change(message);
+    return ToBytes(message);
+  };
+  const auto repeated = [&sound](std::size_t count, const std::string& code) {
+    ReaderMessage message = sound;
+    for (std::size_t i = 0; i < count; ++i) {
+      message.remarks.push_back({RemarkKind::kNote, code.empty() ? std::to_string(i) : code, "a"});
+    }
+    return ToBytes(message);
+  };
+  for (const std::string& bytes :
+       {ToBytes(sound) + "x", ToBytes(sound).substr(1), std::string(),
+        changed([](auto& message) { message.sideFiles.assign(4097, "a"); }),
+        changed([](auto& message) { message.sideFiles.emplace_back(4096, 'a'); }),
+        changed([](auto& message) { message.sideFiles.emplace_back("a\0b", 3); }),
+        changed([](auto& message) { message.sideFiles.emplace_back(); }), repeated(4096, "axes"),
+        repeated(64, ""), repeated(1, std::string(65, 'a'))}) {
+    EXPECT_THROW(ReaderMessageOf(bytes), BadReaderMessage) << bytes.size();
+  }
+  const std::string many =
+      changed([](auto& message) { message.sideFiles.assign(4096, std::string(4095, 'a')); });
+  EXPECT_EQ(ReaderMessageOf(many).sideFiles.size(), 4096U);
+  const std::string longText =
+      changed([](auto& message) { message.remarks[0].text.assign(100'000, 'a'); });
+  EXPECT_EQ(ReaderMessageOf(longText).remarks[0].text.size(), 8192U);
+}
+
+TEST_F(ProgramTest, OfVeryManyRemarksTheTerminalShowsSome) {
+  std::string scene = R"({"format":"mapexport-scene","version":1,"root":{"children":[)";
+  for (int i = 0; i < 5000; ++i) {
+    std::string between;
+    for (int digits = i, k = 0; k < 5; ++k, digits /= 7) between += " ,;|/+&"[digits % 7];
+    scene +=
+        fmt::format(R"({}{{"userProperties":"climbable{}floorface"}})", i == 0 ? "" : ",", between);
+  }
+  Write(work_ / "a.scene.json", scene + "]}}");
+  const Outcome outcome = Run({"export", "a.scene.json", "a.kob", "--fresh", "--report", "r.json"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.err,
+              HasSubstr("warning: a.scene.json: 4990 more warnings like these (near-keyword)\n"));
+  EXPECT_LT(Lines(outcome.err), 20);
+  simdjson::dom::parser parser;
+  const auto warnings = parser.load((work_ / "r.json").string())["warnings"].get_array().value();
+  EXPECT_EQ(warnings.size(), 4096U);
+  EXPECT_EQ(warnings.at(4095)["count"].get_uint64().value(), 905U);
 }
 
 TEST_F(ProgramTest, ATerminalShowsTheStage) {

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include "app/DropCapabilities.h"
 #include "app/FilterCalls.h"
-#include "app/ForbidWriting.h"
+#include "app/RestrictFiles.h"
 
 namespace mapexport {
 namespace {
@@ -24,16 +24,6 @@ void CloseOthers(std::span<const int> kept) {
   closefrom(beyond);
 }
 
-/// Side files are read one by one. Whatever is open already may have a higher number.
-void LimitDescriptors() {
-  constexpr rlim_t kMost = 64;
-  rlimit limit{};
-  getrlimit(RLIMIT_NOFILE, &limit);
-  limit.rlim_max = std::min(limit.rlim_max, kMost);
-  limit.rlim_cur = std::min(limit.rlim_cur, kMost);
-  setrlimit(RLIMIT_NOFILE, &limit);  // lowering one always succeeds
-}
-
 /// Build farms keep secrets there, which reading needs none of. /proc shows the same bytes.
 void EraseEnvironment() {
   for (char** each = environ; each != nullptr && *each != nullptr; ++each) {
@@ -44,13 +34,16 @@ void EraseEnvironment() {
 
 }  // namespace
 
-Confinement ConfineReader(std::span<const int> kept) {
+Confinement ConfineReader(const std::string& scene, std::span<const int> kept,
+                          const ReaderLimits& limits) {
   CloseOthers(kept);
-  LimitDescriptors();
   EraseEnvironment();
+  LackingLimits lacking = LimitReader(limits);
   Confinement confinement;
+  confinement.limits = std::move(lacking.limits);
+  confinement.timer = std::move(lacking.timer);
   confinement.capabilities = DropCapabilities();
-  confinement.files = ForbidWriting();
+  confinement.files = RestrictFiles(scene);
   confinement.calls = FilterCalls();  // which forbids the others
   return confinement;
 }

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <seccomp.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include "app/AddressSanitizer.h"
@@ -78,6 +79,8 @@ class Filter {
       error_ = -EINVAL;
       return;
     }
+    // Of what it does itself when it loads a filter, the library loses the reason of a failure.
+    Note(seccomp_attr_set(filter_.get(), SCMP_FLTATR_CTL_NNP, 0));
     // Calls of other instruction sets' tables could have any meaning.
     Note(seccomp_attr_set(filter_.get(), SCMP_FLTATR_ACT_BADARCH, kEnd));
     Note(seccomp_attr_set(filter_.get(), SCMP_FLTATR_API_SYSRAWRC, 1));
@@ -114,6 +117,7 @@ class Filter {
 
 std::string FilterCalls() {
 #if defined(__LP64__) && (defined(__x86_64__) || defined(__aarch64__) || defined(__riscv))
+  if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) return ErrnoText(errno);
   Filter filter;
   for (const char* name : kAllowed) filter.Add(SCMP_ACT_ALLOW, name);
   for (const char* name : kAttacks) filter.Add(kEnd, name);
@@ -122,8 +126,9 @@ std::string FilterCalls() {
 
   filter.Add(SCMP_ACT_ALLOW, "open", Masked(1, kWriting, O_RDONLY));
   filter.Add(SCMP_ACT_ALLOW, "openat", Masked(2, kWriting, O_RDONLY));
-  for (const scmp_datum_t command :
-       {scmp_datum_t{F_GETFD}, scmp_datum_t{F_SETFD}, scmp_datum_t{F_GETFL}}) {
+  // A memory file that is sealed keeps what it says.
+  for (const scmp_datum_t command : {scmp_datum_t{F_GETFD}, scmp_datum_t{F_SETFD},
+                                     scmp_datum_t{F_GETFL}, scmp_datum_t{F_ADD_SEALS}}) {
     filter.Add(SCMP_ACT_ALLOW, "fcntl", Masked(1, kInt, command));
   }
   constexpr scmp_datum_t kBoth = PROT_WRITE | PROT_EXEC;

@@ -11,7 +11,7 @@ namespace mapexport {
 /// library may try in innocence fails with EPERM, and so does whatever is not known; most of what
 /// only an attack tries (a socket, a program, memory that is writable and executable) ends the
 /// process by SIGSYS. A filter sees no names: what is behind /proc, other processes' memory
-/// included, can be read like any file unless ForbidWriting is in force, too. Returns
+/// included, can be read like any file unless RestrictFiles is in force, too. Returns
 /// why the filter could not be set, and then nothing has changed but that no privileges can be
 /// gained; empty when it is in force.
 std::string FilterCalls();

@@ -16,18 +16,23 @@ const char* StateOf(const Confinement& confinement) {
   if (!confinement.calls.empty()) {
     return confinement.files.empty() ? "was only kept from writing files" : "was not confined";
   }
-  return confinement.files.empty() ? "kept root's rights"
-                                   : "was not kept from looking into other processes";
+  if (!confinement.files.empty()) return "was not kept from looking into other processes";
+  if (!confinement.limits.empty()) return "was not limited";
+  return confinement.timer.value_or("").empty() ? "kept root's rights"
+                                                : "might not have ended at its limits";
 }
 
 void WarnOfConfinement(const Confinement& confinement, const std::string& path,
                        Messages& messages) {
   std::string lacks;
-  for (const auto& [part, lack] : {std::pair("no filter of system calls", &confinement.calls),
-                                   std::pair("no Landlock", &confinement.files),
-                                   std::pair("capabilities", &confinement.capabilities)}) {
-    if (!lack->empty()) lacks += fmt::format("{}{}: {}", lacks.empty() ? "" : "; ", part, *lack);
-  }
+  const auto add = [&lacks](const char* part, const std::string& lack) {
+    if (!lack.empty()) lacks += fmt::format("{}{}: {}", lacks.empty() ? "" : "; ", part, lack);
+  };
+  add("no filter of system calls", confinement.calls);
+  add("no Landlock", confinement.files);
+  add("capabilities", confinement.capabilities);
+  add("limits", confinement.limits);
+  add("no timer", confinement.timer.value_or(""));
   if (lacks.empty()) return;
   messages.Warning("reader-not-confined", fmt::format("{}: was read by a process that {}: {}", path,
                                                       StateOf(confinement), lacks));
@@ -46,19 +51,16 @@ LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& sta
                                    source.path));
     }
     LoadedScene loaded{ReadSceneFile(source.path), {}, {}, {}};
+    std::vector<Remark> remarks;
     for (const NearKeyword& near : FindNearKeywords(loaded.scene)) {
-      messages.Warning("near-keyword", fmt::format("{}: {}", source.path, Describe(near)),
-                       near.count);
+      remarks.push_back({RemarkKind::kWarning, "near-keyword", Describe(near), near.count});
     }
+    messages.TellAll(source.path, std::move(remarks));
     return loaded;
   }
-  auto [imported, confinement] =
-      ReadForeignScene(source.path, source.import, source.seconds, begin);
+  auto [imported, confinement] = ReadForeignScene(source.path, source.import, source.seconds, begin);
   WarnOfConfinement(confinement, source.path, messages);
-  for (ImportRemark& remark : imported.remarks) {
-    remark.text = fmt::format("{}: {}", source.path, remark.text);
-    messages.Tell(std::move(remark));
-  }
+  messages.TellAll(source.path, std::move(imported.remarks));
   return {std::move(imported.scene), std::move(imported.leftOut), std::move(imported.sideFiles),
           std::move(confinement)};
 }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -12,9 +11,11 @@
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "app/MemoryLimit.h"
 #include "app/ReaderMessage.h"
 #include "app/ReaderProcess.h"
 #include "app/RunError.h"
@@ -50,12 +51,9 @@ Descriptor MakeMessageFile(const std::string& path) {
   return file;
 }
 
-/// What the reader wrote to the message file, up to `most` bytes of it; all or none of these.
-std::string MessageIn(int file, std::size_t most) {
-  const off_t end = lseek(file, 0, SEEK_CUR);  // the position is the reader's, too
-  if (end < 0) return {};
-  std::string bytes(std::min({static_cast<std::size_t>(end), most, std::size_t{kLongestMessage}}),
-                    '\0');
+/// The first bytes of the file; all or none of these.
+std::string BytesOf(int file, std::size_t wanted) {
+  std::string bytes(wanted, '\0');
   std::size_t size = 0;
   while (size < bytes.size()) {
     const ssize_t count =
@@ -64,6 +62,24 @@ std::string MessageIn(int file, std::size_t most) {
     size += static_cast<std::size_t>(count);
   }
   return bytes;
+}
+
+/// What the reader wrote to the message file, up to `most` bytes of it; all or none of these.
+std::string MessageIn(int file, std::size_t most) {
+  const off_t end = lseek(file, 0, SEEK_CUR);  // the position is the reader's, too
+  if (end < 0) return {};
+  return BytesOf(file,
+                 std::min({static_cast<std::size_t>(end), most, std::size_t{kLongestMessage}}));
+}
+
+/// What the reader said of itself before it read anything.
+Confinement ConfinementIn(int file) {
+  struct stat info {};
+  const int seals = fcntl(file, F_GET_SEALS);
+  if (seals < 0 || (seals & kSealed) != kSealed || fstat(file, &info) != 0) {
+    throw BadReaderMessage("the reader crashed on it (it did not say how it is confined)");
+  }
+  return ConfinementOf(BytesOf(file, static_cast<std::size_t>(info.st_size)));
 }
 
 /// The text of an error in the message file; what is too long is cut.
@@ -167,11 +183,23 @@ void RequireWritten(const std::string& path, int status, int messageFile) {
   Fail(path, fmt::format("the reader crashed on it (exit status {})", WEXITSTATUS(status)));
 }
 
+/// How many nodes and materials a scene file of that size may have. Each takes some hundred bytes
+/// of memory, and a few in a file that wants to do harm; one that somebody made has a name, a
+/// matrix, a mesh or a colour.
+std::uint64_t MostItems(std::uint64_t size) {
+  constexpr std::uint64_t kAlways = 65'536;
+  constexpr std::uint64_t kBytesOfOne = 32;
+  constexpr std::uint64_t kMemoryOfOne = 1024;
+  return kAlways + std::min(size / kBytesOfOne, MemoryLimit() / kMemoryOfOne);
+}
+
 /// Reads the scene file in memory; its errors name `path`.
 Scene ReadHandedOver(const std::string& path, int file) {
   const std::string opened = fmt::format("/proc/self/fd/{}", file);
+  struct stat info {};
+  if (fstat(file, &info) != 0) Fail(path, "can't be read: " + ErrnoText(errno));
   try {
-    return ReadSceneFile(opened);
+    return ReadSceneFile(opened, MostItems(static_cast<std::uint64_t>(info.st_size)));
   } catch (const SceneError& error) {
     std::string_view reason = error.what();
     if (reason.starts_with(opened)) reason.remove_prefix(opened.size());
@@ -184,12 +212,14 @@ Scene ReadHandedOver(const std::string& path, int file) {
 ForeignScene ReadForeignScene(const std::string& path, const ImportOptions& options,
                               std::uint32_t seconds,
                               const std::function<void(const char* name)>& stage) {
+  const Descriptor confinementFile = MakeMemoryFile(path, "confinement");
   const Descriptor sceneFile = MakeMemoryFile(path, "scene");
   const Descriptor messageFile = MakeMessageFile(path);
   Pipe pipe = MakePipe(path);
   const auto start = std::chrono::steady_clock::now();
   const pid_t reader =
-      StartReader(path, options, {sceneFile.Get(), messageFile.Get(), pipe.writing.Get()},
+      StartReader(path, options,
+                  {confinementFile.Get(), sceneFile.Get(), messageFile.Get(), pipe.writing.Get()},
                   LimitsOfReader(seconds));
   if (reader < 0) {
     Fail(path, fmt::format("can't be read: no process can be started: {}", ErrnoText(errno)));
@@ -204,12 +234,15 @@ ForeignScene ReadForeignScene(const std::string& path, const ImportOptions& opti
   }
   RequireWritten(path, end.status, messageFile.Get());
 
-  std::optional<ReaderMessage> message =
-      ReaderMessageOf(MessageIn(messageFile.Get(), kLongestMessage));
-  if (!message) Fail(path, "the reader crashed on it (its message is damaged)");
-  return {{ReadHandedOver(path, sceneFile.Get()), std::move(message->remarks),
-           std::move(message->leftOut), std::move(message->sideFiles)},
-          std::move(message->confinement)};
+  try {
+    Confinement confinement = ConfinementIn(confinementFile.Get());
+    ReaderMessage message = ReaderMessageOf(MessageIn(messageFile.Get(), kLongestMessage));
+    return {{ReadHandedOver(path, sceneFile.Get()), std::move(message.remarks),
+             std::move(message.leftOut), std::move(message.sideFiles)},
+            std::move(confinement)};
+  } catch (const BadReaderMessage& error) {
+    Fail(path, error.what());
+  }
 }
 
 }  // namespace mapexport

@@ -1,10 +1,26 @@
 #include "app/ReaderMessage.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <set>
+#include <utility>
+
+#include <fmt/format.h>
+#include <limits.h>
+
+#include "importer/LimitRemarks.h"
 
 namespace mapexport {
 namespace {
+
+// Ours are some dozens, and the terminal shows some remarks of each.
+constexpr std::size_t kMostCodes = 64;
+constexpr std::size_t kLongestCode = 64;
+
+[[noreturn]] void FailDamaged() {
+  throw BadReaderMessage("the reader crashed on it (its message is damaged)");
+}
 
 void PutNumber(std::string& bytes, std::uint64_t number) {
   char raw[sizeof number];
@@ -24,49 +40,69 @@ void PutRemarks(std::string& bytes, const ImportRemarks& remarks) {
     PutText(bytes, remark.code);
     PutText(bytes, remark.text);
     PutNumber(bytes, remark.count);
+    PutNumber(bytes, remark.stands);
   }
 }
 
-/// Takes the parts off the front of bytes. After the first that is not there, all are empty.
+/// Takes the parts off the front of bytes.
 class Parts {
  public:
   explicit Parts(std::string_view bytes) : rest_(bytes) {}
 
   std::uint64_t Number() {
     std::uint64_t number = 0;
-    const std::string_view raw = Take(sizeof number);
-    if (sound_) std::memcpy(&number, raw.data(), sizeof number);
+    std::memcpy(&number, Take(sizeof number).data(), sizeof number);
     return number;
   }
   std::string Text() { return std::string(Take(Number())); }
-
-  bool Sound() const { return sound_; }
-  bool AtEnd() const { return sound_ && rest_.empty(); }
+  void RequireEnd() const {
+    if (!rest_.empty()) FailDamaged();
+  }
 
  private:
   std::string_view Take(std::uint64_t size) {
-    sound_ = sound_ && size <= rest_.size();
-    if (!sound_) return {};
+    if (size > rest_.size()) FailDamaged();
     const std::string_view part = rest_.substr(0, size);
     rest_.remove_prefix(size);
     return part;
   }
 
   std::string_view rest_;
-  bool sound_ = true;
 };
 
 ImportRemarks RemarksOf(Parts& parts) {
   ImportRemarks remarks;
+  std::set<std::string> codes;
   const std::uint64_t count = parts.Number();
-  for (std::uint64_t i = 0; i < count && parts.Sound(); ++i) {
+  if (count > kMostRemarks) FailDamaged();
+  for (std::uint64_t i = 0; i < count; ++i) {
     ImportRemark& remark = remarks.emplace_back();
     remark.kind = parts.Number() == 0 ? RemarkKind::kNote : RemarkKind::kWarning;
     remark.code = parts.Text();
     remark.text = parts.Text();
     remark.count = parts.Number();
+    remark.stands = std::clamp<std::uint64_t>(parts.Number(), 1, UINT32_MAX);  // to be added up
+    codes.insert(remark.code);
+    if (remark.code.size() > kLongestCode || codes.size() > kMostCodes) FailDamaged();
   }
+  LimitRemarks(remarks);
   return remarks;
+}
+
+std::vector<std::string> SideFilesOf(Parts& parts) {
+  std::vector<std::string> files;
+  const std::uint64_t count = parts.Number();
+  if (count > kMostSideFiles) {
+    throw BadReaderMessage(fmt::format("is read from {} files, more than the {} that are allowed",
+                                       count, kMostSideFiles));
+  }
+  for (std::uint64_t i = 0; i < count; ++i) {
+    const std::string& file = files.emplace_back(parts.Text());
+    const bool canBePath =
+        !file.empty() && file.size() < PATH_MAX && file.find('\0') == std::string::npos;
+    if (!canBePath) FailDamaged();
+  }
+  return files;
 }
 
 }  // namespace
@@ -77,26 +113,42 @@ std::string ToBytes(const ReaderMessage& message) {
   PutRemarks(bytes, message.leftOut);
   PutNumber(bytes, message.sideFiles.size());
   for (const std::string& file : message.sideFiles) PutText(bytes, file);
-  PutText(bytes, message.confinement.calls);
-  PutText(bytes, message.confinement.files);
-  PutText(bytes, message.confinement.capabilities);
   return bytes;
 }
 
-std::optional<ReaderMessage> ReaderMessageOf(std::string_view bytes) {
+ReaderMessage ReaderMessageOf(std::string_view bytes) {
   ReaderMessage message;
   Parts parts(bytes);
   message.remarks = RemarksOf(parts);
   message.leftOut = RemarksOf(parts);
-  const std::uint64_t files = parts.Number();
-  for (std::uint64_t i = 0; i < files && parts.Sound(); ++i) {
-    message.sideFiles.push_back(parts.Text());
-  }
-  message.confinement.calls = parts.Text();
-  message.confinement.files = parts.Text();
-  message.confinement.capabilities = parts.Text();
-  if (!parts.AtEnd()) return std::nullopt;
+  message.sideFiles = SideFilesOf(parts);
+  parts.RequireEnd();
   return message;
+}
+
+std::string ToBytes(const Confinement& confinement) {
+  std::string bytes;
+  PutText(bytes, confinement.calls);
+  PutText(bytes, confinement.files);
+  PutText(bytes, confinement.capabilities);
+  PutText(bytes, confinement.limits);
+  PutNumber(bytes, confinement.timer ? 1 : 0);
+  PutText(bytes, confinement.timer.value_or(std::string()));
+  return bytes;
+}
+
+Confinement ConfinementOf(std::string_view bytes) {
+  Confinement confinement;
+  Parts parts(bytes);
+  confinement.calls = parts.Text();
+  confinement.files = parts.Text();
+  confinement.capabilities = parts.Text();
+  confinement.limits = parts.Text();
+  const bool hasTimer = parts.Number() != 0;
+  std::string timer = parts.Text();
+  if (hasTimer) confinement.timer = std::move(timer);
+  parts.RequireEnd();
+  return confinement;
 }
 
 }  // namespace mapexport

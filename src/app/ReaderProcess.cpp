@@ -1,6 +1,5 @@
 #include "app/ReaderProcess.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -10,18 +9,14 @@
 #include <ostream>
 #include <utility>
 
+#include <fcntl.h>
 #include <fmt/format.h>
-#include <limits.h>
 #include <signal.h>
-#include <sys/resource.h>
-#include <time.h>
 #include <unistd.h>
 
-#include "app/AddressSanitizer.h"
 #include "app/BecomeWorker.h"
 #include "app/ConfineReader.h"
 #include "app/FdOutput.h"
-#include "app/MemoryLimit.h"
 #include "app/ReaderMessage.h"
 #include "app/RunError.h"
 #include "app/SceneCensus.h"
@@ -30,17 +25,6 @@
 
 namespace mapexport {
 namespace {
-
-// A reader that was taken over can shut its ears to the signals that end it at its limits. So many
-// seconds later comes one that nobody can.
-constexpr std::uint32_t kGrace = 5;
-
-// Libraries take address space and hardly any memory: below that even small files could not be
-// read.
-constexpr std::uint64_t kLeastAddressSpace = std::uint64_t{512} << 20;
-
-// A scene file of 4 GiB or more is not read.
-constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
 
 [[noreturn]] void End(ReaderEnd end) {
   // Nothing is cleaned up: destroying what a damaged file led to can crash.
@@ -57,39 +41,6 @@ constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
   std::abort();
 }
 
-/// Lowers the limit for good. Of processor time, the kernel grants `grace` seconds after the
-/// signal.
-void SetLimit(__rlimit_resource resource, rlim_t wanted, rlim_t grace = 0) {
-  rlimit limit{};
-  getrlimit(resource, &limit);
-  limit.rlim_cur = std::min(limit.rlim_cur, wanted);
-  limit.rlim_max = std::min(limit.rlim_max, wanted + grace);
-  setrlimit(resource, &limit);  // lowering one always succeeds
-}
-
-/// Ends the process by SIGKILL in so many seconds.
-void EndIn(time_t seconds) {
-  sigevent event{};
-  event.sigev_notify = SIGEV_SIGNAL;
-  event.sigev_signo = SIGKILL;
-  timer_t timer{};
-  itimerspec when{};
-  when.it_value.tv_sec = seconds;
-  // Where there is no timer, the limits still end whoever heeds them.
-  if (timer_create(CLOCK_MONOTONIC, &event, &timer) == 0) timer_settime(timer, 0, &when, nullptr);
-}
-
-void SetLimits(const ReaderLimits& limits) {
-  SetLimit(RLIMIT_FSIZE, limits.fileSize);
-  if (limits.addressSpace != 0) SetLimit(RLIMIT_AS, limits.addressSpace);
-  if (limits.seconds == 0) return;
-  SetLimit(RLIMIT_CPU, limits.seconds, kGrace);
-  const unsigned patience =
-      limits.seconds > UINT_MAX / kPatience ? UINT_MAX : limits.seconds * kPatience;
-  alarm(patience);
-  EndIn(time_t{patience} + kGrace);
-}
-
 /// The errno of the first write that failed, 0 when none did.
 int WriteFile(int fd, const auto& write) {
   FdOutput output(fd);
@@ -103,8 +54,17 @@ int WriteMessage(int fd, std::string_view text) {
   return WriteFile(fd, [&](std::ostream& out) { out << text; });
 }
 
+/// Before the scene can have any say.
+void HandOver(const Confinement& confinement, const ReaderFiles& files) {
+  int error = WriteFile(files.confinement, [&](std::ostream& out) { out << ToBytes(confinement); });
+  if (error == 0 && fcntl(files.confinement, F_ADD_SEALS, kSealed) != 0) error = errno;
+  if (error == 0) return;
+  WriteMessage(files.message, ErrnoText(error));
+  End(ReaderEnd::kCannotHandOver);
+}
+
 [[noreturn]] void Read(const std::string& path, const ImportOptions& options,
-                       const ReaderFiles& files, Confinement confinement) {
+                       const ReaderFiles& files) {
   try {
     ImportOptions whole = options;
     whole.keepLibraryScene = true;
@@ -117,9 +77,9 @@ int WriteMessage(int fd, std::string_view text) {
     int error =
         WriteFile(files.scene, [&](std::ostream& out) { WriteSceneFile(imported.scene, out); });
     if (error == 0) {
-      error = WriteMessage(files.message,
-                           ToBytes({std::move(imported.remarks), std::move(imported.leftOut),
-                                    std::move(imported.sideFiles), std::move(confinement)}));
+      error = WriteMessage(files.message, ToBytes(ReaderMessage{std::move(imported.remarks),
+                                                                std::move(imported.leftOut),
+                                                                std::move(imported.sideFiles)}));
     }
     if (error == 0) End(ReaderEnd::kRead);
     std::string reason = ErrnoText(error);
@@ -139,19 +99,6 @@ int WriteMessage(int fd, std::string_view text) {
 
 }  // namespace
 
-ReaderLimits LimitsOfReader(std::uint32_t seconds) {
-  ReaderLimits limits;
-  limits.seconds = seconds;
-  const std::uint64_t memory = MemoryLimit();
-  limits.fileSize = std::min(memory / 4, kLargestSceneFile);
-  // AddressSanitizer takes terabytes of it.
-  if (!kAddressSanitizer) {
-    limits.addressSpace =
-        std::max(memory / 4 * 3, kLeastAddressSpace + kLongestMessage) - kLongestMessage;
-  }
-  return limits;
-}
-
 pid_t StartReader(const std::string& path, const ImportOptions& options, const ReaderFiles& files,
                   const ReaderLimits& limits) {
   // An inherited "ignore" would keep its end from us.
@@ -161,12 +108,12 @@ pid_t StartReader(const std::string& path, const ImportOptions& options, const R
   if (pid != 0) return pid;
 
   BecomeWorker(parent);
-  SetLimits(limits);
   std::set_terminate(EndOnTerminate);
   // The import library reads numbers, and makes names of some, as the language in force has them.
   std::locale::global(std::locale::classic());
-  Confinement confinement = ConfineReader(std::array{files.scene, files.message, files.stage});
-  Read(path, options, files, std::move(confinement));
+  const std::array kept{files.confinement, files.scene, files.message, files.stage};
+  HandOver(ConfineReader(path, kept, limits), files);
+  Read(path, options, files);
 }
 
 }  // namespace mapexport

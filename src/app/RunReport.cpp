@@ -1,5 +1,6 @@
 #include "app/RunReport.h"
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <string_view>
@@ -28,6 +29,8 @@ void WriteConfinement(JsonStream& json, const Confinement& confinement) {
   WriteMember(json, "seccomp", state(confinement.calls));
   WriteMember(json, "landlock", state(confinement.files));
   WriteMember(json, "capabilities", state(confinement.capabilities));
+  WriteMember(json, "limits", state(confinement.limits));
+  WriteMember(json, "timer", confinement.timer ? state(*confinement.timer) : "no time limit");
   json.Close('}');
 }
 
@@ -83,7 +86,9 @@ void WriteLeftOut(JsonStream& json, std::span<const Remark> byImporter,
   for (const std::span<const Remark> list : {byImporter, remarks}) {
     for (const Remark& remark : list) {
       const std::string_view code = remark.code;
-      if (code.starts_with(kLeftOut)) counts[code.substr(kLeftOut.size())] += remark.count;
+      if (!code.starts_with(kLeftOut)) continue;
+      std::uint64_t& count = counts[code.substr(kLeftOut.size())];
+      count += std::min(remark.count, UINT64_MAX - count);
     }
   }
   json.Key("leftOut");
