@@ -25,6 +25,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "app/ReadSeconds.h"
 #include "app/ReaderMessage.h"
 #include "support/ProgramRun.h"
 
@@ -622,6 +623,24 @@ TEST_F(ProgramTest, OfVeryManyRemarksTheTerminalShowsSome) {
   const auto warnings = parser.load((work_ / "r.json").string())["warnings"].get_array().value();
   EXPECT_EQ(warnings.size(), 4096U);
   EXPECT_EQ(warnings.at(4095)["count"].get_uint64().value(), 905U);
+}
+
+TEST_F(ProgramTest, TheTimeToReadFollowsTheSize) {
+  for (const auto& [name, size, seconds] : {std::tuple{"missing.fbx", -1, 5U},
+                                            {"a.fbx", 0, 5U},
+                                            {"a.fbx", 1, 6U},
+                                            {"a.fbx", 4'000'000, 6U},
+                                            {"a.fbx", 4'000'001, 7U},
+                                            {"a.obj", 2'000'000'000, 45U},
+                                            {"a.GLTF", 1, 45U},
+                                            {"a.lws", 1, 45U},
+                                            {"a.glb", 1, 6U}}) {
+    if (size >= 0) {
+      Write(work_ / name, "");
+      fs::resize_file(work_ / name, static_cast<std::uintmax_t>(size));
+    }
+    EXPECT_EQ(ReadSeconds(work_ / name), seconds) << name << size;
+  }
 }
 
 TEST_F(ProgramTest, ATerminalShowsTheStage) {

@@ -129,7 +129,7 @@ SceneSource SceneOf(const CommandLine& line) {
   scene.path = Positional(line, 0);
   if (const auto up = line.Value("up")) scene.import.up = UpAxisOf(line, *up);
   if (const auto scale = line.Value("scale")) scene.import.scale = ScaleOf(line, *scale);
-  scene.seconds = WholeNumber(line, "read-limit").value_or(kReadSeconds);
+  scene.seconds = WholeNumber(line, "read-limit");
   return scene;
 }
 

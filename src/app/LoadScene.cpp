@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "app/ReadForeignScene.h"
+#include "app/ReadSeconds.h"
 #include "scene/NearKeywords.h"
 #include "scene/SceneFile.h"
 
@@ -58,7 +59,8 @@ LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& sta
     messages.TellAll(source.path, std::move(remarks));
     return loaded;
   }
-  auto [imported, confinement] = ReadForeignScene(source.path, source.import, source.seconds, begin);
+  const std::uint32_t seconds = source.seconds ? *source.seconds : ReadSeconds(source.path);
+  auto [imported, confinement] = ReadForeignScene(source.path, source.import, seconds, begin);
   WarnOfConfinement(confinement, source.path, messages);
   messages.TellAll(source.path, std::move(imported.remarks));
   return {std::move(imported.scene), std::move(imported.leftOut), std::move(imported.sideFiles),

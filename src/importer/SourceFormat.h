@@ -1,6 +1,7 @@
 // The formats that need rules of their own.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace mapexport {
@@ -27,6 +28,10 @@ SourceFormat FormatOfReader(std::string_view reader);
 
 /// Whether z points up in what arrives; y does in all others.
 bool IsZUp(SourceFormat format);
+
+/// Whether `path` names a format, by its extension, that keeps the scene's geometry in other files,
+/// so that its own size tells nothing. Materials, textures and animations beside it don't count.
+bool HasDataBeside(const std::string& path);
 
 /// Whether lengths of this format arrive in metres.
 bool IsInMetres(SourceFormat format);
