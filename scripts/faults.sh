@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
 # Shows that the program can be left alone: lets every single call of a small export fail (opening,
 # writing, syncing, renaming, allocating, ...), ends exports at every call and at random moments, takes
-# away disk, rights and memory, and lets two exports meet. After each run the exit status, standard error,
+# away disk, rights and memory, lets two exports meet, and takes over the process that reads a foreign scene,
+# which then attacks. After each run the exit status, standard error,
 # outputs, settings and left-overs must be as promised. Ends with 1 on any finding and keeps what is needed
-# to repeat it. Takes some 15 minutes: faults.sh [--seed N] [--parts calls,surroundings,kills,memory]
+# to repeat it. Takes some 20 minutes: faults.sh [--seed N] [--parts calls,surroundings,kills,memory,takeover]
 # [--kinds LIST] [--only WORD]. --quick tries some of it, as the test does.
 #
 # A whole run writes build/robustness/faults.tsv: what was tried, inputs, findings, how.
-# MAPEXPORT and MAPEXPORT_FAILING_CALL name the program to try and the library that lets calls fail; unless
-# given, the release build is brought up to date.
+# MAPEXPORT, MAPEXPORT_FAILING_CALL and MAPEXPORT_TAKEN_OVER name the program to try, the library that lets calls
+# fail and the one that takes the reader over; unless given, the release build is brought up to date.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -20,9 +21,10 @@ if [[ -z ${MAPEXPORT:-} ]]; then
   (
     cd -- "$root"
     cmake --preset release -DMAPEXPORT_TESTS=ON >/dev/null
-    cmake --build --preset release --target mapexport mapexport-plugin failing-call >/dev/null
+    cmake --build --preset release --target mapexport mapexport-plugin failing-call taken-over >/dev/null
   )
 fi
 [[ $# -gt 0 ]] || set -- --table "$root/build/robustness/faults.tsv"
 exec python3 -B "$root/scripts/faults" "${MAPEXPORT:-$root/build/release/bin/mapexport}" \
-  "${MAPEXPORT_FAILING_CALL:-$root/build/release/tests/failing-call.so}" "$@"
+  "${MAPEXPORT_FAILING_CALL:-$root/build/release/tests/failing-call.so}" \
+  "${MAPEXPORT_TAKEN_OVER:-$root/build/release/tests/taken-over.so}" "$@"

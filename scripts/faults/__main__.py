@@ -1,6 +1,6 @@
 """Shows what the program does when calls fail and surroundings are bad; scripts/faults.sh tells more.
 
-    faults PROGRAM LIBRARY [--quick] [--seed N] [--only WORD] [--parts LIST] [--table FILE]
+    faults PROGRAM LIBRARY TAKEOVER [--quick] [--seed N] [--only WORD] [--parts LIST] [--table FILE]
 """
 import argparse
 import os
@@ -14,6 +14,7 @@ from calls import Calls
 from kills import Kills, write_grid
 from runs import Tally
 from surroundings import Memory, Surroundings
+from takeover import TakeOver
 
 
 def sanitizer_of(program):
@@ -41,11 +42,12 @@ def main():
     parser = argparse.ArgumentParser(prog="faults")
     parser.add_argument("program", type=os.path.realpath)
     parser.add_argument("library", type=os.path.realpath)
+    parser.add_argument("takeover", type=os.path.realpath)
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--seed", type=int, default=0)
     parser.add_argument("--only", default="")
     parser.add_argument("--kinds", default="")
-    parser.add_argument("--parts", default="calls,surroundings,kills,memory")
+    parser.add_argument("--parts", default="calls,surroundings,kills,memory,takeover")
     parser.add_argument("--table", type=pathlib.Path)
     given = parser.parse_args()
 
@@ -59,6 +61,9 @@ def main():
     # What is to be preloaded is cut at blanks, which the build folder's path may hold.
     library = shutil.copy(given.library, top)
     require_in_force(given.program, library, sanitizer, top)
+    if "takeover" in parts and given.only in "takeover":
+        TakeOver(given.program, shutil.copy(given.takeover, top), sanitizer, tally,
+                 given.seed).try_all(given.quick, 40 if given.quick else 10_000)
     if "calls" in parts:
         Calls(given.program, library, sanitizer, tally).try_all(
             given.quick, given.only, given.kinds.split(",") if given.kinds else None)
