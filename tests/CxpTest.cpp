@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "materials/LoadCxp.h"
@@ -133,9 +134,11 @@ TEST_F(LoadCxpTest, AppendsTheNamesOfTheFile) {
 }
 
 TEST_F(LoadCxpTest, TellsTheLogOfAFileThatCannotBeRead) {
+  ASSERT_EQ(mkfifo((folder_ + "/pipe").c_str(), 0600), 0);
   // The last one can be opened all the same.
   for (const std::string& path :
-       {folder_ + "/missing.cxp", folder_, std::string(), std::string("/proc/self/mem")}) {
+       {folder_ + "/missing.cxp", folder_, folder_ + "/pipe", std::string("/dev/zero"),
+        std::string(), std::string("/proc/self/mem")}) {
     system_.debugOutput.clear();
     Load(path);
     EXPECT_EQ(system_.debugOutput, "Could not load CXP file " + path + "\n");

@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -435,6 +437,79 @@ TEST_F(ProgramTest, InspectTellsOfDamage) {
     EXPECT_EQ(converted.status, 1);
     EXPECT_EQ(converted.err, outcome.err);
     EXPECT_FALSE(fs::exists(work_ / "a.gltf"));
+  }
+}
+
+void EndSoon() {
+  alarm(30);
+}
+
+TEST_F(ProgramTest, TheSizeAndTheBeginningOfAFileComeFirst) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "AddressSanitizer needs the address space";
+#endif
+  struct Case {
+    const char* file;
+    std::string beginning;
+    std::uintmax_t gibibytes;
+    const char* reason;
+  };
+  const std::vector<Case> cases{
+      {"large.scene.json", "", 5, "is too large, a scene file has at most 4294967295 bytes"},
+      {"zeros.scene.json", "", 3, "line 1, column 1: a value was expected"},
+      {"mark.scene.json", "\xEF\xBB\xBF\n x", 3, "line 2, column 2: a value was expected"},
+      {"list.scene.json", "[1,\n2 3", 3, "line 2, column 3: \",\" or \"]\" was expected"},
+      {"wide.scene.json", "\xFF\xFE{", 3, "is UTF-16; a scene file is UTF-8"},
+      {"zeros.kob", "", 3, "offset 0: startTag: must be the text \"BeginModel\""},
+  };
+  for (const auto& [file, beginning, gibibytes, reason] : cases) {
+    SCOPED_TRACE(file);
+    Write(work_ / file, beginning);
+    fs::resize_file(work_ / file, gibibytes << 30);
+    const char* const command = std::string(file).ends_with(".kob") ? "inspect" : "scene";
+    const Outcome outcome = Run({command, file}, [] {
+      const rlimit limit{512 << 20, 512 << 20};
+      setrlimit(RLIMIT_AS, &limit);
+      EndSoon();
+    });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(Lines(outcome.err), 1);
+    EXPECT_THAT(outcome.err, AllOf(HasSubstr(file), HasSubstr(reason)));
+  }
+}
+
+TEST_F(ProgramTest, PipesAndDevicesAreNotWaitedFor) {
+  ASSERT_EQ(mkfifo((work_ / "pipe.scene.json").c_str(), 0600), 0);
+  fs::create_symlink("/dev/zero", work_ / "zero.scene.json");
+  for (const std::string file : {"pipe.scene.json", "zero.scene.json"}) {
+    SCOPED_TRACE(file);
+    for (const Outcome& outcome :
+         {Run({"export", file, "a.qob"}, EndSoon), Run({"scene", file}, EndSoon),
+          Export("a.qob", {"--settings", file}, EndSoon)}) {
+      EXPECT_EQ(outcome.status, 1);
+      EXPECT_EQ(Lines(outcome.err), 1);
+      EXPECT_THAT(outcome.err, AllOf(HasSubstr(file + ": "), HasSubstr("not a regular file")));
+    }
+    EXPECT_FALSE(fs::exists(work_ / "a.qob"));
+    const Outcome cxp = Export("cxp.qob", {"--fresh", "--quiet", "--cxp", file}, EndSoon);
+    EXPECT_EQ(cxp.status, 0);
+    EXPECT_THAT(cxp.err, HasSubstr(file + ": the CXP database cannot be read"));
+  }
+  // Standard input is waited for, whatever it is.
+  ASSERT_EQ(Export("a.qob", {"--fresh", "--seed", "1"}).status, 0);
+  const auto pipeScene = [] {
+    int ends[2];
+    if (pipe(ends) != 0 || write(ends[1], kScene, strlen(kScene)) < 0) _exit(98);
+    close(ends[1]);
+    dup2(ends[0], STDIN_FILENO);
+  };
+  const auto openScene = [this] { dup2(open(scene_.c_str(), O_RDONLY), STDIN_FILENO); };
+  fs::create_symlink("/dev/stdin", work_ / "input.scene.json");
+  for (const std::function<void()>& prepare : {std::function<void()>(pipeScene), {openScene}}) {
+    for (const std::string file : {"/dev/stdin", "input.scene.json"}) {
+      EXPECT_EQ(Run({"export", file, "b.qob", "--fresh", "--seed", "1"}, prepare).status, 0);
+      EXPECT_EQ(Content(work_ / "b.qob"), Content(work_ / "a.qob"));
+    }
   }
 }
 

@@ -509,6 +509,8 @@ struct Chunk {
   std::uint32_t id;
   std::string_view name;
 };
+inline constexpr std::string_view kStartTag = "BeginModel";
+inline constexpr std::string_view kEndTag = "EndModel";
 inline constexpr Chunk kMaterialChunk{"materialChunk", 8, "MaterialList"};
 inline constexpr Chunk kGeometryChunk{"geometryChunk", 7, "GeometryList"};
 
@@ -745,8 +747,7 @@ void ReadModel(In& in, Records<Material>& materials, Records<Group>& groups, Sin
       in.GiveUp();
     }
   };
-  constexpr std::string_view kEndTag = "EndModel";
-  readTag("BeginModel", Fault::kNoStartTag, "startTag");
+  readTag(kStartTag, Fault::kNoStartTag, "startTag");
 
   // Batches can be judged by the count even when a material can't be read.
   std::optional<std::uint32_t> materialCount;

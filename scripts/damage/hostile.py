@@ -62,6 +62,15 @@ def fifo(name):
     return lambda folder: os.mkfifo(folder / name)
 
 
+def sparse(name, gibibytes, beginning=b""):
+    """A scene of that size which takes no space: zeros behind its beginning."""
+    def make(folder):
+        (folder / name).write_bytes(beginning)
+        os.truncate(folder / name, gibibytes << 30)
+        return name
+    return make
+
+
 def link(name, target):
     return lambda folder: (folder / name).symlink_to(target)
 
@@ -189,6 +198,16 @@ CASES = [
      or "a.gltf"),
     ("a scene that is a folder", REFUSED, "", lambda folder: (folder / "a.gltf").mkdir()
      or "a.gltf"),
+    ("a scene file that is a pipe", REFUSED, "not a regular file",
+     lambda folder: fifo("a.scene.json")(folder) or "a.scene.json"),
+    ("a scene file that is a device", REFUSED, "not a regular file",
+     lambda folder: link("a.scene.json", "/dev/zero")(folder) or "a.scene.json"),
+    ("a scene file of 5 GiB", REFUSED, "too large", sparse("a.scene.json", 5)),
+    ("a scene file of 3 GiB of zeros", REFUSED, "line 1, column 1", sparse("a.scene.json", 3)),
+    ("a scene file of 3 GiB that begins as a list", REFUSED, "line 1, column 2",
+     sparse("a.scene.json", 3, b"[")),
+    ("glTF names with escapes and line ends", SOUND, "8 control characters", write(
+        "a.gltf", gltf(nodes=[{"mesh": 0, "name": "\n" + ESCAPES + "\t"}]))),
     ("a file name with escapes and line ends", REFUSED, "", named("a\n" + ESCAPES + ".obj")),
     ("a file name with escapes, of FBX", REFUSED, "", write("a\n" + ESCAPES + ".fbx", "Kaydara")),
     ("a file name that is not UTF-8", REFUSED, "", lambda folder: named(

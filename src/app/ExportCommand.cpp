@@ -83,6 +83,10 @@ SettingsStore OpenSettings(Run& run) {
         "neither XDG_CONFIG_HOME nor HOME names a folder: the settings are not remembered");
     return SettingsStore::InMemory();
   }
+  std::error_code unknown;
+  if (fs::is_other(fs::status(path, unknown))) {
+    throw RunError(fmt::format("{}: the settings file is not a regular file", path));
+  }
   SettingsStore settings = SettingsStore::Open(path);
   if (!settings.Warning().empty()) {
     run.messages.Warning("settings-unreadable", settings.Warning());

@@ -43,7 +43,8 @@ void WarnOfConfinement(const Confinement& confinement, const std::string& path,
 
 LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& stages) {
   const auto begin = [&stages](const char* stage) { stages.Begin(stage); };
-  if (IsSceneFile(source.path)) {
+  // What is piped in has no name to know it by.
+  if (IsSceneFile(source.path) || source.path == "/dev/stdin") {
     begin("reading");
     if (source.import.up != UpAxis::kAuto || source.import.scale) {
       messages.Warning("option-without-effect",

@@ -16,9 +16,11 @@ namespace mapexport {
 namespace {
 
 bool OpenForReading(const char* path, std::filebuf& file) {
-  // A folder can be opened on some platforms, but never read.
+  // Opening or reading a pipe or a device may never end; a folder can be opened on some platforms.
   std::error_code unknown;
-  return !std::filesystem::is_directory(path, unknown) && file.open(path, std::ios::in) != nullptr;
+  const std::filesystem::file_status status = std::filesystem::status(path, unknown);
+  const bool isOther = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+  return !isOther && file.open(path, std::ios::in) != nullptr;
 }
 
 bool ReadFile(const char* path, TextureNames& names) {

@@ -1,5 +1,6 @@
 #include "modelreader/LoadBytes.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <system_error>
@@ -13,6 +14,7 @@ namespace mapexport {
 namespace {
 
 constexpr std::uint64_t kTooManyBytes = std::uint64_t{1} << 32;
+constexpr std::uint64_t kBeginning = 64;
 
 class Descriptor {
  public:
@@ -50,7 +52,9 @@ std::int64_t ReadFully(int file, std::byte* data, std::size_t size) {
 
 }  // namespace
 
-std::optional<LoadedBytes> LoadBytes(const std::string& path, ProblemList& problems) {
+std::optional<LoadedBytes> LoadBytes(const std::string& path,
+                                     bool (*isWanted)(std::span<const std::byte> beginning),
+                                     ProblemList& problems) {
   // Without O_NONBLOCK, opening a pipe would wait for its writer.
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
@@ -70,13 +74,21 @@ std::optional<LoadedBytes> LoadBytes(const std::string& path, ProblemList& probl
     return std::nullopt;
   }
 
-  LoadedBytes bytes{std::make_unique_for_overwrite<std::byte[]>(size), 0};
-  const std::int64_t count = ReadFully(file.Value(), bytes.data.get(), size);
-  if (count < 0) {
-    problems.AddToFile(ModelProblemCode::kCannotRead, SystemMessage(errno));
-    return std::nullopt;
+  // First the beginning, then the whole file.
+  LoadedBytes bytes;
+  for (const std::uint64_t wanted : {std::min(size, kBeginning), size}) {
+    auto data = std::make_unique_for_overwrite<std::byte[]>(wanted);
+    std::ranges::copy(bytes.View(), data.get());
+    bytes.data = std::move(data);
+    const std::int64_t count =
+        ReadFully(file.Value(), bytes.data.get() + bytes.size, wanted - bytes.size);
+    if (count < 0) {
+      problems.AddToFile(ModelProblemCode::kCannotRead, SystemMessage(errno));
+      return std::nullopt;
+    }
+    bytes.size += static_cast<std::size_t>(count);
+    if (bytes.size == size || !isWanted(bytes.View())) break;
   }
-  bytes.size = static_cast<std::size_t>(count);
   return bytes;
 }
 

@@ -20,6 +20,9 @@ struct LoadedBytes {
 
 /// Reads the regular file at `path`, which must be smaller than 4 GiB. When that fails, a problem
 /// says why. The bytes are a copy: a file that another program shortens meanwhile does no harm.
-std::optional<LoadedBytes> LoadBytes(const std::string& path, ProblemList& problems);
+/// When `isWanted` refuses the first bytes (at most 64), the rest is not read.
+std::optional<LoadedBytes> LoadBytes(const std::string& path,
+                                     bool (*isWanted)(std::span<const std::byte> beginning),
+                                     ProblemList& problems);
 
 }  // namespace mapexport

@@ -43,14 +43,20 @@ ModelCheckResult CheckModelBytes(std::span<const std::byte> bytes, ModelLayout l
   return result;
 }
 
-/// What `read` makes of the bytes of the file at `path`. When they can't be had, that is the only
-/// problem.
+bool BeginsAsModel(std::span<const std::byte> beginning) {
+  ProblemList unused;
+  return StrictSource({beginning.data(), beginning.size()}, ModelLayout::kKob, unused)
+      .StandsAt(0, reader::detail::kStartTag);
+}
+
+/// What `read` makes of the bytes of the file at `path`. Without the start tag these are the first
+/// ones alone, as nothing else counts then. When the bytes can't be had, that is the only problem.
 template <class Result>
 Result ReadFile(const std::string& path, ModelLayout layout,
                 Result (*read)(std::span<const std::byte>, ModelLayout)) {
   ProblemList problems;
   try {
-    const std::optional<LoadedBytes> bytes = LoadBytes(path, problems);
+    const std::optional<LoadedBytes> bytes = LoadBytes(path, BeginsAsModel, problems);
     if (bytes) return read(bytes->View(), layout);
   } catch (const std::bad_alloc&) {  // all that was read is given back by now
     problems.AddToFile(ModelProblemCode::kNoMemory);

@@ -1,15 +1,18 @@
-// Reads a file of any kind (pipes too) into one block.
+// Reads a regular file, or standard input, into one block.
 #include "scene/FileText.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <system_error>
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <simdjson.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "scene/SceneError.h"
 
@@ -21,41 +24,80 @@ constexpr std::size_t kLargestFile = simdjson::SIMDJSON_MAXSIZE_BYTES;
 constexpr std::size_t kFirstBlock = 64 * 1024;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-[[noreturn]] void FailWithErrno(const std::string& path) {
+[[noreturn]] void FailWithErrno(const std::string& path, int error) {
   throw SceneError(
-      fmt::format("{}: can't be read: {}", path, std::generic_category().message(errno)));
+      fmt::format("{}: can't be read: {}", path, std::generic_category().message(error)));
+}
+
+[[noreturn]] void FailTooLarge(const std::string& path) {
+  throw SceneError(
+      fmt::format("{}: is too large, a scene file has at most {} bytes", path, kLargestFile));
+}
+
+bool IsStandardInput(const struct stat& status) {
+  struct stat input {};
+  return fstat(STDIN_FILENO, &input) == 0 && input.st_dev == status.st_dev &&
+         input.st_ino == status.st_ino;
+}
+
+struct OpenFile {
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file;
+  std::uint64_t size;  ///< 0 when it is no regular file
+};
+
+OpenFile Open(const std::string& path) {
+  // Without O_NONBLOCK, opening a pipe would wait for its writer.
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (descriptor < 0) FailWithErrno(path, errno);
+  OpenFile opened{{fdopen(descriptor, "rb"), &std::fclose}, 0};
+  if (opened.file == nullptr) {
+    const int error = errno;
+    close(descriptor);
+    FailWithErrno(path, error);
+  }
+  struct stat status {};
+  if (fstat(descriptor, &status) != 0) FailWithErrno(path, errno);
+  if (S_ISDIR(status.st_mode)) FailWithErrno(path, EISDIR);
+  if (S_ISREG(status.st_mode)) {
+    opened.size = static_cast<std::uint64_t>(status.st_size);
+    if (opened.size > kLargestFile) FailTooLarge(path);
+  } else if (!IsStandardInput(status)) {
+    throw SceneError(path + ": is not a regular file");
+  } else if (fcntl(descriptor, F_SETFL, 0) != 0) {  // it is waited for
+    FailWithErrno(path, errno);
+  }
+  return opened;
+}
+
+std::string_view WithoutMark(std::string_view text) {
+  return text.starts_with(kByteOrderMark) ? text.substr(kByteOrderMark.size()) : text;
 }
 
 }  // namespace
 
-FileText::FileText(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
-                                                             &std::fclose);
-  if (file == nullptr) FailWithErrno(path);
-  // The size is a hint only: a pipe has none, and a file may grow while it is read. One byte more
-  // lets the end show without another block.
-  std::error_code noSize;
-  const std::uintmax_t sizeHint = std::filesystem::file_size(path, noSize);
-  Grow(noSize ? kFirstBlock : std::min<std::uintmax_t>(sizeHint, kLargestFile) + 1);
-  while (true) {
+FileText::FileText(const std::string& path, CheckBeginning check) {
+  const auto [file, size] = Open(path);
+  // All of a small file, or as much as the check wants to see.
+  Grow(kFirstBlock);
+  for (bool isFirst = true;; isFirst = false) {
     const std::size_t room = capacity_ - size_;
     errno = 0;
     const std::size_t count = std::fread(bytes_.get() + size_, 1, room, file.get());
     size_ += count;
-    if (size_ > kLargestFile) {
-      throw SceneError(
-          fmt::format("{}: is too large, a scene file has at most {} bytes", path, kLargestFile));
+    const std::string_view text(bytes_.get(), size_);
+    if (isFirst && (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))) {
+      throw SceneError(path + ": is UTF-16; a scene file is UTF-8");
     }
+    if (size_ > kLargestFile) FailTooLarge(path);
     if (count < room) break;
-    Grow(std::max(kFirstBlock, size_ * 2));
+    if (isFirst && check != nullptr) check(path, WithoutMark(text));
+    // The size is a hint only: a pipe has none, and a file may grow while it is read. One byte more
+    // lets the end show without another block.
+    Grow(std::max<std::size_t>(isFirst ? size + 1 : 0, size_ * 2));
   }
-  if (std::ferror(file.get()) != 0) FailWithErrno(path);
+  if (std::ferror(file.get()) != 0) FailWithErrno(path, errno);
   bytes_[size_] = '\0';
-  const std::string_view text(bytes_.get(), size_);
-  if (text.starts_with(kByteOrderMark)) start_ = kByteOrderMark.size();
-  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
-    throw SceneError(path + ": is UTF-16; a scene file is UTF-8");
-  }
+  start_ = size_ - WithoutMark({bytes_.get(), size_}).size();
 }
 
 // Makes room for `capacity` bytes of the file.

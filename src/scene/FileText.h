@@ -12,10 +12,14 @@ namespace mapexport {
 /// memory.
 class FileText {
  public:
-  /// Reads the file at `path`, which may be a pipe: its writer is waited for, until it has closed
-  /// the pipe. Throws SceneError when the file can't be read, holds 4 GiB or more, or begins as
-  /// UTF-16.
-  explicit FileText(const std::string& path);
+  /// Throws to refuse the file at `path` because of its first bytes.
+  using CheckBeginning = void (*)(const std::string& path, std::string_view beginning);
+
+  /// Reads the file at `path`: a regular file, or what is standard input, be it a pipe, whose
+  /// writer is waited for until it has closed the pipe. Of a file longer than 64 KiB, `check` sees
+  /// the first 64 KiB before the rest is read. Throws SceneError when the file can't be read, holds
+  /// 4 GiB or more (a regular file's size is asked for before it is read), or begins as UTF-16.
+  explicit FileText(const std::string& path, CheckBeginning check = nullptr);
 
   std::string_view View() const { return {bytes_.get() + start_, size_ - start_}; }
 

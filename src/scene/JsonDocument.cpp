@@ -17,7 +17,27 @@ namespace {
 // this is done when the program is loaded, while there is nothing to lose.
 [[maybe_unused]] const std::string kChosen = simdjson::get_active_implementation()->name();
 
+constexpr std::string_view kBlanks = " \t\r\n";
+
+// A number, word or character that is cut there can look like a defect.
+constexpr std::size_t kCutToken = 8;
+
+[[noreturn]] void FailAt(const std::string& file, std::string_view text, std::size_t offset,
+                         const char* defect) {
+  throw SceneError(fmt::format("{}: {}: {}", file, TextPlace(text, offset), defect));
+}
+
 }  // namespace
+
+void JsonDocument::CheckBeginning(const std::string& file, std::string_view beginning) {
+  const std::size_t first = beginning.find_first_not_of(kBlanks);
+  // Of an object, wrong values come before what is broken behind them.
+  if (first == std::string_view::npos || beginning[first] == '{') return;
+  const JsonSyntax syntax = CheckJsonDocument(beginning);
+  if (syntax.defect != nullptr && syntax.end + kCutToken < beginning.size()) {
+    FailAt(file, beginning, syntax.end, syntax.defect);
+  }
+}
 
 JsonDocument::JsonDocument(const std::string& file, const FileText& text, std::size_t maxDepth)
     : file_(file), text_(text.View()), lists_(text_), rest_(lists_.TakeRest()) {
@@ -33,7 +53,7 @@ simdjson::ondemand::object JsonDocument::Start() {
   if (error == simdjson::SUCCESS) return object;
   if (error != simdjson::INCORRECT_TYPE) FailSyntax(error);
   const std::string_view sound = Check(CheckJsonDocument, rest_.data());
-  const char first = sound[sound.find_first_not_of(" \t\r\n")];
+  const char first = sound[sound.find_first_not_of(kBlanks)];
   Fail(JsonPlace(), fmt::format("the document must be an object, not {}", JsonKind(first)));
 }
 
@@ -61,8 +81,7 @@ std::string_view JsonDocument::Check(JsonSyntax (*check)(std::string_view),
   const JsonSyntax syntax = check(text_.substr(offset));
   if (syntax.defect == nullptr) return text_.substr(offset, syntax.end);
 
-  throw SceneError(
-      fmt::format("{}: {}: {}", file_, TextPlace(text_, offset + syntax.end), syntax.defect));
+  FailAt(file_, text_, offset + syntax.end, syntax.defect);
 }
 
 }  // namespace mapexport

@@ -23,6 +23,10 @@ namespace mapexport {
 /// reads goes through CheckJsonValue, so that no broken document is taken for a sound one.
 class JsonDocument {
  public:
+  /// Throws what is wrong with the beginning of a text that goes on, when it is broken and no
+  /// object begins there: a whole file of something else isn't worth reading.
+  static void CheckBeginning(const std::string& file, std::string_view beginning);
+
   /// `text` is the file's, and must live as long as the document. `maxDepth` is the deepest nesting
   /// of arrays and objects that is going to be read; ignored members may be deeper. It is no limit.
   JsonDocument(const std::string& file, const FileText& text, std::size_t maxDepth);

@@ -345,7 +345,7 @@ Scene ReadScene(JsonDocument& document, std::uint64_t mostItems) {
 
 Scene ReadSceneFile(const std::string& path, std::uint64_t mostItems) {
   try {
-    const FileText text(path);
+    const FileText text(path, JsonDocument::CheckBeginning);
     JsonDocument document(path, text, kMaxJsonDepth);
     return ReadScene(document, mostItems);
   } catch (const std::bad_alloc&) {

@@ -16,9 +16,9 @@ bool IsSceneFile(const std::string& path);
 /// the line and column where the text is no JSON; of several defects it is the first one, but
 /// broken text that the parser's first pass over the file sees (bytes that are not UTF-8, a quote
 /// that is not closed) comes before wrong values, and indices are checked when what they refer to
-/// is known. Time and memory are linear in the file's
-/// size, its text is given back before this returns. More than `mostItems` nodes and materials are
-/// a defect, too.
+/// is known. The file must be a regular one or standard input. One that begins as no JSON is not
+/// read beyond 64 KiB. More than `mostItems` nodes and materials are a defect, too. Time and memory
+/// are linear in the file's size, its text is given back before this returns.
 Scene ReadSceneFile(const std::string& path, std::uint64_t mostItems = UINT64_MAX);
 
 /// Writes `scene` so that reading it back gives the same scene bit for bit (meshes that were shared
