@@ -6,9 +6,8 @@
 
 namespace mapexport {
 
-/// "output: file file", with the escapes that make (and ninja) understands, each file once and on a
-/// line of its own. Throws RunError for a path that no such rule can hold, having nothing that
-/// stands for one of its characters.
+/// "output: file file", with escapes that GNU make and ninja both understand, each file once and on
+/// a line of its own. Throws RunError for a path that one of the two would not read back.
 std::string DepFileText(const std::string& output, std::span<const std::string> files);
 
 }  // namespace mapexport
