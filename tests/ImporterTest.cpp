@@ -537,6 +537,20 @@ TEST_F(ImporterTest, EqualNamesOfDifferentMaterialsAreTold) {
               ElementsAre(HasSubstr("equal-material-names: 1 material is unlike an earlier one")));
 }
 
+TEST_F(ImporterTest, ControlCharactersInNamesBecomeBlanks) {
+  std::string text = Gltf(R"({"name":"A\u001b[2J\u007f\u0085\u00a0","mesh":0,)"
+                          R"("extras":{"userProperties":"a\nb"}})");
+  text.replace(text.find("Brick"), 5, R"(Br\nick\u0001)");
+  text.replace(text.find("sub%20dir"), 9, R"(sub\tdir)");
+  const ImportedScene imported = Import("controls.gltf", text);
+  const SceneNode& node = Named(imported, "A [2J  \u00a0");
+  EXPECT_EQ(node.userProperties, "a\nb") << "lines stay lines";
+  EXPECT_EQ(imported.scene.materials[0].name, "Br ick ");
+  EXPECT_THAT(imported.scene.materials[0].diffuseMap->file, HasSubstr("sub dir"));
+  EXPECT_THAT(RemarksOf(imported), testing::Contains(testing::StartsWith(
+                                       "control-characters: blanks replace 6 control characters")));
+}
+
 // --- refusals and damage ---
 
 TEST_F(ImporterTest, RefusalsSayWhy) {

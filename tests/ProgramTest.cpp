@@ -513,6 +513,30 @@ TEST_F(ProgramTest, PipesAndDevicesAreNotWaitedFor) {
   }
 }
 
+TEST_F(ProgramTest, ForeignNamesBringNoControlCharacters) {
+  Write(work_ / "level.gltf",
+        R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],
+"nodes":[{"mesh":0,"name":"\ntouch PWNED #\u009b\u007f"}],
+"meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],
+"accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3"}],
+"bufferViews":[{"buffer":0,"byteLength":36}],"buffers":[{"byteLength":36,
+"uri":"data:;base64,AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAAAAAAAAA"}]})");
+  const Outcome foreign = Run({"export", "level.gltf", "a.qob", "--fresh"});
+  EXPECT_EQ(foreign.status, 0) << foreign.err;
+  EXPECT_THAT(foreign.err, AllOf(HasSubstr("blanks replace 3 control characters in names of "
+                                           "nodes, materials or textures\n"),
+                                 HasSubstr("left out (see ExportDebug.txt)\n")));
+  EXPECT_THAT(Content(work_ / "ExportDebug.txt"), HasSubstr("GROUP touch PWNED #  \n"));
+
+  // A scene file keeps them, and so does the log.
+  std::string text = kScene;
+  text.replace(text.find("Floor"), 5, "\\ntouch PWNED #");
+  Write(work_ / "named.scene.json", text);
+  const Outcome named = Run({"export", "named.scene.json", "a.qob", "--fresh"});
+  EXPECT_THAT(named.err, HasSubstr("(see ExportDebug.txt; names in it hold control characters"));
+  EXPECT_THAT(Content(work_ / "ExportDebug.txt"), HasSubstr("GROUP\ntouch PWNED #\n"));
+}
+
 // Readers of the import library end in an endless loop, a crash and a stack overflow on these.
 constexpr const char* kEndless = "OFF\n353535235358 10 0\n0 0 0\n";
 constexpr const char* kCrash =

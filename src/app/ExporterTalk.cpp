@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "modelreader/Utf8.h"
+
 namespace mapexport {
 namespace {
 
@@ -13,6 +15,19 @@ constexpr std::string_view kCutLog = "Unable to write the file [";
 constexpr std::string_view kNoCxp = "Could not load CXP file ";
 constexpr std::string_view kException = "Export ended by an exception: ";
 constexpr std::string_view kInvalidFace = "Invalid FACE in GROUP";
+
+/// Whether a line of the log, without its end, has a control character in it. The exporter itself
+/// begins some with tabs.
+bool HasControls(std::string_view line) {
+  while (line.starts_with('\t')) line.remove_prefix(1);
+  while (!line.empty()) {
+    const CodePoint point = FirstCodePoint(line);
+    const bool isC1 = point.value >= 0x80 && point.value < 0xA0;  // as a bare byte, too
+    if (point.value < ' ' || point.value == 0x7F || isC1) return true;
+    line.remove_prefix(point.bytes);
+  }
+  return false;
+}
 
 }  // namespace
 
@@ -27,6 +42,8 @@ void ExporterTalk::HearMessageBox(const std::string& title, const std::string& t
 
 void ExporterTalk::HearDebugOutput(const std::string& text) {
   std::string_view line = text;
+  if (line.ends_with('\n')) line.remove_suffix(1);
+  logHasControls_ = logHasControls_ || HasControls(line);
   while (line.ends_with('\n')) line.remove_suffix(1);
   if (line.starts_with(kInvalidFace)) {
     ++invalidFaces_;
@@ -54,10 +71,16 @@ void ExporterTalk::HearDebugOutput(const std::string& text) {
 void ExporterTalk::PrintCounts() {
   if (invalidFaces_ == 0) return;
   const std::string log = hasLog_ ? log_.Name() : std::string();
+  std::string where;
+  if (!log.empty()) {
+    where = fmt::format(" (see {}{})", log,
+                        logHasControls_ ? "; names in it hold control characters, which act on a "
+                                          "terminal"
+                                        : "");
+  }
   messages_.Note("left-out-degenerate-triangles",
                  fmt::format("{} degenerate triangle{} left out{}", invalidFaces_,
-                             invalidFaces_ == 1 ? " was" : "s were",
-                             log.empty() ? "" : fmt::format(" (see {})", log)),
+                             invalidFaces_ == 1 ? " was" : "s were", where),
                  invalidFaces_);
 }
 

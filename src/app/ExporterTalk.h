@@ -46,6 +46,7 @@ class ExporterTalk {
   ShowBox showBox_;
   bool succeeded_ = false;
   bool hasLog_ = true;  ///< the log could be opened and written
+  bool logHasControls_ = false;
   bool cxpFailed_ = false;
   std::string successText_;
   std::string exception_;

@@ -19,6 +19,7 @@
 #include "app/ReaderMessage.h"
 #include "app/ReaderProcess.h"
 #include "app/RunError.h"
+#include "importer/ControlCharacters.h"
 #include "scene/SceneError.h"
 #include "scene/SceneFile.h"
 #include "settings/Descriptor.h"
@@ -234,11 +235,16 @@ ForeignScene ReadForeignScene(const std::string& path, const ImportOptions& opti
   }
   RequireWritten(path, end.status, messageFile.Get());
 
+  Scene scene = ReadHandedOver(path, sceneFile.Get());
+  // The reader has blanked them, unless a hostile file has taken it over.
+  if (BlankControlCharacters(scene) != 0) {
+    Fail(path, "the reader crashed on it (its names hold control characters)");
+  }
   try {
     Confinement confinement = ConfinementIn(confinementFile.Get());
     ReaderMessage message = ReaderMessageOf(MessageIn(messageFile.Get(), kLongestMessage));
-    return {{ReadHandedOver(path, sceneFile.Get()), std::move(message.remarks),
-             std::move(message.leftOut), std::move(message.sideFiles)},
+    return {{std::move(scene), std::move(message.remarks), std::move(message.leftOut),
+             std::move(message.sideFiles)},
             std::move(confinement)};
   } catch (const BadReaderMessage& error) {
     Fail(path, error.what());

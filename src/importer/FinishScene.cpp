@@ -2,6 +2,7 @@
 #include "importer/FinishScene.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -10,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "importer/ControlCharacters.h"
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
 #include "importer/LimitRemarks.h"
@@ -96,9 +98,21 @@ void WarnOfEqualNames(const Scene& scene, ImportRemarks& remarks) {
        count});
 }
 
+void BlankNames(ImportedScene& imported) {
+  const std::uint64_t count = BlankControlCharacters(imported.scene);
+  if (count == 0) return;
+  imported.remarks.push_back(
+      {RemarkKind::kWarning, "control-characters",
+       fmt::format("{} in names of nodes, materials or textures",
+                   count == 1 ? "a blank replaces 1 control character"
+                              : fmt::format("blanks replace {} control characters", count)),
+       count});
+}
+
 }  // namespace
 
 void FinishScene(ImportedScene& imported, LeftOut& leftOut) {
+  BlankNames(imported);
   for (const NearKeyword& near : FindNearKeywords(imported.scene)) {
     imported.remarks.push_back({RemarkKind::kWarning, "near-keyword", Describe(near), near.count});
   }

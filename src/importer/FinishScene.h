@@ -6,9 +6,10 @@ namespace mapexport {
 struct ImportedScene;
 struct LeftOut;
 
-/// Drops the materials that no node shows and counts them. Remarks on words that were probably
-/// meant to be keywords, on different materials with one name, of which the exporters keep the
-/// first, on a scene without triangles, and on all that is left out. Cost: linear in the scene.
+/// Replaces control characters in names by blanks. Drops the materials that no node shows and
+/// counts them. Remarks on such names, on words that were probably meant to be keywords, on
+/// different materials with one name, of which the exporters keep the first, on a scene without
+/// triangles, and on all that is left out. Cost: linear in the scene.
 void FinishScene(ImportedScene& imported, LeftOut& leftOut);
 
 }  // namespace mapexport

@@ -20,10 +20,10 @@ struct ImportedScene {
 };
 
 /// Reads the file at `path`, whatever format it is in, into the host's z-up world. The result keeps
-/// what every scene promises: valid UTF-8 names, finite numbers, indices in range, at most
-/// kMaxSceneDepth levels, the root named "Scene Root". Nodes that show the same mesh share it. The
-/// same file gives the same scene on every run. Throws SceneError and nothing else. The
-/// process-wide state is left alone, so that a child process may do the reading.
+/// what every scene promises: valid UTF-8 names (here without control characters), finite numbers,
+/// indices in range, at most kMaxSceneDepth levels, the root named "Scene Root". Nodes that show
+/// the same mesh share it. The same file gives the same scene on every run. Throws SceneError and
+/// nothing else. The process-wide state is left alone, so that a child process may do the reading.
 ImportedScene ImportScene(const std::string& path, const ImportOptions& options);
 
 }  // namespace mapexport
