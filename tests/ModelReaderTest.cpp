@@ -21,6 +21,7 @@
 #include "modelreader/ModelJson.h"
 #include "modelreader/ModelText.h"
 #include "modelreader/OverlongLists.h"
+#include "modelreader/PrintableText.h"
 #include "modelreader/ReadModelFile.h"
 
 namespace {
@@ -693,6 +694,26 @@ TEST(ModelReaderTest, TheSummaryGivesCountsForLists) {
                               {{"name", "static_crates"}, {"flags", 128}, {"faceCount", 1}},
                               {{"name", "NONE"}, {"flags", 4}, {"faceCount", 1}}}}}));
   EXPECT_FALSE(JsonOf(Yard(ModelLayout::kQob), false).at("groups").at(0).contains("faces"));
+}
+
+TEST(ModelReaderTest, InvisibleCharactersAreShown) {
+  for (const auto& [text, shown] : std::vector<std::pair<std::string, std::string>>{
+           {"\u00ad\u034f\u115f\u17b4\u180e\u200b\u200d",
+            "\\u00AD\\u034F\\u115F\\u17B4\\u180E"
+            "\\u200B\\u200D"},
+           {"\u2028\u202e\u2060\u2066\u206f", "\\u2028\\u202E\\u2060\\u2066\\u206F"},
+           {"\u3164\ufe0f\ufeff\uffa0\ufff9", "\\u3164\\uFE0F\\uFEFF\\uFFA0\\uFFF9"},
+           {"\U00013430\U000e0001\U000e0041", "\\U00013430\\U000E0001\\U000E0041"},
+           {"\u00ac\u00ae\u200a\u2010\u2070\U0001f600\U000e1000",
+            "\u00ac\u00ae\u200a\u2010\u2070\U0001f600\U000e1000"}}) {
+    EXPECT_EQ(PrintableText(text), shown);
+    ModelFile model = Yard(ModelLayout::kKob);
+    model.materials[0].header.name = text;
+    std::ostringstream out;
+    WriteModelJson(model, true, out);
+    EXPECT_EQ(nlohmann::json::parse(out.str()).at("materials").at(0).at("name"), text);
+    EXPECT_EQ(out.str().find(text) == std::string::npos, text != shown);
+  }
 }
 
 TEST(ModelReaderTest, OutputStaysValidForAnyNameAndNumber) {

@@ -535,6 +535,19 @@ TEST_F(ProgramTest, ForeignNamesBringNoControlCharacters) {
   const Outcome named = Run({"export", "named.scene.json", "a.qob", "--fresh"});
   EXPECT_THAT(named.err, HasSubstr("(see ExportDebug.txt; names in it hold control characters"));
   EXPECT_THAT(Content(work_ / "ExportDebug.txt"), HasSubstr("GROUP\ntouch PWNED #\n"));
+  // Nor does the name of an output get into the lines of a file.
+  EXPECT_EQ(Run({"convert", "a.qob", "a\nb.obj"}).status, 1);
+  EXPECT_FALSE(fs::exists(work_ / "a\nb.obj"));
+  EXPECT_EQ(Run({"convert", "a.qob", "a\nb.glb"}).status, 0);
+}
+
+TEST_F(ProgramTest, PagesAreWrittenSafely) {
+  ASSERT_EQ(Export("a.qob").status, 0);
+  const Outcome outcome = Run({"view", "a.qob", "-o", "a\x1b[2J\n.html"});
+  if (outcome.err.find("without the page") != std::string::npos) GTEST_SKIP() << outcome.err;
+  EXPECT_EQ(outcome.out, "wrote a\\u001B[2J\\u000A.html\n");
+  EXPECT_THAT(Content(work_ / "a\x1b[2J\n.html"),
+              HasSubstr("default-src 'none'; base-uri 'none'; form-action 'none'; img-src"));
 }
 
 // Readers of the import library end in an endless loop, a crash and a stack overflow on these.

@@ -510,10 +510,21 @@ Point3 RandomPoint(Random& random) {
 }
 
 std::string RandomText(Random& random) {
-  static constexpr const char* kPieces[] = {
-      "a",           "\"",     "\\",         "/",      "\n\r\t\b\f",       "\x01\x1F\x7F",
-      "\u00e9",      "\u20ac", "\U0001f600", "\uffff", "\xC2\x9B\xD8\x9C", "\u2029",
-      "\u202e\u2066"};
+  static constexpr const char* kPieces[] = {"a",
+                                            "\"",
+                                            "\\",
+                                            "/",
+                                            "\n\r\t\b\f",
+                                            "\x01\x1F\x7F",
+                                            "\u00e9",
+                                            "\u20ac",
+                                            "\U0001f600",
+                                            "\uffff",
+                                            "\xC2\x9B\xD8\x9C",
+                                            "\u2029",
+                                            "\u202e\u2066",
+                                            "\u200b\ufeff",
+                                            "\U000e0001"};
   std::string text;
   while (random.Below(4) != 0) text += kPieces[random.Below(std::size(kPieces))];
   return text;

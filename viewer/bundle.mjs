@@ -30,8 +30,10 @@ function bundle(entry) {
 const allow = (text) => `'sha256-${createHash('sha256').update(text).digest('base64')}'`;
 const script = bundle('main.js');
 const style = bundle('page.css');
+// The default does not reach to base-uri and form-action.
 const policy =
-  `default-src 'none'; img-src data:; ` + `script-src ${allow(script)}; style-src ${allow(style)}`;
+  `default-src 'none'; base-uri 'none'; form-action 'none'; img-src data:; ` +
+  `script-src ${allow(script)}; style-src ${allow(style)}`;
 
 const pieces = { '@POLICY@': policy, '@STYLE@': style, '@SCRIPT@': script };
 const page = readFileSync(join(source, 'page.html'), 'utf8').replace(

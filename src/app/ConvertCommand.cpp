@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <string_view>
 #include <vector>
 
 #include <fmt/format.h>
@@ -16,6 +17,7 @@
 #include "app/TakenFiles.h"
 #include "app/TellPlaced.h"
 #include "convert/ConvertModel.h"
+#include "modelreader/Utf8.h"
 
 namespace mapexport {
 namespace {
@@ -49,6 +51,21 @@ ConvertedModel Convert(const ModelFile& model, const std::string& fileName,
     });
   } catch (const ConvertError& error) {
     throw RunError(fmt::format("{}: not converted: {}", arguments.file, error.what()));
+  }
+}
+
+/// The main file names the others on lines of its text, which the name must not break.
+void RequireNameForLines(const OutputTarget& target, const std::string& output) {
+  const std::string whole = NamePart(target.path);
+  for (std::string_view name = whole; !name.empty();) {
+    const CodePoint point = FirstCodePoint(name);
+    if (point.valid && IsControl(point.value)) {
+      throw RunError(
+          fmt::format("{}: the name holds a control character, and the file would name others "
+                      "after it",
+                      output));
+    }
+    name.remove_prefix(point.bytes);
   }
 }
 
@@ -102,6 +119,7 @@ ExitStatus RunConvertCommand(const ConvertArguments& arguments) {
 
   const ConvertedModel converted =
       Convert(loaded->model, NamePart(target->path), *arguments.format, arguments);
+  if (converted.files.size() > 1) RequireNameForLines(*target, arguments.output);
   TellChanges(arguments.output, converted.changes, messages);
   const auto owned = Fill(inputs, *target, converted.files);
   std::vector<OutputPlace*> places;

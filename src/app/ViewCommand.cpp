@@ -13,6 +13,7 @@
 #include "app/StandardOutput.h"
 #include "app/TakenFiles.h"
 #include "app/TellPlaced.h"
+#include "modelreader/PrintableText.h"
 #include "view/WritePage.h"
 
 namespace mapexport {
@@ -46,7 +47,9 @@ ExitStatus RunViewCommand(const ViewArguments& arguments) {
   place.Commit();
   TellPlaced(place, messages);
   try {
-    PrintResult([&](std::ostream& out) { out << "wrote " << output << '\n'; });
+    PrintResult([&](std::ostream& out) {
+      out << "wrote " << PrintableText(output, std::string::npos) << '\n';
+    });
   } catch (const RunError& error) {
     messages.Warning("not-told", error.what());  // the page is in its place all the same
   }

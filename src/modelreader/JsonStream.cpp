@@ -75,14 +75,23 @@ void JsonStream::BreakLine() {
   buffer_.append(static_cast<std::size_t>(depth_), ' ');
 }
 
+void JsonStream::AppendEscape(std::uint32_t value) {
+  if (value > 0xFFFF) {
+    const std::uint32_t above = value - 0x10000;
+    Append(fmt::format("\\u{:04x}\\u{:04x}", 0xD800 + (above >> 10), 0xDC00 + (above & 0x3FF)));
+  } else {
+    Append(fmt::format("\\u{:04x}", value));
+  }
+}
+
 void JsonStream::AppendText(std::string_view text) {
   Append("\"");
   while (!text.empty()) {
     const CodePoint point = FirstCodePoint(text);
     if (!point.valid) {
       Append("\uFFFD");
-    } else if (IsControl(point.value)) {
-      Append(fmt::format("\\u{:04x}", static_cast<std::uint32_t>(point.value)));
+    } else if (IsInvisible(point.value)) {
+      AppendEscape(static_cast<std::uint32_t>(point.value));
     } else {
       if (point.value == '"' || point.value == '\\') Append("\\");
       Append(text.substr(0, point.bytes));

@@ -50,6 +50,7 @@ class JsonStream {
     if (buffer_.size() >= kFlushBytes) Flush();
   }
   void AppendText(std::string_view text);
+  void AppendEscape(std::uint32_t value);
   void Flush();
 
   std::ostream& out_;

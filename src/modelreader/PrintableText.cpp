@@ -38,8 +38,9 @@ std::string PrintableText(std::string_view text, std::size_t maxColumns) {
     std::string piece;
     if (!point.valid) {
       piece = fmt::format("\\x{:02X}", static_cast<std::uint32_t>(point.value));
-    } else if (IsControl(point.value)) {
-      piece = fmt::format("\\u{:04X}", static_cast<std::uint32_t>(point.value));
+    } else if (IsInvisible(point.value)) {
+      const auto value = static_cast<std::uint32_t>(point.value);
+      piece = value > 0xFFFF ? fmt::format("\\U{:08X}", value) : fmt::format("\\u{:04X}", value);
     } else {
       piece = text.substr(0, point.bytes);
     }

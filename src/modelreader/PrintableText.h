@@ -7,8 +7,8 @@
 
 namespace mapexport {
 
-/// `text` with its control characters as "\u001B" and bytes that are not UTF-8 as "\xFF". What goes
-/// beyond `maxColumns` terminal columns is cut, and the cut shown as "...".
+/// `text` with its invisible characters as "\u001B" or "\U000E0001" and bytes that are not UTF-8 as
+/// "\xFF". What goes beyond `maxColumns` terminal columns is cut, and the cut shown as "...".
 std::string PrintableText(std::string_view text, std::size_t maxColumns = 60);
 
 /// The same between double quotes, for a message.

@@ -1,5 +1,8 @@
 #include "modelreader/Utf8.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace mapexport {
 
 CodePoint FirstCodePoint(std::string_view text) {
@@ -41,6 +44,24 @@ bool IsControl(char32_t codePoint) {
          (codePoint >= 0x200E && codePoint <= 0x200F) ||
          (codePoint >= 0x2028 && codePoint <= 0x202E) ||
          (codePoint >= 0x2066 && codePoint <= 0x2069);
+}
+
+bool IsInvisible(char32_t codePoint) {
+  struct Range {
+    char32_t first, last;
+  };
+  // Default_Ignorable_Code_Point, interlinear annotations, controls of hieroglyphs.
+  static constexpr Range kInvisible[] = {
+      {0x00AD, 0x00AD},   {0x034F, 0x034F},  {0x061C, 0x061C},   {0x115F, 0x1160},
+      {0x17B4, 0x17B5},   {0x180B, 0x180F},  {0x200B, 0x200F},   {0x202A, 0x202E},
+      {0x2060, 0x206F},   {0x3164, 0x3164},  {0xFE00, 0xFE0F},   {0xFEFF, 0xFEFF},
+      {0xFFA0, 0xFFA0},   {0xFFF0, 0xFFFB},  {0x13430, 0x13455}, {0x1BCA0, 0x1BCA3},
+      {0x1D173, 0x1D17A}, {0xE0000, 0xE0FFF}};
+  if (codePoint < kInvisible[0].first) return IsControl(codePoint);
+  return IsControl(codePoint) ||
+         std::any_of(std::begin(kInvisible), std::end(kInvisible), [codePoint](const Range& range) {
+           return codePoint >= range.first && codePoint <= range.last;
+         });
 }
 
 }  // namespace mapexport

@@ -16,9 +16,14 @@ struct CodePoint {
 /// above U+10FFFF are not valid.
 CodePoint FirstCodePoint(std::string_view text);
 
-/// Whether a terminal may take the code point for more than a character to show: the control
-/// characters below U+0020 and from U+007F to U+009F, line and paragraph separators, and those that
-/// turn the writing direction.
+/// Whether a terminal or a reader of lines may take the code point for more than a character to
+/// show: the control characters below U+0020 and from U+007F to U+009F, line and paragraph
+/// separators, and those that turn the writing direction.
 bool IsControl(char32_t codePoint);
+
+/// Whether the code point can't be seen, so that two texts with and without it look alike:
+/// IsControl, and what Unicode 15 lets fonts ignore (soft hyphen, zero width, variation selectors,
+/// tags, ...) or uses to lay out other characters.
+bool IsInvisible(char32_t codePoint);
 
 }  // namespace mapexport

@@ -44,10 +44,21 @@ CodePoint FirstCodePoint(std::string_view utf8) {
   return {value, bytes};
 }
 
-// Control characters, line and paragraph separators, and what turns the writing direction.
+// Control characters, line and paragraph separators, and what is not seen or turns the writing
+// direction.
 bool NeedsEscape(std::uint32_t c) {
-  return c < 0x20 || (c >= 0x7F && c <= 0x9F) || c == 0x061C || (c >= 0x200E && c <= 0x200F) ||
-         (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+  return c < 0x20 || (c >= 0x7F && c <= 0x9F) || c == 0xAD || c == 0x061C || c == 0x180E ||
+         (c >= 0x200B && c <= 0x200F) || (c >= 0x2028 && c <= 0x202E) ||
+         (c >= 0x2060 && c <= 0x206F) || c == 0xFEFF || (c >= 0xFFF9 && c <= 0xFFFB) ||
+         (c >= 0xE0000 && c <= 0xE0FFF);
+}
+
+void AppendEscape(std::string& text, std::uint32_t c) {
+  const auto append = [&text](std::uint32_t unit) {
+    fmt::format_to(std::back_inserter(text), "\\u{:04x}", unit);
+  };
+  if (c > 0xFFFF) append(0xD800 + ((c - 0x10000) >> 10));
+  append(c > 0xFFFF ? 0xDC00 + ((c - 0x10000) & 0x3FF) : c);
 }
 
 }  // namespace
@@ -139,7 +150,7 @@ void JsonWriter::Quote(std::string_view utf8) {
       buffer_ += '\\';
       buffer_ += kLetters[i];
     } else if (NeedsEscape(point.value)) {
-      fmt::format_to(std::back_inserter(buffer_), "\\u{:04x}", point.value);
+      AppendEscape(buffer_, point.value);
     } else {
       buffer_ += utf8.substr(0, point.bytes);
     }

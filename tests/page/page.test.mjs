@@ -64,7 +64,7 @@ const wall = (left, more) => ({
 });
 
 const hostile =
-  '</script><script>window.hacked=1</script><img src=x onerror="window.hacked=1">\u202e\u001b[31m';
+  '</script><script>window.hacked=1</script><img src=x onerror="window.hacked=1">\u202e\u001b[31m\u180e\u{e0001}';
 const walls = {
   materials: [
     { name: hostile, diffuse: [0.8, 0.1, 0.1] },
@@ -287,10 +287,16 @@ test('names are text, and a narrow window needs no sideways scrolling', async ()
   for (const width of [480, 320]) {
     const { page, trouble } = await openPage(browser, file, { width, hash: '#material=0' });
     assert.equal(await page.title(), name);
-    assert.match((await cells(page, 'materials'))[0][0], /^<\/script>.*\\u202E\\u001B\[31m$/);
+    assert.match((await cells(page, 'materials'))[0][0], /^<\/script>.*\\u202E\\u001B\[31m\\u180E\\U000E0001$/);
     assert.equal(await page.evaluate(() => window.hacked ?? document.images.length), 0);
     assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth));
     assert.deepEqual(trouble, []);
+    // What got in all the same could not redirect the page's links.
+    const base = await page.evaluate(() => {
+      document.head.append(Object.assign(document.createElement('base'), { href: 'http://a/' }));
+      return document.baseURI;
+    });
+    assert.match(base, /^file:/);
     await page.close();
   }
 });

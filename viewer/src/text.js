@@ -14,8 +14,11 @@ export function element(tag, properties = {}, ...children) {
 /** A name of the file with what can't be seen, or turns the writing direction, as an escape. */
 export function visible(name) {
   return name.replace(
-    /[\p{Cc}\p{Zl}\p{Zp}\u061c\u200b-\u200f\u202a-\u202e\u2060-\u2069\ufeff]/gu,
-    (character) => `\\u${character.codePointAt(0).toString(16).toUpperCase().padStart(4, '0')}`,
+    /[\p{Cc}\p{Zl}\p{Zp}\p{Default_Ignorable_Code_Point}\ufff9-\ufffb\u{13430}-\u{13455}]/gu,
+    (character) => {
+      const hex = character.codePointAt(0).toString(16).toUpperCase();
+      return hex.length > 4 ? `\\U${hex.padStart(8, '0')}` : `\\u${hex.padStart(4, '0')}`;
+    },
   );
 }
 
