@@ -549,6 +549,12 @@ TEST_F(ImporterTest, ControlCharactersInNamesBecomeBlanks) {
   EXPECT_THAT(imported.scene.materials[0].diffuseMap->file, HasSubstr("sub dir"));
   EXPECT_THAT(RemarksOf(imported), testing::Contains(testing::StartsWith(
                                        "control-characters: blanks replace 6 control characters")));
+  LeftOut wrapping;
+  wrapping.points = std::numeric_limits<std::size_t>::max();
+  wrapping.lines = 2;
+  ImportRemarks remarks;
+  wrapping.AddSummary(remarks);
+  EXPECT_EQ(remarks.at(0).count, std::numeric_limits<std::uint64_t>::max());
 }
 
 // --- refusals and damage ---

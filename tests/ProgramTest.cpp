@@ -10,6 +10,7 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <tuple>
@@ -29,6 +30,7 @@
 
 #include "app/ReadSeconds.h"
 #include "app/ReaderMessage.h"
+#include "app/RunReport.h"
 #include "support/ProgramRun.h"
 
 namespace mapexport {
@@ -548,6 +550,15 @@ TEST_F(ProgramTest, PagesAreWrittenSafely) {
   EXPECT_EQ(outcome.out, "wrote a\\u001B[2J\\u000A.html\n");
   EXPECT_THAT(Content(work_ / "a\x1b[2J\n.html"),
               HasSubstr("default-src 'none'; base-uri 'none'; form-action 'none'; img-src"));
+}
+
+TEST(RunReportTest, SumsOfCountsDoNotWrap) {
+  RunReport report;
+  report.leftOut = {{RemarkKind::kWarning, "left-out-points", "", ~std::uint64_t{0}},
+                    {RemarkKind::kWarning, "left-out-points", "", 5}};
+  std::ostringstream out;
+  WriteReport(report, {}, {}, out);
+  EXPECT_THAT(out.str(), HasSubstr("\"points\": 18446744073709551615"));
 }
 
 // Readers of the import library end in an endless loop, a crash and a stack overflow on these.

@@ -88,7 +88,7 @@ void WriteLeftOut(JsonStream& json, std::span<const Remark> byImporter,
       const std::string_view code = remark.code;
       if (!code.starts_with(kLeftOut)) continue;
       std::uint64_t& count = counts[code.substr(kLeftOut.size())];
-      count += std::min(remark.count, UINT64_MAX - count);
+      count = AddCounts(count, remark.count);
     }
   }
   json.Key("leftOut");

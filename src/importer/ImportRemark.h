@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -20,5 +21,11 @@ struct ImportRemark {
 };
 
 using ImportRemarks = std::vector<ImportRemark>;
+
+/// The sum of two counts, the largest number when that is too large: the counts come from a reader
+/// that a hostile file may have taken over.
+inline std::uint64_t AddCounts(std::uint64_t a, std::uint64_t b) {
+  return a + b < a ? std::numeric_limits<std::uint64_t>::max() : a + b;
+}
 
 }  // namespace mapexport

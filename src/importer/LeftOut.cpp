@@ -55,7 +55,7 @@ void LeftOut::AddSummary(ImportRemarks& remarks) const {
   std::uint64_t count = 0;
   for (const ImportRemark& item : Items()) {
     list += (list.empty() ? "" : ", ") + item.text;
-    count += item.count;
+    count = AddCounts(count, item.count);
   }
   if (!list.empty()) {
     remarks.push_back({RemarkKind::kWarning, "left-out", "left out: " + list, count});
