@@ -666,9 +666,7 @@ TEST_F(ProgramTest, TheReaderIsConfinedOrItIsTold) {
         Kernel{{"landlock_create_ruleset", "seccomp", "prctl", "capset"},
                "was not confined: no filter of system calls: " + none,
                R"("capabilities": ")" + none},
-        Kernel{{"setrlimit", "prlimit64"},
-               "was not limited: limits: " + none,
-               R"("limits": ")" + none},
+        Kernel{{"setitimer"}, "was not limited: limits: " + none, R"("limits": ")" + none},
         Kernel{{"timer_create"},
                "might not have ended at its limits: no timer: " + none,
                R"("timer": ")" + none}}) {
