@@ -80,6 +80,7 @@ def crafted(large):
         ("files without end", scene(), number(0) * 2 + number(MOST), 0),
         ("100,000 files", scene(), message(files=["a"] * 100_000), 0),
         ("4,096 long paths", scene(), message(files=["a/" * 2047] * 4096), 0),
+        ("4,096 long ways", scene(), message(files=["../" * 1300 + "nope"] * 4096), 0),
         ("a path that is too long", scene(), message(files=["a" * 4096]), 0),
         ("no path", scene(), message(files=[""]), 0),
         ("paths with NUL and escapes", scene(), message(files=["a\0b", ESCAPES]), 0),
