@@ -22,6 +22,16 @@ if [[ ${1-} == --fix ]]; then
 fi
 echo "clang-format: ${#files[@]} files"
 clang-format --dry-run -Werror "${files[@]}" || status=1
+# Where a trailing comment does not fit, clang-format breaks the code in front of it.
+LC_ALL=C.UTF-8 awk '
+  FNR == 1 { previous = "" }
+  length > 100 && /^ *\/\// { print FILENAME ":" FNR ": a comment of more than 100 columns"; found = 1 }
+  / \/\/\/< / && previous ~ /[=>]$/ {
+    print FILENAME ":" FNR ": the comment tears its field; put it above"
+    found = 1
+  }
+  { previous = $0 }
+  END { exit found }' "${files[@]}" || status=1
 
 echo "shellcheck"
 shellcheck -x scripts/*.sh scripts/lib/*.sh .ci/run || status=1

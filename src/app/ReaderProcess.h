@@ -17,8 +17,8 @@ enum class ReaderEnd {
   kRead = 0,      ///< both files are written
   kRefused = 71,  ///< the message file holds the reason
   kMemoryRanOut = 72,
-  kCannotHandOver =
-      73  ///< what was read could not be written; the message file may hold the reason
+  /// What was read could not be written; the message file may hold the reason.
+  kCannotHandOver = 73
 };
 
 /// Seals of a memory file that can't be changed any more.

@@ -9,8 +9,7 @@
 namespace mapexport {
 
 inline constexpr std::uint32_t kFlagNotRendered = 0x04;
-inline constexpr std::uint32_t kFlagStatic =
-    0x80;  ///< the set of a "static" node; no keyword gives it
+inline constexpr std::uint32_t kFlagStatic = 0x80;  ///< a "static" node's set; no keyword gives it
 
 struct FaceFlagKeyword {
   const char* keyword;

@@ -40,10 +40,9 @@ class GeometryGroup : public MapRecord {
   GrowableArray<GroupFace, 10> faces;
   GrowableArray<Point3> vertices;             ///< world positions in export coordinates
   GrowableArray<VertexAttribute> attributes;  ///< who changes or removes one clears attributeIndex
-  std::uint32_t vertexCounter =
-      0;                          ///< vertices gathered; the index of the next node's first vertex
-  std::uint32_t faceCounter = 0;  ///< faces gathered; the index of the next face
-  std::int32_t nodeCounter = 0;   ///< meshes gathered
+  std::uint32_t vertexCounter = 0;            ///< vertices gathered; the next node's first vertex
+  std::uint32_t faceCounter = 0;              ///< faces gathered; the index of the next face
+  std::int32_t nodeCounter = 0;               ///< meshes gathered
   Point3 boundsMax{-std::numeric_limits<float>::max(), -std::numeric_limits<float>::max(),
                    -std::numeric_limits<float>::max()};  ///< of the gathered vertices, per axis
   Point3 boundsMin{std::numeric_limits<float>::max(), std::numeric_limits<float>::max(),

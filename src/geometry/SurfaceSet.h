@@ -19,8 +19,8 @@ class SurfaceSet : public MapRecord {
 
   GrowableArray<std::uint32_t, 100> faces;  ///< indices into the group's faces
   std::uint32_t flags = 0;                  ///< face-flag bits
-  std::uint32_t smoothing =
-      0;  ///< smoothing bits of the face gathered last, 0 when they were exactly 1
+  /// Smoothing bits of the face gathered last, 0 when they were exactly 1.
+  std::uint32_t smoothing = 0;
 };
 
 }  // namespace mapexport

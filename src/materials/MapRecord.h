@@ -11,8 +11,7 @@ namespace mapexport {
 inline constexpr std::uint32_t kMaterialType = 2;
 inline constexpr std::uint32_t kGeometryGroupType = 3;
 inline constexpr std::uint32_t kSurfaceSetType = 6;
-inline constexpr std::uint32_t kSecondGroupType =
-    35;  ///< the header around a group of the second layout
+inline constexpr std::uint32_t kSecondGroupType = 35;  ///< around a group of the second layout
 
 /// Base of everything that has a record in the model file.
 class MapRecord {

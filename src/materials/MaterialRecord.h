@@ -33,8 +33,8 @@ class MaterialRecord : public MapRecord {
   bool twoSided = false;
   CStr textureName;  ///< the bitmap's file name, lower case; "NULL" for an untextured material
   Matrix3 uvTransform;
-  bool transparent =
-      false;  ///< the texture is in the CXP database as colour-keyed or alpha-blended
+  /// The texture is in the CXP database as colour-keyed or alpha-blended.
+  bool transparent = false;
 };
 
 }  // namespace mapexport

@@ -31,7 +31,7 @@ struct GroupParts {
 ///  - the indices of every face are in range;
 ///  - the faces without a batch have the planes in turn, and there are as many;
 ///  - every face of every batch stands once in the table, with the vertices that it has in the
-///  batch;
+///    batch;
 ///  - every face stands in one surface set, the one that it names;
 ///  - the faces of "notrendered" surface sets, and no others, have no batch.
 /// Where a list is longer than kModelIndexLimit, indices into it are compared by their low 16 bits.

@@ -74,8 +74,7 @@ enum class ModelSeverity {
 struct ModelProblem {
   ModelProblemCode code{};
   ModelSeverity severity = ModelSeverity::kError;
-  std::optional<std::uint64_t>
-      offset;         ///< byte of the file; none when the file can't be had at all
+  std::optional<std::uint64_t> offset;  ///< byte of the file; none when it can't be had at all
   std::string place;  ///< record path such as "groups[0].batches[2].vertexIndices[7]"
   std::string text;   ///< what is wrong, with the value and the limit; one printable line
 };
