@@ -3,40 +3,83 @@
 //
 //   mapexport::reader::Model model;
 //   mapexport::reader::Error error;
-//   if (!model.Open(bytes, size, mapexport::reader::Layout::kKob, &error)) return Refuse(error);
+//   if (!model.Open(bytes, size, LayoutOfName(path), &error)) return Refuse(error);
 //   for (const auto& group : model.groups) {
-//     for (const auto& batch : group.batches) Upload(group.vertices, batch);
+//     for (const auto& batch : group.batches) Upload(model.materials, group, batch);
 //   }
 //
 // Open checks the whole file once: tags, sizes within sizes, every count against the bytes that are
-// left, every index against its list but the positions of drawn faces (see Group::faces). All that
-// is handed out afterwards are views over the bytes, which must stay as they are meanwhile and need
-// no alignment; a list answers zeros beyond its end. What the parts mean is described in
-// docs/format.md of mapexport.
+// left, every index against its list except the positions of drawn faces (see Group::faces). What
+// is handed out afterwards are views of the bytes. The bytes must stay as they are meanwhile, and
+// need no alignment. Numbers may be NaN or infinite, and are not checked.
+//
+// A vertex buffer and an index buffer of a batch, for triangle lists. In a batch a vertex has the
+// same corner in every triangle, so the vertex buffer has one entry for each vertex of the batch:
+//
+//   std::unordered_map<std::uint16_t, std::uint16_t> places;  // of vertices in the vertex buffer
+//   for (std::uint32_t i = 0; i < 3 * batch.vertexIndices.size(); ++i) {
+//     const std::uint16_t vertex = batch.vertexIndices[i / 3][i % 3];
+//     const std::uint16_t corner = batch.cornerIndices[i / 3][i % 3];
+//     const auto next = static_cast<std::uint16_t>(vertexBuffer.size());
+//     const auto [place, isNew] = places.try_emplace(vertex, next);
+//     if (isNew) {
+//       vertexBuffer.push_back({group.vertices[vertex], batch.normals[corner],
+//                               batch.textureCoordinates[corner], batch.colours[corner]});
+//     }
+//     indexBuffer.push_back(place->second);
+//   }
+//
+// Axes: those of the export's option --coordinates, which the file does not record. Its default
+// gives left-handed axes with y up; "inverse-max" left-handed with z up; "right-handed" and "max"
+// right-handed with z up.
+// Winding: the corners of a triangle are clockwise, seen from outside in these axes. Two-sided
+// triangles are in the file twice, so cull back faces.
+// Normals: point outward in left-handed axes, inward in right-handed ones.
+// Units: those of the scene.
+// Texture coordinates: by default v points down from the upper edge of the picture, the first row
+// in memory; coordinates outside 0 to 1 repeat the picture. --texture-coordinates gives others.
+//
+// docs/format.md of mapexport describes the file and all its parts.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <optional>
 #include <string_view>
 
+/// Rises with every change of what this header offers by name.
+#define MAPEXPORT_READER_VERSION 1
+
 namespace mapexport::reader {
 
-/// The two layouts of a group. Nothing in a file tells which of them it has: the file's name does,
-/// ".qob" being the first and every other extension the second.
+/// The two layouts of a group. The file does not record which of them it has; its name does.
 enum class Layout { kQob, kKob };
 
-/// Indices stand in the file as 16 bits: in a list with more entries than this, the index of a
-/// later entry is cut to its low 16 bits.
+/// The layout of a file with that name or path: kQob when it ends in ".qob", in any case, else
+/// kKob.
+inline Layout LayoutOfName(std::string_view name) {
+  constexpr std::string_view kQobEnd = ".qob";
+  if (name.size() < kQobEnd.size()) return Layout::kKob;
+  name.remove_prefix(name.size() - kQobEnd.size());
+  for (std::size_t i = 0; i < kQobEnd.size(); ++i) {
+    const bool isUpper = name[i] >= 'A' && name[i] <= 'Z';
+    if ((isUpper ? name[i] - 'A' + 'a' : name[i]) != kQobEnd[i]) return Layout::kKob;
+  }
+  return Layout::kQob;
+}
+
+/// Indices have 16 bits in the file: in a list with more entries than this, the index of a later
+/// entry is cut to its low 16 bits.
 inline constexpr std::uint64_t kIndexLimit = 65536;
 
 /// The flags of surface sets, as the keywords of user properties name them.
 enum FaceFlag : std::uint32_t {
   kClimbable = 0x01,
   kNotCollidable = 0x02,
-  kNotRendered = 0x04,  ///< collision only: the faces stand in no batch
+  kNotRendered = 0x04,  ///< collision only: the faces are in no batch
   kNotCollidable3d = 0x08,
   kFloorFace = 0x10,
   kNotShownPlan = 0x20,
@@ -82,50 +125,108 @@ struct Face {
   std::int32_t batch = -1;       ///< into the group's batches; -1: the face is not drawn
 };
 
-/// A list of entries of equal size, read in place.
+namespace detail {
+
+struct Span {
+  const std::byte* data = nullptr;
+  std::size_t size = 0;
+};
+
+template <class T>
+struct Entry;
+
+/// What `->` gives of an iterator that makes its values.
+template <class T>
+struct Arrow {
+  T value;
+  const T* operator->() const { return &value; }
+};
+
+}  // namespace detail
+
+/// A list of entries of equal size, read in place. A view: copies are cheap, and the same list.
 template <class T>
 class List {
  public:
+  /// Bytes of an entry.
+  static constexpr std::uint32_t kStride = sizeof(T);
+
   List() = default;
   List(const std::byte* data, std::uint32_t size) : data_(data), size_(size) {}
 
   std::uint32_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
   /// Entry `index`; beyond the end, an entry of zeros.
-  T operator[](std::size_t index) const;
-  /// The packed entries as they stand in the file: little-endian, unaligned.
+  T operator[](std::size_t index) const {
+    return index < size_ ? detail::Entry<T>::At(data_ + index * kStride) : T{};
+  }
+  /// The first entry; of an empty list, an entry of zeros.
+  T front() const { return (*this)[0]; }
+  /// The entries as they are in the file: kStride bytes each, little-endian, unaligned. To copy
+  /// them over an array of T is right where numbers are little-endian in memory.
   const std::byte* data() const { return data_; }
 
+  /// Makes an entry of the bytes whenever it is asked for one. Of random access by the concepts of
+  /// C++20; before them only iterators that give references count as more than input iterators.
   class Iterator {
    public:
-    Iterator(const List* list, std::uint32_t index) : list_(list), index_(index) {}
-    T operator*() const { return (*list_)[index_]; }
-    Iterator& operator++() {
-      ++index_;
+    using iterator_concept = std::random_access_iterator_tag;
+    using iterator_category = std::input_iterator_tag;
+    using value_type = T;
+    using difference_type = std::ptrdiff_t;
+    using pointer = detail::Arrow<T>;
+    using reference = T;
+
+    Iterator() = default;
+    explicit Iterator(const std::byte* entry) : entry_(entry) {}
+
+    T operator*() const { return detail::Entry<T>::At(entry_); }
+    pointer operator->() const { return {**this}; }
+    T operator[](difference_type n) const { return *(*this + n); }
+
+    Iterator& operator+=(difference_type n) {
+      entry_ += n * kStep;
       return *this;
     }
-    bool operator!=(const Iterator& other) const { return index_ != other.index_; }
+    Iterator& operator-=(difference_type n) { return *this += -n; }
+    Iterator& operator++() { return *this += 1; }
+    Iterator& operator--() { return *this -= 1; }
+    Iterator operator++(int) {
+      const Iterator old = *this;
+      ++*this;
+      return old;
+    }
+    Iterator operator--(int) {
+      const Iterator old = *this;
+      --*this;
+      return old;
+    }
+    friend Iterator operator+(Iterator it, difference_type n) { return it += n; }
+    friend Iterator operator+(difference_type n, Iterator it) { return it += n; }
+    friend Iterator operator-(Iterator it, difference_type n) { return it -= n; }
+    friend difference_type operator-(Iterator a, Iterator b) {
+      return (a.entry_ - b.entry_) / kStep;
+    }
+    friend bool operator==(Iterator a, Iterator b) { return a.entry_ == b.entry_; }
+    friend bool operator!=(Iterator a, Iterator b) { return !(a == b); }
+    friend bool operator<(Iterator a, Iterator b) { return a - b < 0; }
+    friend bool operator>(Iterator a, Iterator b) { return b < a; }
+    friend bool operator<=(Iterator a, Iterator b) { return !(b < a); }
+    friend bool operator>=(Iterator a, Iterator b) { return !(a < b); }
 
    private:
-    const List* list_;
-    std::uint32_t index_;
+    static constexpr difference_type kStep = kStride;
+    const std::byte* entry_ = nullptr;
   };
-  Iterator begin() const { return {this, 0}; }
-  Iterator end() const { return {this, size_}; }
+  Iterator begin() const { return Iterator(data_); }
+  Iterator end() const { return begin() + size_; }
 
  private:
   const std::byte* data_ = nullptr;
   std::uint32_t size_ = 0;
 };
 
-namespace detail {
-struct Span {
-  const std::byte* data = nullptr;
-  std::size_t size = 0;
-};
-}  // namespace detail
-
-/// Records of different sizes, which can only be gone through from first to last.
+/// Records of different sizes, one behind the other. A view, as a List is.
 template <class Record>
 class Records {
  public:
@@ -135,29 +236,55 @@ class Records {
 
   std::uint32_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
+  /// Record `index`; beyond the end, an empty record. Takes time for all records before it: to get
+  /// every record, go through them.
+  Record operator[](std::size_t index) const {
+    if (index >= size_) return {};
+    Iterator it = begin();
+    while (index-- > 0) ++it;
+    return *it;
+  }
+  /// The first record; of none, an empty one.
+  Record front() const { return (*this)[0]; }
 
+  /// Holds the record that it is at. A forward iterator by the concepts of C++20.
   class Iterator {
    public:
+    using iterator_concept = std::forward_iterator_tag;
+    using iterator_category = std::input_iterator_tag;
+    using value_type = Record;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const Record*;
+    using reference = Record;
+
+    Iterator() = default;
     Iterator(detail::Span rest, Layout layout, std::uint32_t left)
         : rest_(rest), layout_(layout), left_(left) {
       if (left_ > 0) LoadRecord(rest_, layout_, record_);
     }
-    const Record& operator*() const { return record_; }
-    const Record* operator->() const { return &record_; }
+    Record operator*() const { return record_; }
+    /// Valid until the iterator moves on or goes away.
+    pointer operator->() const { return &record_; }
     Iterator& operator++() {
       if (--left_ > 0) LoadRecord(rest_, layout_, record_);
       return *this;
     }
-    bool operator!=(const Iterator& other) const { return left_ != other.left_; }
+    Iterator operator++(int) {
+      const Iterator old = *this;
+      ++*this;
+      return old;
+    }
+    friend bool operator==(const Iterator& a, const Iterator& b) { return a.left_ == b.left_; }
+    friend bool operator!=(const Iterator& a, const Iterator& b) { return !(a == b); }
 
    private:
     detail::Span rest_;  ///< behind the record
-    Layout layout_;
-    std::uint32_t left_;
+    Layout layout_ = Layout::kKob;
+    std::uint32_t left_ = 0;  ///< records from this one on
     Record record_;
   };
   Iterator begin() const { return {bytes_, layout_, size_}; }
-  Iterator end() const { return {{}, layout_, 0}; }
+  Iterator end() const { return {}; }
 
  private:
   detail::Span bytes_;
@@ -183,6 +310,9 @@ struct Material {
   Colour diffuse;
   Colour specular;
   bool twoSided = false;
+
+  /// Whether textureName is a picture's: a texture whose path had no file name has an empty one.
+  bool HasTexture() const { return textureName != "NULL" && !textureName.empty(); }
 };
 
 /// Triangles of one material; planes, vertexIndices and cornerIndices have an entry for each, and
@@ -218,32 +348,33 @@ struct Group {
   Records<SurfaceSet> surfaceSets;
 };
 
+/// What is wrong with a file.
 enum class Fault {
   kNone,
-  kNoStartTag,
-  kNoEndTag,
-  kAfterEndTag,
-  kChunkId,
-  kChunkName,
-  kCut,
-  kCountTooLarge,
-  kSizeTooLarge,
-  kSizeLeftOver,
-  kTextEmpty,
-  kTextNoEnd,
-  kTextNul,
-  kTypeCode,
-  kVersionText,
-  kVersion,
-  kBool,
-  kOuterName,
-  kOtherLayout,
-  kBatchEmpty,
-  kSetFlags,
-  kMaterialIndex,
-  kVertexIndex,
-  kCornerIndex,
-  kFaceTable
+  kNoStartTag,     ///< the file does not begin with the text "BeginModel"
+  kNoEndTag,       ///< the text "EndModel" does not follow the last group
+  kAfterEndTag,    ///< bytes follow the text "EndModel"
+  kChunkId,        ///< a chunk has another id than the one that must be here
+  kChunkName,      ///< a chunk has another name than the one that must be here
+  kCut,            ///< a value goes on past the end of the file, or of the record that it is in
+  kCountTooLarge,  ///< a list has more entries than bytes are left for
+  kSizeTooLarge,   ///< a record goes on past the end of the file, or of the record around it
+  kSizeLeftOver,   ///< a record takes fewer bytes than its size says
+  kTextEmpty,      ///< a text has the length 0, but the length counts the NUL at its end
+  kTextNoEnd,      ///< a text does not end with a NUL
+  kTextNul,        ///< a text has a NUL before its end
+  kTypeCode,       ///< a record is of another kind than the one that must be here
+  kVersionText,    ///< a header lacks the text "Version"
+  kVersion,        ///< a record has a version that this reader does not know
+  kBool,           ///< a byte that is true or false is neither 1 nor 0
+  kOuterName,      ///< the two records of a group have different names
+  kOtherLayout,    ///< the file has the layout that was not asked for
+  kBatchEmpty,     ///< a batch has no faces or no corners
+  kSetFlags,       ///< a surface set has flags that are no FaceFlag
+  kMaterialIndex,  ///< a batch has a material that the file does not have
+  kVertexIndex,    ///< a batch has a vertex that the group does not have
+  kCornerIndex,    ///< a triangle has a corner that its batch does not have
+  kFaceTable       ///< an index in a group's faces or surface sets leads out of its list
 };
 
 /// A few words that say what is wrong.
@@ -253,7 +384,13 @@ const char* ToText(Fault fault);
 struct Error {
   Fault fault = Fault::kNone;
   std::uint64_t offset = 0;  ///< byte of the file
-  const char* field = "";    ///< what stands there
+  const char* field = "";    ///< what is there: a name of docs/inspect-json.md
+
+  // The records that it is in, by their indices; -1: in none of that kind.
+  std::int32_t material = -1;
+  std::int32_t group = -1;
+  std::int32_t batch = -1;       ///< of the group
+  std::int32_t surfaceSet = -1;  ///< of the group
 };
 
 /// A model file.
@@ -269,10 +406,69 @@ class Model {
   bool indicesAreCut = false;
 };
 
-// --- how it is done; nothing below is meant to be used by name
-// --------------------------------------
+// --- how it is done; nothing below is meant to be used by name -----------------------------------
 
 namespace detail {
+
+struct FaultText {
+  Fault fault;
+  const char* text;
+  const char* sentence;  ///< says more, with the values that a Source is told: {0}, {1}, ...
+};
+
+/// A row for each Fault, in the same order.
+inline constexpr FaultText kFaultTexts[] = {
+    {Fault::kNone, "nothing is wrong", ""},
+    {Fault::kNoStartTag, "the text \"BeginModel\" is missing: this is no model file",
+     "must be the text \"BeginModel\": this is no model file"},
+    {Fault::kNoEndTag, "the text \"EndModel\" is missing", "must be the text \"EndModel\""},
+    {Fault::kAfterEndTag, "there are bytes behind the end", "bytes left over behind it: {0}"},
+    {Fault::kChunkId, "the chunk has the wrong id", "is {0}, must be {1}"},
+    {Fault::kChunkName, "the chunk has the wrong name", "is {0}, must be {1}"},
+    {Fault::kCut, "the bytes end too early", "needs {0} bytes, but {1} are left in {2}"},
+    {Fault::kCountTooLarge, "more entries are counted than bytes are left",
+     "{0} entries of at least {1} bytes are counted, but {2} bytes are left in {3}"},
+    {Fault::kSizeTooLarge, "the size is larger than what is left",
+     "is {0}, but {1} bytes are left in {2}"},
+    {Fault::kSizeLeftOver, "the size is not what the record takes",
+     "is {0}, but what it counts takes {1} bytes"},
+    {Fault::kTextEmpty, "the text has the length 0",
+     "has the length 0; the least is 1, which counts the closing NUL"},
+    {Fault::kTextNoEnd, "the text does not end with a NUL",
+     "its {0} bytes must end with a NUL, but the last is {1}"},
+    {Fault::kTextNul, "the text has a NUL before its end",
+     "byte {0} of its {1} is a NUL; only the last may be one"},
+    {Fault::kTypeCode, "the record is of another kind", "is {0}, must be {1}"},
+    {Fault::kVersionText, "the header lacks the text \"Version\"", "is {0}, must be {1}"},
+    {Fault::kVersion, "the record has an unknown version", "is {0}, must be {1}"},
+    {Fault::kBool, "neither 0 nor 1", "is {0}, must be 0 or 1"},
+    {Fault::kOuterName, "the group's two records have different names",
+     "is {0}, but the record inside is named {1}"},
+    {Fault::kOtherLayout, "the file has the other layout",
+     "is {0}, as in the layout {1}; the file is read in the layout {2}"},
+    {Fault::kBatchEmpty, "a batch without entries", "has no entries; a batch has at least one"},
+    {Fault::kSetFlags, "unknown flags", "is {0}, must be a sum of flags from {1}"},
+    {Fault::kMaterialIndex, "the file has no such material",
+     "is {0}, but the file has {1} materials (-1 is none)"},
+    {Fault::kVertexIndex, "the group has no such vertex",
+     "corner {0} is vertex {1}, but the group has {2} vertices"},
+    {Fault::kCornerIndex, "the batch has no such corner",
+     "corner {0} is entry {1}, but the batch has {2} corners"},
+    {Fault::kFaceTable, "an index leads out of its list", "an index leads out of its list"},
+};
+
+constexpr bool EveryFaultHasItsText() {
+  std::size_t row = 0;
+  for (const FaultText& text : kFaultTexts) {
+    if (static_cast<std::size_t>(text.fault) != row++) return false;
+  }
+  return row == static_cast<std::size_t>(Fault::kFaceTable) + 1;
+}
+static_assert(EveryFaultHasItsText());
+
+constexpr const FaultText& TextOf(Fault fault) {
+  return kFaultTexts[static_cast<std::size_t>(fault)];
+}
 
 inline std::uint16_t U16At(const std::byte* bytes) {
   return static_cast<std::uint16_t>(std::to_integer<unsigned>(bytes[0]) |
@@ -293,13 +489,13 @@ inline float F32At(const std::byte* bytes) {
   return value;
 }
 
-/// How a list's entry stands in the file: its bytes, how many floats it is if it is nothing else.
+/// How a list's entry is read, and of how many floats it consists if of nothing else. In memory it
+/// takes as many bytes as in the file.
 template <class T>
 struct Entry;
 
 template <>
 struct Entry<Point> {
-  static constexpr std::uint32_t kBytes = 12;
   static constexpr std::uint32_t kFloats = 3;
   static Point At(const std::byte* bytes) {
     return {F32At(bytes), F32At(bytes + 4), F32At(bytes + 8)};
@@ -308,21 +504,18 @@ struct Entry<Point> {
 
 template <>
 struct Entry<Plane> {
-  static constexpr std::uint32_t kBytes = 16;
   static constexpr std::uint32_t kFloats = 4;
   static Plane At(const std::byte* bytes) { return {Entry<Point>::At(bytes), F32At(bytes + 12)}; }
 };
 
 template <>
 struct Entry<TextureCoordinates> {
-  static constexpr std::uint32_t kBytes = 8;
   static constexpr std::uint32_t kFloats = 2;
   static TextureCoordinates At(const std::byte* bytes) { return {F32At(bytes), F32At(bytes + 4)}; }
 };
 
 template <>
 struct Entry<Colour> {
-  static constexpr std::uint32_t kBytes = 16;
   static constexpr std::uint32_t kFloats = 4;
   static Colour At(const std::byte* bytes) {
     return {F32At(bytes), F32At(bytes + 4), F32At(bytes + 8), F32At(bytes + 12)};
@@ -331,14 +524,12 @@ struct Entry<Colour> {
 
 template <>
 struct Entry<std::uint16_t> {
-  static constexpr std::uint32_t kBytes = 2;
   static constexpr std::uint32_t kFloats = 0;
   static std::uint16_t At(const std::byte* bytes) { return U16At(bytes); }
 };
 
 template <>
 struct Entry<Triple> {
-  static constexpr std::uint32_t kBytes = 6;
   static constexpr std::uint32_t kFloats = 0;
   static Triple At(const std::byte* bytes) {
     return {U16At(bytes), U16At(bytes + 2), U16At(bytes + 4)};
@@ -347,7 +538,6 @@ struct Entry<Triple> {
 
 template <>
 struct Entry<Face> {
-  static constexpr std::uint32_t kBytes = 16;
   static constexpr std::uint32_t kFloats = 0;
   static Face At(const std::byte* bytes) {
     return {Entry<Triple>::At(bytes), U16At(bytes + 6), U32At(bytes + 8),
@@ -355,27 +545,103 @@ struct Entry<Face> {
   }
 };
 
+static_assert(sizeof(Point) == 12 && sizeof(Plane) == 16 && sizeof(TextureCoordinates) == 8 &&
+                  sizeof(Colour) == 16 && sizeof(Triple) == 6 && sizeof(Face) == 16,
+              "List::kStride is the size in the file");
+
 /// Takes a file's encodings from its bytes, none past the end that holds at the moment. `In` is the
-/// class that derives from it, which says what becomes of a fault:
-///
-///   Tell(fault, offset, field, values...)       a value is wrong
-///   TellOfEntry(fault, offset, field, index, values...)    an entry of a list is wrong
-///   TellOfEnd(fault, offset, field, values...)  the bytes do not suffice
-///   GiveUp()                                    after these: nothing behind it makes sense
-///   Good()                                      whether reading goes on
-///   ChecksIndices()                             whether indices are held against their lists
-///   IndicesCut(offset, field, count)            a list is too long for its indices
-///   Enter(field, index)                         an object; while it lives, fields are of that
-///   entry Record(field, header, body, isNext)         a size, what `header` and `body` read; the
-///   size
-///                                               counts the body. isNext(offset) tells whether what
-///                                               must follow it stands there
+/// class that derives from it. The grammar below calls the operations of `In`, so an operation that
+/// `In` declares replaces the one of this class. This one stops at the first fault and keeps it.
 template <class In>
 class Source {
  public:
   Source(Span bytes, Layout layout) : bytes_(bytes), end_(bytes.size), layout_(layout) {}
   Source(const Source&) = delete;
   Source& operator=(const Source&) = delete;
+
+  // What becomes of faults.
+
+  /// A value is wrong. `values` go into the fault's sentence.
+  template <class... Values>
+  void Tell(Fault fault, std::uint64_t offset, const char* field, const Values&...) {
+    if (!Good()) return;
+    error_ = here_;
+    error_.fault = fault;
+    error_.offset = offset;
+    error_.field = field;
+    SetEnd(Offset());  // nothing is left to be read
+  }
+  /// Entry `index` of a list is wrong.
+  template <class... Values>
+  void TellOfEntry(Fault fault, std::uint64_t offset, const char* field, std::uint64_t /*index*/,
+                   const Values&... values) {
+    Self().Tell(fault, offset, field, values...);
+  }
+  /// The bytes do not suffice. Behind `values` the sentence takes what it is that ends.
+  template <class... Values>
+  void TellOfEnd(Fault fault, std::uint64_t offset, const char* field, const Values&... values) {
+    Self().Tell(fault, offset, field, values...);
+  }
+  /// Called after these where nothing behind the fault makes sense.
+  void GiveUp() {}
+  /// Whether reading goes on.
+  bool Good() const { return error_.fault == Fault::kNone; }
+  const Error& FirstError() const { return error_; }
+
+  /// Whether indices are compared with the lengths of their lists.
+  bool ChecksIndices() const { return true; }
+  /// A list is too long for its indices.
+  void IndicesCut(std::uint64_t /*offset*/, const char* /*field*/, std::uint32_t /*count*/) {
+    indicesAreCut_ = true;
+  }
+  bool HasCutIndices() const { return indicesAreCut_; }
+
+  // Records.
+
+  /// While it lives, what is read is in one entry of a list.
+  class Entered {
+   public:
+    Entered(std::int32_t& place, std::uint32_t index) : place_(place) {
+      place = static_cast<std::int32_t>(index);
+    }
+    ~Entered() { place_ = -1; }
+    Entered(const Entered&) = delete;
+    Entered& operator=(const Entered&) = delete;
+
+   private:
+    std::int32_t& place_;
+  };
+  struct Nowhere {};
+
+  /// An object, or entry `index` of a list of records. While what it returns lives, fields are of
+  /// that one.
+  Nowhere Enter(const char* /*object*/) { return {}; }
+  template <class Kind>
+  Entered Enter(const char* /*list*/, std::uint32_t index) {
+    return {PlaceOf(static_cast<const Kind*>(nullptr)), index};
+  }
+
+  /// A size, and what `header` and `body` read; the size counts the body. isNext(offset) tells
+  /// whether what must follow the record is at `offset`; `field` is its name, null for none.
+  template <class ReadHeader, class ReadBody, class IsNext>
+  void Record(const char* /*field*/, const ReadHeader& header, const ReadBody& body,
+              const IsNext& /*isNext*/) {
+    const std::uint64_t sizeOffset = offset_;
+    const std::uint32_t size = Self().U32("size");
+    header();
+    if (size > Left()) Self().TellOfEnd(Fault::kSizeTooLarge, sizeOffset, "size", size, Left());
+    if (!Self().Good()) return;
+    const std::uint64_t outerEnd = end_;
+    const std::uint64_t recordEnd = offset_ + size;
+    SetEnd(recordEnd);
+    body();
+    if (Self().Good() && offset_ != recordEnd) {
+      Self().Tell(Fault::kSizeLeftOver, sizeOffset, "size", size, offset_ + size - recordEnd);
+    }
+    if (Self().Good()) SetEnd(outerEnd);
+  }
+
+  // The bytes.
 
   Layout FileLayout() const { return layout_; }
   std::uint64_t Offset() const { return offset_; }
@@ -467,7 +733,7 @@ class Source {
 
   template <class T>
   List<T> Take(std::uint32_t count, const char* field) {
-    const std::byte* const bytes = Bytes(std::uint64_t{count} * Entry<T>::kBytes, field);
+    const std::byte* const bytes = Bytes(std::uint64_t{count} * List<T>::kStride, field);
     return bytes == nullptr ? List<T>() : List<T>(bytes, count);
   }
 
@@ -478,10 +744,18 @@ class Source {
  private:
   In& Self() { return static_cast<In&>(*this); }
 
+  std::int32_t& PlaceOf(const Material*) { return here_.material; }
+  std::int32_t& PlaceOf(const Group*) { return here_.group; }
+  std::int32_t& PlaceOf(const Batch*) { return here_.batch; }
+  std::int32_t& PlaceOf(const SurfaceSet*) { return here_.surfaceSet; }
+
   Span bytes_;
   std::uint64_t offset_ = 0;
   std::uint64_t end_;
   Layout layout_;
+  Error here_;  ///< which records reading is in; no fault
+  Error error_;
+  bool indicesAreCut_ = false;
 };
 
 // The file's grammar, for every Source.
@@ -500,9 +774,9 @@ inline constexpr std::uint64_t kLeastQobBytes = kLeastHeaderBytes + 4 + 4;
 inline constexpr std::uint64_t kLeastKobBytes = kLeastHeaderBytes + kLeastQobBytes + 4 * 4;
 inline constexpr std::uint64_t kLeastBatchBytes = 4 + 4 + 4;
 inline constexpr std::uint64_t kLeastSetBytes = 5 + 4 + 4;
-inline constexpr std::uint64_t kBatchFaceBytes = Entry<Plane>::kBytes + 2 * Entry<Triple>::kBytes;
+inline constexpr std::uint64_t kBatchFaceBytes = List<Plane>::kStride + 2 * List<Triple>::kStride;
 inline constexpr std::uint64_t kCornerBytes =
-    Entry<Point>::kBytes + Entry<TextureCoordinates>::kBytes + Entry<Colour>::kBytes;
+    List<Point>::kStride + List<TextureCoordinates>::kStride + List<Colour>::kStride;
 
 struct Chunk {
   const char* field;
@@ -585,7 +859,7 @@ void CheckIndices(In& in, const List<Triple>& list, std::uint64_t count, Fault f
     for (std::size_t k = 0; k < triple.size(); ++k) {
       if (triple[k] < count) continue;
       const std::uint64_t offset =
-          in.OffsetOf(list.data()) + std::uint64_t{i} * Entry<Triple>::kBytes + 2 * k;
+          in.OffsetOf(list.data()) + std::uint64_t{i} * List<Triple>::kStride + 2 * k;
       in.TellOfEntry(fault, offset, field, i, k, triple[k], count);
     }
   }
@@ -630,12 +904,12 @@ void ReadSurfaceSet(In& in, SurfaceSet& set) {
     in.Tell(Fault::kSetFlags, in.Offset() - 4, "flags", FaceFlag{set.flags}, kAllFaceFlags);
   }
   set.faces =
-      in.template Take<std::uint16_t>(in.Count(Entry<std::uint16_t>::kBytes, "faces"), "faces");
+      in.template Take<std::uint16_t>(in.Count(List<std::uint16_t>::kStride, "faces"), "faces");
 }
 
 template <class T, class In>
 List<T> ReadIndexedList(In& in, const char* field) {
-  return in.template Take<T>(ReadIndexedCount(in, Entry<T>::kBytes, field), field);
+  return in.template Take<T>(ReadIndexedCount(in, List<T>::kStride, field), field);
 }
 
 /// Reads `count` records of a list, which `read` reads one by one; tells `sink` of them before. The
@@ -646,7 +920,7 @@ Records<Record> ReadRecords(In& in, std::uint32_t count, const char* field, Sink
   const Span bytes = in.Rest();
   sink.Expect(static_cast<const Record*>(nullptr), count);
   for (std::uint32_t i = 0; i < count && in.Good(); ++i) {
-    [[maybe_unused]] const auto entry = in.Enter(field, i);
+    [[maybe_unused]] const auto entry = in.template Enter<Record>(field, i);
     Record record;
     read(i, record);
   }
@@ -707,7 +981,7 @@ void ReadGroup(In& in, std::optional<std::uint32_t> materialCount, Group& group,
                   group.header.name);
         }
         group.collisionPoints = ReadIndexedList<Point>(in, "collisionPoints");
-        group.planes = in.template Take<Plane>(in.Count(Entry<Plane>::kBytes, "planes"), "planes");
+        group.planes = in.template Take<Plane>(in.Count(List<Plane>::kStride, "planes"), "planes");
         group.faces = ReadIndexedList<Face>(in, "faces");
         group.surfaceSets =
             ReadRecords<SurfaceSet>(in, in.Count(kLeastSetBytes, "surfaceSets"), "surfaceSets",
@@ -789,65 +1063,29 @@ void ReadModel(In& in, Records<Material>& materials, Records<Group>& groups, Sin
   }
 }
 
-/// Stops at the first fault and keeps it: nothing is left to be read behind it.
+/// What engines read with. Of bytes that were checked before, indices are not checked again.
 class Cursor : public Source<Cursor> {
  public:
   Cursor(Span bytes, Layout layout, bool checksIndices)
       : Source(bytes, layout), checksIndices_(checksIndices) {}
 
-  struct NoPlace {};
-
-  template <class... Values>
-  void Tell(Fault fault, std::uint64_t offset, const char* field, const Values&...) {
-    if (!Good()) return;
-    error_ = {fault, offset, field};
-    SetEnd(Offset());
-  }
-  template <class... Values>
-  void TellOfEntry(Fault fault, std::uint64_t offset, const char* field, const Values&...) {
-    Tell(fault, offset, field);
-  }
-  template <class... Values>
-  void TellOfEnd(Fault fault, std::uint64_t offset, const char* field, const Values&...) {
-    Tell(fault, offset, field);
-  }
-  void GiveUp() {}
-  bool Good() const { return error_.fault == Fault::kNone; }
   bool ChecksIndices() const { return checksIndices_; }
-  void IndicesCut(std::uint64_t, const char*, std::uint32_t) { indicesAreCut_ = true; }
-  NoPlace Enter(const char*, std::uint32_t = 0) { return {}; }
-
-  template <class ReadHead, class ReadBody, class IsNext>
-  void Record(const char*, const ReadHead& header, const ReadBody& body, const IsNext&) {
-    const std::uint64_t sizeOffset = Offset();
-    const std::uint32_t size = U32("size");
-    header();
-    if (size > Left()) Tell(Fault::kSizeTooLarge, sizeOffset, "size");
-    if (!Good()) return;
-    const std::uint64_t outerEnd = End();
-    const std::uint64_t recordEnd = Offset() + size;
-    SetEnd(recordEnd);
-    body();
-    if (Good() && Offset() != recordEnd) Tell(Fault::kSizeLeftOver, sizeOffset, "size");
-    if (Good()) SetEnd(outerEnd);
-  }
-
-  const Error& FirstError() const { return error_; }
-  bool HasCutIndices() const { return indicesAreCut_; }
 
  private:
-  Error error_;
   bool checksIndices_;
-  bool indicesAreCut_ = false;
+};
+
+/// Takes what is read, and does nothing with it.
+struct NoSink {
+  void BeginGroup() const {}
+  void Expect(const void*, std::uint32_t) const {}
+  template <class In, class Record>
+  void Take(In&, const Record&) const {}
 };
 
 /// Holds the face tables against the lists that they refer to.
-struct CheckFaces {
-  void BeginGroup() const {}
-  void Expect(const void*, std::uint32_t) const {}
-
-  template <class Record>
-  void Take(Cursor&, const Record&) const {}
+struct CheckFaces : NoSink {
+  using NoSink::Take;
 
   void Take(Cursor& in, const Group& group) const {
     for (std::uint32_t i = 0; i < group.faces.size() && in.Good(); ++i) {
@@ -860,26 +1098,22 @@ struct CheckFaces {
       for (const std::uint16_t vertex : face.vertices) fits = fits && vertex < points;
       if (!fits) {
         in.Tell(Fault::kFaceTable,
-                in.OffsetOf(group.faces.data()) + std::uint64_t{i} * Entry<Face>::kBytes, "faces");
+                in.OffsetOf(group.faces.data()) + std::uint64_t{i} * List<Face>::kStride, "faces");
       }
     }
+    std::uint32_t s = 0;
     for (const SurfaceSet& set : group.surfaceSets) {
+      const auto entry = in.Enter<SurfaceSet>("surfaceSets", s++);
+      std::uint64_t offset = in.OffsetOf(set.faces.data());
       for (const std::uint16_t face : set.faces) {
-        if (face < group.faces.size()) continue;
-        in.Tell(Fault::kFaceTable, in.OffsetOf(set.faces.data()), "surfaceSets");
-        return;
+        if (face >= group.faces.size()) in.Tell(Fault::kFaceTable, offset, "faces");
+        offset += List<std::uint16_t>::kStride;
       }
     }
   }
 };
 
 }  // namespace detail
-
-template <class T>
-T List<T>::operator[](std::size_t index) const {
-  using Entry = detail::Entry<T>;
-  return index < size_ ? Entry::At(data_ + index * Entry::kBytes) : T{};
-}
 
 // Each reads the first record of `rest`, which was checked before, and takes it away.
 
@@ -902,13 +1136,7 @@ inline void LoadRecord(detail::Span& rest, Layout layout, SurfaceSet& set) {
 }
 
 inline void LoadRecord(detail::Span& rest, Layout layout, Group& group) {
-  struct Nothing {
-    void BeginGroup() const {}
-    void Expect(const void*, std::uint32_t) const {}
-    void Take(detail::Cursor&, const Batch&) const {}
-    void Take(detail::Cursor&, const SurfaceSet&) const {}
-    void Take(detail::Cursor&, const Group&) const {}
-  } nothing;
+  detail::NoSink nothing;
   detail::Cursor in(rest, layout, false);
   detail::ReadGroup(in, std::nullopt, group, nothing, nullptr);
   rest = in.Rest();
@@ -928,51 +1156,7 @@ inline bool Model::Open(const void* bytes, std::size_t size, Layout layout, Erro
 }
 
 inline const char* ToText(Fault fault) {
-  switch (fault) {
-    case Fault::kNone:
-      return "nothing is wrong";
-    case Fault::kNoStartTag:
-      return "the text \"BeginModel\" is missing: this is no model file";
-    case Fault::kNoEndTag:
-      return "the text \"EndModel\" is missing";
-    case Fault::kAfterEndTag:
-      return "there are bytes behind the end";
-    case Fault::kChunkId:
-    case Fault::kChunkName:
-      return "this is not the chunk that must stand here";
-    case Fault::kCut:
-      return "the bytes end too early";
-    case Fault::kCountTooLarge:
-      return "more entries are counted than bytes are left";
-    case Fault::kSizeTooLarge:
-      return "the size is larger than what is left";
-    case Fault::kSizeLeftOver:
-      return "the size is not what the record takes";
-    case Fault::kTextEmpty:
-    case Fault::kTextNoEnd:
-    case Fault::kTextNul:
-      return "the text is not closed by a NUL at its end";
-    case Fault::kTypeCode:
-    case Fault::kVersionText:
-    case Fault::kVersion:
-      return "the record is of another kind or version";
-    case Fault::kBool:
-      return "neither 0 nor 1";
-    case Fault::kOuterName:
-      return "the group's two records have different names";
-    case Fault::kOtherLayout:
-      return "the file has the other layout";
-    case Fault::kBatchEmpty:
-      return "a batch without entries";
-    case Fault::kSetFlags:
-      return "unknown flags";
-    case Fault::kMaterialIndex:
-    case Fault::kVertexIndex:
-    case Fault::kCornerIndex:
-    case Fault::kFaceTable:
-      return "an index leads out of its list";
-  }
-  return "";
+  return detail::TextOf(fault).text;
 }
 
 }  // namespace mapexport::reader

@@ -35,7 +35,7 @@ void ThrowNotExported(const std::string& output, const std::string& path,
 }
 
 ModelCheckResult CheckExport(const std::string& output, const std::string& path) {
-  ModelCheckResult checked = CheckModelFile(path, LayoutOfPath(output));
+  ModelCheckResult checked = CheckModelFile(path, reader::LayoutOfName(output));
   const auto error =
       std::ranges::find(checked.problems, ModelSeverity::kError, &ModelProblem::severity);
   if (error != checked.problems.end()) ThrowNotExported(output, path, ToLine(*error));

@@ -11,7 +11,7 @@ namespace mapexport {
 
 std::optional<LoadedModel> LoadModel(const std::string& path, std::optional<ModelLayout> layout,
                                      Messages& messages) {
-  ModelReadResult read = ReadModelFile(path, layout.value_or(LayoutOfPath(path)));
+  ModelReadResult read = ReadModelFile(path, layout.value_or(reader::LayoutOfName(path)));
   if (!read.Sound()) {
     for (const ModelProblem& problem : read.problems) {
       if (problem.severity != ModelSeverity::kError) continue;

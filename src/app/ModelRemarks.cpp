@@ -26,7 +26,7 @@ ExitStatus WarnOfModel(std::span<const ModelProblem> problems, const ModelLength
                        const std::string& name, const SceneCensus* census, Messages& messages) {
   const std::vector<OverlongList> overlong = OverlongLists(lengths);
   for (const ModelProblem& problem : problems) {
-    const bool isCut = problem.code == ModelProblemCode::kIndicesCut;
+    const bool isCut = problem.code == ModelProblemCode(ModelFault::kIndicesCut);
     // A list whose indices are cut is told of once, as an overlong one.
     if (isCut && !overlong.empty()) continue;
     messages.Warning(isCut ? "indices-cut" : "not-finite",

@@ -87,38 +87,35 @@ class FaceTableCheck {
     if (face.batch == -1) {
       CheckUndrawn(i, face);
     } else if (face.batch < 0 || static_cast<std::size_t>(face.batch) >= parts_.batches.size()) {
-      AddToFace(ModelProblemCode::kBatchIndex, i, kBatch, "batch", face.batch,
-                parts_.batches.size());
+      AddToFace(ModelFault::kBatchIndex, i, kBatch, "batch", face.batch, parts_.batches.size());
     } else {
       CheckDrawn(i, face);
     }
 
     if (face.surfaceSet >= parts_.surfaceSets.size()) {
-      AddToFace(ModelProblemCode::kSurfaceSetIndex, i, kSurfaceSet, "surfaceSet", face.surfaceSet,
+      AddToFace(ModelFault::kSurfaceSetIndex, i, kSurfaceSet, "surfaceSet", face.surfaceSet,
                 parts_.surfaceSets.size());
       return;
     }
     const std::uint32_t flags = parts_.surfaceSets[face.surfaceSet].flags;
     const bool notRendered = (flags & reader::kNotRendered) != 0;
     if (face.batch == -1 && !notRendered) {
-      AddToFace(ModelProblemCode::kUndrawnSet, i, kBatch, "batch", face.surfaceSet,
+      AddToFace(ModelFault::kUndrawnSet, i, kBatch, "batch", face.surfaceSet,
                 fmt::format("{:#04x}", flags));
     } else if (face.batch != -1 && notRendered) {
-      AddToFace(ModelProblemCode::kDrawnSet, i, kBatch, "batch", face.batch, face.surfaceSet);
+      AddToFace(ModelFault::kDrawnSet, i, kBatch, "batch", face.batch, face.surfaceSet);
     }
   }
 
   void CheckUndrawn(std::size_t i, const ModelFace& face) {
     const auto position = static_cast<std::uint16_t>(undrawn_++);
     if (face.position != position) {
-      AddToFace(ModelProblemCode::kPlanePosition, i, kPosition, "position", face.position,
-                position);
+      AddToFace(ModelFault::kPlanePosition, i, kPosition, "position", face.position, position);
     }
     const std::size_t points = group_.collisionPoints.size();
     for (std::size_t k = 0; k < face.vertices.size(); ++k) {
       if (face.vertices[k] < points) continue;
-      AddToFace(ModelProblemCode::kPointIndex, i, kVertices, "vertices", k, face.vertices[k],
-                points);
+      AddToFace(ModelFault::kPointIndex, i, kVertices, "vertices", k, face.vertices[k], points);
     }
   }
 
@@ -126,33 +123,33 @@ class FaceTableCheck {
     const auto batch = static_cast<std::size_t>(face.batch);
     const reader::List<reader::Triple>& faces = parts_.batches[batch];
     if (face.position >= faces.size()) {
-      AddToFace(ModelProblemCode::kBatchPosition, i, kPosition, "position", face.position, batch,
+      AddToFace(ModelFault::kBatchPosition, i, kPosition, "position", face.position, batch,
                 faces.size());
       return;
     }
     if (!places_.Take(batch, face.position)) {
-      AddToFace(ModelProblemCode::kPositionTaken, i, kPosition, "position", face.position, batch);
+      AddToFace(ModelFault::kPositionTaken, i, kPosition, "position", face.position, batch);
       return;
     }
     const bool positionIsWhole = faces.size() <= kModelIndexLimit;
     const reader::Triple vertices = faces[face.position];
     if (positionIsWhole && face.vertices != vertices) {
-      AddToFace(ModelProblemCode::kFaceVertices, i, kVertices, "vertices", Shown(face.vertices),
-                batch, Shown(vertices));
+      AddToFace(ModelFault::kFaceVertices, i, kVertices, "vertices", Shown(face.vertices), batch,
+                Shown(vertices));
     }
   }
 
   void CheckTotals() {
     if (group_.planes.size() != undrawn_) {
-      problems_.Add(ModelProblemCode::kPlaneCount, parts_.planesOffset, Place(place_, "planes"),
+      problems_.Add(ModelFault::kPlaneCount, parts_.planesOffset, Place(place_, "planes"),
                     group_.planes.size(), undrawn_);
     }
     for (std::size_t i = 0; i < parts_.batches.size(); ++i) {
       const std::size_t faces = parts_.batches[i].size();
       if (places_.FacesTaken(i) == faces) continue;
       const Place batch = batchesPlace_.At(i);
-      problems_.Add(ModelProblemCode::kFacesMissing, parts_.batchOffsets[i], Place(batch, "faces"),
-                    faces, places_.FacesTaken(i));
+      problems_.Add(ModelFault::kFacesMissing, parts_.batchOffsets[i], Place(batch, "faces"), faces,
+                    places_.FacesTaken(i));
     }
   }
 
@@ -196,7 +193,7 @@ class FaceTableCheck {
     }
     for (const std::uint32_t face : faces) {
       if (unlisted[face % kModelIndexLimit] > 0) {
-        AddToFace(ModelProblemCode::kNotInSet, face, kSurfaceSet, "surfaceSet", s);
+        AddToFace(ModelFault::kNotInSet, face, kSurfaceSet, "surfaceSet", s);
       }
       unlisted[face % kModelIndexLimit] = 0;
     }
@@ -208,12 +205,12 @@ class FaceTableCheck {
     const std::uint16_t face = parts_.surfaceSets[s].faces[k];
     const std::uint64_t offset = parts_.setOffsets[s] + 2 * k;
     if (face >= group_.faces.size()) {
-      problems_.Add(ModelProblemCode::kFaceIndex, offset, list.At(k), face, group_.faces.size());
+      problems_.Add(ModelFault::kFaceIndex, offset, list.At(k), face, group_.faces.size());
     } else if (group_.faces.size() <= kModelIndexLimit && group_.faces[face].surfaceSet != s) {
-      problems_.Add(ModelProblemCode::kInOtherSet, offset, list.At(k), face,
+      problems_.Add(ModelFault::kInOtherSet, offset, list.At(k), face,
                     group_.faces[face].surfaceSet);
     } else {
-      problems_.Add(ModelProblemCode::kListedAgain, offset, list.At(k), face);
+      problems_.Add(ModelFault::kListedAgain, offset, list.At(k), face);
     }
   }
 

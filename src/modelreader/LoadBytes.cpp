@@ -59,18 +59,16 @@ std::optional<LoadedBytes> LoadBytes(const std::string& path,
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
   if (file.Value() < 0 || ::fstat(file.Value(), &status) != 0) {
-    problems.AddToFile(ModelProblemCode::kCannotOpen, SystemMessage(errno));
+    problems.AddToFile(ModelFault::kCannotOpen, SystemMessage(errno));
     return std::nullopt;
   }
   if (!S_ISREG(status.st_mode)) {
-    problems.AddToFile(S_ISDIR(status.st_mode) ? ModelProblemCode::kIsFolder
-                                               : ModelProblemCode::kNotRegular);
+    problems.AddToFile(S_ISDIR(status.st_mode) ? ModelFault::kIsFolder : ModelFault::kNotRegular);
     return std::nullopt;
   }
   const auto size = static_cast<std::uint64_t>(status.st_size);
   if (size >= kTooManyBytes) {
-    problems.AddToFile(ModelProblemCode::kTooLarge, std::to_string(size),
-                       std::to_string(kTooManyBytes));
+    problems.AddToFile(ModelFault::kTooLarge, std::to_string(size), std::to_string(kTooManyBytes));
     return std::nullopt;
   }
 
@@ -83,7 +81,7 @@ std::optional<LoadedBytes> LoadBytes(const std::string& path,
     const std::int64_t count =
         ReadFully(file.Value(), bytes.data.get() + bytes.size, wanted - bytes.size);
     if (count < 0) {
-      problems.AddToFile(ModelProblemCode::kCannotRead, SystemMessage(errno));
+      problems.AddToFile(ModelFault::kCannotRead, SystemMessage(errno));
       return std::nullopt;
     }
     bytes.size += static_cast<std::size_t>(count);

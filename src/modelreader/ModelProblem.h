@@ -4,10 +4,14 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <variant>
+
+#include <mapexport/ModelReader.h>
 
 namespace mapexport {
 
-enum class ModelProblemCode {
+/// What the grammar does not find, but this reader.
+enum class ModelFault {
   // The file as a whole; these have no offset.
   kCannotOpen,
   kIsFolder,
@@ -16,38 +20,11 @@ enum class ModelProblemCode {
   kEmpty,
   kTooLarge,
   kNoMemory,
-  // Framing.
-  kNoStartTag,
-  kNoEndTag,
-  kAfterEndTag,
-  kChunkId,
-  kChunkName,
-  // Sizes, counts and texts, anywhere.
-  kCut,
-  kCountTooLarge,
-  kSizeTooLarge,
-  kSizeLeftOver,
-  kTextEmpty,
-  kTextNoEnd,
-  kTextNul,
-  // Records.
-  kTypeCode,
-  kVersionText,
-  kVersion,
-  kBool,
-  kOuterName,
-  kOtherLayout,
-  kBatchEmpty,
-  kSetFlags,
-  // Indices.
-  kMaterialIndex,
-  kVertexIndex,
-  kCornerIndex,
+  // The face table against the other lists.
   kPointIndex,
   kBatchIndex,
   kSurfaceSetIndex,
   kFaceIndex,
-  // The face table against the other lists.
   kPlaneCount,
   kPlanePosition,
   kBatchPosition,
@@ -65,6 +42,8 @@ enum class ModelProblemCode {
   // The last line when there are too many.
   kTooManyErrors,
 };
+
+using ModelProblemCode = std::variant<reader::Fault, ModelFault>;
 
 enum class ModelSeverity {
   kError,   ///< the file is not sound

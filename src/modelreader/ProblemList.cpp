@@ -22,9 +22,9 @@ constexpr Entry Warning(const char* sentence) {
 }
 
 /// The catalogue.
-constexpr Entry EntryOf(ModelProblemCode code) {
-  using enum ModelProblemCode;
-  switch (code) {
+constexpr Entry EntryOf(ModelFault fault) {
+  using enum ModelFault;
+  switch (fault) {
     case kCannotOpen:
       return Error("can't be opened: {0}");
     case kIsFolder:
@@ -39,48 +39,6 @@ constexpr Entry EntryOf(ModelProblemCode code) {
       return Error("has {0} bytes: sizes of 32 bits can't describe a file of {1} bytes or more");
     case kNoMemory:
       return Error("there is not enough memory to read it");
-    case kNoStartTag:
-      return Error("must be the text \"BeginModel\": this is no model file");
-    case kNoEndTag:
-      return Error("must be the text \"EndModel\"");
-    case kAfterEndTag:
-      return Error("bytes left over behind it: {0}");
-    case kChunkId:
-    case kChunkName:
-    case kTypeCode:
-    case kVersionText:
-    case kVersion:
-      return Error("is {0}, must be {1}");
-    case kCut:
-      return Error("needs {0} bytes, but {1} are left in {2}");
-    case kCountTooLarge:
-      return Error("{0} entries of at least {1} bytes are counted, but {2} bytes are left in {3}");
-    case kSizeTooLarge:
-      return Error("is {0}, but {1} bytes are left in {2}");
-    case kSizeLeftOver:
-      return Error("is {0}, but what it counts takes {1} bytes");
-    case kTextEmpty:
-      return Error("has the length 0; the least is 1, which counts the closing NUL");
-    case kTextNoEnd:
-      return Error("its {0} bytes must end with a NUL, but the last is {1}");
-    case kTextNul:
-      return Error("byte {0} of its {1} is a NUL; only the last may be one");
-    case kBool:
-      return Error("is {0}, must be 0 or 1");
-    case kOuterName:
-      return Error("is {0}, but the record inside is named {1}");
-    case kOtherLayout:
-      return Error("is {0}, as in the layout {1}; the file is read in the layout {2}");
-    case kBatchEmpty:
-      return Error("has no entries; a batch has at least one");
-    case kSetFlags:
-      return Error("is {0}, must be a sum of flags from {1}");
-    case kMaterialIndex:
-      return Error("is {0}, but the file has {1} materials (-1 is none)");
-    case kVertexIndex:
-      return Error("corner {0} is vertex {1}, but the group has {2} vertices");
-    case kCornerIndex:
-      return Error("corner {0} is entry {1}, but the batch has {2} corners");
     case kPointIndex:
       return Error("corner {0} is collision point {1}, but the group has {2} of them");
     case kBatchIndex:
@@ -122,6 +80,12 @@ constexpr Entry EntryOf(ModelProblemCode code) {
   return Error("");
 }
 
+Entry EntryOf(const ModelProblemCode& code) {
+  const auto* const fault = std::get_if<ModelFault>(&code);
+  if (fault != nullptr) return EntryOf(*fault);
+  return Error(reader::detail::TextOf(std::get<reader::Fault>(code)).sentence);
+}
+
 std::string Sentence(const Entry& entry, const std::vector<std::string>& values) {
   fmt::dynamic_format_arg_store<fmt::format_context> arguments;
   for (const std::string& value : values) arguments.push_back(value);
@@ -141,7 +105,7 @@ void ProblemList::AddNotFinite(std::uint64_t times, std::uint64_t offset, const 
   if (!isNew) return;
   found->second.problem = problems_.size();
   const char* shown = std::isnan(value) ? "NaN" : value > 0 ? "Infinity" : "-Infinity";
-  Add(ModelProblemCode::kNotFinite, offset, entry, std::string_view(shown));
+  Add(ModelFault::kNotFinite, offset, entry, std::string_view(shown));
 }
 
 void ProblemList::AddSentence(ModelProblemCode code, std::optional<std::uint64_t> offset,
@@ -150,7 +114,7 @@ void ProblemList::AddSentence(ModelProblemCode code, std::optional<std::uint64_t
   problems_.push_back({code, entry.severity, offset, place.Path(), Sentence(entry, values)});
   if (entry.severity != ModelSeverity::kError) return;
   if (++errors_ != kMaxErrors) return;
-  const ModelProblemCode last = ModelProblemCode::kTooManyErrors;
+  const ModelFault last = ModelFault::kTooManyErrors;
   problems_.push_back({last, ModelSeverity::kError, std::nullopt, "",
                        Sentence(EntryOf(last), {std::to_string(kMaxErrors)})});
   throw StopReading{};

@@ -26,8 +26,8 @@ class ProblemList {
   /// Adds a problem; `values` fill the sentence of its code, in order: numbers, or texts as they
   /// shall be shown. The last error that is taken throws StopReading.
   template <typename... Values>
-  void Add(ModelProblemCode code, std::optional<std::uint64_t> offset, const Place& place,
-           const Values&... values) {
+  [[gnu::cold]] void Add(ModelProblemCode code, std::optional<std::uint64_t> offset,
+                         const Place& place, const Values&... values) {
     AddSentence(code, offset, place, {Shown(values)...});
   }
   /// Adds a problem of the file as a whole.

@@ -21,7 +21,7 @@ std::vector<ModelProblem> ReadBytes(std::span<const std::byte> bytes, ModelLayou
                                     Sink& sink) {
   ProblemList problems;
   if (bytes.empty()) {
-    problems.AddToFile(ModelProblemCode::kEmpty);
+    problems.AddToFile(ModelFault::kEmpty);
   } else {
     StrictSource in({bytes.data(), bytes.size()}, layout, problems);
     reader::Records<reader::Material> materials;
@@ -59,7 +59,7 @@ Result ReadFile(const std::string& path, ModelLayout layout,
     const std::optional<LoadedBytes> bytes = LoadBytes(path, BeginsAsModel, problems);
     if (bytes) return read(bytes->View(), layout);
   } catch (const std::bad_alloc&) {  // all that was read is given back by now
-    problems.AddToFile(ModelProblemCode::kNoMemory);
+    problems.AddToFile(ModelFault::kNoMemory);
   }
   Result result = read({}, layout);
   result.problems = problems.Take();
@@ -67,15 +67,6 @@ Result ReadFile(const std::string& path, ModelLayout layout,
 }
 
 }  // namespace
-
-ModelLayout LayoutOfPath(const std::string& path) {
-  const std::size_t dot = path.rfind('.');
-  std::string extension = dot == std::string::npos ? "" : path.substr(dot + 1);
-  for (char& c : extension) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return extension == "qob" ? ModelLayout::kQob : ModelLayout::kKob;
-}
 
 bool ModelReadResult::Sound() const {
   return std::none_of(problems.begin(), problems.end(), [](const ModelProblem& problem) {

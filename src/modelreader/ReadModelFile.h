@@ -12,10 +12,6 @@
 
 namespace mapexport {
 
-/// The layout that the exporter chooses for a path: kQob when the text after the last "." of the
-/// whole path is "qob" in any case, else kKob.
-ModelLayout LayoutOfPath(const std::string& path);
-
 struct ModelReadResult {
   ModelFile model;       ///< all that could be read; whole when the file is sound
   ModelLengths lengths;  ///< of what is in the model

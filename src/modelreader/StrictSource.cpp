@@ -1,7 +1,5 @@
 #include "modelreader/StrictSource.h"
 
-#include <stdexcept>
-
 #include <fmt/format.h>
 
 namespace mapexport {
@@ -18,7 +16,7 @@ bool IsFinite(const std::byte* bytes) {
 }  // namespace
 
 void StrictSource::IndicesCut(std::uint64_t offset, const char* field, std::uint32_t count) {
-  problems_.Add(ModelProblemCode::kIndicesCut, offset, At(field), count, reader::kIndexLimit);
+  problems_.Add(ModelFault::kIndicesCut, offset, At(field), count, reader::kIndexLimit);
 }
 
 std::string_view StrictSource::Shown(reader::Layout layout) {
@@ -91,7 +89,7 @@ void StrictSource::Record(const char* field, const std::function<void()>& header
   const std::uint64_t start = Offset();
   const bool fits = size <= Left();
   if (!fits && !endCuts_) {
-    problems_.Add(ModelProblemCode::kSizeTooLarge, sizeOffset, sizePlace, size, Left(), WhatEnds());
+    problems_.Add(reader::Fault::kSizeTooLarge, sizeOffset, sizePlace, size, Left(), WhatEnds());
   }
   const std::uint64_t end = fits ? start + size : End();
   try {
@@ -103,66 +101,10 @@ void StrictSource::Record(const char* field, const std::function<void()>& header
   }
 
   if (!fits || Offset() == end) return;
-  problems_.Add(ModelProblemCode::kSizeLeftOver, sizeOffset, sizePlace, size, Offset() - start);
+  problems_.Add(reader::Fault::kSizeLeftOver, sizeOffset, sizePlace, size, Offset() - start);
   if (isNext(Offset())) return;
   if (!isNext(end)) throw Unreadable{};
   Seek(end);
-}
-
-ModelProblemCode StrictSource::CodeOf(reader::Fault fault) {
-  using enum ModelProblemCode;
-  switch (fault) {
-    case reader::Fault::kNoStartTag:
-      return kNoStartTag;
-    case reader::Fault::kNoEndTag:
-      return kNoEndTag;
-    case reader::Fault::kAfterEndTag:
-      return kAfterEndTag;
-    case reader::Fault::kChunkId:
-      return kChunkId;
-    case reader::Fault::kChunkName:
-      return kChunkName;
-    case reader::Fault::kCut:
-      return kCut;
-    case reader::Fault::kCountTooLarge:
-      return kCountTooLarge;
-    case reader::Fault::kSizeTooLarge:
-      return kSizeTooLarge;
-    case reader::Fault::kSizeLeftOver:
-      return kSizeLeftOver;
-    case reader::Fault::kTextEmpty:
-      return kTextEmpty;
-    case reader::Fault::kTextNoEnd:
-      return kTextNoEnd;
-    case reader::Fault::kTextNul:
-      return kTextNul;
-    case reader::Fault::kTypeCode:
-      return kTypeCode;
-    case reader::Fault::kVersionText:
-      return kVersionText;
-    case reader::Fault::kVersion:
-      return kVersion;
-    case reader::Fault::kBool:
-      return kBool;
-    case reader::Fault::kOuterName:
-      return kOuterName;
-    case reader::Fault::kOtherLayout:
-      return kOtherLayout;
-    case reader::Fault::kBatchEmpty:
-      return kBatchEmpty;
-    case reader::Fault::kSetFlags:
-      return kSetFlags;
-    case reader::Fault::kMaterialIndex:
-      return kMaterialIndex;
-    case reader::Fault::kVertexIndex:
-      return kVertexIndex;
-    case reader::Fault::kCornerIndex:
-      return kCornerIndex;
-    case reader::Fault::kNone:
-    case reader::Fault::kFaceTable:
-      break;  // never told here: the face table has more exact checks of its own
-  }
-  throw std::logic_error("a fault without a code");
 }
 
 }  // namespace mapexport

@@ -29,26 +29,25 @@ class StrictSource : public reader::detail::Source<StrictSource> {
   const Place* Here() const { return place_; }
   ProblemList& Problems() { return problems_; }
 
-  // What the grammar calls: see reader::detail::Source.
+  // In place of those of reader::detail::Source.
 
   template <class... Values>
   void Tell(reader::Fault fault, std::uint64_t offset, const char* field, const Values&... values) {
-    problems_.Add(CodeOf(fault), offset, At(field), Shown(values)...);
+    problems_.Add(fault, offset, At(field), Shown(values)...);
   }
   template <class... Values>
   void TellOfEntry(reader::Fault fault, std::uint64_t offset, const char* field,
                    std::uint64_t index, const Values&... values) {
-    problems_.Add(CodeOf(fault), offset, At(field).At(index), Shown(values)...);
+    problems_.Add(fault, offset, At(field).At(index), Shown(values)...);
   }
   /// Where the end is known to cut a record, that was noted before and is not told again.
   template <class... Values>
   void TellOfEnd(reader::Fault fault, std::uint64_t offset, const char* field,
                  const Values&... values) {
-    if (!endCuts_) problems_.Add(CodeOf(fault), offset, At(field), values..., WhatEnds());
+    if (!endCuts_) problems_.Add(fault, offset, At(field), values..., WhatEnds());
   }
   [[noreturn]] void GiveUp() { throw Unreadable{}; }
   bool Good() const { return true; }
-  bool ChecksIndices() const { return true; }
   void IndicesCut(std::uint64_t offset, const char* field, std::uint32_t count);
 
   /// While it lives, fields are those of `place`.
@@ -68,7 +67,10 @@ class StrictSource : public reader::detail::Source<StrictSource> {
     Place place_;
   };
   Inside Enter(const char* record) { return {*this, At(record)}; }
-  Inside Enter(const char* list, std::uint32_t index) { return {*this, At(list).At(index)}; }
+  template <class Record>
+  Inside Enter(const char* list, std::uint32_t index) {
+    return {*this, At(list).At(index)};
+  }
 
   /// When the body does not take just the bytes that its size gives, or can't be read to its end,
   /// reading goes on where `isNext` finds what must follow the record: at the body's own end, or at
@@ -89,8 +91,6 @@ class StrictSource : public reader::detail::Source<StrictSource> {
   }
 
  private:
-  static ModelProblemCode CodeOf(reader::Fault fault);
-
   template <std::integral Number>
   static Number Shown(Number value) {
     return value;

@@ -155,7 +155,7 @@ int Run(std::span<char*> arguments) {
       const std::string shown = std::to_string(next) + "\n";
       Require(pwrite(progress, shown.data(), shown.size(), 0) > 0, "no progress can be told");
       alarm(kSeconds);
-      Try(Damaged(whole, next - first, seed), LayoutOfPath(path), next, counts);
+      Try(Damaged(whole, next - first, seed), reader::LayoutOfName(path), next, counts);
     }
     first += copies;
   }

@@ -89,13 +89,11 @@ class ModelWords {
 };
 
 /// What is wrong between the lists of a group, which engines are left to do without.
-constexpr std::array kForTheStrictAlone{
-    ModelProblemCode::kPlaneCount,    ModelProblemCode::kPlanePosition,
-    ModelProblemCode::kBatchPosition, ModelProblemCode::kPositionTaken,
-    ModelProblemCode::kFaceVertices,  ModelProblemCode::kFacesMissing,
-    ModelProblemCode::kUndrawnSet,    ModelProblemCode::kDrawnSet,
-    ModelProblemCode::kNotInSet,      ModelProblemCode::kInOtherSet,
-    ModelProblemCode::kListedAgain,   ModelProblemCode::kTooManyErrors};
+constexpr std::array<ModelProblemCode, 12> kForTheStrictAlone{
+    ModelFault::kPlaneCount,    ModelFault::kPlanePosition, ModelFault::kBatchPosition,
+    ModelFault::kPositionTaken, ModelFault::kFaceVertices,  ModelFault::kFacesMissing,
+    ModelFault::kUndrawnSet,    ModelFault::kDrawnSet,      ModelFault::kNotInSet,
+    ModelFault::kInOtherSet,    ModelFault::kListedAgain,   ModelFault::kTooManyErrors};
 
 /// Reads the bytes with both: what is sound for the one opens in the other, with the same values;
 /// what opens has no fault but those of the list.
