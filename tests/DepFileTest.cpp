@@ -1,7 +1,9 @@
 // The rules of --depfile as GNU make and ninja read them.
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>

@@ -287,7 +287,10 @@ test('names are text, and a narrow window needs no sideways scrolling', async ()
   for (const width of [480, 320]) {
     const { page, trouble } = await openPage(browser, file, { width, hash: '#material=0' });
     assert.equal(await page.title(), name);
-    assert.match((await cells(page, 'materials'))[0][0], /^<\/script>.*\\u202E\\u001B\[31m\\u180E\\U000E0001$/);
+    assert.match(
+      (await cells(page, 'materials'))[0][0],
+      /^<\/script>.*\\u202E\\u001B\[31m\\u180E\\U000E0001$/,
+    );
     assert.equal(await page.evaluate(() => window.hacked ?? document.images.length), 0);
     assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth));
     assert.deepEqual(trouble, []);
