@@ -16,9 +16,9 @@
 #include "HardScenes.h"
 #include "Level.h"
 #include "MeasuredRun.h"
-#include "geometry/CleanVertexAttributes.h"
-#include "geometry/RemoveDegenerateFaces.h"
-#include "geometry/WeldVertices.h"
+#include "exporter/geometry/CleanVertexAttributes.h"
+#include "exporter/geometry/RemoveDegenerateFaces.h"
+#include "exporter/geometry/WeldVertices.h"
 #include "reference/LiteralCleanVertexAttributes.h"
 #include "reference/LiteralWeldVertices.h"
 

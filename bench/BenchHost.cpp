@@ -2,9 +2,9 @@
 
 #include <filesystem>
 
-#include "plugin/LibraryEntry.h"
-#include "plugin/Resources.h"
-#include "plugin/state/ProcessState.h"
+#include "exporter/base/ProcessState.h"
+#include "exporter/plugin/LibraryEntry.h"
+#include "exporter/plugin/Resources.h"
 
 namespace mapexport {
 BenchHost::BenchHost(const std::string& folder) : module_(AttachModule(kResources)) {

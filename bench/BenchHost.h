@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "model/ExportModel.h"
+#include "exporter/plugin/ExportModel.h"
 #include "support/TestSystem.h"
 
 namespace mapexport {

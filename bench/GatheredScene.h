@@ -1,7 +1,7 @@
 // A scene as gathering leaves it.
 #pragma once
 
-#include "model/ExportModel.h"
+#include "exporter/plugin/ExportModel.h"
 #include "scene/HostScene.h"
 #include "scene/Scene.h"
 

@@ -4,12 +4,12 @@
 #include <limits>
 #include <random>
 
-#include "geometry/CleanVertexAttributes.h"
-#include "geometry/RemoveDegenerateFaces.h"
-#include "geometry/RenderBatches.h"
-#include "geometry/VoxelPartition.h"
-#include "geometry/WeldVertices.h"
-#include "plugin/state/ProcessState.h"
+#include "exporter/base/ProcessState.h"
+#include "exporter/geometry/CleanVertexAttributes.h"
+#include "exporter/geometry/RemoveDegenerateFaces.h"
+#include "exporter/geometry/RenderBatches.h"
+#include "exporter/geometry/VoxelPartition.h"
+#include "exporter/geometry/WeldVertices.h"
 
 namespace mapexport {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "geometry/GeometryGroup.h"
+#include "exporter/geometry/GeometryGroup.h"
 
 namespace mapexport {
 

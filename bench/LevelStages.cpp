@@ -3,11 +3,11 @@
 #include <fstream>
 
 #include "BenchHost.h"
-#include "geometry/CleanVertexAttributes.h"
-#include "geometry/CollisionLists.h"
-#include "geometry/DuplicateTwoSidedFaces.h"
-#include "geometry/RemoveDegenerateFaces.h"
-#include "geometry/WeldVertices.h"
+#include "exporter/geometry/CleanVertexAttributes.h"
+#include "exporter/geometry/CollisionLists.h"
+#include "exporter/geometry/DuplicateTwoSidedFaces.h"
+#include "exporter/geometry/RemoveDegenerateFaces.h"
+#include "exporter/geometry/WeldVertices.h"
 #include "scene/SceneFile.h"
 
 namespace mapexport {

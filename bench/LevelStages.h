@@ -5,7 +5,7 @@
 #include <string>
 
 #include "GatheredScene.h"
-#include "geometry/GeometryGroup.h"
+#include "exporter/geometry/GeometryGroup.h"
 #include "scene/Scene.h"
 
 namespace mapexport {

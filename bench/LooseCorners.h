@@ -4,7 +4,7 @@
 #include <array>
 #include <vector>
 
-#include "geometry/GeometryGroup.h"
+#include "exporter/geometry/GeometryGroup.h"
 
 namespace mapexport {
 

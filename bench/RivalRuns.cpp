@@ -19,7 +19,7 @@
 #include "FirstEqualVertices.h"
 #include "LooseCorners.h"
 #include "MeasuredRun.h"
-#include "geometry/FindWeldTargets.h"
+#include "exporter/geometry/FindWeldTargets.h"
 
 namespace mapexport {
 namespace {

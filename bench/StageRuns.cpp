@@ -9,11 +9,11 @@
 
 #include "BenchHost.h"
 #include "MeasuredRun.h"
-#include "geometry/CleanVertexAttributes.h"
-#include "geometry/RenderBatches.h"
-#include "geometry/VoxelPartition.h"
-#include "plugin/MapExporter.h"
-#include "plugin/state/ProcessState.h"
+#include "exporter/base/ProcessState.h"
+#include "exporter/geometry/CleanVertexAttributes.h"
+#include "exporter/geometry/RenderBatches.h"
+#include "exporter/geometry/VoxelPartition.h"
+#include "exporter/plugin/MapExporter.h"
 #include "scene/SceneFile.h"
 
 namespace mapexport {

@@ -2,14 +2,16 @@
 #
 #   mapexport_room(NAME [INCLUDES ROOM...] [LIBRARIES LIB...] [FOLDER PATH])
 #
-# makes the object library NAME of src/NAME/*.cpp (or src/PATH/*.cpp). INCLUDES are the only other rooms
+# makes the object library NAME of the sources in src/NAME (or src/PATH) and the folders in it, but those
+# that hold a main function or are a library of their own (main, pages). INCLUDES are the only other rooms
 # that its files may include; scripts/check-arrows.sh holds the files against these lines.
 function(mapexport_room name)
   cmake_parse_arguments(ROOM "" "FOLDER" "INCLUDES;LIBRARIES" ${ARGN})
   if(NOT ROOM_FOLDER)
     set(ROOM_FOLDER ${name})
   endif()
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${ROOM_FOLDER}/*.cpp)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${ROOM_FOLDER}/*.cpp)
+  list(FILTER sources EXCLUDE REGEX "/(main|pages)/[^/]*$")
   if(NOT sources)
     message(FATAL_ERROR "The room src/${ROOM_FOLDER} has no sources")
   endif()

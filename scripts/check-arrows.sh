@@ -2,15 +2,15 @@
 # Holds every #include of src/ against the arrows between the rooms, which are the mapexport_room
 # lines of src/CMakeLists.txt. Prints each include against them as FILE:LINE and ends with 1.
 #
-# Beyond these lines: the host's own library includes nothing but itself; plugin/load includes
-# plugin and what plugin may include, app/main includes app; of side A, the exporter, side B may
+# Beyond these lines: the host's own library includes nothing but itself; exporter/load includes
+# plugin and what plugin may include, app/main includes app, cli/pages cli; of side A, the exporter, side B may
 # include host only; side A takes the standard library and nothing else; Qt is for window alone.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 cd -- "$root/src"
 
-side_a="host state parse materials geometry modelfile model plugin plugin/load"
+side_a="host base materials geometry modelwriter plugin exporter/load"
 standard_headers="
   algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono
   cinttypes climits clocale cmath codecvt compare complex concepts condition_variable coroutine
@@ -89,13 +89,15 @@ find . -type f \( -name '*.h' -o -name '*.cpp' \) -printf '%P\0' | LC_ALL=C sort
         exit
       }
       folderOf["host"] = "host"
-      folderOf["plugin/load"] = "plugin/load"
-      Allow("plugin/load", "plugin")
+      folderOf["exporter/load"] = "exporter/load"
+      Allow("exporter/load", "plugin")
       for (room in isSideA) {
-        if (("plugin", room) in allowed) Allow("plugin/load", room)
+        if (("plugin", room) in allowed) Allow("exporter/load", room)
       }
       folderOf["app/main"] = "app/main"
       Allow("app/main", "app")
+      folderOf["cli/pages"] = "cli/pages"
+      Allow("cli/pages", "cli")
       for (room in folderOf) roomOf[folderOf[room]] = room
     }
 

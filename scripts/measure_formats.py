@@ -3,7 +3,7 @@
 
     scripts/measure_formats.py [MAPEXPORT]
 
-Reads every model whose extension has a row in src/app/formats.txt and writes the counts of that
+Reads every model whose extension has a row in src/cli/formats.txt and writes the counts of that
 table anew. A row with the extension alone adds a format. Review the difference.
 """
 import concurrent.futures
@@ -14,7 +14,7 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-TABLE = ROOT / "src/app/formats.txt"
+TABLE = ROOT / "src/cli/formats.txt"
 PACKAGE = pathlib.Path("/usr/share/assimp")
 READ_LIMIT = "10"
 

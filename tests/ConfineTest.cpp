@@ -30,11 +30,11 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "app/AddressSanitizer.h"
-#include "app/ConfineReader.h"
-#include "app/FilterCalls.h"
-#include "app/MemoryLimit.h"
-#include "app/RestrictFiles.h"
+#include "worker/AddressSanitizer.h"
+#include "worker/ConfineReader.h"
+#include "worker/FilterCalls.h"
+#include "worker/MemoryLimit.h"
+#include "worker/RestrictFiles.h"
 
 namespace mapexport {
 namespace {

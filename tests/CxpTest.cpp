@@ -11,9 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "materials/LoadCxp.h"
-#include "materials/ReadCxp.h"
-#include "plugin/state/ProcessState.h"
+#include "exporter/base/ProcessState.h"
+#include "exporter/materials/LoadCxp.h"
+#include "exporter/materials/ReadCxp.h"
 #include "support/TestSystem.h"
 
 namespace mapexport {

@@ -12,8 +12,8 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include "app/DepFile.h"
-#include "app/RunError.h"
+#include "output/DepFile.h"
+#include "system/RunError.h"
 
 namespace mapexport {
 namespace {

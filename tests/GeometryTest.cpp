@@ -9,17 +9,17 @@
 
 #include <gtest/gtest.h>
 
-#include "geometry/CollisionLists.h"
-#include "geometry/ConvertCoordinates.h"
-#include "geometry/RenderBatches.h"
-#include "geometry/SmoothedNormals.h"
-#include "geometry/VoxelPartition.h"
-#include "model/ExportModel.h"
-#include "modelfile/BinaryWriter.h"
-#include "modelfile/IndexLimit.h"
-#include "modelfile/WriteKobRecord.h"
-#include "modelfile/WriteQobRecord.h"
-#include "plugin/state/ProcessState.h"
+#include "exporter/base/ProcessState.h"
+#include "exporter/geometry/CollisionLists.h"
+#include "exporter/geometry/ConvertCoordinates.h"
+#include "exporter/geometry/RenderBatches.h"
+#include "exporter/geometry/SmoothedNormals.h"
+#include "exporter/geometry/VoxelPartition.h"
+#include "exporter/modelwriter/BinaryWriter.h"
+#include "exporter/modelwriter/IndexLimit.h"
+#include "exporter/modelwriter/WriteKobRecord.h"
+#include "exporter/modelwriter/WriteQobRecord.h"
+#include "exporter/plugin/ExportModel.h"
 #include "reference/LiteralGeometry.h"
 #include "support/TestSystem.h"
 

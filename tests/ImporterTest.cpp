@@ -14,15 +14,15 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include "importer/FbxLinks.h"
-#include "importer/FoldHelperNodes.h"
-#include "importer/HostText.h"
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
 #include "importer/LimitRemarks.h"
 #include "importer/ReadWithLibrary.h"
-#include "importer/RebuildMesh.h"
-#include "importer/TriangulatePolygon.h"
+#include "importer/fbx/FbxLinks.h"
+#include "importer/fbx/FoldHelperNodes.h"
+#include "importer/obj/TriangulatePolygon.h"
+#include "importer/rebuild/RebuildMesh.h"
+#include "importer/text/HostText.h"
 #include "scene/NearKeywords.h"
 #include "scene/SceneError.h"
 

@@ -5,8 +5,8 @@
 
 #include <gmock/gmock.h>
 
-#include "materials/MaterialsList.h"
-#include "plugin/state/ProcessState.h"
+#include "exporter/base/ProcessState.h"
+#include "exporter/materials/MaterialsList.h"
 #include "support/TestSystem.h"
 
 namespace mapexport {

@@ -17,9 +17,9 @@
 #include "fuzz/ReadersAgree.h"
 #include "modelreader/ModelJson.h"
 #include "modelreader/ModelText.h"
-#include "modelreader/PrintableText.h"
 #include "modelreader/ReadModelFile.h"
 #include "support/ModelFiles.h"
+#include "system/PrintableText.h"
 
 namespace {
 

@@ -71,7 +71,7 @@ Refusals ReadRefusals() {
 /// The files of the package that count as models, by their extension, as paths within the package.
 std::vector<std::string> PackageModels() {
   std::set<std::string> extensions;
-  for (const std::string& row : TableRows(fs::path(MAPEXPORT_SOURCE_DIR) / "src/app/formats.txt")) {
+  for (const std::string& row : TableRows(fs::path(MAPEXPORT_SOURCE_DIR) / "src/cli/formats.txt")) {
     extensions.insert(row.substr(0, row.find(' ')));
   }
   std::vector<std::string> models;

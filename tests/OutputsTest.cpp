@@ -16,7 +16,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "app/OutputPlace.h"
+#include "output/OutputPlace.h"
 #include "support/ProgramRun.h"
 
 namespace mapexport {

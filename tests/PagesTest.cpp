@@ -13,9 +13,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "app/BashCompletion.h"
-#include "app/Help.h"
-#include "app/ManPage.h"
+#include "cli/BashCompletion.h"
+#include "cli/Help.h"
+#include "cli/ManPage.h"
 
 namespace mapexport {
 namespace {

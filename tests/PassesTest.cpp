@@ -10,13 +10,13 @@
 
 #include <gtest/gtest.h>
 
-#include "geometry/CleanVertexAttributes.h"
-#include "geometry/GeometryGroup.h"
-#include "geometry/IsSliver.h"
-#include "geometry/RemoveDegenerateFaces.h"
-#include "geometry/RemoveFaces.h"
-#include "geometry/WeldVertices.h"
-#include "plugin/state/ProcessState.h"
+#include "exporter/base/ProcessState.h"
+#include "exporter/geometry/CleanVertexAttributes.h"
+#include "exporter/geometry/GeometryGroup.h"
+#include "exporter/geometry/IsSliver.h"
+#include "exporter/geometry/RemoveDegenerateFaces.h"
+#include "exporter/geometry/RemoveFaces.h"
+#include "exporter/geometry/WeldVertices.h"
 #include "reference/LiteralCleanVertexAttributes.h"
 #include "reference/LiteralWeldVertices.h"
 #include "support/GroupBits.h"

@@ -28,10 +28,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "app/ReadSeconds.h"
-#include "app/ReaderMessage.h"
 #include "app/RunReport.h"
+#include "importer/ReadSeconds.h"
 #include "support/ProgramRun.h"
+#include "worker/ReaderMessage.h"
 
 namespace mapexport {
 namespace {

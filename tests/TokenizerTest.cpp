@@ -9,8 +9,8 @@
 
 #include <gmock/gmock.h>
 
-#include "parse/TextStreambuf.h"
-#include "parse/Tokenizer.h"
+#include "exporter/materials/TextStreambuf.h"
+#include "exporter/materials/Tokenizer.h"
 #include "reference/LiteralTokenizer.h"
 
 namespace mapexport {

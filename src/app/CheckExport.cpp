@@ -8,9 +8,9 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "app/FdOutput.h"
-#include "app/RunError.h"
-#include "settings/Descriptor.h"
+#include "system/Descriptor.h"
+#include "system/FdOutput.h"
+#include "system/RunError.h"
 
 namespace mapexport {
 namespace {

@@ -18,10 +18,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "app/BecomeWorker.h"
-#include "app/FdOutput.h"
-#include "app/RunError.h"
-#include "settings/Descriptor.h"
+#include "system/Descriptor.h"
+#include "system/FdOutput.h"
+#include "system/RunError.h"
+#include "worker/BecomeWorker.h"
 
 namespace mapexport {
 namespace {

@@ -11,13 +11,13 @@
 #include "app/ConvertApart.h"
 #include "app/LoadModel.h"
 #include "app/Messages.h"
-#include "app/OutputPlace.h"
-#include "app/RunError.h"
-#include "app/StandardOutput.h"
-#include "app/TakenFiles.h"
 #include "app/TellPlaced.h"
 #include "convert/ConvertModel.h"
-#include "modelreader/Utf8.h"
+#include "output/OutputPlace.h"
+#include "output/TakenFiles.h"
+#include "system/RunError.h"
+#include "system/StandardOutput.h"
+#include "system/Utf8.h"
 
 namespace mapexport {
 namespace {

@@ -12,7 +12,6 @@
 #include <fmt/format.h>
 
 #include "app/CheckExport.h"
-#include "app/DepFile.h"
 #include "app/ExportSystem.h"
 #include "app/ExportTargets.h"
 #include "app/ExporterLog.h"
@@ -20,19 +19,20 @@
 #include "app/LoadScene.h"
 #include "app/Messages.h"
 #include "app/ModelRemarks.h"
-#include "app/Options.h"
-#include "app/OutputPlace.h"
 #include "app/PluginLibrary.h"
-#include "app/RunError.h"
 #include "app/RunReport.h"
-#include "app/Sha256.h"
 #include "app/Stages.h"
-#include "app/StandardOutput.h"
-#include "app/TakenFiles.h"
 #include "app/TellPlaced.h"
 #include "app/WindowLibrary.h"
+#include "cli/Options.h"
+#include "output/DepFile.h"
+#include "output/OutputPlace.h"
+#include "output/Sha256.h"
+#include "output/TakenFiles.h"
 #include "scene/HostScene.h"
 #include "settings/SettingsStore.h"
+#include "system/RunError.h"
+#include "system/StandardOutput.h"
 
 namespace mapexport {
 namespace {
@@ -236,6 +236,12 @@ void RequireFree(Run& run, const OutputTarget& model, const std::optional<Output
   if (depFile) run.inputs.RequireFree(*depFile);
 }
 
+/// Where the exporter's log is to go; nowhere without a name.
+std::optional<std::string> LogName(const ExportArguments& arguments) {
+  if (arguments.noLog) return std::nullopt;
+  return arguments.log.value_or(ExporterLog::kName);
+}
+
 /// What the log may not replace.
 TakenFiles TakenBesideLog(const Run& run, const OutputTarget& model) {
   TakenFiles taken = run.inputs;
@@ -285,7 +291,7 @@ void Export(Run& run) {
   // differently; the folder's own name has none, so another such name tells beforehand.
   const std::string givenName = NamePart(arguments.output);
   OutputPlace place(target, NamePart(ModelPath(FolderPart(target.path) + "folder/" + givenName)));
-  ExporterLog log(arguments.log, TakenBesideLog(run, target));
+  ExporterLog log(LogName(arguments), TakenBesideLog(run, target));
   ExporterTalk talk(run.messages, log, BoxesOf(run));
   ExportSystem system(SystemOptions(run, talk), settings, run.stages, log);
   run.stages.Begin("exporting");

@@ -6,8 +6,8 @@
 
 #include <unistd.h>
 
-#include "app/RunError.h"
-#include "app/StandardOutput.h"
+#include "system/RunError.h"
+#include "system/StandardOutput.h"
 
 namespace mapexport {
 namespace {

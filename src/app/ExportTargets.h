@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "app/Arguments.h"
-#include "app/OutputPlace.h"
-#include "app/TakenFiles.h"
+#include "cli/Arguments.h"
+#include "output/OutputPlace.h"
+#include "output/TakenFiles.h"
 #include "settings/SettingsStore.h"
 
 namespace mapexport {

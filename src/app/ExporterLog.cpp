@@ -9,8 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "app/RunError.h"
 #include "app/TellPlaced.h"
+#include "system/RunError.h"
 
 namespace mapexport {
 namespace {

@@ -6,9 +6,9 @@
 #include <string>
 
 #include "app/Messages.h"
-#include "app/OutputPlace.h"
-#include "app/TakenFiles.h"
-#include "settings/Descriptor.h"
+#include "output/OutputPlace.h"
+#include "output/TakenFiles.h"
+#include "system/Descriptor.h"
 
 namespace mapexport {
 

@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "modelreader/Utf8.h"
+#include "system/Utf8.h"
 
 namespace mapexport {
 namespace {

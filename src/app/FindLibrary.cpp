@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "app/RunError.h"
+#include "system/RunError.h"
 
 namespace mapexport {
 

@@ -5,9 +5,9 @@
 
 #include "app/LoadModel.h"
 #include "app/Messages.h"
-#include "app/StandardOutput.h"
 #include "modelreader/ModelJson.h"
 #include "modelreader/ModelText.h"
+#include "system/StandardOutput.h"
 
 namespace mapexport {
 

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "app/ExitStatus.h"
 #include "app/Messages.h"
+#include "cli/ExitStatus.h"
 #include "modelreader/ModelFile.h"
 
 namespace mapexport {

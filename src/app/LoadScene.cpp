@@ -4,10 +4,10 @@
 
 #include <fmt/format.h>
 
-#include "app/ReadForeignScene.h"
-#include "app/ReadSeconds.h"
+#include "importer/ReadSeconds.h"
 #include "scene/NearKeywords.h"
 #include "scene/SceneFile.h"
+#include "worker/ReadForeignScene.h"
 
 namespace mapexport {
 namespace {

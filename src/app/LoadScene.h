@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "app/ConfineReader.h"
 #include "app/Messages.h"
-#include "app/SceneSource.h"
 #include "app/Stages.h"
-#include "importer/ImportRemark.h"
+#include "cli/SceneSource.h"
 #include "scene/Scene.h"
+#include "system/Remark.h"
+#include "worker/ConfineReader.h"
 
 namespace mapexport {
 

@@ -8,9 +8,9 @@
 
 #include <fmt/format.h>
 
-#include "app/StandardError.h"
 #include "importer/LimitRemarks.h"
-#include "modelreader/PrintableText.h"
+#include "system/PrintableText.h"
+#include "system/StandardError.h"
 
 namespace mapexport {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "importer/ImportRemark.h"
+#include "system/Remark.h"
 
 namespace mapexport {
 

@@ -4,11 +4,11 @@
 #include <span>
 #include <string>
 
-#include "app/ExitStatus.h"
 #include "app/Messages.h"
-#include "app/SceneCensus.h"
+#include "cli/ExitStatus.h"
 #include "modelreader/ModelLengths.h"
 #include "modelreader/ModelProblem.h"
+#include "scene/SceneCensus.h"
 
 namespace mapexport {
 

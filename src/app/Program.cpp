@@ -9,19 +9,19 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include "app/Arguments.h"
 #include "app/ConvertCommand.h"
-#include "app/ExitStatus.h"
 #include "app/ExportCommand.h"
-#include "app/Help.h"
 #include "app/InspectCommand.h"
 #include "app/Messages.h"
-#include "app/RunError.h"
 #include "app/SceneCommand.h"
-#include "app/StandardError.h"
-#include "app/StandardOutput.h"
-#include "app/UsageError.h"
 #include "app/ViewCommand.h"
+#include "cli/Arguments.h"
+#include "cli/ExitStatus.h"
+#include "cli/Help.h"
+#include "cli/UsageError.h"
+#include "system/RunError.h"
+#include "system/StandardError.h"
+#include "system/StandardOutput.h"
 
 namespace mapexport {
 namespace {

@@ -5,7 +5,7 @@
 #include <map>
 #include <string_view>
 
-#include "modelreader/JsonStream.h"
+#include "system/JsonStream.h"
 
 namespace mapexport {
 namespace {

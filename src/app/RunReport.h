@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "app/ConfineReader.h"
-#include "app/ExitStatus.h"
 #include "app/Messages.h"
-#include "app/SceneCensus.h"
 #include "app/Stages.h"
+#include "cli/ExitStatus.h"
 #include "modelreader/ModelLengths.h"
+#include "scene/SceneCensus.h"
+#include "worker/ConfineReader.h"
 
 namespace mapexport {
 

@@ -6,12 +6,12 @@
 
 #include "app/LoadScene.h"
 #include "app/Messages.h"
-#include "app/OutputPlace.h"
 #include "app/Stages.h"
-#include "app/StandardOutput.h"
-#include "app/TakenFiles.h"
 #include "app/TellPlaced.h"
+#include "output/OutputPlace.h"
+#include "output/TakenFiles.h"
 #include "scene/SceneFile.h"
+#include "system/StandardOutput.h"
 
 namespace mapexport {
 

@@ -1,8 +1,8 @@
 // The command `scene`.
 #pragma once
 
-#include "app/Arguments.h"
-#include "app/ExitStatus.h"
+#include "cli/Arguments.h"
+#include "cli/ExitStatus.h"
 
 namespace mapexport {
 

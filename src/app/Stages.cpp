@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <signal.h>
 
-#include "app/StandardError.h"
+#include "system/StandardError.h"
 
 namespace mapexport {
 

@@ -5,8 +5,8 @@
 #include <span>
 
 #include "app/Messages.h"
-#include "app/OutputPlace.h"
-#include "app/StandardError.h"
+#include "output/OutputPlace.h"
+#include "system/StandardError.h"
 
 namespace mapexport {
 

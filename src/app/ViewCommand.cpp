@@ -8,12 +8,12 @@
 
 #include "app/LoadModel.h"
 #include "app/Messages.h"
-#include "app/OutputPlace.h"
-#include "app/RunError.h"
-#include "app/StandardOutput.h"
-#include "app/TakenFiles.h"
 #include "app/TellPlaced.h"
-#include "modelreader/PrintableText.h"
+#include "output/OutputPlace.h"
+#include "output/TakenFiles.h"
+#include "system/PrintableText.h"
+#include "system/RunError.h"
+#include "system/StandardOutput.h"
 #include "view/WritePage.h"
 
 namespace mapexport {

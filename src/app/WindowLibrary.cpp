@@ -15,8 +15,8 @@
 #include <unistd.h>
 
 #include "app/FindLibrary.h"
-#include "app/RunError.h"
-#include "settings/Descriptor.h"
+#include "system/Descriptor.h"
+#include "system/RunError.h"
 
 namespace mapexport {
 namespace {

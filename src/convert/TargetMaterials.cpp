@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "modelreader/Utf8.h"
+#include "system/Utf8.h"
 
 namespace mapexport {
 

@@ -13,11 +13,11 @@
 #include <fmt/format.h>
 #include <pugixml.hpp>
 
-#include "importer/Chunk3ds.h"
 #include "importer/FileExtension.h"
-#include "importer/GltfDefect.h"
-#include "importer/HostText.h"
-#include "importer/StatementLines.h"
+#include "importer/gltf/GltfDefect.h"
+#include "importer/text/HostText.h"
+#include "importer/text/StatementLines.h"
+#include "importer/threeds/Chunk3ds.h"
 #include "scene/FileText.h"
 #include "scene/TextPlace.h"
 

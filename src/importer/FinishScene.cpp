@@ -11,10 +11,10 @@
 
 #include <fmt/format.h>
 
-#include "importer/ControlCharacters.h"
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
 #include "importer/LimitRemarks.h"
+#include "importer/text/ControlCharacters.h"
 #include "scene/NearKeywords.h"
 
 namespace mapexport {

@@ -8,11 +8,11 @@
 #include <fmt/format.h>
 
 #include "importer/FinishScene.h"
-#include "importer/HostText.h"
-#include "importer/ImportObj.h"
 #include "importer/LeftOut.h"
 #include "importer/ReadWithLibrary.h"
-#include "importer/RebuildScene.h"
+#include "importer/obj/ImportObj.h"
+#include "importer/rebuild/RebuildScene.h"
+#include "importer/text/HostText.h"
 #include "scene/SceneError.h"
 
 namespace mapexport {

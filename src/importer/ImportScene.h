@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "importer/ImportOptions.h"
-#include "importer/ImportRemark.h"
 #include "scene/Scene.h"
+#include "system/Remark.h"
 
 namespace mapexport {
 

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "importer/ImportRemark.h"
+#include "system/Remark.h"
 
 namespace mapexport {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "importer/ImportRemark.h"
+#include "system/Remark.h"
 
 namespace mapexport {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "importer/StatementLines.h"
+#include "importer/text/StatementLines.h"
 
 namespace mapexport {
 namespace {

@@ -11,7 +11,7 @@
 #include <assimp/DefaultIOSystem.h>
 #include <assimp/MemoryIOWrapper.h>
 
-#include "importer/HostText.h"
+#include "importer/text/HostText.h"
 
 namespace mapexport {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "modelreader/JsonStream.h"
+#include "system/JsonStream.h"
 
 namespace mapexport {
 

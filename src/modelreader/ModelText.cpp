@@ -12,8 +12,8 @@
 
 #include "modelreader/ModelFaceFlags.h"
 #include "modelreader/ModelSummary.h"
-#include "modelreader/PrintableText.h"
 #include "modelreader/TextTable.h"
+#include "system/PrintableText.h"
 
 namespace mapexport {
 

@@ -12,8 +12,8 @@
 #include <mapexport/ModelReader.h>
 
 #include "modelreader/Place.h"
-#include "modelreader/PrintableText.h"
 #include "modelreader/ProblemList.h"
+#include "system/PrintableText.h"
 
 namespace mapexport {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "modelreader/PrintableText.h"
+#include "system/PrintableText.h"
 
 namespace mapexport {
 

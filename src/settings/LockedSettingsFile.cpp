@@ -14,9 +14,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "settings/FileAttributes.h"
 #include "settings/ReadSettingsFile.h"
 #include "settings/SettingsError.h"
+#include "system/FileAttributes.h"
 
 namespace mapexport {
 namespace {

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "settings/Descriptor.h"
-#include "settings/HoldInterrupts.h"
+#include "system/Descriptor.h"
+#include "system/HoldInterrupts.h"
 
 namespace mapexport {
 

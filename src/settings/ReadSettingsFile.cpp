@@ -8,8 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "settings/Descriptor.h"
 #include "settings/SettingsError.h"
+#include "system/Descriptor.h"
 
 namespace mapexport {
 

@@ -5,10 +5,10 @@
 #include <sstream>
 #include <string>
 
+#include "exporter/materials/ReadCxp.h"
+#include "exporter/materials/TextStreambuf.h"
+#include "exporter/materials/Tokenizer.h"
 #include "fuzz/FuzzBytes.h"
-#include "materials/ReadCxp.h"
-#include "parse/TextStreambuf.h"
-#include "parse/Tokenizer.h"
 #include "reference/LiteralTokenizer.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

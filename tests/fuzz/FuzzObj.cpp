@@ -5,10 +5,10 @@
 
 #include "fuzz/SceneRoundTrip.h"
 #include "importer/FinishScene.h"
-#include "importer/ImportObj.h"
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
-#include "importer/ReadMtlFile.h"
+#include "importer/obj/ImportObj.h"
+#include "importer/obj/ReadMtlFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace mapexport;

@@ -14,12 +14,12 @@
 #include <assimp/scene.h>
 
 #include "fuzz/SceneRoundTrip.h"
-#include "importer/FbxLinks.h"
 #include "importer/FinishScene.h"
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
 #include "importer/ReadWithLibrary.h"
-#include "importer/RebuildScene.h"
+#include "importer/fbx/FbxLinks.h"
+#include "importer/rebuild/RebuildScene.h"
 
 namespace mapexport {
 namespace {

@@ -8,12 +8,12 @@
 
 #include <assimp/scene.h>
 
+#include "exporter/geometry/FaceFlags.h"
 #include "fuzz/MemoryFile.h"
 #include "fuzz/SceneRoundTrip.h"
-#include "geometry/FaceFlags.h"
-#include "importer/HostText.h"
 #include "importer/ReadWithLibrary.h"
-#include "importer/UserProperties.h"
+#include "importer/rebuild/UserProperties.h"
+#include "importer/text/HostText.h"
 #include "scene/HostScene.h"
 #include "scene/NearKeywords.h"
 

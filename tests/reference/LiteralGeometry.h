@@ -1,4 +1,5 @@
-// The literal definitions of what src/geometry does faster: scans, lists, a dense voxel grid.
+// The literal definitions of what src/exporter/geometry does faster: scans, lists, a dense voxel
+// grid.
 #pragma once
 
 #include <algorithm>
@@ -8,9 +9,9 @@
 #include <list>
 #include <vector>
 
-#include "geometry/GeometryGroup.h"
-#include "materials/MaterialsList.h"
-#include "plugin/state/RandomGenerator.h"
+#include "exporter/base/RandomGenerator.h"
+#include "exporter/geometry/GeometryGroup.h"
+#include "exporter/materials/MaterialsList.h"
 
 namespace mapexport::literal {
 

@@ -7,7 +7,7 @@
 #include <numeric>
 #include <vector>
 
-#include "geometry/GeometryGroup.h"
+#include "exporter/geometry/GeometryGroup.h"
 
 namespace mapexport {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "geometry/GeometryGroup.h"
+#include "exporter/geometry/GeometryGroup.h"
 
 namespace mapexport {
 

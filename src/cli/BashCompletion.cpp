@@ -1,0 +1,96 @@
+#include "cli/BashCompletion.h"
+
+#include <span>
+#include <string_view>
+
+#include <fmt/format.h>
+
+#include "cli/Options.h"
+
+namespace mapexport {
+namespace {
+
+constexpr std::string_view kBegin = R"(# bash completion for mapexport
+
+_mapexport() {
+  local current=${COMP_WORDS[COMP_CWORD]} option=${COMP_WORDS[COMP_CWORD - 1]}
+  local command=${COMP_WORDS[1]} words=
+  COMPREPLY=()
+  # bash cuts "--option=value" into three words.
+  if [[ $current == = ]]; then
+    current=
+  elif [[ $option == = ]]; then
+    option=${COMP_WORDS[COMP_CWORD - 2]}
+  fi
+  if ((COMP_CWORD == 1)); then
+    mapfile -t COMPREPLY < <(compgen -W ')";
+
+constexpr std::string_view kValues = R"(' -- "$current")
+    return
+  fi
+  case "$command $option" in
+)";
+
+constexpr std::string_view kOptions = R"(  esac
+  if [[ -n $words ]]; then
+    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+    return
+  fi
+  case $command in
+)";
+
+constexpr std::string_view kEnd = R"(  esac
+  if [[ $current == -* ]]; then
+    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+  else
+    compopt -o filenames 2>/dev/null
+    mapfile -t COMPREPLY < <(compgen -f -- "$current")
+  fi
+}
+complete -F _mapexport mapexport
+)";
+
+void AppendNames(std::string& words, const OptionInfo& option) {
+  words += fmt::format(" --{}", option.name);
+  if (option.kind == OptionKind::kSwitch) words += fmt::format(" --no-{}", option.name);
+  if (option.letter != '\0') words += fmt::format(" -{}", option.letter);
+}
+
+std::string NamesOf(std::span<const OptionInfo> options) {
+  std::string words;
+  for (const OptionInfo& option : options) AppendNames(words, option);
+  return words.empty() ? words : words.substr(1);
+}
+
+/// A case of what follows `option`: words; nothing where a value is expected that none can guess.
+std::string ValueCase(const CommandInfo& command, const OptionInfo& option) {
+  const std::span<const char* const> words =
+      option.kind == OptionKind::kRow ? option.rows : option.words;
+  const bool isFile = option.argument != nullptr && std::string_view(option.argument) == "FILE";
+  if (option.argument == nullptr || isFile) return {};
+  const std::string pattern = fmt::format("    '{} --{}')", command.name, option.name);
+  if (words.empty()) return pattern + " return ;;\n";
+  return fmt::format("{} words='{}' ;;\n", pattern, fmt::join(words, " "));
+}
+
+}  // namespace
+
+std::string BashCompletion() {
+  std::string script(kBegin);
+  for (const CommandInfo& command : Commands()) script += fmt::format("{} ", command.name);
+  script += NamesOf(ProgramOptions());
+  script += kValues;
+  for (const CommandInfo& command : Commands()) {
+    for (const OptionInfo& option : command.options) script += ValueCase(command, option);
+  }
+  script += kOptions;
+  for (const CommandInfo& command : Commands()) {
+    std::string names = NamesOf(command.options);
+    names += fmt::format("{}{}", names.empty() ? "" : " ", NamesOf(ProgramOptions().first(1)));
+    script += fmt::format("    {}) words='{}' ;;\n", command.name, names);
+  }
+  script += kEnd;
+  return script;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,149 @@
+#include "cli/CommandLine.h"
+
+#include <algorithm>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "cli/UsageError.h"
+
+namespace mapexport {
+namespace {
+
+bool TakesValue(OptionKind kind) {
+  return kind != OptionKind::kFlag && kind != OptionKind::kSwitch;
+}
+
+const CommandInfo* FindCommand(std::string_view name) {
+  const auto found = std::ranges::find(Commands(), name, &CommandInfo::name);
+  return found == Commands().end() ? nullptr : &*found;
+}
+
+/// Refuses the "--name=value" forms that the parser would take for something else: a flag with a
+/// value, and an empty value, for which it would take the next argument.
+void CheckEqualSigns(const std::vector<std::string>& arguments, const CommandInfo* command) {
+  for (const std::string& argument : arguments) {
+    if (argument == "--") return;
+    const std::size_t equalSign = argument.find('=');
+    if (!argument.starts_with("--") || equalSign == std::string::npos) continue;
+    const std::string_view name = std::string_view(argument).substr(2, equalSign - 2);
+    const auto isFlag = [&](const OptionInfo& option) {
+      return !TakesValue(option.kind) &&
+             (name == option.name || name == fmt::format("no-{}", option.name));
+    };
+    if (std::ranges::any_of(ProgramOptions(), isFlag) ||
+        (command != nullptr && std::ranges::any_of(command->options, isFlag))) {
+      throw UsageError(fmt::format("--{} takes no value", name), command);
+    }
+    if (equalSign + 1 == argument.size()) {
+      throw UsageError(fmt::format("--{}: the value after \"=\" is missing", name), command);
+    }
+  }
+}
+
+/// Without a command, the first argument must be an option of the program itself.
+void CheckProgramOption(const std::vector<std::string>& arguments) {
+  if (arguments.empty()) throw UsageError("a command is missing", nullptr);
+  const std::string& first = arguments.front();
+  const auto isFirst = [&](const OptionInfo& option) {
+    return first == fmt::format("--{}", option.name) ||
+           (option.letter != '\0' && first == fmt::format("-{}", option.letter));
+  };
+  if (std::ranges::any_of(ProgramOptions(), isFirst)) return;
+  throw UsageError(first.starts_with('-')
+                       ? fmt::format("\"{}\" stands where a command is expected", first)
+                       : fmt::format("there is no command \"{}\"", first),
+                   nullptr);
+}
+
+std::string ParserNames(const OptionInfo& option) {
+  std::string names = option.letter == '\0' ? "" : fmt::format("-{},", option.letter);
+  names += fmt::format("--{}", option.name);
+  if (option.kind == OptionKind::kSwitch) names += fmt::format(",!--no-{}", option.name);
+  return names;
+}
+
+/// The parser's own form of a command.
+struct CommandParser {
+  const CommandInfo* info;
+  CLI::App* app;
+  std::vector<CLI::Option*> positionals;
+  std::vector<CLI::Option*> options;  ///< parallel to info->options
+};
+
+CommandParser AddCommand(CLI::App& program, const CommandInfo& info) {
+  CommandParser parser{&info, program.add_subcommand(info.name), {}, {}};
+  for (const PositionalInfo& positional : info.positionals) {
+    parser.positionals.push_back(parser.app->add_option(positional.name)->required());
+  }
+  for (const OptionInfo& option : info.options) {
+    CLI::Option* added = TakesValue(option.kind) ? parser.app->add_option(ParserNames(option))
+                                                 : parser.app->add_flag(ParserNames(option));
+    if (TakesValue(option.kind)) added->type_name(option.argument);
+    parser.options.push_back(added->multi_option_policy(CLI::MultiOptionPolicy::TakeLast));
+  }
+  return parser;
+}
+
+CommandLine Collect(const CommandParser& parser) {
+  CommandLine line;
+  line.command = parser.info;
+  for (const CLI::Option* positional : parser.positionals) {
+    line.positionals.push_back(positional->results().back());
+  }
+  for (std::size_t i = 0; i < parser.options.size(); ++i) {
+    // The results as they were given: the parser's own conversions treat some texts specially.
+    const CLI::results_t& results = parser.options[i]->results();
+    if (results.empty()) continue;
+    const OptionInfo& option = parser.info->options[i];
+    std::string value = results.back();
+    if (option.kind == OptionKind::kFlag) value.clear();
+    if (option.kind == OptionKind::kSwitch) value = value == "true" ? "on" : "off";
+    line.options.emplace(option.name, std::move(value));
+  }
+  return line;
+}
+
+}  // namespace
+
+std::optional<std::string> CommandLine::Value(std::string_view option) const {
+  const auto found = options.find(option);
+  if (found == options.end()) return std::nullopt;
+  return found->second;
+}
+
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
+  const CommandInfo* command = arguments.empty() ? nullptr : FindCommand(arguments.front());
+  CheckEqualSigns(arguments, command);
+  if (command == nullptr) CheckProgramOption(arguments);
+
+  CLI::App program;
+  program.set_help_flag("-h,--help");
+  program.set_version_flag("--version", std::string());
+  program.require_subcommand(1);
+  std::vector<CommandParser> parsers;
+  for (const CommandInfo& info : Commands()) parsers.push_back(AddCommand(program, info));
+
+  CommandLine line;
+  const auto used = [&] {
+    return std::ranges::find_if(parsers, [](const CommandParser& p) { return p.app->parsed(); });
+  };
+  try {
+    // The parser takes them from the back.
+    program.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    line = Collect(*used());
+  } catch (const CLI::CallForHelp&) {
+    line.wanted = CommandLine::Wanted::kHelp;
+    line.command = used() == parsers.end() ? nullptr : used()->info;
+  } catch (const CLI::CallForVersion&) {
+    line.wanted = CommandLine::Wanted::kVersion;
+  } catch (const CLI::ArgumentMismatch&) {
+    // Only when the arguments ran out: the last one is an option without its value.
+    throw UsageError(fmt::format("{}: a value is missing", arguments.back()), command);
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(error.what(), command);
+  }
+  return line;
+}
+
+}  // namespace mapexport

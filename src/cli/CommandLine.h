@@ -1,0 +1,35 @@
+// Takes a command line apart by the table of commands and options.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/Options.h"
+
+namespace mapexport {
+
+/// The words of a command line; what their values mean is not looked at.
+struct CommandLine {
+  const CommandInfo* command = nullptr;  ///< null only when `program` says what is wanted
+  std::vector<std::string> positionals;  ///< as many as the command has
+  /// The given options by name with the last value of each; "on" or "off" for a kSwitch, "" for a
+  /// kFlag.
+  std::map<std::string, std::string, std::less<>> options;
+
+  enum class Wanted { kCommand, kHelp, kVersion };
+  Wanted wanted = Wanted::kCommand;  ///< with kHelp, of `command` or of the program
+
+  bool Has(std::string_view option) const { return options.contains(option); }
+  std::optional<std::string> Value(std::string_view option) const;
+};
+
+/// `arguments` are those after the program's name. Names are never abbreviated; "--" ends the
+/// options. Help, where it is asked for, comes before every mistake but those in the options' form.
+/// Throws UsageError.
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
+
+}  // namespace mapexport

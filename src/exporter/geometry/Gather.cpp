@@ -1,0 +1,80 @@
+#include "exporter/geometry/Gather.h"
+
+#include <memory>
+#include <string_view>
+
+#include "exporter/base/ProcessState.h"
+#include "exporter/geometry/FaceFlags.h"
+#include "exporter/geometry/GatherMesh.h"
+
+namespace mapexport {
+namespace {
+
+/// The view that render meshes are asked for: 640 x 480 pixels, looked at straight from above, one
+/// unit a pixel.
+class ExportView : public View {
+ public:
+  ExportView() {
+    screenW = 640;
+    screenH = 480;
+    worldToView.IdentityMatrix();
+  }
+  Point2 ViewToScreen(Point3 p) override { return {p.x, p.y}; }
+};
+
+CStr LowerCaseName(const INode& node) {
+  CStr name = node.GetName();
+  name.toLower();
+  return name;
+}
+
+bool BeginsWith(const CStr& text, std::string_view start) {
+  return text.View().starts_with(start);
+}
+
+/// Gathers the node's own mesh. False when the walk ends at this node.
+bool GatherOwnMesh(GroupList& groupList, GeometryGroup& group, INode& node) {
+  const TimeValue time = State().currentTime;
+  Object* object = node.EvalWorldState(time, true);
+  if (object == nullptr || !object->CanConvertToType(kTriObjectClassID)) return true;
+
+  ExportView view;
+  bool needDelete = false;
+  const Mesh* mesh = static_cast<GeomObject*>(object)->GetRenderMesh(time, &node, view, needDelete);
+  const std::unique_ptr<const Mesh> owned(needDelete ? mesh : nullptr);
+  if (mesh == nullptr || mesh->faces.empty()) return false;
+  GatherMesh(groupList, group, node, *mesh);
+  return true;
+}
+
+}  // namespace
+
+GeometryGroup* GatherGroup(GroupList& groupList, INode& node, const CStr& name) {
+  auto owned = std::make_unique<GeometryGroup>();
+  GeometryGroup* group = owned.get();
+  group->name = name;
+  GatherNode(groupList, *group, node);
+  group->attributeIndex.Release();
+  groupList.Append(std::move(owned));
+  return group;
+}
+
+void GatherNode(GroupList& groupList, GeometryGroup& group, INode& node) {
+  if (groupList.staticMode && groupList.staticPending) {
+    groupList.staticPending = false;
+    groupList.staticSetIndex = AddStaticSurfaceSet(group, LowerCaseName(node));
+    group.surfaceSets[static_cast<std::size_t>(groupList.staticSetIndex)].flags |= kFlagStatic;
+  }
+  if (!GatherOwnMesh(groupList, group, node)) return;
+
+  for (int i = 0; i < node.NumberOfChildren(); ++i) {
+    INode& child = *node.GetChildNode(i);
+    const CStr name = LowerCaseName(child);
+    const bool isStatic = BeginsWith(name, "static");
+    if (isStatic) groupList.staticMode = groupList.staticPending = true;
+    if (!BeginsWith(name, "exclude")) GatherNode(groupList, group, child);
+    if (isStatic) groupList.staticMode = false;
+  }
+}
+
+}  // namespace mapexport

@@ -1,0 +1,263 @@
+#include "exporter/geometry/RenderBatches.h"
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <numeric>
+#include <span>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "exporter/geometry/FetchAhead.h"
+#include "exporter/materials/SceneMaterials.h"
+
+namespace mapexport {
+namespace {
+
+/// What faces must have in common to share a batch.
+struct BatchKind {
+  std::int32_t material;
+  std::int32_t key;
+  friend bool operator==(const BatchKind&, const BatchKind&) = default;
+};
+struct BatchKindHash {
+  std::size_t operator()(const BatchKind& kind) const {
+    const auto material = static_cast<std::uint32_t>(kind.material);
+    const auto key = static_cast<std::uint32_t>(kind.key);
+    return std::hash<std::uint64_t>()((std::uint64_t{material} << 32) | key);
+  }
+};
+
+/// A face of the cell at hand: its place among all faces of the partition, which orders the batches
+/// that faces begin, and its index.
+struct PlacedFace {
+  std::uint32_t place;
+  std::uint32_t face;
+};
+
+/// Sorts the drawn faces of one cell after the other by kind, kinds in the order of their first
+/// faces.
+class KindSorter {
+ public:
+  explicit KindSorter(const GeometryGroup& group) : group_(group) {}
+
+  /// Calls `visit` with each kind and its faces, in their order.
+  template <typename Visit>
+  void Sort(std::span<const std::uint32_t> faces, std::uint32_t firstPlace, const Visit& visit) {
+    Number(faces, firstPlace);
+    if (kinds_.size() == 1) {
+      visit(kinds_[0].kind, std::span<const PlacedFace>(placed_));
+      return;
+    }
+    std::uint32_t end = 0;
+    for (Kind& kind : kinds_) {
+      end += kind.faces;
+      kind.end = end;
+    }
+    sorted_.resize(placed_.size());
+    for (std::size_t i = placed_.size(); i-- > 0;) sorted_[--kinds_[numbers_[i]].end] = placed_[i];
+    for (const Kind& kind : kinds_) {
+      visit(kind.kind, std::span<const PlacedFace>(sorted_).subspan(kind.end, kind.faces));
+    }
+  }
+
+ private:
+  struct Kind {
+    BatchKind kind;
+    std::uint32_t faces = 0;
+    std::uint32_t end = 0;  ///< where its faces end among the sorted ones, at last where they begin
+  };
+
+  /// Fills `placed_` with the drawn faces, and `numbers_` with the number of each one's kind.
+  void Number(std::span<const std::uint32_t> faces, std::uint32_t firstPlace) {
+    std::unordered_map<BatchKind, std::uint32_t, BatchKindHash> known;
+    kinds_.clear();
+    placed_.clear();
+    numbers_.clear();
+    std::uint32_t number = 0;
+    for (std::uint32_t i = 0; i < faces.size(); ++i) {
+      FetchAhead(group_.faces, faces, i);
+      const GroupFace& face = group_.faces[faces[i]];
+      if (face.drawn == 0) continue;
+      const bool perNode = materials_.IsTransparent(face.material);
+      const BatchKind kind{face.material, perNode ? face.nodeIndex : -1};
+      // Faces of one kind mostly follow each other.
+      if (kinds_.empty() || kinds_[number].kind != kind) {
+        const auto next = static_cast<std::uint32_t>(kinds_.size());
+        number = known.try_emplace(kind, next).first->second;
+        if (number == next) kinds_.push_back({kind});
+      }
+      ++kinds_[number].faces;
+      placed_.push_back({firstPlace + i, faces[i]});
+      numbers_.push_back(number);
+    }
+  }
+
+  const GeometryGroup& group_;
+  const MaterialsList& materials_ = SceneMaterials();
+  std::vector<Kind> kinds_;
+  std::vector<PlacedFace> placed_;
+  std::vector<std::uint32_t> numbers_;
+  std::vector<PlacedFace> sorted_;
+};
+
+/// Builds the batches of one kind of one cell after the other: faces of different kinds can neither
+/// share a batch nor keep each other out of one. Each vertex knows its uses (batch and attribute)
+/// by faces of the kind; a face is kept out of exactly the batches in which one of its vertices is
+/// used with another attribute.
+class BatchBuilder {
+ public:
+  explicit BatchBuilder(const GeometryGroup& group)
+      : group_(group), newestUse_(group.vertices.size(), kNoUse) {}
+
+  void AddFaces(const BatchKind& kind, std::span<const PlacedFace> faces) {
+    pool_.clear();
+    started_.clear();
+    blocked_.clear();
+    batchOfFace_.clear();
+    for (const PlacedFace& placed : faces) {
+      const GroupFace& face = group_.faces[placed.face];
+      const std::uint32_t batch = FindBatch(face);
+      if (batch == started_.size()) {
+        started_.push_back({placed.place, static_cast<std::uint32_t>(pool_.size())});
+        blocked_.push_back(0);
+      }
+      ++started_[batch].faces;
+      batchOfFace_.push_back(batch);
+      for (std::size_t k = 0; k < 3; ++k) AddCorner(batch, face.v[k], face.a[k]);
+    }
+    Finish(kind, faces);
+  }
+
+  /// All batches, in the order of the group's list.
+  RenderBatchList TakeBatches() {
+    BringIntoListOrder();
+    return std::move(batches_);
+  }
+
+ private:
+  static constexpr std::uint32_t kNoUse = std::numeric_limits<std::uint32_t>::max();
+
+  /// A local vertex of a batch, in the chain of its vertex.
+  struct Use {
+    std::uint32_t batch;
+    std::uint32_t vertex;
+    std::uint32_t attribute;
+    std::uint32_t next;
+  };
+  /// A batch of this round.
+  struct StartedBatch {
+    std::uint32_t place;     ///< of the face that began it
+    std::uint32_t firstUse;  ///< its first one in the pool
+    std::uint32_t faces = 0;
+    std::uint32_t corners = 0;
+    // Where the lists of the finished batch go on.
+    std::size_t nextFace = 0;
+    std::size_t nextCorner = 0;
+  };
+
+  /// The first batch of this round that can take the face; the number of batches when none can.
+  std::uint32_t FindBatch(const GroupFace& face) {
+    ++stamp_;
+    bool blocked = false;
+    for (std::size_t k = 0; k < 3; ++k) {
+      for (std::uint32_t u = newestUse_[face.v[k]]; u != kNoUse; u = pool_[u].next) {
+        if (pool_[u].attribute == face.a[k]) continue;
+        blocked_[pool_[u].batch] = stamp_;
+        blocked = true;
+      }
+    }
+    std::uint32_t batch = 0;
+    while (blocked && batch < started_.size() && blocked_[batch] == stamp_) ++batch;
+    return batch;
+  }
+
+  /// Gives the batch a local vertex for that vertex and attribute unless it has one.
+  void AddCorner(std::uint32_t batch, std::uint32_t v, std::uint32_t attribute) {
+    const std::uint32_t newest = newestUse_[v];
+    // What is older than a batch can't be of it: the face that begins one looks no further than its
+    // own corners.
+    for (std::uint32_t u = newest; u != kNoUse && u >= started_[batch].firstUse;
+         u = pool_[u].next) {
+      if (pool_[u].batch == batch && pool_[u].attribute == attribute) return;
+    }
+    newestUse_[v] = static_cast<std::uint32_t>(pool_.size());
+    pool_.push_back({batch, v, attribute, newest});
+    ++started_[batch].corners;
+  }
+
+  /// Makes batches of this round's.
+  void Finish(const BatchKind& kind, std::span<const PlacedFace> faces) {
+    std::size_t faceCount = batches_.faces.size();
+    std::size_t cornerCount = batches_.cornerVertices.size();
+    for (StartedBatch& started : started_) {
+      places_.push_back(started.place);
+      batches_.entries.push_back(
+          {kind.material, kind.key, faceCount, started.faces, cornerCount, started.corners});
+      started.nextFace = faceCount;
+      started.nextCorner = cornerCount;
+      faceCount += started.faces;
+      cornerCount += started.corners;
+    }
+    batches_.faces.Extend(faceCount);
+    batches_.cornerVertices.Extend(cornerCount);
+    batches_.cornerAttributes.Extend(cornerCount);
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+      batches_.faces[started_[batchOfFace_[i]].nextFace++] = faces[i].face;
+    }
+    for (const Use& use : pool_) {
+      const std::size_t corner = started_[use.batch].nextCorner++;
+      batches_.cornerVertices[corner] = use.vertex;
+      batches_.cornerAttributes[corner] = use.attribute;
+      newestUse_[use.vertex] = kNoUse;
+    }
+  }
+
+  /// In the order of their first faces, each batch is inserted before the first one of its
+  /// material, or at the front.
+  void BringIntoListOrder() {
+    std::vector<std::uint32_t> created(places_.size());
+    std::iota(created.begin(), created.end(), 0u);
+    std::ranges::sort(created, {}, [&](std::uint32_t i) { return places_[i]; });
+    std::unordered_map<std::int32_t, std::size_t> rankByMaterial;
+    std::vector<std::pair<std::size_t, std::size_t>> order;  // the material's rank, when created
+    order.reserve(created.size());
+    for (std::size_t i = 0; i < created.size(); ++i) {
+      const std::int32_t material = batches_.entries[created[i]].material;
+      const auto rank = rankByMaterial.try_emplace(material, rankByMaterial.size());
+      order.emplace_back(rank.first->second, i);
+    }
+    std::ranges::sort(order, std::greater());
+    std::vector<RenderBatchList::Entry> ordered;
+    ordered.reserve(order.size());
+    for (const auto& [rank, i] : order) ordered.push_back(batches_.entries[created[i]]);
+    batches_.entries = std::move(ordered);
+  }
+
+  const GeometryGroup& group_;
+  RenderBatchList batches_;
+  std::vector<std::uint32_t> places_;  ///< per batch that of the face that began it
+  std::vector<StartedBatch> started_;
+  std::vector<std::uint64_t> blocked_;  ///< per batch the stamp of the last face it could not take
+  std::vector<std::uint32_t> batchOfFace_;  ///< of the faces of this round
+  std::uint64_t stamp_ = 0;                 ///< faces looked at so far
+  std::vector<std::uint32_t> newestUse_;    ///< per vertex of the group, of this round
+  std::vector<Use> pool_;                   ///< the uses of this round, in the order they were made
+};
+
+}  // namespace
+
+void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition) {
+  KindSorter sorter(group);
+  BatchBuilder builder(group);
+  for (std::size_t cell = 0; cell < partition.CellCount(); ++cell) {
+    sorter.Sort(partition.FacesOf(cell), partition.starts[cell],
+                [&](const BatchKind& kind, std::span<const PlacedFace> faces) {
+                  builder.AddFaces(kind, faces);
+                });
+  }
+  group.batches = builder.TakeBatches();
+}
+
+}  // namespace mapexport

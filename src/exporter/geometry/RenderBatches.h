@@ -1,0 +1,20 @@
+// Groups the drawn faces of each voxel cell into render batches.
+#pragma once
+
+#include "exporter/geometry/GeometryGroup.h"
+#include "exporter/geometry/VoxelPartition.h"
+
+namespace mapexport {
+
+/// Builds `group.batches` from the partition.
+///
+/// A face goes into the first batch of its cell that has its material and its key and in which none
+/// of its vertices occurs with another attribute; else into a new one. The key is the face's node
+/// for a transparent material, -1 for any other, so that transparent faces are batched per source
+/// node. Batches of one material are adjacent: materials in reverse order of their first batch, the
+/// batches of a material in reverse order of creation. Needs the running export's materials.
+///
+/// Near-linear, but for k faces that use k different attributes at one vertex, which cost k * k.
+void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition);
+
+}  // namespace mapexport

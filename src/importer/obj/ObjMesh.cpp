@@ -1,0 +1,160 @@
+// A host mesh from the faces of one part of an OBJ file.
+#include "importer/obj/ObjMesh.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <unordered_map>
+#include <utility>
+
+#include "importer/LeftOut.h"
+#include "importer/obj/TriangulatePolygon.h"
+#include "importer/rebuild/MaterialParts.h"
+#include "importer/rebuild/PointTable.h"
+#include "importer/rebuild/RebuildSmoothing.h"
+#include "importer/rebuild/SmoothingBits.h"
+#include "system/IsFinite.h"
+
+namespace mapexport {
+namespace {
+
+struct Triangle {
+  std::array<ObjCorner, 3> corners;
+  const ObjFace* face;
+};
+
+class Builder {
+ public:
+  Builder(const ObjFile& file, LeftOut& leftOut) : file_(file), leftOut_(leftOut) {}
+
+  ObjMesh Run(const ObjPart& part, const std::vector<int>& hostMaterials) {
+    for (const ObjFace& face : part.faces) AddTriangles(face);
+    if (triangles_.empty()) return {};
+    Mesh mesh;
+    AddVertices(mesh);
+    AddTextureFaces(mesh);
+    MaterialParts parts;
+    for (std::size_t t = 0; t < triangles_.size(); ++t) {
+      const int material = triangles_[t].face->material;
+      mesh.faces[t].SetMatID(
+          parts.IdOf(material < 0 ? -1 : hostMaterials[static_cast<std::size_t>(material)]));
+    }
+    if (file_.hasSmoothing)
+      SetFileGroups(mesh);
+    else if (!file_.normals.empty())
+      RebuildSmoothing(mesh, Normals());
+    return {std::make_shared<const Mesh>(std::move(mesh)), parts.Take()};
+  }
+
+ private:
+  void AddTriangles(const ObjFace& face) {
+    const std::span<const ObjCorner> corners(file_.corners.data() + face.firstCorner,
+                                             face.cornerCount);
+    points_.clear();
+    for (const ObjCorner& corner : corners) points_.push_back(file_.positions[corner.position]);
+    if (!std::ranges::all_of(points_, IsFinite)) {
+      leftOut_.faces += points_.size() - 2;
+      return;
+    }
+    if (!TriangulatePolygon(points_, cut_)) ++leftOut_.polygons;
+    for (const PolygonTriangle& c : cut_) {
+      triangles_.push_back({{corners[c[0]], corners[c[1]], corners[c[2]]}, &face});
+    }
+  }
+
+  void AddVertices(Mesh& mesh) const {
+    std::vector<std::uint32_t> used;
+    used.reserve(3 * triangles_.size());
+    for (const Triangle& triangle : triangles_) {
+      for (const ObjCorner& corner : triangle.corners) used.push_back(corner.position);
+    }
+    std::ranges::sort(used);
+    used.erase(std::unique(used.begin(), used.end()), used.end());
+    PointTable table;
+    std::vector<std::uint32_t> vertexOf;  // by the place in `used`
+    vertexOf.reserve(used.size());
+    for (const std::uint32_t position : used) {
+      vertexOf.push_back(table.Add(file_.positions[position]));
+    }
+    // A part mostly uses a run of the file's vertices, so the place is often known at once.
+    const auto placeOf = [&used](std::uint32_t position) -> std::size_t {
+      const std::size_t guess = position - used.front();
+      if (guess < used.size() && used[guess] == position) return guess;
+      return static_cast<std::size_t>(std::ranges::lower_bound(used, position) - used.begin());
+    };
+    mesh.faces.resize(triangles_.size());
+    for (std::size_t t = 0; t < triangles_.size(); ++t) {
+      for (std::size_t k = 0; k < 3; ++k) {
+        mesh.faces[t].v[k] = vertexOf[placeOf(triangles_[t].corners[k].position)];
+      }
+    }
+    mesh.verts = table.TakePoints();
+  }
+
+  void AddTextureFaces(Mesh& mesh) const {
+    const auto isTextured = [](const Triangle& triangle) {
+      return std::ranges::any_of(triangle.corners,
+                                 [](const ObjCorner& c) { return c.texture != kNoObjIndex; });
+    };
+    if (std::ranges::none_of(triangles_, isTextured)) return;
+    PointTable table;
+    mesh.tvFace.resize(triangles_.size());
+    for (std::size_t t = 0; t < triangles_.size(); ++t) {
+      for (std::size_t k = 0; k < 3; ++k) {
+        const std::uint32_t index = triangles_[t].corners[k].texture;
+        Point3 uvw;
+        if (index != kNoObjIndex) uvw = file_.textureVertices[index];
+        if (!IsFinite(uvw)) {
+          uvw = {};
+          ++leftOut_.textureCorners;
+        }
+        mesh.tvFace[t].t[k] = table.Add(uvw);
+      }
+    }
+    mesh.tVerts = table.TakePoints();
+  }
+
+  void SetFileGroups(Mesh& mesh) const {
+    const bool fit = std::ranges::all_of(triangles_, [](const Triangle& triangle) {
+      return triangle.face->smoothing <= kLastSmoothingBit;
+    });
+    std::vector<std::uint32_t> groupOf(triangles_.size(), kFlatFace);
+    std::unordered_map<std::uint32_t, std::uint32_t> numberOf;
+    for (std::size_t t = 0; t < triangles_.size(); ++t) {
+      const std::uint32_t group = triangles_[t].face->smoothing;
+      if (group == 0) continue;
+      if (fit)
+        mesh.faces[t].smGroup = 1u << group;
+      else
+        groupOf[t] =
+            numberOf.try_emplace(group, static_cast<std::uint32_t>(numberOf.size())).first->second;
+    }
+    if (!fit) AssignSmoothingBits(mesh, groupOf);
+  }
+
+  std::vector<CornerNormals> Normals() const {
+    std::vector<CornerNormals> normals(triangles_.size());
+    for (std::size_t t = 0; t < triangles_.size(); ++t) {
+      for (std::size_t k = 0; k < 3; ++k) {
+        const std::uint32_t index = triangles_[t].corners[k].normal;
+        if (index != kNoObjIndex) normals[t][k] = file_.normals[index];
+      }
+    }
+    return normals;
+  }
+
+  const ObjFile& file_;
+  LeftOut& leftOut_;
+  std::vector<Triangle> triangles_;
+  std::vector<Point3> points_;  // of the polygon at hand
+  std::vector<PolygonTriangle> cut_;
+};
+
+}  // namespace
+
+ObjMesh MakeObjMesh(const ObjFile& file, const ObjPart& part, const std::vector<int>& hostMaterials,
+                    LeftOut& leftOut) {
+  return Builder(file, leftOut).Run(part, hostMaterials);
+}
+
+}  // namespace mapexport

@@ -1,0 +1,31 @@
+// A host mesh from the faces of one part of an OBJ file.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "host/Mesh.h"
+#include "importer/obj/ObjFile.h"
+
+namespace mapexport {
+
+struct LeftOut;
+
+struct ObjMesh {
+  std::shared_ptr<const Mesh> mesh;  ///< null when no triangle is left
+  std::vector<int> partMaterials;    ///< host materials by the mesh's material ids, -1 for none
+};
+
+/// The mesh of `part`, triangles in the file's order of faces. Positions that are equal bit for bit
+/// are one vertex, in the file's order of vertices; so are texture coordinates, in the order of
+/// their first use. Corners without any have (0, 0, 0) where other corners of the part have some.
+/// Triangles with a corner that isn't finite are left out and counted.
+///
+/// When the file speaks of smoothing, its groups count: "off" is 0, group N has bit N, or, in a
+/// part with a group beyond 31, each group has one of the bits 1 to 31 (AssignSmoothingBits). Else
+/// groups are rebuilt from the normals. `hostMaterials` gives the host's index by the file's
+/// material names.
+ObjMesh MakeObjMesh(const ObjFile& file, const ObjPart& part, const std::vector<int>& hostMaterials,
+                    LeftOut& leftOut);
+
+}  // namespace mapexport

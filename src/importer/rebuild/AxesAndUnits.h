@@ -1,0 +1,37 @@
+// How a foreign scene stands in the host's z-up world.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "host/Matrix3.h"
+#include "importer/ImportOptions.h"
+#include "importer/SourceFormat.h"
+#include "importer/rebuild/AffineMatrix.h"
+#include "system/Remark.h"
+
+struct aiScene;
+
+namespace mapexport {
+
+/// What turns the library's world into the host's: a signed permutation of the axes, which rounds
+/// nothing, and a factor. Only the world side of transforms turns; object space stays as it is.
+struct WorldPlacement {
+  std::array<std::size_t, 3> axis{0, 1, 2};  ///< the library's axis behind the host's x, y, z
+  std::array<double, 3> sign{1, 1, 1};       ///< 1 or -1 each
+  double factor = 1;                         ///< host units per unit of the library's scene
+};
+
+/// The placement that the options ask for, else the one of the format or the file. `scene` is the
+/// library's, with a root; null where the library didn't read the file. Remarks on a factor other
+/// than 1, on an FBX file's unit, and on its axes when they make no sense (it then counts as y-up).
+WorldPlacement FindWorldPlacement(SourceFormat format, const aiScene* scene,
+                                  const ImportOptions& options, ImportRemarks& remarks);
+
+/// The host's object-to-world transform for the library's. A 3x3 part within 1e-6 of one that only
+/// swaps, mirrors and scales axes becomes exactly that, and a scale within 1e-6 of 1 (or of the
+/// factor) exactly that: rotations by right angles arrive with residues that would tilt every floor
+/// a little. Throws std::range_error when the factor takes a number beyond 32-bit floats.
+Matrix3 HostTransform(const AffineMatrix& world, const WorldPlacement& placement);
+
+}  // namespace mapexport

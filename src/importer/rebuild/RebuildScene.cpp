@@ -1,0 +1,159 @@
+// The nodes, meshes and materials of a scene that the library has read.
+#include "importer/rebuild/RebuildScene.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <assimp/scene.h>
+#include <fmt/format.h>
+
+#include "importer/ImportScene.h"
+#include "importer/LeftOut.h"
+#include "importer/ReadWithLibrary.h"
+#include "importer/ase/AseWireColors.h"
+#include "importer/fbx/FbxLinks.h"
+#include "importer/fbx/FoldHelperNodes.h"
+#include "importer/fbx/InstanceMaterials.h"
+#include "importer/rebuild/AxesAndUnits.h"
+#include "importer/rebuild/ImportMaterials.h"
+#include "importer/rebuild/LibraryValues.h"
+#include "importer/rebuild/MaterialTable.h"
+#include "importer/rebuild/ObjectTable.h"
+#include "importer/rebuild/UserProperties.h"
+#include "importer/text/HostText.h"
+#include "scene/FileText.h"
+
+namespace mapexport {
+namespace {
+
+std::span<const unsigned> MeshesOf(const aiNode& node) {
+  if (node.mMeshes == nullptr) return {};
+  return {node.mMeshes, node.mNumMeshes};
+}
+
+/// Hangs `nodes`, which stand in the pre-order that `folded` describes, below `root`.
+void AssembleTree(const std::vector<FoldedNode>& folded, std::vector<SceneNode> nodes,
+                  SceneNode& root) {
+  // From the back, a node is complete when its turn comes; its children are in reverse until then.
+  for (std::size_t i = nodes.size(); i-- > 0;) {
+    std::ranges::reverse(nodes[i].children);
+    SceneNode& parent =
+        folded[i].parent < 0 ? root : nodes[static_cast<std::size_t>(folded[i].parent)];
+    parent.children.push_back(std::move(nodes[i]));
+  }
+  std::ranges::reverse(root.children);
+}
+
+/// Gives the nodes that share a mesh the materials that the file has for each of them.
+void SetInstanceMaterials(const InstanceMaterials& file, const std::vector<MeshInstance>& instances,
+                          MaterialTable& materials, std::vector<SceneNode>& nodes,
+                          ImportRemarks& remarks) {
+  std::size_t inDoubt = 0;
+  for (const MeshInstance& instance : instances) {
+    SceneNode& node = nodes[instance.node];
+    if (const std::optional<std::vector<int>> parts = file.PartsOf(instance))
+      node.material = materials.OfParts(*parts, node.name);
+    else
+      ++inDoubt;
+  }
+  if (inDoubt == 0) return;
+  remarks.push_back(
+      {RemarkKind::kWarning, "shared-mesh-materials",
+       fmt::format("{} the material of the first node with the same mesh: which is "
+                   "their own can't be told",
+                   inDoubt == 1 ? "1 node shows" : fmt::format("{} nodes show", inDoubt)),
+       inDoubt});
+}
+
+/// The geometries of an FBX file that the library makes nothing of: curves and curved surfaces.
+std::size_t FbxCurves(const LibraryScene& source, const std::vector<FoldedNode>& nodes) {
+  // Each of them would leave its node bare.
+  if (std::ranges::none_of(nodes, [](const auto& node) { return MeshesOf(*node.node).empty(); }))
+    return 0;
+  const FileText text(source.path);
+  const std::optional<FbxLinks> file = ReadFbxLinks(text.View());
+  if (!file) return 0;
+  constexpr std::array<std::string_view, 4> kRead{"Mesh", "Shape", "Line", ""};
+  const auto isCurve = [&](const FbxObject& object) {
+    return object.kind == FbxObject::Kind::kGeometry &&
+           std::ranges::find(kRead, object.className) == kRead.end();
+  };
+  return static_cast<std::size_t>(std::ranges::count_if(file->objects, isCurve));
+}
+
+/// The library cuts names too, or, worse, gives longer ones none.
+void WarnOfCutNames(const std::vector<SceneNode>& nodes,
+                    const std::vector<SceneMaterial>& materials, ImportRemarks& remarks) {
+  constexpr std::size_t kLongest = sizeof(aiString::data) - 1;
+  const auto isCut = [](const auto& named) { return named.name.size() >= kLongest; };
+  const auto count = static_cast<std::size_t>(std::ranges::count_if(nodes, isCut) +
+                                              std::ranges::count_if(materials, isCut));
+  if (count == 0) return;
+  remarks.push_back(
+      {RemarkKind::kWarning, "cut-name",
+       fmt::format(
+           "{} probably cut: the reader keeps {} bytes of a name, and may lose a node whose "
+           "name is longer",
+           count == 1 ? "1 name is" : fmt::format("{} names are", count), kLongest),
+       count});
+}
+
+}  // namespace
+
+void RebuildScene(const LibraryScene& source, const ImportOptions& options, ImportedScene& result,
+                  LeftOut& leftOut) {
+  result.sideFiles = source.sideFiles;
+  for (const std::string& file : source.missingFiles) {
+    result.remarks.push_back(
+        {RemarkKind::kWarning, "missing-side-file",
+         fmt::format("the file \"{}\" that the scene names can't be opened", FirstLine(file))});
+  }
+  leftOut.curves = source.cutShapes;
+  leftOut.objects = source.cutBlocks;
+  leftOut.cameras = source.scene->mNumCameras;
+  leftOut.lights = source.scene->mNumLights;
+  leftOut.animations = source.scene->mNumAnimations;
+  const WorldPlacement placement =
+      FindWorldPlacement(source.format, source.scene.get(), options, result.remarks);
+  const std::vector<FoldedNode> folded = FoldHelperNodes(source, leftOut);
+  if (source.format == SourceFormat::kFbx) leftOut.curves += FbxCurves(source, folded);
+  ImportedMaterials imported = ImportMaterials(source);
+  MaterialTable materials(std::move(imported.materials));
+  ObjectTable objects(source, imported.hostIndex, materials, leftOut);
+  UserPropertyReader properties(source);
+
+  std::vector<SceneNode> nodes(folded.size());
+  for (std::size_t i = 0; i < folded.size(); ++i) {
+    SceneNode& node = nodes[i];
+    node.name = folded[i].name;
+    node.objectTransform = HostTransform(folded[i].world, placement);
+    node.userProperties = properties.TextOf(*folded[i].node, node.name);
+    NodeObject object = objects.Find(MeshesOf(*folded[i].node), i, node.name);
+    node.object = object.object;
+    node.mesh = std::move(object.mesh);
+    node.material = object.material;
+  }
+  if (source.format == SourceFormat::kFbx && !objects.Instances().empty()) {
+    InstanceMaterials file(source, folded, imported.hostIndex);
+    file.LearnForgotten(objects.Instances(), options, materials);
+    SetInstanceMaterials(file, objects.Instances(), materials, nodes, result.remarks);
+  }
+  if (source.format == SourceFormat::kAse) {
+    const WireColors colors = ReadAseWireColors(FileText(source.path).View());
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+      const auto color = colors.find(std::string(BytesOf(folded[i].node->mName)));
+      if (color != colors.end()) nodes[i].wireColor = color->second;
+    }
+  }
+  result.scene.materials = materials.Take();
+  WarnOfCutNames(nodes, result.scene.materials, result.remarks);
+  AssembleTree(folded, std::move(nodes), result.scene.root);
+  properties.AddRemarks(result.remarks);
+}
+
+}  // namespace mapexport

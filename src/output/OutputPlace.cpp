@@ -1,0 +1,300 @@
+#include "output/OutputPlace.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <exception>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <stdlib.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "system/FdOutput.h"
+#include "system/FileAttributes.h"
+#include "system/HoldInterrupts.h"
+#include "system/RunError.h"
+
+namespace mapexport {
+namespace {
+
+// Placing takes no time to speak of. Who holds a folder's lock longer than this is stuck, or holds
+// it for a reason of its own.
+constexpr std::chrono::seconds kLockPatience{20};
+constexpr std::chrono::milliseconds kLockPause{10};
+constexpr std::string_view kRandomPart = "XXXXXX";
+
+[[noreturn]] void ThrowCannotWrite(const std::string& name, const std::string& why) {
+  throw RunError(fmt::format("{}: cannot be written: {}", name, why));
+}
+
+/// What the names of a target's temporary folders begin with: the same for every export to it,
+/// without a dot whatever the target's name is.
+std::string FolderNamePrefix(const std::string& targetPath) {
+  std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
+  for (const char c : NamePart(targetPath)) {
+    hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+  }
+  return fmt::format("mapexport-{:016x}-", hash);
+}
+
+/// Removes the folder and the files in it; what can't be removed stays.
+void RemoveFolder(const std::string& folder, int fd) {
+  if (DIR* const entries = fdopendir(dup(fd)); entries != nullptr) {
+    while (const dirent* const entry = readdir(entries)) unlinkat(fd, entry->d_name, 0);
+    closedir(entries);
+  }
+  rmdir(folder.c_str());
+}
+
+enum class WithoutLocks { kAccept, kRefuse };
+
+/// Opens and locks a temporary folder. Not open, with the reason in errno, when that can't be:
+/// EWOULDBLOCK while another process holds it, ENOENT when it is gone. On a file system without
+/// locks it is opened only if that is to be accepted.
+Descriptor LockFolder(const std::string& folder, WithoutLocks withoutLocks) {
+  Descriptor fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!fd.IsOpen()) return fd;
+  const bool locked = flock(fd.Get(), LOCK_EX | LOCK_NB) == 0;
+  if (!locked && (errno == EWOULDBLOCK || withoutLocks == WithoutLocks::kRefuse)) return {};
+  struct stat info {};
+  if (fstat(fd.Get(), &info) != 0) return {};
+  if (info.st_nlink == 0) {  // it was removed between the two steps
+    errno = ENOENT;
+    return {};
+  }
+  return fd;
+}
+
+/// Makes a temporary folder for `target` and locks it into `lock`.
+std::string MakeFolder(const OutputTarget& target, Descriptor& lock) {
+  for (;;) {
+    std::string folder =
+        FolderPart(target.path) + FolderNamePrefix(target.path) + std::string(kRandomPart);
+    const bool made = mkdtemp(folder.data()) != nullptr;
+    if (made) lock = LockFolder(folder, WithoutLocks::kAccept);
+    if (lock.IsOpen()) return folder;
+    const int error = errno;
+    if (made) rmdir(folder.c_str());
+    // Another export may take the new folder for a left-over before it is locked.
+    if (made && (error == ENOENT || error == EWOULDBLOCK)) continue;
+    ThrowCannotWrite(target.name, fmt::format("no temporary folder can be made in {}: {}",
+                                              FolderOf(target.path), ErrnoText(error)));
+  }
+}
+
+void RemoveLeftOvers(const std::string& targetPath) {
+  DIR* const entries = opendir(FolderOf(targetPath).c_str());
+  if (entries == nullptr) return;  // a folder that can be written need not be readable
+  const std::string prefix = FolderNamePrefix(targetPath);
+  while (const dirent* const entry = readdir(entries)) {
+    const std::string_view name = entry->d_name;
+    if (!name.starts_with(prefix) || name.size() != prefix.size() + kRandomPart.size()) continue;
+    const std::string folder = FolderPart(targetPath) + std::string(name);
+    // Without locks nobody can tell a left-over from the folder of a running export.
+    const Descriptor lock = LockFolder(folder, WithoutLocks::kRefuse);
+    if (lock.IsOpen()) RemoveFolder(folder, lock.Get());
+  }
+  closedir(entries);
+}
+
+}  // namespace
+
+void RequireRegularFileOrNothing(const std::string& path) {
+  if (NamePart(path).empty()) ThrowCannotWrite(path, "it names a folder, not a file");
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0) {
+    if (errno == ENOENT) return;
+    ThrowCannotWrite(path, ErrnoText(errno));
+  }
+  if (S_ISDIR(info.st_mode)) ThrowCannotWrite(path, "it is a folder");
+  if (!S_ISREG(info.st_mode)) ThrowCannotWrite(path, "it is no regular file");
+}
+
+OutputTarget FindOutput(const std::string& output) {
+  OutputTarget target{output, {}, std::nullopt};
+  if (std::optional<std::string> end = FollowLinks(output)) {
+    target.path = std::move(*end);
+  } else {
+    ThrowCannotWrite(
+        output, errno == ENXIO ? "it names what a process has open, not a file" : ErrnoText(errno));
+  }
+  RequireRegularFileOrNothing(output);
+  if (NamePart(target.path).empty()) ThrowCannotWrite(output, "it leads to a folder");
+
+  const std::string folder = FolderOf(target.path);
+  if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+    ThrowCannotWrite(output, fmt::format("the folder {}: {}", folder, ErrnoText(errno)));
+  }
+  struct stat info {};
+  if (stat(target.path.c_str(), &info) == 0) {
+    target.old = info;
+    if (faccessat(AT_FDCWD, target.path.c_str(), W_OK, AT_EACCESS) != 0) {
+      ThrowCannotWrite(output, ErrnoText(errno));
+    }
+  }
+  return target;
+}
+
+OutputPlace::OutputPlace(OutputTarget target, const std::string& fileName)
+    : target_(std::move(target)) {
+  RemoveLeftOvers(target_.path);
+  const HoldInterrupts hold;
+  const std::string made = MakeFolder(target_, lock_);
+  try {
+    folder_ = made + '/';
+    file_ = folder_ + fileName;
+    oldFile_ = folder_ + (fileName == "old" ? "older" : "old");
+    cleanup_ = std::make_unique<InterruptCleanup>(folder_, file_);
+  } catch (...) {
+    rmdir(made.c_str());
+    throw;
+  }
+}
+
+OutputPlace::~OutputPlace() {
+  // The only copy of what was at the target is in it.
+  if (putBackError_ != 0 && (keptOld_ || movedOld_)) return;
+  // Without these, which are likely to be all, the listing need not succeed.
+  unlink(file_.c_str());
+  unlink(oldFile_.c_str());
+  RemoveFolder(folder_, lock_.Get());
+}
+
+void OutputPlace::Fill(const std::function<void(std::ostream&)>& write) {
+  const Descriptor file(open(file_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  int error = errno;
+  if (file.IsOpen()) {
+    FdOutput output(file.Get());
+    std::ostream out(&output);
+    write(out);
+    error = output.Finish();
+  }
+  if (error != 0) ThrowCannotWrite(target_.name, ErrnoText(error));
+}
+
+void OutputPlace::Commit() {
+  Prepare();
+  Place();
+}
+
+void OutputPlace::Prepare() {
+  const Descriptor file(open(file_.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+  bool prepared = file.IsOpen();
+  if (prepared && target_.old) {
+    notKept_ = TakeOwner(file.Get(), *target_.old);
+    prepared = fchmod(file.Get(), RightsLike(*target_.old, file.Get())) == 0;
+  }
+  if (prepared && target_.old) {
+    std::string lack = TakeExtendedAttributes(file.Get(), target_.path);
+    if (notKept_.empty()) notKept_ = std::move(lack);
+  }
+  if (!prepared || fsync(file.Get()) != 0) ThrowCannotWrite(target_.name, ErrnoText(errno));
+  const std::string folder = FolderOf(target_.path);
+  targetFolder_ = Descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!targetFolder_.IsOpen()) syncError_ = errno;
+}
+
+void OutputPlace::LockTargetFolder() {
+  if (!targetFolder_.IsOpen()) return;  // it can't be read: nobody can lock it
+  const auto deadline = std::chrono::steady_clock::now() + kLockPatience;
+  while (flock(targetFolder_.Get(), LOCK_EX | LOCK_NB) != 0) {
+    // There are file systems without locks.
+    if (errno != EWOULDBLOCK && errno != EINTR) return;
+    unlocked_ = std::chrono::steady_clock::now() >= deadline;
+    if (unlocked_) return;
+    std::this_thread::sleep_for(kLockPause);
+  }
+}
+
+void OutputPlace::Place() {
+  if (rename(file_.c_str(), target_.path.c_str()) != 0) {
+    ThrowCannotWrite(target_.name, ErrnoText(errno));
+  }
+  placed_ = true;
+  // There are file systems that know no syncing of folders.
+  if (syncError_ == 0 && fsync(targetFolder_.Get()) != 0 && errno != EINVAL) syncError_ = errno;
+}
+
+std::vector<OutputPlace::Warning> OutputPlace::Warnings() const {
+  std::vector<Warning> warnings;
+  if (!notKept_.empty()) {
+    warnings.push_back(
+        {"attributes-not-kept",
+         fmt::format("{}: is in its place, but could not keep {}", target_.name, notKept_)});
+  }
+  if (unlocked_) {
+    warnings.push_back(
+        {"folder-not-locked",
+         fmt::format("{}: is in its place, but another program kept its folder locked for {} s: "
+                     "files of two exports may be mixed",
+                     target_.name, kLockPatience.count())});
+  }
+  if (syncError_ != 0) {
+    warnings.push_back(
+        {"folder-not-synced", fmt::format("{}: is in its place, but its folder can't be synced: {}",
+                                          target_.name, ErrnoText(syncError_))});
+  }
+  return warnings;
+}
+
+void OutputPlace::KeepOld() {
+  keptOld_ = link(target_.path.c_str(), oldFile_.c_str()) == 0;
+  if (keptOld_ || errno == ENOENT) return;
+  RequireRegularFileOrNothing(target_.path);
+  // There are file systems without links.
+  movedOld_ = rename(target_.path.c_str(), oldFile_.c_str()) == 0;
+  if (!movedOld_) ThrowCannotWrite(target_.name, ErrnoText(errno));
+}
+
+void OutputPlace::PutBack() {
+  int result = 0;
+  if (movedOld_ || (keptOld_ && placed_)) {
+    result = rename(oldFile_.c_str(), target_.path.c_str());
+  } else if (placed_) {
+    result = unlink(target_.path.c_str());
+  }
+  if (result != 0) putBackError_ = errno;
+}
+
+std::string OutputPlace::NotPutBack() const {
+  if (putBackError_ == 0) return {};
+  const std::string reason = ErrnoText(putBackError_);
+  if (!movedOld_ && !keptOld_) {
+    return fmt::format("; {} was placed and can't be removed: {}", target_.name, reason);
+  }
+  return fmt::format("; {} can't be put back, it is {} now: {}", target_.name, oldFile_, reason);
+}
+
+void OutputPlace::CommitTogether(std::span<OutputPlace* const> places) {
+  for (OutputPlace* const place : places) place->Prepare();
+  // Two runs that write the same files have the first one in the same folder. More than one lock at
+  // a time could wait for each other.
+  places.front()->LockTargetFolder();
+  struct Unlock {
+    ~Unlock() { flock(folder.Get(), LOCK_UN); }
+    const Descriptor& folder;
+  };
+  const Unlock unlock{places.front()->targetFolder_};
+  const HoldInterrupts hold;
+  try {
+    // Once the last one is placed there is nothing to take back.
+    for (OutputPlace* const place : places.first(places.size() - 1)) place->KeepOld();
+    for (OutputPlace* const place : places) place->Place();
+  } catch (const std::exception& error) {
+    for (OutputPlace* const place : places) place->PutBack();
+    std::string notPutBack;
+    for (const OutputPlace* const place : places) notPutBack += place->NotPutBack();
+    if (!notPutBack.empty()) throw RunError(error.what() + notPutBack);
+    throw;
+  }
+  for (const OutputPlace* const place : places) unlink(place->oldFile_.c_str());
+}
+
+}  // namespace mapexport

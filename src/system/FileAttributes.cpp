@@ -1,0 +1,101 @@
+#include "system/FileAttributes.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace mapexport {
+namespace {
+
+constexpr const char* kAccessList = "system.posix_acl_access";
+// The kernel takes the first away from a file whose content changes, and makes the others anew.
+constexpr std::array<std::string_view, 3> kOfContent{"security.capability", "security.ima",
+                                                     "security.evm"};
+
+std::string Lack(std::string_view what, int error) {
+  return std::string(what) + ": " + std::generic_category().message(error);
+}
+
+/// What `get` writes into a buffer whose size it tells when it is given none. Nothing on an error,
+/// which errno then holds.
+template <typename Get>
+std::optional<std::string> Sized(const Get& get) {
+  for (;;) {
+    const ssize_t size = get(nullptr, 0);
+    if (size < 0) return std::nullopt;
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    const ssize_t got = size == 0 ? 0 : get(bytes.data(), bytes.size());
+    if (got < 0 && errno == ERANGE) continue;  // it has grown in between
+    if (got < 0) return std::nullopt;
+    bytes.resize(static_cast<std::size_t>(got));
+    return bytes;
+  }
+}
+
+std::optional<std::string> Attribute(const std::string& path, const char* name) {
+  return Sized(
+      [&](char* data, std::size_t size) { return ::lgetxattr(path.c_str(), name, data, size); });
+}
+
+std::optional<std::string> Attribute(int file, const char* name) {
+  return Sized([&](char* data, std::size_t size) { return ::fgetxattr(file, name, data, size); });
+}
+
+}  // namespace
+
+std::string TakeOwner(int to, const struct stat& old) {
+  struct stat now {};
+  if (::fstat(to, &now) != 0) return Lack("its owner", errno);
+  constexpr auto kSameOwner = static_cast<uid_t>(-1);
+  constexpr auto kSameGroup = static_cast<gid_t>(-1);
+  // One by one: members of a shared file's group may set the group though not the owner.
+  std::string lack;
+  if (now.st_gid != old.st_gid && ::fchown(to, kSameOwner, old.st_gid) != 0) {
+    lack = Lack("its group", errno);
+  }
+  if (now.st_uid != old.st_uid && ::fchown(to, old.st_uid, kSameGroup) != 0 && lack.empty()) {
+    lack = Lack("its owner", errno);
+  }
+  return lack;
+}
+
+mode_t RightsLike(const struct stat& old, int to) {
+  const mode_t rights = old.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
+  struct stat now {};
+  if (::fstat(to, &now) == 0 && now.st_gid == old.st_gid) return rights;
+  const mode_t others = rights & S_IRWXO;
+  const mode_t owner = rights & S_IRWXU;
+  return owner | (rights & (others << 3)) | others;
+}
+
+std::string TakeExtendedAttributes(int to, const std::string& from) {
+  const std::optional<std::string> names =
+      Sized([&](char* data, std::size_t size) { return ::llistxattr(from.c_str(), data, size); });
+  if (!names) return errno == ENOTSUP ? std::string() : Lack("its extended attributes", errno);
+  std::string lack;
+  bool hasAccessList = false;
+  for (std::string_view rest = *names; !rest.empty();) {
+    const std::string name(rest.substr(0, rest.find('\0')));
+    rest.remove_prefix(std::min(name.size() + 1, rest.size()));
+    hasAccessList = hasAccessList || name == kAccessList;
+    if (std::ranges::find(kOfContent, name) != kOfContent.end()) continue;
+    const std::optional<std::string> value = Attribute(from, name.c_str());
+    if (value && Attribute(to, name.c_str()) == value) continue;
+    if (!value || ::fsetxattr(to, name.c_str(), value->data(), value->size(), 0) != 0) {
+      if (lack.empty()) lack = Lack("its attribute " + name, errno);
+    }
+  }
+  if (!hasAccessList && ::fremovexattr(to, kAccessList) != 0 && errno != ENODATA &&
+      errno != ENOTSUP && lack.empty()) {
+    lack = Lack("its rights, without those of its folder", errno);
+  }
+  return lack;
+}
+
+}  // namespace mapexport

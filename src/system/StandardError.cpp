@@ -1,0 +1,51 @@
+#include "system/StandardError.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <mutex>
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+namespace mapexport {
+namespace {
+
+constexpr std::string_view kErase = "\r\x1b[K";
+
+std::mutex mutex;
+bool statusIsShown = false;
+
+void Write(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return;
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+}  // namespace
+
+bool StandardErrorIsTerminal() {
+  const char* const term = std::getenv("TERM");
+  return isatty(STDERR_FILENO) == 1 && term != nullptr && std::string_view(term) != "dumb";
+}
+
+void WriteLines(std::string_view lines) {
+  const std::scoped_lock lock(mutex);
+  if (statusIsShown) Write(kErase);
+  statusIsShown = false;
+  Write(lines);
+}
+
+void ShowStatusLine(std::string_view status) {
+  const std::scoped_lock lock(mutex);
+  Write(fmt::format("{}{}", kErase, status));
+  statusIsShown = true;
+}
+
+void EraseStatusLine() {
+  WriteLines({});
+}
+
+}  // namespace mapexport
