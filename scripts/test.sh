@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Builds and runs the tests: test.sh [PRESET...], by default release and sanitize.
+# Builds and runs the tests: test.sh [--all | PRESET...], by default those of the release build.
 #
-# Without arguments it also checks the arrows between the rooms, the example, and that the release,
-# debug and sanitize builds write the same bytes. The last line counts it all: "N passed, N failed, N
-# skipped".
+# Unless presets are named it also checks the arrows between the rooms, the example and an
+# installation. --all adds the tests under sanitizers, and that the release, debug and sanitize builds
+# write the same bytes. The last line counts it all: "N passed, N failed, N skipped".
 # MAPEXPORT_WERROR=ON in the environment makes warnings errors.
 set -euo pipefail
 unset CDPATH
@@ -88,6 +88,11 @@ installed_program_works() {
   [[ -s $prefix/share/man/man1/mapexport.1.gz ]]
 }
 
+all=""
+if [[ ${1-} == --all ]]; then
+  all=yes
+  shift
+fi
 if [[ $# -gt 0 ]]; then
   for preset in "$@"; do
     run_tests "$preset"
@@ -100,6 +105,8 @@ else
   check "the example's files are what its script writes" example_is_current
   check "the example's counts" python3 examples/check_yard.py build/release/bin/mapexport
   check "the installed program" installed_program_works
+fi
+if [[ -n $all ]]; then
   run_tests sanitize
   heading "the debug build's program"
   configure debug
