@@ -1,5 +1,5 @@
-// Tests of the model-file reader: sound files, cut and changed bytes, the memory that reading takes,
-// files that can't be had, and what is printed of a model.
+// Tests of the model-file reader: sound files, cut and changed bytes, the memory that reading
+// takes, files that can't be had, and what is printed of a model.
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -52,7 +52,6 @@ namespace {
 
 using ::testing::AnyOf;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::Not;
 
 class BothLayouts : public ::testing::TestWithParam<ModelLayout> {};
@@ -147,7 +146,6 @@ TEST(ModelReaderTest, FilesThatCannotBeHadAreErrors) {
   const ModelReadResult tooLarge = ReadModelFile((folder / "yard.qob").string(), ModelLayout::kQob);
   memoryLimit = std::numeric_limits<std::size_t>::max();
   EXPECT_EQ(Lines(tooLarge), "there is not enough memory to read it\n");
-  EXPECT_THAT(tooLarge.model.groups, IsEmpty());
   std::filesystem::remove_all(folder);
 }
 
@@ -159,8 +157,6 @@ nlohmann::json JsonOf(const ModelFile& model, bool summary) {
 
 TEST(ModelReaderTest, TheSummaryGivesCountsForLists) {
   const nlohmann::json summary = JsonOf(Yard(ModelLayout::kKob), true);
-  const nlohmann::json whole = JsonOf(Yard(ModelLayout::kKob), false);
-  EXPECT_EQ(summary.at("materials"), whole.at("materials"));
   const nlohmann::json& group = summary.at("groups").at(0);
   EXPECT_EQ(group.at("batches").at(0),
             (nlohmann::json{{"material", 1}, {"faceCount", 2}, {"cornerCount", 4}}));
