@@ -1,6 +1,7 @@
 #include "system/FileIdentity.h"
 
 #include <cerrno>
+#include <utility>
 
 #include <limits.h>
 #include <linux/magic.h>
@@ -51,7 +52,8 @@ std::optional<std::string> FollowLinks(const std::string& path) {
     const ssize_t length = readlink(end.c_str(), target.data(), target.size());
     if (length < 0) return std::nullopt;
     target.resize(static_cast<std::size_t>(length));
-    end = target.starts_with('/') ? target : FolderPart(end) + target;
+    if (!target.starts_with('/')) target.insert(0, FolderPart(end));
+    end = std::move(target);
   }
   errno = ELOOP;
   return std::nullopt;

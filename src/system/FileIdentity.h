@@ -1,9 +1,9 @@
 // Which file a path leads to, whatever it is called.
 #pragma once
 
-#include <compare>
 #include <optional>
 #include <string>
+#include <tuple>
 
 #include <sys/types.h>
 
@@ -15,7 +15,9 @@ struct FileIdentity {
   ino_t inode = 0;
   std::string name;  ///< of a file that is not there yet; device and inode are its folder's then
 
-  friend auto operator<=>(const FileIdentity&, const FileIdentity&) = default;
+  friend bool operator<(const FileIdentity& a, const FileIdentity& b) {
+    return std::tie(a.device, a.inode, a.name) < std::tie(b.device, b.inode, b.name);
+  }
 };
 
 /// Nothing when not even the folder is there. Cost: one or two questions to the system, but for
