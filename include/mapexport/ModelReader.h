@@ -1,8 +1,9 @@
 // Reads the model files of mapexport in an engine: one header, C++17, the standard library only, no
 // exceptions, no allocation.
 //
-//   mapexport::reader::Model model;
-//   mapexport::reader::Error error;
+//   using namespace mapexport::reader;
+//   Model model;
+//   Error error;
 //   if (!model.Open(bytes, size, LayoutOfName(path), &error)) return Refuse(error);
 //   for (const auto& group : model.groups) {
 //     for (const auto& batch : group.batches) Upload(model.materials, group, batch);
