@@ -11,6 +11,7 @@
 //   TAKEN_TERMINAL, TAKEN_DESCRIPTOR  what the program was started with
 //   TAKEN_KERNEL   set: Landlock and filters of system calls can't be had
 #include <cerrno>
+#include <charconv>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -37,7 +38,7 @@
 namespace {
 
 struct Bytes {
-  const char* data = nullptr;
+  char* data = nullptr;
   std::size_t size = 0;
 };
 
@@ -63,6 +64,14 @@ std::string TextOf(const char* name) {
   return text == nullptr ? "" : text;
 }
 
+/// The number that an environment variable holds; 0 when there is none.
+int NumberOf(const char* name) {
+  const std::string text = TextOf(name);
+  int number = 0;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
+
 /// The content of a file that an environment variable names.
 Bytes Map(const char* name, int rights, int kind) {
   const int file = open(TextOf(name).c_str(), kind == MAP_SHARED ? O_RDWR : O_RDONLY);
@@ -71,19 +80,18 @@ Bytes Map(const char* name, int rights, int kind) {
   const auto size = static_cast<std::size_t>(info.st_size);
   void* const data = mmap(nullptr, size, rights, kind, file, 0);
   close(file);
-  return {static_cast<const char*>(data), size};
+  return {static_cast<char*>(data), size};
 }
 
 bool ReadEnvironment() {
-  chosen = std::atoi(TextOf("TAKEN_OVER").c_str());
-  status = std::atoi(TextOf("TAKEN_STATUS").c_str());
+  chosen = NumberOf("TAKEN_OVER");
+  status = NumberOf("TAKEN_STATUS");
   oldKernel = std::getenv("TAKEN_KERNEL") != nullptr;
   sceneName = TextOf("TAKEN_AT");
   terminal = TextOf("TAKEN_TERMINAL");
-  const std::string descriptor = TextOf("TAKEN_DESCRIPTOR");
-  if (!descriptor.empty()) inherited = std::atoi(descriptor.c_str());
+  if (std::getenv("TAKEN_DESCRIPTOR") != nullptr) inherited = NumberOf("TAKEN_DESCRIPTOR");
   const Bytes shown = Map("TAKEN_RESULT", PROT_READ | PROT_WRITE, MAP_SHARED);
-  if (shown.size >= kResultSize) result = const_cast<char*>(shown.data);
+  if (shown.size >= kResultSize) result = shown.data;
   scene = Map("TAKEN_SCENE", PROT_READ, MAP_PRIVATE);
   message = Map("TAKEN_MESSAGE", PROT_READ, MAP_PRIVATE);
   return true;
@@ -188,7 +196,7 @@ long ShutEars() {
 
 [[noreturn]] long FillPipe() {
   ShutEars();
-  static const char bytes[4096] = {};
+  static char bytes[4096] = {};
   for (;;) Write(FindAnswers().stage, {bytes, sizeof bytes});
 }
 
