@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
-# Converts the golden scenes, the example and the rooms, and checks the files: check-convert.sh
-# MAPEXPORT WORK [SCENES]. WORK is a folder for the files, SCENES one of further scenes. The validator
-# is installed once, into build/. Ends with 77 where there is no Node.
+# Converts the golden scenes, the example, the rooms and Blender's files, and checks what was written:
+# check-convert.sh MAPEXPORT WORK [SCENES]. WORK is a folder for the files, SCENES one of further
+# scenes. The validator is installed once, into build/. Without Node.js or the validator it ends with
+# 77, and with 1 where the environment variable CI is set.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
-  echo "Node is not installed: the converted files are not checked." >&2
-  exit 77
+  exec "$root/scripts/lib/skip-unless-ci.sh" \
+    "Node.js or npm is not installed: the converted files are not checked."
 fi
 
 modules=$root/build/convert-modules
@@ -15,7 +16,10 @@ lock=package-lock.json
 if ! cmp -s -- "$root/tests/convert/$lock" "$modules/installed-$lock"; then
   mkdir -p -- "$modules"
   cp -- "$root/tests/convert/package.json" "$root/tests/convert/$lock" "$modules/"
-  (cd -- "$modules" && npm ci --no-audit --no-fund --ignore-scripts)
+  (cd -- "$modules" && npm ci --no-audit --no-fund --ignore-scripts --fetch-retries=1 \
+    --fetch-retry-mintimeout=1000 --fetch-timeout=30000) ||
+    exec "$root/scripts/lib/skip-unless-ci.sh" \
+      "npm ci can't get the validator: the converted files are not checked."
   cp -- "$modules/$lock" "$modules/installed-$lock"
 fi
 exec node "$root/tests/convert/check_convert.mjs" "$1" "$root" "$modules" "$2" ${3+"$3"}

@@ -1,4 +1,4 @@
-// Foreign formats: what arrives in the host's scene, from files written here and from real ones.
+// Foreign formats: what arrives in the host's scene, from files written here and by Blender.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -33,6 +33,10 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+
+std::string BlenderFile(const std::string& name) {
+  return MAPEXPORT_SOURCE_DIR "/tests/models/blender/" + name;
+}
 
 class ImporterTest : public testing::Test {
  protected:
@@ -429,11 +433,8 @@ TEST(FbxLinksTest, DamagedTextsAreRefusedOrRead) {
   EXPECT_EQ(ascii.substr(whole->links.back().typeAt, 8), "OO\",30,2");
   EXPECT_FALSE(ReadFbxLinks(ascii.substr(0, ascii.size() - 3)));
 
-  const fs::path real =
-      fs::path(MAPEXPORT_SAMPLE_SCENES) / "max-fbx/udp_instanced_material_7700_binary.fbx";
-  if (!fs::exists(real)) GTEST_SKIP() << "no real scenes here";
   std::stringstream binary;
-  binary << std::ifstream(real, std::ios::binary).rdbuf();
+  binary << std::ifstream(BlenderFile("instances.fbx"), std::ios::binary).rdbuf();
   const std::string bytes = binary.str();
   ASSERT_TRUE(ReadFbxLinks(bytes));
   for (std::size_t i = 0; i < bytes.size(); i += 61) {
@@ -685,64 +686,78 @@ TEST(HostTextTest, TextsBecomeValid) {
   EXPECT_EQ(FirstLine("\n  one\ttwo \r\nthree"), "one two");
 }
 
-// --- real files ---
+TEST_F(ImporterTest, Ac3dObjectsKeepTheirOwnPicture) {
+  const ImportedScene track = Import("track.acc", R"(AC3Db
+MATERIAL "Road" rgb 1 1 1 amb 1 1 1 emis 0 0 0 spec 0 0 0 shi 10 trans 0
+OBJECT world
+kids 1
+OBJECT poly
+name "Bend"
+texture "road.rgb" base
+texture empty_texture skids
+texture "shadow.rgb" shad
+numvert 3
+0 0 0
+1 0 0
+0 0 1
+numsurf 1
+SURF 0x20
+mat 0
+refs 3
+0 0 0
+1 1 0
+2 0 1
+kids 0
+)");
+  ASSERT_EQ(track.scene.materials.size(), 1u);
+  ASSERT_TRUE(track.scene.materials[0].diffuseMap);
+  EXPECT_EQ(track.scene.materials[0].diffuseMap->file, "road.rgb");
+}
 
-class RealFileTest : public testing::Test {
- protected:
-  void SetUp() override {
-    if (!fs::exists(Folder())) GTEST_SKIP() << "no real scenes here";
-  }
-  static fs::path Folder() { return MAPEXPORT_SAMPLE_SCENES; }
-  static ImportedScene Import(const std::string& name) {
-    return ImportScene((Folder() / name).string(), {});
-  }
-};
+// --- files of another program ---
 
-TEST_F(RealFileTest, UserTextInAsciiAndBinaryFbx) {
-  for (const char* name : {"max-fbx/udp_instanced_material_7700_ascii.fbx",
-                           "max-fbx/udp_instanced_material_7700_binary.fbx"}) {
-    const ImportedScene imported = Import(name);
+TEST(BlenderFileTest, UserTextInAsciiAndBinaryFbx) {
+  for (const char* name : {"instances_ascii.fbx", "instances.fbx"}) {
+    const ImportedScene imported = ImportScene(BlenderFile(name), {});
     const std::vector<const SceneNode*> nodes = NodesOf(imported);
     ASSERT_EQ(nodes.size(), 3u) << name;
-    for (const SceneNode* node : nodes) {
-      EXPECT_EQ(node->userProperties, "floorface\r\nclimbable\r\n");
-      EXPECT_EQ(node->mesh, nodes[0]->mesh);
-    }
-    EXPECT_EQ(nodes[0]->objectTransform.rows[3], (Point3{0, 20, 0}));
     // The library forgets the second and the third material; the file has one for each node.
     const std::vector<SceneMaterial>& materials = imported.scene.materials;
     for (const SceneNode* node : nodes) {
+      EXPECT_EQ(node->userProperties, "floorface\r\nclimbable\r\n");
+      EXPECT_EQ(node->mesh, nodes[0]->mesh);
       EXPECT_EQ(materials.at(static_cast<std::size_t>(node->material)).name, node->name + "Mat");
     }
+    EXPECT_EQ(nodes[0]->objectTransform.rows[3], (Point3{0, 20, 0}));
     EXPECT_EQ(materials.at(2).diffuse, (Color{0, 0, 1}));
     EXPECT_THAT(RemarksOf(imported),
                 ElementsAre("note file-unit: the file's unit is 2.54 cm; its numbers are kept"));
   }
-  const ImportedScene quotes = Import("max-fbx/udp_notrendered_7500_binary.fbx");
-  EXPECT_EQ(Named(quotes, "&quot;").userProperties, "notrendered\r\n");  // binary: no entities
-  EXPECT_EQ(Named(quotes, "\"'&\"").objectTransform.rows[3], (Point3{-20, 20, 0}));
 }
 
-TEST_F(RealFileTest, FbxOffsetsAndNames) {
-  const ImportedScene types = Import("max-fbx/max_geometry_transform_types_7700_ascii.fbx");
-  EXPECT_EQ(types.scene.root.children.size(), 4u);
-  EXPECT_EQ(Named(types, "Plane001").objectTransform,
-            Rows({0, -1, 0}, {1, 0, 0}, {0, 0, 0.5f}, {10, 0, 7.4505806e-09f}));
-  EXPECT_EQ(Named(types, "Line001").object, SceneObject::kHelper);
+TEST(BlenderFileTest, FbxOffsetsAndNames) {
+  const ImportedScene imported = ImportScene(BlenderFile("offsets.fbx"), {});
+  EXPECT_EQ(imported.scene.root.children.size(), 7u);
+  for (const char* name : {"Plane001", "Line001", "Point001"}) {
+    EXPECT_EQ(Named(imported, name).objectTransform,
+              Rows({0, -1, 0}, {1, 0, 0}, {0, 0, 0.5f}, {10, 0, 0.25f}));
+  }
+  EXPECT_EQ(Named(imported, "Line001").object, SceneObject::kHelper);
 
   // Each of four nested boxes stands 40 from the middle, a quarter turn on, whatever its ancestors'
   // own offsets are.
-  const ImportedScene nested = Import("max-fbx/max_geometry_transform_instances_7700_binary.fbx");
   constexpr std::array<std::pair<const char*, Point3>, 4> kPlaces{{{"Box001", {40, 0, 0}},
                                                                    {"Box002", {0, 40, 0}},
                                                                    {"Box003", {-40, 0, 0}},
                                                                    {"Box004", {0, -40, 0}}}};
   for (const auto& [name, place] : kPlaces) {
-    const Point3 off = Named(nested, name).objectTransform.rows[3] - place;
+    const Point3 off = Named(imported, name).objectTransform.rows[3] - place;
     EXPECT_LT(Length(off), 2e-5f) << name;
   }
-  EXPECT_EQ(Import("max-fbx/max_unicode_7500_binary.fbx").scene.root.children.at(0).name,
-            "a\xCE\xB2\xE3\x82\xAB\xF0\x9F\x98\x82");
+  EXPECT_EQ(imported.scene.root.children.at(4).name, "a\xCE\xB2\xE3\x82\xAB\xF0\x9F\x98\x82");
+  // Binary files have no entities.
+  EXPECT_EQ(Named(imported, "&quot;").userProperties, "notrendered\r\n");
+  EXPECT_EQ(Named(imported, "\"'&\"").objectTransform.rows[3], (Point3{-20, 20, 0}));
 }
 
 }  // namespace

@@ -269,6 +269,9 @@ for (const layout of ['qob', 'kob']) {
     await checkScene(join(source, 'tests', 'models', `room.${format}`), layout, []);
   }
 }
+for (const name of readdirSync(join(source, 'tests', 'models', 'blender'))) {
+  await checkScene(join(source, 'tests', 'models', 'blender', name), 'kob', []);
+}
 const known = /\.(3ds|ase|dae|fbx|glb|gltf|obj)$/i;
 const further = scenes && existsSync(scenes) ? readdirSync(scenes, { withFileTypes: true }) : [];
 for (const entry of further) {
