@@ -35,7 +35,7 @@ function(mapexport_npm name folder result)
     file(READ ${target}/installed installed)
   endif()
   if(NOT installed STREQUAL wanted)
-    file(REMOVE ${target}/installed)
+    file(REMOVE ${target}/installed ${target}/npm.log)
     file(COPY ${folder}/package.json ${folder}/package-lock.json DESTINATION ${target})
     message(STATUS "Installing the packages of ${name}")
     # Without a network it must fail soon: the program is built without.

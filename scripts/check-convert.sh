@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Converts the golden scenes, the example, the rooms and Blender's files, and checks what was written:
 # check-convert.sh MAPEXPORT WORK [SCENES]. WORK is a folder for the files, SCENES one of further
-# scenes. The validator is installed once, into build/. Without Node.js or the validator it ends with
+# scenes. The validator is installed once, into build/. Without Node.js or a registry it ends with
 # 77, and with 1 where the environment variable CI is set.
 set -euo pipefail
 unset CDPATH
@@ -17,9 +17,9 @@ if ! cmp -s -- "$root/tests/convert/$lock" "$modules/installed-$lock"; then
   mkdir -p -- "$modules"
   cp -- "$root/tests/convert/package.json" "$root/tests/convert/$lock" "$modules/"
   (cd -- "$modules" && npm ci --no-audit --no-fund --ignore-scripts --fetch-retries=1 \
-    --fetch-retry-mintimeout=1000 --fetch-timeout=30000) ||
+    --fetch-retry-mintimeout=1000 --fetch-timeout=30000 >npm.log 2>&1) ||
     exec "$root/scripts/lib/skip-unless-ci.sh" \
-      "npm ci can't get the validator: the converted files are not checked."
+      "npm ci can't get the validator: the converted files are not checked." "$modules/npm.log"
   cp -- "$modules/$lock" "$modules/installed-$lock"
 fi
 exec node "$root/tests/convert/check_convert.mjs" "$1" "$root" "$modules" "$2" ${3+"$3"}

@@ -26,11 +26,18 @@ USER_TEXT = "floorface\r\nclimbable\r\n"
 INCH = 0.0254
 QUAD = [(-1, -1, 0), (1, -1, 0), (1, 1, 0), (-1, 1, 0)]
 
-# Numbers in the order of their use, a fixed time and bare file names, where the exporter takes hashes,
-# the clock and this folder's path.
+# Numbers in the order of their use, a fixed time and bare file names, where the exporter takes
+# hashes, the clock and this folder's path.
 fbx_utils._key_to_uuid = lambda uuids, key: 1000 + len(uuids)
 export_fbx_bin.datetime = types.SimpleNamespace(
     datetime=types.SimpleNamespace(now=lambda: datetime.datetime(2000, 1, 1)))
+
+
+# A mesh whose nodes have their own materials is exported once per node, as "Quad.001" and so on; with
+# one key for all copies it is exported once.
+blender_key = fbx_utils.get_blenderID_key
+export_fbx_bin.get_blenderID_key = lambda data: (
+    f"mesh {data.name.split('.')[0]}" if isinstance(data, bpy.types.Mesh) else blender_key(data))
 
 export_fbx_bin._gen_vid_path = lambda image, scene_data: (image.filepath[2:], image.filepath[2:])
 
@@ -66,7 +73,8 @@ def material(name, color):
 def save(name):
     bpy.ops.export_scene.fbx(
         filepath=str(FOLDER / name), axis_forward="Y", axis_up="Z", use_custom_props=True,
-        apply_scale_options="FBX_SCALE_UNITS", bake_anim=False, add_leaf_bones=False)
+        apply_scale_options="FBX_SCALE_UNITS", use_mesh_edges=True, bake_anim=False,
+        add_leaf_bones=False)
 
 
 def make_instances():
