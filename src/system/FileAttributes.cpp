@@ -74,6 +74,46 @@ mode_t RightsLike(const struct stat& old, int to) {
   return owner | (rights & (others << 3)) | others;
 }
 
+namespace {
+
+/// The access list with no more rights for the file's group than for all others.
+void NarrowGroup(std::string& list) {
+  // A version, then entries of a tag, rights and an id, little-endian as all that is stored.
+  constexpr std::size_t kHeader = 4;
+  constexpr std::size_t kEntry = 8;
+  constexpr std::size_t kRights = 2;
+  constexpr char kGroupTag = 0x04;
+  constexpr char kOthersTag = 0x20;
+  const auto find = [&](char tag) {
+    for (std::size_t at = kHeader; at + kEntry <= list.size(); at += kEntry) {
+      if (list[at] == tag && list[at + 1] == 0) return at + kRights;
+    }
+    return std::string::npos;
+  };
+  const std::size_t group = find(kGroupTag);
+  const std::size_t others = find(kOthersTag);
+  if (group == std::string::npos) return;
+  const char rights = others == std::string::npos ? '\0' : list[others];
+  list[group] = static_cast<char>(list[group] & rights);
+}
+
+bool HasGroupOf(int file, const std::string& path) {
+  struct stat now {};
+  struct stat old {};
+  return ::fstat(file, &now) == 0 && ::lstat(path.c_str(), &old) == 0 && now.st_gid == old.st_gid;
+}
+
+/// Takes from the group what not all others may do.
+void NarrowGroupRights(int file) {
+  struct stat now {};
+  if (::fstat(file, &now) != 0) return;
+  const mode_t others = now.st_mode & S_IRWXO;
+  static_cast<void>(
+      ::fchmod(file, (now.st_mode & (S_IRWXU | S_IRWXO)) | (now.st_mode & (others << 3))));
+}
+
+}  // namespace
+
 std::string TakeExtendedAttributes(int to, const std::string& from) {
   const std::optional<std::string> names =
       Sized([&](char* data, std::size_t size) { return ::llistxattr(from.c_str(), data, size); });
@@ -85,10 +125,13 @@ std::string TakeExtendedAttributes(int to, const std::string& from) {
     rest.remove_prefix(std::min(name.size() + 1, rest.size()));
     hasAccessList = hasAccessList || name == kAccessList;
     if (std::ranges::find(kOfContent, name) != kOfContent.end()) continue;
-    const std::optional<std::string> value = Attribute(from, name.c_str());
+    std::optional<std::string> value = Attribute(from, name.c_str());
+    if (value && name == kAccessList && !HasGroupOf(to, from)) NarrowGroup(*value);
     if (value && Attribute(to, name.c_str()) == value) continue;
     if (!value || ::fsetxattr(to, name.c_str(), value->data(), value->size(), 0) != 0) {
       if (lack.empty()) lack = Lack("its attribute " + name, errno);
+      // Without the list, its mask would be the group's rights.
+      if (name == kAccessList) NarrowGroupRights(to);
     }
   }
   if (!hasAccessList && ::fremovexattr(to, kAccessList) != 0 && errno != ENODATA &&
