@@ -460,6 +460,8 @@ TEST_F(ProgramTest, TheSizeAndTheBeginningOfAFileComeFirst) {
       {"large.scene.json", "", 5, "is too large, a scene file has at most 4294967295 bytes"},
       {"zeros.scene.json", "", 3, "line 1, column 1: a value was expected"},
       {"mark.scene.json", "\xEF\xBB\xBF\n x", 3, "line 2, column 2: a value was expected"},
+      {"hole.scene.json", R"({"format":"mapexport-scene",)", 3,
+       "line 1, column 29: a member's name in quotes was expected"},
       {"list.scene.json", "[1,\n2 3", 3, "line 2, column 3: \",\" or \"]\" was expected"},
       {"wide.scene.json", "\xFF\xFE{", 3, "is UTF-16; a scene file is UTF-8"},
       {"zeros.kob", "", 3, "offset 0: startTag: must be the text \"BeginModel\""},

@@ -48,7 +48,7 @@ void LimitRemarks(ImportRemarks& remarks) {
       others.push_back(std::move(remark));
       continue;
     }
-    others[entry->second].count += remark.count;
+    others[entry->second].count = AddCounts(others[entry->second].count, remark.count);
     others[entry->second].stands += remark.stands;
   }
   remarks.resize(kept);

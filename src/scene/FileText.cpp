@@ -22,6 +22,7 @@ namespace {
 
 constexpr std::size_t kLargestFile = simdjson::SIMDJSON_MAXSIZE_BYTES;
 constexpr std::size_t kFirstBlock = 64 * 1024;
+constexpr std::size_t kLargestBlock = std::size_t{16} << 20;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 [[noreturn]] void FailWithErrno(const std::string& path, int error) {
@@ -80,7 +81,7 @@ FileText::FileText(const std::string& path, CheckBeginning check) {
   // All of a small file, or as much as the check wants to see.
   Grow(kFirstBlock);
   for (bool isFirst = true;; isFirst = false) {
-    const std::size_t room = capacity_ - size_;
+    const std::size_t room = std::min(capacity_ - size_, kLargestBlock);
     errno = 0;
     const std::size_t count = std::fread(bytes_.get() + size_, 1, room, file.get());
     size_ += count;
@@ -90,10 +91,13 @@ FileText::FileText(const std::string& path, CheckBeginning check) {
     }
     if (size_ > kLargestFile) FailTooLarge(path);
     if (count < room) break;
+    // A hole in a file costs no disk. No text holds NUL, so there is nothing right behind the first.
+    if (check != nullptr && std::memchr(bytes_.get() + size_ - count, '\0', count) != nullptr)
+      break;
     if (isFirst && check != nullptr) check(path, WithoutMark(text));
     // The size is a hint only: a pipe has none, and a file may grow while it is read. One byte more
     // lets the end show without another block.
-    Grow(std::max<std::size_t>(isFirst ? size + 1 : 0, size_ * 2));
+    if (size_ == capacity_) Grow(std::max<std::size_t>(isFirst ? size + 1 : 0, size_ * 2));
   }
   if (std::ferror(file.get()) != 0) FailWithErrno(path, errno);
   bytes_[size_] = '\0';

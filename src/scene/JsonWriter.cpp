@@ -44,8 +44,8 @@ CodePoint FirstCodePoint(std::string_view utf8) {
   return {value, bytes};
 }
 
-// Control characters, line and paragraph separators, and what is not seen or turns the writing
-// direction.
+// Control characters, line and paragraph separators, and what turns the writing direction or is
+// hardly ever meant in a name.
 bool NeedsEscape(std::uint32_t c) {
   return c < 0x20 || (c >= 0x7F && c <= 0x9F) || c == 0xAD || c == 0x061C || c == 0x180E ||
          (c >= 0x200B && c <= 0x200F) || (c >= 0x2028 && c <= 0x202E) ||
