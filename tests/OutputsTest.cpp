@@ -12,10 +12,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include "app/ExporterLog.h"
 #include "output/OutputPlace.h"
 #include "support/ProgramRun.h"
 
@@ -75,12 +77,34 @@ TEST_F(OutputsTest, TheLogReplacesNothingButAnOlderLog) {
   // A log is placed also when the export fails after all, and keeps what a replaced file had.
   Write(log, "old");
   fs::permissions(log, fs::perms(0640));
-  EXPECT_EQ(Export("a;b.kob", {"--depfile", "d", "--fresh"}).status, 1);
+  EXPECT_EQ(Export("a.kob", {"--fresh"},
+                   [] {
+                     const rlimit limit{300, 300};
+                     setrlimit(RLIMIT_FSIZE, &limit);
+                   })
+                .status,
+            1);
   EXPECT_THAT(Content(log), HasSubstr("Invalid FACE in GROUPFloor"));
   EXPECT_EQ(fs::status(log).permissions(), fs::perms(0640));
   EXPECT_THAT(Export("a.kob", {"--log", "other.txt", "--fresh"}).err,
               HasSubstr("left out (see other.txt)"));
   EXPECT_EQ(Content(work_ / "other.txt").find("Could not load CXP file"), 0U);
+  if (geteuid() == 0) {
+    // As after su in a folder of root's.
+    fs::permissions(root_, fs::perms::all);
+    const fs::path shared = root_ / "shared";
+    fs::create_directory(shared);
+    fs::permissions(shared, fs::perms::all);
+    fs::permissions(work_, fs::perms::owner_all);
+    for (const char* const option : {"--quiet", "--no-log"}) {
+      const Outcome outcome = Export(shared / "a.kob", {"--fresh", option}, [] {
+        if (setgid(4321) != 0 || setuid(4321) != 0) _exit(98);
+      });
+      EXPECT_EQ(outcome.status, 0) << outcome.err;
+      EXPECT_EQ(outcome.err.find("this export has no log") == std::string::npos,
+                std::string(option) == "--no-log");
+    }
+  }
   fs::remove(log);
   EXPECT_THAT(Export("a.kob", {"--no-log", "--fresh"}).err, Not(HasSubstr("log")));
   EXPECT_THAT(Names(work_), UnorderedElementsAre("a.kob", "other.txt"));
@@ -176,6 +200,15 @@ TEST_F(OutputsTest, StandardOutputIsWrittenToAndNeverReplaced) {
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(Lines(outcome.err), status);
   }
+  // Standard output may lead into what is read.
+  for (const std::vector<std::string>& line : std::vector<std::vector<std::string>>{
+           {"scene", scene_}, {"export", scene_, "b.kob", "--quiet", "--report", "-"}}) {
+    const Outcome outcome = Run(line, [&] { dup2(open(scene_.c_str(), O_RDWR), STDOUT_FILENO); });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err,
+                HasSubstr("standard output: cannot be written: it is the scene itself"));
+    EXPECT_EQ(Content(scene_), kScene);
+  }
   // A report that can't be printed costs no older output.
   const std::string before = Content(work_ / "a.kob");
   EXPECT_EQ(Export("a.kob", {"--fresh", "--voxel-size", "3", "--report", "-"},
@@ -227,7 +260,6 @@ TEST_F(OutputsTest, AReplacedFileKeepsItsRightsItsOwnerAndItsAttributes) {
   // given to another group.
   fs::permissions(work_, fs::perms::all);
   fs::permissions(root_, fs::perms::all);
-  removexattr(old.c_str(), kName);
   fs::permissions(old, fs::perms(0662));
   const Outcome outcome = Run({"scene", scene_, "-o", "old.qob"}, [] {
     if (setgid(4321) != 0 || setuid(4321) != 0) _exit(98);
@@ -237,7 +269,13 @@ TEST_F(OutputsTest, AReplacedFileKeepsItsRightsItsOwnerAndItsAttributes) {
             "mapexport: warning: old.qob: does not end in .scene.json, by which a scene "
             "file is known\nmapexport: warning: old.qob: is in its place, but could not "
             "keep its group: Operation not permitted\n");
-  EXPECT_EQ(fs::status(old).permissions(), fs::perms(0622));
+  if (hasList) {
+    std::string list(sizeof kList, '\0');
+    getxattr(old.c_str(), kName, list.data(), list.size());
+    EXPECT_EQ(list[4 + 2 * 8 + 2], 0) << "the group's rights in the list";
+  } else {
+    EXPECT_EQ(fs::status(old).permissions(), fs::perms(0622));
+  }
 }
 
 TEST_F(OutputsTest, FilesThatGoTogetherArePlacedTogether) {
@@ -265,17 +303,24 @@ TEST_F(OutputsTest, FilesThatGoTogetherArePlacedTogether) {
 
 TEST_F(OutputsTest, FilesOfTwoExportsDoNotMix) {
   Write(work_ / "a.kob", "old");
+  // What holds the folder itself locked, as people do around a command, is not waited for.
   const int folder = open(work_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   ASSERT_EQ(flock(folder, LOCK_EX), 0);
+  const fs::path lock = OutputPlace(FindOutput(work_ / "a.kob"), "a.kob").LockPath();
+  const int other = open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(flock(other, LOCK_EX), 0);
   Outcome outcome;
   std::thread run([&] { outcome = Export("a.kob", {"--report", "a.json", "--fresh"}); });
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
   EXPECT_EQ(Content(work_ / "a.kob"), "old") << "somebody else is placing files";
   EXPECT_FALSE(fs::exists(work_ / "a.json"));
-  flock(folder, LOCK_UN);
+  flock(other, LOCK_UN);
   run.join();
   close(folder);
+  close(other);
   EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.err, Not(HasSubstr("another export")));
+  EXPECT_FALSE(fs::exists(lock));
   EXPECT_EQ(Run({"inspect", "a.kob"}).status, 0);
   EXPECT_TRUE(fs::exists(work_ / "a.json"));
 }
@@ -305,6 +350,17 @@ TEST_F(OutputsTest, OnlyLeftOversOfEndedExportsGo) {
     EXPECT_TRUE(WIFSIGNALED(interrupted) && WTERMSIG(interrupted) == signal) << signal;
     EXPECT_EQ(Names(work_).size(), 3U) << signal;
   }
+
+  const int inLogFolder = InChild([&] {
+    if (chdir(work_.c_str()) != 0) _exit(98);
+    ExporterLog log("log.txt", TakenFiles());
+    const OutputPlace place(FindOutput("a.qob"), "a.qob");
+    log.EnterFolder(place.Folder());
+    raise(SIGTERM);
+    log.LeaveFolder();
+  });
+  EXPECT_TRUE(WIFSIGNALED(inLogFolder));
+  EXPECT_EQ(Names(work_).size(), 3U) << "paths are relative to the folder of before";
 
   const OutputPlace running(FindOutput(output), "a.qob");
   Write(running.File(), "half");

@@ -70,14 +70,15 @@ void RequireNameForLines(const OutputTarget& target, const std::string& output) 
 }
 
 /// The files, to be put in place together.
-std::vector<std::unique_ptr<OutputPlace>> Fill(const TakenFiles& inputs, const OutputTarget& main,
+std::vector<std::unique_ptr<OutputPlace>> Fill(TakenFiles taken, const OutputTarget& main,
                                                const std::vector<ConvertedFile>& files) {
   std::vector<std::unique_ptr<OutputPlace>> places;
   const std::string folder = FolderPart(main.path);
   for (const ConvertedFile& file : files) {
     const bool isMain = &file == &files.back();
     const OutputTarget target = isMain ? main : FindOutput(folder + file.name);
-    inputs.RequireFree(target);
+    taken.RequireFree(target);
+    taken.Add(target.path, "other file of the two");
     places.push_back(std::make_unique<OutputPlace>(target, NamePart(target.path)));
     places.back()->Fill([&file](std::ostream& out) { out << file.bytes; });
   }
@@ -112,6 +113,8 @@ ExitStatus RunConvertCommand(const ConvertArguments& arguments) {
   if (!IsStandardOutput(arguments.output)) {
     target = FindOutput(arguments.output);
     inputs.RequireFree(*target);
+  } else {
+    inputs.RequireNotStandardOutput();
   }
   const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
   if (!loaded) return ExitStatus::kFailed;

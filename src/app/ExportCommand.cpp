@@ -1,6 +1,7 @@
 #include "app/ExportCommand.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
@@ -232,6 +233,10 @@ void RequireFree(Run& run, const OutputTarget& model, const std::optional<Output
     run.inputs.RequireFree(target);
     run.reportTarget = target;
   }
+  if (std::exchange(run.reportIsPrinted, false)) {
+    run.inputs.RequireNotStandardOutput();
+    run.reportIsPrinted = true;
+  }
   run.inputs.RequireFree(model);
   if (depFile) run.inputs.RequireFree(*depFile);
 }
@@ -274,6 +279,8 @@ void Export(Run& run) {
   SettingsStore settings = OpenSettings(run);
   AddRememberedInputs(arguments, settings, run.inputs);
   RequireFree(run, target, depFile);
+  // Names that no rule can hold are refused before the work.
+  if (depFile) DepFileText(output, std::array{arguments.scene.path});
   // Reading may take long: that the dialog can't be shown is told before.
   if (arguments.dialog) RequireWindows();
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);

@@ -46,7 +46,9 @@ ExporterLog::ExporterLog(const std::optional<std::string>& name, const TakenFile
   trouble_ = WhyKept(*name_, files);
   if (!trouble_.empty()) return;
   try {
-    place_ = std::make_unique<OutputPlace>(FindOutput(*name_), kName);
+    OutputTarget target = FindOutput(*name_);
+    if (target.path != *name_) throw RunError("it is a link");  // since a moment
+    place_ = std::make_unique<OutputPlace>(std::move(target), kName);
   } catch (const std::exception& error) {
     trouble_ = ReasonWithout(*name_, error);
   }
@@ -54,8 +56,13 @@ ExporterLog::ExporterLog(const std::optional<std::string>& name, const TakenFile
 
 void ExporterLog::EnterFolder(const std::string& folder) {
   Descriptor home(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-  // That one can go back is to be known before.
-  if (!home.IsOpen() || fchdir(home.Get()) != 0) ThrowNoFolder("the current directory");
+  // Where one can't go back to, an exporter can't open anything either.
+  if (!home.IsOpen() || fchdir(home.Get()) != 0) {
+    trouble_ = fmt::format("the current directory: {}", ErrnoText(errno));
+    place_.reset();
+    return;
+  }
+  hold_.emplace();
   if (place_) {
     if (chdir(place_->Folder().c_str()) != 0) ThrowNoFolder(place_->Folder());
   } else {
@@ -75,6 +82,7 @@ void ExporterLog::LeaveFolder() {
   if (!home_.IsOpen()) return;
   if (fchdir(home_.Get()) != 0) ThrowNoFolder("the current directory");
   home_ = Descriptor();
+  hold_.reset();
 }
 
 void ExporterLog::Place(const TakenFiles& files, Messages& messages) {

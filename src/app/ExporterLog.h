@@ -9,6 +9,7 @@
 #include "output/OutputPlace.h"
 #include "output/TakenFiles.h"
 #include "system/Descriptor.h"
+#include "system/HoldInterrupts.h"
 
 namespace mapexport {
 
@@ -45,6 +46,8 @@ class ExporterLog {
   std::string trouble_;
   std::unique_ptr<OutputPlace> place_;
   Descriptor home_;  ///< the current folder of before, while another one is entered
+  /// For as long: what the signals' handlers remove has paths that are relative to that folder.
+  std::optional<HoldInterrupts> hold_;
 };
 
 }  // namespace mapexport

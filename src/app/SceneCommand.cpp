@@ -19,6 +19,9 @@ ExitStatus RunSceneCommand(const SceneArguments& arguments) {
   Messages messages(false);
   Stages stages(false);
   if (!arguments.output || IsStandardOutput(*arguments.output)) {
+    TakenFiles inputs;
+    inputs.Add(arguments.scene.path, "scene");
+    inputs.RequireNotStandardOutput();
     const Scene scene = LoadScene(arguments.scene, messages, stages).scene;
     stages.Begin("writing");
     const bool arrived = PrintResult([&](std::ostream& out) { WriteSceneFile(scene, out); });

@@ -27,10 +27,12 @@ ExitStatus RunViewCommand(const ViewArguments& arguments) {
   const std::string output = arguments.output.value_or(arguments.file + ".html");
   std::optional<OutputTarget> target;
   if (!IsStandardOutput(output)) target = FindOutput(output);
+  TakenFiles inputs;
+  inputs.Add(arguments.file, "model file");
   if (target) {
-    TakenFiles inputs;
-    inputs.Add(arguments.file, "model file");
     inputs.RequireFree(*target);
+  } else {
+    inputs.RequireNotStandardOutput();
   }
   const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
   if (!loaded) return ExitStatus::kFailed;

@@ -24,8 +24,7 @@
 namespace mapexport {
 namespace {
 
-// Placing takes no time to speak of. Who holds a folder's lock longer than this is stuck, or holds
-// it for a reason of its own.
+// Placing takes no time to speak of. Who holds the lock longer than this is stuck.
 constexpr std::chrono::seconds kLockPatience{20};
 constexpr std::chrono::milliseconds kLockPause{10};
 constexpr std::string_view kRandomPart = "XXXXXX";
@@ -201,16 +200,38 @@ void OutputPlace::Prepare() {
   if (!targetFolder_.IsOpen()) syncError_ = errno;
 }
 
-void OutputPlace::LockTargetFolder() {
-  if (!targetFolder_.IsOpen()) return;  // it can't be read: nobody can lock it
+std::string OutputPlace::LockPath() const {
+  return FolderPart(target_.path) + FolderNamePrefix(target_.path) + "lock";
+}
+
+OutputPlace::PlacingLock::PlacingLock(const std::string& path) : path_(path) {
   const auto deadline = std::chrono::steady_clock::now() + kLockPatience;
-  while (flock(targetFolder_.Get(), LOCK_EX | LOCK_NB) != 0) {
-    // There are file systems without locks.
-    if (errno != EWOULDBLOCK && errno != EINTR) return;
-    unlocked_ = std::chrono::steady_clock::now() >= deadline;
-    if (unlocked_) return;
+  while (true) {
+    hold_.emplace();
+    file_ = Descriptor(open(path.c_str(), O_RDONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (!file_.IsOpen()) return;  // no room for it: who places then is not kept from it
+    struct stat here {};
+    struct stat there {};
+    if (flock(file_.Get(), LOCK_EX | LOCK_NB) != 0) {
+      // There are file systems without locks.
+      if (errno != EWOULDBLOCK && errno != EINTR) break;
+    } else if (fstat(file_.Get(), &here) == 0 && stat(path.c_str(), &there) == 0 &&
+               here.st_dev == there.st_dev && here.st_ino == there.st_ino) {
+      return;
+    }
+    file_ = Descriptor();
+    missed_ = std::chrono::steady_clock::now() >= deadline;
+    if (missed_) return;
+    hold_.reset();
     std::this_thread::sleep_for(kLockPause);
   }
+  unlink(path.c_str());
+  file_ = Descriptor();
+}
+
+OutputPlace::PlacingLock::~PlacingLock() {
+  // Whoever waits for this file sees that it is gone, and makes another.
+  if (file_.IsOpen()) unlink(path_.c_str());
 }
 
 void OutputPlace::Place() {
@@ -231,10 +252,11 @@ std::vector<OutputPlace::Warning> OutputPlace::Warnings() const {
   }
   if (unlocked_) {
     warnings.push_back(
-        {"folder-not-locked",
-         fmt::format("{}: is in its place, but another program kept its folder locked for {} s: "
-                     "files of two exports may be mixed",
-                     target_.name, kLockPatience.count())});
+        {"output-not-locked",
+         fmt::format(
+             "{}: is in its place, but another export to it has not ended for {} s: files of "
+             "the two may be mixed",
+             target_.name, kLockPatience.count())});
   }
   if (syncError_ != 0) {
     warnings.push_back(
@@ -274,15 +296,10 @@ std::string OutputPlace::NotPutBack() const {
 
 void OutputPlace::CommitTogether(std::span<OutputPlace* const> places) {
   for (OutputPlace* const place : places) place->Prepare();
-  // Two runs that write the same files have the first one in the same folder. More than one lock at
-  // a time could wait for each other.
-  places.front()->LockTargetFolder();
-  struct Unlock {
-    ~Unlock() { flock(folder.Get(), LOCK_UN); }
-    const Descriptor& folder;
-  };
-  const Unlock unlock{places.front()->targetFolder_};
-  const HoldInterrupts hold;
+  // Two runs that write the same files have the same first one. More than one lock at a time could
+  // wait for each other.
+  const PlacingLock lock(places.front()->LockPath());
+  places.front()->unlocked_ = lock.Missed();
   try {
     // Once the last one is placed there is nothing to take back.
     for (OutputPlace* const place : places.first(places.size() - 1)) place->KeepOld();

@@ -14,6 +14,7 @@
 #include "output/InterruptCleanup.h"
 #include "system/Descriptor.h"
 #include "system/FileIdentity.h"
+#include "system/HoldInterrupts.h"
 
 namespace mapexport {
 
@@ -57,9 +58,12 @@ class OutputPlace {
   void Commit();
 
   /// Commits all of them or, when one can't be, none: the targets are as they were then. Who
-  /// commits to the folder of the first one meanwhile waits, so that files of two runs don't mix.
+  /// commits to the target of the first one meanwhile waits, so that files of two runs don't mix.
   /// Throws RunError.
   static void CommitTogether(std::span<OutputPlace* const> places);
+
+  /// A file beside the target that is there, and locked, while files are placed together with it.
+  std::string LockPath() const;
 
   /// What is to be told of a place that is committed.
   struct Warning {
@@ -69,11 +73,27 @@ class OutputPlace {
   std::vector<Warning> Warnings() const;
 
  private:
+  /// Holds a lock file, and back the signals that would leave it.
+  class PlacingLock {
+   public:
+    explicit PlacingLock(const std::string& path);
+    ~PlacingLock();
+    PlacingLock(const PlacingLock&) = delete;
+    PlacingLock& operator=(const PlacingLock&) = delete;
+
+    /// Whether another process did not give it back in time.
+    bool Missed() const { return missed_; }
+
+   private:
+    std::string path_;
+    std::optional<HoldInterrupts> hold_;
+    Descriptor file_;
+    bool missed_ = false;
+  };
+
   /// Everything that takes memory or is likely to fail, so that little is left when the first of
   /// several is placed.
   void Prepare();
-  /// Locks the target's folder, as far as that can be.
-  void LockTargetFolder();
   void Place();
   /// Keeps what is at the target, so that PutBack can undo Place.
   void KeepOld();
@@ -88,7 +108,7 @@ class OutputPlace {
   Descriptor lock_;          ///< the folder, open
   Descriptor targetFolder_;  ///< open from Prepare on
   std::string notKept_;      ///< what of the older file's owner and attributes could not be had
-  bool unlocked_ = false;    ///< the target's folder could not be locked
+  bool unlocked_ = false;    ///< another process did not give the lock back
   int syncError_ = 0;        ///< why the target's folder can't be synced
   int putBackError_ = 0;
   bool keptOld_ = false;

@@ -22,4 +22,8 @@ void TakenFiles::RequireFree(const OutputTarget& target) const {
   throw RunError(fmt::format("{}: cannot be written: it is the {} itself", target.name, what));
 }
 
+void TakenFiles::RequireNotStandardOutput() const {
+  RequireFree({"standard output", "/proc/self/fd/1", std::nullopt});
+}
+
 }  // namespace mapexport

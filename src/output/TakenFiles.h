@@ -25,6 +25,8 @@ class TakenFiles {
 
   /// Throws RunError when writing to `target` would replace one of them.
   void RequireFree(const OutputTarget& target) const;
+  /// Throws RunError when standard output leads into one of them.
+  void RequireNotStandardOutput() const;
 
  private:
   std::map<FileIdentity, std::string> files_;
