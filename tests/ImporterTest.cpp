@@ -688,7 +688,6 @@ TEST(HostTextTest, TextsBecomeValid) {
 
 TEST_F(ImporterTest, Ac3dObjectsKeepTheirOwnPicture) {
   const ImportedScene track = Import("track.acc", R"(AC3Db
-MATERIAL "Road" rgb 1 1 1 amb 1 1 1 emis 0 0 0 spec 0 0 0 shi 10 trans 0
 OBJECT world
 kids 1
 OBJECT poly
