@@ -88,17 +88,18 @@ child_of() {
 
 check_at_work() {
   local pid filter child=""
-  # The export waits for its database, with all of its libraries loaded.
+  # The export is stopped while it reads a long database, with all of its libraries loaded.
   cat >"$work/scene.scene.json" <<'JSON'
 {"format": "mapexport-scene", "version": 1, "root": {"name": "Scene Root"}}
 JSON
-  mkfifo "$work/fifo.cxp"
-  "$program" export "$work/scene.scene.json" "$work/scene.kob" --fresh --cxp "$work/fifo.cxp" \
+  head -c 400M /dev/zero | tr '\0' ' ' >"$work/long.cxp"
+  "$program" export "$work/scene.scene.json" "$work/scene.kob" --fresh --cxp "$work/long.cxp" \
     >"$work/log" 2>&1 &
   pid=$!
   if wait_for grep -q mapexport-plugin "/proc/$pid/maps"; then
+    kill -STOP "$pid"
     check_maps "$pid" "the export"
-    : >"$work/fifo.cxp"
+    kill -CONT "$pid"
     wait "$pid" || complain "$program" "the export failed: $(cat "$work/log")"
   else
     complain "$program" "the export does not load its library: $(cat "$work/log")"
