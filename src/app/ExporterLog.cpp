@@ -87,10 +87,14 @@ void ExporterLog::LeaveFolder() {
 
 void ExporterLog::Place(const TakenFiles& files, Messages& messages) {
   const std::unique_ptr<OutputPlace> place = std::move(place_);  // its folder goes
+  if (!place) return;
   struct stat info {};
-  // Where there is none, the exporter has said why.
-  if (!place || stat(place->File().c_str(), &info) != 0) return;
-  trouble_ = WhyKept(*name_, files);
+  if (stat(place->File().c_str(), &info) == 0) {
+    trouble_ = WhyKept(*name_, files);
+  } else {
+    if (errno == ENOENT) return;  // the exporter has said why
+    trouble_ = ErrnoText(errno);
+  }
   if (trouble_.empty()) {
     try {
       place->Commit();

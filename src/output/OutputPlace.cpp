@@ -215,10 +215,12 @@ OutputPlace::PlacingLock::PlacingLock(const std::string& path) : path_(path) {
     if (flock(file_.Get(), LOCK_EX | LOCK_NB) != 0) {
       // There are file systems without locks.
       if (errno != EWOULDBLOCK && errno != EINTR) break;
-    } else if (fstat(file_.Get(), &here) == 0 && stat(path.c_str(), &there) == 0 &&
-               here.st_dev == there.st_dev && here.st_ino == there.st_ino) {
+    } else if (fstat(file_.Get(), &here) != 0 ||
+               (stat(path.c_str(), &there) != 0 && errno != ENOENT)) {
+      break;
+    } else if (here.st_dev == there.st_dev && here.st_ino == there.st_ino) {
       return;
-    }
+    }  // else it was removed, and perhaps made anew, before it was locked
     file_ = Descriptor();
     missed_ = std::chrono::steady_clock::now() >= deadline;
     if (missed_) return;

@@ -91,7 +91,7 @@ FileText::FileText(const std::string& path, CheckBeginning check) {
     }
     if (size_ > kLargestFile) FailTooLarge(path);
     if (count < room) break;
-    // A hole in a file costs no disk. No text holds NUL, so there is nothing right behind the first.
+    // A hole in a file costs no disk. No text holds NUL: nothing behind the first can be right.
     if (check != nullptr && std::memchr(bytes_.get() + size_ - count, '\0', count) != nullptr)
       break;
     if (isFirst && check != nullptr) check(path, WithoutMark(text));
