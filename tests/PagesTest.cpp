@@ -1,4 +1,4 @@
-// The manual page and the completion against --help.
+// The manual page and the completion against --help; docs/report.md against the list of codes.
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -16,6 +16,7 @@
 #include "cli/BashCompletion.h"
 #include "cli/Help.h"
 #include "cli/ManPage.h"
+#include "system/RemarkCode.h"
 
 namespace mapexport {
 namespace {
@@ -100,6 +101,31 @@ TEST(Pages, CompletionOffersTheWordsOfOptions) {
   EXPECT_EQ(Completions("mapexport export a b --coordinates = in"), Words{"inverse-max"});
   EXPECT_EQ(Completions("mapexport inspect --layout = \"\""), (Words{"qob", "kob"}));
   EXPECT_EQ(Completions("mapexport export a b --voxel-size \"\""), Words{});
+}
+
+/// The words between backquotes in what `line` takes of `text`.
+Words QuotedIn(const std::string& text, const std::string& line) {
+  Words words;
+  const std::regex lines(line);
+  const std::regex quoted("`([a-z-]+)`");
+  for (std::sregex_iterator i(text.begin(), text.end(), lines), end; i != end; ++i) {
+    const std::string taken = (*i)[1];
+    for (std::sregex_iterator w(taken.begin(), taken.end(), quoted); w != end; ++w) {
+      words.insert((*w)[1]);
+    }
+  }
+  return words;
+}
+
+TEST(Pages, ReportDocTellsOfEveryCode) {
+  std::ifstream file(MAPEXPORT_SOURCE_DIR "/docs/report.md");
+  std::string text{std::istreambuf_iterator<char>(file), {}};
+  text.erase(0, text.find("## Warnings and notes"));
+  Words told = QuotedIn(text, "\n\\| (`[^|]*)");
+  for (const std::string& member : QuotedIn(text, "(The members of `leftOut`:[^.]*)\\.")) {
+    if (member != "leftOut") told.insert("left-out-" + member);
+  }
+  EXPECT_EQ(told, Words(std::begin(kRemarkCodes), std::end(kRemarkCodes)));
 }
 
 TEST(Pages, ManPageIsSoundTroff) {

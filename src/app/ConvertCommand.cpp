@@ -24,10 +24,10 @@ namespace {
 
 /// Tells of what `output` does not have as the model has it.
 void TellChanges(const std::string& output, const Changes& changes, Messages& messages) {
-  const auto note = [&](const char* code, std::uint64_t count, std::string_view text) {
+  const auto note = [&](RemarkCode code, std::uint64_t count, std::string_view text) {
     if (count > 0) messages.Note(code, fmt::format("{}: {} {}", output, count, text), count);
   };
-  const auto warn = [&](const char* code, std::uint64_t count, std::string_view text) {
+  const auto warn = [&](RemarkCode code, std::uint64_t count, std::string_view text) {
     if (count > 0) messages.Warning(code, fmt::format("{}: {} {}", output, count, text), count);
   };
   warn("colours-changed", changes.colours, "colours have a part below 0 or above 1 and are cut");

@@ -55,7 +55,7 @@ LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& sta
     LoadedScene loaded{ReadSceneFile(source.path), {}, {}, {}};
     std::vector<Remark> remarks;
     for (const NearKeyword& near : FindNearKeywords(loaded.scene)) {
-      remarks.push_back({RemarkKind::kWarning, "near-keyword", Describe(near), near.count});
+      remarks.push_back(MakeWarning("near-keyword", Describe(near), near.count));
     }
     messages.TellAll(source.path, std::move(remarks));
     return loaded;

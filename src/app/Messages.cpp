@@ -21,12 +21,12 @@ void Messages::Error(std::string_view text) const {
   Print("error", "31", text);
 }
 
-void Messages::Warning(std::string_view code, std::string_view text, std::uint64_t count) {
-  Tell({RemarkKind::kWarning, std::string(code), std::string(text), count});
+void Messages::Warning(RemarkCode code, std::string_view text, std::uint64_t count) {
+  Tell(MakeWarning(code, std::string(text), count));
 }
 
-void Messages::Note(std::string_view code, std::string_view text, std::uint64_t count) {
-  Tell({RemarkKind::kNote, std::string(code), std::string(text), count});
+void Messages::Note(RemarkCode code, std::string_view text, std::uint64_t count) {
+  Tell(MakeNote(code, std::string(text), count));
 }
 
 void Messages::Tell(Remark remark) {

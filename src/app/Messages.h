@@ -10,7 +10,7 @@
 
 namespace mapexport {
 
-/// A note or warning of any part of the program; its code is one of those in docs/report.md.
+/// A note or warning of any part of the program; its code is one of kRemarkCodes.
 using Remark = ImportRemark;
 
 /// Writes lines to standard error, each with one newline at its end; control characters in them are
@@ -21,8 +21,8 @@ class Messages {
   explicit Messages(bool quiet);
 
   void Error(std::string_view text) const;
-  void Warning(std::string_view code, std::string_view text, std::uint64_t count = 1);
-  void Note(std::string_view code, std::string_view text, std::uint64_t count = 1);
+  void Warning(RemarkCode code, std::string_view text, std::uint64_t count = 1);
+  void Note(RemarkCode code, std::string_view text, std::uint64_t count = 1);
   void Tell(Remark remark);
   /// All that is said about one scene, each line beginning with `about`. Of each code the first ten
   /// are printed, and then how many more there are.

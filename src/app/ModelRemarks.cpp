@@ -29,7 +29,7 @@ ExitStatus WarnOfModel(std::span<const ModelProblem> problems, const ModelLength
     const bool isCut = problem.code == ModelProblemCode(ModelFault::kIndicesCut);
     // A list whose indices are cut is told of once, as an overlong one.
     if (isCut && !overlong.empty()) continue;
-    messages.Warning(isCut ? "indices-cut" : "not-finite",
+    messages.Warning(isCut ? RemarkCode("indices-cut") : RemarkCode("not-finite"),
                      fmt::format("{}: {}", name, ToLine(problem)));
   }
   for (const OverlongList& list : overlong) {

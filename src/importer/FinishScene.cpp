@@ -90,23 +90,23 @@ void WarnOfEqualNames(const Scene& scene, ImportRemarks& remarks) {
   }
   if (count == 0) return;
   remarks.push_back(
-      {RemarkKind::kWarning, "equal-material-names",
-       fmt::format("{} unlike an earlier one with the same name (\"{}\"{}); exporters "
-                   "take the first for both",
-                   count == 1 ? "1 material is" : fmt::format("{} materials are", count), name,
-                   count == 1 ? "" : ", ..."),
-       count});
+      MakeWarning("equal-material-names",
+                  fmt::format("{} unlike an earlier one with the same name (\"{}\"{}); exporters "
+                              "take the first for both",
+                              count == 1 ? "1 material is" : fmt::format("{} materials are", count),
+                              name, count == 1 ? "" : ", ..."),
+                  count));
 }
 
 void BlankNames(ImportedScene& imported) {
   const std::uint64_t count = BlankControlCharacters(imported.scene);
   if (count == 0) return;
-  imported.remarks.push_back(
-      {RemarkKind::kWarning, "control-characters",
-       fmt::format("{} in names of nodes, materials or textures",
-                   count == 1 ? "a blank replaces 1 control character"
-                              : fmt::format("blanks replace {} control characters", count)),
-       count});
+  imported.remarks.push_back(MakeWarning(
+      "control-characters",
+      fmt::format("{} in names of nodes, materials or textures",
+                  count == 1 ? "a blank replaces 1 control character"
+                             : fmt::format("blanks replace {} control characters", count)),
+      count));
 }
 
 }  // namespace
@@ -114,12 +114,12 @@ void BlankNames(ImportedScene& imported) {
 void FinishScene(ImportedScene& imported, LeftOut& leftOut) {
   BlankNames(imported);
   for (const NearKeyword& near : FindNearKeywords(imported.scene)) {
-    imported.remarks.push_back({RemarkKind::kWarning, "near-keyword", Describe(near), near.count});
+    imported.remarks.push_back(MakeWarning("near-keyword", Describe(near), near.count));
   }
   leftOut.materials += DropUnusedMaterials(imported.scene);
   WarnOfEqualNames(imported.scene, imported.remarks);
   if (TriangleCount(imported.scene.root) == 0) {
-    imported.remarks.push_back({RemarkKind::kWarning, "no-triangle", "the scene has no triangle"});
+    imported.remarks.push_back(MakeWarning("no-triangle", "the scene has no triangle"));
   }
   imported.leftOut = leftOut.Items();
   leftOut.AddSummary(imported.remarks);

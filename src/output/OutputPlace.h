@@ -15,6 +15,7 @@
 #include "system/Descriptor.h"
 #include "system/FileIdentity.h"
 #include "system/HoldInterrupts.h"
+#include "system/RemarkCode.h"
 
 namespace mapexport {
 
@@ -67,7 +68,7 @@ class OutputPlace {
 
   /// What is to be told of a place that is committed.
   struct Warning {
-    const char* code;
+    RemarkCode code;
     std::string text;
   };
   std::vector<Warning> Warnings() const;

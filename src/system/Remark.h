@@ -4,7 +4,10 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "system/RemarkCode.h"
 
 namespace mapexport {
 
@@ -12,7 +15,7 @@ enum class RemarkKind { kNote, kWarning };
 
 struct ImportRemark {
   RemarkKind kind = RemarkKind::kWarning;
-  std::string code;  ///< a short stable word in kebab-case, for programs
+  std::string code;  ///< a short stable word in kebab-case, for programs: one of kRemarkCodes
   /// One line but for the names in it (show it with PrintableText), without a "warning" prefix and
   /// without the file's name.
   std::string text;
@@ -21,6 +24,14 @@ struct ImportRemark {
 };
 
 using ImportRemarks = std::vector<ImportRemark>;
+
+inline ImportRemark MakeWarning(RemarkCode code, std::string text, std::uint64_t count = 1) {
+  return {RemarkKind::kWarning, code.Text(), std::move(text), count};
+}
+
+inline ImportRemark MakeNote(RemarkCode code, std::string text, std::uint64_t count = 1) {
+  return {RemarkKind::kNote, code.Text(), std::move(text), count};
+}
 
 /// The sum of two counts, the largest number when that is too large: the counts come from a reader
 /// that a hostile file may have taken over.

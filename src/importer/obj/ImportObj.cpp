@@ -125,8 +125,8 @@ class MaterialFiles {
     return true;
   }
 
-  void Warn(std::string code, std::string text, std::size_t count = 1) {
-    result_.remarks.push_back({RemarkKind::kWarning, std::move(code), std::move(text), count});
+  void Warn(RemarkCode code, std::string text, std::size_t count = 1) {
+    result_.remarks.push_back(MakeWarning(code, std::move(text), count));
   }
 
   fs::path folder_;

@@ -68,8 +68,8 @@ WorldPlacement OwnPlacement(SourceFormat format, const aiScene* scene, bool isTu
   if (format == SourceFormat::kFbx && scene != nullptr && !isTurned) {
     const std::optional<WorldPlacement> told = FbxPlacement(scene->mMetaData);
     if (told) return *told;
-    remarks.push_back({RemarkKind::kWarning, "axes",
-                       "the file's axes are missing or make no sense; it is taken for y-up"});
+    remarks.push_back(
+        MakeWarning("axes", "the file's axes are missing or make no sense; it is taken for y-up"));
   }
   return IsZUp(format) ? WorldPlacement{} : kYUp;
 }
@@ -84,8 +84,8 @@ void TellFileUnit(const aiScene& scene, ImportRemarks& remarks) {
     unit = static_cast<double>(single);
   }
   if (!std::isfinite(unit) || unit == 1.0) return;
-  remarks.push_back({RemarkKind::kNote, "file-unit",
-                     fmt::format("the file's unit is {:.6g} cm; its numbers are kept", unit)});
+  remarks.push_back(MakeNote(
+      "file-unit", fmt::format("the file's unit is {:.6g} cm; its numbers are kept", unit)));
 }
 
 using Linear = std::array<std::array<double, 3>, 3>;  // rows of images of the x, y and z axes
@@ -158,10 +158,9 @@ WorldPlacement FindWorldPlacement(SourceFormat format, const aiScene* scene,
   const double own = IsInMetres(format) ? kCentimetresPerMetre : 1.0;
   placement.factor = options.scale ? static_cast<double>(*options.scale) : own;
   if (placement.factor != 1.0) {
-    remarks.push_back(
-        {RemarkKind::kNote, "scale",
-         fmt::format("lengths are multiplied by {}{}", placement.factor,
-                     options.scale ? "" : ": this format's metres become centimetres")});
+    remarks.push_back(MakeNote(
+        "scale", fmt::format("lengths are multiplied by {}{}", placement.factor,
+                             options.scale ? "" : ": this format's metres become centimetres")));
   }
   if (scene != nullptr && format == SourceFormat::kFbx) TellFileUnit(*scene, remarks);
   return placement;

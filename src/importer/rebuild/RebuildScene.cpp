@@ -62,12 +62,12 @@ void SetInstanceMaterials(const InstanceMaterials& file, const std::vector<MeshI
       ++inDoubt;
   }
   if (inDoubt == 0) return;
-  remarks.push_back(
-      {RemarkKind::kWarning, "shared-mesh-materials",
-       fmt::format("{} the material of the first node with the same mesh: which is "
-                   "their own can't be told",
-                   inDoubt == 1 ? "1 node shows" : fmt::format("{} nodes show", inDoubt)),
-       inDoubt});
+  remarks.push_back(MakeWarning(
+      "shared-mesh-materials",
+      fmt::format("{} the material of the first node with the same mesh: which is "
+                  "their own can't be told",
+                  inDoubt == 1 ? "1 node shows" : fmt::format("{} nodes show", inDoubt)),
+      inDoubt));
 }
 
 /// The geometries of an FBX file that the library makes nothing of: curves and curved surfaces.
@@ -94,13 +94,12 @@ void WarnOfCutNames(const std::vector<SceneNode>& nodes,
   const auto count = static_cast<std::size_t>(std::ranges::count_if(nodes, isCut) +
                                               std::ranges::count_if(materials, isCut));
   if (count == 0) return;
-  remarks.push_back(
-      {RemarkKind::kWarning, "cut-name",
-       fmt::format(
-           "{} probably cut: the reader keeps {} bytes of a name, and may lose a node whose "
-           "name is longer",
-           count == 1 ? "1 name is" : fmt::format("{} names are", count), kLongest),
-       count});
+  remarks.push_back(MakeWarning(
+      "cut-name",
+      fmt::format("{} probably cut: the reader keeps {} bytes of a name, and may lose a node whose "
+                  "name is longer",
+                  count == 1 ? "1 name is" : fmt::format("{} names are", count), kLongest),
+      count));
 }
 
 }  // namespace
@@ -109,9 +108,9 @@ void RebuildScene(const LibraryScene& source, const ImportOptions& options, Impo
                   LeftOut& leftOut) {
   result.sideFiles = source.sideFiles;
   for (const std::string& file : source.missingFiles) {
-    result.remarks.push_back(
-        {RemarkKind::kWarning, "missing-side-file",
-         fmt::format("the file \"{}\" that the scene names can't be opened", FirstLine(file))});
+    result.remarks.push_back(MakeWarning(
+        "missing-side-file",
+        fmt::format("the file \"{}\" that the scene names can't be opened", FirstLine(file))));
   }
   leftOut.curves = source.cutShapes;
   leftOut.objects = source.cutBlocks;

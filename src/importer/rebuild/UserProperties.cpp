@@ -99,18 +99,20 @@ void UserPropertyReader::AddRemarks(ImportRemarks& remarks) const {
     return finding.count == 1 ? std::string() : fmt::format(" and {} more", finding.count - 1);
   };
   if (cutTexts_.count > 0) {
-    remarks.push_back({RemarkKind::kWarning, "cut-text",
-                       fmt::format("the user property text of node \"{}\"{} is probably cut: the "
-                                   "reader keeps {} bytes of a text",
-                                   cutTexts_.node, others(cutTexts_), sizeof(aiString::data) - 1),
-                       cutTexts_.count});
+    remarks.push_back(
+        MakeWarning("cut-text",
+                    fmt::format("the user property text of node \"{}\"{} is probably cut: the "
+                                "reader keeps {} bytes of a text",
+                                cutTexts_.node, others(cutTexts_), sizeof(aiString::data) - 1),
+                    cutTexts_.count));
   }
   if (idleMembers_.count > 0) {
-    remarks.push_back({RemarkKind::kWarning, "idle-member",
-                       fmt::format("the extras member \"{}\" of node \"{}\"{} sets nothing, since "
-                                   "its value isn't true",
-                                   idleMembers_.detail, idleMembers_.node, others(idleMembers_)),
-                       idleMembers_.count});
+    remarks.push_back(
+        MakeWarning("idle-member",
+                    fmt::format("the extras member \"{}\" of node \"{}\"{} sets nothing, since "
+                                "its value isn't true",
+                                idleMembers_.detail, idleMembers_.node, others(idleMembers_)),
+                    idleMembers_.count));
   }
 }
 

@@ -1,0 +1,93 @@
+// The codes of all warnings and notes: the one list of them. docs/report.md says what each means.
+#pragma once
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace mapexport {
+
+inline constexpr std::string_view kRemarkCodes[] = {
+    "attributes-not-kept",
+    "axes",
+    "cancelled",
+    "collision-left-out",
+    "colours-changed",
+    "control-characters",
+    "copies-left-out",
+    "cut-name",
+    "cut-text",
+    "cxp-unreadable",
+    "equal-material-names",
+    "export-log-cut",
+    "faces-lost",
+    "few-triangles-left",
+    "file-unit",
+    "folder-not-synced",
+    "idle-member",
+    "indices-cut",
+    "left-out",
+    "left-out-animations",
+    "left-out-bones",
+    "left-out-cameras",
+    "left-out-channels",
+    "left-out-colours",
+    "left-out-creases",
+    "left-out-curves",
+    "left-out-degenerate-triangles",
+    "left-out-lights",
+    "left-out-lines",
+    "left-out-materials",
+    "left-out-meshes",
+    "left-out-objects",
+    "left-out-points",
+    "left-out-polygons",
+    "left-out-texture-coordinates",
+    "left-out-transforms",
+    "left-out-triangles",
+    "left-out-vertices",
+    "list-too-long",
+    "material-value",
+    "materials-left-out",
+    "missing-side-file",
+    "near-keyword",
+    "no-export-log",
+    "no-triangle",
+    "normals-changed",
+    "not-finite",
+    "not-told",
+    "option-without-effect",
+    "other-extension",
+    "output-not-locked",
+    "reader-not-confined",
+    "repeated-material",
+    "report-not-written",
+    "scale",
+    "settings-not-remembered",
+    "settings-not-saved",
+    "settings-unreadable",
+    "shared-mesh-materials",
+    "small-for-welding",
+    "texture-coordinates-changed",
+    "unknown-material",
+    "weld-stays-on",
+};
+
+/// A code of the list. It is made of a literal alone, and one that is not listed does not compile.
+class RemarkCode {
+ public:
+  // Not explicit: a code is written as the literal that it is.
+  consteval RemarkCode(const char* code) : text_(code) {
+    if (std::ranges::find(kRemarkCodes, text_) == std::ranges::end(kRemarkCodes)) {
+      throw std::invalid_argument("no code of a remark");
+    }
+  }
+
+  std::string Text() const { return std::string(text_); }
+
+ private:
+  std::string_view text_;
+};
+
+}  // namespace mapexport
