@@ -22,6 +22,7 @@
 #include "exporter/base/PathString.h"
 #include "exporter/base/ProcessState.h"
 #include "exporter/base/StopWatch.h"
+#include "exporter/geometry/FaceFlags.h"
 #include "exporter/geometry/GatherMesh.h"
 #include "exporter/plugin/BrowseForFile.h"
 #include "exporter/plugin/EntryPoints.h"
@@ -35,6 +36,7 @@
 #include "scene/HostScene.h"
 #include "support/FailingAllocations.h"
 #include "support/TestSystem.h"
+#include "system/FaceKeywords.h"
 
 namespace mapexport {
 namespace {
@@ -370,6 +372,14 @@ class FilterSystem : public TestSystem {
   std::string filter;
   std::uint32_t maxFile = 0;
 };
+
+TEST(FaceFlags, AreTheKeywordsThatTheProgramKnows) {
+  static_assert(kFaceFlagKeywords.size() == kFaceKeywords.size());
+  for (const FaceFlagKeyword& flag : kFaceFlagKeywords) {
+    const auto place = static_cast<std::size_t>(std::countr_zero(flag.bit));
+    EXPECT_EQ(flag.keyword, kFaceKeywords.at(place));
+  }
+}
 
 TEST(BrowseForFile, BuildsTheFilterFromTheExtensions) {
   FilterSystem system;

@@ -1,10 +1,13 @@
 // The face flags of a surface set.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 
 #include <mapexport/ModelReader.h>
+
+#include "system/FaceKeywords.h"
 
 namespace mapexport {
 
@@ -13,11 +16,14 @@ struct ModelFaceFlag {
   std::string_view keyword;  ///< as in user properties; in brackets where there is none
 };
 
-inline constexpr ModelFaceFlag kModelFaceFlags[] = {
-    {reader::kClimbable, "climbable"},     {reader::kNotCollidable, "notcollidable"},
-    {reader::kNotRendered, "notrendered"}, {reader::kNotCollidable3d, "notcollidable3d"},
-    {reader::kFloorFace, "floorface"},     {reader::kNotShownPlan, "notshownplan"},
-    {reader::k45PlusFloor, "45plusfloor"}, {reader::kStaticNode, "(static node)"},
-};
+/// The flag that each keyword sets, by their bits from the lowest, and the one that no keyword sets.
+inline constexpr auto kModelFaceFlags = [] {
+  std::array<ModelFaceFlag, kFaceKeywords.size() + 1> flags{};
+  for (std::uint32_t i = 0; i < kFaceKeywords.size(); ++i) flags[i] = {1U << i, kFaceKeywords[i]};
+  flags.back() = {reader::kStaticNode, "(static node)"};
+  return flags;
+}();
+static_assert(kModelFaceFlags.front().bit == reader::kClimbable);
+static_assert(kModelFaceFlags[kFaceKeywords.size() - 1].bit == reader::k45PlusFloor);
 
 }  // namespace mapexport

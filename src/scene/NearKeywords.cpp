@@ -2,18 +2,16 @@
 #include "scene/NearKeywords.h"
 
 #include <algorithm>
-#include <array>
 #include <unordered_map>
 #include <utility>
 
 #include <fmt/format.h>
 
+#include "system/FaceKeywords.h"
+
 namespace mapexport {
 namespace {
 
-constexpr std::array<std::string_view, 7> kKeywords{
-    "climbable", "notcollidable", "notrendered", "notcollidable3d",
-    "floorface", "notshownplan",  "45plusfloor"};
 /// Longer words can't be near: the longest keyword, an added letter, and some room for blanks.
 constexpr std::size_t kLongestWord = 40;
 
@@ -67,16 +65,16 @@ void VisitWords(const SceneNode& node, const Visitor& visit) {
 }  // namespace
 
 bool IsKeyword(std::string_view word) {
-  return std::ranges::find(kKeywords, word) != kKeywords.end();
+  return std::ranges::find(kFaceKeywords, word) != kFaceKeywords.end();
 }
 
 std::string_view NearestKeyword(std::string_view word) {
   if (word.empty() || word.size() > kLongestWord || IsKeyword(word)) return {};
   const std::string folded = Folded(word);
-  for (const std::string_view keyword : kKeywords) {
+  for (const std::string_view keyword : kFaceKeywords) {
     if (folded == keyword) return keyword;
   }
-  for (const std::string_view keyword : kKeywords) {
+  for (const std::string_view keyword : kFaceKeywords) {
     if (IsOneEditAway(folded, keyword)) return keyword;
   }
   return {};
