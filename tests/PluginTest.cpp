@@ -302,25 +302,26 @@ TEST_F(DialogTest, OpensWithTheOptionsAndTakesTheEditsOnOk) {
   State().options.talvernLightFormat = true;
   Show(IDOK, [&](HWND, DialogProc* proc) {
     auto& controls = system_.controls;
-    EXPECT_EQ(controls[1042].text, "0.200000");
-    EXPECT_EQ(controls[1058].text, "1000.000000");
-    EXPECT_EQ(controls[1066].text, "a.cxp");
-    EXPECT_TRUE(controls[1044].checked);
-    EXPECT_TRUE(controls[1051].checked);
-    EXPECT_FALSE(controls[1052].checked);
-    EXPECT_THAT(controls[1059].rows, ElementsAre("Left-handed ( talvern )", "Right-handed",
-                                                 "3D Studio Max", "Inverse 3D Studio Max"));
-    EXPECT_THAT(controls[1062].rows,
+    EXPECT_EQ(controls[kWeldDistanceEdit].text, "0.200000");
+    EXPECT_EQ(controls[kVoxelSizeEdit].text, "1000.000000");
+    EXPECT_EQ(controls[kCxpFilenameEdit].text, "a.cxp");
+    EXPECT_TRUE(controls[kWeldVerticesBox].checked);
+    EXPECT_TRUE(controls[kCleanAttributesBox].checked);
+    EXPECT_FALSE(controls[kTalvernLightFormatBox].checked);
+    EXPECT_THAT(controls[kCoordinateSystemList].rows,
+                ElementsAre("Left-handed ( talvern )", "Right-handed", "3D Studio Max",
+                            "Inverse 3D Studio Max"));
+    EXPECT_THAT(controls[kTextureCoordinatesList].rows,
                 ElementsAre("Invert Y ( talvern )", "Invert X", "Invert X & Y", "3D Studio Max"));
-    EXPECT_EQ(controls[1062].selection, 2);
+    EXPECT_EQ(controls[kTextureCoordinatesList].selection, 2);
     EXPECT_FALSE(proc(nullptr, 0x1234, 0, 0));
-    controls[1042].text = "1.5";
-    controls[1047].text = "2";
-    controls[1049].text = "3";
-    controls[1056].text = "4";
-    controls[1058].text = "abc";
-    controls[1059].selection = 3;
-    proc(nullptr, WM_COMMAND, MakeCommand(1059, LBN_SELCHANGE), 0);
+    controls[kWeldDistanceEdit].text = "1.5";
+    controls[kMinTriangleAreaEdit].text = "2";
+    controls[kSnapDimensionEdit].text = "3";
+    controls[kLightingMultiplierEdit].text = "4";
+    controls[kVoxelSizeEdit].text = "abc";
+    controls[kCoordinateSystemList].selection = 3;
+    proc(nullptr, WM_COMMAND, MakeCommand(kCoordinateSystemList, LBN_SELCHANGE), 0);
   });
   const ExportOptions& options = State().options;
   EXPECT_EQ(options.weldingDistance, 1.5f);
@@ -334,20 +335,20 @@ TEST_F(DialogTest, OpensWithTheOptionsAndTakesTheEditsOnOk) {
 TEST_F(DialogTest, ClicksTakeEffectAtOnceAndOutliveCancel) {
   system_.pickedFile = "/new.cxp";
   const bool run = Show(IDCANCEL, [&](HWND dialog, DialogProc* proc) {
-    Click(dialog, proc, 1044);
+    Click(dialog, proc, kWeldVerticesBox);
     EXPECT_FALSE(State().options.weldVertices);
-    Click(dialog, proc, 1046);
+    Click(dialog, proc, kRemoveTVerticesBox);
     EXPECT_TRUE(State().options.weldVertices);
-    EXPECT_TRUE(system_.controls[1044].checked);
-    Click(dialog, proc, 1044);
+    EXPECT_TRUE(system_.controls[kWeldVerticesBox].checked);
+    Click(dialog, proc, kWeldVerticesBox);
     EXPECT_TRUE(State().options.weldVertices) << "welding stays on with Remove T-Vertices";
-    EXPECT_TRUE(system_.controls[1044].checked);
-    Click(dialog, proc, 1048);
-    Click(dialog, proc, 1051);
-    Click(dialog, proc, 1052);
-    proc(dialog, WM_COMMAND, MakeCommand(1064, BN_CLICKED), 0);
-    EXPECT_EQ(system_.controls[1066].text, "/new.cxp");
-    system_.controls[1042].text = "9";
+    EXPECT_TRUE(system_.controls[kWeldVerticesBox].checked);
+    Click(dialog, proc, kSnapToGridBox);
+    Click(dialog, proc, kCleanAttributesBox);
+    Click(dialog, proc, kTalvernLightFormatBox);
+    proc(dialog, WM_COMMAND, MakeCommand(kBrowseButton, BN_CLICKED), 0);
+    EXPECT_EQ(system_.controls[kCxpFilenameEdit].text, "/new.cxp");
+    system_.controls[kWeldDistanceEdit].text = "9";
   });
   EXPECT_FALSE(run);
   EXPECT_FALSE(fs::exists("out.kob"));

@@ -26,7 +26,9 @@
 
 #include "app/Program.h"
 #include "app/WindowLibrary.h"
+#include "cli/Options.h"
 #include "console/ConsoleSystem.h"
+#include "host/System.h"
 #include "settings/SettingsStore.h"
 
 namespace mapexport {
@@ -160,16 +162,21 @@ TEST_F(WindowTest, ShowsTheOptionsAndEscapeCancels) {
   const auto look = [](QWidget& window) {
     EXPECT_EQ(window.windowTitle(), "MAP Export Options");
     const std::vector<std::pair<int, const char*>> edits = {
-        {1042, "0.200000"}, {1047, "1.000000"},    {1049, "1.000000"},
-        {1056, "2.5"},      {1058, "1000.000000"}, {1066, ""}};
+        {kWeldDistanceControl, "0.200000"},  {kMinTriangleAreaControl, "1.000000"},
+        {kSnapDimensionControl, "1.000000"}, {kLightingMultiplierControl, "2.5"},
+        {kVoxelSizeControl, "1000.000000"},  {kCxpControl, ""}};
     for (const auto& [id, text] : edits) EXPECT_EQ(Get<QLineEdit>(window, id).text(), text) << id;
-    EXPECT_TRUE(Get<QLineEdit>(window, 1066).isReadOnly());
-    for (const int id : {1044, 1046, 1048, 1051, 1052}) {
-      EXPECT_EQ(Get<QCheckBox>(window, id).isChecked(), id == 1044 || id == 1051) << id;
+    EXPECT_TRUE(Get<QLineEdit>(window, kCxpControl).isReadOnly());
+    for (const int id : {kWeldControl, kRemoveTVerticesControl, kSnapControl, kCleanControl,
+                         kLightFormatControl}) {
+      EXPECT_EQ(Get<QCheckBox>(window, id).isChecked(), id == kWeldControl || id == kCleanControl)
+          << id;
     }
-    EXPECT_EQ(Get<QListWidget>(window, 1059).currentItem()->text(), "Left-handed ( talvern )");
-    EXPECT_EQ(Get<QListWidget>(window, 1062).currentItem()->text(), "3D Studio Max");
-    EXPECT_TRUE(Get<QPushButton>(window, 1).isDefault());
+    EXPECT_EQ(Get<QListWidget>(window, kCoordinatesControl).currentItem()->text(),
+              "Left-handed ( talvern )");
+    EXPECT_EQ(Get<QListWidget>(window, kTextureCoordinatesControl).currentItem()->text(),
+              "3D Studio Max");
+    EXPECT_TRUE(Get<QPushButton>(window, IDOK).isDefault());
 
     std::vector<int> order;
     std::vector<std::string> names;
@@ -179,8 +186,11 @@ TEST_F(WindowTest, ShowsTheOptionsAndEscapeCancels) {
       if (!focus.accessibleName().isEmpty()) names.push_back(focus.accessibleName().toStdString());
       QTest::keyClick(&focus, Qt::Key_Tab);
     }
-    EXPECT_THAT(order, ElementsAre(1044, 1042, 1046, 1047, 1048, 1049, 1051, 1056, 1052, 1058, 1066,
-                                   1064, 1059, 1062, 1));
+    EXPECT_THAT(order, ElementsAre(kWeldControl, kWeldDistanceControl, kRemoveTVerticesControl,
+                                   kMinTriangleAreaControl, kSnapControl, kSnapDimensionControl,
+                                   kCleanControl, kLightingMultiplierControl, kLightFormatControl,
+                                   kVoxelSizeControl, kCxpControl, kBrowseControl,
+                                   kCoordinatesControl, kTextureCoordinatesControl, IDOK));
     EXPECT_THAT(names, ElementsAre("Weld Distance:", "Min Triangle Area:", "Snap Dimension:",
                                    "Lighting Multiplier:", "Voxel Size:", "CXP Filename",
                                    "Export Coordinate System", "Texture Coordinates"));
@@ -199,17 +209,18 @@ TEST_F(WindowTest, WhatThePersonDoesIsExportedAndSaved) {
     Read("Text Scene Export", "Scene exported successfully.")(window);
   };
   const auto weldingIsOn = [](QWidget& window) {
-    EXPECT_TRUE(Get<QCheckBox>(window, 1044).isChecked());
+    EXPECT_TRUE(Get<QCheckBox>(window, kWeldControl).isChecked());
   };
   const auto selectThird = [](QWidget& window) {
     for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down}) {
-      QTest::keyClick(&Get<QListWidget>(window, 1059), key);
+      QTest::keyClick(&Get<QListWidget>(window, kCoordinatesControl), key);
     }
   };
-  EXPECT_EQ(Export({Click(1044), Click(1046), weldingIsOn, Click(1044), weldingIsOn, Click(1051),
-                    Type(1058, "abc"), Type(1042, "0.125"), selectThird, Click(1064),
-                    Choose(folder_ / "some.cxp"), Click(1), Read("Results", "1 faces, 3 vertices"),
-                    isInPlace},
+  EXPECT_EQ(Export({Click(kWeldControl), Click(kRemoveTVerticesControl), weldingIsOn,
+                    Click(kWeldControl), weldingIsOn, Click(kCleanControl),
+                    Type(kVoxelSizeControl, "abc"), Type(kWeldDistanceControl, "0.125"),
+                    selectThird, Click(kBrowseControl), Choose(folder_ / "some.cxp"), Click(IDOK),
+                    Read("Results", "1 faces, 3 vertices"), isInPlace},
                    {"--quiet"}),
             0);
   EXPECT_THAT(err_, Not(HasSubstr("Results")));
@@ -227,9 +238,10 @@ TEST_F(WindowTest, CancelKeepsAPathAndRefusesALongOne) {
   fs::create_directory(deep);
   std::ofstream(deep / (std::string(100, 'f') + ".cxp")) << "";
   EXPECT_EQ(
-      Export({Type(1058, "77"), Click(1064), Choose(folder_ / "some.cxp"), Click(1064),
-              Choose(deep / (std::string(100, 'f') + ".cxp")), Read("Path Too Long", "at most 254"),
-              Click(1064), Press(Qt::Key_Escape), Click(2)}),
+      Export({Type(kVoxelSizeControl, "77"), Click(kBrowseControl), Choose(folder_ / "some.cxp"),
+              Click(kBrowseControl), Choose(deep / (std::string(100, 'f') + ".cxp")),
+              Read("Path Too Long", "at most 254"), Click(kBrowseControl), Press(Qt::Key_Escape),
+              Click(IDCANCEL)}),
       3);
   EXPECT_THAT(Content("s.reg"), AllOf(HasSubstr("/some.cxp\""), Not(HasSubstr("77"))));
 }
@@ -274,8 +286,8 @@ TEST_P(ScaledWindowTest, NothingIsClippedAndNothingOverlaps) {
       const double x = window.width() / 279.0;  // wider only where the font's texts need it
       EXPECT_GT(x, fontX * 0.999);
       EXPECT_LT(x, fontX * (fixedPitch ? 1.4 : 1.001));
-      EXPECT_NEAR(Get<QLineEdit>(window, 1042).x(), 210 * x, 1);
-      EXPECT_NEAR(Get<QLineEdit>(window, 1042).width(), 40 * x, 1);
+      EXPECT_NEAR(Get<QLineEdit>(window, kWeldDistanceControl).x(), 210 * x, 1);
+      EXPECT_NEAR(Get<QLineEdit>(window, kWeldDistanceControl).width(), 40 * x, 1);
       const auto widgets = window.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
       EXPECT_EQ(widgets.size(), 24);
       for (const QWidget* const widget : widgets) {
