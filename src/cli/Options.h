@@ -19,7 +19,7 @@ enum class OptionKind {
 struct OptionInfo {
   const char* name;  ///< without dashes
   OptionKind kind;
-  const char* argument;  ///< what the value is called; null for flags and switches
+  const char* argument = nullptr;  ///< what the value is called; null for flags and switches
   const char* help;
   char letter = '\0';  ///< "-l" for short
   /// The control of the options dialog that the option operates, 0 for none.
@@ -39,9 +39,9 @@ struct CommandInfo {
   Command command;
   const char* name;
   const char* summary;
-  std::span<const PositionalInfo> positionals;  ///< each is required
+  std::span<const PositionalInfo> positionals = {};  ///< each is required
   /// Those that operate controls stand in the order of the dialog's control table.
-  std::span<const OptionInfo> options;
+  std::span<const OptionInfo> options = {};
 };
 
 /// Every command, in the order in which they are listed.
