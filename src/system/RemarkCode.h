@@ -77,7 +77,8 @@ inline constexpr std::string_view kRemarkCodes[] = {
 /// A code of the list. It is made of a literal alone, and one that is not listed does not compile.
 class RemarkCode {
  public:
-  // Not explicit: a code is written as the literal that it is.
+  // A code is written as the literal that it is.
+  // NOLINTNEXTLINE(google-explicit-constructor)
   consteval RemarkCode(const char* code) : text_(code) {
     if (std::ranges::find(kRemarkCodes, text_) == std::ranges::end(kRemarkCodes)) {
       throw std::invalid_argument("no code of a remark");
