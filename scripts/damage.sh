@@ -11,8 +11,8 @@
 #   cxp       damaged material databases in an export
 #   settings  damaged settings files in an export: none may be lost
 #
-# All of them unless some are named: as often as a person can wait for, as often as the table in
-# the table of scripts/robustness.sh wants (--full), or N times. A seed always gives the same files. Each finding is
+# All of them unless some are named: as often as a person can wait for, as often as the table of
+# scripts/robustness.sh wants (--full), or N times. A seed always gives the same files. Each finding is
 # printed with the command that repeats it and kept in build/damage; with any, this ends with 1.
 # A finding is: a signal, no end, another exit status than is right, on failure anything but one
 # line on standard error (of inspect: one for each problem), an output that is left then or unsound,
