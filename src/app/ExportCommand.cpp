@@ -119,8 +119,9 @@ void CallExporter(const Scene& scene, const std::string& folder, const std::stri
   HostScene host(scene);
   ExpInterface enumeration;
   const std::unique_ptr<SceneExport> exporter = library.CreateExporter();
+  const std::string path = folder + name;
   log.EnterFolder(folder);
-  exporter->DoExport((folder + name).c_str(), &enumeration, &host, false);
+  exporter->DoExport(path.c_str(), &enumeration, &host, false);
   log.LeaveFolder();  // it may have ended before it showed the dialog
 }
 

@@ -54,6 +54,11 @@ ExporterLog::ExporterLog(const std::optional<std::string>& name, const TakenFile
   }
 }
 
+ExporterLog::~ExporterLog() {
+  // That it works was seen when the folder was left.
+  if (home_.IsOpen()) static_cast<void>(!fchdir(home_.Get()));
+}
+
 void ExporterLog::EnterFolder(const std::string& folder) {
   Descriptor home(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
   // Where one can't go back to, an exporter can't open anything either.

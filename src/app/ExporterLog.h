@@ -25,6 +25,10 @@ class ExporterLog {
   /// A log for the file `name`, or none without one. There is none either when that file can't be
   /// had or is one of `files`: the exporter will say that it can't be opened.
   ExporterLog(const std::optional<std::string>& name, const TakenFiles& files);
+  /// Goes back where an exception kept LeaveFolder from it.
+  ~ExporterLog();
+  ExporterLog(const ExporterLog&) = delete;
+  ExporterLog& operator=(const ExporterLog&) = delete;
 
   /// The log's file as it was asked for, empty when there is to be none or can be none.
   std::string Name() const { return name_ && trouble_.empty() ? *name_ : std::string(); }
