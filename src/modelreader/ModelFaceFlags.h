@@ -16,7 +16,7 @@ struct ModelFaceFlag {
   std::string_view keyword;  ///< as in user properties; in brackets where there is none
 };
 
-/// The flag that each keyword sets, by their bits from the lowest, and the one that no keyword sets.
+/// The flag that each keyword sets, by their bits from the lowest, and the one that none sets.
 inline constexpr auto kModelFaceFlags = [] {
   std::array<ModelFaceFlag, kFaceKeywords.size() + 1> flags{};
   for (std::uint32_t i = 0; i < kFaceKeywords.size(); ++i) flags[i] = {1U << i, kFaceKeywords[i]};

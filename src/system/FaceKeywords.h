@@ -6,7 +6,7 @@
 
 namespace mapexport {
 
-/// The keywords that set a flag of a node's faces, in the order of their bits from the lowest, 0x01.
+/// The keywords that set a flag of a node's faces, in the order of their bits from the lowest, 1.
 /// The exporter has a table of its own (exporter/geometry/FaceFlags.h), since the two sides share
 /// nothing but host/, which knows no exporter's words; a test compares the two.
 inline constexpr std::array<std::string_view, 7> kFaceKeywords{
