@@ -11,7 +11,7 @@ namespace {
 constexpr double kPositionCells = 20.0;  // per unit
 constexpr double kNormalCells = 8.0;
 constexpr double kUvCells = 20.0;
-constexpr std::size_t kSmallestTable = 256;  // chains
+constexpr std::size_t kFewestChains = 256;
 
 std::array<CellsAround, 9> AxesOf(const VertexAttribute& x) {
   return {CellsAround({x.position.x, kPositionCells}),
@@ -59,7 +59,7 @@ void CrowdedAttributes::Insert(std::uint32_t i, std::span<const VertexAttribute>
 }
 
 void CrowdedAttributes::Grow() {
-  chains_.assign(std::max(kSmallestTable, 2 * chains_.size()), {});
+  chains_.assign(std::max(kFewestChains, 2 * chains_.size()), {});
   std::ranges::sort(entries_, {}, &Entry::attribute);
   for (std::uint32_t e = 0; e < entries_.size(); ++e) {
     entries_[e].next = kNone;

@@ -46,9 +46,9 @@ std::string LowerCase(std::string_view word) {
   return lower;
 }
 
-class Reader {
+class MtlReader {
  public:
-  explicit Reader(MtlMaterials& into) : into_(into) {}
+  explicit MtlReader(MtlMaterials& into) : into_(into) {}
 
   void Run(std::string_view text) {
     StatementLines lines(text);
@@ -179,7 +179,7 @@ SceneMaterial PlainMtlMaterial(std::string_view name) {
 }
 
 void ReadMtlFile(std::string_view text, MtlMaterials& into) {
-  Reader(into).Run(text);
+  MtlReader(into).Run(text);
 }
 
 }  // namespace mapexport

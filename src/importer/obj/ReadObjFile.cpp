@@ -29,9 +29,9 @@ struct GreatestIndex {
   std::size_t line = 0;
 };
 
-class Reader {
+class ObjReader {
  public:
-  Reader(const std::string& path, std::string_view text) : path_(path), lines_(text) {}
+  ObjReader(const std::string& path, std::string_view text) : path_(path), lines_(text) {}
 
   ObjFile Run() {
     while (lines_.Next()) {
@@ -249,7 +249,7 @@ class Reader {
 }  // namespace
 
 ObjFile ReadObjFile(const std::string& path, std::string_view text) {
-  return Reader(path, text).Run();
+  return ObjReader(path, text).Run();
 }
 
 }  // namespace mapexport

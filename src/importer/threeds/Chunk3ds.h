@@ -11,6 +11,8 @@
 namespace mapexport {
 
 inline constexpr std::size_t kChunkHeader3ds = 6;
+inline constexpr std::uint16_t kMain3ds = 0x4D4D;    ///< holds the whole file
+inline constexpr std::uint16_t kEditor3ds = 0x3D3D;  ///< in it: materials and objects
 
 struct Chunk3ds {
   std::uint16_t id = 0;

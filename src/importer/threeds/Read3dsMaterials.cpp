@@ -20,8 +20,6 @@ enum ChunkId : std::uint16_t {
   kLinearColor = 0x0013,
   kPercent = 0x0030,
   kPercentFloat = 0x0031,
-  kEditor = 0x3D3D,
-  kMain = 0x4D4D,
   kMaterialName = 0xA000,
   kAmbient = 0xA010,
   kDiffuse = 0xA020,
@@ -122,10 +120,10 @@ FileMaterial MaterialIn(std::string_view content, std::size_t index) {
 std::vector<FileMaterial> Read3dsMaterials(std::string_view bytes) {
   std::vector<FileMaterial> materials;
   while (const std::optional<Chunk3ds> main = TakeChunk3ds(bytes)) {
-    if (main->id != kMain) continue;
+    if (main->id != kMain3ds) continue;
     std::string_view sections = main->content;
     while (const std::optional<Chunk3ds> section = TakeChunk3ds(sections)) {
-      if (section->id != kEditor) continue;
+      if (section->id != kEditor3ds) continue;
       std::string_view objects = section->content;
       while (const std::optional<Chunk3ds> object = TakeChunk3ds(objects)) {
         if (object->id != kMaterial || object->content.empty()) continue;

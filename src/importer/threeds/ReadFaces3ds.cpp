@@ -11,8 +11,6 @@
 namespace mapexport {
 namespace {
 
-constexpr std::uint16_t kMain = 0x4D4D;
-constexpr std::uint16_t kEditor = 0x3D3D;
 constexpr std::uint16_t kObject = 0x4000;
 constexpr std::uint16_t kMesh = 0x4100;
 constexpr std::uint16_t kFaces = 0x4120;
@@ -87,8 +85,8 @@ std::vector<FileFaces> ReadFaces3ds(std::string_view bytes) {
               [&](std::string_view faces) { meshes.push_back(FacesIn(faces, indices)); });
     });
   };
-  ForEach(bytes, kMain, [&](std::string_view main) {
-    ForEach(main, kEditor, [&](std::string_view editor) {
+  ForEach(bytes, kMain3ds, [&](std::string_view main) {
+    ForEach(main, kEditor3ds, [&](std::string_view editor) {
       ForEach(editor, kObject, [&](std::string_view object) {
         if (!object.empty()) takeObject(object);
       });
