@@ -33,7 +33,7 @@
 #include "worker/AddressSanitizer.h"
 #include "worker/ConfineReader.h"
 #include "worker/FilterCalls.h"
-#include "worker/MemoryLimit.h"
+#include "worker/LimitReader.h"
 #include "worker/RestrictFiles.h"
 
 namespace mapexport {

@@ -1,13 +1,18 @@
 #include "worker/ConfineReader.h"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
 
+#include <linux/capability.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
-#include "worker/DropCapabilities.h"
+#include "system/RunError.h"
 #include "worker/FilterCalls.h"
 #include "worker/RestrictFiles.h"
 
@@ -30,6 +35,25 @@ void EraseEnvironment() {
     explicit_bzero(*each, std::strlen(*each));
   }
   clearenv();
+}
+
+/// Takes what the process can do because root started it, but for the one capability that reading
+/// others' files takes, if it had that: CAP_DAC_READ_SEARCH, or else CAP_DAC_OVERRIDE. Returns why
+/// that failed, and then nothing has changed; empty when they are gone.
+std::string DropCapabilities() {
+  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+  // The numbers up to 31, and those above.
+  std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets{};
+  if (syscall(SYS_capget, &header, sets.data()) != 0) return ErrnoText(errno);
+
+  constexpr std::uint32_t kSearch = 1U << CAP_DAC_READ_SEARCH;
+  constexpr std::uint32_t kOverride = 1U << CAP_DAC_OVERRIDE;
+  const std::uint32_t held = sets[0].effective;
+  const std::uint32_t kept = (held & kSearch) != 0 ? kSearch : held & kOverride;
+  sets = {};
+  sets[0].effective = kept;
+  sets[0].permitted = kept;
+  return syscall(SYS_capset, &header, sets.data()) == 0 ? std::string() : ErrnoText(errno);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ namespace mapexport {
 struct Confinement {
   std::string calls;                 ///< FilterCalls
   std::string files;                 ///< RestrictFiles
-  std::string capabilities;          ///< DropCapabilities
+  std::string capabilities;          ///< their dropping, except to read others' files
   std::string limits;                ///< LimitReader
   std::optional<std::string> timer;  ///< LimitReader; none where the time has no limit
 };

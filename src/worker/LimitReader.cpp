@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <fstream>
+#include <string_view>
 #include <utility>
 
 #include <limits.h>
@@ -9,10 +11,10 @@
 #include <sys/resource.h>
 #include <sys/time.h>
 #include <time.h>
+#include <unistd.h>
 
 #include "system/RunError.h"
 #include "worker/AddressSanitizer.h"
-#include "worker/MemoryLimit.h"
 
 namespace mapexport {
 namespace {
@@ -66,6 +68,17 @@ std::string EndIn(time_t seconds) {
   return lack.empty() ? LackOf(timer_settime(timer, 0, &when, nullptr)) : lack;
 }
 
+/// The process's group as a path that begins with '/', without one at its end; empty for the
+/// outermost.
+std::string OwnGroup(const std::string& proc) {
+  constexpr std::string_view kVersion2 = "0::";
+  std::ifstream in(proc);
+  for (std::string line; std::getline(in, line);) {
+    if (line.starts_with(kVersion2)) return line == "0::/" ? "" : line.substr(kVersion2.size());
+  }
+  return {};
+}
+
 }  // namespace
 
 ReaderLimits LimitsOfReader(std::uint32_t seconds) {
@@ -96,6 +109,17 @@ LackingLimits LimitReader(const ReaderLimits& limits) {
   note(SetAlarm(patience));
   lacking.timer = EndIn(time_t{patience} + kGrace);
   return lacking;
+}
+
+std::uint64_t MemoryLimit(const std::string& proc, const std::string& groups) {
+  std::uint64_t limit = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
+                        static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+  for (std::string group = OwnGroup(proc);; group.erase(group.rfind('/'))) {
+    std::uint64_t bytes = 0;
+    std::ifstream in(groups + group + "/memory.max");
+    if (in >> bytes) limit = std::min(limit, bytes);  // it may say "max"
+    if (group.find('/') == std::string::npos) return limit;
+  }
 }
 
 }  // namespace mapexport

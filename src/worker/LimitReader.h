@@ -1,4 +1,5 @@
-// The limits of the process that reads foreign scenes, as far as Linux sets them.
+// The limits of the process that reads foreign scenes, as far as Linux sets them, and what memory
+// there is to limit.
 #pragma once
 
 #include <cstdint>
@@ -36,5 +37,11 @@ struct LackingLimits {
 
 /// Limits this process, for good.
 LackingLimits LimitReader(const ReaderLimits& limits);
+
+/// How much memory there is for a process, in bytes: the machine's, or less where the process is in
+/// a control group (version 2) that limits it. `proc` and `groups` are where the system shows
+/// groups; what is not there limits nothing.
+std::uint64_t MemoryLimit(const std::string& proc = "/proc/self/cgroup",
+                          const std::string& groups = "/sys/fs/cgroup");
 
 }  // namespace mapexport

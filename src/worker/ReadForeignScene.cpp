@@ -20,7 +20,7 @@
 #include "scene/SceneFile.h"
 #include "system/Descriptor.h"
 #include "system/RunError.h"
-#include "worker/MemoryLimit.h"
+#include "worker/LimitReader.h"
 #include "worker/ReaderMessage.h"
 #include "worker/ReaderProcess.h"
 
