@@ -1,4 +1,4 @@
-// What the process that reads foreign scenes can and can't do, tried in child processes.
+// Child processes: how they end, and what the one that reads foreign scenes can and can't do.
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -8,6 +8,8 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -33,8 +35,10 @@
 #include "worker/AddressSanitizer.h"
 #include "worker/ConfineReader.h"
 #include "worker/FilterCalls.h"
-#include "worker/LimitReader.h"
+#include "worker/HandOver.h"
+#include "worker/LimitProcess.h"
 #include "worker/RestrictFiles.h"
+#include "worker/RunInChild.h"
 
 namespace mapexport {
 namespace {
@@ -352,7 +356,8 @@ TEST_F(ConfineTest, AllLeaveWhatReadingNeedsAndNoMore) {
   const auto confine = [&, this] {
     environment = open("/proc/self/environ", O_RDONLY);
     ownStatus = open("/proc/self/status", O_RDONLY);
-    ConfineReader(file_, std::array{kept_, environment, ownStatus}, {0, 0, 1 << 20});
+    ConfineReader(file_, std::array{kept_, environment, ownStatus},
+                  {.fileSize = 1 << 20, .openFiles = 64});
     return std::string();
   };
   for (const Attempt& attempt : Attempts()) {
@@ -399,6 +404,58 @@ TEST_F(ConfineTest, AllLeaveWhatReadingNeedsAndNoMore) {
   }
   for (const auto& [what, holds] : left) {
     EXPECT_EQ(EndOf(confine, [&holds = holds] { return holds() ? 0 : -1; }), "done") << what;
+  }
+}
+
+TEST_F(ConfineTest, HoweverAChildEndsItsParentKnows) {
+  struct Row {
+    const char* what;
+    std::function<std::string(FdOutput& output)> run;
+    ChildEnd end;
+    int number;
+    std::string message;
+    std::string output = {};
+  };
+  const auto write = [](FdOutput& output, std::string_view text) {
+    output.sputn(text.data(), static_cast<std::streamsize>(text.size()));
+  };
+  const auto runOut = [] { throw std::bad_alloc(); };
+  const std::string tooLong(kLongestMessage + 1, 'a');
+  signal(SIGXFSZ, SIG_IGN);
+  for (const bool confined : {false, true}) {
+    for (const Row& row : {
+             Row{"done", [&](FdOutput& output) { return write(output, "text"), "message"; },
+                 ChildEnd::kDone, 0, "message", "ext"},
+             Row{"refused", [](auto&) -> std::string { throw std::runtime_error("no"); },
+                 ChildEnd::kRefused, 71, "no"},
+             Row{"refused at length",
+                 [](auto&) -> std::string { throw std::runtime_error(std::string(9000, 'a')); },
+                 ChildEnd::kRefused, 71, std::string(8192, 'a') + "..."},
+             Row{"memory", [=](auto&) { return runOut(), ""; }, ChildEnd::kMemoryRanOut, 72, ""},
+             Row{"memory where nothing may be thrown", [=](auto&) noexcept { return runOut(), ""; },
+                 ChildEnd::kMemoryRanOut, 72, ""},
+             Row{"a large output",
+                 [&](FdOutput& output) { return write(output, std::string(2 << 20, 'a')), ""; },
+                 ChildEnd::kCannotHandOver, 73, "File too large", std::string(100, 'a')},
+             Row{"a long message", [&](auto&) { return tooLong; }, ChildEnd::kCannotHandOver, 73,
+                 "Message too long"},
+             Row{"another status", [](auto&) -> std::string { _exit(74); }, ChildEnd::kOtherStatus,
+                 74, ""},
+             Row{"a crash", [](auto&) { return raise(SIGBUS), ""; }, ChildEnd::kSignal, SIGBUS, ""},
+             Row{"waiting", [](auto&) { return sleep(30), ""; }, ChildEnd::kSignal, SIGALRM, ""},
+         }) {
+      SCOPED_TRACE(row.what);
+      ChildTask task;
+      task.run = row.run;
+      task.limits = {.clockSeconds = 1, .fileSize = 1 << 20};
+      if (confined) task.confinedTo = file_;
+      const ChildOutcome outcome = RunInChild(task);
+      EXPECT_EQ(outcome.end, row.end);
+      EXPECT_EQ(outcome.number, row.number);
+      EXPECT_EQ(outcome.message, row.message);
+      EXPECT_EQ(BytesOf(outcome.output, 1, 100), row.output);
+      EXPECT_EQ(outcome.confinement.has_value(), confined && row.end == ChildEnd::kDone);
+    }
   }
 }
 

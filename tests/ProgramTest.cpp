@@ -31,6 +31,7 @@
 #include "app/RunReport.h"
 #include "importer/ReadSeconds.h"
 #include "support/ProgramRun.h"
+#include "worker/HandOver.h"
 #include "worker/ReaderMessage.h"
 
 namespace mapexport {
@@ -718,7 +719,7 @@ TEST_F(ProgramTest, OfWhatTheReaderSaysOnlySoMuchIsTakenOver) {
         changed([](auto& message) { message.sideFiles.emplace_back("a\0b", 3); }),
         changed([](auto& message) { message.sideFiles.emplace_back(); }), repeated(4096, "axes"),
         repeated(64, ""), repeated(1, std::string(65, 'a'))}) {
-    EXPECT_THROW(ReaderMessageOf(bytes), BadReaderMessage) << bytes.size();
+    EXPECT_THROW(ReaderMessageOf(bytes), BadMessage) << bytes.size();
   }
   const std::string many =
       changed([](auto& message) { message.sideFiles.assign(4096, std::string(4095, 'a')); });

@@ -1,23 +1,29 @@
 #include "app/ConvertCommand.h"
 
+#include <cstdint>
+#include <iterator>
 #include <memory>
+#include <new>
 #include <optional>
 #include <ostream>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include <fmt/format.h>
 
-#include "app/ConvertApart.h"
 #include "app/LoadModel.h"
 #include "app/Messages.h"
 #include "app/TellPlaced.h"
 #include "convert/ConvertModel.h"
 #include "output/OutputPlace.h"
 #include "output/TakenFiles.h"
+#include "system/FdOutput.h"
 #include "system/RunError.h"
 #include "system/StandardOutput.h"
 #include "system/Utf8.h"
+#include "worker/HandOver.h"
+#include "worker/RunInChild.h"
 
 namespace mapexport {
 namespace {
@@ -42,14 +48,81 @@ void TellChanges(const std::string& output, const Changes& changes, Messages& me
        "collision triangles left out; the format has no nodes to keep them apart in");
 }
 
+constexpr std::uint64_t Changes::*kCounts[] = {
+    &Changes::colours,   &Changes::normals, &Changes::textureCoordinates,
+    &Changes::lostFaces, &Changes::copies,  &Changes::collisionFaces};
+static_assert(sizeof(Changes) == std::size(kCounts) * sizeof(std::uint64_t));
+
+/// The counts, and each file's name and size; the bytes of all files go to `output`.
+std::string HandOver(const ConvertedModel& converted, FdOutput& output) {
+  std::string message;
+  std::ostream out(&output);
+  for (const auto count : kCounts) PutNumber(message, converted.changes.*count);
+  PutNumber(message, converted.files.size());
+  for (const ConvertedFile& file : converted.files) {
+    PutText(message, file.name);
+    PutNumber(message, file.bytes.size());
+    out << file.bytes;
+  }
+  return message;
+}
+
+/// What HandOver wrote. Throws BadMessage.
+ConvertedModel TakeOver(const ChildOutcome& outcome) {
+  MessageParts parts(outcome.message);
+  ConvertedModel converted;
+  for (const auto count : kCounts) converted.changes.*count = parts.Number();
+  std::uint64_t at = 0;
+  for (std::uint64_t left = parts.Number(); left != 0; --left) {
+    ConvertedFile& file = converted.files.emplace_back();
+    file.name = parts.Text();
+    const std::uint64_t size = parts.Number();
+    file.bytes = BytesOf(outcome.output, at, size);
+    if (file.bytes.size() != size) throw BadMessage();
+    at += size;
+  }
+  parts.RequireEnd();
+  if (converted.files.empty()) throw BadMessage();
+  return converted;
+}
+
+/// Throws ChildError and bad_alloc unless all is handed over.
+void RequireConverted(const ChildOutcome& outcome) {
+  switch (outcome.end) {
+    case ChildEnd::kDone:
+      return;
+    case ChildEnd::kMemoryRanOut:
+      throw std::bad_alloc();
+    case ChildEnd::kCannotHandOver:
+      throw ChildError("what was converted can't be handed over: " + outcome.message);
+    case ChildEnd::kSignal:
+      throw ChildError(
+          fmt::format("the export library crashed on it ({}), perhaps for want of memory",
+                      SignalText(outcome.number)));
+    case ChildEnd::kRefused:
+      if (!outcome.message.empty()) throw ChildError(outcome.message);
+      [[fallthrough]];
+    case ChildEnd::kOtherStatus:
+      throw ChildError("the export library ended the process");
+  }
+}
+
+/// Converts in a child process: the export library crashes where it lacks memory.
 ConvertedModel Convert(const ModelFile& model, const std::string& fileName,
                        const TargetFormat& format, const ConvertArguments& arguments) {
+  ChildTask task;
+  task.run = [&](FdOutput& output) {
+    return HandOver(ConvertModel(model, fileName, format, arguments.exported,
+                                 arguments.scale.value_or(format.hostUnits)),
+                    output);
+  };
   try {
-    return ConvertApart([&] {
-      return ConvertModel(model, fileName, format, arguments.exported,
-                          arguments.scale.value_or(format.hostUnits));
-    });
-  } catch (const ConvertError& error) {
+    const ChildOutcome outcome = RunInChild(task);
+    RequireConverted(outcome);
+    return TakeOver(outcome);
+  } catch (const BadMessage&) {
+    throw RunError(arguments.file + ": not converted: what was converted can't be taken over");
+  } catch (const ChildError& error) {
     throw RunError(fmt::format("{}: not converted: {}", arguments.file, error.what()));
   }
 }

@@ -59,10 +59,10 @@ std::string DropCapabilities() {
 }  // namespace
 
 Confinement ConfineReader(const std::string& scene, std::span<const int> kept,
-                          const ReaderLimits& limits) {
+                          const ProcessLimits& limits) {
   CloseOthers(kept);
   EraseEnvironment();
-  LackingLimits lacking = LimitReader(limits);
+  LackingLimits lacking = LimitProcess(limits);
   Confinement confinement;
   confinement.limits = std::move(lacking.limits);
   confinement.timer = std::move(lacking.timer);

@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "worker/LimitReader.h"
+#include "worker/LimitProcess.h"
 
 namespace mapexport {
 
@@ -14,14 +14,14 @@ struct Confinement {
   std::string calls;                 ///< FilterCalls
   std::string files;                 ///< RestrictFiles
   std::string capabilities;          ///< their dropping, except to read others' files
-  std::string limits;                ///< LimitReader
-  std::optional<std::string> timer;  ///< LimitReader; none where the time has no limit
+  std::string limits;                ///< LimitProcess
+  std::optional<std::string> timer;  ///< LimitProcess; none where the time has no limit
 };
 
-/// From now on this process can read `scene` and other files, a few dozen at once, and write to
-/// `kept` and the standard streams, and nothing else, within `limits`; all other descriptors are
-/// closed, and the environment is empty. Each part works without the others.
+/// From now on this process can read `scene` and other files, and write to `kept` and the standard
+/// streams, and nothing else, within `limits`; all other descriptors are closed, and the environment
+/// is empty. Each part works without the others.
 Confinement ConfineReader(const std::string& scene, std::span<const int> kept,
-                          const ReaderLimits& limits);
+                          const ProcessLimits& limits);
 
 }  // namespace mapexport

@@ -2,92 +2,96 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
+#include <locale>
+#include <memory>
+#include <ostream>
 #include <string_view>
 #include <utility>
 
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <signal.h>
-#include <sys/mman.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "importer/text/ControlCharacters.h"
+#include "scene/SceneCensus.h"
 #include "scene/SceneError.h"
 #include "scene/SceneFile.h"
 #include "system/Descriptor.h"
+#include "system/FdOutput.h"
 #include "system/RunError.h"
-#include "worker/LimitReader.h"
+#include "worker/AddressSanitizer.h"
+#include "worker/LimitProcess.h"
 #include "worker/ReaderMessage.h"
-#include "worker/ReaderProcess.h"
+#include "worker/RunInChild.h"
 
 namespace mapexport {
 namespace {
 
-// A reader that was taken over chooses the text of its error. Ours name a file or two.
-constexpr std::size_t kLongestError = 8192;
+// A reader that waits for something takes no processor time. The clock may go on for this many
+// times the limit, which is enough on a machine that is busy otherwise.
+constexpr std::uint64_t kPatience = 10;
+
+// Libraries take address space and hardly any memory: below that even small files could not be
+// read.
+constexpr std::uint64_t kLeastAddressSpace = std::uint64_t{512} << 20;
+
+// A scene file of 4 GiB or more is not read.
+constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
+
+// Side files are read one by one.
+constexpr std::uint64_t kMostOpenFiles = 64;
 
 [[noreturn]] void Fail(const std::string& path, std::string_view reason) {
   throw SceneError(fmt::format("{}: {}", path, reason));
 }
 
-Descriptor MakeMemoryFile(const std::string& path, const char* name) {
-  Descriptor file(memfd_create(name, MFD_CLOEXEC | MFD_ALLOW_SEALING));
-  if (!file.IsOpen()) {
-    Fail(path, fmt::format("can't be read: no memory file can be made: {}", ErrnoText(errno)));
+/// The limits for a reader that may take `seconds` on this machine: of its memory a quarter for the
+/// scene that is handed over, kLongestMessage for the message, the rest for the reading.
+ProcessLimits LimitsOfReader(std::uint32_t seconds) {
+  const std::uint64_t memory = MemoryLimit();
+  ProcessLimits limits;
+  limits.processorSeconds = seconds;
+  limits.clockSeconds =
+      static_cast<std::uint32_t>(std::min<std::uint64_t>(kPatience * seconds, UINT32_MAX));
+  limits.fileSize = std::min(memory / 4, kLargestSceneFile);
+  limits.openFiles = kMostOpenFiles;
+  // AddressSanitizer takes terabytes of it.
+  if (!kAddressSanitizer) {
+    limits.addressSpace =
+        std::max(memory / 4 * 3, kLeastAddressSpace + kLongestMessage) - kLongestMessage;
   }
-  return file;
+  return limits;
 }
 
-/// A file that can't grow beyond what a message may be. Only what is written takes memory.
-Descriptor MakeMessageFile(const std::string& path) {
-  Descriptor file = MakeMemoryFile(path, "message");
-  if (ftruncate(file.Get(), static_cast<off_t>(kLongestMessage)) != 0 ||
-      fcntl(file.Get(), F_ADD_SEALS, F_SEAL_GROW | F_SEAL_SHRINK | F_SEAL_SEAL) != 0) {
-    Fail(path, fmt::format("can't be read: no memory file can be made: {}", ErrnoText(errno)));
+/// Reads the scene and writes it as a scene file, with one byte to `stage` in between. Returns a
+/// ReaderMessage. For a process that ends without cleaning up.
+std::string Read(const std::string& path, const ImportOptions& options, int stage,
+                 FdOutput& output) {
+  // The import library reads numbers, and makes names of some, as the language in force has them.
+  std::locale::global(std::locale::classic());
+  ImportOptions whole = options;
+  whole.keepLibraryScene = true;
+  whole.onRead = [stage] {
+    const char over = 1;
+    // Only what is shown depends on it.
+    static_cast<void>(!write(stage, &over, sizeof over));
+  };
+  // Never destroyed: that could crash.
+  ImportedScene& imported = *std::make_unique<ImportedScene>(ImportScene(path, whole)).release();
+  if (imported.sideFiles.size() > kMostSideFiles) {
+    Fail(path, fmt::format("is read from {} files, more than the {} that are allowed",
+                           imported.sideFiles.size(), kMostSideFiles));
   }
-  return file;
-}
-
-/// The first bytes of the file; all or none of these.
-std::string BytesOf(int file, std::size_t wanted) {
-  std::string bytes(wanted, '\0');
-  std::size_t size = 0;
-  while (size < bytes.size()) {
-    const ssize_t count =
-        pread(file, bytes.data() + size, bytes.size() - size, static_cast<off_t>(size));
-    if (count <= 0) return {};
-    size += static_cast<std::size_t>(count);
+  std::ostream out(&output);
+  WriteSceneFile(imported.scene, out);
+  if (output.Finish() == EFBIG) {
+    throw ChildError(fmt::format("it is too large, with {} triangles where each instance counts",
+                                 CountScene(imported.scene).triangles));
   }
-  return bytes;
-}
-
-/// What the reader wrote to the message file, up to `most` bytes of it; all or none of these.
-std::string MessageIn(int file, std::size_t most) {
-  const off_t end = lseek(file, 0, SEEK_CUR);  // the position is the reader's, too
-  if (end < 0) return {};
-  return BytesOf(file,
-                 std::min({static_cast<std::size_t>(end), most, std::size_t{kLongestMessage}}));
-}
-
-/// What the reader said of itself before it read anything.
-Confinement ConfinementIn(int file) {
-  struct stat info {};
-  const int seals = fcntl(file, F_GET_SEALS);
-  if (seals < 0 || (seals & kSealed) != kSealed || fstat(file, &info) != 0) {
-    throw BadReaderMessage("the reader crashed on it (it did not say how it is confined)");
-  }
-  return ConfinementOf(BytesOf(file, static_cast<std::size_t>(info.st_size)));
-}
-
-/// The text of an error in the message file; what is too long is cut.
-std::string ErrorIn(int file) {
-  std::string text = MessageIn(file, kLongestError + 1);
-  if (text.size() > kLongestError) text.replace(kLongestError, 1, "...");
-  return text;
+  return ToBytes(ReaderMessage{std::move(imported.remarks), std::move(imported.leftOut),
+                               std::move(imported.sideFiles)});
 }
 
 struct Pipe {
@@ -112,36 +116,6 @@ bool WaitForByte(int pipe) {
   return count == 1;
 }
 
-/// What wait says of a reader's end, and the processor time that it took.
-struct End {
-  int status = 0;
-  std::chrono::microseconds processor{};
-};
-
-End WaitForEnd(pid_t reader, const std::string& path) {
-  End end;
-  rusage used{};
-  while (wait4(reader, &end.status, 0, &used) < 0) {
-    if (errno == EINTR) continue;
-    Fail(path, fmt::format("can't be read: the reader's end is not known: {}", ErrnoText(errno)));
-  }
-  const auto timeOf = [](const timeval& time) {
-    return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
-  };
-  end.processor = timeOf(used.ru_utime) + timeOf(used.ru_stime);
-  return end;
-}
-
-/// The signal that ended the reader; where it did not heed the one at its limit and was killed for
-/// that, the one at its limit.
-int SignalOf(const End& end, std::chrono::steady_clock::duration onClock, std::uint32_t seconds) {
-  const int signal = WTERMSIG(end.status);
-  const std::chrono::seconds limit(seconds);
-  if (signal != SIGKILL || seconds == 0) return signal;
-  if (end.processor > limit) return SIGXCPU;
-  return onClock > kPatience * limit ? SIGALRM : signal;
-}
-
 /// Why the reader, which ended by `signal`, did.
 std::string ReasonOfSignal(int signal, std::uint32_t seconds) {
   if (signal == SIGXCPU && seconds == 0) {
@@ -152,8 +126,7 @@ std::string ReasonOfSignal(int signal, std::uint32_t seconds) {
                        seconds == 1 ? "" : "s");
   }
   if (signal == SIGALRM) return "the reader waited in vain for something (--read-limit)";
-  const char* const name = sigdescr_np(signal);
-  const std::string text = name == nullptr ? fmt::format("signal {}", signal) : name;
+  const std::string text = SignalText(signal);
   if (signal == SIGSYS) {
     return fmt::format(
         "the reader was ended when it tried what reading never needs, as if taken over ({})", text);
@@ -167,21 +140,23 @@ std::string ReasonOfSignal(int signal, std::uint32_t seconds) {
   return fmt::format("the reader crashed on it ({})", text);
 }
 
-/// Throws unless `status` says that both files were written.
-void RequireWritten(const std::string& path, int status, int messageFile) {
-  switch (static_cast<ReaderEnd>(WEXITSTATUS(status))) {
-    case ReaderEnd::kRead:
+/// Throws unless all was written.
+void RequireRead(const std::string& path, const ChildOutcome& outcome, std::uint32_t seconds) {
+  switch (outcome.end) {
+    case ChildEnd::kDone:
       return;
-    case ReaderEnd::kRefused: {
-      const std::string message = ErrorIn(messageFile);
-      throw SceneError(message.empty() ? path + ": the reader refused it" : message);
-    }
-    case ReaderEnd::kMemoryRanOut:
+    case ChildEnd::kRefused:
+      throw SceneError(outcome.message.empty() ? path + ": the reader refused it"
+                                               : outcome.message);
+    case ChildEnd::kMemoryRanOut:
       Fail(path, "needs more memory to read than there is");
-    case ReaderEnd::kCannotHandOver:
-      Fail(path, fmt::format("what was read can't be handed over: {}", ErrorIn(messageFile)));
+    case ChildEnd::kCannotHandOver:
+      Fail(path, fmt::format("what was read can't be handed over: {}", outcome.message));
+    case ChildEnd::kSignal:
+      Fail(path, ReasonOfSignal(outcome.number, seconds));
+    case ChildEnd::kOtherStatus:
+      Fail(path, fmt::format("the reader crashed on it (exit status {})", outcome.number));
   }
-  Fail(path, fmt::format("the reader crashed on it (exit status {})", WEXITSTATUS(status)));
 }
 
 /// How many nodes and materials a scene file of that size may have. Each takes some hundred bytes
@@ -195,10 +170,10 @@ std::uint64_t MostItems(std::uint64_t size) {
 }
 
 /// Reads the scene file in memory; its errors name `path`.
-Scene ReadHandedOver(const std::string& path, int file) {
-  const std::string opened = fmt::format("/proc/self/fd/{}", file);
+Scene ReadHandedOver(const std::string& path, const Descriptor& file) {
+  const std::string opened = fmt::format("/proc/self/fd/{}", file.Get());
   struct stat info {};
-  if (fstat(file, &info) != 0) Fail(path, "can't be read: " + ErrnoText(errno));
+  if (fstat(file.Get(), &info) != 0) Fail(path, "can't be read: " + ErrnoText(errno));
   try {
     return ReadSceneFile(opened, MostItems(static_cast<std::uint64_t>(info.st_size)));
   } catch (const SceneError& error) {
@@ -213,41 +188,36 @@ Scene ReadHandedOver(const std::string& path, int file) {
 ForeignScene ReadForeignScene(const std::string& path, const ImportOptions& options,
                               std::uint32_t seconds,
                               const std::function<void(const char* name)>& stage) {
-  const Descriptor confinementFile = MakeMemoryFile(path, "confinement");
-  const Descriptor sceneFile = MakeMemoryFile(path, "scene");
-  const Descriptor messageFile = MakeMessageFile(path);
   Pipe pipe = MakePipe(path);
-  const auto start = std::chrono::steady_clock::now();
-  const pid_t reader =
-      StartReader(path, options,
-                  {confinementFile.Get(), sceneFile.Get(), messageFile.Get(), pipe.writing.Get()},
-                  LimitsOfReader(seconds));
-  if (reader < 0) {
-    Fail(path, fmt::format("can't be read: no process can be started: {}", ErrnoText(errno)));
-  }
-  pipe.writing = Descriptor();
-  stage("reading");
-  if (WaitForByte(pipe.reading.Get())) stage("rebuilding");
-  const End end = WaitForEnd(reader, path);
-  if (WIFSIGNALED(end.status)) {
-    const auto onClock = std::chrono::steady_clock::now() - start;
-    Fail(path, ReasonOfSignal(SignalOf(end, onClock, seconds), seconds));
-  }
-  RequireWritten(path, end.status, messageFile.Get());
-
-  Scene scene = ReadHandedOver(path, sceneFile.Get());
-  // The reader has blanked them, unless a hostile file has taken it over.
-  if (BlankControlCharacters(scene) != 0) {
-    Fail(path, "the reader crashed on it (its names hold control characters)");
-  }
+  ChildTask task;
+  task.run = [&](FdOutput& output) { return Read(path, options, pipe.writing.Get(), output); };
+  task.meanwhile = [&] {
+    pipe.writing = Descriptor();
+    stage("reading");
+    if (WaitForByte(pipe.reading.Get())) stage("rebuilding");
+  };
+  task.limits = LimitsOfReader(seconds);
+  task.confinedTo = path;
+  task.kept = {pipe.writing.Get()};
   try {
-    Confinement confinement = ConfinementIn(confinementFile.Get());
-    ReaderMessage message = ReaderMessageOf(MessageIn(messageFile.Get(), kLongestMessage));
+    ChildOutcome outcome = RunInChild(task);
+    RequireRead(path, outcome, seconds);
+    Scene scene = ReadHandedOver(path, outcome.output);
+    // The reader has blanked them, unless a hostile file has taken it over.
+    if (BlankControlCharacters(scene) != 0) {
+      Fail(path, "the reader crashed on it (its names hold control characters)");
+    }
+    if (!outcome.confinement) {
+      Fail(path, "the reader crashed on it (it did not say how it is confined)");
+    }
+    ReaderMessage message = ReaderMessageOf(outcome.message);
     return {{std::move(scene), std::move(message.remarks), std::move(message.leftOut),
              std::move(message.sideFiles)},
-            std::move(confinement)};
-  } catch (const BadReaderMessage& error) {
-    Fail(path, error.what());
+            std::move(*outcome.confinement)};
+  } catch (const ChildError& error) {
+    Fail(path, fmt::format("can't be read: {}", error.what()));
+  } catch (const BadMessage& error) {
+    Fail(path, fmt::format("the reader crashed on it ({})", error.what()));
   }
 }
 

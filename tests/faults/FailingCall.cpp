@@ -237,7 +237,8 @@ FUNCTION(kProcess, int, memfd_create, (const char* name, unsigned flags) noexcep
 FUNCTION(kProcess, int, pipe2, (int* ends, int flags) noexcept, -1, ends, flags)
 FUNCTION(kProcess, int, dup, (int fd) noexcept, -1, fd)
 FUNCTION(kProcess, int, dup2, (int fd, int other) noexcept, -1, fd, other)
-FUNCTION(kProcess, pid_t, waitpid, (pid_t pid, int* end, int options), -1, pid, end, options)
+FUNCTION(kProcess, pid_t, wait4, (pid_t pid, int* end, int options, rusage* used) noexcept, -1, pid,
+         end, options, used)
 pid_t fork() noexcept {
   static auto* const next = Next(&fork, "fork");
   if (Fails(kProcess)) return -1;

@@ -1,4 +1,4 @@
-#include "worker/LimitReader.h"
+#include "worker/LimitProcess.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -6,7 +6,6 @@
 #include <string_view>
 #include <utility>
 
-#include <limits.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/time.h>
@@ -14,33 +13,23 @@
 #include <unistd.h>
 
 #include "system/RunError.h"
-#include "worker/AddressSanitizer.h"
 
 namespace mapexport {
 namespace {
 
-// A reader that was taken over can shut its ears to the signals that end it at its limits. So many
-// seconds later comes one that nobody can.
+// A process that was taken over can ignore the signals that end it at its limits. So many seconds
+// later comes one that nobody can.
 constexpr std::uint32_t kGrace = 5;
-
-// Libraries take address space and hardly any memory: below that even small files could not be
-// read.
-constexpr std::uint64_t kLeastAddressSpace = std::uint64_t{512} << 20;
-
-// A scene file of 4 GiB or more is not read.
-constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
-
-// Side files are read one by one. Whatever is open already may have a higher number.
-constexpr rlim_t kMostOpenFiles = 64;
 
 /// The text of errno if a call failed.
 std::string LackOf(int result) {
   return result == 0 ? std::string() : ErrnoText(errno);
 }
 
-/// Lowers the limit for good; why it could not be. Of processor time, the kernel grants `grace`
-/// seconds after the signal.
+/// Lowers the limit for good, if one is wanted; why it could not be. Of processor time, the kernel
+/// grants `grace` seconds after the signal.
 std::string SetLimit(__rlimit_resource resource, rlim_t wanted, rlim_t grace = 0) {
+  if (wanted == 0) return {};
   rlimit limit{};
   std::string lack = LackOf(getrlimit(resource, &limit));
   if (!lack.empty()) return lack;
@@ -50,7 +39,7 @@ std::string SetLimit(__rlimit_resource resource, rlim_t wanted, rlim_t grace = 0
 }
 
 /// Has SIGALRM sent in so many seconds.
-std::string SetAlarm(unsigned seconds) {
+std::string SetAlarm(std::uint32_t seconds) {
   itimerval when{};
   when.it_value.tv_sec = seconds;
   return LackOf(setitimer(ITIMER_REAL, &when, nullptr));
@@ -81,33 +70,18 @@ std::string OwnGroup(const std::string& proc) {
 
 }  // namespace
 
-ReaderLimits LimitsOfReader(std::uint32_t seconds) {
-  ReaderLimits limits;
-  limits.seconds = seconds;
-  const std::uint64_t memory = MemoryLimit();
-  limits.fileSize = std::min(memory / 4, kLargestSceneFile);
-  // AddressSanitizer takes terabytes of it.
-  if (!kAddressSanitizer) {
-    limits.addressSpace =
-        std::max(memory / 4 * 3, kLeastAddressSpace + kLongestMessage) - kLongestMessage;
-  }
-  return limits;
-}
-
-LackingLimits LimitReader(const ReaderLimits& limits) {
+LackingLimits LimitProcess(const ProcessLimits& limits) {
   LackingLimits lacking;
   const auto note = [&lacking](std::string lack) {
     if (lacking.limits.empty()) lacking.limits = std::move(lack);
   };
   note(SetLimit(RLIMIT_FSIZE, limits.fileSize));
-  note(SetLimit(RLIMIT_NOFILE, kMostOpenFiles));
-  if (limits.addressSpace != 0) note(SetLimit(RLIMIT_AS, limits.addressSpace));
-  if (limits.seconds == 0) return lacking;
-  note(SetLimit(RLIMIT_CPU, limits.seconds, kGrace));
-  const unsigned patience =
-      limits.seconds > UINT_MAX / kPatience ? UINT_MAX : limits.seconds * kPatience;
-  note(SetAlarm(patience));
-  lacking.timer = EndIn(time_t{patience} + kGrace);
+  note(SetLimit(RLIMIT_NOFILE, limits.openFiles));
+  note(SetLimit(RLIMIT_AS, limits.addressSpace));
+  note(SetLimit(RLIMIT_CPU, limits.processorSeconds, kGrace));
+  if (limits.clockSeconds == 0) return lacking;
+  note(SetAlarm(limits.clockSeconds));
+  lacking.timer = EndIn(time_t{limits.clockSeconds} + kGrace);
   return lacking;
 }
 

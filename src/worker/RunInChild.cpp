@@ -1,0 +1,195 @@
+#include "worker/RunInChild.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <exception>
+#include <new>
+#include <string_view>
+#include <utility>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <signal.h>
+#include <string.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "system/RunError.h"
+#include "worker/ConfineReader.h"
+
+namespace mapexport {
+namespace {
+
+[[noreturn]] void End(ChildEnd end) {
+  // Nothing is cleaned up: destroying what a damaged file led to can crash.
+  _exit(static_cast<int>(end));
+}
+
+[[noreturn]] void EndOnTerminate() {
+  try {
+    if (std::current_exception()) std::rethrow_exception(std::current_exception());
+  } catch (const std::bad_alloc&) {
+    End(ChildEnd::kMemoryRanOut);
+  } catch (...) {
+  }
+  std::abort();
+}
+
+/// Undoes what whoever started us may have done to the signals that are to end the process.
+void LetSignalsEnd() {
+  for (const int end : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGXCPU, SIGALRM}) {
+    signal(end, SIG_DFL);
+  }
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+void LeaveNoCore() {
+  rlimit limit{};
+  getrlimit(RLIMIT_CORE, &limit);
+  limit.rlim_cur = 0;
+  setrlimit(RLIMIT_CORE, &limit);  // lowering one always succeeds
+  prctl(PR_SET_DUMPABLE, 0);       // core dumps that go to a program don't heed the limit
+}
+
+void SilenceStandardStreams() {
+  const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (null >= 0) {
+      dup2(null, fd);
+    } else {
+      close(fd);
+    }
+  }
+}
+
+void BecomeChild(pid_t parent, const ChildTask& task, const HandOverFiles& files) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(0);  // it died before that
+  LetSignalsEnd();
+  LeaveNoCore();
+  if (task.hasTerminal) {
+    dup2(files.Output().Get(), STDERR_FILENO);
+  } else {
+    setsid();  // no terminal of ours can be opened as /dev/tty
+    SilenceStandardStreams();
+  }
+  std::set_terminate(EndOnTerminate);
+}
+
+/// The limits, and what confines the child before what it reads has any say.
+void Confine(const ChildTask& task, const HandOverFiles& files) {
+  if (!task.confinedTo) {
+    LimitProcess(task.limits);
+    return;
+  }
+  std::vector<int> kept = files.Numbers();
+  kept.insert(kept.end(), task.kept.begin(), task.kept.end());
+  files.WriteConfinement(ConfineReader(*task.confinedTo, kept, task.limits));
+}
+
+[[noreturn]] void EndWith(ChildEnd end, std::string_view reason, const HandOverFiles& files) {
+  try {
+    files.WriteMessage(reason);
+  } catch (const ChildError&) {
+    // The status says the most of it.
+  }
+  End(end);
+}
+
+[[noreturn]] void RunTask(const ChildTask& task, const HandOverFiles& files) {
+  try {
+    Confine(task, files);
+    FdOutput output(files.Output().Get());
+    const std::string message = task.run(output);
+    if (const int error = output.Finish()) throw ChildError(ErrnoText(error));
+    files.WriteMessage(message);
+    End(ChildEnd::kDone);
+  } catch (const std::bad_alloc&) {
+    End(ChildEnd::kMemoryRanOut);
+  } catch (const ChildError& error) {
+    EndWith(ChildEnd::kCannotHandOver, error.what(), files);
+  } catch (const std::exception& error) {
+    EndWith(ChildEnd::kRefused, error.what(), files);
+  }
+}
+
+/// What wait says of a child's end, and the processor time that it took.
+struct Waited {
+  int status = 0;
+  std::chrono::microseconds processor{};
+};
+
+Waited WaitFor(pid_t child) {
+  Waited waited;
+  rusage used{};
+  while (wait4(child, &waited.status, 0, &used) < 0) {
+    if (errno != EINTR) throw ChildError("its process's end is not known: " + ErrnoText(errno));
+  }
+  const auto timeOf = [](const timeval& time) {
+    return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+  };
+  waited.processor = timeOf(used.ru_utime) + timeOf(used.ru_stime);
+  return waited;
+}
+
+/// The signal that ended the child; where it did not heed the one at its limit and was killed for
+/// that, the one at its limit.
+int SignalOf(const Waited& waited, std::chrono::steady_clock::duration onClock,
+             const ProcessLimits& limits) {
+  const auto isOver = [](std::uint32_t limit, auto time) {
+    return limit != 0 && time > std::chrono::seconds(limit);
+  };
+  const int signal = WTERMSIG(waited.status);
+  if (signal != SIGKILL) return signal;
+  if (isOver(limits.processorSeconds, waited.processor)) return SIGXCPU;
+  return isOver(limits.clockSeconds, onClock) ? SIGALRM : signal;
+}
+
+ChildEnd EndOf(int exitStatus) {
+  for (const ChildEnd end :
+       {ChildEnd::kDone, ChildEnd::kRefused, ChildEnd::kMemoryRanOut, ChildEnd::kCannotHandOver}) {
+    if (exitStatus == static_cast<int>(end)) return end;
+  }
+  return ChildEnd::kOtherStatus;
+}
+
+}  // namespace
+
+ChildOutcome RunInChild(const ChildTask& task) {
+  HandOverFiles files(task.confinedTo.has_value());
+  // An inherited "ignore" would keep its end from us.
+  signal(SIGCHLD, SIG_DFL);
+  const auto start = std::chrono::steady_clock::now();
+  const pid_t parent = getpid();
+  const pid_t child = fork();
+  if (child < 0) throw ChildError("no process can be started: " + ErrnoText(errno));
+  if (child == 0) {
+    BecomeChild(parent, task, files);
+    RunTask(task, files);
+  }
+  if (task.meanwhile) task.meanwhile();
+  const Waited waited = WaitFor(child);
+  if (WIFSIGNALED(waited.status)) {
+    const auto onClock = std::chrono::steady_clock::now() - start;
+    return {ChildEnd::kSignal, SignalOf(waited, onClock, task.limits), {}, files.TakeOutput(), {}};
+  }
+  const int status = WEXITSTATUS(waited.status);
+  if (EndOf(status) != ChildEnd::kDone) {
+    return {EndOf(status), status, files.ReadError(), files.TakeOutput(), {}};
+  }
+  return {ChildEnd::kDone, status, files.ReadMessage(), files.TakeOutput(),
+          task.confinedTo ? files.ReadConfinement() : std::nullopt};
+}
+
+std::string SignalText(int signal) {
+  const char* const name = sigdescr_np(signal);
+  return name == nullptr ? fmt::format("signal {}", signal) : name;
+}
+
+}  // namespace mapexport
