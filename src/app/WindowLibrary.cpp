@@ -1,29 +1,26 @@
 #include "app/WindowLibrary.h"
 
-#include <cerrno>
-#include <exception>
+#include <cstdint>
 #include <filesystem>
+#include <new>
 #include <string_view>
 
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <signal.h>
-#include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "app/FindLibrary.h"
-#include "system/Descriptor.h"
+#include "system/FdOutput.h"
 #include "system/RunError.h"
+#include "worker/HandOver.h"
+#include "worker/RunInChild.h"
 
 namespace mapexport {
 namespace {
 
 // A display that does not answer for so many seconds is none.
-constexpr unsigned kPatience = 60;
-constexpr std::size_t kLongestReason = 16384;
+constexpr std::uint32_t kPatience = 60;
+constexpr std::uint64_t kLongestReason = 16384;
 
 [[noreturn]] void Fail(std::string_view reason) {
   throw RunError(fmt::format("--dialog: the dialog can't be shown: {}", reason));
@@ -46,38 +43,11 @@ CreatePresenterFunction* LoadFunction() {
   return reinterpret_cast<CreatePresenterFunction*>(function);
 }
 
-/// Opens windows, and ends with 0 when they can be had. Standard error tells why not; what Qt says
-/// before it gives up the process goes there too.
-[[noreturn]] void TryInChild(int reasonFile) {
-  dup2(reasonFile, STDERR_FILENO);
-  const rlimit none{0, 0};
-  setrlimit(RLIMIT_CORE, &none);
-  prctl(PR_SET_DUMPABLE, 0);  // core dumps that go to a program don't heed the limit
-  for (const int end : {SIGABRT, SIGALRM}) signal(end, SIG_DFL);
-  alarm(kPatience);
-  try {
-    // Nothing is cleaned up: the process goes at once.
-    if (OpenWindows({}).release() != nullptr) _exit(0);
-  } catch (const std::exception& error) {
-    const std::string_view reason = error.what();
-    if (write(STDERR_FILENO, reason.data(), reason.size()) > 0) _exit(1);
-  }
-  _exit(2);
-}
-
-/// The beginning of what was written to `file`.
-std::string TextOf(int file) {
-  std::string text(kLongestReason, '\0');
-  const ssize_t count = pread(file, text.data(), text.size(), 0);
-  text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-  return text;
-}
-
 /// What Qt gave as the reason: the first line of its part that knows displays.
-std::string QtReason(std::string_view text, int end) {
+std::string QtReason(std::string_view text, const ChildOutcome& outcome) {
   const std::size_t begin = text.find("qt.qpa.");
   if (begin == text.npos) {
-    const bool waited = WIFSIGNALED(end) && WTERMSIG(end) == SIGALRM;
+    const bool waited = outcome.end == ChildEnd::kSignal && outcome.number == SIGALRM;
     return waited ? "the display does not answer" : "Qt gives up without a reason";
   }
   std::string_view line = text.substr(begin, text.find('\n', begin) - begin);
@@ -89,26 +59,24 @@ std::string QtReason(std::string_view text, int end) {
 }  // namespace
 
 void RequireWindows() {
-  // Not a pipe: what Qt may start would keep it open.
-  const Descriptor reasonFile(memfd_create("reason", MFD_CLOEXEC));
-  if (!reasonFile.IsOpen()) Fail(ErrnoText(errno));
-  signal(SIGCHLD, SIG_DFL);  // an inherited "ignore" would keep its end from us
-  const pid_t parent = getpid();
-  const pid_t child = fork();
-  if (child < 0) Fail(ErrnoText(errno));
-  if (child == 0) {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent) _exit(0);  // it died before that
-    TryInChild(reasonFile.Get());
+  ChildTask task;
+  task.run = [](FdOutput&) {
+    // Nothing is cleaned up: the process goes at once.
+    static_cast<void>(OpenWindows({}).release());
+    return std::string();
+  };
+  task.limits.clockSeconds = kPatience;
+  task.hasTerminal = true;  // which some of Qt's platforms look at
+  try {
+    const ChildOutcome outcome = RunInChild(task);
+    if (outcome.end == ChildEnd::kDone) return;
+    if (outcome.end == ChildEnd::kMemoryRanOut) throw std::bad_alloc();
+    if (!outcome.message.empty()) throw RunError(outcome.message);
+    // What Qt says before it gives up the process.
+    Fail(QtReason(BytesOf(outcome.output, 0, kLongestReason), outcome));
+  } catch (const ChildError& error) {
+    Fail(error.what());
   }
-  int end = 0;
-  while (waitpid(child, &end, 0) < 0) {
-    if (errno != EINTR) Fail(ErrnoText(errno));
-  }
-  if (end == 0) return;
-  const std::string text = TextOf(reasonFile.Get());
-  if (WIFEXITED(end) && WEXITSTATUS(end) == 1) throw RunError(text);
-  Fail(QtReason(text, end));
 }
 
 std::unique_ptr<Presenter> OpenWindows(const std::string& title) {
