@@ -19,8 +19,8 @@ struct Confinement {
 };
 
 /// From now on this process can read `scene` and other files, and write to `kept` and the standard
-/// streams, and nothing else, within `limits`; all other descriptors are closed, and the environment
-/// is empty. Each part works without the others.
+/// streams, and nothing else, within `limits`; all other descriptors are closed, and the
+/// environment is empty. Each part works without the others.
 Confinement ConfineReader(const std::string& scene, std::span<const int> kept,
                           const ProcessLimits& limits);
 

@@ -25,7 +25,8 @@ struct ChildTask {
   std::optional<std::string> confinedTo = {};
   std::vector<int> kept = {};  ///< descriptors that a confined child keeps beside the hand-over's
   /// Whether the child keeps its terminal, standard input and standard output; what it prints to
-  /// standard error goes to `output` then. Otherwise it has no terminal, and what it prints is lost.
+  /// standard error goes to `output` then. Otherwise it has none of these, and what it prints is
+  /// lost.
   bool hasTerminal = false;
 };
 
@@ -43,8 +44,8 @@ enum class ChildEnd {
 struct ChildOutcome {
   ChildEnd end;
   int number;  ///< of the signal, the one at a limit for which it was killed; or the exit status
-  std::string
-      message;  ///< empty when it can't be read; an error's text is cut where it is too long
+  /// Empty when it can't be read; the text of an error is cut where it is too long.
+  std::string message;
   Descriptor output;
   /// As the child said it before it ran the task, and could not change it afterwards. None where it
   /// did not, and unless it ended with kDone.
