@@ -3,7 +3,7 @@
 # lines of src/CMakeLists.txt. Prints each include against them as FILE:LINE and ends with 1.
 #
 # Beyond these lines: the host's own library includes nothing but itself; exporter/load includes
-# plugin and what plugin may include, app/main includes app, cli/pages cli; of side A, the exporter, side B may
+# plugin and what plugin may include, app/main includes app, app/pages app and cli; of side A, the exporter, side B may
 # include host only; side A takes the standard library and nothing else; Qt is for window alone.
 set -euo pipefail
 unset CDPATH
@@ -96,8 +96,9 @@ find . -type f \( -name '*.h' -o -name '*.cpp' \) -printf '%P\0' | LC_ALL=C sort
       }
       folderOf["app/main"] = "app/main"
       Allow("app/main", "app")
-      folderOf["cli/pages"] = "cli/pages"
-      Allow("cli/pages", "cli")
+      folderOf["app/pages"] = "app/pages"
+      Allow("app/pages", "app")
+      Allow("app/pages", "cli")
       for (room in folderOf) roomOf[folderOf[room]] = room
     }
 

@@ -13,9 +13,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "cli/BashCompletion.h"
+#include "app/Commands.h"
 #include "cli/Help.h"
-#include "cli/ManPage.h"
+#include "cli/Pages.h"
 #include "system/RemarkCode.h"
 
 namespace mapexport {
@@ -65,7 +65,7 @@ std::string Output(const std::string& command) {
 
 /// What bash offers behind these words, the last of which is being typed.
 Words Completions(const std::string& words) {
-  const TempFile script("mapexport.bash", BashCompletion());
+  const TempFile script("mapexport.bash", BashCompletion(Commands()));
   const std::string text =
       Output("bash -c '. " + script.path + " && COMP_WORDS=(" + words +
              ") COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _mapexport; printf \"%s\\n\" "
@@ -79,12 +79,12 @@ Words Completions(const std::string& words) {
 }
 
 TEST(Pages, TellOfTheSameOptionsAsHelp) {
-  const std::string page = ManPage();
+  const std::string page = ManPage(Commands());
   Words commands;
   for (const CommandInfo& command : Commands()) {
     SCOPED_TRACE(command.name);
     commands.insert(command.name);
-    const Words options = OptionsIn(HelpText(&command), "  (?:[A-Z]+ *)?");
+    const Words options = OptionsIn(CommandHelp(command), "  (?:[A-Z]+ *)?");
     const std::size_t begin = page.find(std::string(".SS mapexport ") + command.name + '\n');
     ASSERT_NE(begin, std::string::npos);
     Words ofPage = OptionsIn(page.substr(begin, page.find("\n.S", begin + 1) - begin), ".B ");
@@ -129,7 +129,7 @@ TEST(Pages, ReportDocTellsOfEveryCode) {
 }
 
 TEST(Pages, ManPageIsSoundTroff) {
-  const TempFile file("mapexport.1", ManPage());
+  const TempFile file("mapexport.1", ManPage(Commands()));
   EXPECT_EQ(Output("groff -man -Tutf8 -ww -z " + file.path + " 2>&1"), "");
 }
 

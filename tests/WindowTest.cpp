@@ -24,9 +24,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/DialogControls.h"
 #include "app/Program.h"
 #include "app/WindowLibrary.h"
-#include "cli/Options.h"
 #include "console/ConsoleSystem.h"
 #include "host/System.h"
 #include "settings/SettingsStore.h"

@@ -1,5 +1,5 @@
-#include "app/ConvertCommand.h"
-
+// The command `convert`.
+#include <array>
 #include <cstdint>
 #include <iterator>
 #include <memory>
@@ -12,10 +12,17 @@
 
 #include <fmt/format.h>
 
+#include "app/Commands.h"
 #include "app/LoadModel.h"
 #include "app/Messages.h"
 #include "app/TellPlaced.h"
+#include "cli/CommandLine.h"
+#include "cli/ModelOptions.h"
+#include "cli/OptionReading.h"
+#include "cli/SceneOptions.h"
 #include "convert/ConvertModel.h"
+#include "convert/TargetFormat.h"
+#include "convert/TargetSpace.h"
 #include "output/OutputPlace.h"
 #include "output/TakenFiles.h"
 #include "system/FdOutput.h"
@@ -27,6 +34,99 @@
 
 namespace mapexport {
 namespace {
+
+constexpr std::array kPositionals{
+    kModelPositional,
+    PositionalInfo{"OUT",
+                   "the file to write; its extension tells the format: .glb, .gltf (and a "
+                   ".bin), .obj (and a .mtl), .ply or .stl; \"-\": standard output, with --to"},
+};
+constexpr std::array kTargets{"glb", "gltf", "obj", "ply", "stl"};
+constexpr OptionInfo kCoordinates{
+    .name = "coordinates",
+    .kind = OptionKind::kRow,
+    .argument = "SYSTEM",
+    .help = "the coordinate system that FILE was exported with, 0 unless given",
+    .rows = kCoordinateSystems};
+constexpr OptionInfo kTextureCoordinates{
+    .name = "texture-coordinates",
+    .kind = OptionKind::kRow,
+    .argument = "MODE",
+    .help = "the texture coordinates that FILE was exported with, 0 unless given",
+    .rows = kTextureModes};
+constexpr std::array kOptions{
+    OptionInfo{
+        .name = "to",
+        .kind = OptionKind::kText,
+        .argument = "FORMAT",
+        .help = "glb, gltf, obj, ply or stl, whatever the extension is; gltf can't go to standard "
+                "output, obj goes there without its materials",
+        .words = kTargets},
+    kCoordinates,
+    kTextureCoordinates,
+    OptionInfo{
+        .name = "scale",
+        .kind = OptionKind::kText,
+        .argument = "NUMBER",
+        .help =
+            "units of FILE per unit of OUT: auto (100 for formats in metres, else 1) or a decimal "
+            "number above 0",
+        .words = kScaleWords},
+    kLayoutOption,
+    kQuietOption,
+};
+
+struct ConvertArguments {
+  std::string file;
+  std::string output;
+  const TargetFormat* format = nullptr;  ///< that of the output's extension
+  ExportedSpace exported;
+  std::optional<float> scale;
+  std::optional<ModelLayout> layout;
+  bool quiet = false;
+};
+
+/// The format that --to names, or else the extension of `output`.
+const TargetFormat& TargetFormatOf(const CommandLine& line, const std::string& output) {
+  const std::optional<std::string> name = line.Value("to");
+  const TargetFormat* const format = name ? FindNamedFormat(*name) : FindTargetFormat(output);
+  std::vector<std::string_view> extensions;
+  for (const TargetFormat& each : TargetFormats()) extensions.push_back(each.extension);
+  if (IsStandardOutput(output)) {
+    if (!name) {
+      throw UsageError(
+          fmt::format("{}: standard output has no extension; name the format by --to", output),
+          line.command);
+    }
+    if (format != nullptr && format->aloneId == nullptr) {
+      throw UsageError(
+          fmt::format("--to: a {} needs a second file beside it; name a file", format->extension),
+          line.command);
+    }
+  }
+  if (format != nullptr) return *format;
+  if (!name) {
+    throw UsageError(
+        fmt::format("{}: the extension must be one of {}", output, fmt::join(extensions, ", ")),
+        line.command);
+  }
+  for (std::string_view& extension : extensions) extension.remove_prefix(1);
+  throw UsageError(fmt::format("--to: \"{}\" is none of {}", *name, fmt::join(extensions, ", ")),
+                   line.command);
+}
+
+ConvertArguments Read(const CommandLine& line) {
+  ConvertArguments arguments;
+  arguments.file = PositionalPath(line, 0);
+  arguments.output = PositionalPath(line, 1);
+  arguments.format = &TargetFormatOf(line, arguments.output);
+  arguments.exported.coordinates = RowValue(line, kCoordinates).value_or(0);
+  arguments.exported.textureCoordinates = RowValue(line, kTextureCoordinates).value_or(0);
+  arguments.scale = ScaleValue(line);
+  arguments.layout = LayoutValue(line);
+  arguments.quiet = line.Has("quiet");
+  return arguments;
+}
 
 /// Tells of what `output` does not have as the model has it.
 void TellChanges(const std::string& output, const Changes& changes, Messages& messages) {
@@ -176,9 +276,9 @@ ExitStatus Print(const LoadedModel& loaded, const ConvertArguments& arguments, M
   return arrived ? loaded.status : ExitStatus::kFailed;
 }
 
-}  // namespace
-
-ExitStatus RunConvertCommand(const ConvertArguments& arguments) {
+/// Converts a model file to another format.
+ExitStatus Run(const CommandLine& line) {
+  const ConvertArguments arguments = Read(line);
   Messages messages(arguments.quiet);
   TakenFiles inputs;
   inputs.Add(arguments.file, "model file");
@@ -204,6 +304,16 @@ ExitStatus RunConvertCommand(const ConvertArguments& arguments) {
   OutputPlace::CommitTogether(places);
   TellPlaced(places, messages, [] {});
   return loaded->status;
+}
+
+}  // namespace
+
+CommandInfo ConvertCommand() {
+  return {.name = "convert",
+          .summary = "turns a model file into a format that viewers open",
+          .positionals = kPositionals,
+          .options = kOptions,
+          .run = Run};
 }
 
 }  // namespace mapexport

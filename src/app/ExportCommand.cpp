@@ -1,5 +1,4 @@
-#include "app/ExportCommand.h"
-
+// The command `export`.
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -13,6 +12,8 @@
 #include <fmt/format.h>
 
 #include "app/CheckExport.h"
+#include "app/Commands.h"
+#include "app/ExportArguments.h"
 #include "app/ExportSystem.h"
 #include "app/ExportTargets.h"
 #include "app/ExporterLog.h"
@@ -25,7 +26,7 @@
 #include "app/Stages.h"
 #include "app/TellPlaced.h"
 #include "app/WindowLibrary.h"
-#include "cli/Options.h"
+#include "cli/CommandLine.h"
 #include "output/DepFile.h"
 #include "output/OutputPlace.h"
 #include "output/Sha256.h"
@@ -40,14 +41,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::array kPositionals{
+    PositionalInfo{"SCENE", "a .scene.json, or FBX, glTF, OBJ, 3DS, ASE, DAE and more"},
+    PositionalInfo{"OUTPUT",
+                   "the model file; \".qob\" gets the first layout, every other extension the "
+                   "second; without one, \".map\" is appended"},
+};
 // A scene that is not this many weld distances long is likely in other units than it was meant.
 constexpr float kFewWeldDistances = 20;
 // An output with less than this part of the scene's triangles, the half, is hardly what was wanted.
 constexpr std::uint64_t kMostLost = 2;
 
 /// One run of the command.
-struct Run {
-  explicit Run(const ExportArguments& given)
+struct ExportRun {
+  explicit ExportRun(const ExportArguments& given)
       : arguments(given),
         messages(given.quiet),
         stages(given.quiet),
@@ -64,18 +71,18 @@ struct Run {
   std::unique_ptr<Presenter> windows;        ///< null without --dialog
 };
 
-void ShowStatus(Run& run, const std::string& status) {
+void ShowStatus(ExportRun& run, const std::string& status) {
   if (run.windows) run.windows->ShowStatus(status);
 }
 
-ExporterTalk::ShowBox BoxesOf(Run& run) {
+ExporterTalk::ShowBox BoxesOf(ExportRun& run) {
   if (!run.windows) return {};
   return [&run](const std::string& title, const std::string& text) {
     run.stages.During("dialog", [&] { run.windows->ShowMessageBox(title, text); });
   };
 }
 
-SettingsStore OpenSettings(Run& run) {
+SettingsStore OpenSettings(ExportRun& run) {
   if (run.arguments.fresh) return SettingsStore::InMemory();
   const std::string path = SettingsPath(run.arguments);
   if (path.empty()) {
@@ -95,7 +102,7 @@ SettingsStore OpenSettings(Run& run) {
   return settings;
 }
 
-ConsoleSystem::Options SystemOptions(const Run& run, ExporterTalk& talk) {
+ConsoleSystem::Options SystemOptions(const ExportRun& run, ExporterTalk& talk) {
   ConsoleSystem::Options options;
   options.actions = run.arguments.actions;
   options.presenter = run.windows.get();
@@ -125,7 +132,7 @@ void CallExporter(const Scene& scene, const std::string& folder, const std::stri
   log.LeaveFolder();  // it may have ended before it showed the dialog
 }
 
-void WarnOfWelding(Run& run, const ExportSystem::Values& values) {
+void WarnOfWelding(ExportRun& run, const ExportSystem::Values& values) {
   if (!values.weld) return;
   if (run.arguments.unweld) {
     run.messages.Warning(
@@ -147,7 +154,7 @@ void WarnOfWelding(Run& run, const ExportSystem::Values& values) {
 }
 
 /// What is left of the scene's triangles may be less than anyone wants.
-void WarnOfLoss(Run& run) {
+void WarnOfLoss(ExportRun& run) {
   const std::uint64_t before = run.report.before->triangles;
   const ModelCounts& counts = run.report.after;
   const std::uint64_t after = std::max(counts.batchFaces, counts.faces);
@@ -184,17 +191,17 @@ std::unique_ptr<OutputPlace> Prepare(const OutputTarget& target,
   return place;
 }
 
-void WriteReportOf(const Run& run, std::ostream& out) {
+void WriteReportOf(const ExportRun& run, std::ostream& out) {
   WriteReport(run.report, run.messages.Told(), run.stages.Times(), out);
 }
 
-std::unique_ptr<OutputPlace> PrepareReport(const OutputTarget& target, const Run& run) {
+std::unique_ptr<OutputPlace> PrepareReport(const OutputTarget& target, const ExportRun& run) {
   return Prepare(target, [&run](std::ostream& out) { WriteReportOf(run, out); });
 }
 
 /// Prints the report once if it goes to standard output. A reader that has gone away wants no more
 /// of it.
-void PrintReport(Run& run) {
+void PrintReport(ExportRun& run) {
   if (!std::exchange(run.reportIsPrinted, false)) return;
   PrintResult([&run](std::ostream& out) { WriteReportOf(run, out); });
 }
@@ -202,7 +209,7 @@ void PrintReport(Run& run) {
 /// Puts the checked output and the files that go with it in their places, all or none of them, and
 /// then lets `tellMore` tell of it.
 template <typename TellMore>
-void PutInPlace(Run& run, OutputPlace& model, const std::optional<OutputTarget>& depFile,
+void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTarget>& depFile,
                 const TellMore& tellMore) {
   std::unique_ptr<OutputPlace> depFilePlace;
   if (depFile) {
@@ -227,7 +234,8 @@ void PutInPlace(Run& run, OutputPlace& model, const std::optional<OutputTarget>&
 }
 
 /// No file that is to be written may be one that is read.
-void RequireFree(Run& run, const OutputTarget& model, const std::optional<OutputTarget>& depFile) {
+void RequireFree(ExportRun& run, const OutputTarget& model,
+                 const std::optional<OutputTarget>& depFile) {
   if (run.reportTarget) {
     // Nor may the report tell of it there.
     const OutputTarget target = *std::exchange(run.reportTarget, std::nullopt);
@@ -249,7 +257,7 @@ std::optional<std::string> LogName(const ExportArguments& arguments) {
 }
 
 /// What the log may not replace.
-TakenFiles TakenBesideLog(const Run& run, const OutputTarget& model) {
+TakenFiles TakenBesideLog(const ExportRun& run, const OutputTarget& model) {
   TakenFiles taken = run.inputs;
   taken.Add(model.path, "output");
   if (run.arguments.depFile) taken.Add(*run.arguments.depFile, "file of --depfile");
@@ -257,7 +265,7 @@ TakenFiles TakenBesideLog(const Run& run, const OutputTarget& model) {
   return taken;
 }
 
-void DeliverReport(Run& run) {
+void DeliverReport(ExportRun& run) {
   PrintReport(run);
   if (!run.reportTarget) return;
   const std::unique_ptr<OutputPlace> place = PrepareReport(*run.reportTarget, run);
@@ -265,14 +273,14 @@ void DeliverReport(Run& run) {
   TellPlaced(*place, run.messages);
 }
 
-void ReportCancel(Run& run) {
+void ReportCancel(ExportRun& run) {
   run.report.status = ExitStatus::kCancelled;
   run.messages.Note("cancelled",
                     fmt::format("{}: not exported: cancelled in the dialog", run.report.output));
   DeliverReport(run);
 }
 
-void Export(Run& run) {
+void Export(ExportRun& run) {
   const ExportArguments& arguments = run.arguments;
   const std::string& output = run.report.output;
   const OutputTarget target = FindModelTarget(arguments, run.inputs);
@@ -343,7 +351,7 @@ void Export(Run& run) {
   });
 }
 
-void ReportFailure(Run& run, const std::string& reason) {
+void ReportFailure(ExportRun& run, const std::string& reason) {
   run.stages.End();
   run.report.status = ExitStatus::kFailed;
   run.report.error = reason;
@@ -356,10 +364,11 @@ void ReportFailure(Run& run, const std::string& reason) {
   }
 }
 
-}  // namespace
-
-ExitStatus RunExportCommand(const ExportArguments& arguments) {
-  Run run(arguments);
+/// Exports a scene as a person does it with the options dialog, or lets one do it. The output is
+/// checked before it takes its place; when anything fails, what was there before stays as it was.
+ExitStatus Run(const CommandLine& line) {
+  const ExportArguments arguments = ReadExportArguments(line);
+  ExportRun run(arguments);
   run.report.scene = arguments.scene.path;
   run.report.output = ModelPath(arguments.output);
   run.reportTarget = FindReportTarget(arguments, run.inputs);
@@ -370,6 +379,16 @@ ExitStatus RunExportCommand(const ExportArguments& arguments) {
     throw;
   }
   return run.report.status;
+}
+
+}  // namespace
+
+CommandInfo ExportCommand() {
+  return {.name = "export",
+          .summary = "exports a scene to a model file",
+          .positionals = kPositionals,
+          .options = ExportOptions(),
+          .run = Run};
 }
 
 }  // namespace mapexport

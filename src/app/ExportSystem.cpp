@@ -4,8 +4,8 @@
 #include <charconv>
 #include <cmath>
 
+#include "app/DialogControls.h"
 #include "cli/OptionValues.h"
-#include "cli/Options.h"
 
 namespace mapexport {
 namespace {

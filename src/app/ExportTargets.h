@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "cli/Arguments.h"
+#include "app/ExportArguments.h"
 #include "output/OutputPlace.h"
 #include "output/TakenFiles.h"
 #include "settings/SettingsStore.h"

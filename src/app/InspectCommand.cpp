@@ -1,17 +1,44 @@
-#include "app/InspectCommand.h"
-
+// The command `inspect`.
+#include <array>
 #include <optional>
 #include <ostream>
+#include <string>
 
+#include "app/Commands.h"
 #include "app/LoadModel.h"
 #include "app/Messages.h"
+#include "cli/CommandLine.h"
+#include "cli/ModelOptions.h"
+#include "cli/OptionReading.h"
 #include "modelreader/ModelJson.h"
 #include "modelreader/ModelText.h"
 #include "system/StandardOutput.h"
 
 namespace mapexport {
+namespace {
 
-ExitStatus RunInspectCommand(const InspectArguments& arguments) {
+constexpr std::array kPositionals{kModelPositional};
+constexpr std::array kOptions{
+    OptionInfo{.name = "json", .kind = OptionKind::kFlag, .help = "print one JSON document"},
+    OptionInfo{.name = "summary",
+               .kind = OptionKind::kFlag,
+               .help = "leave the long lists out and give their counts"},
+    kLayoutOption,
+};
+
+struct InspectArguments {
+  std::string file;
+  bool json = false;
+  bool summary = false;
+  std::optional<ModelLayout> layout;
+};
+
+/// Checks a model file and prints what it holds; what is wrong with it goes to standard error.
+ExitStatus Run(const CommandLine& line) {
+  const InspectArguments arguments{.file = PositionalPath(line, 0),
+                                   .json = line.Has("json"),
+                                   .summary = line.Has("summary"),
+                                   .layout = LayoutValue(line)};
   Messages messages(false);
   const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
   if (!loaded) return ExitStatus::kFailed;
@@ -23,6 +50,16 @@ ExitStatus RunInspectCommand(const InspectArguments& arguments) {
     }
   });
   return arrived ? loaded->status : ExitStatus::kFailed;
+}
+
+}  // namespace
+
+CommandInfo InspectCommand() {
+  return {.name = "inspect",
+          .summary = "checks a model file and prints what it holds",
+          .positionals = kPositionals,
+          .options = kOptions,
+          .run = Run};
 }
 
 }  // namespace mapexport

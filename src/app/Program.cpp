@@ -9,42 +9,16 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include "app/ConvertCommand.h"
-#include "app/ExportCommand.h"
-#include "app/InspectCommand.h"
+#include "app/Commands.h"
 #include "app/Messages.h"
-#include "app/SceneCommand.h"
-#include "app/ViewCommand.h"
-#include "cli/Arguments.h"
-#include "cli/ExitStatus.h"
+#include "cli/CommandLine.h"
 #include "cli/Help.h"
-#include "cli/UsageError.h"
 #include "system/RunError.h"
 #include "system/StandardError.h"
 #include "system/StandardOutput.h"
 
 namespace mapexport {
 namespace {
-
-struct RunCommand {
-  ExitStatus operator()(const ShowText& show) const {
-    const bool arrived = PrintResult([&](std::ostream& out) { out << show.text; });
-    return arrived ? ExitStatus::kDone : ExitStatus::kFailed;
-  }
-  ExitStatus operator()(const ExportArguments& arguments) const {
-    return RunExportCommand(arguments);
-  }
-  ExitStatus operator()(const SceneArguments& arguments) const {
-    return RunSceneCommand(arguments);
-  }
-  ExitStatus operator()(const InspectArguments& arguments) const {
-    return RunInspectCommand(arguments);
-  }
-  ExitStatus operator()(const ViewArguments& arguments) const { return RunViewCommand(arguments); }
-  ExitStatus operator()(const ConvertArguments& arguments) const {
-    return RunConvertCommand(arguments);
-  }
-};
 
 /// Takes the places of standard streams that came closed, so that no file of ours gets their
 /// numbers. The modes are such that using them fails as with a closed one.
@@ -55,10 +29,27 @@ void OccupyStandardStreams() {
   }
 }
 
+ExitStatus Print(const std::string& text) {
+  const bool arrived = PrintResult([&](std::ostream& out) { out << text; });
+  return arrived ? ExitStatus::kDone : ExitStatus::kFailed;
+}
+
+ExitStatus Do(const CommandLine& line) {
+  switch (line.wanted) {
+    case CommandLine::Wanted::kCommand:
+      break;
+    case CommandLine::Wanted::kHelp:
+      return Print(line.command == nullptr ? ProgramHelp(Commands()) : CommandHelp(*line.command));
+    case CommandLine::Wanted::kVersion:
+      return Print(VersionText());
+  }
+  return line.command->run(line);
+}
+
 ExitStatus Run(const std::vector<std::string>& arguments) {
   const Messages messages(false);
   try {
-    return std::visit(RunCommand(), ParseArguments(arguments));
+    return Do(ParseCommandLine(Commands(), arguments));
   } catch (const UsageError& error) {
     messages.Error(error.what());
     messages.Usage(UsageLine(error.command));

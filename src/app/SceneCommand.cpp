@@ -1,21 +1,49 @@
-#include "app/SceneCommand.h"
-
+// The command `scene`.
+#include <array>
+#include <optional>
 #include <ostream>
+#include <string>
 
 #include <fmt/format.h>
 
+#include "app/Commands.h"
 #include "app/LoadScene.h"
 #include "app/Messages.h"
 #include "app/Stages.h"
 #include "app/TellPlaced.h"
+#include "cli/CommandLine.h"
+#include "cli/OptionReading.h"
+#include "cli/SceneOptions.h"
 #include "output/OutputPlace.h"
 #include "output/TakenFiles.h"
 #include "scene/SceneFile.h"
 #include "system/StandardOutput.h"
 
 namespace mapexport {
+namespace {
 
-ExitStatus RunSceneCommand(const SceneArguments& arguments) {
+constexpr std::array kPositionals{
+    PositionalInfo{"SCENE", "a scene, in any format that `export` reads"},
+};
+constexpr std::array kOptions{
+    OptionInfo{.name = "output",
+               .kind = OptionKind::kText,
+               .argument = "FILE",
+               .help = "the .scene.json to write instead of standard output (\"-\")",
+               .letter = 'o'},
+    kUpOption,
+    kSceneScaleOption,
+    kReadLimitOption,
+};
+
+struct SceneArguments {
+  SceneSource scene;
+  std::optional<std::string> output;
+};
+
+/// Writes a scene as a scene file.
+ExitStatus Run(const CommandLine& line) {
+  const SceneArguments arguments{SceneOf(line), PathValue(line, "output")};
   Messages messages(false);
   Stages stages(false);
   if (!arguments.output || IsStandardOutput(*arguments.output)) {
@@ -46,6 +74,16 @@ ExitStatus RunSceneCommand(const SceneArguments& arguments) {
   place.Commit();
   TellPlaced(place, messages);
   return ExitStatus::kDone;
+}
+
+}  // namespace
+
+CommandInfo SceneCommand() {
+  return {.name = "scene",
+          .summary = "writes a scene as the exporter will see it",
+          .positionals = kPositionals,
+          .options = kOptions,
+          .run = Run};
 }
 
 }  // namespace mapexport

@@ -1,14 +1,18 @@
-#include "app/ViewCommand.h"
-
+// The command `view`.
+#include <array>
 #include <optional>
 #include <ostream>
 #include <string>
 
 #include <fmt/format.h>
 
+#include "app/Commands.h"
 #include "app/LoadModel.h"
 #include "app/Messages.h"
 #include "app/TellPlaced.h"
+#include "cli/CommandLine.h"
+#include "cli/ModelOptions.h"
+#include "cli/OptionReading.h"
 #include "output/OutputPlace.h"
 #include "output/TakenFiles.h"
 #include "system/PrintableText.h"
@@ -17,8 +21,44 @@
 #include "view/WritePage.h"
 
 namespace mapexport {
+namespace {
 
-ExitStatus RunViewCommand(const ViewArguments& arguments) {
+constexpr std::array kPositionals{kModelPositional};
+constexpr OptionInfo kCoordinates{
+    .name = "coordinates",
+    .kind = OptionKind::kRow,
+    .argument = "SYSTEM",
+    .help =
+        "the coordinate system that the file was exported with, left-handed unless given; "
+        "the page stands the level upright by it",
+    .rows = kCoordinateSystems};
+constexpr std::array kOptions{
+    OptionInfo{
+        .name = "output",
+        .kind = OptionKind::kText,
+        .argument = "FILE",
+        .help =
+            "the page to write; without it, FILE.html beside the model file; \"-\": to standard "
+            "output",
+        .letter = 'o'},
+    kLayoutOption,
+    kCoordinates,
+};
+
+struct ViewArguments {
+  std::string file;
+  std::optional<std::string> output;
+  std::optional<ModelLayout> layout;
+  int coordinateSystem = 0;  ///< 0 to 3
+};
+
+/// Writes an HTML page that shows a model file; what is wrong with the file goes to standard error.
+/// Throws RunError also when this program can't make pages.
+ExitStatus Run(const CommandLine& line) {
+  const ViewArguments arguments{.file = PositionalPath(line, 0),
+                                .output = PathValue(line, "output"),
+                                .layout = LayoutValue(line),
+                                .coordinateSystem = RowValue(line, kCoordinates).value_or(0)};
   if (!CanWritePage()) {
     throw RunError(
         "view: this mapexport was built without the page; build it with Node.js and npm at hand");
@@ -56,6 +96,16 @@ ExitStatus RunViewCommand(const ViewArguments& arguments) {
     messages.Warning("not-told", error.what());  // the page is in its place all the same
   }
   return loaded->status;
+}
+
+}  // namespace
+
+CommandInfo ViewCommand() {
+  return {.name = "view",
+          .summary = "writes an HTML page that shows a model file in 3D",
+          .positionals = kPositionals,
+          .options = kOptions,
+          .run = Run};
 }
 
 }  // namespace mapexport

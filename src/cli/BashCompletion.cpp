@@ -1,11 +1,8 @@
-#include "cli/BashCompletion.h"
-
-#include <span>
 #include <string_view>
 
 #include <fmt/format.h>
 
-#include "cli/Options.h"
+#include "cli/Pages.h"
 
 namespace mapexport {
 namespace {
@@ -75,18 +72,18 @@ std::string ValueCase(const CommandInfo& command, const OptionInfo& option) {
 
 }  // namespace
 
-std::string BashCompletion() {
+std::string BashCompletion(std::span<const CommandInfo> commands) {
   std::string script(kBegin);
-  for (const CommandInfo& command : Commands()) script += fmt::format("{} ", command.name);
-  script += NamesOf(ProgramOptions());
+  for (const CommandInfo& command : commands) script += fmt::format("{} ", command.name);
+  script += NamesOf(kProgramOptions);
   script += kValues;
-  for (const CommandInfo& command : Commands()) {
+  for (const CommandInfo& command : commands) {
     for (const OptionInfo& option : command.options) script += ValueCase(command, option);
   }
   script += kOptions;
-  for (const CommandInfo& command : Commands()) {
+  for (const CommandInfo& command : commands) {
     std::string names = NamesOf(command.options);
-    names += fmt::format("{}{}", names.empty() ? "" : " ", NamesOf(ProgramOptions().first(1)));
+    names += fmt::format("{}{}", names.empty() ? "" : " ", NamesOf(std::span(&kHelpOption, 1)));
     script += fmt::format("    {}) words='{}' ;;\n", command.name, names);
   }
   script += kEnd;

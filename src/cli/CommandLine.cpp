@@ -5,8 +5,6 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include "cli/UsageError.h"
-
 namespace mapexport {
 namespace {
 
@@ -14,9 +12,9 @@ bool TakesValue(OptionKind kind) {
   return kind != OptionKind::kFlag && kind != OptionKind::kSwitch;
 }
 
-const CommandInfo* FindCommand(std::string_view name) {
-  const auto found = std::ranges::find(Commands(), name, &CommandInfo::name);
-  return found == Commands().end() ? nullptr : &*found;
+const CommandInfo* FindCommand(std::span<const CommandInfo> commands, std::string_view name) {
+  const auto found = std::ranges::find(commands, name, &CommandInfo::name);
+  return found == commands.end() ? nullptr : &*found;
 }
 
 /// Refuses the "--name=value" forms that the parser would take for something else: a flag with a
@@ -31,7 +29,7 @@ void CheckEqualSigns(const std::vector<std::string>& arguments, const CommandInf
       return !TakesValue(option.kind) &&
              (name == option.name || name == fmt::format("no-{}", option.name));
     };
-    if (std::ranges::any_of(ProgramOptions(), isFlag) ||
+    if (std::ranges::any_of(kProgramOptions, isFlag) ||
         (command != nullptr && std::ranges::any_of(command->options, isFlag))) {
       throw UsageError(fmt::format("--{} takes no value", name), command);
     }
@@ -49,7 +47,7 @@ void CheckProgramOption(const std::vector<std::string>& arguments) {
     return first == fmt::format("--{}", option.name) ||
            (option.letter != '\0' && first == fmt::format("-{}", option.letter));
   };
-  if (std::ranges::any_of(ProgramOptions(), isFirst)) return;
+  if (std::ranges::any_of(kProgramOptions, isFirst)) return;
   throw UsageError(first.starts_with('-')
                        ? fmt::format("\"{}\" stands where a command is expected", first)
                        : fmt::format("there is no command \"{}\"", first),
@@ -112,8 +110,10 @@ std::optional<std::string> CommandLine::Value(std::string_view option) const {
   return found->second;
 }
 
-CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
-  const CommandInfo* command = arguments.empty() ? nullptr : FindCommand(arguments.front());
+CommandLine ParseCommandLine(std::span<const CommandInfo> commands,
+                             const std::vector<std::string>& arguments) {
+  const CommandInfo* command =
+      arguments.empty() ? nullptr : FindCommand(commands, arguments.front());
   CheckEqualSigns(arguments, command);
   if (command == nullptr) CheckProgramOption(arguments);
 
@@ -122,7 +122,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
   program.set_version_flag("--version", std::string());
   program.require_subcommand(1);
   std::vector<CommandParser> parsers;
-  for (const CommandInfo& info : Commands()) parsers.push_back(AddCommand(program, info));
+  for (const CommandInfo& info : commands) parsers.push_back(AddCommand(program, info));
 
   CommandLine line;
   const auto used = [&] {

@@ -4,17 +4,19 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "cli/Options.h"
+#include "cli/CommandInfo.h"
 
 namespace mapexport {
 
 /// The words of a command line; what their values mean is not looked at.
 struct CommandLine {
-  const CommandInfo* command = nullptr;  ///< null only when `program` says what is wanted
+  const CommandInfo* command = nullptr;  ///< null when help or the version is wanted without one
   std::vector<std::string> positionals;  ///< as many as the command has
   /// The given options by name with the last value of each; "on" or "off" for a kSwitch, "" for a
   /// kFlag.
@@ -27,9 +29,20 @@ struct CommandLine {
   std::optional<std::string> Value(std::string_view option) const;
 };
 
+/// A wrong command line; what() is one line that says what is wrong.
+class UsageError : public std::runtime_error {
+ public:
+  /// `usedCommand` is the command that was given, null when there was none.
+  UsageError(const std::string& text, const CommandInfo* usedCommand)
+      : std::runtime_error(text), command(usedCommand) {}
+
+  const CommandInfo* command;  ///< whose usage line helps
+};
+
 /// `arguments` are those after the program's name. Names are never abbreviated; "--" ends the
 /// options. Help, where it is asked for, comes before every mistake but those in the options' form.
-/// Throws UsageError.
-CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
+/// The result points into `commands`. Throws UsageError.
+CommandLine ParseCommandLine(std::span<const CommandInfo> commands,
+                             const std::vector<std::string>& arguments);
 
 }  // namespace mapexport

@@ -1,6 +1,8 @@
 // How the program ends.
 #pragma once
 
+#include <array>
+
 namespace mapexport {
 
 enum class ExitStatus {
@@ -9,6 +11,23 @@ enum class ExitStatus {
   kWrongUsage = 2,     ///< the command line is wrong
   kCancelled = 3,      ///< the export was cancelled in the dialog
   kOverlongLists = 4,  ///< done, but a list is longer than 16-bit indices can address
+};
+
+struct ExitStatusInfo {
+  ExitStatus status;
+  const char* meaning;
+};
+
+/// What the help says of each, in the order of the numbers.
+inline constexpr std::array kExitStatuses{
+    ExitStatusInfo{ExitStatus::kDone, "done"},
+    ExitStatusInfo{ExitStatus::kFailed,
+                   "the input could not be read or the output not be written; an older output is "
+                   "untouched"},
+    ExitStatusInfo{ExitStatus::kWrongUsage, "the command line is wrong"},
+    ExitStatusInfo{ExitStatus::kCancelled, "the export was cancelled in the dialog"},
+    ExitStatusInfo{ExitStatus::kOverlongLists,
+                   "done, but a list is longer than the file's 16-bit indices can address"},
 };
 
 }  // namespace mapexport

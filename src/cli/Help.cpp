@@ -33,7 +33,24 @@ void AppendEntry(std::string& out, std::string_view head, std::string_view text)
   }
 }
 
+void AppendOptions(std::string& out, std::span<const OptionInfo> options, bool ofControls) {
+  for (const OptionInfo& option : options) {
+    if ((option.control != 0) == ofControls) {
+      AppendEntry(out, OptionHead(option), OptionHelp(option));
+    }
+  }
+}
+
 }  // namespace
+
+std::string UsageLine(const CommandInfo* command) {
+  if (command == nullptr) return "usage: mapexport COMMAND ARGUMENTS... [options]";
+  std::string line = fmt::format("usage: mapexport {}", command->name);
+  for (const PositionalInfo& positional : command->positionals) {
+    line += fmt::format(" {}", positional.name);
+  }
+  return line + " [options]";
+}
 
 std::string OptionHead(const OptionInfo& option) {
   std::string head = option.letter == '\0' ? "" : fmt::format("-{}, ", option.letter);
@@ -51,24 +68,14 @@ std::string OptionHelp(const OptionInfo& option) {
   return help;
 }
 
-namespace {
-
-void AppendOptions(std::string& out, std::span<const OptionInfo> options, bool ofControls) {
-  for (const OptionInfo& option : options) {
-    if ((option.control != 0) == ofControls) {
-      AppendEntry(out, OptionHead(option), OptionHelp(option));
-    }
-  }
-}
-
-std::string ProgramHelp() {
+std::string ProgramHelp(std::span<const CommandInfo> commands) {
   std::string out = "mapexport exports scenes to model files and reads model files back.\n\n";
   out += UsageLine(nullptr) + "\n\nCommands:\n";
-  for (const CommandInfo& command : Commands()) AppendEntry(out, command.name, command.summary);
+  for (const CommandInfo& command : commands) AppendEntry(out, command.name, command.summary);
   out += "\nOptions:\n";
-  AppendOptions(out, ProgramOptions(), false);
+  AppendOptions(out, kProgramOptions, false);
   out += "\nExit statuses:\n";
-  for (const ExitStatusInfo& info : ExitStatuses()) {
+  for (const ExitStatusInfo& info : kExitStatuses) {
     AppendEntry(out, fmt::format("{}", static_cast<int>(info.status)), info.meaning);
   }
   out += "\n`mapexport COMMAND --help` tells of a command's arguments and options.\n";
@@ -91,23 +98,8 @@ std::string CommandHelp(const CommandInfo& command) {
   }
   out += "\nOptions:\n";
   AppendOptions(out, command.options, false);
-  AppendOptions(out, ProgramOptions().first(1), false);
+  AppendOptions(out, std::span(&kHelpOption, 1), false);
   return out;
-}
-
-}  // namespace
-
-std::string UsageLine(const CommandInfo* command) {
-  if (command == nullptr) return "usage: mapexport COMMAND ARGUMENTS... [options]";
-  std::string line = fmt::format("usage: mapexport {}", command->name);
-  for (const PositionalInfo& positional : command->positionals) {
-    line += fmt::format(" {}", positional.name);
-  }
-  return line + " [options]";
-}
-
-std::string HelpText(const CommandInfo* command) {
-  return command == nullptr ? ProgramHelp() : CommandHelp(*command);
 }
 
 std::string VersionText() {

@@ -1,9 +1,10 @@
 // The texts that tell how the program is used, made from the table of commands and options.
 #pragma once
 
+#include <span>
 #include <string>
 
-#include "cli/Options.h"
+#include "cli/CommandInfo.h"
 
 namespace mapexport {
 
@@ -15,8 +16,10 @@ std::string OptionHead(const OptionInfo& option);
 /// What it means, with the names of a list box's rows.
 std::string OptionHelp(const OptionInfo& option);
 
-/// What --help prints: of a command, or with null of the program.
-std::string HelpText(const CommandInfo* command);
+/// What the program's own --help prints.
+std::string ProgramHelp(std::span<const CommandInfo> commands);
+/// What a command's --help prints.
+std::string CommandHelp(const CommandInfo& command);
 
 /// What --version prints.
 std::string VersionText();

@@ -1,13 +1,10 @@
-#include "cli/ManPage.h"
-
 #include <cctype>
-#include <span>
 #include <string_view>
 
 #include <fmt/format.h>
 
 #include "cli/Help.h"
-#include "cli/Options.h"
+#include "cli/Pages.h"
 
 namespace mapexport {
 namespace {
@@ -73,9 +70,9 @@ void AppendEntries(std::string& page, std::string_view title, std::span<const En
   for (const Entry& entry : entries) AppendEntry(page, entry.head, entry.text);
 }
 
-void AppendSynopsis(std::string& page) {
+void AppendSynopsis(std::string& page, std::span<const CommandInfo> commands) {
   page += ".SH SYNOPSIS\n";
-  for (const CommandInfo& command : Commands()) {
+  for (const CommandInfo& command : commands) {
     page += fmt::format("\\fBmapexport {}\\fR", command.name);
     for (const PositionalInfo& positional : command.positionals) {
       page += fmt::format(" \\fI{}\\fR", Escaped(positional.name));
@@ -99,23 +96,23 @@ void AppendCommand(std::string& page, const CommandInfo& command) {
 
 }  // namespace
 
-std::string ManPage() {
+std::string ManPage(std::span<const CommandInfo> commands) {
   std::string page = fmt::format(
       ".TH MAPEXPORT 1 \"\" \"mapexport {}\" \"User Commands\"\n"
       ".SH NAME\nmapexport \\- export scenes to model files and read them back\n",
       MAPEXPORT_VERSION);
-  AppendSynopsis(page);
+  AppendSynopsis(page, commands);
   page += fmt::format(".SH DESCRIPTION\n{}\n.SH COMMANDS\n", Escaped(kDescription));
   page += "In the options, X is a decimal number. Of a repeated option the last one counts. ";
   page += "What is not given of the controls of the options dialog, which are named in quotes, ";
   page += "keeps its remembered value. Every command has \\fB\\-\\-help\\fR.\n";
-  for (const CommandInfo& command : Commands()) AppendCommand(page, command);
+  for (const CommandInfo& command : commands) AppendCommand(page, command);
   page += ".SH OPTIONS\n";
-  for (const OptionInfo& option : ProgramOptions()) {
+  for (const OptionInfo& option : kProgramOptions) {
     AppendEntry(page, OptionHead(option), OptionHelp(option));
   }
   page += ".SH EXIT STATUS\n";
-  for (const ExitStatusInfo& info : ExitStatuses()) {
+  for (const ExitStatusInfo& info : kExitStatuses) {
     AppendEntry(page, std::to_string(static_cast<int>(info.status)), info.meaning);
   }
   AppendEntries(page, "FILES", kFiles);

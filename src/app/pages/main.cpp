@@ -2,15 +2,15 @@
 #include <iostream>
 #include <string_view>
 
-#include "cli/BashCompletion.h"
-#include "cli/ManPage.h"
+#include "app/Commands.h"
+#include "cli/Pages.h"
 
 int main(int argc, char** argv) {
   const std::string_view page = argc == 2 ? argv[1] : "";
   if (page == "man") {
-    std::cout << mapexport::ManPage();
+    std::cout << mapexport::ManPage(mapexport::Commands());
   } else if (page == "bash-completion") {
-    std::cout << mapexport::BashCompletion();
+    std::cout << mapexport::BashCompletion(mapexport::Commands());
   } else {
     std::cerr << "usage: mapexport-pages man|bash-completion\n";
     return 2;

@@ -1,0 +1,26 @@
+// The table of commands. A command NAME is the file NameCommand.cpp: its options, what it makes of
+// their values, and what it does.
+#pragma once
+
+#include <array>
+#include <span>
+
+#include "cli/CommandInfo.h"
+
+namespace mapexport {
+
+CommandInfo ExportCommand();
+CommandInfo SceneCommand();
+CommandInfo InspectCommand();
+CommandInfo ConvertCommand();
+CommandInfo ViewCommand();
+CommandInfo FormatsCommand();
+
+/// Every command, in the order in which they are listed.
+inline std::span<const CommandInfo> Commands() {
+  static const std::array commands{ExportCommand(),  SceneCommand(), InspectCommand(),
+                                   ConvertCommand(), ViewCommand(),  FormatsCommand()};
+  return commands;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,213 @@
+#include "app/ExportArguments.h"
+
+#include <array>
+#include <filesystem>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "app/DialogControls.h"
+#include "cli/ModelOptions.h"
+#include "cli/OptionReading.h"
+#include "cli/OptionValues.h"
+#include "system/RunError.h"
+#include "system/StandardOutput.h"
+
+namespace mapexport {
+namespace {
+
+using enum OptionKind;
+
+constexpr std::array kOptions{
+    OptionInfo{
+        .name = "weld", .kind = kSwitch, .help = "\"Weld Vertices\"", .control = kWeldControl},
+    OptionInfo{.name = "weld-distance",
+               .kind = kNumber,
+               .argument = "X",
+               .help = "\"Weld Distance:\"",
+               .control = kWeldDistanceControl},
+    OptionInfo{.name = "remove-t-vertices",
+               .kind = kSwitch,
+               .help = "\"Remove T-Vertices\"; while it is set, welding can't be switched off",
+               .control = kRemoveTVerticesControl},
+    OptionInfo{.name = "min-triangle-area",
+               .kind = kNumber,
+               .argument = "X",
+               .help = "\"Min Triangle Area:\"",
+               .control = kMinTriangleAreaControl},
+    OptionInfo{
+        .name = "snap", .kind = kSwitch, .help = "\"Snap To Grid\"", .control = kSnapControl},
+    OptionInfo{.name = "snap-dimension",
+               .kind = kNumber,
+               .argument = "X",
+               .help = "\"Snap Dimension:\"",
+               .control = kSnapDimensionControl},
+    OptionInfo{.name = "clean",
+               .kind = kSwitch,
+               .help = "\"Clean Vertex Attributes\"",
+               .control = kCleanControl},
+    OptionInfo{.name = "lighting-multiplier",
+               .kind = kNumber,
+               .argument = "X",
+               .help = "\"Lighting Multiplier:\"",
+               .control = kLightingMultiplierControl},
+    OptionInfo{.name = "talvern-light-format",
+               .kind = kSwitch,
+               .help = "\"Talvern Light Format\"",
+               .control = kLightFormatControl},
+    OptionInfo{.name = "voxel-size",
+               .kind = kNumber,
+               .argument = "X",
+               .help = "\"Voxel Size:\"",
+               .control = kVoxelSizeControl},
+    OptionInfo{
+        .name = "cxp",
+        .kind = kText,
+        .argument = "FILE",
+        .help = "\"CXP Filename\", as if picked with Browse; relative to the current directory",
+        .control = kBrowseControl},
+    OptionInfo{.name = "coordinates",
+               .kind = kRow,
+               .argument = "SYSTEM",
+               .help = "\"Export Coordinate System\"",
+               .control = kCoordinatesControl,
+               .rows = kCoordinateSystems},
+    OptionInfo{.name = "texture-coordinates",
+               .kind = kRow,
+               .argument = "MODE",
+               .help = "\"Texture Coordinates\"",
+               .control = kTextureCoordinatesControl,
+               .rows = kTextureModes},
+    OptionInfo{
+        .name = "dialog",
+        .kind = kFlag,
+        .help = "show the options dialog in a window: the controls given above are set first, then "
+                "the person decides"},
+    OptionInfo{
+        .name = "settings",
+        .kind = kText,
+        .argument = "FILE",
+        .help = "the settings store to use instead of the user's own; it need not exist yet"},
+    OptionInfo{.name = "fresh",
+               .kind = kFlag,
+               .help = "start from the initial values and save nothing; a store named by "
+                       "--settings is not used"},
+    OptionInfo{.name = "seed",
+               .kind = kText,
+               .argument = "N",
+               .help = "0 to 4294967295: the same scene, options and seed give the same bytes"},
+    kUpOption,
+    kSceneScaleOption,
+    kReadLimitOption,
+    OptionInfo{.name = "depfile",
+               .kind = kText,
+               .argument = "FILE",
+               .help = "write a make rule that names every file the output depends on"},
+    OptionInfo{
+        .name = "report",
+        .kind = kText,
+        .argument = "FILE",
+        .help =
+            "write a JSON report: counts, warnings, times, SHA-256; also when the export fails; "
+            "\"-\": to standard output"},
+    OptionInfo{
+        .name = "log",
+        .kind = kText,
+        .argument = "FILE",
+        .help =
+            "where the exporter's log goes instead of ExportDebug.txt in the current directory"},
+    OptionInfo{.name = "no-log", .kind = kFlag, .help = "write no log"},
+    kQuietOption,
+};
+
+std::string NumberText(const CommandLine& line, const OptionInfo& option,
+                       const std::string& value) {
+  if (value.size() > kMaxBoxText) {
+    throw UsageError(fmt::format("--{}: {} characters are more than the {} that the box takes",
+                                 option.name, value.size(), kMaxBoxText),
+                     line.command);
+  }
+  if (!ParseFloat(value)) {
+    throw UsageError(fmt::format("--{}: \"{}\" is no decimal number in the range of a 32-bit float",
+                                 option.name, value),
+                     line.command);
+  }
+  return value;
+}
+
+std::string PickedPath(const CommandLine& line, const OptionInfo& option,
+                       const std::string& value) {
+  RequirePath(line, fmt::format("--{}", option.name), value);
+  std::string path = value;
+  if (!path.starts_with('/')) {
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::current_path(error);
+    if (error) throw RunError(fmt::format("the current directory: {}", ErrnoText(error.value())));
+    path = (folder / value).string();
+  }
+  if (path.size() > kMaxPickedPath) {
+    throw UsageError(fmt::format("--{}: the absolute path is {} bytes long, more than the {} that "
+                                 "the file-open box can return",
+                                 option.name, path.size(), kMaxPickedPath),
+                     line.command);
+  }
+  return path;
+}
+
+/// What a person does to the control of `option` to give it that value.
+DialogAction ActionOf(const CommandLine& line, const OptionInfo& option, const std::string& value) {
+  switch (option.kind) {
+    case OptionKind::kSwitch:
+      return SetCheck{option.control, value == "on"};
+    case OptionKind::kNumber:
+      return TypeText{option.control, NumberText(line, option, value)};
+    case OptionKind::kRow:
+      return SelectRow{option.control, RowValue(line, option).value()};
+    case OptionKind::kText:
+      return PickFile{option.control, PickedPath(line, option, value)};
+    case OptionKind::kFlag:
+      break;
+  }
+  throw std::logic_error("a flag operates no control");
+}
+
+}  // namespace
+
+std::span<const OptionInfo> ExportOptions() {
+  return kOptions;
+}
+
+ExportArguments ReadExportArguments(const CommandLine& line) {
+  ExportArguments arguments;
+  arguments.scene = SceneOf(line);
+  arguments.output = PositionalPath(line, 1);
+  for (const OptionInfo& option : kOptions) {
+    const std::optional<std::string> value = line.Value(option.name);
+    if (option.control == 0 || !value) continue;
+    arguments.actions.push_back(ActionOf(line, option, *value));
+    if (option.control == kWeldControl) arguments.unweld = value == "off";
+  }
+  arguments.dialog = line.Has("dialog");
+  arguments.settings = PathValue(line, "settings");
+  arguments.fresh = line.Has("fresh");
+  arguments.seed = WholeValue(line, "seed");
+  arguments.depFile = PathValue(line, "depfile");
+  arguments.report = PathValue(line, "report");
+  if (line.Has("log") && line.Has("no-log")) {
+    throw UsageError("--log and --no-log exclude each other", line.command);
+  }
+  arguments.log = PathValue(line, "log");
+  arguments.noLog = line.Has("no-log");
+  for (const char* option : {"depfile", "log"}) {
+    if (const auto path = line.Value(option); path && IsStandardOutput(*path)) {
+      throw UsageError(fmt::format("--{}: it can't go to standard output; name a file", option),
+                       line.command);
+    }
+  }
+  arguments.quiet = line.Has("quiet");
+  return arguments;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,64 @@
+// What a command and its options are. The parser, --help, the manual page and the completion are all
+// made from a table of commands.
+#pragma once
+
+#include <array>
+#include <span>
+
+#include "cli/ExitStatus.h"
+
+namespace mapexport {
+
+struct CommandLine;
+
+enum class OptionKind {
+  kFlag,    ///< "--name"
+  kSwitch,  ///< "--name" or "--no-name"
+  kNumber,  ///< "--name X", a decimal number in the range of a 32-bit float
+  kRow,     ///< "--name ROW", a row of a list box by its number or its name
+  kText     ///< "--name TEXT"
+};
+
+struct OptionInfo {
+  const char* name;  ///< without dashes
+  OptionKind kind;
+  const char* argument = nullptr;  ///< what the value is called; null for flags and switches
+  const char* help;
+  char letter = '\0';  ///< "-l" for short
+  /// The control of the options dialog that the option operates, 0 for none.
+  int control = 0;
+  std::span<const char* const> rows = {};   ///< names of a kRow's rows
+  std::span<const char* const> words = {};  ///< of a kText: values that are words, all or some
+};
+
+struct PositionalInfo {
+  const char* name;
+  const char* help;
+};
+
+struct CommandInfo {
+  const char* name;
+  const char* summary;
+  std::span<const PositionalInfo> positionals = {};  ///< each is required
+  /// Those that operate controls stand in the order of the dialog's control table.
+  std::span<const OptionInfo> options = {};
+  /// Does what a line of this command asks for. Throws UsageError for a value that is wrong, and
+  /// other exceptions when the command fails.
+  ExitStatus (*run)(const CommandLine& line);
+};
+
+/// An option of the program and of every command.
+inline constexpr OptionInfo kHelpOption{
+    .name = "help", .kind = OptionKind::kFlag, .help = "print this help and end", .letter = 'h'};
+
+/// Options of the program itself.
+inline constexpr std::array kProgramOptions{
+    kHelpOption,
+    OptionInfo{.name = "version", .kind = OptionKind::kFlag, .help = "print the version and end"},
+};
+
+/// An option of the commands that say much.
+inline constexpr OptionInfo kQuietOption{
+    .name = "quiet", .kind = OptionKind::kFlag, .help = "print only warnings and errors"};
+
+}  // namespace mapexport

@@ -1,0 +1,75 @@
+#include "cli/OptionReading.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "cli/OptionValues.h"
+
+namespace mapexport {
+
+std::string RequirePath(const CommandLine& line, std::string_view name, const std::string& path) {
+  if (path.empty()) throw UsageError(fmt::format("{}: the path is empty", name), line.command);
+  return path;
+}
+
+std::string PositionalPath(const CommandLine& line, std::size_t index) {
+  return RequirePath(line, line.command->positionals[index].name, line.positionals[index]);
+}
+
+std::optional<std::string> PathValue(const CommandLine& line, std::string_view option) {
+  std::optional<std::string> path = line.Value(option);
+  if (path) RequirePath(line, fmt::format("--{}", option), *path);
+  return path;
+}
+
+std::optional<std::uint32_t> WholeValue(const CommandLine& line, std::string_view option) {
+  const std::optional<std::string> value = line.Value(option);
+  if (!value) return std::nullopt;
+  const std::optional<std::uint32_t> number = ParseWhole(*value);
+  if (!number) {
+    throw UsageError(
+        fmt::format("--{}: \"{}\" is no whole number from 0 to 4294967295", option, *value),
+        line.command);
+  }
+  return number;
+}
+
+std::optional<float> ScaleValue(const CommandLine& line) {
+  const std::optional<std::string> value = line.Value("scale");
+  if (!value || *value == "auto") return std::nullopt;
+  const std::optional<float> scale = ParseFloat(*value);
+  if (!scale || *scale <= 0) {
+    throw UsageError(fmt::format("--scale: \"{}\" is neither auto nor a decimal number above 0 in "
+                                 "the range of a 32-bit float",
+                                 *value),
+                     line.command);
+  }
+  return scale;
+}
+
+std::optional<std::size_t> WordValue(const CommandLine& line, const OptionInfo& option) {
+  const std::optional<std::string> value = line.Value(option.name);
+  if (!value) return std::nullopt;
+  const auto found = std::ranges::find(option.words, *value);
+  if (found == option.words.end()) {
+    throw UsageError(fmt::format("--{}: \"{}\" is none of {}", option.name, *value,
+                                 fmt::join(option.words, ", ")),
+                     line.command);
+  }
+  return static_cast<std::size_t>(found - option.words.begin());
+}
+
+std::optional<int> RowValue(const CommandLine& line, const OptionInfo& option) {
+  const std::optional<std::string> value = line.Value(option.name);
+  if (!value) return std::nullopt;
+  const std::optional<int> row = ParseRow(option.rows, *value);
+  if (!row) {
+    throw UsageError(fmt::format("--{}: \"{}\" is none of 0 to {}, {}", option.name, *value,
+                                 option.rows.size() - 1, fmt::join(option.rows, ", ")),
+                     line.command);
+  }
+  return row;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,16 @@
+#include "cli/SceneOptions.h"
+
+#include "cli/OptionReading.h"
+
+namespace mapexport {
+
+SceneSource SceneOf(const CommandLine& line) {
+  SceneSource scene;
+  scene.path = PositionalPath(line, 0);
+  if (const auto up = WordValue(line, kUpOption)) scene.import.up = static_cast<UpAxis>(*up);
+  scene.import.scale = ScaleValue(line);
+  scene.seconds = WholeValue(line, kReadLimitOption.name);
+  return scene;
+}
+
+}  // namespace mapexport
