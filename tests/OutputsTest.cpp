@@ -200,14 +200,30 @@ TEST_F(OutputsTest, StandardOutputIsWrittenToAndNeverReplaced) {
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(Lines(outcome.err), status);
   }
-  // Standard output may lead into what is read.
-  for (const std::vector<std::string>& line : std::vector<std::vector<std::string>>{
-           {"scene", scene_}, {"export", scene_, "b.kob", "--quiet", "--report", "-"}}) {
-    const Outcome outcome = Run(line, [&] { dup2(open(scene_.c_str(), O_RDWR), STDOUT_FILENO); });
+  // Standard output may lead into what is read, or is another output.
+  Write(root_ / "level.obj", "mtllib level.mtl\nv 0 0 0\nv 10 0 0\nv 0 10 0\nf 1 2 3\n");
+  Write(root_ / "level.mtl", "newmtl a\n");
+  struct Into {
+    std::vector<std::string> line;
+    fs::path file;
+    std::string what;
+  };
+  for (const Into& into : std::vector<Into>{
+           {{"scene", scene_}, scene_, "scene"},
+           {{"scene", root_ / "level.obj"},
+            root_ / "level.mtl",
+            "file that the scene is read from,"},
+           {{"export", scene_, "b.kob", "--quiet", "--report", "-"}, scene_, "scene"},
+           {{"export", scene_, "a.kob", "--quiet", "--report", "-"}, "a.kob", "output"}}) {
+    SCOPED_TRACE(testing::PrintToString(into.line));
+    const fs::path file = work_ / into.file;
+    const std::string content = Content(file);
+    const Outcome outcome =
+        Run(into.line, [&] { dup2(open(file.c_str(), O_RDWR), STDOUT_FILENO); });
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.err,
-                HasSubstr("standard output: cannot be written: it is the scene itself"));
-    EXPECT_EQ(Content(scene_), kScene);
+    EXPECT_THAT(outcome.err, HasSubstr("standard output: cannot be written: it is the " +
+                                       into.what + " itself"));
+    EXPECT_EQ(Content(file), content);
   }
   // A report that can't be printed costs no older output.
   const std::string before = Content(work_ / "a.kob");

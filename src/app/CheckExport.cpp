@@ -2,18 +2,25 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <ostream>
 
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "output/OutputTarget.h"
 #include "system/Descriptor.h"
 #include "system/FdOutput.h"
 #include "system/RunError.h"
 
 namespace mapexport {
 namespace {
+
+// A scene that is not this many weld distances long is likely in other units than it was meant.
+constexpr float kFewWeldDistances = 20;
+// An output with less than this part of the scene's triangles, the half, is hardly what was wanted.
+constexpr std::uint64_t kMostLost = 2;
 
 /// Why nothing more can be written to the end of the file at `path`, empty when something can.
 std::string WriteTrouble(const std::string& path) {
@@ -30,7 +37,7 @@ std::string WriteTrouble(const std::string& path) {
 void ThrowNotExported(const std::string& output, const std::string& path,
                       const std::string& reason) {
   const std::string trouble = WriteTrouble(path);
-  if (!trouble.empty()) throw RunError(fmt::format("{}: cannot be written: {}", output, trouble));
+  if (!trouble.empty()) ThrowCannotWrite(output, trouble);
   throw RunError(fmt::format("{}: not exported: {}", output, reason));
 }
 
@@ -40,6 +47,36 @@ ModelCheckResult CheckExport(const std::string& output, const std::string& path)
       std::ranges::find(checked.problems, ModelSeverity::kError, &ModelProblem::severity);
   if (error != checked.problems.end()) ThrowNotExported(output, path, ToLine(*error));
   return checked;
+}
+
+void WarnOfWelding(const ExportArguments& arguments, const ExportSystem::Values& values,
+                   const SceneCensus& scene, Messages& messages) {
+  if (!values.weld) return;
+  if (arguments.unweld) {
+    messages.Warning("weld-stays-on",
+                     arguments.dialog
+                         ? "--no-weld has no effect: welding is on as the dialog is left"
+                         : "--no-weld has no effect: \"Remove T-Vertices\", which keeps welding "
+                           "on, was set when its turn came");
+  }
+  if (scene.vertices > 0 && scene.extent < kFewWeldDistances * values.weldDistance) {
+    messages.Warning(
+        "small-for-welding",
+        fmt::format("{}: its largest extent, {}, is under {} times the weld distance, {}: welding "
+                    "may merge what is meant to be apart",
+                    arguments.scene.path, scene.extent, kFewWeldDistances, values.weldDistance));
+  }
+}
+
+void WarnOfLoss(const RunReport& report, Messages& messages) {
+  const std::uint64_t before = report.before->triangles;
+  const ModelCounts& counts = report.after;
+  const std::uint64_t after = std::max(counts.batchFaces, counts.faces);
+  if (before == 0 || after * kMostLost >= before) return;
+  messages.Warning("few-triangles-left",
+                   fmt::format("{}: {} of {} triangles are left; the others were degenerate, or "
+                               "too small for the weld distance and the exporter's least width",
+                               report.output, after, before));
 }
 
 }  // namespace mapexport

@@ -15,7 +15,7 @@
 #include "app/Commands.h"
 #include "app/LoadModel.h"
 #include "app/Messages.h"
-#include "app/TellPlaced.h"
+#include "app/WriteOutput.h"
 #include "cli/CommandLine.h"
 #include "cli/ModelOptions.h"
 #include "cli/OptionReading.h"
@@ -24,8 +24,10 @@
 #include "convert/TargetFormat.h"
 #include "convert/TargetSpace.h"
 #include "output/OutputPlace.h"
+#include "output/OutputTarget.h"
 #include "output/TakenFiles.h"
 #include "system/FdOutput.h"
+#include "system/FileIdentity.h"
 #include "system/RunError.h"
 #include "system/StandardOutput.h"
 #include "system/Utf8.h"
@@ -252,8 +254,8 @@ std::vector<std::unique_ptr<OutputPlace>> Fill(TakenFiles taken, const OutputTar
     const OutputTarget target = isMain ? main : FindOutput(folder + file.name);
     taken.RequireFree(target);
     taken.Add(target.path, "other file of the two");
-    places.push_back(std::make_unique<OutputPlace>(target, NamePart(target.path)));
-    places.back()->Fill([&file](std::ostream& out) { out << file.bytes; });
+    const auto write = [&file](std::ostream& out) { out << file.bytes; };
+    places.push_back(std::make_unique<OutputPlace>(target, write));
   }
   return places;
 }
@@ -282,22 +284,17 @@ ExitStatus Run(const CommandLine& line) {
   Messages messages(arguments.quiet);
   TakenFiles inputs;
   inputs.Add(arguments.file, "model file");
-  std::optional<OutputTarget> target;
-  if (!IsStandardOutput(arguments.output)) {
-    target = FindOutput(arguments.output);
-    inputs.RequireFree(*target);
-  } else {
-    inputs.RequireNotStandardOutput();
-  }
+  const OutputTarget target = FindOutput(arguments.output);
+  inputs.RequireFree(target);
   const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
   if (!loaded) return ExitStatus::kFailed;
-  if (!target) return Print(*loaded, arguments, messages);
+  if (target.isStandardOutput) return Print(*loaded, arguments, messages);
 
   const ConvertedModel converted =
-      Convert(loaded->model, NamePart(target->path), *arguments.format, arguments);
-  if (converted.files.size() > 1) RequireNameForLines(*target, arguments.output);
+      Convert(loaded->model, NamePart(target.path), *arguments.format, arguments);
+  if (converted.files.size() > 1) RequireNameForLines(target, arguments.output);
   TellChanges(arguments.output, converted.changes, messages);
-  const auto owned = Fill(inputs, *target, converted.files);
+  const auto owned = Fill(inputs, target, converted.files);
   std::vector<OutputPlace*> places;
   places.reserve(owned.size());
   for (const auto& place : owned) places.push_back(place.get());

@@ -12,8 +12,8 @@
 #include "cli/ModelOptions.h"
 #include "cli/OptionReading.h"
 #include "cli/OptionValues.h"
+#include "output/OutputTarget.h"
 #include "system/RunError.h"
-#include "system/StandardOutput.h"
 
 namespace mapexport {
 namespace {

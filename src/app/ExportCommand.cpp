@@ -1,11 +1,11 @@
 // The command `export`.
-#include <algorithm>
 #include <array>
-#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <ostream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -14,6 +14,7 @@
 #include "app/CheckExport.h"
 #include "app/Commands.h"
 #include "app/ExportArguments.h"
+#include "app/ExportSettings.h"
 #include "app/ExportSystem.h"
 #include "app/ExportTargets.h"
 #include "app/ExporterLog.h"
@@ -22,24 +23,24 @@
 #include "app/Messages.h"
 #include "app/ModelRemarks.h"
 #include "app/PluginLibrary.h"
+#include "app/ReportOutput.h"
 #include "app/RunReport.h"
 #include "app/Stages.h"
-#include "app/TellPlaced.h"
 #include "app/WindowLibrary.h"
+#include "app/WriteOutput.h"
 #include "cli/CommandLine.h"
 #include "output/DepFile.h"
 #include "output/OutputPlace.h"
+#include "output/OutputTarget.h"
 #include "output/Sha256.h"
 #include "output/TakenFiles.h"
 #include "scene/HostScene.h"
 #include "settings/SettingsStore.h"
+#include "system/FileIdentity.h"
 #include "system/RunError.h"
-#include "system/StandardOutput.h"
 
 namespace mapexport {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::array kPositionals{
     PositionalInfo{"SCENE", "a .scene.json, or FBX, glTF, OBJ, 3DS, ASE, DAE and more"},
@@ -47,10 +48,6 @@ constexpr std::array kPositionals{
                    "the model file; \".qob\" gets the first layout, every other extension the "
                    "second; without one, \".map\" is appended"},
 };
-// A scene that is not this many weld distances long is likely in other units than it was meant.
-constexpr float kFewWeldDistances = 20;
-// An output with less than this part of the scene's triangles, the half, is hardly what was wanted.
-constexpr std::uint64_t kMostLost = 2;
 
 /// One run of the command.
 struct ExportRun {
@@ -59,16 +56,22 @@ struct ExportRun {
         messages(given.quiet),
         stages(given.quiet),
         inputs(NamedInputs(given)),
-        reportIsPrinted(given.report && IsStandardOutput(*given.report)) {}
+        reportOutput(FindReportTarget(given, inputs), [this](std::ostream& out) {
+          WriteReport(report, messages.Told(), stages.Times(), out);
+        }) {
+    report.scene = given.scene.path;
+    report.output = ModelPath(given.output);
+  }
+  ExportRun(const ExportRun&) = delete;
+  ExportRun& operator=(const ExportRun&) = delete;
 
   const ExportArguments& arguments;
   Messages messages;
   Stages stages;
   RunReport report;
-  TakenFiles inputs;                         ///< what is read, as far as it is known
-  std::optional<OutputTarget> reportTarget;  ///< where the report may be placed
-  bool reportIsPrinted;                      ///< it is still to be printed on standard output
-  std::unique_ptr<Presenter> windows;        ///< null without --dialog
+  TakenFiles inputs;  ///< what is read, as far as it is known
+  ReportOutput reportOutput;
+  std::unique_ptr<Presenter> windows;  ///< null without --dialog
 };
 
 void ShowStatus(ExportRun& run, const std::string& status) {
@@ -80,26 +83,6 @@ ExporterTalk::ShowBox BoxesOf(ExportRun& run) {
   return [&run](const std::string& title, const std::string& text) {
     run.stages.During("dialog", [&] { run.windows->ShowMessageBox(title, text); });
   };
-}
-
-SettingsStore OpenSettings(ExportRun& run) {
-  if (run.arguments.fresh) return SettingsStore::InMemory();
-  const std::string path = SettingsPath(run.arguments);
-  if (path.empty()) {
-    run.messages.Warning(
-        "settings-not-remembered",
-        "neither XDG_CONFIG_HOME nor HOME names a folder: the settings are not remembered");
-    return SettingsStore::InMemory();
-  }
-  std::error_code unknown;
-  if (fs::is_other(fs::status(path, unknown))) {
-    throw RunError(fmt::format("{}: the settings file is not a regular file", path));
-  }
-  SettingsStore settings = SettingsStore::Open(path);
-  if (!settings.Warning().empty()) {
-    run.messages.Warning("settings-unreadable", settings.Warning());
-  }
-  return settings;
 }
 
 ConsoleSystem::Options SystemOptions(const ExportRun& run, ExporterTalk& talk) {
@@ -132,80 +115,6 @@ void CallExporter(const Scene& scene, const std::string& folder, const std::stri
   log.LeaveFolder();  // it may have ended before it showed the dialog
 }
 
-void WarnOfWelding(ExportRun& run, const ExportSystem::Values& values) {
-  if (!values.weld) return;
-  if (run.arguments.unweld) {
-    run.messages.Warning(
-        "weld-stays-on",
-        run.arguments.dialog
-            ? "--no-weld has no effect: welding is on as the dialog is left"
-            : "--no-weld has no effect: \"Remove T-Vertices\", which keeps welding "
-              "on, was set when its turn came");
-  }
-  const SceneCensus& scene = *run.report.before;
-  if (scene.vertices > 0 && scene.extent < kFewWeldDistances * values.weldDistance) {
-    run.messages.Warning(
-        "small-for-welding",
-        fmt::format("{}: its largest extent, {}, is under {} times the weld distance, {}: welding "
-                    "may merge what is meant to be apart",
-                    run.arguments.scene.path, scene.extent, kFewWeldDistances,
-                    values.weldDistance));
-  }
-}
-
-/// What is left of the scene's triangles may be less than anyone wants.
-void WarnOfLoss(ExportRun& run) {
-  const std::uint64_t before = run.report.before->triangles;
-  const ModelCounts& counts = run.report.after;
-  const std::uint64_t after = std::max(counts.batchFaces, counts.faces);
-  if (before == 0 || after * kMostLost >= before) return;
-  run.messages.Warning(
-      "few-triangles-left",
-      fmt::format("{}: {} of {} triangles are left; the others were degenerate, or "
-                  "too small for the weld distance and the exporter's least width",
-                  run.report.output, after, before));
-}
-
-/// The files that the output depends on. The user's own settings are none: every export of anything
-/// would make all outputs old.
-std::vector<std::string> Dependencies(const ExportArguments& arguments,
-                                      std::vector<std::string> sideFiles, const std::string& cxp) {
-  std::vector<std::string> files{arguments.scene.path};
-  for (std::string& file : sideFiles) files.push_back(std::move(file));
-  if (!cxp.empty()) files.push_back(cxp);
-  if (arguments.settings && !arguments.fresh) {
-    std::error_code error;
-    const fs::file_type type = fs::status(*arguments.settings, error).type();
-    // One that can't be asked about is there all the same.
-    const bool isUnknown = type == fs::file_type::none || type == fs::file_type::unknown;
-    if (isUnknown || type == fs::file_type::regular) files.push_back(*arguments.settings);
-  }
-  return files;
-}
-
-/// A file of that content, to be put in place later.
-std::unique_ptr<OutputPlace> Prepare(const OutputTarget& target,
-                                     const std::function<void(std::ostream&)>& write) {
-  auto place = std::make_unique<OutputPlace>(target, NamePart(target.path));
-  place->Fill(write);
-  return place;
-}
-
-void WriteReportOf(const ExportRun& run, std::ostream& out) {
-  WriteReport(run.report, run.messages.Told(), run.stages.Times(), out);
-}
-
-std::unique_ptr<OutputPlace> PrepareReport(const OutputTarget& target, const ExportRun& run) {
-  return Prepare(target, [&run](std::ostream& out) { WriteReportOf(run, out); });
-}
-
-/// Prints the report once if it goes to standard output. A reader that has gone away wants no more
-/// of it.
-void PrintReport(ExportRun& run) {
-  if (!std::exchange(run.reportIsPrinted, false)) return;
-  PrintResult([&run](std::ostream& out) { WriteReportOf(run, out); });
-}
-
 /// Puts the checked output and the files that go with it in their places, all or none of them, and
 /// then lets `tellMore` tell of it.
 template <typename TellMore>
@@ -213,22 +122,21 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
                 const TellMore& tellMore) {
   std::unique_ptr<OutputPlace> depFilePlace;
   if (depFile) {
-    depFilePlace = Prepare(*depFile, [&run](std::ostream& out) {
+    depFilePlace = std::make_unique<OutputPlace>(*depFile, [&run](std::ostream& out) {
       out << DepFileText(run.report.output, run.report.dependencies);
     });
   }
-  std::unique_ptr<OutputPlace> reportPlace;
   if (run.arguments.report) {
     run.report.sha256 = Sha256OfFile(model.File());
-    run.report.bytes = fs::file_size(model.File());
+    run.report.bytes = std::filesystem::file_size(model.File());
   }
-  if (run.reportTarget) reportPlace = PrepareReport(*run.reportTarget, run);
+  const std::unique_ptr<OutputPlace> reportPlace = run.reportOutput.Prepare();
   std::vector<OutputPlace*> places{&model};
   if (depFilePlace) places.push_back(depFilePlace.get());
   if (reportPlace) places.push_back(reportPlace.get());
   // What is printed can't be taken back, but a report that can't be printed must not cost an older
   // output; placing hardly ever fails.
-  PrintReport(run);
+  run.reportOutput.Print();
   OutputPlace::CommitTogether(places);
   TellPlaced(places, run.messages, tellMore);
 }
@@ -236,16 +144,7 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
 /// No file that is to be written may be one that is read.
 void RequireFree(ExportRun& run, const OutputTarget& model,
                  const std::optional<OutputTarget>& depFile) {
-  if (run.reportTarget) {
-    // Nor may the report tell of it there.
-    const OutputTarget target = *std::exchange(run.reportTarget, std::nullopt);
-    run.inputs.RequireFree(target);
-    run.reportTarget = target;
-  }
-  if (std::exchange(run.reportIsPrinted, false)) {
-    run.inputs.RequireNotStandardOutput();
-    run.reportIsPrinted = true;
-  }
+  run.reportOutput.RequireFree(run.inputs);  // first: nor may the report tell of it there
   run.inputs.RequireFree(model);
   if (depFile) run.inputs.RequireFree(*depFile);
 }
@@ -261,23 +160,15 @@ TakenFiles TakenBesideLog(const ExportRun& run, const OutputTarget& model) {
   TakenFiles taken = run.inputs;
   taken.Add(model.path, "output");
   if (run.arguments.depFile) taken.Add(*run.arguments.depFile, "file of --depfile");
-  if (run.reportTarget) taken.Add(run.reportTarget->path, "report");
+  if (const auto& report = run.reportOutput.Target()) taken.Add(report->path, "report");
   return taken;
-}
-
-void DeliverReport(ExportRun& run) {
-  PrintReport(run);
-  if (!run.reportTarget) return;
-  const std::unique_ptr<OutputPlace> place = PrepareReport(*run.reportTarget, run);
-  place->Commit();
-  TellPlaced(*place, run.messages);
 }
 
 void ReportCancel(ExportRun& run) {
   run.report.status = ExitStatus::kCancelled;
   run.messages.Note("cancelled",
                     fmt::format("{}: not exported: cancelled in the dialog", run.report.output));
-  DeliverReport(run);
+  run.reportOutput.Deliver(run.messages);
 }
 
 void Export(ExportRun& run) {
@@ -285,7 +176,7 @@ void Export(ExportRun& run) {
   const std::string& output = run.report.output;
   const OutputTarget target = FindModelTarget(arguments, run.inputs);
   const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments, run.inputs);
-  SettingsStore settings = OpenSettings(run);
+  SettingsStore settings = OpenSettings(arguments, run.messages);
   AddRememberedInputs(arguments, settings, run.inputs);
   RequireFree(run, target, depFile);
   // Names that no rule can hold are refused before the work.
@@ -321,7 +212,7 @@ void Export(ExportRun& run) {
   if (!talk.Exception().empty()) {
     throw RunError(fmt::format("{}: not exported: {}", output, talk.Exception()));
   }
-  if (!system.Cancelled()) WarnOfWelding(run, values);
+  if (!system.Cancelled()) WarnOfWelding(arguments, values, *run.report.before, run.messages);
   if (const std::string error = settings.Save(); !error.empty()) {
     run.messages.Warning("settings-not-saved", error);
   }
@@ -341,7 +232,7 @@ void Export(ExportRun& run) {
       WarnOfModel(checked.problems, checked.lengths, output, &*run.report.before, run.messages);
   run.report.layout = checked.lengths.layout;
   run.report.after = CountModel(checked.lengths);
-  WarnOfLoss(run);
+  WarnOfLoss(run.report, run.messages);
   run.report.dependencies = Dependencies(arguments, std::move(loaded.sideFiles),
                                          talk.CxpFailed() ? std::string() : values.cxp);
   run.stages.End();
@@ -357,7 +248,7 @@ void ReportFailure(ExportRun& run, const std::string& reason) {
   run.report.error = reason;
   run.report.sha256.clear();
   try {
-    DeliverReport(run);
+    run.reportOutput.Deliver(run.messages);
   } catch (const std::exception& error) {
     // What the export ended with is the error to tell.
     run.messages.Warning("report-not-written", ReasonOf(error));
@@ -369,9 +260,6 @@ void ReportFailure(ExportRun& run, const std::string& reason) {
 ExitStatus Run(const CommandLine& line) {
   const ExportArguments arguments = ReadExportArguments(line);
   ExportRun run(arguments);
-  run.report.scene = arguments.scene.path;
-  run.report.output = ModelPath(arguments.output);
-  run.reportTarget = FindReportTarget(arguments, run.inputs);
   try {
     Export(run);
   } catch (const std::exception& error) {

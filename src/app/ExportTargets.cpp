@@ -1,20 +1,20 @@
 #include "app/ExportTargets.h"
 
-#include <array>
-#include <cstdint>
+#include <filesystem>
+#include <system_error>
+#include <utility>
 #include <variant>
 
 #include <unistd.h>
 
+#include "app/ExportSettings.h"
 #include "system/RunError.h"
-#include "system/StandardOutput.h"
 
 namespace mapexport {
 namespace {
 
-// Where the exporter remembers its database.
-constexpr const char* kExporterKey = R"(Software\Corvantis\Talvern\Exporter)";
-constexpr const char* kCxpValue = "CXP Filename";
+namespace fs = std::filesystem;
+
 constexpr const char* kCxpInput = "CXP database";
 constexpr const char* kOutput = "output";
 constexpr const char* kDepFile = "file of --depfile";
@@ -25,21 +25,6 @@ const std::string* PickedCxp(const ExportArguments& arguments) {
     if (const auto* const picked = std::get_if<PickFile>(&action)) return &picked->path;
   }
   return nullptr;
-}
-
-/// As the exporter reads it: a text that its buffer does not hold counts as none.
-std::string RememberedCxp(SettingsStore& settings) {
-  HKEY key = nullptr;
-  if (settings.CreateKey(RegistryRoot::kLocalMachine, kExporterKey, nullptr, RegistryAccess::kQuery,
-                         key) != kRegSuccess) {
-    return {};
-  }
-  std::array<char, 256> text{};
-  auto size = static_cast<std::uint32_t>(text.size());
-  const LSTATUS status =
-      settings.QueryValue(key, kCxpValue, RegistryType::kText, text.data(), size);
-  settings.CloseKey(key);
-  return status == kRegSuccess ? text.data() : std::string();
 }
 
 OutputTarget FindFree(const std::string& path, const TakenFiles& taken) {
@@ -54,11 +39,6 @@ std::string ModelPath(const std::string& path) {
   const std::size_t dot = path.rfind('.');
   const bool hasExtension = dot != std::string::npos && dot + 1 != path.size();
   return hasExtension ? path : path + ".map";
-}
-
-std::string SettingsPath(const ExportArguments& arguments) {
-  if (arguments.fresh) return {};
-  return arguments.settings.value_or(SettingsStore::DefaultPath());
 }
 
 TakenFiles NamedInputs(const ExportArguments& arguments) {
@@ -84,6 +64,21 @@ void AddCxp(const std::string& path, TakenFiles& inputs) {
   if (access(path.c_str(), F_OK) == 0) inputs.Add(path, kCxpInput);
 }
 
+std::vector<std::string> Dependencies(const ExportArguments& arguments,
+                                      std::vector<std::string> sideFiles, const std::string& cxp) {
+  std::vector<std::string> files{arguments.scene.path};
+  for (std::string& file : sideFiles) files.push_back(std::move(file));
+  if (!cxp.empty()) files.push_back(cxp);
+  if (arguments.settings && !arguments.fresh) {
+    std::error_code error;
+    const fs::file_type type = fs::status(*arguments.settings, error).type();
+    // One that can't be asked about is there all the same.
+    const bool isUnknown = type == fs::file_type::none || type == fs::file_type::unknown;
+    if (isUnknown || type == fs::file_type::regular) files.push_back(*arguments.settings);
+  }
+  return files;
+}
+
 OutputTarget FindModelTarget(const ExportArguments& arguments, const TakenFiles& inputs) {
   if (IsStandardOutput(arguments.output)) {
     throw RunError(arguments.output +
@@ -102,7 +97,7 @@ std::optional<OutputTarget> FindDepFileTarget(const ExportArguments& arguments, 
 }
 
 std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments, TakenFiles inputs) {
-  if (!arguments.report || IsStandardOutput(*arguments.report)) return std::nullopt;
+  if (!arguments.report) return std::nullopt;
   inputs.Add(ModelPath(arguments.output), kOutput);
   if (arguments.depFile) inputs.Add(*arguments.depFile, kDepFile);
   return FindFree(*arguments.report, inputs);

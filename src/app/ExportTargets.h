@@ -3,9 +3,10 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/ExportArguments.h"
-#include "output/OutputPlace.h"
+#include "output/OutputTarget.h"
 #include "output/TakenFiles.h"
 #include "settings/SettingsStore.h"
 
@@ -14,10 +15,6 @@ namespace mapexport {
 /// The path that the exporter writes when it is given `path`: without a text after the last "." of
 /// the whole path it appends ".map".
 std::string ModelPath(const std::string& path);
-
-/// The file of the settings that an export with those arguments reads and writes; empty when there
-/// is none.
-std::string SettingsPath(const ExportArguments& arguments);
 
 /// What the command line names as something to read.
 TakenFiles NamedInputs(const ExportArguments& arguments);
@@ -29,6 +26,11 @@ void AddRememberedInputs(const ExportArguments& arguments, SettingsStore& settin
 /// Adds the database that the dialog was left with; an empty path is none.
 void AddCxp(const std::string& path, TakenFiles& inputs);
 
+/// The files that the output depends on. The user's own settings are none: every export of anything
+/// would make all outputs old.
+std::vector<std::string> Dependencies(const ExportArguments& arguments,
+                                      std::vector<std::string> sideFiles, const std::string& cxp);
+
 // Each throws RunError for a file that can't be had (see FindOutput) and for one that would replace
 // an input or another file of the export.
 
@@ -36,7 +38,6 @@ OutputTarget FindModelTarget(const ExportArguments& arguments, const TakenFiles&
 
 /// Nothing when no file is asked for.
 std::optional<OutputTarget> FindDepFileTarget(const ExportArguments& arguments, TakenFiles inputs);
-/// Nothing also when the report goes to standard output.
 std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments, TakenFiles inputs);
 
 }  // namespace mapexport

@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "app/TellPlaced.h"
+#include "app/WriteOutput.h"
 #include "system/RunError.h"
 
 namespace mapexport {

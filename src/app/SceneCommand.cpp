@@ -1,6 +1,5 @@
 // The command `scene`.
 #include <array>
-#include <optional>
 #include <ostream>
 #include <string>
 
@@ -10,14 +9,13 @@
 #include "app/LoadScene.h"
 #include "app/Messages.h"
 #include "app/Stages.h"
-#include "app/TellPlaced.h"
+#include "app/WriteOutput.h"
 #include "cli/CommandLine.h"
 #include "cli/OptionReading.h"
 #include "cli/SceneOptions.h"
-#include "output/OutputPlace.h"
+#include "output/OutputTarget.h"
 #include "output/TakenFiles.h"
 #include "scene/SceneFile.h"
-#include "system/StandardOutput.h"
 
 namespace mapexport {
 namespace {
@@ -38,42 +36,30 @@ constexpr std::array kOptions{
 
 struct SceneArguments {
   SceneSource scene;
-  std::optional<std::string> output;
+  std::string output;
 };
 
 /// Writes a scene as a scene file.
 ExitStatus Run(const CommandLine& line) {
-  const SceneArguments arguments{SceneOf(line), PathValue(line, "output")};
+  const SceneArguments arguments{.scene = SceneOf(line),
+                                 .output = PathValue(line, "output").value_or("-")};
   Messages messages(false);
   Stages stages(false);
-  if (!arguments.output || IsStandardOutput(*arguments.output)) {
-    TakenFiles inputs;
-    inputs.Add(arguments.scene.path, "scene");
-    inputs.RequireNotStandardOutput();
-    const Scene scene = LoadScene(arguments.scene, messages, stages).scene;
-    stages.Begin("writing");
-    const bool arrived = PrintResult([&](std::ostream& out) { WriteSceneFile(scene, out); });
-    return arrived ? ExitStatus::kDone : ExitStatus::kFailed;
-  }
-
-  const OutputTarget target = FindOutput(*arguments.output);
+  const OutputTarget target = FindOutput(arguments.output);
   TakenFiles inputs;
   inputs.Add(arguments.scene.path, "scene");
   inputs.RequireFree(target);
   const LoadedScene loaded = LoadScene(arguments.scene, messages, stages);
   for (const std::string& file : loaded.sideFiles) inputs.Add(file, kSideInput);
   inputs.RequireFree(target);
-  if (!IsSceneFile(*arguments.output)) {
+  if (!target.isStandardOutput && !IsSceneFile(arguments.output)) {
     messages.Warning("other-extension",
                      fmt::format("{}: does not end in .scene.json, by which a scene file is known",
-                                 *arguments.output));
+                                 arguments.output));
   }
   stages.Begin("writing");
-  OutputPlace place(target, NamePart(target.path));
-  place.Fill([&](std::ostream& out) { WriteSceneFile(loaded.scene, out); });
-  place.Commit();
-  TellPlaced(place, messages);
-  return ExitStatus::kDone;
+  const auto write = [&](std::ostream& out) { WriteSceneFile(loaded.scene, out); };
+  return WriteOutput(target, write, messages) ? ExitStatus::kDone : ExitStatus::kFailed;
 }
 
 }  // namespace

@@ -9,12 +9,13 @@
 #include "app/Commands.h"
 #include "app/LoadModel.h"
 #include "app/Messages.h"
-#include "app/TellPlaced.h"
+#include "app/WriteOutput.h"
 #include "cli/CommandLine.h"
 #include "cli/ModelOptions.h"
 #include "cli/OptionReading.h"
-#include "output/OutputPlace.h"
+#include "output/OutputTarget.h"
 #include "output/TakenFiles.h"
+#include "system/FileIdentity.h"
 #include "system/PrintableText.h"
 #include "system/RunError.h"
 #include "system/StandardOutput.h"
@@ -65,15 +66,10 @@ ExitStatus Run(const CommandLine& line) {
   }
   Messages messages(false);
   const std::string output = arguments.output.value_or(arguments.file + ".html");
-  std::optional<OutputTarget> target;
-  if (!IsStandardOutput(output)) target = FindOutput(output);
+  const OutputTarget target = FindOutput(output);
   TakenFiles inputs;
   inputs.Add(arguments.file, "model file");
-  if (target) {
-    inputs.RequireFree(*target);
-  } else {
-    inputs.RequireNotStandardOutput();
-  }
+  inputs.RequireFree(target);
   const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
   if (!loaded) return ExitStatus::kFailed;
   if (ModelBlockBytes(loaded->model) > kMaxModelBlockBytes) {
@@ -83,11 +79,8 @@ ExitStatus Run(const CommandLine& line) {
 
   const ViewInfo info{NamePart(arguments.file), arguments.coordinateSystem};
   const auto write = [&](std::ostream& out) { WritePage(loaded->model, info, out); };
-  if (!target) return PrintResult(write) ? loaded->status : ExitStatus::kFailed;
-  OutputPlace place(*target, NamePart(target->path));
-  place.Fill(write);
-  place.Commit();
-  TellPlaced(place, messages);
+  if (!WriteOutput(target, write, messages)) return ExitStatus::kFailed;
+  if (target.isStandardOutput) return loaded->status;
   try {
     PrintResult([&](std::ostream& out) {
       out << "wrote " << PrintableText(output, std::string::npos) << '\n';

@@ -18,6 +18,7 @@
 
 #include "system/FdOutput.h"
 #include "system/FileAttributes.h"
+#include "system/FileIdentity.h"
 #include "system/HoldInterrupts.h"
 #include "system/RunError.h"
 
@@ -28,10 +29,6 @@ namespace {
 constexpr std::chrono::seconds kLockPatience{20};
 constexpr std::chrono::milliseconds kLockPause{10};
 constexpr std::string_view kRandomPart = "XXXXXX";
-
-[[noreturn]] void ThrowCannotWrite(const std::string& name, const std::string& why) {
-  throw RunError(fmt::format("{}: cannot be written: {}", name, why));
-}
 
 /// What the names of a target's temporary folders begin with: the same for every export to it,
 /// without a dot whatever the target's name is.
@@ -105,42 +102,6 @@ void RemoveLeftOvers(const std::string& targetPath) {
 
 }  // namespace
 
-void RequireRegularFileOrNothing(const std::string& path) {
-  if (NamePart(path).empty()) ThrowCannotWrite(path, "it names a folder, not a file");
-  struct stat info {};
-  if (stat(path.c_str(), &info) != 0) {
-    if (errno == ENOENT) return;
-    ThrowCannotWrite(path, ErrnoText(errno));
-  }
-  if (S_ISDIR(info.st_mode)) ThrowCannotWrite(path, "it is a folder");
-  if (!S_ISREG(info.st_mode)) ThrowCannotWrite(path, "it is no regular file");
-}
-
-OutputTarget FindOutput(const std::string& output) {
-  OutputTarget target{output, {}, std::nullopt};
-  if (std::optional<std::string> end = FollowLinks(output)) {
-    target.path = std::move(*end);
-  } else {
-    ThrowCannotWrite(
-        output, errno == ENXIO ? "it names what a process has open, not a file" : ErrnoText(errno));
-  }
-  RequireRegularFileOrNothing(output);
-  if (NamePart(target.path).empty()) ThrowCannotWrite(output, "it leads to a folder");
-
-  const std::string folder = FolderOf(target.path);
-  if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
-    ThrowCannotWrite(output, fmt::format("the folder {}: {}", folder, ErrnoText(errno)));
-  }
-  struct stat info {};
-  if (stat(target.path.c_str(), &info) == 0) {
-    target.old = info;
-    if (faccessat(AT_FDCWD, target.path.c_str(), W_OK, AT_EACCESS) != 0) {
-      ThrowCannotWrite(output, ErrnoText(errno));
-    }
-  }
-  return target;
-}
-
 OutputPlace::OutputPlace(OutputTarget target, const std::string& fileName)
     : target_(std::move(target)) {
   RemoveLeftOvers(target_.path);
@@ -155,6 +116,12 @@ OutputPlace::OutputPlace(OutputTarget target, const std::string& fileName)
     rmdir(made.c_str());
     throw;
   }
+}
+
+OutputPlace::OutputPlace(const OutputTarget& target,
+                         const std::function<void(std::ostream&)>& write)
+    : OutputPlace(target, NamePart(target.path)) {
+  Fill(write);
 }
 
 OutputPlace::~OutputPlace() {

@@ -9,30 +9,13 @@
 #include <string>
 #include <vector>
 
-#include <sys/stat.h>
-
 #include "output/InterruptCleanup.h"
+#include "output/OutputTarget.h"
 #include "system/Descriptor.h"
-#include "system/FileIdentity.h"
 #include "system/HoldInterrupts.h"
 #include "system/RemarkCode.h"
 
 namespace mapexport {
-
-/// Throws RunError when `path` exists and is no regular file, links followed, or names a folder by
-/// its form.
-void RequireRegularFileOrNothing(const std::string& path);
-
-/// An output that can be had.
-struct OutputTarget {
-  std::string name;                ///< the path as the person gave it
-  std::string path;                ///< the same, or what a link of that path leads to
-  std::optional<struct stat> old;  ///< of the file that is there
-};
-
-/// Looks where `output` leads and whether a file can be placed there: its folder exists and can be
-/// written, what is there is a regular file that can be written. Changes nothing. Throws RunError.
-OutputTarget FindOutput(const std::string& output);
 
 /// A temporary folder beside the target, in which its next content is made. The folder has no dot
 /// in its name, is held by a lock and goes away with this object, whatever is in it by then.
@@ -41,6 +24,8 @@ class OutputPlace {
  public:
   /// `fileName` is the name that the content will have in the folder. Throws RunError.
   OutputPlace(OutputTarget target, const std::string& fileName);
+  /// One with the content that `write` writes, under the target's own name.
+  OutputPlace(const OutputTarget& target, const std::function<void(std::ostream&)>& write);
   ~OutputPlace();
   OutputPlace(const OutputPlace&) = delete;
   OutputPlace& operator=(const OutputPlace&) = delete;

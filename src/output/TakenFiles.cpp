@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include "system/RunError.h"
-
 namespace mapexport {
 
 void TakenFiles::Add(const std::string& path, const std::string& what) {
@@ -18,12 +16,7 @@ std::string TakenFiles::WhatIs(const std::string& path) const {
 
 void TakenFiles::RequireFree(const OutputTarget& target) const {
   const std::string what = WhatIs(target.path);
-  if (what.empty()) return;
-  throw RunError(fmt::format("{}: cannot be written: it is the {} itself", target.name, what));
-}
-
-void TakenFiles::RequireNotStandardOutput() const {
-  RequireFree({"standard output", "/proc/self/fd/1", std::nullopt});
+  if (!what.empty()) ThrowCannotWrite(target.name, fmt::format("it is the {} itself", what));
 }
 
 }  // namespace mapexport

@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "output/OutputPlace.h"
+#include "output/OutputTarget.h"
 #include "system/FileIdentity.h"
 
 namespace mapexport {
@@ -23,10 +23,8 @@ class TakenFiles {
   /// What the file at `path` is, empty when it is none of them.
   std::string WhatIs(const std::string& path) const;
 
-  /// Throws RunError when writing to `target` would replace one of them.
+  /// Throws RunError when writing to `target` would replace one of them, or write into it.
   void RequireFree(const OutputTarget& target) const;
-  /// Throws RunError when standard output leads into one of them.
-  void RequireNotStandardOutput() const;
 
  private:
   std::map<FileIdentity, std::string> files_;

@@ -1,7 +1,5 @@
 #include "system/StandardOutput.h"
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 
 #include <fmt/format.h>
@@ -11,12 +9,6 @@
 #include "system/RunError.h"
 
 namespace mapexport {
-
-bool IsStandardOutput(std::string_view path) {
-  constexpr std::array<std::string_view, 4> kNames{"-", "/dev/stdout", "/dev/fd/1",
-                                                   "/proc/self/fd/1"};
-  return std::ranges::find(kNames, path) != kNames.end();
-}
 
 bool PrintResult(const std::function<void(std::ostream&)>& print) {
   FdOutput output(STDOUT_FILENO);

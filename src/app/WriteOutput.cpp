@@ -1,0 +1,16 @@
+#include "app/WriteOutput.h"
+
+#include "system/StandardOutput.h"
+
+namespace mapexport {
+
+bool WriteOutput(const OutputTarget& target, const std::function<void(std::ostream&)>& write,
+                 Messages& messages) {
+  if (target.isStandardOutput) return PrintResult(write);
+  OutputPlace place(target, write);
+  place.Commit();
+  TellPlaced(place, messages);
+  return true;
+}
+
+}  // namespace mapexport
