@@ -9,9 +9,9 @@
 #include <fmt/format.h>
 
 #include "app/DialogControls.h"
-#include "cli/ModelOptions.h"
 #include "cli/OptionReading.h"
 #include "cli/OptionValues.h"
+#include "cli/SharedOptions.h"
 #include "output/OutputTarget.h"
 #include "system/RunError.h"
 

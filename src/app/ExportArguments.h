@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "cli/CommandLine.h"
-#include "cli/SceneOptions.h"
+#include "cli/SharedOptions.h"
 #include "console/DialogAction.h"
 
 namespace mapexport {

@@ -7,7 +7,7 @@
 
 #include "app/Messages.h"
 #include "app/Stages.h"
-#include "cli/SceneOptions.h"
+#include "cli/SharedOptions.h"
 #include "scene/Scene.h"
 #include "system/Remark.h"
 #include "worker/ConfineReader.h"

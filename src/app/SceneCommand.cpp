@@ -12,7 +12,7 @@
 #include "app/WriteOutput.h"
 #include "cli/CommandLine.h"
 #include "cli/OptionReading.h"
-#include "cli/SceneOptions.h"
+#include "cli/SharedOptions.h"
 #include "output/OutputTarget.h"
 #include "output/TakenFiles.h"
 #include "scene/SceneFile.h"

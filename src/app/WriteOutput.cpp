@@ -13,4 +13,9 @@ bool WriteOutput(const OutputTarget& target, const std::function<void(std::ostre
   return true;
 }
 
+void TellPlaced(OutputPlace& place, Messages& messages) {
+  OutputPlace* const places[] = {&place};
+  TellPlaced(places, messages, [] {});
+}
+
 }  // namespace mapexport

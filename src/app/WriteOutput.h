@@ -35,9 +35,6 @@ void TellPlaced(std::span<OutputPlace* const> places, Messages& messages,
   }
 }
 
-inline void TellPlaced(OutputPlace& place, Messages& messages) {
-  OutputPlace* const places[] = {&place};
-  TellPlaced(places, messages, [] {});
-}
+void TellPlaced(OutputPlace& place, Messages& messages);
 
 }  // namespace mapexport

@@ -57,8 +57,4 @@ inline constexpr std::array kProgramOptions{
     OptionInfo{.name = "version", .kind = OptionKind::kFlag, .help = "print the version and end"},
 };
 
-/// An option of the commands that say much.
-inline constexpr OptionInfo kQuietOption{
-    .name = "quiet", .kind = OptionKind::kFlag, .help = "print only warnings and errors"};
-
 }  // namespace mapexport

@@ -9,7 +9,6 @@
 
 #include "window/CursorPixmap.h"
 #include "window/DialogWindow.h"
-#include "window/NameFilter.h"
 #include "window/QtText.h"
 
 namespace mapexport {
@@ -50,6 +49,13 @@ void KeepLines(QMessageBox& box) {
   const int title = metrics.horizontalAdvance(box.windowTitle()) + 24 * metrics.averageCharWidth();
   grid->addItem(new QSpacerItem(std::max(text, title), 0), grid->rowCount(), 0, 1,
                 grid->columnCount());
+}
+
+/// A box's filter as Qt takes it: "DISPLAY (PATTERN PATTERN)"; every file without a pattern.
+QString ToNameFilter(const FileBox& box) {
+  const QString pattern = box.pattern.empty() ? QStringLiteral("*") : ToQt(box.pattern);
+  return QStringLiteral("%1 (%2)").arg(
+      ToQt(box.display), QString(pattern).replace(QLatin1Char(';'), QLatin1Char(' ')));
 }
 
 /// Lets the windows show what has changed; the person's doings wait.
@@ -134,3 +140,11 @@ void WindowPresenter::Show(const QCursor& cursor) {
 }
 
 }  // namespace mapexport
+
+// The one function of this library that can be seen from outside.
+extern "C" mapexport::CreatePresenterFunction CreatePresenter;
+
+mapexport::Presenter* CreatePresenter(unsigned version, const char* title) {
+  if (version != mapexport::kPresenterVersion) return nullptr;
+  return new mapexport::WindowPresenter(title);
+}

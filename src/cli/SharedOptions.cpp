@@ -1,4 +1,4 @@
-#include "cli/SceneOptions.h"
+#include "cli/SharedOptions.h"
 
 #include "cli/OptionReading.h"
 
@@ -11,6 +11,12 @@ SceneSource SceneOf(const CommandLine& line) {
   scene.import.scale = ScaleValue(line);
   scene.seconds = WholeValue(line, kReadLimitOption.name);
   return scene;
+}
+
+std::optional<ModelLayout> LayoutValue(const CommandLine& line) {
+  const auto word = WordValue(line, kLayoutOption);
+  if (!word) return std::nullopt;
+  return *word == 0 ? ModelLayout::kQob : ModelLayout::kKob;
 }
 
 }  // namespace mapexport

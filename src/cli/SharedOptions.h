@@ -1,4 +1,4 @@
-// The options of the commands that read a scene.
+// What several commands have in common: options, and what is made of their values.
 #pragma once
 
 #include <array>
@@ -8,8 +8,14 @@
 
 #include "cli/CommandLine.h"
 #include "importer/ImportOptions.h"
+#include "modelreader/ModelFile.h"
 
 namespace mapexport {
+
+inline constexpr OptionInfo kQuietOption{
+    .name = "quiet", .kind = OptionKind::kFlag, .help = "print only warnings and errors"};
+
+// Of the commands that read a scene.
 
 /// The values of --scale that are words.
 inline constexpr std::array kScaleWords{"auto"};
@@ -48,7 +54,26 @@ struct SceneSource {
   std::optional<std::uint32_t> seconds;  ///< of processor time; 0: no limit; none: ReadSeconds
 };
 
-/// The scene that the first positional names, by the options above. Throws UsageError.
+/// The scene that the first positional names, by --up, --scale and --read-limit. Throws UsageError.
 SceneSource SceneOf(const CommandLine& line);
+
+// Of the commands that read a model file.
+
+inline constexpr PositionalInfo kModelPositional{"FILE",
+                                                 "a model file; its extension tells the layout"};
+
+inline constexpr std::array kLayouts{"qob", "kob"};
+inline constexpr OptionInfo kLayoutOption{.name = "layout",
+                                          .kind = OptionKind::kText,
+                                          .argument = "LAYOUT",
+                                          .help = "qob or kob, whatever the extension is",
+                                          .words = kLayouts};
+
+/// The layout that --layout names; nothing unless it is given. Throws UsageError.
+std::optional<ModelLayout> LayoutValue(const CommandLine& line);
+
+// The rows of the options dialog's list boxes.
+inline constexpr std::array kCoordinateSystems{"left-handed", "right-handed", "max", "inverse-max"};
+inline constexpr std::array kTextureModes{"invert-y", "invert-x", "invert-xy", "max"};
 
 }  // namespace mapexport
