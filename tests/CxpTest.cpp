@@ -13,7 +13,6 @@
 
 #include "exporter/base/ProcessState.h"
 #include "exporter/materials/LoadCxp.h"
-#include "exporter/materials/ReadCxp.h"
 #include "support/TestSystem.h"
 
 namespace mapexport {

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "exporter/materials/ReadCxp.h"
+#include "exporter/materials/LoadCxp.h"
 #include "exporter/materials/TextStreambuf.h"
 #include "exporter/materials/Tokenizer.h"
 #include "fuzz/FuzzBytes.h"

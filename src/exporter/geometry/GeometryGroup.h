@@ -10,7 +10,6 @@
 #include "exporter/geometry/GroupFace.h"
 #include "exporter/geometry/RenderBatch.h"
 #include "exporter/geometry/SurfaceSet.h"
-#include "exporter/geometry/SurfaceSetIndex.h"
 #include "exporter/geometry/VertexAttribute.h"
 #include "exporter/materials/MapRecord.h"
 #include "host/Point3.h"

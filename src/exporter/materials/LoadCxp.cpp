@@ -1,19 +1,92 @@
 #include "exporter/materials/LoadCxp.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
-#include <istream>
 #include <locale>
+#include <string_view>
 #include <system_error>
 
 #include "exporter/base/DebugLog.h"
+#include "exporter/base/NumberText.h"
 #include "exporter/base/ProcessState.h"
-#include "exporter/materials/ReadCxp.h"
+#include "exporter/materials/ParseExceptions.h"
 #include "exporter/materials/TextStreambuf.h"
+#include "exporter/materials/Tokenizer.h"
+#include "host/CStr.h"
 
 namespace mapexport {
 namespace {
+
+/// An attribute of an entry, and the tokens that belong to it.
+struct Attribute {
+  std::string_view keyword;
+  int arguments;     ///< tokens after the keyword
+  bool list;         ///< after these, a count n and n tokens
+  bool transparent;  ///< the entry's texture is transparent
+};
+
+constexpr std::array kAttributes = {
+    Attribute{"colorkey", 3, false, true},  // three integers
+    Attribute{"alphablend", 0, false, true},
+    Attribute{"mipmap", 1, true, false},      // an integer, the list
+    Attribute{"scrolling", 3, false, false},  // an integer, two reals
+    Attribute{"animated", 2, true, false},    // an integer, a real, the list
+    Attribute{"gunpass", 0, false, false},
+    Attribute{"grenadepass", 0, false, false},
+};
+
+const char* RequireToken(Tokenizer& tokens) {
+  if (!tokens.ReadToken()) throw KXParser::ReadException();
+  return tokens.Token();
+}
+
+CStr RequireKeyword(Tokenizer& tokens) {
+  CStr keyword = RequireToken(tokens);
+  keyword.toLower();
+  return keyword;
+}
+
+void SkipTokens(Tokenizer& tokens, int count) {
+  for (int i = 0; i < count; ++i) RequireToken(tokens);
+}
+
+/// "Textures\Wall01.BMP" is "wall01". A "." in a directory's name counts when it is the last one,
+/// and a forward slash is text.
+CStr BaseName(CStr path) {
+  path.toLower();
+  if (const int dot = path.last('.'); dot >= 0) path.remove(dot);
+  path.remove(0, path.last('\\') + 1);
+  return path;
+}
+
+/// Reads what follows an entry's keyword, up to the entry's "end".
+void ReadEntry(Tokenizer& tokens, TextureNames& transparentTextures) {
+  const CStr name = BaseName(RequireToken(tokens));
+  for (;;) {
+    const CStr keyword = RequireKeyword(tokens);
+    if (keyword == "end") return;
+    const auto* const attribute =
+        std::find_if(kAttributes.begin(), kAttributes.end(),
+                     [&](const Attribute& a) { return a.keyword == keyword.View(); });
+    if (attribute == kAttributes.end()) continue;  // a stray word
+    // Even when the file breaks off within the arguments.
+    if (attribute->transparent) transparentTextures.Append(name.View());
+    SkipTokens(tokens, attribute->arguments);
+    if (attribute->list) SkipTokens(tokens, LeadingInteger(RequireToken(tokens)));
+  }
+}
+
+void ReadEntries(std::istream& input, TextureNames& transparentTextures) {
+  Tokenizer tokens(input);
+  while (input.good()) {
+    const CStr keyword = RequireKeyword(tokens);
+    if (keyword == "end") return;
+    if (keyword == "material" || keyword == "surface") ReadEntry(tokens, transparentTextures);
+  }
+}
 
 bool OpenForReading(const char* path, std::filebuf& file) {
   // Opening or reading a pipe or a device may never end; a folder can be opened on some platforms.
@@ -40,6 +113,15 @@ bool ReadFile(const char* path, TextureNames& names) {
 }
 
 }  // namespace
+
+void ReadCxp(std::istream& input, TextureNames& transparentTextures) {
+  // A database that breaks off is as good as what was read before; nobody is told.
+  try {
+    ReadEntries(input, transparentTextures);
+  } catch (const KXParser::ReadException&) {
+  } catch (const KXParser::TokenException&) {
+  }
+}
 
 void LoadCxp() {
   const CStr& path = State().options.cxpFilename;

@@ -7,7 +7,7 @@ extern "C" {
 
 const char* LibDescription();
 int LibNumberClasses();
-/// The class descriptor of index 0, null for any other index.
+/// The class descriptor of MapExporter for index 0, null for any other index.
 mapexport::ClassDesc* LibClassDesc(int i);
 std::uint32_t LibVersion();
 }

@@ -8,7 +8,7 @@
 #include "exporter/geometry/RemoveDegenerateFaces.h"
 #include "exporter/geometry/WeldVertices.h"
 #include "exporter/plugin/ExportModel.h"
-#include "exporter/plugin/ProgressCursors.h"
+#include "exporter/plugin/ResourceIds.h"
 #include "host/System.h"
 
 namespace mapexport {

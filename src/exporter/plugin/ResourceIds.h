@@ -1,4 +1,4 @@
-// Ids of the library's own texts and dialogs.
+// Ids of the library's own texts, dialogs and cursors.
 #pragma once
 
 namespace mapexport {
@@ -28,5 +28,9 @@ inline constexpr int kCoordinateSystemList = 1059;
 inline constexpr int kTextureCoordinatesList = 1062;
 inline constexpr int kBrowseButton = 1064;
 inline constexpr int kCxpFilenameEdit = 1066;
+
+// Cursors that show which clean-up pass runs.
+inline constexpr int kWeldCursor = 104;
+inline constexpr int kCleanCursor = 109;
 
 }  // namespace mapexport

@@ -3,7 +3,6 @@
 #include <array>
 #include <string_view>
 
-#include "exporter/plugin/ProgressCursors.h"
 #include "exporter/plugin/ResourceIds.h"
 #include "host/System.h"
 

@@ -1,4 +1,4 @@
-#include "exporter/geometry/SurfaceSetIndex.h"
+#include "exporter/geometry/SurfaceSet.h"
 
 #include <algorithm>
 
