@@ -10,6 +10,7 @@
 #include "exporter/geometry/RenderBatches.h"
 #include "exporter/geometry/VoxelPartition.h"
 #include "exporter/geometry/WeldVertices.h"
+#include "exporter/plugin/ExportModel.h"
 
 namespace mapexport {
 namespace {
@@ -167,7 +168,8 @@ void Clean(GeometryGroup& group) {
 
 void Batch(GeometryGroup& group) {
   const VoxelGrid grid(group, 1000.0f);
-  BuildRenderBatches(group, BuildVoxelPartition(group, grid, State().random));
+  BuildRenderBatches(group, BuildVoxelPartition(group, grid, State().random),
+                     State().currentScene->materials);
 }
 
 }  // namespace

@@ -3,11 +3,10 @@
 #include <fstream>
 
 #include "BenchHost.h"
-#include "exporter/geometry/CleanVertexAttributes.h"
 #include "exporter/geometry/CollisionLists.h"
-#include "exporter/geometry/DuplicateTwoSidedFaces.h"
 #include "exporter/geometry/RemoveDegenerateFaces.h"
 #include "exporter/geometry/WeldVertices.h"
+#include "exporter/plugin/CurrentExport.h"
 #include "scene/SceneFile.h"
 
 namespace mapexport {

@@ -10,9 +10,9 @@
 #include "BenchHost.h"
 #include "MeasuredRun.h"
 #include "exporter/base/ProcessState.h"
-#include "exporter/geometry/CleanVertexAttributes.h"
 #include "exporter/geometry/RenderBatches.h"
 #include "exporter/geometry/VoxelPartition.h"
+#include "exporter/plugin/CurrentExport.h"
 #include "exporter/plugin/MapExporter.h"
 #include "scene/SceneFile.h"
 
@@ -63,7 +63,7 @@ void RegisterWriting(LevelStages& stages) {
         return std::pair(stages.prepared, Cells(stages.prepared));
       },
       [](std::pair<GeometryGroup, VoxelPartition>& input) {
-        BuildRenderBatches(input.first, input.second);
+        BuildRenderBatches(input.first, input.second, State().currentScene->materials);
         return 0;
       });
   RegisterRun(

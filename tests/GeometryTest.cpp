@@ -17,8 +17,7 @@
 #include "exporter/geometry/VoxelPartition.h"
 #include "exporter/modelwriter/BinaryWriter.h"
 #include "exporter/modelwriter/IndexLimit.h"
-#include "exporter/modelwriter/WriteKobRecord.h"
-#include "exporter/modelwriter/WriteQobRecord.h"
+#include "exporter/plugin/CurrentExport.h"
 #include "exporter/plugin/ExportModel.h"
 #include "reference/LiteralGeometry.h"
 #include "support/TestSystem.h"
@@ -234,7 +233,8 @@ TEST_F(BatchesTest, CellsAndBatchesEqualTheDenseGridsAndTheLists) {
       const literal::DenseVoxels voxels(group, voxelSize, plain);
       const auto expected = literal::Batches(group, model_.materials, voxels.cells);
 
-      BuildRenderBatches(group, BuildVoxelPartition(group, VoxelGrid(group, voxelSize), fast));
+      BuildRenderBatches(group, BuildVoxelPartition(group, VoxelGrid(group, voxelSize), fast),
+                         model_.materials);
       EXPECT_EQ(fast.Draw(), plain.Draw()) << "another number of draws";
       ASSERT_EQ(group.batches.size(), expected.size());
       std::size_t ordinal = 0;
@@ -340,6 +340,21 @@ TEST_F(BatchesTest, AGroupCanBeWrittenAgainInEitherLayout) {
   for (const std::uint32_t f : other.surfaceSets[1].faces) {
     EXPECT_EQ(other.faces[f].batchIndex, -1);
   }
+  State().options = ExportOptions();
+}
+
+TEST_F(BatchesTest, TheCurrentExportHandsOverWhatTheProcessHolds) {
+  State().options.coordinateSystem = 3;
+  State().options.textureCoordinateMode = 1;
+  Point3 p{1, 2, 3};
+  ConvertPoint(p);
+  ConvertTextureCoordinates(p);
+  EXPECT_EQ(p, (Point3{1, 2, 3})) << "x is turned twice";
+  model_.materials[0].twoSided = true;
+  GeometryGroup group = RandomGroup(1, 60, 3);
+  const auto inMaterial0 = std::ranges::count(group.faces, 0, &GroupFace::material);
+  DuplicateTwoSidedFaces(group);
+  EXPECT_EQ(group.faces.size(), 400u + static_cast<std::size_t>(inMaterial0));
   State().options = ExportOptions();
 }
 

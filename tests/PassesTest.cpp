@@ -17,6 +17,7 @@
 #include "exporter/geometry/RemoveDegenerateFaces.h"
 #include "exporter/geometry/RemoveFaces.h"
 #include "exporter/geometry/WeldVertices.h"
+#include "exporter/plugin/CurrentExport.h"
 #include "reference/LiteralCleanVertexAttributes.h"
 #include "reference/LiteralWeldVertices.h"
 #include "support/GroupBits.h"

@@ -549,7 +549,9 @@ TEST_F(PluginTest, ANodeThatThrowsLeavesNoHalfALineInTheLog) {
   DebugLog& log = DebugLog::Instance();
   log.Open("missing/log.txt");
   system_.debugOutput.clear();
-  EXPECT_THROW(GatherMesh(list, group, node, mesh), std::runtime_error);
+  MaterialsList materials;
+  const GatherContext context{0, 0, 0, State().transparentTextures, materials};
+  EXPECT_THROW(GatherMesh(list, group, node, mesh, context), std::runtime_error);
   log.Emit();
   EXPECT_EQ(system_.debugOutput, "");
 }

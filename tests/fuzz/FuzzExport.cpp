@@ -193,7 +193,7 @@ void CheckBatches(GeometryGroup group, const Options& options, const MaterialsLi
   RandomGenerator random(options.seed);
   const literal::DenseVoxels voxels(group, options.voxelSize, plain);
   const auto expected = literal::Batches(group, materials, voxels.cells);
-  BuildRenderBatches(group, BuildVoxelPartition(group, grid, random));
+  BuildRenderBatches(group, BuildVoxelPartition(group, grid, random), materials);
   Require(group.batches.size() == expected.size(), "there are the batches of the definition");
   std::size_t ordinal = 0;
   for (const literal::Batch& batch : expected) {
@@ -209,7 +209,7 @@ void CheckPasses(const Scene& scene, const Options& options) {
   State().currentScene = &model;
   model.Gather(host.GetRootNode());
   GeometryGroup& group = *model.groups.At(0);
-  DuplicateTwoSidedFaces(group);
+  DuplicateTwoSidedFaces(group, model.materials);
   constexpr std::size_t kMostFaces = 100;  // the definitions are quadratic
   if (group.faces.size() > kMostFaces) return;
   GeometryGroup literal = group;

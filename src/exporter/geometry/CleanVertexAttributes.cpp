@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "exporter/base/ProcessState.h"
 #include "exporter/geometry/MatchingUses.h"
 
 namespace mapexport {
@@ -156,10 +155,6 @@ void CompactAttributes(GeometryGroup& group, std::vector<std::uint32_t>& target)
 }
 
 }  // namespace
-
-void CleanVertexAttributes(GeometryGroup& group) {
-  CleanVertexAttributes(group, State().voxelCellSize);
-}
 
 void CleanVertexAttributes(GeometryGroup& group, const Point3& cellSize) {
   // Gathering shares whatever matches; then nothing is left to merge.

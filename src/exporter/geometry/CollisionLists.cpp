@@ -37,12 +37,6 @@ void PrepareCollisionLists(GeometryGroup& group) {
     pointOf[v] = static_cast<std::uint32_t>(group.collisionPoints.size());
     group.collisionPoints.push_back(group.vertices[v]);
   }
-  group.collisionPlanes.reserve(undrawn);
-  for (const GroupFace& face : group.faces) {
-    if (face.drawn == 0) {
-      group.collisionPlanes.push_back(PlaneOf(face.normal, group.vertices[face.v[0]]));
-    }
-  }
   std::vector<std::uint32_t> compacted(uses.size());
   std::uint32_t kept = 0;
   for (std::size_t v = 0; v < uses.size(); ++v) {
@@ -52,8 +46,12 @@ void PrepareCollisionLists(GeometryGroup& group) {
     ++kept;
   }
   group.vertices.Shrink(kept);
+  group.collisionPlanes.reserve(undrawn);
   for (GroupFace& face : group.faces) {
-    for (std::uint32_t& v : face.v) v = face.drawn != 0 ? compacted[v] : pointOf[v];
+    const std::vector<std::uint32_t>& newIndex = face.drawn != 0 ? compacted : pointOf;
+    for (std::uint32_t& v : face.v) v = newIndex[v];
+    if (face.drawn != 0) continue;
+    group.collisionPlanes.push_back(PlaneOf(face.normal, group.collisionPoints[face.v[0]]));
   }
 }
 

@@ -1,16 +1,6 @@
 #include "exporter/geometry/ConvertCoordinates.h"
 
-#include "exporter/base/ProcessState.h"
-
 namespace mapexport {
-
-void ConvertPoint(Point3& p) {
-  ConvertPoint(p, State().options.coordinateSystem);
-}
-
-void ConvertTextureCoordinates(Point3& uvw) {
-  ConvertTextureCoordinates(uvw, State().options.textureCoordinateMode);
-}
 
 float TransformParity(const Matrix3& m) {
   const auto& r = m.rows;

@@ -8,10 +8,8 @@
 
 namespace mapexport {
 
-/// Converts a world position in place, by the options' coordinate system. Winding is not changed.
-void ConvertPoint(Point3& p);
-/// The same for a given system: 0 (y, z, -x), 1 (-y, x, z), 2 unchanged, 3 (-x, y, z); others
-/// unchanged.
+/// Converts a world position in place by the coordinate system: 0 (y, z, -x), 1 (-y, x, z),
+/// 2 unchanged, 3 (-x, y, z); others unchanged. Winding is not changed.
 inline void ConvertPoint(Point3& p, std::int32_t coordinateSystem) {
   switch (coordinateSystem) {
     case 0:
@@ -28,9 +26,8 @@ inline void ConvertPoint(Point3& p, std::int32_t coordinateSystem) {
   }
 }
 
-/// Converts u and v in place, by the options' texture coordinate mode; w stays.
-void ConvertTextureCoordinates(Point3& uvw);
-/// The same for a given mode: 0 negates v, 1 negates u, 2 both, 3 and others none.
+/// Converts u and v in place by the texture coordinate mode: 0 negates v, 1 negates u, 2 both, 3
+/// and others none. w stays.
 inline void ConvertTextureCoordinates(Point3& uvw, std::int32_t textureCoordinateMode) {
   if (textureCoordinateMode == 1 || textureCoordinateMode == 2) uvw.x = -uvw.x;
   if (textureCoordinateMode == 0 || textureCoordinateMode == 2) uvw.y = -uvw.y;

@@ -5,12 +5,9 @@
 #include <cstdint>
 #include <utility>
 
-#include "exporter/materials/SceneMaterials.h"
-
 namespace mapexport {
 
-void DuplicateTwoSidedFaces(GeometryGroup& group) {
-  const MaterialsList& materials = SceneMaterials();
+void DuplicateTwoSidedFaces(GeometryGroup& group, const MaterialsList& materials) {
   if (std::ranges::none_of(materials.Records(), &MaterialRecord::twoSided)) return;
   const std::size_t count = group.faces.size();
   for (std::size_t f = 0; f < count; ++f) {

@@ -3,9 +3,7 @@
 #include <memory>
 #include <string_view>
 
-#include "exporter/base/ProcessState.h"
 #include "exporter/geometry/FaceFlags.h"
-#include "exporter/geometry/GatherMesh.h"
 
 namespace mapexport {
 namespace {
@@ -33,8 +31,9 @@ bool BeginsWith(const CStr& text, std::string_view start) {
 }
 
 /// Gathers the node's own mesh. False when the walk ends at this node.
-bool GatherOwnMesh(GroupList& groupList, GeometryGroup& group, INode& node) {
-  const TimeValue time = State().currentTime;
+bool GatherOwnMesh(GroupList& groupList, GeometryGroup& group, INode& node,
+                   const GatherContext& context) {
+  const TimeValue time = context.time;
   Object* object = node.EvalWorldState(time, true);
   if (object == nullptr || !object->CanConvertToType(kTriObjectClassID)) return true;
 
@@ -43,36 +42,38 @@ bool GatherOwnMesh(GroupList& groupList, GeometryGroup& group, INode& node) {
   const Mesh* mesh = static_cast<GeomObject*>(object)->GetRenderMesh(time, &node, view, needDelete);
   const std::unique_ptr<const Mesh> owned(needDelete ? mesh : nullptr);
   if (mesh == nullptr || mesh->faces.empty()) return false;
-  GatherMesh(groupList, group, node, *mesh);
+  GatherMesh(groupList, group, node, *mesh, context);
   return true;
 }
 
 }  // namespace
 
-GeometryGroup* GatherGroup(GroupList& groupList, INode& node, const CStr& name) {
+GeometryGroup* GatherGroup(GroupList& groupList, INode& node, const CStr& name,
+                           const GatherContext& context) {
   auto owned = std::make_unique<GeometryGroup>();
   GeometryGroup* group = owned.get();
   group->name = name;
-  GatherNode(groupList, *group, node);
+  GatherNode(groupList, *group, node, context);
   group->attributeIndex.Release();
   groupList.Append(std::move(owned));
   return group;
 }
 
-void GatherNode(GroupList& groupList, GeometryGroup& group, INode& node) {
+void GatherNode(GroupList& groupList, GeometryGroup& group, INode& node,
+                const GatherContext& context) {
   if (groupList.staticMode && groupList.staticPending) {
     groupList.staticPending = false;
     groupList.staticSetIndex = AddStaticSurfaceSet(group, LowerCaseName(node));
     group.surfaceSets[static_cast<std::size_t>(groupList.staticSetIndex)].flags |= kFlagStatic;
   }
-  if (!GatherOwnMesh(groupList, group, node)) return;
+  if (!GatherOwnMesh(groupList, group, node, context)) return;
 
   for (int i = 0; i < node.NumberOfChildren(); ++i) {
     INode& child = *node.GetChildNode(i);
     const CStr name = LowerCaseName(child);
     const bool isStatic = BeginsWith(name, "static");
     if (isStatic) groupList.staticMode = groupList.staticPending = true;
-    if (!BeginsWith(name, "exclude")) GatherNode(groupList, group, child);
+    if (!BeginsWith(name, "exclude")) GatherNode(groupList, group, child, context);
     if (isStatic) groupList.staticMode = false;
   }
 }

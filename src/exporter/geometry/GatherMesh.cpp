@@ -7,12 +7,10 @@
 #include <vector>
 
 #include "exporter/base/DebugLog.h"
-#include "exporter/base/ProcessState.h"
 #include "exporter/geometry/ConvertCoordinates.h"
 #include "exporter/geometry/FaceFlags.h"
 #include "exporter/geometry/NodeMaterials.h"
 #include "exporter/geometry/SmoothedNormals.h"
-#include "exporter/materials/SceneMaterials.h"
 
 namespace mapexport {
 namespace {
@@ -32,8 +30,8 @@ Color WireColourOf(const INode& node) {
 }
 
 /// Appends the mesh's vertices in export coordinates and extends the bounds.
-void GatherVertices(GeometryGroup& group, const Mesh& mesh, const Matrix3& transform) {
-  const std::int32_t coordinateSystem = State().options.coordinateSystem;
+void GatherVertices(GeometryGroup& group, const Mesh& mesh, const Matrix3& transform,
+                    std::int32_t coordinateSystem) {
   group.vertices.Extend(group.vertexCounter + mesh.verts.size());
   Point3* const vertices = group.vertices.data() + group.vertexCounter;
   Point3 lo = group.boundsMin;
@@ -108,14 +106,16 @@ struct CornerLook {
   ColourRgba colour;
 };
 
-CornerLook LookOf(std::int32_t material, const NodeMaterials& materials, const Color& wireColour) {
+CornerLook LookOf(std::int32_t material, const NodeMaterials& ofNode,
+                  const MaterialsList& materials, const Color& wireColour) {
   const VertexAttribute standing;
-  const Color colour = materials.ColourOf(
-      material, {standing.colour.r, standing.colour.g, standing.colour.b}, wireColour);
-  return {
-      material,
-      material == -1 ? nullptr : &SceneMaterials()[static_cast<std::size_t>(material)].uvTransform,
-      {colour.r, colour.g, colour.b, standing.colour.a}};
+  const MaterialRecord* record =
+      material == -1 ? nullptr : &materials.Records()[static_cast<std::size_t>(material)];
+  const Color colour = ofNode.ColourOf(
+      record, {standing.colour.r, standing.colour.g, standing.colour.b}, wireColour);
+  return {material,
+          record == nullptr ? nullptr : &record->uvTransform,
+          {colour.r, colour.g, colour.b, standing.colour.a}};
 }
 
 /// The texture coordinates of a mesh's corners. A texture vertex mostly serves several corners of
@@ -123,8 +123,8 @@ CornerLook LookOf(std::int32_t material, const NodeMaterials& materials, const C
 class CornerTextures {
  public:
   /// `tVerts` must outlive this.
-  explicit CornerTextures(const std::vector<Point3>& tVerts)
-      : tVerts_(tVerts), known_(tVerts.size()) {}
+  CornerTextures(const std::vector<Point3>& tVerts, std::int32_t textureCoordinateMode)
+      : tVerts_(tVerts), mode_(textureCoordinateMode), known_(tVerts.size()) {}
 
   /// Of a corner that names texture vertex `t`.
   const Point3& Of(std::uint32_t t, const CornerLook& look) {
@@ -145,22 +145,22 @@ class CornerTextures {
   static constexpr std::int32_t kNoMaterialYet = -2;
 
   const std::vector<Point3>& tVerts_;
+  std::int32_t mode_;
   std::vector<Known> known_;  ///< per texture vertex
-  std::int32_t mode_ = State().options.textureCoordinateMode;
 };
 
 /// Gives each of the mesh's faces its material and its corners their attributes.
 void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
                       const MeshPlace& place, const NodeMaterials& materials,
-                      std::span<const std::uint32_t> hostFaces) {
+                      std::span<const std::uint32_t> hostFaces, const GatherContext& context) {
   const Color wireColour = WireColourOf(node);
-  CornerTextures textures(mesh.tVerts);
+  CornerTextures textures(mesh.tVerts, context.textureCoordinateMode);
   const std::span<GroupFace> faces(group.faces.end() - hostFaces.size(), hostFaces.size());
   const SmoothedNormals normals(faces, place.firstVertex, mesh.verts.size());
   group.attributeIndex.Update(group.attributes);
   const std::vector<AttributePlace> attributePlaces =
       group.attributeIndex.PlacesOf({group.vertices.data() + place.firstVertex, mesh.verts.size()});
-  CornerLook look = LookOf(-1, materials, wireColour);
+  CornerLook look = LookOf(-1, materials, context.materials, wireColour);
   VertexAttribute corner;  // each one sets what differs from the one before
   corner.material = look.material;
   corner.colour = look.colour;
@@ -168,7 +168,7 @@ void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
     GroupFace& face = faces[f];
     face.material = materials.MaterialOf(mesh.faces[hostFaces[f]].MatID());
     if (face.material != look.material) {
-      look = LookOf(face.material, materials, wireColour);
+      look = LookOf(face.material, materials, context.materials, wireColour);
       corner.material = look.material;
       corner.colour = look.colour;
     }
@@ -187,18 +187,21 @@ void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
 
 }  // namespace
 
-void GatherMesh(GroupList& groupList, GeometryGroup& group, INode& node, const Mesh& mesh) {
+void GatherMesh(GroupList& groupList, GeometryGroup& group, INode& node, const Mesh& mesh,
+                const GatherContext& context) {
   const std::size_t setIndex = ChooseSurfaceSet(groupList, group, node);
   Mtl* material = node.GetMtl();
-  const NodeMaterials& materials =
-      groupList.materials.try_emplace(material, material).first->second;
-  const Matrix3 transform = node.GetObjectTM(State().currentTime);
+  const NodeMaterials& materials = groupList.materials
+                                       .try_emplace(material, material, context.materials,
+                                                    context.time, context.transparentTextures)
+                                       .first->second;
+  const Matrix3 transform = node.GetObjectTM(context.time);
   // A mirroring transform turns the triangles over; the others are turned over here.
   const bool mirrored = TransformParity(transform) < 0.0f;
   const MeshPlace place{setIndex, group.vertexCounter, !mirrored};
-  GatherVertices(group, mesh, transform);
+  GatherVertices(group, mesh, transform, context.coordinateSystem);
   const std::vector<std::uint32_t> hostFaces = GatherFaces(group, node, mesh, place);
-  GatherAttributes(group, node, mesh, place, materials, hostFaces);
+  GatherAttributes(group, node, mesh, place, materials, hostFaces, context);
   ++group.nodeCounter;
 }
 

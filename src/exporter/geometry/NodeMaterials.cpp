@@ -2,20 +2,21 @@
 
 #include <algorithm>
 
-#include "exporter/materials/SceneMaterials.h"
-
 namespace mapexport {
 
-NodeMaterials::NodeMaterials(Mtl* material) {
+NodeMaterials::NodeMaterials(Mtl* material, MaterialsList& materials, TimeValue time,
+                             const TextureNames& transparentTextures) {
   if (material == nullptr) return;
   if (material->ClassID() == kStandardMtlClassID) {
     kind_ = Kind::kStandard;
-    table_ = {SceneMaterials().FindOrAddMaterial(static_cast<StdMat&>(*material), textured_)};
+    table_ = {materials.FindOrAddMaterial(static_cast<StdMat&>(*material), textured_, time,
+                                          transparentTextures)};
   } else if (material->ClassID() == kMultiMtlClassID) {
     kind_ = Kind::kMulti;
     const int count = std::max(material->NumSubMtls(), 0);
     table_.assign(static_cast<std::size_t>(count), -1);
-    textured_ = SceneMaterials().FindOrAddSubMaterials(*material, count, table_);
+    textured_ =
+        materials.FindOrAddSubMaterials(*material, count, table_, time, transparentTextures);
   }
 }
 
@@ -31,13 +32,12 @@ std::int32_t NodeMaterials::MaterialOf(std::uint16_t materialId) const {
   return -1;
 }
 
-Color NodeMaterials::ColourOf(std::int32_t material, const Color& standing,
+Color NodeMaterials::ColourOf(const MaterialRecord* material, const Color& standing,
                               const Color& wireColour) const {
   if (kind_ == Kind::kNone) return wireColour;
   if (textured_) return {0.5f, 0.5f, 0.5f};
-  if (material == -1) return standing;
-  const ColourRgba& diffuse = SceneMaterials()[static_cast<std::size_t>(material)].diffuse;
-  return {diffuse.r, diffuse.g, diffuse.b};
+  if (material == nullptr) return standing;
+  return {material->diffuse.r, material->diffuse.g, material->diffuse.b};
 }
 
 }  // namespace mapexport

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "exporter/base/TextureNames.h"
+#include "exporter/materials/MaterialsList.h"
 #include "host/Mtl.h"
 #include "host/Types.h"
 
@@ -13,16 +15,18 @@ namespace mapexport {
 /// neither Standard nor Multi/Sub-Object, has no table.
 class NodeMaterials {
  public:
-  /// Finds or adds the materials in the running export's list. `material` is the node's, null for
-  /// none.
-  explicit NodeMaterials(Mtl* material);
+  /// Finds or adds the materials in the list, as FindOrAddMaterial does. `material` is the node's,
+  /// null for none.
+  NodeMaterials(Mtl* material, MaterialsList& materials, TimeValue time,
+                const TextureNames& transparentTextures);
 
   /// The material index of a face with that material ID, -1 for none.
   std::int32_t MaterialOf(std::uint16_t materialId) const;
 
-  /// The colour of a corner with that material. `standing` is what the corner has so far,
-  /// `wireColour` the node's own colour.
-  Color ColourOf(std::int32_t material, const Color& standing, const Color& wireColour) const;
+  /// The colour of a corner with that material, null for none. `standing` is what the corner has so
+  /// far, `wireColour` the node's own colour.
+  Color ColourOf(const MaterialRecord* material, const Color& standing,
+                 const Color& wireColour) const;
 
  private:
   enum class Kind { kNone, kStandard, kMulti };

@@ -9,9 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "exporter/geometry/FetchAhead.h"
-#include "exporter/materials/SceneMaterials.h"
-
 namespace mapexport {
 namespace {
 
@@ -40,7 +37,8 @@ struct PlacedFace {
 /// faces.
 class KindSorter {
  public:
-  explicit KindSorter(const GeometryGroup& group) : group_(group) {}
+  KindSorter(const GeometryGroup& group, const MaterialsList& materials)
+      : group_(group), materials_(materials) {}
 
   /// Calls `visit` with each kind and its faces, in their order.
   template <typename Visit>
@@ -95,7 +93,7 @@ class KindSorter {
   }
 
   const GeometryGroup& group_;
-  const MaterialsList& materials_ = SceneMaterials();
+  const MaterialsList& materials_;
   std::vector<Kind> kinds_;
   std::vector<PlacedFace> placed_;
   std::vector<std::uint32_t> numbers_;
@@ -246,10 +244,24 @@ class BatchBuilder {
   std::vector<Use> pool_;                   ///< the uses of this round, in the order they were made
 };
 
+/// Stores in each face of a batch the batch's ordinal and the face's place in the batch.
+void NumberFaces(GeometryGroup& group) {
+  for (std::size_t ordinal = 0; ordinal < group.batches.size(); ++ordinal) {
+    const std::span<const std::uint32_t> faces = group.batches[ordinal].faces;
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+      FetchAhead(group.faces, faces, i);
+      GroupFace& face = group.faces[faces[i]];
+      face.batchIndex = static_cast<std::int32_t>(ordinal);
+      face.batchPosition = static_cast<std::uint16_t>(i);
+    }
+  }
+}
+
 }  // namespace
 
-void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition) {
-  KindSorter sorter(group);
+void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition,
+                        const MaterialsList& materials) {
+  KindSorter sorter(group, materials);
   BatchBuilder builder(group);
   for (std::size_t cell = 0; cell < partition.CellCount(); ++cell) {
     sorter.Sort(partition.FacesOf(cell), partition.starts[cell],
@@ -258,6 +270,7 @@ void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition) {
                 });
   }
   group.batches = builder.TakeBatches();
+  NumberFaces(group);
 }
 
 }  // namespace mapexport

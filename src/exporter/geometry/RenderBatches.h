@@ -3,18 +3,21 @@
 
 #include "exporter/geometry/GeometryGroup.h"
 #include "exporter/geometry/VoxelPartition.h"
+#include "exporter/materials/MaterialsList.h"
 
 namespace mapexport {
 
-/// Builds `group.batches` from the partition.
+/// Builds `group.batches` from the partition and stores in each of their faces the ordinal of its
+/// batch and its place in it.
 ///
 /// A face goes into the first batch of its cell that has its material and its key and in which none
 /// of its vertices occurs with another attribute; else into a new one. The key is the face's node
 /// for a transparent material, -1 for any other, so that transparent faces are batched per source
 /// node. Batches of one material are adjacent: materials in reverse order of their first batch, the
-/// batches of a material in reverse order of creation. Needs the running export's materials.
+/// batches of a material in reverse order of creation.
 ///
 /// Near-linear, but for k faces that use k different attributes at one vertex, which cost k * k.
-void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition);
+void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition,
+                        const MaterialsList& materials);
 
 }  // namespace mapexport

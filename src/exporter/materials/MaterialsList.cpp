@@ -35,13 +35,8 @@ void TakeTexture(const StdMat& material, MaterialRecord& record) {
   record.textureName = TextureFileName(static_cast<const BitmapTex*>(map)->GetMapName());
 }
 
-bool IsTransparentTexture(const CStr& textureName) {
-  const std::string_view name = textureName.View();
-  return State().transparentTextures.Contains(name.substr(0, name.find('.')));
-}
-
-MaterialRecord MakeRecord(const StdMat& material) {
-  const TimeValue time = State().currentTime;
+MaterialRecord MakeRecord(const StdMat& material, TimeValue time,
+                          const TextureNames& transparentTextures) {
   MaterialRecord record;
   record.name = material.GetName();
   TakeTexture(material, record);
@@ -50,7 +45,8 @@ MaterialRecord MakeRecord(const StdMat& material) {
     record.ambient = {0.1f, 0.1f, 0.1f};
     record.diffuse = {1.0f, 1.0f, 1.0f};
     record.textureName.toLower();
-    record.transparent = IsTransparentTexture(record.textureName);
+    const std::string_view texture = record.textureName.View();
+    record.transparent = transparentTextures.Contains(texture.substr(0, texture.find('.')));
   } else {
     record.ambient = OpaqueColour(material.GetAmbient(time));
     record.diffuse = OpaqueColour(material.GetDiffuse(time));
@@ -67,6 +63,16 @@ MaterialRecord MakeRecord(const StdMat& material) {
 }  // namespace
 
 int MaterialsList::FindOrAddMaterial(StdMat& material, bool& textured) {
+  return FindOrAddMaterial(material, textured, State().currentTime, State().transparentTextures);
+}
+
+bool MaterialsList::FindOrAddSubMaterials(Mtl& multi, int count, std::span<int> indexMap) {
+  return FindOrAddSubMaterials(multi, count, indexMap, State().currentTime,
+                               State().transparentTextures);
+}
+
+int MaterialsList::FindOrAddMaterial(StdMat& material, bool& textured, TimeValue time,
+                                     const TextureNames& transparentTextures) {
   IndexNewRecords();
   const auto found = indexByName_.find(material.GetName());
   int index = 0;
@@ -74,20 +80,22 @@ int MaterialsList::FindOrAddMaterial(StdMat& material, bool& textured) {
     index = found->second;
   } else {
     index = static_cast<int>(Count());
-    records_.Append(MakeRecord(material));
+    records_.Append(MakeRecord(material, time, transparentTextures));
   }
   textured = Records()[static_cast<std::size_t>(index)].Textured();
   return index;
 }
 
-bool MaterialsList::FindOrAddSubMaterials(Mtl& multi, int count, std::span<int> indexMap) {
+bool MaterialsList::FindOrAddSubMaterials(Mtl& multi, int count, std::span<int> indexMap,
+                                          TimeValue time, const TextureNames& transparentTextures) {
   assert(count <= multi.NumSubMtls() && std::cmp_less_equal(count, indexMap.size()));
   bool anyTextured = false;
   for (int i = 0; i < count; ++i) {
     Mtl* const sub = multi.GetSubMtl(i);
     if (sub == nullptr || sub->ClassID() != kStandardMtlClassID) continue;
     bool textured = false;
-    indexMap[static_cast<std::size_t>(i)] = FindOrAddMaterial(static_cast<StdMat&>(*sub), textured);
+    indexMap[static_cast<std::size_t>(i)] =
+        FindOrAddMaterial(static_cast<StdMat&>(*sub), textured, time, transparentTextures);
     anyTextured = anyTextured || textured;
   }
   return anyTextured;

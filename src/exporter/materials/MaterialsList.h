@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "exporter/base/GrowableArray.h"
+#include "exporter/base/TextureNames.h"
 #include "exporter/materials/MaterialRecord.h"
 #include "host/Mtl.h"
 
@@ -23,14 +24,20 @@ class MaterialsList {
   /// may be changed until the next search.
   MaterialRecord& operator[](std::size_t i) { return records_.At(i); }
 
-  /// The index of the record with the name of `material`, made from the material when there is none
-  /// yet. `textured` receives whether the record has a texture. Constant time in the number of
-  /// records.
+  /// The index of the record with the name of `material`. When there is none yet, it is made from
+  /// the material as it is at `time`, and transparent when `transparentTextures` lists its texture.
+  /// `textured` receives whether the record has a texture. Constant time in the number of records.
+  int FindOrAddMaterial(StdMat& material, bool& textured, TimeValue time,
+                        const TextureNames& transparentTextures);
+  /// The same with the process's current time and transparent textures.
   int FindOrAddMaterial(StdMat& material, bool& textured);
 
   /// The same for each of the first `count` sub-materials of `multi`: its index goes to the same
   /// place of `indexMap`, which has at least `count` entries. A missing sub-material and one that
   /// is no standard material leave their place as it is. Returns whether any of them is textured.
+  bool FindOrAddSubMaterials(Mtl& multi, int count, std::span<int> indexMap, TimeValue time,
+                             const TextureNames& transparentTextures);
+  /// The same with the process's current time and transparent textures.
   bool FindOrAddSubMaterials(Mtl& multi, int count, std::span<int> indexMap);
 
   /// Whether the record `index` is transparent; false for -1.

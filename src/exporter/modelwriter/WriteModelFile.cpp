@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "exporter/modelwriter/WriteMaterials.h"
+#include "exporter/modelwriter/RecordHeader.h"
 
 namespace mapexport {
 namespace {
@@ -11,29 +11,56 @@ namespace {
 constexpr std::uint32_t kGeometryChunk = 7;
 constexpr std::uint32_t kMaterialChunk = 8;
 
-/// Writes a chunk: the size of its body, its id, its name, and the body, which `writeBody` writes.
-template <typename WriteBody>
-void WriteChunk(BinaryWriter& out, std::uint32_t id, std::string_view name,
-                const WriteBody& writeBody) {
+/// Begins a chunk: the size of its body, which EndBody fills in, its id and its name.
+SizeField BeginChunk(BinaryWriter& out, std::uint32_t id, std::string_view name) {
   SizeField size(out);
   out.U32(id);
   out.LString(name);
   size.BeginBody();
-  writeBody();
-  size.EndBody();
+  return size;
+}
+
+void WriteColour(BinaryWriter& out, const ColourRgba& colour) {
+  out.F32(colour.r);
+  out.F32(colour.g);
+  out.F32(colour.b);
+  out.F32(colour.a);
 }
 
 }  // namespace
 
-void WriteModelFile(const MaterialsList& materials, const GroupList& groups,
-                    WriteGroupRecord* writeGroup, std::ostream& stream) {
-  BinaryWriter out(stream);
+void WriteMaterials(const MaterialsList& materials, BinaryWriter& out) {
+  out.Count(materials.Count());
+  for (const MaterialRecord& material : materials.Records()) {
+    SizeField size(out);
+    WriteRecordHeader(out, material.typeCode, material.version, material.name);
+    size.BeginBody();
+    out.LString(material.textureName.View());
+    out.F32(material.scalar3);
+    out.F32(material.scalar2);
+    out.I32(material.modeValue);
+    WriteColour(out, material.ambient);
+    WriteColour(out, material.diffuse);
+    WriteColour(out, material.specular);
+    out.F32(material.scalar1);
+    out.U8(material.twoSided ? 1 : 0);
+    size.EndBody();
+  }
+}
+
+SizeField BeginModelFile(const MaterialsList& materials, std::size_t groupCount,
+                         BinaryWriter& out) {
   out.LString("BeginModel");
-  WriteChunk(out, kMaterialChunk, "MaterialList", [&] { WriteMaterials(materials, out); });
-  WriteChunk(out, kGeometryChunk, "GeometryList", [&] {
-    out.Count(groups.Count());
-    for (std::size_t i = 0; i < groups.Count(); ++i) writeGroup(*groups.At(i), out);
-  });
+  SizeField materialSize = BeginChunk(out, kMaterialChunk, "MaterialList");
+  WriteMaterials(materials, out);
+  materialSize.EndBody();
+  const SizeField geometrySize = BeginChunk(out, kGeometryChunk, "GeometryList");
+  out.Count(groupCount);
+  return geometrySize;
+}
+
+void EndModelFile(SizeField geometrySize, BinaryWriter& out) {
+  geometrySize.EndBody();
   out.LString("EndModel");
 }
 

@@ -1,17 +1,21 @@
 #include "exporter/plugin/ExportModel.h"
 
-#include "exporter/base/ProcessState.h"
-#include "exporter/geometry/Gather.h"
-#include "exporter/materials/SceneMaterials.h"
-#include "exporter/modelwriter/WriteKobRecord.h"
 #include "exporter/modelwriter/WriteModelFile.h"
-#include "exporter/modelwriter/WriteQobRecord.h"
+#include "exporter/plugin/CurrentExport.h"
 
 namespace mapexport {
+namespace {
 
-MaterialsList& SceneMaterials() {
-  return State().currentScene->materials;
+/// Prepares and writes one group after the other, so that the lists of one are in memory at a time.
+void WriteModel(const ExportModel& model, void (*writeGroup)(GeometryGroup&, BinaryWriter&),
+                std::ostream& stream) {
+  BinaryWriter out(stream);
+  const SizeField geometrySize = BeginModelFile(model.materials, model.groups.Count(), out);
+  for (std::size_t i = 0; i < model.groups.Count(); ++i) writeGroup(*model.groups.At(i), out);
+  EndModelFile(geometrySize, out);
 }
+
+}  // namespace
 
 void ExportModel::Gather(INode* node) {
   if (node == nullptr) return;
@@ -21,11 +25,11 @@ void ExportModel::Gather(INode* node) {
 }
 
 void ExportModel::WriteQob(std::ostream& stream) {
-  WriteModelFile(materials, groups, WriteQobRecord, stream);
+  WriteModel(*this, WriteQobRecord, stream);
 }
 
 void ExportModel::WriteKob(std::ostream& stream) {
-  WriteModelFile(materials, groups, WriteKobRecord, stream);
+  WriteModel(*this, WriteKobRecord, stream);
 }
 
 }  // namespace mapexport

@@ -3,10 +3,9 @@
 
 #include "exporter/base/ProcessState.h"
 #include "exporter/base/StopWatch.h"
-#include "exporter/geometry/CleanVertexAttributes.h"
-#include "exporter/geometry/DuplicateTwoSidedFaces.h"
 #include "exporter/geometry/RemoveDegenerateFaces.h"
 #include "exporter/geometry/WeldVertices.h"
+#include "exporter/plugin/CurrentExport.h"
 #include "exporter/plugin/ExportModel.h"
 #include "exporter/plugin/ResourceIds.h"
 #include "host/System.h"

@@ -1,12 +1,10 @@
-#include "exporter/modelwriter/WriteQobRecord.h"
+#include "exporter/modelwriter/GroupRecords.h"
 
 #include <span>
+#include <vector>
 
-#include "exporter/base/ProcessState.h"
+#include "exporter/base/GrowableArray.h"
 #include "exporter/geometry/CollisionLists.h"
-#include "exporter/geometry/FetchAhead.h"
-#include "exporter/geometry/RenderBatches.h"
-#include "exporter/geometry/VoxelPartition.h"
 #include "exporter/modelwriter/IndexLimit.h"
 #include "exporter/modelwriter/RecordHeader.h"
 
@@ -33,10 +31,8 @@ class CornerPlaces {
   std::vector<std::uint32_t> places_;
 };
 
-/// Writes a batch and stores its ordinal, and their places in it, in its faces.
-void WriteBatch(GeometryGroup& group, std::size_t ordinal, CornerPlaces& places,
+void WriteBatch(const GeometryGroup& group, const RenderBatch& batch, CornerPlaces& places,
                 BinaryWriter& out) {
-  const RenderBatch batch = group.batches[ordinal];
   places.Take(batch);
   out.I32(batch.material);
   const std::span<const std::uint32_t> faces = batch.faces;
@@ -44,10 +40,7 @@ void WriteBatch(GeometryGroup& group, std::size_t ordinal, CornerPlaces& places,
   out.Count(faces.size());
   out.Entries(faces.size(), 16, [&](BinaryCursor& entry, std::size_t i) {
     FetchAhead(group.faces, faces, i);
-    GroupFace& face = group.faces[faces[i]];
-    face.batchIndex = static_cast<std::int32_t>(ordinal);
-    face.batchPosition = static_cast<std::uint16_t>(i);
-    const CollisionPlane plane = PlaneOf(face.normal, group.vertices[face.v[0]]);
+    const CollisionPlane plane = PlaneOf(faceOf(i).normal, group.vertices[faceOf(i).v[0]]);
     entry.Point(plane.normal);
     entry.F32(plane.d);
   });
@@ -80,25 +73,46 @@ void WriteBatch(GeometryGroup& group, std::size_t ordinal, CornerPlaces& places,
   });
 }
 
-}  // namespace
-
 void WritePoints(std::span<const Point3> points, BinaryWriter& out) {
   out.Count(points.size());
   out.Entries(points.size(), 12,
               [&](BinaryCursor& entry, std::size_t i) { entry.Point(points[i]); });
 }
 
-void WriteQobRecord(GeometryGroup& group, BinaryWriter& out) {
-  MergeCollisionLists(group);
-  WritePreparedQobRecord(group, out);
+void WriteFaceTable(const GeometryGroup& group, BinaryWriter& out) {
+  std::uint32_t withoutBatch = 0;  // faces so far, and so the index of the next one's plane
+  out.Count(group.faces.size());
+  out.Entries(group.faces.size(), 16, [&](BinaryCursor& entry, std::size_t f) {
+    const GroupFace& face = group.faces[f];
+    for (const std::uint32_t v : face.v) entry.U16(v);
+    entry.U16(face.batchIndex == -1 ? withoutBatch++ : face.batchPosition);
+    entry.I32(face.surfaceSet);
+    entry.I32(face.batchIndex);
+  });
 }
 
-void WritePreparedQobRecord(GeometryGroup& group, BinaryWriter& out) {
-  ProcessState& state = State();
-  const VoxelGrid grid(group, state.options.geometryVoxelSize);
-  state.voxelCellSize = grid.cellSize;
-  BuildRenderBatches(group, BuildVoxelPartition(group, grid, state.random));
+void WriteSurfaceSets(const GeometryGroup& group, BinaryWriter& out) {
+  out.Count(group.surfaceSets.size());
+  for (const SurfaceSet& set : group.surfaceSets) {
+    out.LString(set.name.View());
+    out.U32(set.flags);
+    out.Count(set.faces.size());
+    out.Entries(set.faces.size(), 2,
+                [&](BinaryCursor& entry, std::size_t i) { entry.U16(set.faces[i]); });
+  }
+}
 
+void LogOverlongLists(const GeometryGroup& group) {
+  for (std::size_t ordinal = 0; ordinal < group.batches.size(); ++ordinal) {
+    LogOverlongList(group, "faces of batch", ordinal, group.batches[ordinal].faces.size());
+  }
+  LogOverlongList(group, "collision points", group.collisionPoints.size());
+  LogOverlongList(group, "faces", group.faces.size());
+}
+
+}  // namespace
+
+void WritePreparedQobRecord(const GeometryGroup& group, BinaryWriter& out) {
   SizeField size(out);
   WriteRecordHeader(out, group.typeCode, group.version, group.name);
   size.BeginBody();
@@ -107,10 +121,27 @@ void WritePreparedQobRecord(GeometryGroup& group, BinaryWriter& out) {
   out.Count(group.batches.size());
   CornerPlaces places(group.attributes.size());
   for (std::size_t ordinal = 0; ordinal < group.batches.size(); ++ordinal) {
-    LogOverlongList(group, "corners of batch", ordinal,
-                    group.batches[ordinal].cornerAttributes.size());
-    WriteBatch(group, ordinal, places, out);
+    const RenderBatch batch = group.batches[ordinal];
+    LogOverlongList(group, "corners of batch", ordinal, batch.cornerAttributes.size());
+    WriteBatch(group, batch, places, out);
   }
+  size.EndBody();
+}
+
+void WritePreparedKobRecord(const GeometryGroup& group, BinaryWriter& out) {
+  SizeField size(out);
+  WriteRecordHeader(out, kSecondGroupType, group.version, group.name);
+  size.BeginBody();
+  WritePreparedQobRecord(group, out);
+  LogOverlongLists(group);
+  WritePoints(group.collisionPoints, out);
+  out.Count(group.collisionPlanes.size());
+  out.Entries(group.collisionPlanes.size(), 16, [&](BinaryCursor& entry, std::size_t i) {
+    entry.Point(group.collisionPlanes[i].normal);
+    entry.F32(group.collisionPlanes[i].d);
+  });
+  WriteFaceTable(group, out);
+  WriteSurfaceSets(group, out);
   size.EndBody();
 }
 
