@@ -1,14 +1,17 @@
 #!/usr/bin/env bash
-# Holds every #include of src/ against the arrows between the rooms, which are the mapexport_room
-# lines of src/CMakeLists.txt. Prints each include against them as FILE:LINE and ends with 1.
+# Checks every #include of src/ against the arrows between the rooms, which are the mapexport_room
+# lines of src/CMakeLists.txt, and that no room declares what another one defines
+# (lib/check_definitions.py). Prints what is against them as FILE:LINE and ends with 1.
 #
 # Beyond these lines: the host's own library includes nothing but itself; exporter/load includes
-# plugin and what plugin may include, app/main includes app, app/pages app and cli; of side A, the exporter, side B may
-# include host only; side A takes the standard library and nothing else; Qt is for window alone.
+# plugin and what plugin may include, app/main includes app, app/pages app and cli; of side A, the
+# exporter, side B may include host only; side A takes the standard library and nothing else; geometry and
+# modelwriter take values, so they never include ProcessState.h; Qt is for window alone.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 cd -- "$root/src"
+status=0
 
 side_a="host base materials geometry modelwriter plugin exporter/load"
 standard_headers="
@@ -124,10 +127,19 @@ find . -type f \( -name '*.h' -o -name '*.cpp' \) -printf '%P\0' | LC_ALL=C sort
       }
     }
 
+    /^[ \t]*#[ \t]*include[ \t]*".*\/ProcessState.h"/ && (room == "geometry" || room == "modelwriter") {
+      Complain(FILENAME, FNR, room " takes values, not the process\x27s state")
+    }
+
     /^[ \t]*#[ \t]*include[ \t]*<Q[A-Z]/ && room != "window" {
       Complain(FILENAME, FNR, "only the room window includes Qt")
     }
 
     END { exit bad }
-  ' || { echo "The arrows between the rooms are broken." >&2; exit 1; }
-echo "Every include follows the arrows between the rooms."
+  ' || status=1
+python3 -B "$root/scripts/lib/check_definitions.py" || status=1
+if [[ $status -ne 0 ]]; then
+  echo "The arrows between the rooms are broken." >&2
+  exit 1
+fi
+echo "Every include and every definition follows the arrows between the rooms."
