@@ -19,7 +19,7 @@ struct Point2 {
   float y = 0.0f;
 };
 
-/// The view a render mesh is made for: hosts may choose the mesh's detail by it.
+/// The view that a render mesh is made for. Hosts may choose the mesh's detail by it.
 class View {
  public:
   virtual ~View() = default;
@@ -44,8 +44,8 @@ class Object {
 class GeomObject : public Object {
  public:
   /// The object's render mesh at time `t`, null when there is none. `needDelete` becomes true when
-  /// the mesh was made for this call and is the caller's to delete; else it stays the host's and
-  /// lives as long as the scene does.
+  /// the caller must delete the mesh; otherwise the host owns it, and it lives as long as the
+  /// scene.
   virtual const Mesh* GetRenderMesh(TimeValue t, INode* node, View& view, bool& needDelete) = 0;
 };
 

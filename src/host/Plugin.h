@@ -30,8 +30,8 @@ class SceneExport {
   /// The exporter's version times 100.
   virtual unsigned Version() = 0;
   virtual void ShowAbout(HWND owner) = 0;
-  /// Exports the host's scene to the path `name`. Returns 1 when the export was taken on, however
-  /// it ended; the exporter tells the person by itself.
+  /// Exports the host's scene to the path `name`. Returns 1 when the export was begun, however it
+  /// ended; the exporter informs the person itself.
   virtual int DoExport(const char* name, ExpInterface* exportInterface, Interface* hostInterface,
                        bool suppressPrompts) = 0;
 };

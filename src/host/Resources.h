@@ -1,5 +1,4 @@
-// The resources a plug-in library carries (texts, dialogs, cursors) and how the host comes to know
-// them.
+// The resources of a plug-in library (texts, dialogs, cursors), and how the host gets them.
 #pragma once
 
 #include <span>
@@ -26,7 +25,7 @@ enum class ControlKind {
 /// character width, an eighth of its height. Edit boxes scroll horizontally; list boxes are
 /// single-selection.
 struct DialogControl {
-  int id;  ///< -1: a control nobody refers to
+  int id;  ///< -1: no code refers to the control
   ControlKind kind;
   const char* text;
   int x, y, width, height;

@@ -41,14 +41,14 @@ constexpr WPARAM MakeCommand(int id, unsigned notification) {
 /// Handles one message of a dialog; returns whether it did.
 using DialogProc = bool(HWND dialog, unsigned message, WPARAM wParam, LPARAM lParam);
 
-/// A cursor of a module or of the system; what stands behind it is the System's own.
+/// A cursor of a module or of the system. The System alone knows what it points to.
 struct CursorHandle;
 using HCURSOR = CursorHandle*;
-/// The system's wait cursor, had from LoadCursor without a module.
+/// The system's wait cursor: LoadCursor returns it without a module.
 inline constexpr int IDC_WAIT = 32514;
 
 /// A file-open box. `filter` is pairs of NUL-terminated texts, display text then pattern, ended by
-/// an empty text. The chosen path lands in `file`, at most `maxFile` - 1 bytes and a NUL.
+/// an empty text. `file` receives the chosen path, at most `maxFile` - 1 bytes and a NUL.
 struct OpenFileName {
   HWND owner = nullptr;
   const char* filter = nullptr;
@@ -58,7 +58,7 @@ struct OpenFileName {
   std::uint32_t maxFile = 0;
 };
 
-/// An open key of the settings registry; what stands behind it is the System's own.
+/// An open key of the settings registry. The System alone knows what it points to.
 struct RegistryKey;
 using HKEY = RegistryKey*;
 

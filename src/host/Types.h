@@ -30,7 +30,7 @@ struct Color {
   friend bool operator==(const Color&, const Color&) = default;
 };
 
-/// A window of the System; what stands behind it is the System's own.
+/// A window of the System, which alone knows what it points to.
 struct Window;
 using HWND = Window*;
 

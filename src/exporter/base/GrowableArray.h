@@ -77,7 +77,7 @@ class GrowableArray {
  private:
   void Grow(std::size_t count) {
     const std::size_t capacity = items_.capacity();
-    // From here on an array is copied seldom: what it takes ahead is not touched before it is used.
+    // Larger arrays reserve far ahead, to be copied seldom; unused memory is never touched.
     constexpr std::size_t kLarge = (std::size_t{128} << 10) / sizeof(T);
     constexpr std::size_t kLeast = (std::size_t{64} << 20) / sizeof(T);
     if (capacity >= kLarge) {
@@ -85,7 +85,7 @@ class GrowableArray {
         ReserveAhead(count, std::max(3 * capacity, kLeast));
         return;
       } catch (const std::bad_alloc&) {
-        // Address space is limited, too; less may be had.
+        // Less address space may still be available.
       }
     }
     ReserveAhead(count, capacity);
@@ -101,8 +101,8 @@ class GrowableArray {
   std::vector<T> items_;
 };
 
-/// Asks for the item that `order` names a few places after `i`, while that of `i` is looked at. The
-/// processor fetches what follows by itself only where a list is read from one end to the other.
+/// For a loop over `order` that reads items[order[i]]: fetches an item that it will read soon. The
+/// processor does so by itself only where a list is read from one end to the other.
 template <typename List>
 void FetchAhead(const List& items, std::span<const std::uint32_t> order, std::size_t i) {
   constexpr std::size_t kAhead = 12;

@@ -18,8 +18,8 @@ const char* SkipBlanks(const char* text) {
   return text + std::strspn(text, " \t\n\v\f\r");
 }
 
-/// The value of a number that neither double nor long double can hold: the sign of its exponent
-/// says at which end it fell out.
+/// The value of a number that neither double nor long double can hold: 0 when its exponent is
+/// negative, else infinity.
 double OutOfRange(const char* digits, const char* end) {
   for (const char* c = digits; c != end; ++c) {
     if ((*c == 'e' || *c == 'E') && c[1] == '-') return 0.0;

@@ -8,7 +8,7 @@
 
 namespace mapexport {
 
-/// Text in a buffer of its own, NUL-terminated; the empty string has no buffer.
+/// Owns its text, NUL-terminated; the empty string has no buffer.
 class PathString {
  public:
   PathString() = default;

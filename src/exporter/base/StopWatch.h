@@ -1,4 +1,4 @@
-// Milliseconds between two moments, told to the debug log.
+// Measures the milliseconds between two moments and reports them to the debug log.
 #pragma once
 
 #include <cstdint>

@@ -30,7 +30,7 @@ class TextureNames {
   bool Contains(std::string_view name) const { return texts_.contains(std::string(name)); }
 
  private:
-  std::vector<const std::string*> names_;  ///< into texts_, whose elements stay where they are
+  std::vector<const std::string*> names_;  ///< into texts_, whose elements never move
   std::unordered_set<std::string> texts_;
 };
 

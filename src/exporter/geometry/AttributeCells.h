@@ -1,4 +1,4 @@
-// The cells that attributes are looked up by.
+// Which cells an attribute's values lie in, and which other cells their matches can lie in.
 #pragma once
 
 #include <array>
@@ -11,22 +11,22 @@
 
 namespace mapexport {
 
-/// One value of an attribute, and the cells that it is sorted into: so many per unit, many times as
-/// wide as the matching tolerance, so that most values are far from the borders of theirs.
+/// One value of an attribute, and how many cells a unit of its axis is divided into. A cell is
+/// wider than the matching tolerance on both of its sides together.
 struct AttributeAxis {
   float value;
   double cellsPerUnit;
 };
 
-/// Round coordinates sit on the borders of a grid through the origin; this fraction of a cell moves
-/// it.
+/// The grid is moved by this fraction of a cell: round coordinates would sit on the borders of a
+/// grid through the origin.
 inline constexpr double kAttributeGridShift = 0.37;
 
-/// From here on neighbouring floats are further apart than the tolerance: only equal values match,
-/// and each has a cell of its own.
+/// From here on neighbouring floats are further apart than the tolerance. Only equal values match,
+/// so the value itself is the cell.
 inline constexpr float kFarAttributeValue = 524288.0f;  // 2^19
 
-/// The one or two cells that the values within the tolerance of a value can lie in.
+/// The one or two cells of an axis in which the matches of a value can lie.
 struct CellsAround {
   explicit CellsAround(const AttributeAxis& axis) {
     if (std::fabs(axis.value) >= kFarAttributeValue) {
@@ -36,7 +36,7 @@ struct CellsAround {
     const double place = static_cast<double>(axis.value) * axis.cellsPerUnit + kAttributeGridShift;
     const double truncated = static_cast<double>(static_cast<std::int32_t>(place));
     const double own = truncated > place ? truncated - 1.0 : truncated;
-    // A cell too many does no harm; this is more than rounding can take away.
+    // More than rounding can take away; a cell too many does no harm.
     constexpr double kMargin = 1e-6;
     const double reach = static_cast<double>(kAttributeTolerance) * axis.cellsPerUnit + kMargin;
     cell[0] = static_cast<std::uint32_t>(static_cast<std::int32_t>(own));
@@ -49,7 +49,7 @@ struct CellsAround {
     }
   }
 
-  std::array<std::uint32_t, 2> cell{};  ///< the value's own cell first
+  std::array<std::uint32_t, 2> cell{};  ///< coordinates in the grid, the value's own cell first
   int count = 1;
 };
 
@@ -58,8 +58,8 @@ inline std::uint64_t MixCell(std::uint64_t hash, std::uint32_t cell) {
   return hash ^ (hash >> 29);
 }
 
-/// Calls `visit` with the hash of every cell that a match can lie in, that of the values' own cells
-/// first. The values are numbers, if infinite ones.
+/// Calls `visit` with the hash of every cell in which a match can lie: every combination of the
+/// axes' cells, the own ones first. No value is NaN.
 template <std::size_t kAxes, typename Visit>
 void VisitCells(std::uint64_t seed, const std::array<CellsAround, kAxes>& axes,
                 const Visit& visit) {

@@ -10,16 +10,16 @@
 namespace mapexport {
 namespace {
 
-constexpr double kCellsPerUnit = 1.0;
-constexpr std::uint32_t kFewAttributes = 32;  // in a cell that is not crowded
+constexpr double kCellsPerUnit = 1.0;         // of the large cells
+constexpr std::uint32_t kFewAttributes = 32;  // at most in a cell that is not crowded
 constexpr std::size_t kSmallestTable = 256;   // entries
-constexpr std::size_t kLargeTable = 1 << 17;  // a megabyte of them
+constexpr std::size_t kLargeTable = 1 << 17;  // entries, a megabyte
 
 bool IsFinite(const Point3& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
-/// What is not finite matches nothing, not even itself.
+/// False for an attribute that matches nothing, not even itself.
 bool CanMatch(const VertexAttribute& x) {
   return IsFinite(x.position) && IsFinite(x.normal) && IsFinite(x.uvw);
 }
@@ -33,7 +33,7 @@ std::uint32_t Upper(std::uint64_t hash) {
   return static_cast<std::uint32_t>(hash >> 32);
 }
 
-/// The place of a position, with its cell's hash instead of the cell.
+/// The place of a position, but with the cell's hash in `cell`: its number is not yet known.
 AttributePlace HashedPlaceOf(const Point3& position) {
   if (!IsFinite(position)) return {AttributePlace::Reach::kNone, 0};
   const std::array<CellsAround, 3> axes = AxesOf(position);
@@ -54,7 +54,8 @@ std::vector<AttributePlace> AttributeIndex::PlacesOf(std::span<const Point3> pos
   ReserveCells(chains_.size() + positions.size());
   std::vector<AttributePlace> places;
   places.reserve(positions.size());
-  // First the hashes: the entries can then be fetched ahead.
+  // All hashes come first, so that table entries can be fetched ahead. Each `cell` holds the hash
+  // until its turn, the cell's number afterwards.
   for (const Point3& position : positions) places.push_back(HashedPlaceOf(position));
   constexpr std::size_t kAhead = 16;
   for (std::size_t i = 0; i < places.size(); ++i) {
@@ -76,7 +77,7 @@ std::uint32_t AttributeIndex::FindFirst(const VertexAttribute& x, const Attribut
   return FirstOfNeighbours(x, place.cell, attributes, best);
 }
 
-/// The least of `best` and the attributes of one cell that match.
+/// The least of `best` and of the matches in one cell; in a crowded one, in all crowded cells.
 std::uint32_t AttributeIndex::FirstOfCell(std::uint32_t cell, const VertexAttribute& x,
                                           std::span<const VertexAttribute> attributes,
                                           std::uint32_t best) const {
@@ -90,10 +91,11 @@ std::uint32_t AttributeIndex::FirstOfCell(std::uint32_t cell, const VertexAttrib
   return best;
 }
 
+/// The least of `best` and of the matches in the cells around `ownCell`.
 std::uint32_t AttributeIndex::FirstOfNeighbours(const VertexAttribute& x, std::uint32_t ownCell,
                                                 std::span<const VertexAttribute> attributes,
                                                 std::uint32_t best) const {
-  // Where attributes are crowded all cells are searched at once.
+  // All crowded cells share one table: it is searched once.
   bool crowdedDone = chains_[ownCell].newest == kCrowdedCell;
   VisitCells(0, AxesOf(x.position), [&](std::uint64_t hash) {
     const Entry& entry = table_[PlaceInTable(Upper(hash))];
@@ -127,7 +129,7 @@ void AttributeIndex::Release() {
   distinct_ = distinct;
 }
 
-/// The place in the table of the entry with that hash, of a free one when there is none.
+/// Where the entry with that hash is in the table, or else where a new one goes.
 std::size_t AttributeIndex::PlaceInTable(std::uint32_t hash) const {
   const std::size_t mask = table_.size() - 1;
   std::size_t i = hash & mask;
@@ -144,11 +146,11 @@ std::uint32_t AttributeIndex::FindOrAddCell(std::uint32_t hash) {
   return entry.cell - 1;
 }
 
-/// Keeps the table at most three quarters full with that many cells.
+/// Makes the table large enough for that many cells: it stays at most three quarters full.
 void AttributeIndex::ReserveCells(std::size_t count) {
   const std::size_t least = count + count / 3 + 1;
   if (least <= table_.size()) return;
-  // To fill the table anew costs more than room that is not used yet, as long as that is little.
+  // A small table takes room ahead, which costs less than filling it anew.
   const std::size_t ahead = table_.size() < kLargeTable ? 4 * table_.size() : 0;
   std::vector<Entry> former(std::max({kSmallestTable, ahead, std::bit_ceil(least)}));
   former.swap(table_);
@@ -172,6 +174,7 @@ void AttributeIndex::Insert(const AttributePlace& place,
   chain = {i + 1, chain.length + 1};
 }
 
+/// Moves the attributes of a cell that has become crowded, oldest first.
 void AttributeIndex::MoveToCrowded(std::uint32_t cell,
                                    std::span<const VertexAttribute> attributes) {
   std::vector<std::uint32_t> moved;

@@ -24,10 +24,17 @@ std::uint32_t CellOf(float coordinate, float minimum, float cellSize) {
   return cell < static_cast<float>(kCells) ? static_cast<std::uint32_t>(cell) : kCells - 1;
 }
 
-/// Compares faces in the order of the definition, which decides what is merged into what: each face
-/// f visits the faces g that share a grid cell with it, in the order of the first cell that both
-/// lie in and then of g, and compares its corners with theirs. Only corners at one vertex act, so
-/// the visit is cut down to the faces that have a matching attribute at one of f's vertices.
+/// Merges in the order of the literal form, because the order decides what is merged into what.
+///
+/// The literal form sorts every face into all grid cells that its box of cells covers. Each face f,
+/// in turn, walks the cells of its box in x-major order and the faces g of each cell in ascending
+/// order, and meets each g once: in the first cell that both boxes cover. For each g it compares
+/// all corners k of f with all corners m of g, and merges the attributes of two corners that are at
+/// one vertex and match.
+///
+/// So f meets its faces g ordered by (first common cell, g). Here f meets only those g that can
+/// act: they use, at a vertex of f, an attribute that matches f's own attribute there. These are
+/// collected from the vertices and sorted by that pair; all other comparisons merge nothing.
 class AttributeMerger {
  public:
   AttributeMerger(const GeometryGroup& group, const MatchingUses& uses, const Point3& cellSize)
@@ -35,7 +42,7 @@ class AttributeMerger {
     std::iota(target_.begin(), target_.end(), 0u);
   }
 
-  /// For each attribute the one that it was merged into, itself for those that stay.
+  /// Per attribute the one that it was merged into, or itself.
   std::vector<std::uint32_t> Merge() {
     for (std::uint32_t f = 0; f < group_.faces.size(); ++f) {
       if (CanChange(group_.faces[f])) Visit(f);
@@ -48,15 +55,16 @@ class AttributeMerger {
     return AttributesMatch(group_.attributes[a], group_.attributes[b]);
   }
 
-  /// The uses at corner k's vertex, unless the corner's own attribute matches none of them.
+  /// The matching uses at corner k's vertex; none when the corner's own attribute is not one of
+  /// them.
   std::span<const AttributeUse> UsesAt(const GroupFace& face, std::size_t k) const {
     const auto uses = uses_.At(face.v[k]);
     const bool own = std::ranges::binary_search(uses, face.a[k], {}, &AttributeUse::attribute);
     return own ? uses : uses.first(0);
   }
 
-  /// Whether a comparison with some corner at the face's vertices would still merge anything. As
-  /// long as none would, all its comparisons leave everything as it is.
+  /// Whether some comparison at the face's vertices would merge anything. If none would, nothing
+  /// changes during the visit, so it can be skipped.
   bool CanChange(const GroupFace& face) const {
     for (std::size_t k = 0; k < 3; ++k) {
       const std::uint32_t own = face.a[k];
@@ -67,6 +75,7 @@ class AttributeMerger {
     return false;
   }
 
+  /// Compares face `f` with the faces that it meets, corner by corner.
   void Visit(std::uint32_t f) {
     const GroupFace& face = group_.faces[f];
     CollectVisits(f);
@@ -80,8 +89,8 @@ class AttributeMerger {
     }
   }
 
-  /// The faces to visit from f, in order: the first common cell in the upper half, the face in the
-  /// lower one.
+  /// Fills visits_ with the faces that f meets, in order. The upper half of an entry is the first
+  /// common cell, the lower half the face, so sorting gives the order.
   void CollectVisits(std::uint32_t f) {
     const GroupFace& face = group_.faces[f];
     const auto corner = LowCells(face);
@@ -110,8 +119,8 @@ class AttributeMerger {
     return low;
   }
 
-  /// The number, x-major, of the first cell that both faces' boxes hold. They share a vertex, so
-  /// the boxes meet, and the low corner of what they have in common is the larger of theirs.
+  /// The x-major number of the first cell that both faces' boxes cover. The faces share a vertex,
+  /// so the boxes overlap; per axis the overlap begins at the larger of the two low cells.
   std::uint64_t FirstCommonCell(const std::array<std::uint32_t, 3>& low,
                                 const GroupFace& other) const {
     const auto otherLow = LowCells(other);
@@ -122,7 +131,7 @@ class AttributeMerger {
     return cell;
   }
 
-  /// One entry follows the other; an entry that points at a third attribute loses that link.
+  /// Redirects the larger of the two targets to the smaller. A link that it had before is lost.
   void MergePair(std::uint32_t a, std::uint32_t b) {
     if (target_[a] == target_[b] || !Match(a, b)) return;
     (target_[a] > target_[b] ? target_[a] : target_[b]) = std::min(target_[a], target_[b]);
@@ -135,8 +144,8 @@ class AttributeMerger {
   std::vector<std::uint64_t> visits_;
 };
 
-/// Turns targets into new indices and moves the attributes that stay down to them. A target that
-/// was itself merged passes on where it went.
+/// Moves the attributes that stay down and turns `target` into their new indices. An attribute
+/// merged into one that was itself merged goes where that one went.
 void CompactAttributes(GeometryGroup& group, std::vector<std::uint32_t>& target) {
   std::uint32_t kept = 0;
   for (std::uint32_t i = 0; i < target.size(); ++i) {

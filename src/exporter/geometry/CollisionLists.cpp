@@ -56,7 +56,7 @@ void PrepareCollisionLists(GeometryGroup& group) {
 }
 
 void MergeCollisionLists(GeometryGroup& group) {
-  if (group.collisionPoints.empty()) return;  // nothing was taken apart
+  if (group.collisionPoints.empty()) return;  // nothing was separated
   const auto firstPoint = static_cast<std::uint32_t>(group.vertices.size());
   group.vertices.Reserve(group.vertices.size() + group.collisionPoints.size());
   for (const Point3& point : group.collisionPoints) group.vertices.Append(point);

@@ -11,15 +11,14 @@ inline CollisionPlane PlaneOf(const Point3& normal, const Point3& p0) {
   return {normal, -(normal.y * p0.y + normal.z * p0.z + normal.x * p0.x)};
 }
 
-/// Turns the faces of "notrendered" surface sets into collision-only faces and drops every vertex
-/// that no drawn face uses. Undrawn faces then have no batch and index `group.collisionPoints`,
-/// each has its plane in `group.collisionPlanes` in face order, and drawn faces index the compacted
-/// vertices. A vertex that both kinds use is in both lists. With nothing to separate and no unused
-/// vertex, nothing changes.
+/// Turns the faces of "notrendered" surface sets into collision-only faces and removes every vertex
+/// that no drawn face uses. Undrawn faces then have no batch, index `group.collisionPoints`, and
+/// each has a plane in `group.collisionPlanes`, in face order. Drawn faces index the remaining
+/// vertices. A vertex that both kinds use is in both lists.
 void PrepareCollisionLists(GeometryGroup& group);
 
-/// Takes an earlier preparation back: every face is drawn, the collision points follow the
-/// vertices, and both collision lists are empty. Preparing again then gives the same lists again.
+/// Undoes PrepareCollisionLists: every face is drawn, the collision points are appended to the
+/// vertices, and both lists are empty. Preparing the group again gives the same lists.
 void MergeCollisionLists(GeometryGroup& group);
 
 }  // namespace mapexport

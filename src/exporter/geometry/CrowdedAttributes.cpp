@@ -8,7 +8,9 @@
 namespace mapexport {
 namespace {
 
-constexpr double kPositionCells = 20.0;  // per unit
+// Cells per unit. Narrower cells hold fewer attributes, but more of a value's matches lie beyond a
+// border; each such axis doubles the cells of a lookup.
+constexpr double kPositionCells = 20.0;
 constexpr double kNormalCells = 8.0;
 constexpr double kUvCells = 20.0;
 constexpr std::size_t kFewestChains = 256;
@@ -58,6 +60,7 @@ void CrowdedAttributes::Insert(std::uint32_t i, std::span<const VertexAttribute>
   Link(static_cast<std::uint32_t>(entries_.size() - 1));
 }
 
+/// Doubles the chains. The entries become ascending, so each is linked at the end of its chain.
 void CrowdedAttributes::Grow() {
   chains_.assign(std::max(kFewestChains, 2 * chains_.size()), {});
   std::ranges::sort(entries_, {}, &Entry::attribute);
@@ -67,7 +70,7 @@ void CrowdedAttributes::Grow() {
   }
 }
 
-/// Puts an entry into its ascending place, which for all but moved attributes is the end.
+/// Puts an entry into its ascending place in its chain, mostly the end.
 void CrowdedAttributes::Link(std::uint32_t entry) {
   const std::uint32_t i = entries_[entry].attribute;
   Chain& chain = chains_[entries_[entry].hash & (chains_.size() - 1)];
@@ -77,7 +80,7 @@ void CrowdedAttributes::Link(std::uint32_t entry) {
     chain.first = entry;
     return;
   }
-  // One that moves here from a cell that has just become crowded can be older than what is here.
+  // An attribute from a cell that has just become crowded can be older than those of other cells.
   const bool isNewest = i > entries_[chain.last].attribute;
   std::uint32_t before = isNewest ? chain.last : chain.first;
   while (!isNewest && entries_[entries_[before].next].attribute < i) before = entries_[before].next;

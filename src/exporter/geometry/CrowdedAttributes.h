@@ -1,4 +1,4 @@
-// The attributes at places where there are many of them.
+// Finds a match among many attributes at nearly the same position.
 #pragma once
 
 #include <cstddef>
@@ -11,27 +11,28 @@
 
 namespace mapexport {
 
-/// A hash table of attributes by position, normal, texture coordinates and material: thousands of
-/// different corners at one point are told apart. A chain is in ascending order, so that its first
-/// match is its least one. Attributes are finite in all that is compared.
+/// The attributes of the crowded cells of AttributeIndex, in small cells: 1/20 unit of position and
+/// texture coordinates, 1/8 of normal. The hash of these nine coordinates and the material selects
+/// a chain. A chain is in ascending order, so that its first match is its least. All values that
+/// are compared are finite.
 class CrowdedAttributes {
  public:
   static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
 
-  /// The least of `best` and the attributes in the table that match `x`.
+  /// The least of `best` and of the attributes in the table that match `x`.
   std::uint32_t FindFirst(const VertexAttribute& x, std::span<const VertexAttribute> attributes,
                           std::uint32_t best) const;
 
-  /// Takes in attribute `i`, which is not yet in the table.
+  /// Adds attribute `i`, which is not yet in the table.
   void Insert(std::uint32_t i, std::span<const VertexAttribute> attributes);
 
  private:
   struct Entry {
     std::uint32_t attribute;
-    std::uint32_t hash;  ///< of the cell of its values, the low half
-    std::uint32_t next;  ///< of the chain, kNone at its end
+    std::uint32_t hash;  ///< of its cell; several cells can share a chain
+    std::uint32_t next;  ///< entry of the chain, kNone at its end
   };
-  struct Chain {
+  struct Chain {  // of entries
     std::uint32_t first = kNone;
     std::uint32_t last = kNone;
   };

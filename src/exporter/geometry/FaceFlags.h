@@ -16,8 +16,8 @@ struct FaceFlagKeyword {
   std::uint32_t bit;
 };
 
-/// The keywords in the order in which they are looked for. The program has its own list of them
-/// (system/FaceKeywords.h), which a test compares with this one.
+/// The keywords in the order of the search. The program has its own list (system/FaceKeywords.h); a
+/// test compares the two.
 inline constexpr std::array<FaceFlagKeyword, 7> kFaceFlagKeywords{{
     {"climbable", 0x01},
     {"notcollidable", 0x02},

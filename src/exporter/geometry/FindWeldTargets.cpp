@@ -10,19 +10,19 @@
 namespace mapexport {
 namespace {
 
-// Widths of a cell in reaches. The narrowest still lets nearly every query touch only two cells per
-// axis.
+// Widths of a cell, in reaches. Even with the narrowest most queries look into at most two cells
+// per axis.
 constexpr int kWidest = 32;
 constexpr int kNarrowest = 2;
 
-/// Round coordinates sit on the borders of a grid through the origin; this fraction of a cell moves
-/// it away.
+/// The grid is moved by this fraction of a cell: round coordinates would sit on the borders of a
+/// grid through the origin.
 constexpr double kShift = 0.37;
 
 /// More than rounding can move a coordinate by, in cells.
 constexpr double kMargin = 1e-6;
 
-// Tests of a pair that are fair: per vertex, and before anything is concluded from them.
+// How many comparisons are fair per vertex, and before the count is judged at all.
 constexpr std::int64_t kTestsPerVertex = 8;
 constexpr std::int64_t kFirstTests = 4096;
 
@@ -30,9 +30,9 @@ constexpr std::int64_t kFirstTests = 4096;
 constexpr std::size_t kBlock = 64;
 
 /// A float that two coordinates differ by less than when the squares of the differences add up to
-/// less than `squaredDistance`. Rounding never decreases as its argument grows. So a rounded sum
-/// below a float means squares below it, and a rounded difference below a float means the same of
-/// the difference itself: no margin is needed but for the root's own rounding.
+/// less than `squaredDistance`. Rounding is monotone: when a rounded sum is below a float, so is
+/// each square, and when a rounded difference is below a float, so is the exact one. So only the
+/// root's own rounding needs a margin.
 float ReachOf(float squaredDistance) {
   // An infinite square only leaves out the sums that overflow.
   const float finite = std::min(squaredDistance, std::numeric_limits<float>::max());
@@ -51,8 +51,8 @@ bool IsFinite(const Point3& p) {
 }
 
 /// The cells of an axis: whole numbers, of equal width around the origin. Far out, where
-/// neighbouring floats lie further apart than the reach, every float has a cell of its own, so that
-/// nothing crowds into the outermost cell.
+/// neighbouring floats are further apart than the reach, every float is its own cell, so that
+/// nothing crowds into an outermost one.
 class Axis {
  public:
   struct Range {
@@ -90,13 +90,14 @@ class Axis {
   double borderland_;  ///< of a cell, the part from which the reach can leave it
 };
 
-/// A hash grid over vertices that are added one after the other. The chain of a cell starts with
-/// the newest vertex: the first hit is the chain's best, and a chain ends at the best hit so far.
-/// Cells are wide at first, so that most queries look into one; they are narrowed when vertices
-/// crowd into them. A query looks into the vertex's own cell first and so comes at most as far back
-/// as the last vertex in the same fraction of a cell, since all within such a fraction are near
-/// each other. A vertex is thus passed over once per fraction around it, not once per query: the
-/// time is linear in the vertices, however they lie.
+/// A hash grid to which vertices are added in index order. A cell's chain begins with its newest
+/// vertex, so the first hit of a chain is its best, and a search ends at the best hit so far.
+///
+/// Cells are wide at first, so that most queries look into one, and are narrowed when vertices
+/// crowd into them. Vertices in the same small fraction of a cell are all near each other. A query
+/// looks into its own cell first, and so goes back at most to the last vertex in its own fraction.
+/// Hence a vertex is passed over once per fraction around it, not once per query: the time is
+/// linear in the vertices, wherever they are.
 class WeldGrid {
  public:
   WeldGrid(std::span<const Point3> vertices, float squaredDistance)
@@ -128,7 +129,7 @@ class WeldGrid {
     Axis::Range x;
     Axis::Range y;
     Axis::Range z;
-    std::uint32_t* head;  ///< of the chain of its own cell
+    std::uint32_t* head;  ///< of its own cell's chain
   };
 
   Place PlaceOf(const Point3& vertex) {

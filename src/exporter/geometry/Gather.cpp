@@ -8,8 +8,8 @@
 namespace mapexport {
 namespace {
 
-/// The view that render meshes are asked for: 640 x 480 pixels, looked at straight from above, one
-/// unit a pixel.
+/// The view that render meshes are made for: 640 x 480 pixels, from straight above, one pixel per
+/// unit.
 class ExportView : public View {
  public:
   ExportView() {

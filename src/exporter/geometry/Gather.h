@@ -12,10 +12,10 @@ GeometryGroup* GatherGroup(GroupList& groupList, INode& node, const CStr& name,
                            const GatherContext& context);
 
 /// Appends one node's mesh and, recursively, its children. A child whose name begins with "exclude"
-/// (in any case) is left out with its subtree; one that begins with "static" gets a surface set of
-/// its own for its subtree, up to the end of the first "static" node nested in it. A node whose
-/// render mesh is missing or has no faces ends the walk below it; a node without an object that
-/// converts to a mesh does not.
+/// (in any case) is left out with its subtree. One that begins with "static" gets a new surface set
+/// for its subtree, up to the end of the first "static" node nested in it. The walk ends at a node
+/// whose render mesh is missing or has no faces, but goes on below a node without an object that
+/// converts to a mesh.
 void GatherNode(GroupList& groupList, GeometryGroup& group, INode& node,
                 const GatherContext& context);
 

@@ -118,8 +118,8 @@ CornerLook LookOf(std::int32_t material, const NodeMaterials& ofNode,
           {colour.r, colour.g, colour.b, standing.colour.a}};
 }
 
-/// The texture coordinates of a mesh's corners. A texture vertex mostly serves several corners of
-/// one material: it is worked out again only when the material changes.
+/// The texture coordinates of a mesh's corners. Most texture vertices serve several corners of one
+/// material, so each is computed again only when the material changes.
 class CornerTextures {
  public:
   /// `tVerts` must outlive this.
@@ -161,7 +161,7 @@ void GatherAttributes(GeometryGroup& group, const INode& node, const Mesh& mesh,
   const std::vector<AttributePlace> attributePlaces =
       group.attributeIndex.PlacesOf({group.vertices.data() + place.firstVertex, mesh.verts.size()});
   CornerLook look = LookOf(-1, materials, context.materials, wireColour);
-  VertexAttribute corner;  // each one sets what differs from the one before
+  VertexAttribute corner;  // reused: each corner sets only what differs from the one before
   corner.material = look.material;
   corner.colour = look.colour;
   for (std::size_t f = 0; f < faces.size(); ++f) {

@@ -20,10 +20,10 @@ struct GatherContext {
 };
 
 /// Appends the mesh's vertices, converted to export coordinates, one face per host triangle and the
-/// attributes of its corners. Triangles without area are left out and told to the debug log. The
-/// surface set is that of the static subtree when one is being gathered, else the one of the node's
-/// face flags. Linear in the mesh, but for k faces that are smoothed around one vertex, which cost
-/// k * k additions: each sum starts from its own face's normal.
+/// attributes of its corners. Triangles without area are left out and reported to the debug log.
+/// The faces join the surface set of the static subtree while one is gathered, else that of the
+/// node's face flags. Linear in the mesh, except that k faces smoothed around one vertex cost k * k
+/// additions: each sum starts from its own face's normal.
 void GatherMesh(GroupList& groupList, GeometryGroup& group, INode& node, const Mesh& mesh,
                 const GatherContext& context);
 

@@ -57,25 +57,25 @@ class GeometryGroup : public MapRecord {
 };
 
 /// The index of the first surface set with these flags, of a new set named "NONE" when there is
-/// none. Takes constant time for flags that keywords can give.
+/// none. Constant time for flags that keywords can give.
 int FindOrAddSurfaceSet(GeometryGroup& group, std::uint32_t flags);
 
 /// Appends a surface set of that name with flags 0 and returns its index.
 int AddStaticSurfaceSet(GeometryGroup& group, const CStr& name);
 
-/// The index of the first attribute that matches, of `attribute` itself appended when none does.
-/// The same as a scan of all attributes from the first one, and in constant time as long as few
-/// attributes are close to each other. Many that differ, within 0.05 in position and texture
-/// coordinates and 0.125 in normal, are compared one by one: random ones cost each of 400,000
-/// corners some 2,800 comparisons.
+/// The index of the first attribute that matches; when none does, appends `attribute` and returns
+/// its index. Literal form: AddAttribute in tests/reference/LiteralGeometry.h, a scan from the
+/// first attribute. Constant time as long as few attributes are close to each other. Different ones
+/// within 0.05 in position and texture coordinates and 0.125 in normal are compared one by one:
+/// 400,000 random corners there cost some 2,800 comparisons each.
 int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute);
 /// The same with the place of the attribute's position in the group's index, which must know all
 /// attributes.
 int AddAttribute(GeometryGroup& group, const VertexAttribute& attribute,
                  const AttributePlace& place);
 
-/// Removes face `f`: from its surface set and from the faces, which move down by one; every face
-/// index of every set follows. Costs a pass over all faces and sets; RemoveFaces removes many at
+/// Removes face `f` from its surface set and from the faces. Later faces move down by one, and the
+/// sets' face indices follow. Costs a pass over all faces and sets: RemoveFaces removes many at
 /// once.
 void RemoveFace(GeometryGroup& group, std::uint32_t f);
 

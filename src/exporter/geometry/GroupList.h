@@ -36,8 +36,8 @@ class GroupList {
   bool staticPending = false;  ///< its surface set is yet to be made
   std::int32_t staticSetIndex = 0;
 
-  /// What was found out about each host material that the walk met; thousands of nodes can share
-  /// one of thousands of sub-materials. The null material's entry is that of nodes without one.
+  /// Per host material that the walk met, null for none: thousands of nodes can share a material
+  /// with thousands of sub-materials.
   std::unordered_map<Mtl*, NodeMaterials> materials;
 
  private:

@@ -1,4 +1,4 @@
-// Tells triangles that are hardly more than a line.
+// The test for triangles that are hardly more than a line.
 #pragma once
 
 #include "host/Point3.h"
@@ -12,13 +12,14 @@ inline constexpr float kZeroEdgeLength = 0.0001f;
 inline constexpr float kSliverDistanceSquared = 0.1f;
 
 /// Whether `c` lies closer than sqrt(0.1) to the straight line through `a` and `b`, or to `a` when
-/// the two coincide. Only this corner is looked at: the order of the corners matters.
+/// the two coincide. Only this corner is tested: the order of the corners matters. Literal form:
+/// LiteralIsSliver in tests/reference/LiteralWeldVertices.h.
 inline bool IsSliver(const Point3& a, const Point3& b, const Point3& c) {
   const Point3 edge = b - a;
   const Point3 direction = Normalize(edge);
   const float length = DotProd(edge, direction);
   Point3 foot = a;
-  // Written so that a length that is no number takes the way of a long edge.
+  // A NaN length counts as a long edge.
   if (!(length >= -kZeroEdgeLength && length <= kZeroEdgeLength)) {
     const float t = (DotProd(direction, c) - DotProd(direction, a)) / length;
     foot = a + edge * t;

@@ -8,7 +8,8 @@ namespace {
 /// Up to this many attributes at a vertex every pair is compared.
 constexpr std::size_t kFewAttributes = 64;
 
-/// A face corner: its attribute in the upper half, its face in the lower one.
+/// A face corner: its attribute in the upper half, its face in the lower one. So sorted corners are
+/// grouped by attribute, and each attribute's faces ascend.
 using Corner = std::uint64_t;
 
 std::uint32_t AttributeOf(Corner corner) {
@@ -32,7 +33,8 @@ CornerLists::CornerLists(const GeometryGroup& group)
   for (const GroupFace& face : group.faces) {
     for (const std::uint32_t v : face.v) ++firsts[v];
   }
-  // From counts to ends; filling the lists backwards makes starts of them.
+  // Turns the counts into the ends of the lists. Filling the lists backwards turns the ends into
+  // their starts.
   std::uint32_t end = 0;
   for (std::uint32_t& count : firsts) {
     end += count;
@@ -46,13 +48,14 @@ CornerLists::CornerLists(const GeometryGroup& group)
   }
 }
 
-/// The different attributes at one vertex, and which of them match another one.
+/// The attributes used at one vertex, and which of them match another one used there.
 struct VertexUses {
-  std::vector<AttributeUse> uses;  ///< the faces being positions in the vertex's corner list
+  /// One per attribute, ascending. First and end face are positions in the vertex's corners here.
+  std::vector<AttributeUse> uses;
   std::vector<bool> matched;
 
   void Collect(std::span<const Corner> sorted);
-  /// Fills `matched` and returns whether any entry is set.
+  /// Fills `matched`; returns whether any entry is true.
   bool Match(std::span<const VertexAttribute> attributes);
 
  private:
@@ -86,8 +89,8 @@ bool VertexUses::MatchPairs(std::span<const VertexAttribute> attributes) {
   return any;
 }
 
-/// Once upwards and once downwards: one direction finds those with a match before them, the other
-/// those with one behind them.
+/// The upward pass finds the uses with a match before them, the downward pass those with a match
+/// after them.
 bool VertexUses::MatchMany(std::span<const VertexAttribute> attributes) {
   bool any = false;
   std::vector<VertexAttribute> passed;

@@ -10,14 +10,16 @@
 
 namespace mapexport {
 
-/// One attribute at one vertex, where it matches another attribute that is used there.
+/// An attribute that some faces use at one vertex, where faces also use another one that matches
+/// it.
 struct AttributeUse {
   std::uint32_t attribute;
   std::uint32_t firstFace;  ///< into MatchingUses::faces
   std::uint32_t endFace;
 };
 
-/// For every vertex, the attributes there that match another one there.
+/// Per vertex, the attributes used there that match another one used there. Only these can be
+/// merged: most vertices have none.
 struct MatchingUses {
   std::vector<AttributeUse> uses;        ///< by vertex, then by attribute
   std::vector<std::uint32_t> faces;      ///< the faces of each use, ascending
@@ -31,7 +33,8 @@ struct MatchingUses {
   }
 };
 
-/// Looks at the corners of all faces, in near-linear time.
+/// Takes near-linear time in the corners of all faces. What CleanVertexAttributes does with them is
+/// defined in tests/reference/LiteralCleanVertexAttributes.h.
 MatchingUses FindMatchingUses(const GeometryGroup& group);
 
 }  // namespace mapexport

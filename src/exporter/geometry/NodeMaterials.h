@@ -23,8 +23,8 @@ class NodeMaterials {
   /// The material index of a face with that material ID, -1 for none.
   std::int32_t MaterialOf(std::uint16_t materialId) const;
 
-  /// The colour of a corner with that material, null for none. `standing` is what the corner has so
-  /// far, `wireColour` the node's own colour.
+  /// The colour of a corner with that material, null for none. `standing` is the corner's colour so
+  /// far, `wireColour` the node's.
   Color ColourOf(const MaterialRecord* material, const Color& standing,
                  const Color& wireColour) const;
 

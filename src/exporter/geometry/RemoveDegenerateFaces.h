@@ -11,7 +11,8 @@ inline bool IsDegenerate(const GroupFace& face) {
   return v[0] == v[1] || v[1] == v[2] || v[2] == v[0];
 }
 
-/// Removes every face of which two vertex indices are equal; the others keep their order.
+/// Removes every face with two equal vertex indices; the others keep their order. Literal form:
+/// LiteralRemoveDegenerateFaces in tests/reference/LiteralWeldVertices.h.
 void RemoveDegenerateFaces(GeometryGroup& group);
 
 }  // namespace mapexport

@@ -54,8 +54,8 @@ void FilterList(GrowableArray<std::uint32_t, 100>& list, std::int32_t setIndex,
         owner = kDropped;
         continue;
       }
-      // A second entry, or one in a foreign set, comes to mean the face before the removed one.
-      // Where there is none it wraps around, and every later removal lowers it once more.
+      // A second entry, or one in another set, then names the face before the removed one. Without
+      // such a face it wraps around, and every later removal lowers it once more.
       renumbered = renumbered > 0 ? renumbered - 1 : removedBefore - removedFaces;
     }
     list[kept++] = renumbered;

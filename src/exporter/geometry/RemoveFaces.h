@@ -1,4 +1,4 @@
-// Removes many faces in one go.
+// Removes many faces at once.
 #pragma once
 
 #include <vector>
@@ -7,8 +7,9 @@
 
 namespace mapexport {
 
-/// Removes every face f with remove[f], with the same result as RemoveFace on each of them in
-/// ascending order. `remove` has one entry per face. One pass over the faces and one over the sets.
+/// Removes every face f with remove[f]. `remove` has one entry per face. The result is that of the
+/// literal form, RemoveFace on each of them in ascending order, after one pass over the faces and
+/// one over the sets.
 void RemoveFaces(GeometryGroup& group, const std::vector<bool>& remove);
 
 }  // namespace mapexport

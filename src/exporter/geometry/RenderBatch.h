@@ -1,4 +1,4 @@
-// Faces of one voxel cell that are drawn in one go.
+// Faces of one voxel cell that are drawn together, and the list of all such batches of a group.
 #pragma once
 
 #include <cstddef>
@@ -20,10 +20,10 @@ struct RenderBatch {
   std::span<const std::uint32_t> cornerAttributes;  ///< indices into the group's attributes
 };
 
-/// The batches of a group, in the order of the model file. Their lists are parts of lists of all
-/// batches: there may be a batch for every face.
+/// The batches of a group, in the order of the model file. All batches share four lists, each using
+/// its own part, because there can be as many batches as faces.
 struct RenderBatchList {
-  /// A batch, and which parts are its lists.
+  /// A batch and its parts of the lists.
   struct Entry {
     std::int32_t material;
     std::int32_t key;
@@ -40,7 +40,7 @@ struct RenderBatchList {
 
   std::size_t size() const { return entries.size(); }
 
-  /// Batch `i`, which is good until the list changes.
+  /// Batch `i`, valid until the list changes.
   RenderBatch operator[](std::size_t i) const {
     const Entry& entry = entries[i];
     return {entry.material,

@@ -26,21 +26,21 @@ struct BatchKindHash {
   }
 };
 
-/// A face of the cell at hand: its place among all faces of the partition, which orders the batches
-/// that faces begin, and its index.
+/// A face of the current cell: its place among all faces of the partition, and its index. Batches
+/// are ordered by the places of the faces that began them.
 struct PlacedFace {
   std::uint32_t place;
   std::uint32_t face;
 };
 
-/// Sorts the drawn faces of one cell after the other by kind, kinds in the order of their first
-/// faces.
+/// Sorts the drawn faces of a cell by kind. Kinds come in the order of their first faces.
 class KindSorter {
  public:
   KindSorter(const GeometryGroup& group, const MaterialsList& materials)
       : group_(group), materials_(materials) {}
 
-  /// Calls `visit` with each kind and its faces, in their order.
+  /// Calls `visit` with each kind and its faces. `firstPlace` is the place of the cell's first
+  /// face.
   template <typename Visit>
   void Sort(std::span<const std::uint32_t> faces, std::uint32_t firstPlace, const Visit& visit) {
     Number(faces, firstPlace);
@@ -64,10 +64,10 @@ class KindSorter {
   struct Kind {
     BatchKind kind;
     std::uint32_t faces = 0;
-    std::uint32_t end = 0;  ///< where its faces end among the sorted ones, at last where they begin
+    std::uint32_t end = 0;  ///< of its sorted faces; their begin once they are placed
   };
 
-  /// Fills `placed_` with the drawn faces, and `numbers_` with the number of each one's kind.
+  /// Fills `placed_` with the drawn faces and `numbers_` with the number of each one's kind.
   void Number(std::span<const std::uint32_t> faces, std::uint32_t firstPlace) {
     std::unordered_map<BatchKind, std::uint32_t, BatchKindHash> known;
     kinds_.clear();
@@ -100,10 +100,10 @@ class KindSorter {
   std::vector<PlacedFace> sorted_;
 };
 
-/// Builds the batches of one kind of one cell after the other: faces of different kinds can neither
-/// share a batch nor keep each other out of one. Each vertex knows its uses (batch and attribute)
-/// by faces of the kind; a face is kept out of exactly the batches in which one of its vertices is
-/// used with another attribute.
+/// Builds the batches, a round for each kind of each cell: faces of different kinds can neither
+/// share a batch nor keep each other out of one. Each vertex has a chain of its uses (batch and
+/// attribute) in this round. A face is kept out of exactly those batches that use one of its
+/// vertices with another attribute.
 class BatchBuilder {
  public:
   explicit BatchBuilder(const GeometryGroup& group)
@@ -150,12 +150,12 @@ class BatchBuilder {
     std::uint32_t firstUse;  ///< its first one in the pool
     std::uint32_t faces = 0;
     std::uint32_t corners = 0;
-    // Where the lists of the finished batch go on.
+    // Where its next face and corner are stored in the lists of all batches.
     std::size_t nextFace = 0;
     std::size_t nextCorner = 0;
   };
 
-  /// The first batch of this round that can take the face; the number of batches when none can.
+  /// The first batch of this round that can take the face; the count of batches when none can.
   std::uint32_t FindBatch(const GroupFace& face) {
     ++stamp_;
     bool blocked = false;
@@ -174,8 +174,7 @@ class BatchBuilder {
   /// Gives the batch a local vertex for that vertex and attribute unless it has one.
   void AddCorner(std::uint32_t batch, std::uint32_t v, std::uint32_t attribute) {
     const std::uint32_t newest = newestUse_[v];
-    // What is older than a batch can't be of it: the face that begins one looks no further than its
-    // own corners.
+    // Uses older than the batch can't belong to it, so the search ends there.
     for (std::uint32_t u = newest; u != kNoUse && u >= started_[batch].firstUse;
          u = pool_[u].next) {
       if (pool_[u].batch == batch && pool_[u].attribute == attribute) return;
@@ -185,7 +184,7 @@ class BatchBuilder {
     ++started_[batch].corners;
   }
 
-  /// Makes batches of this round's.
+  /// Appends the batches of this round to the list.
   void Finish(const BatchKind& kind, std::span<const PlacedFace> faces) {
     std::size_t faceCount = batches_.faces.size();
     std::size_t cornerCount = batches_.cornerVertices.size();
@@ -212,8 +211,8 @@ class BatchBuilder {
     }
   }
 
-  /// In the order of their first faces, each batch is inserted before the first one of its
-  /// material, or at the front.
+  /// The list's order is that of inserting each batch, in the order of creation, before the first
+  /// one of its material, or at the front.
   void BringIntoListOrder() {
     std::vector<std::uint32_t> created(places_.size());
     std::iota(created.begin(), created.end(), 0u);
@@ -235,13 +234,13 @@ class BatchBuilder {
 
   const GeometryGroup& group_;
   RenderBatchList batches_;
-  std::vector<std::uint32_t> places_;  ///< per batch that of the face that began it
+  std::vector<std::uint32_t> places_;  ///< per batch the place of the face that began it
   std::vector<StartedBatch> started_;
   std::vector<std::uint64_t> blocked_;  ///< per batch the stamp of the last face it could not take
   std::vector<std::uint32_t> batchOfFace_;  ///< of the faces of this round
   std::uint64_t stamp_ = 0;                 ///< faces looked at so far
   std::vector<std::uint32_t> newestUse_;    ///< per vertex of the group, of this round
-  std::vector<Use> pool_;                   ///< the uses of this round, in the order they were made
+  std::vector<Use> pool_;                   ///< the uses of this round, in the order of creation
 };
 
 /// Stores in each face of a batch the batch's ordinal and the face's place in the batch.

@@ -16,7 +16,8 @@ namespace mapexport {
 /// node. Batches of one material are adjacent: materials in reverse order of their first batch, the
 /// batches of a material in reverse order of creation.
 ///
-/// Near-linear, but for k faces that use k different attributes at one vertex, which cost k * k.
+/// Near-linear, except that k faces with k different attributes at one vertex cost k * k. Literal
+/// form: Batches in tests/reference/LiteralGeometry.h.
 void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition,
                         const MaterialsList& materials);
 

@@ -11,8 +11,8 @@ bool IsFirstUse(const GroupFace& face, std::size_t k) {
   return k == 0 || (face.v[k] != face.v[0] && (k == 1 || face.v[k] != face.v[1]));
 }
 
-/// `value`, or else -0, which leaves every sum as it is. Which of them cannot be foretold: a branch
-/// would cost more than the sum.
+/// `value` when it counts, else -0, which leaves every sum unchanged. Without a branch, because its
+/// outcome can't be predicted.
 float OrNothing(float value, bool counts) {
   constexpr std::uint32_t kMinusZero = 0x8000'0000;
   return std::bit_cast<float>(counts ? std::bit_cast<std::uint32_t>(value) : kMinusZero);

@@ -13,10 +13,11 @@ namespace mapexport {
 /// The corner normals of the faces of one node. A corner of a face with smoothing groups starts
 /// from the face's normal, adds the normals of the node's other faces that share a smoothing group
 /// and the vertex, in face order, and is normalised; a face without smoothing groups is flat.
+/// Literal form: CornerNormal in tests/reference/LiteralGeometry.h.
 class SmoothedNormals {
  public:
-  /// `faces` are the node's faces in the order of their surface set, `firstVertex` and
-  /// `vertexCount` the range of the group's vertices they use. The faces must outlive this.
+  /// `faces` are the node's faces in the order of their surface set. They use the `vertexCount`
+  /// vertices of the group from `firstVertex` on. The faces must outlive this.
   SmoothedNormals(std::span<const GroupFace> faces, std::uint32_t firstVertex,
                   std::size_t vertexCount);
 
@@ -34,7 +35,7 @@ class SmoothedNormals {
 
   std::span<const GroupFace> faces_;
   std::uint32_t firstVertex_;
-  // Empty when all faces are flat:
+  // These are empty when all faces are flat.
   std::vector<Facing> facings_;        ///< per face
   std::vector<std::uint32_t> starts_;  ///< where each vertex's faces begin in users_
   std::vector<std::uint32_t> users_;   ///< indices into faces_, ascending per vertex

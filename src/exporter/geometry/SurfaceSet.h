@@ -26,8 +26,8 @@ class SurfaceSet : public MapRecord {
   std::uint32_t smoothing = 0;
 };
 
-/// Finds the first set with given flags without a scan of all sets: a level can have a set for each of
-/// thousands of "static" nodes. A set's flags must not change once a later search has seen them.
+/// Finds the first set with given flags without a scan of all sets: a level can have a set for each
+/// of thousands of "static" nodes. A set's flags must not change once a later search has seen them.
 class SurfaceSetIndex {
  public:
   SurfaceSetIndex() { first_.fill(kNone); }

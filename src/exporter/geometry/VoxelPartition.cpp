@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kVotes = 10;
 constexpr std::int64_t kFewCells = 64;  // whose votes are counted in place
-// Up to which a grid is held whole, with 32-bit numbers of its cells.
+// A grid with at most so many cells is held in memory, with 32-bit cell numbers.
 constexpr std::uint64_t kCellsPerFace = 4;
 constexpr std::uint64_t kMostCounted = std::numeric_limits<std::uint32_t>::max();
 
@@ -80,7 +80,7 @@ std::array<VoxelCell, kVotes> RandomCells(const VoxelGrid& grid, const CellBox& 
   return cells;
 }
 
-/// The cell with the most votes, of several the first one in x-major order.
+/// The cell with the most votes; of several, the first in x-major order.
 VoxelCell Winner(std::array<VoxelCell, kVotes> votes) {
   std::ranges::sort(votes);
   VoxelCell winner = votes[0];
@@ -97,7 +97,7 @@ VoxelCell Winner(std::array<VoxelCell, kVotes> votes) {
   return winner;
 }
 
-/// The same for votes within a small box: they are counted.
+/// The same for votes within a small box, by a counter per cell.
 VoxelCell WinnerOfFew(const std::array<VoxelCell, kVotes>& votes, const CellBox& box,
                       const std::array<std::int64_t, 3>& n) {
   std::array<std::uint8_t, kFewCells> counts{};
@@ -142,7 +142,7 @@ std::vector<Number> CellsOf(const VoxelGrid& grid, std::span<const Point3> point
   return cells;
 }
 
-/// The number of the cell that each face goes to. `Number` holds those of all cells of the grid.
+/// Per face the number of its cell. `Number` can hold the number of every cell of the grid.
 template <typename Number>
 std::vector<Number> AssignFaces(const GeometryGroup& group, const VoxelGrid& grid,
                                 RandomGenerator& random) {
@@ -169,7 +169,7 @@ std::vector<Number> AssignFaces(const GeometryGroup& group, const VoxelGrid& gri
   return assigned;
 }
 
-/// The partition by a count per cell of the grid, of which there are `cellCount`.
+/// The partition by counting the faces of each of `cellCount` cells.
 VoxelPartition CountCells(std::span<const std::uint32_t> assigned, std::size_t cellCount) {
   std::vector<std::uint32_t> ends(cellCount, 0);
   for (const std::uint32_t cell : assigned) ++ends[cell];
@@ -224,7 +224,7 @@ VoxelPartition BuildVoxelPartition(const GeometryGroup& group, const VoxelGrid& 
                                    RandomGenerator& random) {
   const VoxelCell last{grid.counts[0] - 1, grid.counts[1] - 1, grid.counts[2] - 1};
   const std::uint64_t cellCount = NumberOf(grid, last) + 1;
-  // A grid of hardly more cells than faces is cheap to hold; any other may be of any size.
+  // A grid with few cells per face is cheap to hold; others can have any size.
   if (cellCount <= kCellsPerFace * group.faces.size() + 1 && cellCount <= kMostCounted) {
     return CountCells(AssignFaces<std::uint32_t>(group, grid, random), cellCount);
   }

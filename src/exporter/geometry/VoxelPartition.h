@@ -32,7 +32,7 @@ struct VoxelGrid {
   std::array<std::int32_t, 3> counts{};
 };
 
-/// The faces of a group by cell. Holds nothing for empty cells: memory follows the faces.
+/// The faces of a group by cell. Empty cells take no memory.
 struct VoxelPartition {
   std::vector<std::uint32_t> faces;   ///< face indices, cell by cell; ascending within a cell
   std::vector<std::uint32_t> starts;  ///< where each cell's faces begin in `faces`, and their end
@@ -46,8 +46,9 @@ struct VoxelPartition {
 
 /// Assigns every face, drawn or not, to one cell. A face in one cell goes there; a face that spans
 /// several goes where most of 10 random points on it lie, the first such cell in x-major order.
-/// Random numbers are drawn in face order, for spanning faces only. An undrawn face's indices mean
-/// `group.collisionPoints`.
+/// Random numbers are drawn in face order, for spanning faces only. The vertex indices of an
+/// undrawn face are indices into `group.collisionPoints`. Literal form: DenseVoxels in
+/// tests/reference/LiteralGeometry.h.
 VoxelPartition BuildVoxelPartition(const GeometryGroup& group, const VoxelGrid& grid,
                                    RandomGenerator& random);
 

@@ -5,11 +5,11 @@
 
 namespace mapexport {
 
-/// Merges each vertex into the one with the largest lower index that lies closer than `distance` (a
-/// negative distance works like its absolute value, 0 merges nothing), following chains in index
-/// order. Surviving vertices keep their positions and their order. Faces that have become slivers
-/// are removed afterwards. Attributes are not touched. Returns whether there are faces left for
-/// RemoveDegenerateFaces.
+/// Merges each vertex into the one with the largest lower index that lies closer than `distance`,
+/// following chains in index order. A negative distance works like its absolute value, 0 merges
+/// nothing. Surviving vertices keep their positions and their order. Then removes faces that have
+/// become slivers. Attributes stay. Returns whether RemoveDegenerateFaces has faces to remove.
+/// Literal form: tests/reference/LiteralWeldVertices.h.
 bool WeldVertices(GeometryGroup& group, float distance);
 
 }  // namespace mapexport

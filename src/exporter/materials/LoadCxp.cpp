@@ -89,7 +89,7 @@ void ReadEntries(std::istream& input, TextureNames& transparentTextures) {
 }
 
 bool OpenForReading(const char* path, std::filebuf& file) {
-  // Opening or reading a pipe or a device may never end; a folder can be opened on some platforms.
+  // Opening or reading a pipe or a device may never end; some platforms can open a folder.
   std::error_code unknown;
   const std::filesystem::file_status status = std::filesystem::status(path, unknown);
   const bool isOther = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
@@ -102,7 +102,7 @@ bool ReadFile(const char* path, TextureNames& names) {
   if (!OpenForReading(path, file)) return false;
   TextStreambuf text(file);
   std::istream input(&text);
-  // Of its own accord a stream takes what fails for the end of the file.
+  // Without this a read error would look like the end of the file.
   input.exceptions(std::ios::badbit);
   try {
     ReadCxp(input, names);
@@ -115,7 +115,7 @@ bool ReadFile(const char* path, TextureNames& names) {
 }  // namespace
 
 void ReadCxp(std::istream& input, TextureNames& transparentTextures) {
-  // A database that breaks off is as good as what was read before; nobody is told.
+  // A database that breaks off counts up to there, silently.
   try {
     ReadEntries(input, transparentTextures);
   } catch (const KXParser::ReadException&) {

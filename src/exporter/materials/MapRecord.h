@@ -1,4 +1,4 @@
-// What every record of the model file is known by.
+// The base of every record: its name, type code and version.
 #pragma once
 
 #include <cstdint>

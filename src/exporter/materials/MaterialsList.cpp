@@ -16,9 +16,8 @@ ColourRgba OpaqueColour(const Color& c) {
   return {c.r, c.g, c.b};
 }
 
-/// The file name of a bitmap's path: what follows the last separator before the path's first ".",
-/// so that a folder's name with a "." stays part of it. Without any "." it is what follows the last
-/// separator.
+/// The file name of a bitmap's path: all that follows the last separator before the path's first
+/// ".". Without any "." it is what follows the last separator.
 CStr TextureFileName(std::string_view path) {
   const std::size_t separator = path.find_last_of("\\/", path.find('.'));
   return CStr(separator == std::string_view::npos ? path : path.substr(separator + 1));

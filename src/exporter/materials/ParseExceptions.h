@@ -14,7 +14,7 @@ class ReadException {};
 class TokenException {
  public:
   std::string required;  ///< what the syntax asks for
-  std::string found;     ///< the token that stands there
+  std::string found;     ///< the token at that place
 };
 
 }  // namespace mapexport::KXParser

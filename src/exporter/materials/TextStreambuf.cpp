@@ -13,7 +13,7 @@ TextStreambuf::int_type TextStreambuf::underflow() {
     if (in[0] != '\r' || in[1] != '\n') *out++ = *in;
   }
   *out = *last;
-  // The line feed behind a carriage return that ends the chunk takes its place.
+  // A carriage return at the end of the chunk is replaced by the line feed after it.
   if (*out == '\r' && source_.sgetc() == traits_type::to_int_type('\n')) {
     source_.sbumpc();
     *out = '\n';

@@ -6,8 +6,8 @@
 
 namespace mapexport {
 
-/// Delivers the characters of another buffer without the carriage returns that stand directly
-/// before a line feed. A carriage return anywhere else is text and stays.
+/// Delivers the characters of another buffer without each carriage return that directly precedes a
+/// line feed. Other carriage returns are text and stay.
 class TextStreambuf : public std::streambuf {
  public:
   /// `source` must outlive this.

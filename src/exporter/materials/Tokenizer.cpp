@@ -28,7 +28,7 @@ bool Tokenizer::ReadToken() {
   }
 }
 
-/// Goes on to the next line; when the stream has none, the input is exhausted.
+/// Makes the next line the current one; false, and the input is exhausted, when there is none.
 bool Tokenizer::NextLine() {
   if (input_.peek() == std::istream::traits_type::eof()) {
     atEnd_ = true;

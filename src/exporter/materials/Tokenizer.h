@@ -7,7 +7,8 @@
 namespace mapexport {
 
 /// Yields the words of a text one by one. Spaces and tabs separate words, // and block comments are
-/// skipped, text between double quotes is one token. It knows no syntax beyond that.
+/// skipped, text between double quotes is one token. Literal form:
+/// tests/reference/LiteralTokenizer.h.
 ///
 /// A line of the text that is longer than 1,023 characters counts as several lines of 1,023 each,
 /// so no token spans two of them. A NUL in a line hides the rest of it. Any other byte is text.
@@ -21,9 +22,9 @@ class Tokenizer {
 
   /// Reads the next token; false when the input is exhausted, then and on every later call.
   ///
-  /// A token that ends with its line makes the next line be read at once, so the stream is at its
-  /// end after the last token of a text, and already after the last token of the line before a
-  /// last line that has no line feed.
+  /// After a token that ends its line the next line is read at once. So the stream is at its end
+  /// after the last token of a text, or earlier: after the last token before a last line that has
+  /// no line feed.
   bool ReadToken();
 
   /// The text of the last token, possibly empty between quotes; empty after ReadToken was false.

@@ -47,9 +47,9 @@ class BinaryCursor {
   char* place_;
 };
 
-/// Writes numbers and texts to a seekable binary stream, through a buffer of its own. The stream's
-/// state is not looked at: whoever opened it judges what came out. Everything has reached the
-/// stream after Flush or the destructor.
+/// Writes numbers and texts to a seekable binary stream through a buffer. Ignores the stream's
+/// state: whoever opened it checks the result. After Flush or the destructor everything is in the
+/// stream.
 class BinaryWriter {
  public:
   explicit BinaryWriter(std::ostream& stream);
@@ -63,8 +63,8 @@ class BinaryWriter {
   void U32(std::uint32_t value) { Room(sizeof value).U32(value); }
   void I32(std::int32_t value) { Room(sizeof value).I32(value); }
   void F32(float value) { Room(sizeof value).F32(value); }
-  /// `count` entries of `size` bytes each: `put` is called with a cursor and the number of the
-  /// entry, and stores just that many bytes.
+  /// `count` entries of `size` bytes each. Calls `put` with a cursor and the entry's number; it
+  /// stores exactly `size` bytes.
   template <typename Put>
   void Entries(std::size_t count, std::size_t size, const Put& put) {
     for (std::size_t i = 0; i < count;) {
@@ -104,14 +104,14 @@ class BinaryWriter {
   std::uint64_t flushed_ = 0;  ///< bytes that have left the buffer
 };
 
-/// A u32 that tells how many bytes follow some later point: written as 0, filled in at the end.
+/// The u32 in front of a body that holds its size: written as 0, filled in after the body.
 class SizeField {
  public:
   /// Writes the placeholder.
   explicit SizeField(BinaryWriter& out) : out_(out), place_(out.Position()) { out.U32(0); }
   /// The bytes that count begin here.
   void BeginBody() { body_ = out_.Position(); }
-  /// The bytes that count end here: fills in their number, cut to 32 bits.
+  /// The bytes that count end here. Fills in their number, cut to 32 bits.
   void EndBody() { out_.PatchU32(place_, static_cast<std::uint32_t>(out_.Position() - body_)); }
 
  private:

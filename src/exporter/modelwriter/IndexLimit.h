@@ -10,8 +10,7 @@ namespace mapexport {
 /// Entries that a 16-bit index can address.
 inline constexpr std::size_t kIndexableEntries = 65536;
 
-/// Tells the debug log of a list of the group that has more entries than that; silent for any
-/// other.
+/// Reports a list of the group to the debug log when it has more entries than that.
 void LogOverlongList(const GeometryGroup& group, const char* list, std::size_t count);
 /// The same for one of several lists of a kind.
 void LogOverlongList(const GeometryGroup& group, const char* list, std::size_t ordinal,

@@ -1,4 +1,4 @@
-// What every record of a model file begins with.
+// The header of every record of a model file.
 #pragma once
 
 #include <cstdint>

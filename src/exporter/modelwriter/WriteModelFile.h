@@ -12,9 +12,9 @@ namespace mapexport {
 /// transform and the transparency mark serve the export alone and are not written.
 void WriteMaterials(const MaterialsList& materials, BinaryWriter& out);
 
-/// Begins a model file: writes the start tag, the material chunk and the head of the geometry chunk.
-/// `groupCount` group records follow, then EndModelFile with what this returns, the size of the
-/// geometry chunk.
+/// Begins a model file: writes the start tag, the material chunk and the head of the geometry
+/// chunk. `groupCount` group records follow, then EndModelFile with what this returns, the size of
+/// the geometry chunk.
 SizeField BeginModelFile(const MaterialsList& materials, std::size_t groupCount, BinaryWriter& out);
 
 /// Fills in the size of the geometry chunk and writes the end tag.

@@ -21,8 +21,8 @@ class ExportModel {
   /// Gathers the node and every node below it into one group, named after the node, "NONE" when its
   /// name is empty. Nothing happens without a node.
   virtual void Gather(INode* node);
-  /// Writes the model file with QOB group records to a seekable binary stream. The stream's state
-  /// is not looked at.
+  /// Writes the model file with QOB group records to a seekable binary stream, whose state is
+  /// ignored.
   virtual void WriteQob(std::ostream& stream);
   /// The same with the second group records.
   virtual void WriteKob(std::ostream& stream);

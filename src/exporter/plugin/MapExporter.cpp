@@ -21,7 +21,7 @@ PathString OutputName(const char* name) {
   return extension == "" ? path + ".map" : path;
 }
 
-/// Tells the debug log why an export ended. Nobody is left to tell when even that fails.
+/// Reports to the debug log why an export ended; silent when even that fails.
 void LogException(const char* reason) noexcept {
   try {
     DebugLog& log = DebugLog::Instance();

@@ -25,10 +25,9 @@ class MapExporter final : public SceneExport {
   void ShowAbout(HWND owner) override;
 
   /// Exports the host's scene to the model file `name` (".map" is appended to a name without
-  /// extension): loads the options, runs the export with its dialog, tells the person when the file
-  /// was written, saves the options. The dialog is shown whatever `suppressPrompts` says. An
-  /// exception ends the export at once and is told to the debug log; none leaves this function.
-  /// Always 1.
+  /// extension): loads the options, runs the export with its dialog, shows a message when the file
+  /// was written, saves the options. `suppressPrompts` does not suppress the dialog. An exception
+  /// ends the export at once and is reported to the debug log; none leaves this function. Always 1.
   int DoExport(const char* name, ExpInterface* exportInterface, Interface* hostInterface,
                bool suppressPrompts) override;
 

@@ -5,8 +5,8 @@
 
 namespace mapexport {
 
-/// Reads every stored option. What can't be read keeps its value, but for the CXP path, which is
-/// then empty. Failures are silent.
+/// Reads every stored option. A value that can't be read stays, except the CXP path, which becomes
+/// empty. Failures are silent.
 void LoadOptions(const SettingsKey& settings);
 
 /// Writes every stored option, in the order in which they are loaded. A write that fails is

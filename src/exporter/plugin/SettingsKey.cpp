@@ -68,7 +68,7 @@ bool WithKey(RegistryRoot root, const char* path, RegistryAccess access, const U
     try {
       TheSystem().RegCloseKey(key);
     } catch (...) {
-      // The first exception is the reason to tell.
+      // The first exception is the one to report.
     }
     throw;
   }

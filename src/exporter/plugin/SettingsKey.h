@@ -14,8 +14,8 @@ namespace mapexport {
 ///
 /// Reading returns false and leaves `value` alone when the key can't be opened. A missing value (or
 /// one of more than 256 bytes of text) is replaced by `fallback`: stored, and taken when the store
-/// succeeded. As the key is opened for query alone, a registry that enforces access rights refuses
-/// that store: `value` then stays, and the result is false.
+/// succeeded. The key is opened for query alone, so a registry that enforces access rights refuses
+/// the store: `value` stays, and the result is false.
 class SettingsKey {
  public:
   explicit SettingsKey(RegistryRoot root) : root_(root) {}
