@@ -22,8 +22,7 @@ bool HasControls(std::string_view line) {
   while (line.starts_with('\t')) line.remove_prefix(1);
   while (!line.empty()) {
     const CodePoint point = FirstCodePoint(line);
-    const bool isC1 = point.value >= 0x80 && point.value < 0xA0;  // as a bare byte, too
-    if (point.value < ' ' || point.value == 0x7F || isC1) return true;
+    if (IsControlCode(point.value)) return true;  // as a bare byte, too
     line.remove_prefix(point.bytes);
   }
   return false;

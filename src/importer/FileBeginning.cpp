@@ -35,10 +35,6 @@ std::string FileBeginning(const std::string& path) {
   return {bytes.data(), static_cast<std::size_t>(file.gcount())};
 }
 
-bool IsUtf16(std::string_view beginning) {
-  return beginning.starts_with("\xFF\xFE") || beginning.starts_with("\xFE\xFF");
-}
-
 void RefuseFile(const std::string& path, std::string_view reason) {
   throw SceneError(fmt::format("{}: {}", path, reason));
 }

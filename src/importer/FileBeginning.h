@@ -10,9 +10,6 @@ namespace mapexport {
 /// be given at all: what isn't there, isn't a regular file, can't be read, or is empty.
 std::string FileBeginning(const std::string& path);
 
-/// Whether a text that begins so is UTF-16.
-bool IsUtf16(std::string_view beginning);
-
 /// Throws SceneError "PATH: REASON".
 [[noreturn]] void RefuseFile(const std::string& path, std::string_view reason);
 [[noreturn]] void RefuseUtf16(const std::string& path);

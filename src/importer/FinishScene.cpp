@@ -14,7 +14,7 @@
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
 #include "importer/LimitRemarks.h"
-#include "importer/text/ControlCharacters.h"
+#include "importer/text/HostText.h"
 #include "scene/NearKeywords.h"
 
 namespace mapexport {
@@ -110,6 +110,16 @@ void BlankNames(ImportedScene& imported) {
 }
 
 }  // namespace
+
+std::uint64_t BlankControlCharacters(Scene& scene) {
+  std::uint64_t count = 0;
+  VisitNodes(scene.root, [&](SceneNode& node) { count += BlankControlCodes(node.name); });
+  for (SceneMaterial& material : scene.materials) {
+    count += BlankControlCodes(material.name);
+    if (material.diffuseMap) count += BlankControlCodes(material.diffuseMap->file);
+  }
+  return count;
+}
 
 void FinishScene(ImportedScene& imported, LeftOut& leftOut) {
   BlankNames(imported);

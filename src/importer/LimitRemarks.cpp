@@ -8,6 +8,8 @@
 
 #include <fmt/format.h>
 
+#include "system/Utf8.h"
+
 namespace mapexport {
 namespace {
 
@@ -20,20 +22,13 @@ std::size_t CodesOf(const ImportRemarks& remarks) {
   return codes.size();
 }
 
-/// Between two characters of UTF-8.
-void Cut(std::string& text) {
-  std::size_t size = kLongestRemark - kCut.size();
-  const auto isWithin = [&text](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
-  while (size > 0 && isWithin(size)) --size;
-  text.resize(size);
-  text += kCut;
-}
-
 }  // namespace
 
 void LimitRemarks(ImportRemarks& remarks) {
   for (ImportRemark& remark : remarks) {
-    if (remark.text.size() > kLongestRemark) Cut(remark.text);
+    if (remark.text.size() <= kLongestRemark) continue;
+    remark.text.resize(WholeCharacters(remark.text, kLongestRemark - kCut.size()).size());
+    remark.text += kCut;
   }
   if (remarks.size() <= kMostRemarks) return;
 

@@ -27,6 +27,7 @@
 #include "importer/text/HostText.h"
 #include "scene/FileText.h"
 #include "scene/SceneError.h"
+#include "system/Utf8.h"
 
 namespace mapexport {
 namespace {
@@ -109,7 +110,6 @@ SourceFormat FormatOf(const aiScene& scene) {
 /// cut out for it is counted in `scene`.
 std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path, std::string_view beginning,
                                                LibraryScene& scene) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   const std::string extension = FileExtension(path);
   std::optional<std::string> text;
   if (extension == ".gltf" && beginning.starts_with(kByteOrderMark)) {

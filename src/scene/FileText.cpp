@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include "scene/SceneError.h"
+#include "system/Utf8.h"
 
 namespace mapexport {
 
@@ -23,7 +24,6 @@ namespace {
 constexpr std::size_t kLargestFile = simdjson::SIMDJSON_MAXSIZE_BYTES;
 constexpr std::size_t kFirstBlock = 64 * 1024;
 constexpr std::size_t kLargestBlock = std::size_t{16} << 20;
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 [[noreturn]] void FailWithErrno(const std::string& path, int error) {
   throw SceneError(
@@ -86,7 +86,7 @@ FileText::FileText(const std::string& path, CheckBeginning check) {
     const std::size_t count = std::fread(bytes_.get() + size_, 1, room, file.get());
     size_ += count;
     const std::string_view text(bytes_.get(), size_);
-    if (isFirst && (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))) {
+    if (isFirst && IsUtf16(text)) {
       throw SceneError(path + ": is UTF-16; a scene file is UTF-8");
     }
     if (size_ > kLargestFile) FailTooLarge(path);

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "system/Utf8.h"
+
 namespace mapexport {
 
 namespace {
@@ -38,7 +40,6 @@ class Walker {
   bool Scalar();
   bool String();
   bool Escape();
-  bool Utf8Sequence();
   bool Number();
   bool Digits();
   bool Word(std::string_view word);
@@ -171,10 +172,10 @@ bool Walker::String() {
     if (byte < 0x20) return Fail("a control character in text must be written as an escape");
     if (byte == '\\') {
       if (!Escape()) return false;
-    } else if (byte < 0x80) {
-      ++position_;
-    } else if (!Utf8Sequence()) {
-      return false;
+    } else {
+      const CodePoint point = FirstCodePoint(text_.substr(position_));
+      if (!point.valid) return Fail("the text is not valid UTF-8");
+      position_ += point.bytes;
     }
   }
   ++position_;
@@ -194,36 +195,6 @@ bool Walker::Escape() {
     return Fail("there is no such escape");
   }
   ++position_;
-  return true;
-}
-
-bool Walker::Utf8Sequence() {
-  const auto lead = static_cast<unsigned char>(Peek());
-  std::size_t length = 0;
-  // The range of the second byte keeps out overlong forms, surrogates and what is past U+10FFFF.
-  unsigned char low = 0x80;
-  unsigned char high = 0xBF;
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3;
-    if (lead == 0xE0) low = 0xA0;
-    if (lead == 0xED) high = 0x9F;
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4;
-    if (lead == 0xF0) low = 0x90;
-    if (lead == 0xF4) high = 0x8F;
-  }
-  const std::string_view sequence = text_.substr(position_, length);
-  bool valid = length != 0 && sequence.size() == length;
-  for (std::size_t i = 1; valid && i < length; ++i) {
-    const auto byte = static_cast<unsigned char>(sequence[i]);
-    valid = byte >= low && byte <= high;
-    low = 0x80;
-    high = 0xBF;
-  }
-  if (!valid) return Fail("the text is not valid UTF-8");
-  position_ += length;
   return true;
 }
 

@@ -11,6 +11,8 @@
 
 #include "scene/FloatRange.h"
 #include "scene/JsonKind.h"
+#include "system/PrintableText.h"
+#include "system/Utf8.h"
 
 namespace mapexport {
 
@@ -19,6 +21,9 @@ namespace {
 // simdjson 3.0 loses digits behind "0." when there are more than a 64-bit integer holds, as in
 // 0.30000000000000000001. A number of this many bytes is safe from that.
 constexpr std::size_t kSafeNumber = 20;
+
+// Columns of a value in a message.
+constexpr std::size_t kShown = 40;
 
 // Whether a sound number that no double comes near to is too small rather than too large.
 bool IsTiny(std::string_view number) {
@@ -43,31 +48,6 @@ double ToDouble(std::string_view number) {
   return number.starts_with('-') ? -nearest : nearest;
 }
 
-// `text` for a message: short, and without control characters.
-std::string Shown(std::string_view text) {
-  constexpr std::size_t kLongest = 40;
-  std::size_t length = std::min(text.size(), kLongest);
-  // Cut no character in two.
-  while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
-    --length;
-  }
-  std::string shown(text.substr(0, length));
-  for (char& c : shown) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == '\x7F') c = '?';
-  }
-  return length < text.size() ? shown + "..." : shown;
-}
-
-// simdjson may turn an escaped lone surrogate into the three bytes that would be its UTF-8; the
-// bytes of a document never hold those.
-bool HasSurrogate(std::string_view text) {
-  for (std::size_t i = text.find('\xED'); i != std::string_view::npos;
-       i = text.find('\xED', i + 1)) {
-    if (i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) >= 0xA0) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 simdjson::ondemand::object JsonValue::StartObject() {
@@ -89,7 +69,8 @@ float JsonValue::ReadFloat() {
     number = ToDouble(CheckNumber("a number"));
   }
   if (!(std::abs(number) < kFloatOverflow)) {
-    Fail(fmt::format("{} is out of the range of 32-bit floats", Shown(CheckNumber("a number"))));
+    Fail(fmt::format("{} is out of the range of 32-bit floats",
+                     PrintableText(CheckNumber("a number"), kShown)));
   }
   return static_cast<float>(number);
 }
@@ -100,9 +81,10 @@ std::int64_t JsonValue::ReadInteger(std::int64_t least, std::int64_t most) {
   if (error == simdjson::SUCCESS && number >= least && number <= most) return number;
   const std::string_view text = CheckNumber("an integer");
   if (text.find_first_of(".eE") != std::string_view::npos) {
-    Fail(fmt::format("must be an integer without fraction and exponent, not {}", Shown(text)));
+    Fail(fmt::format("must be an integer without fraction and exponent, not {}",
+                     PrintableText(text, kShown)));
   }
-  Fail(fmt::format("{} is out of range ({} to {})", Shown(text), least, most));
+  Fail(fmt::format("{} is out of range ({} to {})", PrintableText(text, kShown), least, most));
 }
 
 bool JsonValue::ReadBool() {
@@ -117,7 +99,10 @@ std::string JsonValue::ReadText() {
   const simdjson::error_code error = value_.get_string().get(text);
   // With sound syntax, a lone surrogate is all that is left to be wrong.
   if (error != simdjson::SUCCESS) document_.Check(CheckJsonValue, Start());
-  if (error != simdjson::SUCCESS || HasSurrogate(text)) Fail("holds a lone surrogate");
+  // It may have become the three bytes that would be its UTF-8.
+  if (error != simdjson::SUCCESS || FindInvalidUtf8(text) != std::string_view::npos) {
+    Fail("holds a lone surrogate");
+  }
   if (text.find('\0') != std::string_view::npos) Fail("holds a NUL character");
   return std::string(text);
 }
@@ -126,7 +111,7 @@ std::size_t JsonValue::ReadChoice(std::span<const std::string_view> choices) {
   const std::string text = ReadText();
   const auto choice = std::find(choices.begin(), choices.end(), text);
   if (choice == choices.end()) {
-    Fail(fmt::format("\"{}\" is not known (known: \"{}\")", Shown(text),
+    Fail(fmt::format("\"{}\" is not known (known: \"{}\")", PrintableText(text, kShown),
                      fmt::join(choices, "\", \"")));
   }
   return static_cast<std::size_t>(choice - choices.begin());

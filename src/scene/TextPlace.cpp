@@ -2,8 +2,11 @@
 #include "scene/TextPlace.h"
 
 #include <algorithm>
+#include <functional>
 
 #include <fmt/format.h>
+
+#include "system/Utf8.h"
 
 namespace mapexport {
 
@@ -12,10 +15,7 @@ std::string TextPlace(std::string_view text, std::size_t offset) {
   const auto line = 1 + std::count(before.begin(), before.end(), '\n');
   // npos + 1 is 0, the start of the only line.
   const std::string_view inLine = before.substr(before.rfind('\n') + 1);
-  const auto column =
-      1 + std::count_if(inLine.begin(), inLine.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0) != 0x80;  // one byte of each character
-      });
+  const auto column = 1 + std::ranges::count_if(inLine, std::not_fn(ContinuesCharacter));
   return fmt::format("line {}, column {}", line, column);
 }
 

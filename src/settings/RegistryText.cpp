@@ -7,12 +7,11 @@
 #include <fmt/format.h>
 
 #include "settings/SettingsError.h"
-#include "settings/Utf8.h"
+#include "system/Utf8.h"
 
 namespace mapexport {
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kHexDigits = "0123456789abcdefABCDEF";
 
 [[noreturn]] void FailAt(std::size_t line, std::string_view what) {

@@ -31,7 +31,7 @@ CodePoint FirstCodePoint(std::string_view text) {
   }
   if (text.size() < bytes) return invalid;
   for (std::size_t i = 1; i < bytes; ++i) {
-    if ((byteAt(i) & 0xC0) != 0x80) return invalid;
+    if (!ContinuesCharacter(text[i])) return invalid;
     value = (value << 6) | (byteAt(i) & 0x3F);
   }
   const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
@@ -39,8 +39,23 @@ CodePoint FirstCodePoint(std::string_view text) {
   return {value, bytes, true};
 }
 
+std::size_t FindInvalidUtf8(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    const CodePoint point = FirstCodePoint(text.substr(at));
+    if (!point.valid) return at;
+    at += point.bytes;
+  }
+  return std::string_view::npos;
+}
+
+std::string_view WholeCharacters(std::string_view text, std::size_t mostBytes) {
+  if (text.size() <= mostBytes) return text;
+  while (mostBytes > 0 && ContinuesCharacter(text[mostBytes])) --mostBytes;
+  return text.substr(0, mostBytes);
+}
+
 bool IsControl(char32_t codePoint) {
-  return codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F) || codePoint == 0x061C ||
+  return IsControlCode(codePoint) || codePoint == 0x061C ||
          (codePoint >= 0x200E && codePoint <= 0x200F) ||
          (codePoint >= 0x2028 && codePoint <= 0x202E) ||
          (codePoint >= 0x2066 && codePoint <= 0x2069);
@@ -62,6 +77,10 @@ bool IsInvisible(char32_t codePoint) {
          std::any_of(std::begin(kInvisible), std::end(kInvisible), [codePoint](const Range& range) {
            return codePoint >= range.first && codePoint <= range.last;
          });
+}
+
+bool IsUtf16(std::string_view beginning) {
+  return beginning.starts_with("\xFF\xFE") || beginning.starts_with("\xFE\xFF");
 }
 
 }  // namespace mapexport

@@ -23,6 +23,7 @@
 #include "scene/FileText.h"
 #include "scene/SceneError.h"
 #include "system/IsFinite.h"
+#include "system/Utf8.h"
 
 namespace mapexport {
 namespace {

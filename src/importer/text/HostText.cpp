@@ -5,36 +5,10 @@
 #include <cstddef>
 #include <optional>
 
+#include "system/Utf8.h"
+
 namespace mapexport {
 namespace {
-
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-
-unsigned ByteAt(std::string_view text, std::size_t i) {
-  return static_cast<unsigned char>(text[i]);
-}
-
-/// Length of the well-formed character that begins at `i`, 0 when none does. Overlong forms,
-/// surrogates and what lies past U+10FFFF are not well-formed.
-std::size_t CharacterLength(std::string_view text, std::size_t i) {
-  const unsigned first = ByteAt(text, i);
-  if (first < 0x80) return 1;
-  const std::size_t length = first < 0xC2   ? 0
-                             : first < 0xE0 ? 2
-                             : first < 0xF0 ? 3
-                             : first < 0xF5 ? 4
-                                            : 0;
-  if (length == 0 || text.size() - i < length) return 0;
-  for (std::size_t k = 1; k < length; ++k) {
-    if ((ByteAt(text, i + k) & 0xC0) != 0x80) return 0;
-  }
-  const unsigned second = ByteAt(text, i + 1);
-  if (first == 0xE0 && second < 0xA0) return 0;
-  if (first == 0xED && second >= 0xA0) return 0;
-  if (first == 0xF0 && second < 0x90) return 0;
-  if (first == 0xF4 && second >= 0x90) return 0;
-  return length;
-}
 
 struct Entity {
   std::string_view name;
@@ -61,10 +35,10 @@ std::string ValidUtf8(std::string_view bytes) {
   bytes = bytes.substr(0, bytes.find('\0'));
   std::string text;
   text.reserve(bytes.size());
-  for (std::size_t i = 0; i < bytes.size();) {
-    const std::size_t length = CharacterLength(bytes, i);
-    text += length == 0 ? kReplacement : bytes.substr(i, length);
-    i += length == 0 ? 1 : length;
+  while (!bytes.empty()) {
+    const CodePoint point = FirstCodePoint(bytes);
+    text += point.valid ? bytes.substr(0, point.bytes) : "\uFFFD";
+    bytes.remove_prefix(point.bytes);
   }
   return text;
 }
@@ -116,10 +90,25 @@ std::string FirstLine(std::string_view text) {
   text = text.substr(0, text.find_first_of("\r\n"));
   text = text.substr(0, text.find_last_not_of(kBlanks) + 1);
   std::string line = ValidUtf8(text);
-  for (char& c : line) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  }
+  BlankControlCodes(line);
   return line;
+}
+
+std::uint64_t BlankControlCodes(std::string& text) {
+  std::uint64_t count = 0;
+  std::size_t kept = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const CodePoint point = FirstCodePoint(std::string_view(text).substr(at));
+    if (point.valid && IsControlCode(point.value)) {
+      text[kept++] = ' ';
+      ++count;
+    } else {
+      for (std::size_t i = 0; i < point.bytes; ++i) text[kept++] = text[at + i];
+    }
+    at += point.bytes;
+  }
+  text.resize(kept);
+  return count;
 }
 
 }  // namespace mapexport

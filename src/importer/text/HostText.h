@@ -1,6 +1,7 @@
 // Text of foreign files as the host keeps it.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -20,5 +21,8 @@ std::string DecodePercents(std::string_view uri);
 /// The first line of `text` that isn't blank, without blanks at its ends and with control
 /// characters replaced by blanks: something that can be shown as part of one line.
 std::string FirstLine(std::string_view text);
+
+/// Makes a blank of each IsControlCode in `text`. Returns how many these were.
+std::uint64_t BlankControlCodes(std::string& text);
 
 }  // namespace mapexport
