@@ -24,8 +24,8 @@ class ModelWriter {
   }
 
  private:
-  static constexpr bool kOnLines = true;
-  static constexpr bool kOnOneLine = false;
+  static constexpr bool kOnLines = JsonStream::kOnLines;
+  static constexpr bool kOnOneLine = JsonStream::kOnOneLine;
 
   template <typename List, typename WriteEntry>
   void Entries(const List& list, WriteEntry writeEntry) {

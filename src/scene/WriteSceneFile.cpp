@@ -2,14 +2,16 @@
 #include <array>
 #include <bit>
 
-#include "scene/JsonWriter.h"
 #include "scene/SceneFile.h"
+#include "system/JsonStream.h"
 
 namespace mapexport {
 
 namespace {
 
-using Layout = JsonWriter::Layout;
+constexpr bool kOnLines = JsonStream::kOnLines;
+constexpr bool kOnOneLine = JsonStream::kOnOneLine;
+constexpr std::size_t kIndent = 2;
 
 // Equality that tells -0 from 0, as the file does.
 template <class T>
@@ -18,64 +20,64 @@ bool SameBits(const T& a, const T& b) {
   return std::bit_cast<Words>(a) == std::bit_cast<Words>(b);
 }
 
-void WritePoint(JsonWriter& json, const Point3& p) {
-  json.OpenArray(Layout::kOneLine);
-  json.Float(p.x);
-  json.Float(p.y);
-  json.Float(p.z);
-  json.CloseArray();
+void WritePoint(JsonStream& json, const Point3& p) {
+  json.Open('[', kOnOneLine);
+  json.Number(p.x);
+  json.Number(p.y);
+  json.Number(p.z);
+  json.Close(']');
 }
 
-void WriteTransform(JsonWriter& json, const Matrix3& transform) {
-  json.OpenArray(Layout::kOneLine);
+void WriteTransform(JsonStream& json, const Matrix3& transform) {
+  json.Open('[', kOnOneLine);
   for (const Point3& row : transform.rows) WritePoint(json, row);
-  json.CloseArray();
+  json.Close(']');
 }
 
-void WriteText(JsonWriter& json, std::string_view name, std::string_view text) {
+void WriteText(JsonStream& json, std::string_view name, std::string_view text) {
   if (text.empty()) return;
   json.Key(name);
   json.Text(text);
 }
 
-void WriteColor(JsonWriter& json, std::string_view name, const Color& color) {
+void WriteColor(JsonStream& json, std::string_view name, const Color& color) {
   if (SameBits(color, Color{})) return;
   json.Key(name);
   WritePoint(json, {color.r, color.g, color.b});
 }
 
-void WriteFloat(JsonWriter& json, std::string_view name, float number, float whenAbsent) {
+void WriteFloat(JsonStream& json, std::string_view name, float number, float whenAbsent) {
   if (SameBits(number, whenAbsent)) return;
   json.Key(name);
-  json.Float(number);
+  json.Number(number);
 }
 
-void WriteTexture(JsonWriter& json, const SceneTexture& texture) {
-  json.OpenObject();
+void WriteTexture(JsonStream& json, const SceneTexture& texture) {
+  json.Open('{', kOnLines);
   if (!texture.isBitmap) WriteText(json, "class", "other");
   WriteText(json, "file", texture.file);
   if (texture.uvTransform) {
     json.Key("uvTransform");
     WriteTransform(json, *texture.uvTransform);
   }
-  json.CloseObject();
+  json.Close('}');
 }
 
-void WriteSubMaterials(JsonWriter& json, const std::vector<int>& subMaterials) {
-  json.OpenArray(Layout::kOneLine);
+void WriteSubMaterials(JsonStream& json, const std::vector<int>& subMaterials) {
+  json.Open('[', kOnOneLine);
   for (const int index : subMaterials) {
     if (index < 0) {
-      json.Word("null");
+      json.Null();
     } else {
-      json.Integer(index);
+      json.Number(index);
     }
   }
-  json.CloseArray();
+  json.Close(']');
 }
 
-void WriteMaterial(JsonWriter& json, const SceneMaterial& material) {
+void WriteMaterial(JsonStream& json, const SceneMaterial& material) {
   static const SceneMaterial whenAbsent;
-  json.OpenObject();
+  json.Open('{', kOnLines);
   WriteText(json, "name", material.name);
   if (material.materialClass == SceneMaterialClass::kMulti) WriteText(json, "class", "multi");
   if (material.materialClass == SceneMaterialClass::kOther) WriteText(json, "class", "other");
@@ -87,11 +89,11 @@ void WriteMaterial(JsonWriter& json, const SceneMaterial& material) {
   WriteFloat(json, "shininessStrength", material.shininessStrength, whenAbsent.shininessStrength);
   if (material.shading != whenAbsent.shading) {
     json.Key("shading");
-    json.Integer(material.shading);
+    json.Number(material.shading);
   }
   if (material.twoSided) {
     json.Key("twoSided");
-    json.Word("true");
+    json.Bool(true);
   }
   if (material.diffuseMap) {
     json.Key("diffuseMap");
@@ -101,46 +103,46 @@ void WriteMaterial(JsonWriter& json, const SceneMaterial& material) {
     json.Key("subMaterials");
     WriteSubMaterials(json, material.subMaterials);
   }
-  json.CloseObject();
+  json.Close('}');
 }
 
-void WriteFace(JsonWriter& json, const Face& face) {
-  json.OpenArray(Layout::kOneLine);
-  for (const std::uint32_t index : face.v) json.Integer(index);
-  if (face.smGroup != 0 || face.MatID() != 0) json.Integer(face.smGroup);
-  if (face.MatID() != 0) json.Integer(face.MatID());
-  json.CloseArray();
+void WriteFace(JsonStream& json, const Face& face) {
+  json.Open('[', kOnOneLine);
+  for (const std::uint32_t index : face.v) json.Number(index);
+  if (face.smGroup != 0 || face.MatID() != 0) json.Number(face.smGroup);
+  if (face.MatID() != 0) json.Number(face.MatID());
+  json.Close(']');
 }
 
-void WriteTextureFace(JsonWriter& json, const TVFace& face) {
-  json.OpenArray(Layout::kOneLine);
-  for (const std::uint32_t index : face.t) json.Integer(index);
-  json.CloseArray();
+void WriteTextureFace(JsonStream& json, const TVFace& face) {
+  json.Open('[', kOnOneLine);
+  for (const std::uint32_t index : face.t) json.Number(index);
+  json.Close(']');
 }
 
 template <class Element>
-void WriteList(JsonWriter& json, std::string_view name, const std::vector<Element>& list,
-               void (*write)(JsonWriter&, const Element&)) {
+void WriteList(JsonStream& json, std::string_view name, const std::vector<Element>& list,
+               void (*write)(JsonStream&, const Element&)) {
   json.Key(name);
-  json.OpenArray(Layout::kLines);
+  json.Open('[', kOnLines);
   for (const Element& element : list) write(json, element);
-  json.CloseArray();
+  json.Close(']');
 }
 
-void WriteMesh(JsonWriter& json, const Mesh& mesh) {
-  json.OpenObject();
+void WriteMesh(JsonStream& json, const Mesh& mesh) {
+  json.Open('{', kOnLines);
   if (!mesh.verts.empty()) WriteList(json, "vertices", mesh.verts, WritePoint);
   if (!mesh.faces.empty()) WriteList(json, "faces", mesh.faces, WriteFace);
   if (!mesh.tVerts.empty()) {
     WriteList(json, "textureVertices", mesh.tVerts, WritePoint);
     WriteList(json, "textureFaces", mesh.tvFace, WriteTextureFace);
   }
-  json.CloseObject();
+  json.Close('}');
 }
 
-void WriteNode(JsonWriter& json, const SceneNode& node) {
+void WriteNode(JsonStream& json, const SceneNode& node) {
   static const SceneNode whenAbsent;
-  json.OpenObject();
+  json.Open('{', kOnLines);
   WriteText(json, "name", node.name);
   if (!SameBits(node.objectTransform, whenAbsent.objectTransform)) {
     json.Key("objectTransform");
@@ -148,14 +150,14 @@ void WriteNode(JsonWriter& json, const SceneNode& node) {
   }
   if (node.wireColor != whenAbsent.wireColor) {
     json.Key("wireColor");
-    json.OpenArray(Layout::kOneLine);
-    for (const std::uint8_t component : node.wireColor) json.Integer(component);
-    json.CloseArray();
+    json.Open('[', kOnOneLine);
+    for (const std::uint8_t component : node.wireColor) json.Number(component);
+    json.Close(']');
   }
   WriteText(json, "userProperties", node.userProperties);
   if (node.material >= 0) {
     json.Key("material");
-    json.Integer(node.material);
+    json.Number(node.material);
   }
   if (node.object == SceneObject::kHelper) WriteText(json, "object", "helper");
   if (node.object == SceneObject::kMesh && node.mesh == nullptr) {
@@ -166,22 +168,21 @@ void WriteNode(JsonWriter& json, const SceneNode& node) {
     WriteMesh(json, *node.mesh);
   }
   if (!node.children.empty()) WriteList(json, "children", node.children, WriteNode);
-  json.CloseObject();
+  json.Close('}');
 }
 
 }  // namespace
 
 void WriteSceneFile(const Scene& scene, std::ostream& out) {
-  JsonWriter json(out);
-  json.OpenObject();
+  JsonStream json(out, kIndent);
+  json.Open('{', kOnLines);
   WriteText(json, "format", "mapexport-scene");
   json.Key("version");
-  json.Integer(1);
+  json.Number(1);
   if (!scene.materials.empty()) WriteList(json, "materials", scene.materials, WriteMaterial);
   json.Key("root");
   WriteNode(json, scene.root);
-  json.CloseObject();
-  json.Finish();
+  json.Close('}');
 }
 
 }  // namespace mapexport

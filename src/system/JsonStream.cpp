@@ -1,43 +1,55 @@
 #include "system/JsonStream.h"
 
-#include <cassert>
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <ostream>
+#include <utility>
 
 #include <fmt/format.h>
 
 #include "system/Utf8.h"
 
 namespace mapexport {
+namespace {
+
+constexpr std::size_t kFlushBytes = 1 << 16;
+constexpr std::size_t kDeepestIndent = 20;
+
+// The only float whose shortest digits are, read as a double, in the middle between two floats, and
+// round to the wrong one. (All were tried.)
+constexpr float kInTheMiddle = 7.0385307e-26f;
+constexpr std::string_view kItsDigits = "7.0385307e-26";
+
+}  // namespace
 
 void JsonStream::Open(char bracket, bool onLines) {
   Separate();
-  Append({&bracket, 1});
-  ++depth_;
-  assert(depth_ < kMaxDepth);
-  levels_[depth_] = {onLines, true};
+  buffer_ += bracket;
+  open_.push_back({onLines, true});
 }
 
 void JsonStream::Close(char bracket) {
-  const Level closed = levels_[depth_--];
+  const Level closed = open_.back();
+  open_.pop_back();
   if (closed.onLines && !closed.empty) BreakLine();
-  Append({&bracket, 1});
-  if (depth_ > 0) return;
-  Append("\n");
+  buffer_ += bracket;
+  if (!open_.empty()) return;
+  buffer_ += '\n';
   Flush();
 }
 
 void JsonStream::Key(std::string_view key) {
   Separate();
-  AppendText(key);
-  Append(": ");
+  Quote(key);
+  buffer_ += ": ";
   afterKey_ = true;
 }
 
 void JsonStream::Text(std::string_view text) {
   Separate();
-  AppendText(text);
+  Quote(text);
 }
 
 void JsonStream::Number(float number) {
@@ -46,59 +58,60 @@ void JsonStream::Number(float number) {
     return;
   }
   Separate();
+  if (std::abs(number) == kInTheMiddle) {
+    if (number < 0) buffer_ += '-';
+    buffer_ += kItsDigits;
+    return;
+  }
   char digits[32];
-  Append({digits, std::to_chars(digits, digits + sizeof digits, number).ptr});
-}
-
-void JsonStream::Bool(bool value) {
-  Separate();
-  Append(value ? "true" : "false");
+  buffer_.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
 }
 
 void JsonStream::Separate() {
-  if (afterKey_) {
-    afterKey_ = false;
-    return;
-  }
-  Level& level = levels_[depth_];
-  if (!level.empty) Append(",");
+  if (std::exchange(afterKey_, false) || open_.empty()) return;
+  if (buffer_.size() >= kFlushBytes) Flush();
+  Level& level = open_.back();
+  if (!level.empty) buffer_ += ',';
   if (level.onLines) {
     BreakLine();
   } else if (!level.empty) {
-    Append(" ");
+    buffer_ += ' ';
   }
   level.empty = false;
 }
 
 void JsonStream::BreakLine() {
   buffer_ += '\n';
-  buffer_.append(static_cast<std::size_t>(depth_), ' ');
+  buffer_.append(indent_ * std::min(open_.size(), kDeepestIndent), ' ');
 }
 
-void JsonStream::AppendEscape(std::uint32_t value) {
-  if (value > 0xFFFF) {
-    const std::uint32_t above = value - 0x10000;
-    Append(fmt::format("\\u{:04x}\\u{:04x}", 0xD800 + (above >> 10), 0xDC00 + (above & 0x3FF)));
-  } else {
-    Append(fmt::format("\\u{:04x}", value));
-  }
-}
-
-void JsonStream::AppendText(std::string_view text) {
-  Append("\"");
+void JsonStream::Quote(std::string_view text) {
+  constexpr std::string_view kEscaped = "\"\\\b\f\n\r\t";
+  constexpr std::string_view kLetters = "\"\\bfnrt";
+  buffer_ += '"';
   while (!text.empty()) {
     const CodePoint point = FirstCodePoint(text);
     if (!point.valid) {
-      Append("\uFFFD");
+      buffer_ += "\uFFFD";
+    } else if (const std::size_t i = kEscaped.find(text[0]); i != std::string_view::npos) {
+      buffer_ += '\\';
+      buffer_ += kLetters[i];
     } else if (IsInvisible(point.value)) {
-      AppendEscape(static_cast<std::uint32_t>(point.value));
+      AppendEscape(point.value);
     } else {
-      if (point.value == '"' || point.value == '\\') Append("\\");
-      Append(text.substr(0, point.bytes));
+      buffer_ += text.substr(0, point.bytes);
     }
     text.remove_prefix(point.bytes);
   }
-  Append("\"");
+  buffer_ += '"';
+}
+
+void JsonStream::AppendEscape(char32_t value) {
+  const auto append = [this](std::uint32_t unit) {
+    fmt::format_to(std::back_inserter(buffer_), "\\u{:04x}", unit);
+  };
+  if (value > 0xFFFF) append(0xD800 + ((value - 0x10000) >> 10));
+  append(value > 0xFFFF ? 0xDC00 + ((value - 0x10000) & 0x3FF) : value);
 }
 
 void JsonStream::Flush() {
