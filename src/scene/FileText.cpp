@@ -4,9 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
-#include <system_error>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -15,6 +13,8 @@
 #include <unistd.h>
 
 #include "scene/SceneError.h"
+#include "system/Descriptor.h"
+#include "system/RunError.h"
 #include "system/Utf8.h"
 
 namespace mapexport {
@@ -26,8 +26,7 @@ constexpr std::size_t kFirstBlock = 64 * 1024;
 constexpr std::size_t kLargestBlock = std::size_t{16} << 20;
 
 [[noreturn]] void FailWithErrno(const std::string& path, int error) {
-  throw SceneError(
-      fmt::format("{}: can't be read: {}", path, std::generic_category().message(error)));
+  throw SceneError(fmt::format("{}: can't be read: {}", path, ErrnoText(error)));
 }
 
 [[noreturn]] void FailTooLarge(const std::string& path) {
@@ -42,29 +41,21 @@ bool IsStandardInput(const struct stat& status) {
 }
 
 struct OpenFile {
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file;
+  Descriptor file;
   std::uint64_t size;  ///< 0 when it is no regular file
 };
 
 OpenFile Open(const std::string& path) {
-  // Without O_NONBLOCK, opening a pipe would wait for its writer.
-  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (descriptor < 0) FailWithErrno(path, errno);
-  OpenFile opened{{fdopen(descriptor, "rb"), &std::fclose}, 0};
-  if (opened.file == nullptr) {
-    const int error = errno;
-    close(descriptor);
-    FailWithErrno(path, error);
-  }
+  OpenFile opened{OpenToRead(path), 0};
   struct stat status {};
-  if (fstat(descriptor, &status) != 0) FailWithErrno(path, errno);
+  if (!opened.file.IsOpen() || fstat(opened.file.Get(), &status) != 0) FailWithErrno(path, errno);
   if (S_ISDIR(status.st_mode)) FailWithErrno(path, EISDIR);
   if (S_ISREG(status.st_mode)) {
     opened.size = static_cast<std::uint64_t>(status.st_size);
     if (opened.size > kLargestFile) FailTooLarge(path);
   } else if (!IsStandardInput(status)) {
     throw SceneError(path + ": is not a regular file");
-  } else if (fcntl(descriptor, F_SETFL, 0) != 0) {  // it is waited for
+  } else if (fcntl(opened.file.Get(), F_SETFL, 0) != 0) {  // it is waited for
     FailWithErrno(path, errno);
   }
   return opened;
@@ -82,8 +73,9 @@ FileText::FileText(const std::string& path, CheckBeginning check) {
   Grow(kFirstBlock);
   for (bool isFirst = true;; isFirst = false) {
     const std::size_t room = std::min(capacity_ - size_, kLargestBlock);
-    errno = 0;
-    const std::size_t count = std::fread(bytes_.get() + size_, 1, room, file.get());
+    const ssize_t got = ReadUpTo(file.Get(), bytes_.get() + size_, room);
+    if (got < 0) FailWithErrno(path, errno);
+    const auto count = static_cast<std::size_t>(got);
     size_ += count;
     const std::string_view text(bytes_.get(), size_);
     if (isFirst && IsUtf16(text)) {
@@ -99,7 +91,6 @@ FileText::FileText(const std::string& path, CheckBeginning check) {
     // lets the end show without another block.
     if (size_ == capacity_) Grow(std::max<std::size_t>(isFirst ? size + 1 : 0, size_ * 2));
   }
-  if (std::ferror(file.get()) != 0) FailWithErrno(path, errno);
   bytes_[size_] = '\0';
   start_ = size_ - WithoutMark({bytes_.get(), size_}).size();
 }

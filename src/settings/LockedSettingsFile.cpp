@@ -51,12 +51,8 @@ class TemporaryFile {
   }
 
   void Write(std::string_view bytes) {
-    while (!bytes.empty()) {
-      const ssize_t count = ::write(file_.Get(), bytes.data(), bytes.size());
-      if (count < 0 && errno == EINTR) continue;
-      if (count < 0) throw SettingsError("the new file beside it can't be written", errno);
-      bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
+    const int error = WriteAll(file_.Get(), bytes);
+    if (error != 0) throw SettingsError("the new file beside it can't be written", error);
   }
 
   /// What of the owner and the attributes can't be had is no reason to lose the settings.

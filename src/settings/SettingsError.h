@@ -3,7 +3,8 @@
 
 #include <stdexcept>
 #include <string>
-#include <system_error>
+
+#include "system/RunError.h"
 
 namespace mapexport {
 
@@ -13,7 +14,7 @@ class SettingsError : public std::runtime_error {
   using std::runtime_error::runtime_error;
   /// `what` and the system's words for the error number `error`.
   SettingsError(const std::string& what, int error)
-      : std::runtime_error(what + ": " + std::generic_category().message(error)) {}
+      : std::runtime_error(what + ": " + ErrnoText(error)) {}
 };
 
 }  // namespace mapexport

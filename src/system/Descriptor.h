@@ -1,6 +1,10 @@
-// A file descriptor that closes itself.
+// File descriptors: one that closes itself; opening, reading and writing that see to it that all is
+// done.
 #pragma once
 
+#include <cstddef>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include <unistd.h>
@@ -29,5 +33,16 @@ class Descriptor {
  private:
   int descriptor_ = -1;
 };
+
+/// Opens the file at `path` for reading. When that fails it is not open, and errno tells why. Reads
+/// don't wait, and opening a pipe doesn't wait for its writer, so that one can be refused.
+Descriptor OpenToRead(const std::string& path);
+
+/// Reads `size` bytes, or fewer when the file ends before. Returns how many, -1 on an error, which
+/// errno tells.
+ssize_t ReadUpTo(int file, void* bytes, std::size_t size);
+
+/// Writes all of `bytes`. Returns the errno of the write that failed, 0 when none did.
+int WriteAll(int file, std::string_view bytes);
 
 }  // namespace mapexport

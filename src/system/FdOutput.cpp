@@ -1,9 +1,8 @@
 #include "system/FdOutput.h"
 
-#include <cerrno>
 #include <cstring>
 
-#include <unistd.h>
+#include "system/Descriptor.h"
 
 namespace mapexport {
 
@@ -29,7 +28,7 @@ std::streamsize FdOutput::xsputn(const char* text, std::streamsize size) {
   if (size > epptr() - pptr()) {
     if (!Drain()) return 0;
     if (size >= epptr() - pptr()) {
-      return WriteAll(text, static_cast<std::size_t>(size)) ? size : 0;
+      return Write({text, static_cast<std::size_t>(size)}) ? size : 0;
     }
   }
   std::memcpy(pptr(), text, static_cast<std::size_t>(size));
@@ -41,21 +40,13 @@ int FdOutput::sync() {
   return Drain() ? 0 : -1;
 }
 
-bool FdOutput::WriteAll(const char* text, std::size_t size) {
-  while (error_ == 0 && size != 0) {
-    const ssize_t written = write(fd_, text, size);
-    if (written < 0) {
-      if (errno != EINTR) error_ = errno;
-      continue;
-    }
-    text += written;
-    size -= static_cast<std::size_t>(written);
-  }
+bool FdOutput::Write(std::string_view text) {
+  if (error_ == 0) error_ = WriteAll(fd_, text);
   return error_ == 0;
 }
 
 bool FdOutput::Drain() {
-  const bool written = WriteAll(pbase(), static_cast<std::size_t>(pptr() - pbase()));
+  const bool written = Write({pbase(), pptr()});
   setp(buffer_.data(), buffer_.data() + buffer_.size());
   return written;
 }

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <streambuf>
+#include <string_view>
 
 namespace mapexport {
 
@@ -21,7 +22,7 @@ class FdOutput : public std::streambuf {
   int sync() override;
 
  private:
-  bool WriteAll(const char* text, std::size_t size);
+  bool Write(std::string_view text);
   bool Drain();
 
   int fd_;

@@ -5,10 +5,11 @@
 #include <cerrno>
 #include <optional>
 #include <string_view>
-#include <system_error>
 
 #include <sys/xattr.h>
 #include <unistd.h>
+
+#include "system/RunError.h"
 
 namespace mapexport {
 namespace {
@@ -19,7 +20,7 @@ constexpr std::array<std::string_view, 3> kOfContent{"security.capability", "sec
                                                      "security.evm"};
 
 std::string Lack(std::string_view what, int error) {
-  return std::string(what) + ": " + std::generic_category().message(error);
+  return std::string(what) + ": " + ErrnoText(error);
 }
 
 /// What `get` writes into a buffer whose size it tells when it is given none. Nothing on an error,

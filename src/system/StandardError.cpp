@@ -1,11 +1,12 @@
 #include "system/StandardError.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <mutex>
 
 #include <fmt/format.h>
 #include <unistd.h>
+
+#include "system/Descriptor.h"
 
 namespace mapexport {
 namespace {
@@ -16,12 +17,7 @@ std::mutex mutex;
 bool statusIsShown = false;
 
 void Write(std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
+  static_cast<void>(WriteAll(STDERR_FILENO, text));
 }
 
 }  // namespace
