@@ -3,18 +3,10 @@
 #include <algorithm>
 #include <charconv>
 
+#include "system/Ascii.h"
+#include "system/IsFinite.h"
+
 namespace mapexport {
-namespace {
-
-// Doubles from here on round to infinity as 32-bit floats: half a step above the largest float.
-constexpr double kFloatOverflow = 0x1.ffffffp127;
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
-}  // namespace
-
 std::optional<float> ParseFloat(std::string_view text) {
   if (text.size() > kMaxBoxText) return std::nullopt;
   std::string_view number = text;

@@ -4,6 +4,8 @@
 #include <array>
 #include <unordered_map>
 
+#include "system/IsFinite.h"
+
 namespace mapexport {
 
 namespace {

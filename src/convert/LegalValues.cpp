@@ -46,8 +46,4 @@ aiVector2D LegalTexture(const aiVector2D& texture, Changes& changes) {
   return {0, 0};
 }
 
-bool IsFinite(const aiVector3D& vector) {
-  return std::isfinite(vector.x) && std::isfinite(vector.y) && std::isfinite(vector.z);
-}
-
 }  // namespace mapexport

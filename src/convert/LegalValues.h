@@ -27,6 +27,4 @@ aiVector3D LegalNormal(const aiVector3D& normal, const aiVector3D& ofFace, bool 
 
 aiVector2D LegalTexture(const aiVector2D& texture, Changes& changes);
 
-bool IsFinite(const aiVector3D& vector);
-
 }  // namespace mapexport

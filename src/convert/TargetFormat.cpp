@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "system/Ascii.h"
+
 namespace mapexport {
 
 namespace {
@@ -16,10 +18,6 @@ constexpr std::array kFormats{
     TargetFormat{".stl", "stlb", "stlb", false, 1, false, false, false, false},
 };
 
-char LowerCase(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 }  // namespace
 
 std::span<const TargetFormat> TargetFormats() {
@@ -28,9 +26,7 @@ std::span<const TargetFormat> TargetFormats() {
 
 const TargetFormat* FindTargetFormat(std::string_view path) {
   const auto endsIn = [path](const TargetFormat& format) {
-    return path.size() > format.extension.size() &&
-           std::ranges::equal(path.substr(path.size() - format.extension.size()), format.extension,
-                              {}, LowerCase);
+    return path.size() > format.extension.size() && EndsInAnyCase(path, format.extension);
   };
   const auto* const found = std::ranges::find_if(kFormats, endsIn);
   return found == kFormats.end() ? nullptr : found;

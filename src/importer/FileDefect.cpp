@@ -20,6 +20,7 @@
 #include "importer/threeds/Chunk3ds.h"
 #include "scene/FileText.h"
 #include "scene/TextPlace.h"
+#include "system/Ascii.h"
 
 namespace mapexport {
 namespace {
@@ -79,11 +80,7 @@ std::string Defect3ds(std::string_view bytes) {
 std::string AseDefect(std::string_view text) {
   constexpr std::string_view kMark = "*3dsmax_asciiexport";
   constexpr std::size_t kMarkWithin = 200;
-  std::string beginning(text.substr(0, kMarkWithin));
-  for (char& c : beginning) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  if (beginning.find(kMark) == std::string::npos) {
+  if (LowerCase(text.substr(0, kMarkWithin)).find(kMark) == std::string::npos) {
     return "is no .ase file: it doesn't begin with *3DSMAX_ASCIIEXPORT";
   }
   struct Block {

@@ -4,15 +4,13 @@
 #include <filesystem>
 #include <string>
 
+#include "system/Ascii.h"
+
 namespace mapexport {
 
 /// The extension of `path` with its dot, in lower case (ASCII); empty when there is none.
 inline std::string FileExtension(const std::string& path) {
-  std::string extension = std::filesystem::path(path).extension().string();
-  for (char& c : extension) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return extension;
+  return LowerCase(std::filesystem::path(path).extension().string());
 }
 
 }  // namespace mapexport

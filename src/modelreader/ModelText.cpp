@@ -1,7 +1,6 @@
 #include "modelreader/ModelText.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 #include <numeric>
 #include <ostream>
@@ -13,6 +12,7 @@
 #include "modelreader/ModelFaceFlags.h"
 #include "modelreader/ModelSummary.h"
 #include "modelreader/TextTable.h"
+#include "system/IsFinite.h"
 #include "system/PrintableText.h"
 
 namespace mapexport {
@@ -85,7 +85,7 @@ std::string Bounds(const std::vector<ModelPoint>& points) {
   ModelPoint least{kInfinity, kInfinity, kInfinity};
   ModelPoint most{-kInfinity, -kInfinity, -kInfinity};
   for (const ModelPoint& point : points) {
-    if (!std::isfinite(point.x) || !std::isfinite(point.y) || !std::isfinite(point.z)) continue;
+    if (!IsFinite(point)) continue;
     least = {std::min(least.x, point.x), std::min(least.y, point.y), std::min(least.z, point.z)};
     most = {std::max(most.x, point.x), std::max(most.y, point.y), std::max(most.z, point.z)};
   }

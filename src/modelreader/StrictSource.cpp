@@ -1,5 +1,7 @@
 #include "modelreader/StrictSource.h"
 
+#include <cmath>
+
 #include <fmt/format.h>
 
 namespace mapexport {
@@ -7,10 +9,9 @@ namespace mapexport {
 namespace {
 
 constexpr std::uint64_t kFloatBytes = 4;
-constexpr std::uint32_t kExponentBits = 0x7F800000;  // all set: infinite or NaN
 
-bool IsFinite(const std::byte* bytes) {
-  return (reader::detail::U32At(bytes) & kExponentBits) != kExponentBits;
+bool IsFiniteAt(const std::byte* bytes) {
+  return std::isfinite(reader::detail::F32At(bytes));
 }
 
 }  // namespace
@@ -30,7 +31,7 @@ std::string StrictSource::Shown(reader::FaceFlag flags) {
 float StrictSource::F32(const char* field) {
   const std::byte* const bytes = Bytes(kFloatBytes, field);
   const float value = reader::detail::F32At(bytes);
-  if (!IsFinite(bytes)) problems_.AddNotFinite(1, Offset() - kFloatBytes, At(field), value);
+  if (!std::isfinite(value)) problems_.AddNotFinite(1, Offset() - kFloatBytes, At(field), value);
   return value;
 }
 
@@ -39,11 +40,11 @@ void StrictSource::WarnOfNotFinite(const std::byte* data, std::uint64_t entries,
   const std::uint64_t floats = entries * floatsEach;
   std::uint64_t notFinite = 0;
   for (std::uint64_t i = 0; i < floats; ++i) {
-    if (!IsFinite(data + i * kFloatBytes)) ++notFinite;
+    if (!IsFiniteAt(data + i * kFloatBytes)) ++notFinite;
   }
   if (notFinite == 0) return;
   std::uint64_t first = 0;
-  while (IsFinite(data + first * kFloatBytes)) ++first;
+  while (IsFiniteAt(data + first * kFloatBytes)) ++first;
   const std::byte* const number = data + first * kFloatBytes;
   problems_.AddNotFinite(notFinite, OffsetOf(number), At(field).At(first / floatsEach),
                          reader::detail::F32At(number));

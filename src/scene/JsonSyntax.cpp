@@ -3,19 +3,12 @@
 
 #include <string>
 
+#include "system/Ascii.h"
 #include "system/Utf8.h"
 
 namespace mapexport {
 
 namespace {
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
-bool IsHexDigit(char c) {
-  return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
 
 // Every step returns false, with `defect` set and `position` at the place, when the text is wrong.
 class Walker {
@@ -187,7 +180,7 @@ bool Walker::Escape() {
   if (Peek() == 'u') {
     ++position_;
     for (int i = 0; i < 4; ++i, ++position_) {
-      if (!IsHexDigit(Peek())) return Fail("four hexadecimal digits were expected");
+      if (!HexDigit(Peek())) return Fail("four hexadecimal digits were expected");
     }
     return true;
   }

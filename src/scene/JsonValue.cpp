@@ -9,8 +9,8 @@
 
 #include <fmt/format.h>
 
-#include "scene/FloatRange.h"
 #include "scene/JsonKind.h"
+#include "system/IsFinite.h"
 #include "system/PrintableText.h"
 #include "system/Utf8.h"
 

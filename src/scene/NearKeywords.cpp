@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "system/Ascii.h"
 #include "system/FaceKeywords.h"
 
 namespace mapexport {
@@ -17,11 +18,8 @@ constexpr std::size_t kLongestWord = 40;
 
 /// `word` without blanks, in small letters.
 std::string Folded(std::string_view word) {
-  std::string folded;
-  for (const char c : word) {
-    if (c == ' ') continue;
-    folded += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  }
+  std::string folded = LowerCase(word);
+  std::erase(folded, ' ');
   return folded;
 }
 

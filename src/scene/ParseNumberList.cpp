@@ -9,7 +9,8 @@
 #include <limits>
 #include <system_error>
 
-#include "scene/FloatRange.h"
+#include "system/Ascii.h"
+#include "system/IsFinite.h"
 
 namespace mapexport {
 
@@ -26,10 +27,6 @@ constexpr std::array<double, 23> kPowersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,
                                               1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 // So many digits can't overflow 64 bits.
 constexpr std::ptrdiff_t kMostDigits = 19;
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 class Cursor {
  public:

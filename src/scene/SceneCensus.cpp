@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "system/Ascii.h"
 #include "system/PrintableText.h"
 
 namespace mapexport {
@@ -13,16 +14,6 @@ namespace {
 
 constexpr std::size_t kNamedNodes = 5;
 constexpr std::string_view kExclude = "exclude";
-
-char LowerCase(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool IsExcluded(const SceneNode& node) {
-  return node.name.size() >= kExclude.size() &&
-         std::ranges::equal(kExclude, std::string_view(node.name).substr(0, kExclude.size()), {},
-                            {}, LowerCase);
-}
 
 class Box {
  public:
@@ -50,7 +41,7 @@ void Count(const SceneNode& node, SceneCensus& census, Box& box) {
     for (const Point3& vertex : mesh.verts) box.Add(vertex * node.objectTransform);
   }
   for (const SceneNode& child : node.children) {
-    if (!IsExcluded(child)) Count(child, census, box);
+    if (!StartsWithAnyCase(child.name, kExclude)) Count(child, census, box);
   }
 }
 

@@ -4,13 +4,17 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 
 #include "scene/Scene.h"
+#include "system/Ascii.h"
 
 namespace mapexport {
 
 /// Whether the path names a scene file: it ends in ".scene.json", in any case.
-bool IsSceneFile(const std::string& path);
+inline bool IsSceneFile(std::string_view path) {
+  return EndsInAnyCase(path, ".scene.json");
+}
 
 /// Reads and checks the scene file at `path`. Throws SceneError with the JSON place of a defect, or
 /// the line and column where the text is no JSON; of several defects it is the first one, but

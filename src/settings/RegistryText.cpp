@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "settings/SettingsError.h"
+#include "system/Ascii.h"
 #include "system/Utf8.h"
 
 namespace mapexport {
@@ -226,11 +227,7 @@ RegistryText ParseRegistryText(std::string bytes) {
 }
 
 std::string FoldRegistryName(std::string_view name) {
-  std::string folded(name);
-  for (char& c : folded) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return folded;
+  return LowerCase(name);
 }
 
 bool IsRegistryName(std::string_view name) {

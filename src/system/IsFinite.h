@@ -1,14 +1,18 @@
-// Whether a point can be used.
+// Which numbers are finite as 32-bit floats.
 #pragma once
 
 #include <cmath>
 
-#include "host/Point3.h"
-
 namespace mapexport {
 
-inline bool IsFinite(const Point3& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+/// Whether the three coordinates of `point` (x, y, z) are finite.
+template <class Point>
+bool IsFinite(const Point& point) {
+  return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
 }
+
+/// The least double that rounds to an infinite float: halfway between the largest float and 2^128,
+/// the tie going to the even one.
+inline constexpr double kFloatOverflow = 0x1.ffffffp127;
 
 }  // namespace mapexport

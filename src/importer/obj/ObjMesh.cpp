@@ -52,7 +52,7 @@ class Builder {
                                              face.cornerCount);
     points_.clear();
     for (const ObjCorner& corner : corners) points_.push_back(file_.positions[corner.position]);
-    if (!std::ranges::all_of(points_, IsFinite)) {
+    if (!std::ranges::all_of(points_, IsFinite<Point3>)) {
       leftOut_.faces += points_.size() - 2;
       return;
     }

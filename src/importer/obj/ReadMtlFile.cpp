@@ -11,6 +11,7 @@
 #include "importer/text/HostText.h"
 #include "importer/text/StatementLines.h"
 #include "importer/text/TexturePath.h"
+#include "system/Ascii.h"
 
 namespace mapexport {
 namespace {
@@ -37,14 +38,6 @@ constexpr std::array<MapOption, 12> kMapOptions{{{"-o", 3},
                                                  {"-texres", 1},
                                                  {"-imfchan", 1},
                                                  {"-type", 1}}};
-
-std::string LowerCase(std::string_view word) {
-  std::string lower(word);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
-}
 
 class MtlReader {
  public:

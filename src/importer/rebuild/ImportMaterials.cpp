@@ -81,7 +81,7 @@ std::optional<SceneTexture> DiffuseMap(const LibraryScene& source, const aiMater
     aiUVTransform stored;
     if (material.Get(AI_MATKEY_UVTRANSFORM(slot, 0), stored) == aiReturn_SUCCESS) {
       const Matrix3 transform = TextureTransform(stored, source.format);
-      if (std::ranges::all_of(transform.rows, IsFinite) && transform != Matrix3{})
+      if (std::ranges::all_of(transform.rows, IsFinite<Point3>) && transform != Matrix3{})
         texture.uvTransform = transform;
     }
     return texture;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 
+#include "system/Ascii.h"
 #include "system/Utf8.h"
 
 namespace mapexport {
@@ -21,13 +22,6 @@ constexpr std::array<Entity, 6> kEntities{{{"&cr;", '\r'},
                                            {"&amp;", '&'},
                                            {"&lt;", '<'},
                                            {"&gt;", '>'}}};
-
-std::optional<unsigned> HexDigit(char c) {
-  if (c >= '0' && c <= '9') return static_cast<unsigned>(c - '0');
-  if (c >= 'a' && c <= 'f') return static_cast<unsigned>(c - 'a' + 10);
-  if (c >= 'A' && c <= 'F') return static_cast<unsigned>(c - 'A' + 10);
-  return std::nullopt;
-}
 
 }  // namespace
 

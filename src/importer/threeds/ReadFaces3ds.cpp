@@ -7,6 +7,7 @@
 #include "importer/rebuild/FlatFaces.h"
 #include "importer/threeds/Chunk3ds.h"
 #include "importer/threeds/Read3dsMaterials.h"
+#include "system/Ascii.h"
 
 namespace mapexport {
 namespace {
@@ -21,25 +22,17 @@ constexpr std::size_t kFaceBytes = 8;
 /// Indices of materials by their names in small letters; the library compares them so.
 using Indices = std::unordered_map<std::string, std::uint32_t>;
 
-std::string Folded(std::string_view name) {
-  std::string folded(name);
-  for (char& c : folded) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return folded;
-}
-
 Indices IndicesOf(const std::vector<FileMaterial>& materials) {
   Indices indices;
   for (const FileMaterial& material : materials) {
-    indices.try_emplace(Folded(material.name), static_cast<std::uint32_t>(indices.size()));
+    indices.try_emplace(LowerCase(material.name), static_cast<std::uint32_t>(indices.size()));
   }
   return indices;
 }
 
 void TakeMaterial(std::string_view content, const Indices& indices, FileFaces& mesh) {
   const std::size_t nameEnd = std::min(content.find('\0'), content.size());
-  const auto index = indices.find(Folded(content.substr(0, nameEnd)));
+  const auto index = indices.find(LowerCase(content.substr(0, nameEnd)));
   content.remove_prefix(std::min(nameEnd + 1, content.size()));
   const std::size_t count = NumberAt<std::uint16_t>(content, 0).value_or(0);
   for (std::size_t i = 1; i <= count && index != indices.end(); ++i) {
