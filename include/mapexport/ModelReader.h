@@ -10,9 +10,9 @@
 //   }
 //
 // Open checks the whole file once: tags, sizes within sizes, every count against the bytes that are
-// left, every index against its list except the positions of drawn faces (see Group::faces). What
-// is handed out afterwards are views of the bytes. The bytes must stay as they are meanwhile, and
-// need no alignment. Numbers may be NaN or infinite, and are not checked.
+// left, every index against its list except the positions of drawn faces (see Group::faces). The
+// model then refers to the bytes, which must stay unchanged; they need no alignment. Numbers are
+// not checked: they may be NaN or infinite.
 //
 // A vertex buffer and an index buffer of a batch, for triangle lists. In a batch a vertex has the
 // same corner in every triangle, so the vertex buffer has one entry for each vertex of the batch:
@@ -51,7 +51,7 @@
 #include <optional>
 #include <string_view>
 
-/// Rises with every change of what this header offers by name.
+/// Rises with every change of this header's public names.
 #define MAPEXPORT_READER_VERSION 1
 
 namespace mapexport::reader {
@@ -145,7 +145,8 @@ struct Arrow {
 
 }  // namespace detail
 
-/// A list of entries of equal size, read in place. A view: copies are cheap, and the same list.
+/// A list of entries of equal size, read in place. It is a view: copies are cheap and refer to the
+/// same list.
 template <class T>
 class List {
  public:
@@ -163,12 +164,12 @@ class List {
   }
   /// The first entry; of an empty list, an entry of zeros.
   T front() const { return (*this)[0]; }
-  /// The entries as they are in the file: kStride bytes each, little-endian, unaligned. To copy
-  /// them over an array of T is right where numbers are little-endian in memory.
+  /// The entries as they are in the file: kStride bytes each, little-endian, unaligned. On a
+  /// little-endian machine they may be copied over an array of T.
   const std::byte* data() const { return data_; }
 
-  /// Makes an entry of the bytes whenever it is asked for one. Of random access by the concepts of
-  /// C++20; before them only iterators that give references count as more than input iterators.
+  /// Makes an entry of the bytes at each access. A random access iterator by the concepts of C++20;
+  /// by older rules an input iterator, as it gives no references.
   class Iterator {
    public:
     using iterator_concept = std::random_access_iterator_tag;
@@ -227,7 +228,7 @@ class List {
   std::uint32_t size_ = 0;
 };
 
-/// Records of different sizes, one behind the other. A view, as a List is.
+/// Records of different sizes, one behind the other. It is a view, like List.
 template <class Record>
 class Records {
  public:
@@ -237,8 +238,8 @@ class Records {
 
   std::uint32_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
-  /// Record `index`; beyond the end, an empty record. Takes time for all records before it: to get
-  /// every record, go through them.
+  /// Record `index`; beyond the end, an empty record. It passes all records before it: to get every
+  /// record, iterate.
   Record operator[](std::size_t index) const {
     if (index >= size_) return {};
     Iterator it = begin();
@@ -398,16 +399,16 @@ struct Error {
 class Model {
  public:
   /// Checks `size` bytes and makes them accessible. When they are no sound file of that layout, it
-  /// returns false, tells the first reason and leaves the model empty. Time is linear in the size.
+  /// returns false with the first fault in `error`, and the model is empty. Time is linear in size.
   bool Open(const void* bytes, std::size_t size, Layout layout, Error* error = nullptr);
 
   Records<Material> materials;
   Records<Group> groups;
-  /// Whether some list is longer than kIndexLimit, so that indices into it lead astray.
+  /// Whether some list is longer than kIndexLimit, so that indices into it may be wrong.
   bool indicesAreCut = false;
 };
 
-// --- how it is done; nothing below is meant to be used by name -----------------------------------
+// --- implementation; nothing below is meant to be used by name -----------------------------------
 
 namespace detail {
 
@@ -490,8 +491,8 @@ inline float F32At(const std::byte* bytes) {
   return value;
 }
 
-/// How a list's entry is read, and of how many floats it consists if of nothing else. In memory it
-/// takes as many bytes as in the file.
+/// How a list's entry is read, and how many floats it has if it has nothing else. It has the same
+/// size in memory as in the file.
 template <class T>
 struct Entry;
 
@@ -550,9 +551,9 @@ static_assert(sizeof(Point) == 12 && sizeof(Plane) == 16 && sizeof(TextureCoordi
                   sizeof(Colour) == 16 && sizeof(Triple) == 6 && sizeof(Face) == 16,
               "List::kStride is the size in the file");
 
-/// Takes a file's encodings from its bytes, none past the end that holds at the moment. `In` is the
-/// class that derives from it. The grammar below calls the operations of `In`, so an operation that
-/// `In` declares replaces the one of this class. This one stops at the first fault and keeps it.
+/// Decodes values from a file's bytes, up to the current end. `In` is the class that derives from
+/// it. The grammar below calls the operations of `In`, so an operation that `In` declares replaces
+/// the one of this class. This class stops at the first fault and keeps it.
 template <class In>
 class Source {
  public:
@@ -560,7 +561,7 @@ class Source {
   Source(const Source&) = delete;
   Source& operator=(const Source&) = delete;
 
-  // What becomes of faults.
+  // Handling of faults.
 
   /// A value is wrong. `values` go into the fault's sentence.
   template <class... Values>
@@ -578,12 +579,12 @@ class Source {
                    const Values&... values) {
     Self().Tell(fault, offset, field, values...);
   }
-  /// The bytes do not suffice. Behind `values` the sentence takes what it is that ends.
+  /// There are too few bytes. The sentence's last value, after `values`, is what ends.
   template <class... Values>
   void TellOfEnd(Fault fault, std::uint64_t offset, const char* field, const Values&... values) {
     Self().Tell(fault, offset, field, values...);
   }
-  /// Called after these where nothing behind the fault makes sense.
+  /// Called after these where the bytes behind the fault can't be understood.
   void GiveUp() {}
   /// Whether reading goes on.
   bool Good() const { return error_.fault == Fault::kNone; }
@@ -599,7 +600,7 @@ class Source {
 
   // Records.
 
-  /// While it lives, what is read is in one entry of a list.
+  /// During its lifetime, what is read belongs to one entry of a list.
   class Entered {
    public:
     Entered(std::int32_t& place, std::uint32_t index) : place_(place) {
@@ -614,8 +615,8 @@ class Source {
   };
   struct Nowhere {};
 
-  /// An object, or entry `index` of a list of records. While what it returns lives, fields are of
-  /// that one.
+  /// Enters an object, or entry `index` of a list of records, for the lifetime of the returned
+  /// value.
   Nowhere Enter(const char* /*object*/) { return {}; }
   template <class Kind>
   Entered Enter(const char* /*list*/, std::uint32_t index) {
@@ -654,7 +655,7 @@ class Source {
   }
   Span Rest() const { return {bytes_.data + offset_, static_cast<std::size_t>(Left())}; }
 
-  /// Whether the number, or the text with its length, stands at `offset` of the file.
+  /// Whether the number, or the text with its length, is at `offset` of the file.
   bool StandsAt(std::uint64_t offset, std::uint32_t number) const {
     return offset <= bytes_.size && bytes_.size - offset >= 4 &&
            U32At(bytes_.data + offset) == number;
@@ -913,8 +914,8 @@ List<T> ReadIndexedList(In& in, const char* field) {
   return in.template Take<T>(ReadIndexedCount(in, List<T>::kStride, field), field);
 }
 
-/// Reads `count` records of a list, which `read` reads one by one; tells `sink` of them before. The
-/// bytes that are left can hold so many.
+/// Reads `count` records of a list, each by `read`, after announcing the count to `sink`. The bytes
+/// that are left can hold so many.
 template <class Record, class In, class Sink, class Read>
 Records<Record> ReadRecords(In& in, std::uint32_t count, const char* field, Sink& sink,
                             const Read& read) {
@@ -929,8 +930,8 @@ Records<Record> ReadRecords(In& in, std::uint32_t count, const char* field, Sink
   return {{bytes.data, taken}, in.FileLayout(), count};
 }
 
-/// Reads a group; `sink` is told that one begins, and gets each batch and surface set, and at the
-/// end the group.
+/// Reads a group. `sink` is called when it begins, for each batch and surface set, and at the end
+/// with the group.
 template <class In, class Sink, class IsNext>
 void ReadGroup(In& in, std::optional<std::uint32_t> materialCount, Group& group, Sink& sink,
                const IsNext& isNext) {
@@ -973,7 +974,7 @@ void ReadGroup(In& in, std::optional<std::uint32_t> materialCount, Group& group,
         ReadHeader(in, kKobType, kGroupVersion, group.outerHeader);
       },
       [&] {
-        // Nothing that can be told from other bytes follows the record inside.
+        // What follows the record inside can't be recognised.
         in.Record(nullptr, header, body, [](std::uint64_t) { return false; });
         if (group.outerHeader.name != group.header.name) {
           [[maybe_unused]] const auto outer = in.Enter("outer");
@@ -1064,7 +1065,7 @@ void ReadModel(In& in, Records<Material>& materials, Records<Group>& groups, Sin
   }
 }
 
-/// What engines read with. Of bytes that were checked before, indices are not checked again.
+/// The source that engines use. It doesn't check indices again in bytes that were checked before.
 class Cursor : public Source<Cursor> {
  public:
   Cursor(Span bytes, Layout layout, bool checksIndices)
@@ -1076,7 +1077,7 @@ class Cursor : public Source<Cursor> {
   bool checksIndices_;
 };
 
-/// Takes what is read, and does nothing with it.
+/// Ignores what is read.
 struct NoSink {
   void BeginGroup() const {}
   void Expect(const void*, std::uint32_t) const {}
@@ -1084,7 +1085,7 @@ struct NoSink {
   void Take(In&, const Record&) const {}
 };
 
-/// Holds the face tables against the lists that they refer to.
+/// Checks the face tables against the lists that they refer to.
 struct CheckFaces : NoSink {
   using NoSink::Take;
 

@@ -1,4 +1,3 @@
-// What is done to every foreign scene at last, whatever it was read from.
 #include "importer/FinishScene.h"
 
 #include <cstddef>

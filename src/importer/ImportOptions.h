@@ -1,4 +1,4 @@
-// What a person may decide about the reading of a foreign scene.
+// The choices for reading a foreign scene.
 #pragma once
 
 #include <functional>
@@ -14,13 +14,13 @@ enum class UpAxis {
 
 struct ImportOptions {
   UpAxis up = UpAxis::kAuto;  ///< the axis that points up in the file's own numbers
-  /// Host units per unit that arrives (glTF, Collada: metre; others: the
-  /// file's own), positive and finite; empty: 100 for glTF and Collada, else 1.
+  /// Host units per unit of the file (per metre for glTF and Collada), positive and finite; empty:
+  /// 100 for glTF and Collada, else 1.
   std::optional<float> scale;
-  /// Whether the import library's scene is left in memory for ever. For a child process that ends
-  /// by _exit: destroying what a damaged file has become may crash.
+  /// Whether the import library's scene is never freed. For a child process that ends by _exit:
+  /// freeing the scene of a damaged file may crash.
   bool keepLibraryScene = false;
-  /// Called once, when the file is read and the host's scene begins to be made of it. May be empty.
+  /// Called once, after the file is read and before the host's scene is made of it. May be empty.
   std::function<void()> onRead = {};
 };
 

@@ -1,4 +1,3 @@
-// Foreign scene formats into the host's scene: the order of the steps.
 #include "importer/ImportScene.h"
 
 #include <exception>

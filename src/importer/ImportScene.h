@@ -1,4 +1,4 @@
-// Foreign scene formats (FBX, glTF, OBJ, 3DS, ...) into the host's scene.
+// Imports foreign scene formats (FBX, glTF, OBJ, 3DS, ...) into the host's scene.
 #pragma once
 
 #include <string>
@@ -19,11 +19,11 @@ struct ImportedScene {
   std::vector<std::string> sideFiles;
 };
 
-/// Reads the file at `path`, whatever format it is in, into the host's z-up world. The result keeps
-/// what every scene promises: valid UTF-8 names (here without control characters), finite numbers,
-/// indices in range, at most kMaxSceneDepth levels, the root named "Scene Root". Nodes that show
-/// the same mesh share it. The same file gives the same scene on every run. Throws SceneError and
-/// nothing else. The process-wide state is left alone, so that a child process may do the reading.
+/// Reads the file at `path`, in any known format, into the host's z-up world. The result is a valid
+/// scene: UTF-8 names (here without control characters), finite numbers, indices in range, at most
+/// kMaxSceneDepth levels, the root named "Scene Root". Nodes that show the same mesh share it. The
+/// same file gives the same scene on every run. Throws SceneError only. Changes no process-wide
+/// state, so a child process may do the reading.
 ImportedScene ImportScene(const std::string& path, const ImportOptions& options);
 
 }  // namespace mapexport

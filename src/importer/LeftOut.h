@@ -1,4 +1,4 @@
-// What of a foreign scene the host's scene can't hold.
+// Counts what the host's scene can't hold of a foreign one.
 #pragma once
 
 #include <cstddef>
@@ -12,14 +12,14 @@ namespace mapexport {
 struct LeftOut {
   std::size_t points = 0;
   std::size_t lines = 0;
-  std::size_t objects = 0;         ///< of kinds that nobody knows
+  std::size_t objects = 0;         ///< of unknown kinds
   std::size_t curves = 0;          ///< free-form curves and surfaces
   std::size_t polygons = 0;        ///< that could not be triangulated
   std::size_t vertices = 0;        ///< with a coordinate that isn't finite
   std::size_t faces = 0;           ///< triangles with such a corner, or one that isn't there
-  std::size_t textureCorners = 0;  ///< texture coordinates that aren't finite: 0 stands for them
-  std::size_t creases = 0;         ///< edges of them within smooth surfaces
-  std::size_t transforms = 0;      ///< of nodes, not finite: the parent's stands for them
+  std::size_t textureCorners = 0;  ///< texture coordinates that aren't finite: replaced by 0
+  std::size_t creases = 0;         ///< edges that are creases within smooth surfaces
+  std::size_t transforms = 0;      ///< of nodes, not finite: replaced by the parent's
   std::size_t meshes = 0;          ///< that nodes name and the file doesn't have
   std::size_t colours = 0;         ///< colours of vertices
   std::size_t channels = 0;        ///< meshes with more than one set of texture coordinates

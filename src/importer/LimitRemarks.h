@@ -1,4 +1,4 @@
-// Bounds what is said about one scene.
+// Limits the number and the length of the remarks about one scene.
 #pragma once
 
 #include <cstddef>
@@ -10,11 +10,11 @@
 namespace mapexport {
 
 inline constexpr std::size_t kMostRemarks = 4096;
-/// Bytes of a remark's text. Ours name a file or a node or two.
+/// Bytes of a remark's text; a usual one names a file or a node or two.
 inline constexpr std::size_t kLongestRemark = 8192;
 
-/// Cuts texts that are too long, and leaves at most kMostRemarks. The last ones then stand, each
-/// for all others of its code, in the order in which these codes come.
+/// Cuts texts longer than kLongestRemark and leaves at most kMostRemarks. If there are more, each
+/// of the last ones sums up all further ones of its code, in the order of the codes' first remarks.
 void LimitRemarks(ImportRemarks& remarks);
 
 /// "12 more warnings like these (CODE)"

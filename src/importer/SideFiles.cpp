@@ -1,4 +1,3 @@
-// The library's access to files, with a record of them.
 #include "importer/SideFiles.h"
 
 #include <algorithm>
@@ -16,8 +15,8 @@
 namespace mapexport {
 namespace {
 
-/// What `name` may mean: the library opens the percent signs of URIs and the separators of Windows
-/// as they stand.
+/// The files that `name` may mean: the library decodes neither the percent signs of URIs nor the
+/// separators of Windows.
 std::vector<std::string> NamesOf(const std::string& name) {
   std::vector<std::string> names{name};
   if (std::string decoded = DecodePercents(name); decoded != name) {
@@ -29,7 +28,7 @@ std::vector<std::string> NamesOf(const std::string& name) {
   return names;
 }
 
-/// A folder can be opened, too, but not read; a pipe would be waited for, and a device may have no
+/// Opening a folder would succeed, but reading it fails; a pipe would block, a device may have no
 /// end.
 bool IsReadable(const std::string& name) {
   std::error_code error;
@@ -44,7 +43,7 @@ class RecordingFiles : public Assimp::DefaultIOSystem {
   bool Exists(const char* file) const override { return file != nullptr && IsReadable(file); }
 
   Assimp::IOStream* Open(const char* file, const char* mode) override {
-    // Reading a scene writes nothing, whatever its reader is up to.
+    // Reading a scene must write nothing.
     if (file == nullptr || mode == nullptr || *mode != 'r' || std::strchr(mode, '+') != nullptr) {
       return nullptr;
     }

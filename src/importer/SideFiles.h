@@ -1,4 +1,4 @@
-// The library's access to files, with a record of them.
+// File access for the import library, which records the files.
 #pragma once
 
 #include <memory>
@@ -12,7 +12,7 @@ class IOSystem;
 
 namespace mapexport {
 
-/// The files that a reader asked for, by the names that it used, each once, in the order of asking.
+/// The files that a reader asked for, by the names that it used, each once, in order.
 class FileRecord {
  public:
   void Add(const std::string& name, bool isOpened);
@@ -25,15 +25,15 @@ class FileRecord {
   std::set<std::string> known_;
 };
 
-/// A file that is read in another form than the one it has.
+/// A text that is read in place of a file.
 struct ChangedFile {
   std::string name;
   std::string text;
 };
 
-/// File access that also finds names with URIs' percent signs or Windows' separators, and notes in
-/// `record` each file that is opened, or can't be. It opens regular files, and for reading alone.
-/// Opening changed->name gives changed->text, when there is one.
+/// File access that also finds names with the percent signs of URIs or the separators of Windows,
+/// and records in `record` each file that is opened or can't be. It opens regular files only, and
+/// for reading only. Opening changed->name gives changed->text, unless `changed` is null.
 std::unique_ptr<Assimp::IOSystem> MakeRecordingFiles(std::shared_ptr<FileRecord> record,
                                                      std::shared_ptr<const ChangedFile> changed);
 

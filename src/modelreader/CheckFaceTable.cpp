@@ -65,7 +65,7 @@ class FaceTableCheck {
   void Run() {
     const std::uint64_t errorsBefore = problems_.Errors();
     for (std::size_t i = 0; i < group_.faces.size(); ++i) CheckFace(i);
-    // The totals tell nothing new once a single face was found wrong.
+    // The totals say nothing new once a single face was found wrong.
     if (problems_.Errors() == errorsBefore) CheckTotals();
     CheckSets();
   }

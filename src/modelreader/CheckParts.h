@@ -1,4 +1,4 @@
-// What is checked of a model file beyond its grammar, and the lengths of its lists.
+// Checks a model file beyond its grammar, and collects the lengths of its lists.
 #pragma once
 
 #include <cstdint>
@@ -11,14 +11,14 @@
 
 namespace mapexport {
 
-/// Gets the parts of a file in their order, and checks each group's face table when it has all of
-/// the group. Copies nothing: the bytes must stay until the last part was taken.
+/// Takes the parts of a file in order, and checks each group's face table when the group is
+/// complete. Copies nothing: the bytes must stay until the last part is taken.
 class CheckParts {
  public:
   explicit CheckParts(ModelLengths& lengths) : lengths_(lengths) {}
 
   void BeginGroup();
-  // Lists that are to come: they take no more memory than for their entries.
+  // The counts of the lists that follow, so that they take no more memory than their entries.
   void Expect(const void*, std::uint32_t) const {}
   void Expect(const reader::Batch*, std::uint32_t count);
   void Expect(const reader::SurfaceSet*, std::uint32_t count);

@@ -1,4 +1,4 @@
-// Puts what the grammar reads of a model file into plain values.
+// Collects a model file as plain values while it is read.
 #pragma once
 
 #include <cstdint>
@@ -11,13 +11,14 @@
 
 namespace mapexport {
 
-/// Gets the parts of a file in their order, and has them checked. The bytes may go away afterwards.
+/// Takes the parts of a file in order, copies them and has them checked. The bytes may be freed
+/// afterwards.
 class CollectModel {
  public:
   CollectModel(ModelFile& model, ModelLengths& lengths) : model_(model), check_(lengths) {}
 
   void BeginGroup();
-  // Lists that are to come: they take no more memory than for their entries.
+  // The counts of the lists that follow, so that they take no more memory than their entries.
   void Expect(const reader::Material*, std::uint32_t count) { model_.materials.reserve(count); }
   void Expect(const reader::Group*, std::uint32_t count) { model_.groups.reserve(count); }
   void Expect(const reader::Batch* kind, std::uint32_t count);

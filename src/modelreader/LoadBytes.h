@@ -1,4 +1,4 @@
-// A whole file in memory.
+// Loads a model file into memory.
 #pragma once
 
 #include <cstddef>
@@ -18,9 +18,9 @@ struct LoadedBytes {
   std::span<const std::byte> View() const { return {data.get(), size}; }
 };
 
-/// Reads the regular file at `path`, which must be smaller than 4 GiB. When that fails, a problem
-/// says why. The bytes are a copy: a file that another program shortens meanwhile does no harm.
-/// When `isWanted` refuses the first bytes (at most 64), the rest is not read.
+/// Reads the regular file at `path`, which must be smaller than 4 GiB. When that fails, adds a
+/// problem with the reason. The bytes are a copy, not a mapping: another program may shorten the
+/// file meanwhile. When `isWanted` refuses the first bytes (at most 64), the rest is not read.
 std::optional<LoadedBytes> LoadBytes(const std::string& path,
                                      bool (*isWanted)(std::span<const std::byte> beginning),
                                      ProblemList& problems);

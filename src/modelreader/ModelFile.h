@@ -22,7 +22,7 @@ inline constexpr std::uint64_t kModelIndexLimit = reader::kIndexLimit;
 struct ModelHeader {
   std::uint32_t typeCode = 0;
   std::uint32_t version = 0;
-  std::string name;  ///< bytes as they stand in the file, without a NUL; any encoding
+  std::string name;  ///< bytes as they are in the file, without a NUL; any encoding
 };
 
 struct ModelMaterial {

@@ -10,7 +10,7 @@
 
 namespace mapexport {
 
-/// What the grammar does not find, but this reader.
+/// Faults that this reader finds in addition to those of the grammar.
 enum class ModelFault {
   // The file as a whole; these have no offset.
   kCannotOpen,
@@ -47,13 +47,13 @@ using ModelProblemCode = std::variant<reader::Fault, ModelFault>;
 
 enum class ModelSeverity {
   kError,   ///< the file is not sound
-  kWarning  ///< the file is what the exporter may write, but hardly what is wanted
+  kWarning  ///< the exporter may have written the file, but it is probably not what was wanted
 };
 
 struct ModelProblem {
   ModelProblemCode code{};
   ModelSeverity severity = ModelSeverity::kError;
-  std::optional<std::uint64_t> offset;  ///< byte of the file; none when it can't be had at all
+  std::optional<std::uint64_t> offset;  ///< byte of the file; none when the file can't be read
   std::string place;  ///< record path such as "groups[0].batches[2].vertexIndices[7]"
   std::string text;   ///< what is wrong, with the value and the limit; one printable line
 };

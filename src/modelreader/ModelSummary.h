@@ -1,4 +1,4 @@
-// What a person asks of a model first.
+// Sums up a model for a person.
 #pragma once
 
 #include <cstddef>
@@ -35,8 +35,8 @@ struct ModelSummary {
 
 ModelSummary Summarise(const ModelFile& model);
 
-/// How the faces of `group` are spread over the flags, in the order of the flags, "none" at last; a
-/// set with several flags counts for each. Flags that no set has are left out.
+/// The use of each flag by the faces of `group`, in the order of the flags, then "none". A set with
+/// several flags counts for each. Unused flags are left out.
 std::vector<KeywordUse> KeywordUses(const ModelGroup& group);
 
 }  // namespace mapexport

@@ -1,4 +1,4 @@
-// The lists of a model that 16-bit indices can't address wholly.
+// Finds the lists of a model that are too long for 16-bit indices.
 #pragma once
 
 #include <cstdint>

@@ -23,8 +23,8 @@ class ProblemList {
   /// After this many errors reading stops.
   static constexpr std::uint64_t kMaxErrors = 50;
 
-  /// Adds a problem; `values` fill the sentence of its code, in order: numbers, or texts as they
-  /// shall be shown. The last error that is taken throws StopReading.
+  /// Adds a problem; `values` fill the sentence of its code, in order: numbers, or printable texts.
+  /// Throws StopReading with the last error that is accepted.
   template <typename... Values>
   [[gnu::cold]] void Add(ModelProblemCode code, std::optional<std::uint64_t> offset,
                          const Place& place, const Values&... values) {
@@ -32,13 +32,13 @@ class ProblemList {
   }
   /// Adds a problem of the file as a whole.
   void AddToFile(ModelProblemCode code, std::string_view value = {}, std::string_view limit = {});
-  /// Warns of `times` floats of one list that are not finite; `value` is the first of them and
-  /// stands at `offset`, in `entry`. Told once per kind of list, with the sum of the times.
+  /// Warns of `times` floats of one list that are not finite; `value` is the first of them, at
+  /// `offset`, in `entry`. Each kind of list gets one warning, with the sum of the times.
   void AddNotFinite(std::uint64_t times, std::uint64_t offset, const Place& entry, float value);
 
   std::uint64_t Errors() const { return errors_; }
 
-  /// Hands the problems out; the list is done with.
+  /// Returns the problems. Call it last.
   std::vector<ModelProblem> Take();
 
  private:

@@ -26,9 +26,9 @@ struct ModelReadResult {
 /// Reads the file at `path`. A sound file is one that the exporter can have written: every size,
 /// count and tag is right, no byte is left over, every index is in range, no batch is empty,
 /// surface sets have known flags only, and the face table agrees with the batches, planes and
-/// surface sets. An index into a list of more than kModelIndexLimit entries can't be judged so; it
-/// is compared as far as its 16 bits go. Memory stays within a small multiple of the file's size,
-/// time is linear in it. Throws nothing: when there is not enough memory, that is the only problem.
+/// surface sets. An index into a list of more than kModelIndexLimit entries is compared by its 16
+/// bits only. Memory is a small multiple of the file's size, time is linear in it. Throws nothing:
+/// when there is not enough memory, that is the only problem.
 ModelReadResult ReadModelFile(const std::string& path, ModelLayout layout);
 
 /// The same for the bytes of a file, but throws std::bad_alloc.
@@ -39,8 +39,8 @@ struct ModelCheckResult {
   std::vector<ModelProblem> problems;  ///< those that ReadModelFile finds
 };
 
-/// Checks the file at `path` as ReadModelFile does, but keeps nothing of it. Memory is the file's
-/// size and little more.
+/// Checks the file at `path` as ReadModelFile does, but keeps nothing of it. Memory is little more
+/// than the file's size.
 ModelCheckResult CheckModelFile(const std::string& path, ModelLayout layout);
 
 }  // namespace mapexport

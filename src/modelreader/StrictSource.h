@@ -1,5 +1,5 @@
-// The bytes of a model file for the reader's grammar: what is wrong becomes a problem with its
-// place, and reading goes on where that makes sense.
+// Feeds the reader's grammar with the bytes of a model file, turns faults into problems with their
+// places, and goes on behind a fault where that makes sense.
 #pragma once
 
 #include <concepts>
@@ -17,7 +17,7 @@
 
 namespace mapexport {
 
-/// Thrown, after the problem was noted, where what follows can't be read any more.
+/// Thrown, after the problem was added, when what follows can't be read.
 struct Unreadable {};
 
 class StrictSource : public reader::detail::Source<StrictSource> {
@@ -40,7 +40,7 @@ class StrictSource : public reader::detail::Source<StrictSource> {
                    std::uint64_t index, const Values&... values) {
     problems_.Add(fault, offset, At(field).At(index), Shown(values)...);
   }
-  /// Where the end is known to cut a record, that was noted before and is not told again.
+  /// Adds nothing where the end is known to cut a record: that is in the list already.
   template <class... Values>
   void TellOfEnd(reader::Fault fault, std::uint64_t offset, const char* field,
                  const Values&... values) {
@@ -50,7 +50,7 @@ class StrictSource : public reader::detail::Source<StrictSource> {
   bool Good() const { return true; }
   void IndicesCut(std::uint64_t offset, const char* field, std::uint32_t count);
 
-  /// While it lives, fields are those of `place`.
+  /// During its lifetime, fields are those of `place`.
   class Inside {
    public:
     Inside(StrictSource& source, const Place& place)

@@ -148,7 +148,7 @@ class HostNode final : public INode {
     if (node.object == SceneObject::kMesh)
       object_ = std::make_unique<HostGeometry>(node.mesh.get());
   }
-  // The children stand next to each other from `first` on.
+  // The children follow each other from `first` on.
   void SetChildren(HostNode* first) { firstChild_ = first; }
 
   const char* GetName() const override { return node_->name.c_str(); }

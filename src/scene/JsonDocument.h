@@ -1,4 +1,4 @@
-// A JSON document that is walked once, and the lines that tell what is wrong with it.
+// A JSON document that is walked once, and the messages about its defects.
 #pragma once
 
 #include <cstddef>
@@ -16,38 +16,38 @@
 namespace mapexport {
 
 /// A JSON document, an object, to be walked once in the order of its text with JsonObject,
-/// JsonArray and JsonValue. Whatever is wrong ends the walk with a SceneError: broken JSON is told
-/// with its line and column (counted in characters, from 1), a wrong value with its place.
+/// JsonArray and JsonValue. The first defect ends the walk with a SceneError: broken JSON with its
+/// line and column (counted in characters, from 1), a wrong value with its place.
 ///
-/// The parser beneath is lazy and doesn't look at what it skips. Therefore each value that nobody
-/// reads goes through CheckJsonValue, so that no broken document is taken for a sound one.
+/// The parser is lazy and doesn't check what it skips. So each value that nobody reads goes through
+/// CheckJsonValue; otherwise a broken document could pass for a sound one.
 class JsonDocument {
  public:
-  /// Throws what is wrong with the beginning of a text that goes on, when it is broken and no
-  /// object begins there: a whole file of something else isn't worth reading.
+  /// Throws the defect in `beginning`, the first part of a longer text, unless an object begins
+  /// there. So a large file of another kind is refused before all of it is read.
   static void CheckBeginning(const std::string& file, std::string_view beginning);
 
-  /// `text` is the file's, and must live as long as the document. `maxDepth` is the deepest nesting
-  /// of arrays and objects that is going to be read; ignored members may be deeper. It is no limit.
+  /// `text` must outlive the document. `maxDepth` is the deepest nesting of arrays and objects that
+  /// will be read; ignored members may be nested deeper.
   JsonDocument(const std::string& file, const FileText& text, std::size_t maxDepth);
   JsonDocument(const JsonDocument&) = delete;
   JsonDocument& operator=(const JsonDocument&) = delete;
   ~JsonDocument() = default;
 
-  /// The document's members, to be read to the last one and then followed by End.
+  /// The document's members. Read them to the last one, then call End.
   simdjson::ondemand::object Start();
   /// Checks that nothing follows the object.
   void End();
 
-  /// What the parser hands out; if it hands out an error, throws what is wrong with the text.
+  /// The parser's result; throws the defect in the text when that is an error.
   template <class T>
   T Get(simdjson::simdjson_result<T> result) const {
     T value;
     if (const simdjson::error_code error = std::move(result).get(value)) FailSyntax(error);
     return value;
   }
-  /// The list of a mesh that was parsed beforehand, and is not in the text that the parser sees: it
-  /// has an empty array there, at `start`. Null where there is none. It may be moved from.
+  /// The list of a mesh that NumberLists has parsed; the parser sees an empty array in its place,
+  /// at `start`. Null where there is none. It may be moved from.
   template <class Element>
   std::vector<Element>* ParsedList(const char* start) {
     return lists_.ListAt<Element>(static_cast<std::size_t>(start - rest_.data()));
@@ -56,7 +56,7 @@ class JsonDocument {
   /// Returns what it found sound.
   std::string_view Check(JsonSyntax (*check)(std::string_view), const char* start) const;
 
-  /// Throws the SceneError that says so about that place.
+  /// Throws a SceneError with `message` about `place`.
   [[noreturn]] void Fail(const JsonPlace& place, std::string_view message) const;
 
  private:

@@ -1,4 +1,4 @@
-// Where a value stands in a JSON document.
+// The place of a value in a JSON document.
 #pragma once
 
 #include <cstddef>
@@ -7,9 +7,9 @@
 
 namespace mapexport {
 
-/// A place such as `root.children[2].mesh.faces[17]`, kept as a chain of links that costs nothing
-/// until it has to be shown. A link refers to its parent, which must outlive it, and to the
-/// member's name.
+/// A place such as `root.children[2].mesh.faces[17]`. It is a chain of links, so that no text is
+/// made until a message needs it. A link refers to its parent and to the member's name, which must
+/// outlive it.
 class JsonPlace {
  public:
   /// The document itself.

@@ -24,7 +24,7 @@ struct JsonMember {
 template <class Read>
 JsonMember(const char*, Read) -> JsonMember<Read>;
 
-/// One value, with its place. It is read at most once, before the next one is come to.
+/// One value and its place. Read it at most once, and before the next one.
 class JsonValue {
  public:
   JsonValue(JsonDocument& document, simdjson::ondemand::value value, const JsonPlace& place)
@@ -48,9 +48,9 @@ class JsonValue {
   std::size_t ReadChoice(std::span<const std::string_view> choices);
   /// Whether the value is null, which then is read.
   bool ReadNull();
-  /// Checks a value that is of no use as JSON.
+  /// Checks the JSON of a value that is not needed.
   void Skip() { document_.Check(CheckJsonValue, Start()); }
-  /// Says that this is an array of `count` elements, but must have `wanted`.
+  /// Throws that this array has `count` elements, but must have `wanted`.
   [[noreturn]] void FailSize(std::size_t count, std::string_view wanted) const;
 
   /// Reads a whole object; see JsonObject::ReadMember.
@@ -59,9 +59,9 @@ class JsonValue {
   /// Calls `read` with the JsonValue& of each element of an array.
   template <class Read>
   void ReadArray(const Read& read);
-  /// The elements of an array, each made by `read`. The text is gone through twice, first to count
-  /// the elements: not for arrays that nest. Memory is taken in advance up to a bound only, so that
-  /// many elements that are none cost little.
+  /// The elements of an array, each made by `read`. Counts them first, which walks the text twice:
+  /// not for arrays that nest. At most 64 MiB are reserved in advance, so that an array of many
+  /// wrong elements costs little.
   template <class Element, class Read>
   std::vector<Element> ReadList(const Read& read);
   /// The same for the lists of meshes, which may have been parsed beforehand.

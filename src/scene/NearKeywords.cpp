@@ -1,4 +1,3 @@
-// Words of user property texts that were probably meant to be keywords.
 #include "scene/NearKeywords.h"
 
 #include <algorithm>

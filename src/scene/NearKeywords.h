@@ -1,4 +1,4 @@
-// Words of user property texts that were probably meant to be keywords.
+// Finds words of user property texts that were probably meant to be keywords.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace mapexport {
 
 struct NearKeyword {
   std::string node;          ///< name of the first node with it
-  std::string word;          ///< as it stands in the text
+  std::string word;          ///< as it is in the text
   std::string_view keyword;  ///< empty: the word is several keywords in one
   std::size_t count = 1;     ///< nodes' lines with this word
 };
@@ -20,14 +20,14 @@ struct NearKeyword {
 /// Whether `word` sets a flag of a node's faces.
 bool IsKeyword(std::string_view word);
 
-/// The keyword that `word` isn't but was probably meant to be: it differs in nothing but capitals
-/// and blanks, or, these apart, in one letter that is added, missing, another or swapped with its
-/// neighbour. Empty when there is none or when the word is a keyword.
+/// The keyword that `word` was probably meant to be: they differ in case and blanks only, or
+/// besides these in one letter that is added, missing, replaced or swapped with its neighbour.
+/// Empty when there is none, and when `word` is a keyword.
 std::string_view NearestKeyword(std::string_view word);
 
-/// The words of the nodes' user property texts (which end at tabs and line ends) that are near to a
-/// keyword that sets a flag of a node's faces, or are several keywords with something else than
-/// that between them; each word once, in the order of the nodes.
+/// The words of the nodes' user property texts that are near a keyword (NearestKeyword), or are
+/// several keywords without the tabs or line ends that separate words; each word once, in the order
+/// of the nodes.
 std::vector<NearKeyword> FindNearKeywords(const Scene& scene);
 
 /// One line that names the node and both words.

@@ -35,8 +35,8 @@ const char* FindArray(const char* at) {
   return *at == '[' ? at : nullptr;
 }
 
-// Behind the list no quote comes before the next member's name or the next node, and up to there
-// stand hardly more brackets than the list's.
+// An upper bound of the list's tuples: the brackets before the next quote, which is that of the
+// next member's name or the next node. Few of them are not the list's.
 template <class Element>
 std::size_t CountTuples(const char* list, const char* end) {
   const void* const quote = std::memchr(list, '"', static_cast<std::size_t>(end - list));

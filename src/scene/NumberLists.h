@@ -1,4 +1,4 @@
-// The number lists of a scene file, which are nearly all of its text, taken out of it.
+// Takes the number lists, which are most of a scene file's text, out of it.
 #pragma once
 
 #include <cstddef>
@@ -12,26 +12,26 @@
 
 namespace mapexport {
 
-/// Splits a scene file's text into the lists of its meshes, parsed, and a short rest for the JSON
-/// parser, in which each of these lists is an empty array. (The parser's index of a whole text is
-/// larger than the text, and takes longer than these lists do.)
+/// Splits a scene file's text into the parsed lists of its meshes and a short rest for the JSON
+/// parser, which has an empty array in place of each list. (The parser's index of a whole text
+/// would be larger than the text, and take longer than parsing these lists.)
 ///
 /// The lists are the arrays of members named "vertices", "faces", "textureVertices" and
-/// "textureFaces". Whoever reads such a member must ask for its list first. A list stays in the
-/// rest when its member's name is written with escapes, or when ParseNumberList refuses it; so what
-/// is wrong with a text is never hidden.
+/// "textureFaces". The reader of such a member must ask ListAt first. A list stays in the rest when
+/// its member's name is written with escapes, or when ParseNumberList refuses it, so that no defect
+/// is hidden.
 class NumberLists {
  public:
   /// A zero byte must follow `text` in memory. Time is linear in its size.
   explicit NumberLists(std::string_view text);
 
-  /// Only the first call gives it.
+  /// May be called once.
   std::string TakeRest() { return std::move(rest_); }
   /// The offset in the text of a byte of the rest, or of its end.
   std::size_t OffsetInText(std::size_t offsetInRest) const;
 
-  /// The list that was taken out at that offset of the rest, null where there is none. It may be
-  /// moved from.
+  /// The list that was taken out at that offset of the rest; null when there is none. The caller
+  /// may move from it.
   template <class Element>
   std::vector<Element>* ListAt(std::size_t offsetInRest) {
     Cut* const cut = CutAt(offsetInRest);

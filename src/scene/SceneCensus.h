@@ -1,4 +1,4 @@
-// What of a scene comes into an export, before anything is merged.
+// Counts what is exported of a scene, before anything is merged.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace mapexport {
 
-/// A node with a mesh. Instances count like meshes of their own, as they are exported.
+/// A node with a mesh. Each instance counts separately, as it is exported.
 struct NodeCensus {
   std::string name;
   std::uint64_t vertices = 0;
@@ -24,12 +24,12 @@ struct SceneCensus {
   float extent = 0;             ///< the longest edge of the box around all vertices, in the world
 };
 
-/// Walks the scene as the exporter does: what hangs below a node that is named "exclude...", or
-/// below a mesh object without a triangle, is not exported and doesn't count.
+/// Walks the scene as the exporter does: a node named "exclude..." and everything below it, and
+/// what is below a mesh object without a triangle, is not exported and doesn't count.
 SceneCensus CountScene(const Scene& scene);
 
-/// The (at most five) nodes with the most of what `count` counts, the most first, with their
-/// numbers: "\"Floor\" (40000), \"Wall\" (30000)". Nodes with none are left out.
+/// The five nodes with the largest `count`, largest first: "\"Floor\" (40000), \"Wall\" (30000)".
+/// Nodes with 0 are left out.
 std::string LargestNodes(const SceneCensus& census, std::uint64_t NodeCensus::*count);
 
 }  // namespace mapexport

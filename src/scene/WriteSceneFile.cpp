@@ -13,7 +13,7 @@ constexpr bool kOnLines = JsonStream::kOnLines;
 constexpr bool kOnOneLine = JsonStream::kOnOneLine;
 constexpr std::size_t kIndent = 2;
 
-// Equality that tells -0 from 0, as the file does.
+// Bitwise equality: the file keeps -0 apart from 0.
 template <class T>
 bool SameBits(const T& a, const T& b) {
   using Words = std::array<std::uint32_t, sizeof(T) / sizeof(std::uint32_t)>;

@@ -1,5 +1,4 @@
-// File descriptors: one that closes itself; opening, reading and writing that see to it that all is
-// done.
+// File descriptors: a class that closes its own, and complete reads and writes.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +13,7 @@ namespace mapexport {
 class Descriptor {
  public:
   Descriptor() = default;
-  /// Takes over what open() gave, an error included.
+  /// Owns what open() returned, which may be -1.
   explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
@@ -34,15 +33,15 @@ class Descriptor {
   int descriptor_ = -1;
 };
 
-/// Opens the file at `path` for reading. When that fails it is not open, and errno tells why. Reads
-/// don't wait, and opening a pipe doesn't wait for its writer, so that one can be refused.
+/// Opens the file at `path` for reading. When that fails, the descriptor is not open and errno has
+/// the reason. It is non-blocking: opening a pipe does not wait for its writer.
 Descriptor OpenToRead(const std::string& path);
 
-/// Reads `size` bytes, or fewer when the file ends before. Returns how many, -1 on an error, which
-/// errno tells.
+/// Reads `size` bytes, fewer only at the end of the file. Returns how many; -1 on an error, with
+/// the reason in errno.
 ssize_t ReadUpTo(int file, void* bytes, std::size_t size);
 
-/// Writes all of `bytes`. Returns the errno of the write that failed, 0 when none did.
+/// Writes all of `bytes`. Returns 0, or the errno of the write that failed.
 int WriteAll(int file, std::string_view bytes);
 
 }  // namespace mapexport

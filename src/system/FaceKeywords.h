@@ -7,8 +7,8 @@
 namespace mapexport {
 
 /// The keywords that set a flag of a node's faces, in the order of their bits from the lowest, 1.
-/// The exporter has a table of its own (exporter/geometry/FaceFlags.h), since the two sides share
-/// nothing but host/, which knows no exporter's words; a test compares the two.
+/// The exporter has a separate table (exporter/geometry/FaceFlags.h), because the two sides share
+/// only host/. A test compares the tables.
 inline constexpr std::array<std::string_view, 7> kFaceKeywords{
     "climbable", "notcollidable", "notrendered", "notcollidable3d",
     "floorface", "notshownplan",  "45plusfloor"};

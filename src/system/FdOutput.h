@@ -7,13 +7,13 @@
 
 namespace mapexport {
 
-/// Buffers what a stream writes to an open descriptor, which stays the caller's. What is not yet
-/// written when it is destroyed is lost: end with Finish.
+/// Buffers what a stream writes to an open descriptor, which the caller keeps and closes. Call
+/// Finish at the end: the destructor drops what is still buffered.
 class FdOutput : public std::streambuf {
  public:
   explicit FdOutput(int fd);
 
-  /// Writes what waits. The errno of the first write that failed, 0 when none did.
+  /// Writes what is buffered. Returns the errno of the first write that failed, 0 when none did.
   int Finish();
 
  protected:

@@ -23,8 +23,8 @@ std::string Lack(std::string_view what, int error) {
   return std::string(what) + ": " + ErrnoText(error);
 }
 
-/// What `get` writes into a buffer whose size it tells when it is given none. Nothing on an error,
-/// which errno then holds.
+/// What `get` writes into a buffer; called without one, it returns the size that it needs. Empty on
+/// an error, with the reason in errno.
 template <typename Get>
 std::optional<std::string> Sized(const Get& get) {
   for (;;) {

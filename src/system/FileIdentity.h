@@ -1,4 +1,4 @@
-// Which file a path leads to, whatever it is called.
+// Tells whether two paths lead to the same file.
 #pragma once
 
 #include <optional>
@@ -20,17 +20,17 @@ struct FileIdentity {
   }
 };
 
-/// Nothing when not even the folder is there. Cost: one or two questions to the system, but for
-/// links that lead nowhere.
+/// Empty when not even the folder exists. Cost: one or two system calls, more for links that lead
+/// nowhere.
 std::optional<FileIdentity> IdentityOf(const std::string& path);
 
-/// Where the links at `path`, at most 40 of them one after the other, lead in the end; `path`
-/// itself when it is no link. That need not be there. Nothing, with the reason in errno, when it
-/// can't be known; ENXIO stands for a link to what a process has open (/dev/stdout,
-/// /proc/self/fd/3), which is no place for a file.
+/// Follows the links at `path`, at most 40, and returns the path at their end, which need not
+/// exist; `path` itself when it is no link. Empty, with the reason in errno, when that fails: ENXIO
+/// for a link to what a process has open (/dev/stdout, /proc/self/fd/3), which is no place for a
+/// file.
 std::optional<std::string> FollowLinks(const std::string& path);
 
-/// A path up to and with its last "/", empty when it has none; and what follows.
+/// `path` up to and including its last "/", empty when it has none; and what follows.
 std::string FolderPart(const std::string& path);
 std::string NamePart(const std::string& path);
 

@@ -1,4 +1,4 @@
-// Texts out of a model file, made fit for a terminal.
+// Untrusted texts, made fit for a terminal.
 #pragma once
 
 #include <cstddef>

@@ -5,19 +5,20 @@
 
 namespace mapexport {
 
-// May be called from several threads. A standard error that can't be written is not told anywhere.
+// May be called from several threads. Failed writes are ignored: there is no other place to report
+// them.
 
 /// Whether standard error is a terminal that understands escape sequences.
 bool StandardErrorIsTerminal();
 
-/// Writes whole lines; a status line that is shown gives way to them.
+/// Erases the status line and writes whole lines.
 void WriteLines(std::string_view lines);
 
-/// Shows `status`, shorter than any terminal is wide, in place of the status line before it. Only
-/// for a terminal.
+/// Replaces the status line by `status`, which must be shorter than any terminal is wide. Only for
+/// a terminal.
 void ShowStatusLine(std::string_view status);
 
-/// Takes the status line away, if one is shown.
+/// Erases the status line, if one is shown.
 void EraseStatusLine();
 
 }  // namespace mapexport

@@ -6,8 +6,8 @@
 
 namespace mapexport {
 
-/// Lets `print` write to standard output and sees to it that all of it arrives. Returns false when
-/// the reader has gone away, which is no error of anyone; throws RunError for every other failure.
+/// Calls `print` with standard output and checks that everything is written. Returns false when the
+/// reader of a pipe has gone away, which is no error; throws RunError for every other failure.
 bool PrintResult(const std::function<void(std::ostream&)>& print);
 
 }  // namespace mapexport

@@ -33,11 +33,11 @@ constexpr bool IsControlCode(char32_t codePoint) {
   return codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F);
 }
 
-/// Whether a terminal or a reader of lines may take the code point for more than a character to
-/// show: IsControlCode, line and paragraph separators, and what turns the writing direction.
+/// Whether the code point may do more to a terminal or to lines than show a character:
+/// IsControlCode, line and paragraph separators, and marks that change the writing direction.
 bool IsControl(char32_t codePoint);
 
-/// Whether the code point can't be seen, so that two texts with and without it look alike:
+/// Whether the code point can't be seen, so that texts with and without it look the same:
 /// IsControl, and what Unicode 15 lets fonts ignore (soft hyphen, zero width, variation selectors,
 /// tags, ...) or uses to lay out other characters.
 bool IsInvisible(char32_t codePoint);

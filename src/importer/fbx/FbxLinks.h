@@ -14,7 +14,7 @@ struct FbxObject {
   enum class Kind { kModel, kMaterial, kGeometry };
   Kind kind = Kind::kModel;
   std::int64_t id = 0;
-  std::string name;  ///< bytes of the file, without the class that stands before or behind it
+  std::string name;            ///< bytes of the file, without the class before or behind it
   std::string className = {};  ///< "Mesh", "NurbsCurve", ...
   std::string userText = {};   ///< of a model: bytes of its user property text
 };
@@ -22,7 +22,7 @@ struct FbxObject {
 struct FbxLink {
   std::int64_t child = 0;
   std::int64_t parent = 0;  ///< 0: the scene
-  std::size_t typeAt = 0;   ///< where in the text the two letters of its type stand, "OO"
+  std::size_t typeAt = 0;   ///< offset of the two letters of its type, "OO", in the text
 };
 
 /// What the sections "Objects" and "Connections" say, in the file's order.

@@ -43,7 +43,7 @@ bool HasMeshes(const aiNode& node) {
 }
 
 /// Whether a bare root of that name is a reader's invention. A Collada file's root is its visual
-/// scene, whatever the name; others are named after the file, or by its whole path.
+/// scene, by any name; others are named after the file, or by its whole path.
 bool IsInventedName(const LibraryScene& source, std::string_view name) {
   if (source.format == SourceFormat::kFbx || source.format == SourceFormat::kCollada) return true;
   constexpr std::array<std::string_view, 6> kInvented{"",     "RootNode",    "ROOT",

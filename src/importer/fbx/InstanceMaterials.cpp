@@ -159,7 +159,7 @@ std::optional<std::vector<int>> InstanceMaterials::PartsOf(const MeshInstance& i
   return parts;
 }
 
-/// The host material that stands in `own` where `part` stands in `first`.
+/// The host material in `own` at the position that `part` has in `first`.
 std::optional<int> InstanceMaterials::PartOf(int part, const Ids& first, const Ids& own) const {
   std::size_t place = 0;
   if (part >= 0) {

@@ -20,9 +20,9 @@ struct LibraryScene;
 struct MeshInstance;
 
 /// The library gives all nodes that share a mesh the materials of the first one, and forgets
-/// materials that only the others have. The file's own connections tell what each node has; the
-/// forgotten materials are learnt by showing the library the file again, with another node as the
-/// only one that shows the mesh.
+/// materials that only the others have. The connections in the file say what each node has; the
+/// forgotten materials are found by having the library read the file again, with another node as
+/// the only one that shows the mesh.
 class InstanceMaterials {
  public:
   /// Reads the file of `source` again. `hostMaterials` gives the host's material by the library's.
@@ -35,9 +35,9 @@ class InstanceMaterials {
   void LearnForgotten(const std::vector<MeshInstance>& instances, const ImportOptions& options,
                       MaterialTable& materials);
 
-  /// What instance.parts are for instance.node: host materials, -1 for none. Empty when the file
-  /// doesn't tell it beyond doubt: it can't be read, its models aren't the scene's nodes, or the
-  /// names of the materials aren't unique.
+  /// The host materials that replace instance.parts for instance.node, -1 for none. Empty when they
+  /// are not certain: the file can't be read, its models aren't the scene's nodes, or the names of
+  /// the materials aren't unique.
   std::optional<std::vector<int>> PartsOf(const MeshInstance& instance) const;
 
  private:

@@ -1,4 +1,4 @@
-// The library's transforms, accumulated without rounding.
+// The import library's transforms in double precision.
 #pragma once
 
 #include <array>
@@ -6,8 +6,8 @@
 
 namespace mapexport {
 
-/// Three rows of four numbers used with column vectors, column 3 the translation: the library's
-/// form, in double precision so that a chain of transforms is rounded once, at its end.
+/// Three rows of four numbers for column vectors; column 3 is the translation, as in the library.
+/// Double precision, so that a chain of transforms is rounded to floats once, at its end.
 struct AffineMatrix {
   std::array<std::array<double, 4>, 3> rows{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
 

@@ -1,4 +1,3 @@
-// How a foreign scene stands in the host's z-up world.
 #include "importer/rebuild/AxesAndUnits.h"
 
 #include <cmath>

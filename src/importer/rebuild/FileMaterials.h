@@ -1,4 +1,4 @@
-// What a file itself says of its materials, where the import library loses or changes it.
+// Materials as the file defines them, where the import library loses or changes values.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace mapexport {
 
 struct LibraryScene;
 
-/// A material of a .3ds or .ase file. What the file doesn't say is empty.
+/// A material of a .3ds or .ase file. Values that the file doesn't have are empty.
 struct FileMaterial {
   std::string name;  ///< bytes of the file
   std::optional<Color> ambient;
@@ -24,10 +24,10 @@ struct FileMaterial {
   bool twoSided = false;
 };
 
-/// The materials of the file that gave `source`, by the library's index: each one where the file
-/// has it, empty where it doesn't or isn't what the library made of it. The library keeps the
-/// file's order and may leave materials out; those of equal names are told apart by their diffuse
-/// colours. All are empty for formats of which the library loses nothing.
+/// The materials of the file of `source` by the library's index; empty where the file has none that
+/// matches. The library keeps the file's order but may leave materials out; materials with equal
+/// names are matched by their diffuse colours. All are empty for formats of which the library loses
+/// nothing.
 std::vector<std::optional<FileMaterial>> ReadFileMaterials(const LibraryScene& source);
 
 }  // namespace mapexport

@@ -1,4 +1,4 @@
-// Foreign materials as the host's Standard materials.
+// Turns foreign materials into the host's Standard materials.
 #pragma once
 
 #include <vector>
@@ -17,8 +17,8 @@ struct ImportedMaterials {
 };
 
 /// All materials of `source`, in its order. One without a name is called "Material N" (N from 1),
-/// since equal names mean one material to the host's exporters. Colours and scalars that aren't
-/// finite are 0; the opacity is 0 to 1.
+/// because exporters take equal names for one material. Colours and scalars that aren't finite
+/// become 0; the opacity is clamped to 0 to 1.
 ImportedMaterials ImportMaterials(const LibraryScene& source);
 
 }  // namespace mapexport

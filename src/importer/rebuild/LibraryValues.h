@@ -12,12 +12,12 @@
 
 namespace mapexport {
 
-/// The bytes of `text`, whatever its length field says.
+/// The bytes of `text`, even if its length field is wrong.
 inline std::string_view BytesOf(const aiString& text) {
   return {text.data, std::min<std::size_t>(text.length, sizeof(text.data) - 1)};
 }
 
-/// The upper three rows of `matrix`; the fourth means nothing in a scene.
+/// The upper three rows of `matrix`. The fourth has no meaning in a scene.
 inline AffineMatrix AffineFrom(const aiMatrix4x4& matrix) {
   AffineMatrix affine;
   for (unsigned r = 0; r < 3; ++r) {

@@ -1,4 +1,4 @@
-// The material ids of a mesh that is put together.
+// Assigns the material ids of a mesh.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 namespace mapexport {
 
 /// Gives each material of a mesh an id, in the order of their first use. When there are more
-/// materials than ids, the last id stands for all that come too late.
+/// materials than ids, all further ones share the last id.
 class MaterialParts {
  public:
   /// `material` is the host's index, -1 for none.

@@ -1,4 +1,4 @@
-// The materials of the scene that is made.
+// The materials of the scene that the importer makes.
 #pragma once
 
 #include <map>
@@ -10,8 +10,8 @@
 
 namespace mapexport {
 
-/// The Standard materials of the source, and behind them the Multi/Sub-Object materials that nodes
-/// with several materials need, each made once.
+/// The Standard materials of the source, then the Multi/Sub-Object materials that nodes with
+/// several materials need, each made once.
 class MaterialTable {
  public:
   explicit MaterialTable(std::vector<SceneMaterial> materials) : materials_(std::move(materials)) {}

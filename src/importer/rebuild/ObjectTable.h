@@ -27,7 +27,7 @@ struct NodeObject {
 struct MeshInstance {
   std::size_t node = 0;
   std::size_t firstNode = 0;
-  std::vector<int> parts;  ///< materials of the mesh's material ids, as the library tells them
+  std::vector<int> parts;  ///< materials of the mesh's material ids, as the library has them
 };
 
 /// Makes the objects of nodes; nodes with the same meshes share one.

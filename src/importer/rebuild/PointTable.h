@@ -1,4 +1,4 @@
-// Points that are equal bit for bit, kept once.
+// A list of points without bit-identical duplicates.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace mapexport {
 
-/// A list of different points, in the order of their first adding. 0 and -0 are different, a NaN
+/// Different points in the order in which they were first added. 0 and -0 are different, a NaN
 /// equals itself. Adding takes constant time on average.
 class PointTable {
  public:

@@ -1,4 +1,4 @@
-// A host mesh from the library's meshes of one node.
+// Makes one host mesh of the library's meshes of a node.
 #pragma once
 
 #include <memory>
@@ -21,13 +21,12 @@ struct RebuiltMesh {
 };
 
 /// Joins the meshes `meshIndices` of `scene`, in that order. Positions that are equal bit for bit
-/// become one vertex, texture coordinates of the first channel one texture vertex; what no face
-/// uses is gone. Kept are triangles with three corners that exist and are finite, in the file's
-/// order; what is left out is counted. Smoothing groups are rebuilt from the normals
-/// (RebuildSmoothing); faces that `flatFaces` marks, by the library's mesh, are flat. A mesh may
-/// have no marks. `hostMaterials` gives the host's material index by the library's. A node with
-/// more materials than there are material ids keeps the first ones; the faces of the others get the
-/// last id's.
+/// become one vertex, equal texture coordinates of the first channel one texture vertex; unused
+/// ones are dropped. Triangles with three corners that exist and are finite are kept, in the file's
+/// order; the others are counted. Smoothing groups are rebuilt from the normals (RebuildSmoothing);
+/// faces that `flatFaces` marks, by the library's mesh, are flat. A mesh may have no marks.
+/// `hostMaterials` has the host's material index for each of the library's. Materials beyond the
+/// number of material ids share the last id (MaterialParts).
 RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndices,
                         const std::vector<int>& hostMaterials,
                         const std::vector<std::vector<bool>>& flatFaces, LeftOut& leftOut);

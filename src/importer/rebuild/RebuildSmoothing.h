@@ -1,4 +1,4 @@
-// Smoothing groups that give back the look of stored normals.
+// Rebuilds smoothing groups from stored normals.
 #pragma once
 
 #include <array>
@@ -17,10 +17,9 @@ using CornerNormals = std::array<Point3, 3>;
 /// of its ends (within about one degree). Faces that are connected by such edges share one bit;
 /// such a surface never shares its bit with another that it touches at a vertex, as long as the
 /// bits suffice. Surfaces that are flat, and faces without normals, get 0. Bit 0 is never used, so
-/// no face gets the value 1, which exporters may take for "flat". A crease inside a surface
-/// that is connected another way can't be expressed so and is lost: returns the number of edges of
-/// such creases. `normals` has one entry per face. Cost:
-/// n log n.
+/// no face gets the value 1, which exporters may take for "flat". A crease inside a surface that is
+/// connected another way can't be expressed and is lost; returns the number of such edges.
+/// `normals` has one entry per face. Cost: n log n.
 std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals);
 
 }  // namespace mapexport

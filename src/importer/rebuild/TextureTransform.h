@@ -8,10 +8,10 @@ struct aiUVTransform;
 
 namespace mapexport {
 
-/// What turns mesh coordinates into the map's, v up, as the host's maps hold it. The library's
-/// numbers mean different things by format: degrees from FBX, radians else; from glTF 2 they are a
-/// rewriting of the file's offset, rotation and scale about the upper left corner, which are
-/// recovered here.
+/// The transform from mesh coordinates to the map's, v up, as in the host's maps. The meaning of
+/// the library's numbers depends on the format: rotations are in degrees from FBX, in radians
+/// otherwise; from glTF 2 all numbers are converted, and the file's offset, rotation and scale
+/// about the upper left corner are recovered here.
 Matrix3 TextureTransform(const aiUVTransform& stored, SourceFormat format);
 
 }  // namespace mapexport

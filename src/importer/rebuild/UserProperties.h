@@ -27,9 +27,9 @@ class UserPropertyReader {
 
   /// UserPropertyText of a node whose name is `nodeName`, whole where the library has cut it.
   std::string TextOf(const aiNode& node, const std::string& nodeName);
-  /// Warnings of texts that are probably cut, since they are as long as the library's texts can
-  /// be and the file tells of none that goes on, and of members of glTF extras that are named like
-  /// a keyword but aren't `true`.
+  /// Warnings of texts that are probably cut (as long as the library's texts can be, and not found
+  /// whole in the file), and of members of glTF extras that are named like a keyword but aren't
+  /// `true`.
   void AddRemarks(ImportRemarks& remarks) const;
 
  private:

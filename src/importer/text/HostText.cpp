@@ -1,4 +1,3 @@
-// Text of foreign files as the host keeps it.
 #include "importer/text/HostText.h"
 
 #include <array>

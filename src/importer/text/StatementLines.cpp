@@ -1,4 +1,3 @@
-// The lines of a text of statements, one a line: OBJ and MTL files.
 #include "importer/text/StatementLines.h"
 
 #include <algorithm>

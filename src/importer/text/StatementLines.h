@@ -1,4 +1,4 @@
-// The lines of a text of statements, one a line: OBJ and MTL files.
+// Walks through texts of one statement per line, such as OBJ and MTL files.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,3 @@
-// The path of a foreign material's picture as the host stores it.
 #include "importer/text/TexturePath.h"
 
 #include <algorithm>

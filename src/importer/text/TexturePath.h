@@ -1,4 +1,4 @@
-// The path of a foreign material's picture as the host stores it.
+// The paths of foreign materials' pictures, as the host stores them.
 #pragma once
 
 #include <string>

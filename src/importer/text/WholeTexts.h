@@ -1,4 +1,4 @@
-// User property texts that the import library has cut.
+// Reads whole the user property texts that the import library cuts.
 #pragma once
 
 #include <optional>
@@ -19,8 +19,8 @@ class WholeTexts {
   /// `source` must outlive this object. The file is read again when it is first asked for.
   explicit WholeTexts(const LibraryScene& source) : source_(source) {}
 
-  /// The text of the node `nodeName` that begins with `cut`, all that the library has of it, as
-  /// bytes of the file; empty when the file has none, or several unlike ones.
+  /// The text of the node `nodeName` that begins with `cut`, the part that the library has, as
+  /// bytes of the file; empty when the file has none, or several different ones.
   std::optional<std::string> Find(const std::string& nodeName, std::string_view cut);
 
  private:
@@ -31,7 +31,7 @@ class WholeTexts {
 
   const LibraryScene& source_;
   bool isRead_ = false;
-  /// By the node's name and what the library has of the text; empty where that is in doubt.
+  /// By the node's name and the library's part of the text; empty when several texts match.
   std::unordered_map<std::string, std::optional<std::string>> texts_;
 };
 
