@@ -15,9 +15,8 @@
 #include <sys/stat.h>
 
 #include "fuzz/ReadersAgree.h"
-#include "modelreader/ModelJson.h"
-#include "modelreader/ModelText.h"
 #include "modelreader/ReadModelFile.h"
+#include "modelreader/WriteModel.h"
 #include "support/ModelFiles.h"
 #include "system/PrintableText.h"
 

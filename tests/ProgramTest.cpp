@@ -29,7 +29,7 @@
 #include <unistd.h>
 
 #include "app/RunReport.h"
-#include "importer/ReadSeconds.h"
+#include "importer/SourceFile.h"
 #include "support/ProgramRun.h"
 #include "worker/HandOver.h"
 #include "worker/ReaderMessage.h"

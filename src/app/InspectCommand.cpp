@@ -10,8 +10,7 @@
 #include "cli/CommandLine.h"
 #include "cli/OptionReading.h"
 #include "cli/SharedOptions.h"
-#include "modelreader/ModelJson.h"
-#include "modelreader/ModelText.h"
+#include "modelreader/WriteModel.h"
 #include "system/StandardOutput.h"
 
 namespace mapexport {

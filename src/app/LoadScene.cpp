@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "importer/ReadSeconds.h"
+#include "importer/SourceFile.h"
 #include "scene/NearKeywords.h"
 #include "scene/SceneFile.h"
 #include "worker/ReadForeignScene.h"

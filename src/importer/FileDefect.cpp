@@ -1,4 +1,3 @@
-// What is wrong with a file of one of the main formats that the import library refused.
 #include "importer/FileDefect.h"
 
 #include <algorithm>
@@ -13,13 +12,12 @@
 #include <fmt/format.h>
 #include <pugixml.hpp>
 
-#include "importer/FileExtension.h"
+#include "importer/SourceFile.h"
 #include "importer/gltf/GltfDefect.h"
 #include "importer/text/HostText.h"
 #include "importer/text/StatementLines.h"
 #include "importer/threeds/Chunk3ds.h"
 #include "scene/FileText.h"
-#include "scene/TextPlace.h"
 #include "system/Ascii.h"
 
 namespace mapexport {

@@ -1,8 +1,7 @@
-#include "importer/PatchAc3d.h"
-
 #include <algorithm>
 #include <cstddef>
 
+#include "importer/Patches.h"
 #include "importer/text/StatementLines.h"
 
 namespace mapexport {

@@ -1,4 +1,3 @@
-// A scene file read by the import library, as the library gives it.
 #include "importer/ReadWithLibrary.h"
 
 #include <algorithm>
@@ -16,13 +15,10 @@
 #include <assimp/scene.h>
 #include <fmt/format.h>
 
-#include "importer/FileBeginning.h"
 #include "importer/FileDefect.h"
-#include "importer/FileExtension.h"
-#include "importer/PatchAc3d.h"
+#include "importer/Patches.h"
 #include "importer/SideFiles.h"
-#include "importer/ase/PatchAse.h"
-#include "importer/collada/PatchCollada.h"
+#include "importer/SourceFile.h"
 #include "importer/rebuild/LibraryValues.h"
 #include "importer/text/HostText.h"
 #include "scene/FileText.h"
@@ -106,8 +102,8 @@ SourceFormat FormatOf(const aiScene& scene) {
   RefuseFile(path, defect.empty() ? reason : defect);
 }
 
-/// The form of the file in which the library reads it rightly, null when that is its own. What is
-/// cut out for it is counted in `scene`.
+/// The changed form of the file (Patches.h) that the library should read; null when it should read
+/// the file itself. Counts in `scene` what is cut out.
 std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path, std::string_view beginning,
                                                LibraryScene& scene) {
   const std::string extension = FileExtension(path);

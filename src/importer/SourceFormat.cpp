@@ -1,10 +1,6 @@
-// The formats that need rules of their own.
 #include "importer/SourceFormat.h"
 
-#include <algorithm>
 #include <array>
-
-#include "importer/FileExtension.h"
 
 namespace mapexport {
 namespace {
@@ -35,9 +31,6 @@ constexpr std::array<Reader, 18> kReaders{{
     {"Additive manufacturing", SourceFormat::kOtherZUp},
 }};
 
-// glTF's buffers, LightWave's and Irrlicht's objects, the two halves of an Unreal mesh.
-constexpr std::array<std::string_view, 5> kDataBeside{".gltf", ".lws", ".irr", ".3d", ".uc"};
-
 }  // namespace
 
 SourceFormat FormatOfReader(std::string_view reader) {
@@ -49,10 +42,6 @@ SourceFormat FormatOfReader(std::string_view reader) {
 
 bool IsZUp(SourceFormat format) {
   return format == SourceFormat::kPly || format == SourceFormat::kOtherZUp;
-}
-
-bool HasDataBeside(const std::string& path) {
-  return std::ranges::find(kDataBeside, FileExtension(path)) != kDataBeside.end();
 }
 
 bool IsInMetres(SourceFormat format) {

@@ -1,7 +1,6 @@
-// The formats that need rules of their own.
+// The source formats that the importer treats differently.
 #pragma once
 
-#include <string>
 #include <string_view>
 
 namespace mapexport {
@@ -17,23 +16,19 @@ enum class SourceFormat {
   kObj,
   kOff,
   kPly,
-  kTurnedToYUp,  ///< its z is up, but the library turned the root: arrives with y up
-  kOtherYUp,     ///< arrives with y up, by definition or for want of an axis
-  kOtherZUp      ///< arrives with z up
+  kTurnedToYUp,  ///< z is up in the file, but the library turns the root: y up in its scene
+  kOtherYUp,     ///< y up in the library's scene, by definition or as the default
+  kOtherZUp      ///< z up in the library's scene
 };
 
-/// The format of the library's reader of that name; an unknown reader counts as kOtherYUp, which is
-/// what the library promises of its readers.
+/// The format of the library's reader with that name; kOtherYUp for an unknown one, as the library
+/// documents its readers.
 SourceFormat FormatOfReader(std::string_view reader);
 
-/// Whether z points up in what arrives; y does in all others.
+/// Whether z points up in the library's scene; in all others y does.
 bool IsZUp(SourceFormat format);
 
-/// Whether `path` names a format, by its extension, that keeps the scene's geometry in other files,
-/// so that its own size tells nothing. Materials, textures and animations beside it don't count.
-bool HasDataBeside(const std::string& path);
-
-/// Whether lengths of this format arrive in metres.
+/// Whether the library's scene is in metres.
 bool IsInMetres(SourceFormat format);
 
 }  // namespace mapexport

@@ -1,7 +1,6 @@
-#include "modelreader/ModelJson.h"
-
 #include <string_view>
 
+#include "modelreader/WriteModel.h"
 #include "system/JsonStream.h"
 
 namespace mapexport {

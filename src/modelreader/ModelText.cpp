@@ -1,5 +1,3 @@
-#include "modelreader/ModelText.h"
-
 #include <algorithm>
 #include <limits>
 #include <numeric>
@@ -12,6 +10,7 @@
 #include "modelreader/ModelFaceFlags.h"
 #include "modelreader/ModelSummary.h"
 #include "modelreader/TextTable.h"
+#include "modelreader/WriteModel.h"
 #include "system/IsFinite.h"
 #include "system/PrintableText.h"
 

@@ -1,4 +1,4 @@
-// A place inside a model file, as a record path that is spelled out only when it is needed.
+// A place inside a model file: a record path whose text is made only when it is needed.
 #pragma once
 
 #include <cstdint>
@@ -24,9 +24,19 @@ class Place {
   }
 
   /// "groups[0].batches[2].material"; empty for the file as a whole.
-  std::string Path() const;
+  std::string Path() const {
+    std::string path = parent_ == nullptr ? "" : parent_->Path() + '.';
+    path += field_;
+    if (index_) path += '[' + std::to_string(*index_) + ']';
+    return path;
+  }
   /// The path without its indices: places of one kind have the same.
-  std::string Kind() const;
+  std::string Kind() const {
+    std::string kind = parent_ == nullptr ? "" : parent_->Kind() + '.';
+    kind += field_;
+    if (index_) kind += "[]";
+    return kind;
+  }
 
  private:
   const Place* parent_ = nullptr;

@@ -130,4 +130,11 @@ std::vector<ModelProblem> ProblemList::Take() {
   return std::move(problems_);
 }
 
+std::string ToLine(const ModelProblem& problem) {
+  std::string line;
+  if (problem.offset) line += "offset " + std::to_string(*problem.offset) + ": ";
+  if (!problem.place.empty()) line += problem.place + ": ";
+  return line + problem.text;
+}
+
 }  // namespace mapexport

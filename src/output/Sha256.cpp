@@ -8,7 +8,6 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <nettle/sha2.h>
-#include <unistd.h>
 
 #include "system/Descriptor.h"
 #include "system/RunError.h"
@@ -30,13 +29,11 @@ std::string Sha256OfFile(const std::string& path) {
   sha256_ctx context;
   sha256_init(&context);
   std::vector<std::uint8_t> block(kBlock);
-  ssize_t count = 0;
-  while ((count = read(file.Get(), block.data(), block.size())) != 0) {
-    if (count > 0) {
-      sha256_update(&context, static_cast<std::size_t>(count), block.data());
-    } else if (errno != EINTR) {
-      FailToRead(path);
-    }
+  for (std::size_t count = kBlock; count == kBlock;) {
+    const ssize_t got = ReadUpTo(file.Get(), block.data(), block.size());
+    if (got < 0) FailToRead(path);
+    count = static_cast<std::size_t>(got);
+    sha256_update(&context, count, block.data());
   }
   std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest;
   sha256_digest(&context, digest.size(), digest.data());

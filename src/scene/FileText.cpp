@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -101,6 +102,15 @@ void FileText::Grow(std::size_t capacity) {
   if (size_ > 0) std::memcpy(larger.get(), bytes_.get(), size_);
   bytes_ = std::move(larger);
   capacity_ = capacity;
+}
+
+std::string TextPlace(std::string_view text, std::size_t offset) {
+  const std::string_view before = text.substr(0, offset);
+  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+  // npos + 1 is 0, the start of the only line.
+  const std::string_view inLine = before.substr(before.rfind('\n') + 1);
+  const auto column = 1 + std::ranges::count_if(inLine, std::not_fn(ContinuesCharacter));
+  return fmt::format("line {}, column {}", line, column);
 }
 
 }  // namespace mapexport

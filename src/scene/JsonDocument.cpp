@@ -6,9 +6,9 @@
 
 #include <fmt/format.h>
 
-#include "scene/JsonKind.h"
+#include "scene/FileText.h"
+#include "scene/JsonSyntax.h"
 #include "scene/SceneError.h"
-#include "scene/TextPlace.h"
 
 namespace mapexport {
 namespace {
@@ -68,7 +68,7 @@ void JsonDocument::Fail(const JsonPlace& place, std::string_view message) const 
   throw SceneError(fmt::format("{}: {}{}{}", file_, where, where.empty() ? "" : ": ", message));
 }
 
-// simdjson has come upon a defect of the text, but doesn't tell where and what it is.
+// simdjson has found a defect but reports neither its place nor its kind.
 void JsonDocument::FailSyntax(simdjson::error_code error) const {
   if (error == simdjson::MEMALLOC) throw std::bad_alloc();
   Check(CheckJsonDocument, rest_.data());

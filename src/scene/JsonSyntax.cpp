@@ -23,7 +23,7 @@ class Walker {
 
  private:
   bool AtEnd() const { return position_ == text_.size(); }
-  // NUL stands for the end; as a byte of the text it fits nowhere either.
+  // NUL at the end; as a byte of the text it is allowed nowhere either.
   char Peek() const { return AtEnd() ? '\0' : text_[position_]; }
   bool Fail(const char* defect) {
     defect_ = AtEnd() ? "the text ends too early" : defect;
@@ -209,6 +209,24 @@ JsonSyntax CheckJsonName(std::string_view text) {
   Walker walker(text);
   walker.Name();
   return walker.Result();
+}
+
+std::string_view JsonKind(char first) {
+  switch (first) {
+    case '{':
+      return "an object";
+    case '[':
+      return "an array";
+    case '"':
+      return "text";
+    case 'n':
+      return "null";
+    case 't':
+    case 'f':
+      return "a bool";
+    default:
+      return "a number";
+  }
 }
 
 }  // namespace mapexport

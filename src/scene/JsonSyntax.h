@@ -11,16 +11,19 @@ struct JsonSyntax {
   std::size_t end = 0;           ///< offset behind the value, or of the defect
 };
 
-/// Checks a text that must be one JSON value and nothing else. It is held against RFC 8259, UTF-8
-/// included; a lone surrogate written as an escape is within its grammar. Any nesting is fine: it
-/// takes one byte of memory per level and no stack.
+/// Checks that `text` is one JSON value and nothing else, by RFC 8259 and in UTF-8. (Its grammar
+/// allows an escape for a lone surrogate.) Nesting is not limited: a level takes one byte of memory
+/// and no stack.
 JsonSyntax CheckJsonDocument(std::string_view text);
 
-/// The same for the value that `text` starts with, as part of a document: of what follows, only the
-/// next character is looked at, which must be a comma or a closing bracket.
+/// The same for the value at the start of `text`, as part of a document: a comma or a closing
+/// bracket must follow; what comes behind it is not checked.
 JsonSyntax CheckJsonValue(std::string_view text);
 
 /// The same for a member's name and the colon behind it.
 JsonSyntax CheckJsonName(std::string_view text);
+
+/// "an object", "a number", ...: the kind of a sound JSON value by its first character.
+std::string_view JsonKind(char first);
 
 }  // namespace mapexport

@@ -9,7 +9,7 @@
 
 #include <fmt/format.h>
 
-#include "scene/JsonKind.h"
+#include "scene/JsonSyntax.h"
 #include "system/IsFinite.h"
 #include "system/PrintableText.h"
 #include "system/Utf8.h"

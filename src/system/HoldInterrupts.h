@@ -1,4 +1,4 @@
-// Keeps the signals that end the program waiting while files are in a state that must not stay.
+// Delays the signals that end the program while files are in a state that must not stay.
 #pragma once
 
 #include <array>
@@ -7,17 +7,22 @@
 
 namespace mapexport {
 
-/// Keeps those signals waiting while it lives.
+/// Blocks kSignals during its lifetime.
 class HoldInterrupts {
  public:
-  /// Those that end a process unless it handles them, and come from outside of it: from people,
-  /// from who started it, and from its limits and timers.
+  /// The signals that end a process by default and come from outside it: from people, from its
+  /// parent process, from limits and timers.
   static constexpr std::array kSignals{SIGINT,  SIGTERM, SIGHUP,   SIGQUIT, SIGXCPU,
                                        SIGALRM, SIGUSR1, SIGUSR2,  SIGPROF, SIGVTALRM,
                                        SIGPOLL, SIGPWR,  SIGSTKFLT};
 
-  HoldInterrupts();
-  ~HoldInterrupts();
+  HoldInterrupts() {
+    sigset_t held;
+    sigemptyset(&held);
+    for (const int signal : kSignals) sigaddset(&held, signal);
+    sigprocmask(SIG_BLOCK, &held, &before_);
+  }
+  ~HoldInterrupts() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
   HoldInterrupts(const HoldInterrupts&) = delete;
   HoldInterrupts& operator=(const HoldInterrupts&) = delete;
 

@@ -63,6 +63,13 @@ void Repaint() {
   QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
+/// The filter of a file box, "DISPLAY (PATTERN PATTERN)"; every file when the box has no pattern.
+QString NameFilter(const FileBox& box) {
+  const QString pattern = box.pattern.empty() ? QStringLiteral("*") : ToQt(box.pattern);
+  return QStringLiteral("%1 (%2)").arg(
+      ToQt(box.display), QString(pattern).replace(QLatin1Char(';'), QLatin1Char(' ')));
+}
+
 }  // namespace
 
 WindowPresenter::WindowPresenter(const char* title)
@@ -106,7 +113,7 @@ std::optional<std::string> WindowPresenter::PickFile(const FileBox& box) {
   // As the classical box without flags: a file that is not there yet may be named, too.
   dialog.setFileMode(QFileDialog::AnyFile);
   dialog.setOption(QFileDialog::HideNameFilterDetails);
-  dialog.setNameFilters({ToNameFilter(box)});
+  dialog.setNameFilters({NameFilter(box)});
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
   return QFile::encodeName(dialog.selectedFiles().constFirst()).toStdString();
 }

@@ -27,9 +27,8 @@
 #include <unistd.h>
 
 #include "convert/ConvertModel.h"
-#include "modelreader/ModelJson.h"
-#include "modelreader/ModelText.h"
 #include "modelreader/ReadModelFile.h"
+#include "modelreader/WriteModel.h"
 #include "view/WritePage.h"
 
 namespace {

@@ -6,8 +6,7 @@
 #include <simdjson.h>
 
 #include "fuzz/ReadersAgree.h"
-#include "modelreader/ModelJson.h"
-#include "modelreader/ModelText.h"
+#include "modelreader/WriteModel.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace mapexport;

@@ -1,9 +1,8 @@
-#include "importer/ase/PatchAse.h"
-
 #include <algorithm>
 #include <array>
 
-#include "importer/ase/AseLines.h"
+#include "importer/Patches.h"
+#include "importer/ase/ReadAse.h"
 #include "importer/text/StatementLines.h"
 
 namespace mapexport {
@@ -20,8 +19,8 @@ constexpr std::array<std::string_view, 7> kKnown{kGroup,         "*SCENE",      
 std::optional<PatchedAse> PatchAse(std::string_view text) {
   PatchedAse patched;
   int depth = 0;
-  int groups = 0;          // that are open; objects stand right in one, or in none
-  int cutDepth = -1;       // at which the block stands that is being cut out; -1: none is
+  int groups = 0;          // open ones; objects are directly in the innermost, or in none
+  int cutDepth = -1;       // depth of the block that is being cut out; -1: none is
   std::size_t copied = 0;  // of the text
   std::size_t lineStart = 0;
   while (lineStart < text.size()) {

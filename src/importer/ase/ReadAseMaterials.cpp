@@ -1,11 +1,9 @@
-// Reads the materials of an .ase file.
-#include "importer/ase/ReadAseMaterials.h"
-
+// The materials of an .ase file.
 #include <array>
 #include <cstddef>
 
-#include "importer/ase/AseLines.h"
-#include "importer/text/DecimalNumber.h"
+#include "importer/ase/ReadAse.h"
+#include "importer/text/Numbers.h"
 #include "importer/text/StatementLines.h"
 
 namespace mapexport {
@@ -61,6 +59,17 @@ void ReadProperty(std::string_view key, std::string_view rest, FileMaterial& mat
 }
 
 }  // namespace
+
+int AseDepthChange(std::string_view line) {
+  int change = 0;
+  bool isInText = false;
+  for (const char c : line) {
+    if (c == '"') isInText = !isInText;
+    if (isInText) continue;
+    change += c == '{' ? 1 : c == '}' ? -1 : 0;
+  }
+  return change;
+}
 
 std::vector<FileMaterial> ReadAseMaterials(std::string_view text) {
   std::vector<FileMaterial> materials;

@@ -1,6 +1,4 @@
 // A Collada document in the form that the import library understands.
-#include "importer/collada/PatchCollada.h"
-
 #include <algorithm>
 #include <array>
 #include <map>
@@ -10,6 +8,8 @@
 
 #include <assimp/material.h>
 #include <pugixml.hpp>
+
+#include "importer/Patches.h"
 
 namespace mapexport {
 namespace {

@@ -8,11 +8,10 @@
 #include <fmt/format.h>
 
 #include "importer/text/HostText.h"
-#include "importer/text/NumberAt.h"
+#include "importer/text/Numbers.h"
 #include "scene/FileText.h"
 #include "scene/JsonSyntax.h"
 #include "scene/JsonValue.h"
-#include "scene/TextPlace.h"
 
 namespace mapexport {
 namespace {

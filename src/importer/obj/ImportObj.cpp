@@ -1,4 +1,3 @@
-// OBJ files and their materials into the host's scene.
 #include "importer/obj/ImportObj.h"
 
 #include <algorithm>
@@ -9,13 +8,12 @@
 
 #include <fmt/format.h>
 
-#include "importer/FileBeginning.h"
-#include "importer/FileExtension.h"
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
+#include "importer/SourceFile.h"
+#include "importer/obj/ObjFile.h"
 #include "importer/obj/ObjMesh.h"
 #include "importer/obj/ReadMtlFile.h"
-#include "importer/obj/ReadObjFile.h"
 #include "importer/rebuild/AxesAndUnits.h"
 #include "importer/rebuild/MaterialTable.h"
 #include "importer/text/HostText.h"

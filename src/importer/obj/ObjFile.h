@@ -1,10 +1,11 @@
-// What an OBJ file holds.
+// What an OBJ file holds, and its reader.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/Point3.h"
@@ -43,7 +44,7 @@ struct ObjFile {
   std::vector<ObjCorner> corners;
   std::vector<ObjPart> parts;                  ///< in the order of their first appearance
   std::vector<std::string> materialNames;      ///< that faces use: bytes of the file, each once
-  std::vector<std::string> materialLibraries;  ///< what stands behind each mtllib, each once
+  std::vector<std::string> materialLibraries;  ///< the rest of each mtllib statement, each once
   bool hasSmoothing = false;                   ///< whether there is any statement on smoothing
   std::size_t points = 0;
   std::size_t lines = 0;           ///< segments of lines
@@ -51,5 +52,12 @@ struct ObjFile {
   std::size_t curves = 0;          ///< free-form curves and surfaces
   std::size_t colours = 0;         ///< vertices with a colour
 };
+
+/// The content of an OBJ file with this text. Objects and groups become parts: a face belongs to
+/// the group in force, or to the object when no group was named since; a part that is named again
+/// is continued. Faces without either belong to "defaultobject". Unknown statements are skipped.
+/// Throws SceneError "PATH: line N: ..." for a number or an index that can't be read, and for an
+/// index that is 0 or beyond its list. Cost: linear.
+ObjFile ReadObjFile(const std::string& path, std::string_view text);
 
 }  // namespace mapexport

@@ -1,4 +1,3 @@
-// Reads the materials of an MTL file.
 #include "importer/obj/ReadMtlFile.h"
 
 #include <algorithm>
@@ -7,8 +6,8 @@
 #include <optional>
 #include <utility>
 
-#include "importer/text/DecimalNumber.h"
 #include "importer/text/HostText.h"
+#include "importer/text/Numbers.h"
 #include "importer/text/StatementLines.h"
 #include "importer/text/TexturePath.h"
 #include "system/Ascii.h"
@@ -18,7 +17,7 @@ namespace {
 
 constexpr float kPlainDiffuse = 0.6f;
 
-/// Shading modes in the numbers of the import library, so that all formats speak alike.
+/// Shading modes in the numbers of the import library, as from other formats.
 enum ShadingMode { kGouraud = 2, kPhong = 3, kUnlit = 9 };
 
 struct MapOption {
@@ -100,7 +99,7 @@ class MtlReader {
     return std::nullopt;
   }
 
-  /// One number stands for all three.
+  /// A single number is used for all three.
   void ReadColour(std::string_view rest, Color& colour) {
     const std::optional<float> r = ReadNumber(TakeWord(rest));
     if (!r) return;

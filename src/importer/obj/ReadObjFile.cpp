@@ -1,6 +1,4 @@
 // Reads the statements of an OBJ file.
-#include "importer/obj/ReadObjFile.h"
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -12,8 +10,9 @@
 
 #include <fmt/format.h>
 
-#include "importer/text/DecimalNumber.h"
+#include "importer/obj/ObjFile.h"
 #include "importer/text/HostText.h"
+#include "importer/text/Numbers.h"
 #include "importer/text/StatementLines.h"
 #include "scene/SceneError.h"
 

@@ -8,9 +8,9 @@
 #include <assimp/scene.h>
 
 #include "importer/ReadWithLibrary.h"
-#include "importer/ase/ReadAseMaterials.h"
+#include "importer/ase/ReadAse.h"
 #include "importer/rebuild/LibraryValues.h"
-#include "importer/threeds/Read3dsMaterials.h"
+#include "importer/threeds/Read3ds.h"
 #include "scene/FileText.h"
 
 namespace mapexport {

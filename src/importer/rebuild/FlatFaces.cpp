@@ -6,6 +6,8 @@
 #include <assimp/scene.h>
 
 #include "importer/ReadWithLibrary.h"
+#include "importer/ase/ReadAse.h"
+#include "importer/threeds/Read3ds.h"
 #include "scene/FileText.h"
 
 namespace mapexport {
@@ -80,7 +82,7 @@ std::vector<std::vector<bool>> FlatFaces(const LibraryScene& source) {
   const aiScene& scene = *source.scene;
   std::vector<Flags> flags;
   if (scene.mMeshes != nullptr && source.format == SourceFormat::k3ds) {
-    flags = Match3ds(scene, ReadFaces3ds(FileText(source.path).View()));
+    flags = Match3ds(scene, Read3dsFaces(FileText(source.path).View()));
   } else if (scene.mMeshes != nullptr && source.format == SourceFormat::kAse) {
     flags = MatchAse(scene, ReadAseFaces(FileText(source.path).View()));
   }

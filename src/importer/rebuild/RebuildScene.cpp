@@ -15,7 +15,7 @@
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
 #include "importer/ReadWithLibrary.h"
-#include "importer/ase/AseWireColors.h"
+#include "importer/ase/ReadAse.h"
 #include "importer/fbx/FbxLinks.h"
 #include "importer/fbx/FoldHelperNodes.h"
 #include "importer/fbx/InstanceMaterials.h"
@@ -36,7 +36,7 @@ std::span<const unsigned> MeshesOf(const aiNode& node) {
   return {node.mMeshes, node.mNumMeshes};
 }
 
-/// Hangs `nodes`, which stand in the pre-order that `folded` describes, below `root`.
+/// Adds `nodes`, which are in the pre-order that `folded` describes, below `root`.
 void AssembleTree(const std::vector<FoldedNode>& folded, std::vector<SceneNode> nodes,
                   SceneNode& root) {
   // From the back, a node is complete when its turn comes; its children are in reverse until then.

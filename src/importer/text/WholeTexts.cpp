@@ -10,7 +10,7 @@
 #include "importer/ReadWithLibrary.h"
 #include "importer/fbx/FbxLinks.h"
 #include "importer/text/HostText.h"
-#include "importer/text/NumberAt.h"
+#include "importer/text/Numbers.h"
 #include "scene/FileText.h"
 
 namespace mapexport {

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-#include "importer/text/NumberAt.h"
+#include "importer/text/Numbers.h"
 
 namespace mapexport {
 
@@ -16,11 +16,11 @@ inline constexpr std::uint16_t kEditor3ds = 0x3D3D;  ///< in it: materials and o
 
 struct Chunk3ds {
   std::uint16_t id = 0;
-  std::size_t announced = 0;  ///< bytes that it says its content has
-  std::string_view content;   ///< fewer where the list ends before
+  std::size_t announced = 0;  ///< size of the content in bytes, as the header says
+  std::string_view content;   ///< shorter where the list ends before
 };
 
-/// Takes the next chunk from `list`; empty at the end.
+/// Removes the next chunk from `list` and returns it; empty at the end.
 inline std::optional<Chunk3ds> TakeChunk3ds(std::string_view& list) {
   const std::optional<std::uint16_t> id = NumberAt<std::uint16_t>(list, 0);
   const std::optional<std::uint32_t> size = NumberAt<std::uint32_t>(list, sizeof(*id));

@@ -1,14 +1,12 @@
-// Reads the materials of a .3ds file.
-#include "importer/threeds/Read3dsMaterials.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <optional>
 #include <string>
 
-#include "importer/text/NumberAt.h"
+#include "importer/text/Numbers.h"
 #include "importer/threeds/Chunk3ds.h"
+#include "importer/threeds/Read3ds.h"
 
 namespace mapexport {
 namespace {

@@ -1,9 +1,12 @@
-// The smoothing groups and sub-materials of the faces of an ASE file.
+// The faces and wire colours of the objects of an .ase file.
 #include <charconv>
+#include <cmath>
 #include <cstddef>
+#include <optional>
 #include <system_error>
 
-#include "importer/rebuild/FlatFaces.h"
+#include "importer/ase/ReadAse.h"
+#include "importer/text/Numbers.h"
 #include "importer/text/StatementLines.h"
 
 namespace mapexport {
@@ -29,6 +32,17 @@ FileFaces::FileFace FaceOf(std::string_view rest) {
     }
   }
   return face;
+}
+
+/// "0.5 0.25 1.0" as parts of 255; empty when these aren't three numbers from 0 to 1.
+std::optional<std::array<std::uint8_t, 3>> ColorOf(std::string_view rest) {
+  std::array<std::uint8_t, 3> color{};
+  for (std::uint8_t& part : color) {
+    const std::optional<float> number = DecimalNumber(TakeWord(rest));
+    if (!number || !(*number >= 0.0f && *number <= 1.0f)) return std::nullopt;
+    part = static_cast<std::uint8_t>(std::lround(*number * 255.0f));
+  }
+  return color;
 }
 
 }  // namespace
@@ -59,6 +73,25 @@ AseFaces ReadAseFaces(std::string_view text) {
     }
   }
   return file;
+}
+
+WireColors ReadAseWireColors(std::string_view text) {
+  WireColors colors;
+  std::string name;
+  StatementLines lines(text);
+  while (lines.Next()) {
+    std::string_view rest = lines.Statement();
+    if (!rest.starts_with("*NODE_NAME") && !rest.starts_with("*WIREFRAME_COLOR")) continue;
+    if (TakeWord(rest) == "*NODE_NAME") {
+      const std::size_t quote = rest.find('"');
+      if (quote == std::string_view::npos) continue;
+      rest.remove_prefix(quote + 1);
+      name = rest.substr(0, rest.find('"'));
+    } else if (const auto color = ColorOf(rest)) {
+      colors.try_emplace(name, *color);
+    }
+  }
+  return colors;
 }
 
 }  // namespace mapexport

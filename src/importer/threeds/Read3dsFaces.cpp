@@ -1,12 +1,10 @@
-// The smoothing groups and materials of the faces of a .3ds file.
 #include <algorithm>
 #include <cstddef>
 #include <string>
 #include <unordered_map>
 
-#include "importer/rebuild/FlatFaces.h"
 #include "importer/threeds/Chunk3ds.h"
-#include "importer/threeds/Read3dsMaterials.h"
+#include "importer/threeds/Read3ds.h"
 #include "system/Ascii.h"
 
 namespace mapexport {
@@ -68,7 +66,7 @@ void ForEach(std::string_view list, std::uint16_t id, const auto& visit) {
 
 }  // namespace
 
-std::vector<FileFaces> ReadFaces3ds(std::string_view bytes) {
+std::vector<FileFaces> Read3dsFaces(std::string_view bytes) {
   const Indices indices = IndicesOf(Read3dsMaterials(bytes));
   std::vector<FileFaces> meshes;
   const auto takeObject = [&](std::string_view object) {

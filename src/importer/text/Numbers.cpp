@@ -1,5 +1,4 @@
-// Decimal numbers as texts of scene files write them.
-#include "importer/text/DecimalNumber.h"
+#include "importer/text/Numbers.h"
 
 #include <charconv>
 #include <cmath>
