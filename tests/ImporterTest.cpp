@@ -97,7 +97,7 @@ const SceneNode& Named(const ImportedScene& imported, const std::string& name) {
 /// "code: text" of each.
 std::vector<std::string> RemarksOf(const ImportedScene& imported) {
   std::vector<std::string> texts;
-  for (const ImportRemark& remark : imported.remarks) {
+  for (const Remark& remark : imported.remarks) {
     texts.push_back((remark.kind == RemarkKind::kNote ? "note " : "") + remark.code + ": " +
                     remark.text);
   }
@@ -504,11 +504,11 @@ TEST(NearKeywordsTest, WordsThatWereMeantToBeKeywords) {
 }
 
 TEST(LimitRemarksTest, TheLastOnesStandForTheRest) {
-  ImportRemarks remarks(10'000, {RemarkKind::kWarning, "near-keyword", "a", 2});
+  Remarks remarks(10'000, {RemarkKind::kWarning, "near-keyword", "a", 2});
   remarks.push_back({RemarkKind::kNote, "axes", std::string(9000, 'b') + "\u00e9"});
   LimitRemarks(remarks);
   ASSERT_EQ(remarks.size(), kMostRemarks);
-  const ImportRemark& rest = remarks[kMostRemarks - 2];
+  const Remark& rest = remarks[kMostRemarks - 2];
   EXPECT_EQ(rest.text, "5906 more warnings like these (near-keyword)");
   EXPECT_EQ(rest.stands, 5906U);
   EXPECT_EQ(rest.count, 11'812U);
@@ -553,7 +553,7 @@ TEST_F(ImporterTest, ControlCharactersInNamesBecomeBlanks) {
   LeftOut wrapping;
   wrapping.points = std::numeric_limits<std::size_t>::max();
   wrapping.lines = 2;
-  ImportRemarks remarks;
+  Remarks remarks;
   wrapping.AddSummary(remarks);
   EXPECT_EQ(remarks.at(0).count, std::numeric_limits<std::uint64_t>::max());
 }

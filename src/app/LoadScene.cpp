@@ -53,7 +53,7 @@ LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& sta
                                    source.path));
     }
     LoadedScene loaded{ReadSceneFile(source.path), {}, {}, {}};
-    std::vector<Remark> remarks;
+    Remarks remarks;
     for (const NearKeyword& near : FindNearKeywords(loaded.scene)) {
       remarks.push_back(MakeWarning("near-keyword", Describe(near), near.count));
     }

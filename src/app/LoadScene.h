@@ -16,7 +16,7 @@ namespace mapexport {
 
 struct LoadedScene {
   Scene scene;
-  ImportRemarks leftOut;                   ///< what of a foreign scene is left out, by kind
+  Remarks leftOut;                         ///< what of a foreign scene is left out, by kind
   std::vector<std::string> sideFiles;      ///< read beside it, as paths that can be opened
   std::optional<Confinement> confinement;  ///< of the process that read a foreign scene
 };

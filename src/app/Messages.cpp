@@ -34,7 +34,7 @@ void Messages::Tell(Remark remark) {
   told_.push_back(std::move(remark));
 }
 
-void Messages::TellAll(const std::string& about, std::vector<Remark> remarks) {
+void Messages::TellAll(const std::string& about, Remarks remarks) {
   constexpr std::uint64_t kMostPrinted = 10;
   struct Code {
     RemarkKind kind;

@@ -10,9 +10,6 @@
 
 namespace mapexport {
 
-/// A note or warning of any part of the program; its code is one of kRemarkCodes.
-using Remark = ImportRemark;
-
 /// Writes lines to standard error, each with one newline at its end; control characters in them are
 /// shown as escapes. Coloured only on a terminal, and never with NO_COLOR set or TERM=dumb.
 class Messages {
@@ -26,7 +23,7 @@ class Messages {
   void Tell(Remark remark);
   /// All that is said about one scene, each line beginning with `about`. Of each code the first ten
   /// are printed, and then how many more there are.
-  void TellAll(const std::string& about, std::vector<Remark> remarks);
+  void TellAll(const std::string& about, Remarks remarks);
   /// The usage line that follows an error.
   void Usage(std::string_view line) const;
   /// A message box: "TITLE: TEXT", the text with its own line breaks.
@@ -41,7 +38,7 @@ class Messages {
 
   bool quiet_;
   bool coloured_;
-  std::vector<Remark> told_;
+  Remarks told_;
 };
 
 }  // namespace mapexport

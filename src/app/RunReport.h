@@ -42,7 +42,7 @@ struct RunReport {
   std::string sha256;  ///< of the output
   std::uint64_t bytes = 0;
   std::vector<std::string> dependencies;   ///< the files that the output depends on
-  ImportRemarks leftOut;                   ///< by the importer
+  Remarks leftOut;                         ///< by the importer
   std::optional<Confinement> confinement;  ///< of the process that read a foreign scene
   std::optional<SceneCensus> before;
   std::optional<ModelLayout> layout;

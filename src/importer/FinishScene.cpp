@@ -77,7 +77,7 @@ bool LookSame(const SceneMaterial& a, const SceneMaterial& b) {
          (!a.diffuseMap || mapsSame(*a.diffuseMap, *b.diffuseMap));
 }
 
-void WarnOfEqualNames(const Scene& scene, ImportRemarks& remarks) {
+void WarnOfEqualNames(const Scene& scene, Remarks& remarks) {
   std::unordered_map<std::string_view, const SceneMaterial*> firstOf;
   std::size_t count = 0;
   std::string_view name;

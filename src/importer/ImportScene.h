@@ -12,8 +12,8 @@ namespace mapexport {
 
 struct ImportedScene {
   Scene scene;
-  ImportRemarks remarks;  ///< at most kMostRemarks
-  ImportRemarks leftOut;  ///< what the remark "left-out" sums up, one of each kind
+  Remarks remarks;  ///< at most kMostRemarks
+  Remarks leftOut;  ///< what the remark "left-out" sums up, one of each kind
   /// Files read beside the scene (.mtl, .bin, ...), as paths that can be opened from the current
   /// folder, each once, in the order of reading.
   std::vector<std::string> sideFiles;

@@ -9,7 +9,7 @@
 
 namespace mapexport {
 
-ImportRemarks LeftOut::Items() const {
+Remarks LeftOut::Items() const {
   struct Item {
     std::size_t count;
     RemarkCode code;
@@ -41,7 +41,7 @@ ImportRemarks LeftOut::Items() const {
       {animations, "left-out-animations", "animation", "animations"},
       {cameras, "left-out-cameras", "camera", "cameras"},
       {lights, "left-out-lights", "light", "lights"}};
-  ImportRemarks remarks;
+  Remarks remarks;
   for (const Item& item : items) {
     if (item.count == 0) continue;
     remarks.push_back(MakeWarning(
@@ -51,10 +51,10 @@ ImportRemarks LeftOut::Items() const {
   return remarks;
 }
 
-void LeftOut::AddSummary(ImportRemarks& remarks) const {
+void LeftOut::AddSummary(Remarks& remarks) const {
   std::string list;
   std::uint64_t count = 0;
-  for (const ImportRemark& item : Items()) {
+  for (const Remark& item : Items()) {
     list += (list.empty() ? "" : ", ") + item.text;
     count = AddCounts(count, item.count);
   }

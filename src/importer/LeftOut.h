@@ -30,9 +30,9 @@ struct LeftOut {
   std::size_t lights = 0;
 
   /// Adds one warning, "left-out", with all counts in one line when anything is left out.
-  void AddSummary(ImportRemarks& remarks) const;
+  void AddSummary(Remarks& remarks) const;
   /// The counts that aren't 0, one remark each: "left-out-points", ...
-  ImportRemarks Items() const;
+  Remarks Items() const;
 };
 
 }  // namespace mapexport

@@ -16,16 +16,16 @@ namespace {
 constexpr std::string_view kCut = "...";
 
 /// How many codes the remarks have.
-std::size_t CodesOf(const ImportRemarks& remarks) {
+std::size_t CodesOf(const Remarks& remarks) {
   std::set<std::string_view> codes;
-  for (const ImportRemark& remark : remarks) codes.insert(remark.code);
+  for (const Remark& remark : remarks) codes.insert(remark.code);
   return codes.size();
 }
 
 }  // namespace
 
-void LimitRemarks(ImportRemarks& remarks) {
-  for (ImportRemark& remark : remarks) {
+void LimitRemarks(Remarks& remarks) {
+  for (Remark& remark : remarks) {
     if (remark.text.size() <= kLongestRemark) continue;
     remark.text.resize(WholeCharacters(remark.text, kLongestRemark - kCut.size()).size());
     remark.text += kCut;
@@ -34,10 +34,10 @@ void LimitRemarks(ImportRemarks& remarks) {
 
   // There are some dozens of codes.
   const std::size_t kept = kMostRemarks - std::min(CodesOf(remarks), kMostRemarks);
-  ImportRemarks others;
+  Remarks others;
   std::map<std::string, std::size_t> placeOf;  // in others, by code
   for (std::size_t i = kept; i < remarks.size(); ++i) {
-    ImportRemark& remark = remarks[i];
+    Remark& remark = remarks[i];
     const auto [entry, isNew] = placeOf.try_emplace(remark.code, others.size());
     if (isNew) {
       others.push_back(std::move(remark));
@@ -47,7 +47,7 @@ void LimitRemarks(ImportRemarks& remarks) {
     others[entry->second].stands += remark.stands;
   }
   remarks.resize(kept);
-  for (ImportRemark& other : others) {
+  for (Remark& other : others) {
     if (other.stands > 1) other.text = MoreLikeThese(other.stands, other.kind, other.code);
     if (remarks.size() < kMostRemarks) remarks.push_back(std::move(other));
   }

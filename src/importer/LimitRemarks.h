@@ -15,7 +15,7 @@ inline constexpr std::size_t kLongestRemark = 8192;
 
 /// Cuts texts longer than kLongestRemark and leaves at most kMostRemarks. If there are more, each
 /// of the last ones sums up all further ones of its code, in the order of the codes' first remarks.
-void LimitRemarks(ImportRemarks& remarks);
+void LimitRemarks(Remarks& remarks);
 
 /// "12 more warnings like these (CODE)"
 std::string MoreLikeThese(std::uint64_t remarks, RemarkKind kind, const std::string& code);

@@ -13,7 +13,7 @@ namespace mapexport {
 
 enum class RemarkKind { kNote, kWarning };
 
-struct ImportRemark {
+struct Remark {
   RemarkKind kind = RemarkKind::kWarning;
   std::string code;  ///< one of kRemarkCodes, for programs
   /// One line, except that names in it may hold anything: show it with PrintableText. Without a
@@ -23,13 +23,13 @@ struct ImportRemark {
   std::uint64_t stands = 1;  ///< how many remarks of its code it sums up (LimitRemarks)
 };
 
-using ImportRemarks = std::vector<ImportRemark>;
+using Remarks = std::vector<Remark>;
 
-inline ImportRemark MakeWarning(RemarkCode code, std::string text, std::uint64_t count = 1) {
+inline Remark MakeWarning(RemarkCode code, std::string text, std::uint64_t count = 1) {
   return {RemarkKind::kWarning, code.Text(), std::move(text), count};
 }
 
-inline ImportRemark MakeNote(RemarkCode code, std::string text, std::uint64_t count = 1) {
+inline Remark MakeNote(RemarkCode code, std::string text, std::uint64_t count = 1) {
   return {RemarkKind::kNote, code.Text(), std::move(text), count};
 }
 

@@ -16,9 +16,9 @@ namespace {
 constexpr std::size_t kMostCodes = 64;
 constexpr std::size_t kLongestCode = 64;
 
-void PutRemarks(std::string& bytes, const ImportRemarks& remarks) {
+void PutRemarks(std::string& bytes, const Remarks& remarks) {
   PutNumber(bytes, remarks.size());
-  for (const ImportRemark& remark : remarks) {
+  for (const Remark& remark : remarks) {
     PutNumber(bytes, remark.kind == RemarkKind::kWarning ? 1 : 0);
     PutText(bytes, remark.code);
     PutText(bytes, remark.text);
@@ -27,13 +27,13 @@ void PutRemarks(std::string& bytes, const ImportRemarks& remarks) {
   }
 }
 
-ImportRemarks RemarksOf(MessageParts& parts) {
-  ImportRemarks remarks;
+Remarks RemarksOf(MessageParts& parts) {
+  Remarks remarks;
   std::set<std::string> codes;
   const std::uint64_t count = parts.Number();
   if (count > kMostRemarks) throw BadMessage();
   for (std::uint64_t i = 0; i < count; ++i) {
-    ImportRemark& remark = remarks.emplace_back();
+    Remark& remark = remarks.emplace_back();
     remark.kind = parts.Number() == 0 ? RemarkKind::kNote : RemarkKind::kWarning;
     remark.code = parts.Text();
     remark.text = parts.Text();

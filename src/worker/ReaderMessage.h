@@ -15,8 +15,8 @@ inline constexpr std::size_t kMostSideFiles = 4096;
 
 /// Said when reading is over.
 struct ReaderMessage {
-  ImportRemarks remarks;  ///< as LimitRemarks leaves them
-  ImportRemarks leftOut;
+  Remarks remarks;  ///< as LimitRemarks leaves them
+  Remarks leftOut;
   std::vector<std::string> sideFiles;
 };
 

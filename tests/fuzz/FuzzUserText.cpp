@@ -127,7 +127,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint32_t flags = ExportedFlags(alone);
     Require((ExportedFlags(scene) & flags) == flags, "a member that is true counts as its line");
   }
-  ImportRemarks remarks;
+  Remarks remarks;
   reader.AddRemarks(remarks);
   return 0;
 }

@@ -63,7 +63,7 @@ std::optional<WorldPlacement> FbxPlacement(const aiMetadata* metadata) {
 
 /// The placement that the format or the file asks for.
 WorldPlacement OwnPlacement(SourceFormat format, const aiScene* scene, bool isTurned,
-                            ImportRemarks& remarks) {
+                            Remarks& remarks) {
   if (format == SourceFormat::kFbx && scene != nullptr && !isTurned) {
     const std::optional<WorldPlacement> told = FbxPlacement(scene->mMetaData);
     if (told) return *told;
@@ -74,7 +74,7 @@ WorldPlacement OwnPlacement(SourceFormat format, const aiScene* scene, bool isTu
 }
 
 /// Says how long an FBX file's unit is when it isn't a centimetre.
-void TellFileUnit(const aiScene& scene, ImportRemarks& remarks) {
+void TellFileUnit(const aiScene& scene, Remarks& remarks) {
   double unit = 1;
   float single = 1;  // some versions keep it as float, others as double
   if (scene.mMetaData == nullptr) return;
@@ -144,7 +144,7 @@ Point3 Rounded(const std::array<double, 3>& row) {
 }  // namespace
 
 WorldPlacement FindWorldPlacement(SourceFormat format, const aiScene* scene,
-                                  const ImportOptions& options, ImportRemarks& remarks) {
+                                  const ImportOptions& options, Remarks& remarks) {
   const bool isTurned = scene != nullptr && IsTurnedByLibrary(format, *scene);
   WorldPlacement placement;
   if (options.up == UpAxis::kAuto)

@@ -27,7 +27,7 @@ struct WorldPlacement {
 /// other than 1, about an FBX file's unit, and about its axes when they are contradictory (it then
 /// counts as y-up).
 WorldPlacement FindWorldPlacement(SourceFormat format, const aiScene* scene,
-                                  const ImportOptions& options, ImportRemarks& remarks);
+                                  const ImportOptions& options, Remarks& remarks);
 
 /// The host's object-to-world transform for the library's. A 3x3 part within 1e-6 of one that only
 /// swaps, mirrors and scales axes is replaced by that one, and a scale within 1e-6 of 1 (or of the

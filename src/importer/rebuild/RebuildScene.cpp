@@ -52,7 +52,7 @@ void AssembleTree(const std::vector<FoldedNode>& folded, std::vector<SceneNode> 
 /// Gives the nodes that share a mesh the materials that the file has for each of them.
 void SetInstanceMaterials(const InstanceMaterials& file, const std::vector<MeshInstance>& instances,
                           MaterialTable& materials, std::vector<SceneNode>& nodes,
-                          ImportRemarks& remarks) {
+                          Remarks& remarks) {
   std::size_t inDoubt = 0;
   for (const MeshInstance& instance : instances) {
     SceneNode& node = nodes[instance.node];
@@ -88,7 +88,7 @@ std::size_t FbxCurves(const LibraryScene& source, const std::vector<FoldedNode>&
 
 /// The library cuts names too, or, worse, gives longer ones none.
 void WarnOfCutNames(const std::vector<SceneNode>& nodes,
-                    const std::vector<SceneMaterial>& materials, ImportRemarks& remarks) {
+                    const std::vector<SceneMaterial>& materials, Remarks& remarks) {
   constexpr std::size_t kLongest = sizeof(aiString::data) - 1;
   const auto isCut = [](const auto& named) { return named.name.size() >= kLongest; };
   const auto count = static_cast<std::size_t>(std::ranges::count_if(nodes, isCut) +

@@ -94,7 +94,7 @@ std::string UserPropertyReader::TextOf(const aiNode& node, const std::string& no
   return WithMarks(source_, metadata, source_.Text(whole ? std::string_view(*whole) : stored));
 }
 
-void UserPropertyReader::AddRemarks(ImportRemarks& remarks) const {
+void UserPropertyReader::AddRemarks(Remarks& remarks) const {
   const auto others = [](const Finding& finding) {
     return finding.count == 1 ? std::string() : fmt::format(" and {} more", finding.count - 1);
   };

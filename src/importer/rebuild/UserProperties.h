@@ -30,7 +30,7 @@ class UserPropertyReader {
   /// Warnings of texts that are probably cut (as long as the library's texts can be, and not found
   /// whole in the file), and of members of glTF extras that are named like a keyword but aren't
   /// `true`.
-  void AddRemarks(ImportRemarks& remarks) const;
+  void AddRemarks(Remarks& remarks) const;
 
  private:
   struct Finding {
