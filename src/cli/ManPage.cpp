@@ -61,13 +61,13 @@ std::string Escaped(std::string_view text) {
   return escaped;
 }
 
-void AppendEntry(std::string& page, std::string_view head, std::string_view text) {
+void AppendPageEntry(std::string& page, std::string_view head, std::string_view text) {
   page += fmt::format(".TP\n.B {}\n{}\n", Escaped(head), Escaped(text));
 }
 
 void AppendEntries(std::string& page, std::string_view title, std::span<const Entry> entries) {
   page += fmt::format(".SH {}\n", title);
-  for (const Entry& entry : entries) AppendEntry(page, entry.head, entry.text);
+  for (const Entry& entry : entries) AppendPageEntry(page, entry.head, entry.text);
 }
 
 void AppendSynopsis(std::string& page, std::span<const CommandInfo> commands) {
@@ -87,10 +87,10 @@ void AppendCommand(std::string& page, const CommandInfo& command) {
   summary[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(summary[0])));
   page += fmt::format(".SS mapexport {}\n{}.\n", command.name, summary);
   for (const PositionalInfo& positional : command.positionals) {
-    AppendEntry(page, positional.name, positional.help);
+    AppendPageEntry(page, positional.name, positional.help);
   }
   for (const OptionInfo& option : command.options) {
-    AppendEntry(page, OptionHead(option), OptionHelp(option));
+    AppendPageEntry(page, OptionHead(option), OptionHelp(option));
   }
 }
 
@@ -109,11 +109,11 @@ std::string ManPage(std::span<const CommandInfo> commands) {
   for (const CommandInfo& command : commands) AppendCommand(page, command);
   page += ".SH OPTIONS\n";
   for (const OptionInfo& option : kProgramOptions) {
-    AppendEntry(page, OptionHead(option), OptionHelp(option));
+    AppendPageEntry(page, OptionHead(option), OptionHelp(option));
   }
   page += ".SH EXIT STATUS\n";
   for (const ExitStatusInfo& info : kExitStatuses) {
-    AppendEntry(page, std::to_string(static_cast<int>(info.status)), info.meaning);
+    AppendPageEntry(page, std::to_string(static_cast<int>(info.status)), info.meaning);
   }
   AppendEntries(page, "FILES", kFiles);
   AppendEntries(page, "ENVIRONMENT", kEnvironment);
