@@ -51,13 +51,6 @@ void KeepLines(QMessageBox& box) {
                 grid->columnCount());
 }
 
-/// A box's filter as Qt takes it: "DISPLAY (PATTERN PATTERN)"; every file without a pattern.
-QString ToNameFilter(const FileBox& box) {
-  const QString pattern = box.pattern.empty() ? QStringLiteral("*") : ToQt(box.pattern);
-  return QStringLiteral("%1 (%2)").arg(
-      ToQt(box.display), QString(pattern).replace(QLatin1Char(';'), QLatin1Char(' ')));
-}
-
 /// Lets the windows show what has changed; the person's doings wait.
 void Repaint() {
   QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
