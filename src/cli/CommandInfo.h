@@ -1,5 +1,5 @@
-// What a command and its options are. The parser, --help, the manual page and the completion are all
-// made from a table of commands.
+// What a command and its options are. The parser, --help, the manual page and the completion are
+// all made from a table of commands.
 #pragma once
 
 #include <array>

@@ -1,5 +1,5 @@
-// What is installed beside the program: its manual page, and completion for bash. Both are made from
-// the table of commands that --help is made of.
+// What is installed beside the program: its manual page, and completion for bash. Both are made
+// from the table of commands that --help is made of.
 #pragma once
 
 #include <span>

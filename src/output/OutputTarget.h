@@ -21,9 +21,9 @@ struct OutputTarget {
   bool isStandardOutput = false;   ///< else a file
 };
 
-/// Looks where `output` leads: to standard output, or to a file that can be placed there, because its
-/// folder exists and can be written, and what is there is a regular file that can be written. Changes
-/// nothing. Throws RunError.
+/// Looks where `output` leads: to standard output, or to a file that can be placed there, because
+/// its folder exists and can be written, and what is there is a regular file that can be written.
+/// Changes nothing. Throws RunError.
 OutputTarget FindOutput(const std::string& output);
 
 /// Throws RunError when `path` exists and is no regular file, links followed, or names a folder by
