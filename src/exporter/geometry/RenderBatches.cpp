@@ -106,7 +106,7 @@ class KindSorter {
 /// vertices with another attribute.
 class BatchBuilder {
  public:
-  explicit BatchBuilder(const GeometryGroup& group)
+  explicit BatchBuilder(GeometryGroup& group)
       : group_(group), newestUse_(group.vertices.size(), kNoUse) {}
 
   void AddFaces(const BatchKind& kind, std::span<const PlacedFace> faces) {
@@ -184,8 +184,10 @@ class BatchBuilder {
     ++started_[batch].corners;
   }
 
-  /// Appends the batches of this round to the list.
+  /// Appends the batches of this round to the list. Until its order is known, faces have the number
+  /// of their batch in the order of appending.
   void Finish(const BatchKind& kind, std::span<const PlacedFace> faces) {
+    const std::size_t firstBatch = batches_.entries.size();
     std::size_t faceCount = batches_.faces.size();
     std::size_t cornerCount = batches_.cornerVertices.size();
     for (StartedBatch& started : started_) {
@@ -201,7 +203,12 @@ class BatchBuilder {
     batches_.cornerVertices.Extend(cornerCount);
     batches_.cornerAttributes.Extend(cornerCount);
     for (std::size_t i = 0; i < faces.size(); ++i) {
-      batches_.faces[started_[batchOfFace_[i]].nextFace++] = faces[i].face;
+      const std::size_t batch = firstBatch + batchOfFace_[i];
+      const std::size_t place = started_[batchOfFace_[i]].nextFace++;
+      batches_.faces[place] = faces[i].face;
+      GroupFace& face = group_.faces[faces[i].face];
+      face.batchIndex = static_cast<std::int32_t>(batch);
+      face.batchPosition = static_cast<std::uint16_t>(place - batches_.entries[batch].firstFace);
     }
     for (const Use& use : pool_) {
       const std::size_t corner = started_[use.batch].nextCorner++;
@@ -228,11 +235,18 @@ class BatchBuilder {
     std::ranges::sort(order, std::greater());
     std::vector<RenderBatchList::Entry> ordered;
     ordered.reserve(order.size());
-    for (const auto& [rank, i] : order) ordered.push_back(batches_.entries[created[i]]);
+    std::vector<std::int32_t> ordinals(order.size());
+    for (const auto& [rank, i] : order) {
+      ordinals[created[i]] = static_cast<std::int32_t>(ordered.size());
+      ordered.push_back(batches_.entries[created[i]]);
+    }
     batches_.entries = std::move(ordered);
+    for (GroupFace& face : group_.faces) {
+      if (face.drawn != 0) face.batchIndex = ordinals[static_cast<std::size_t>(face.batchIndex)];
+    }
   }
 
-  const GeometryGroup& group_;
+  GeometryGroup& group_;
   RenderBatchList batches_;
   std::vector<std::uint32_t> places_;  ///< per batch the place of the face that began it
   std::vector<StartedBatch> started_;
@@ -242,19 +256,6 @@ class BatchBuilder {
   std::vector<std::uint32_t> newestUse_;    ///< per vertex of the group, of this round
   std::vector<Use> pool_;                   ///< the uses of this round, in the order of creation
 };
-
-/// Stores in each face of a batch the batch's ordinal and the face's place in the batch.
-void NumberFaces(GeometryGroup& group) {
-  for (std::size_t ordinal = 0; ordinal < group.batches.size(); ++ordinal) {
-    const std::span<const std::uint32_t> faces = group.batches[ordinal].faces;
-    for (std::size_t i = 0; i < faces.size(); ++i) {
-      FetchAhead(group.faces, faces, i);
-      GroupFace& face = group.faces[faces[i]];
-      face.batchIndex = static_cast<std::int32_t>(ordinal);
-      face.batchPosition = static_cast<std::uint16_t>(i);
-    }
-  }
-}
 
 }  // namespace
 
@@ -269,7 +270,6 @@ void BuildRenderBatches(GeometryGroup& group, const VoxelPartition& partition,
                 });
   }
   group.batches = builder.TakeBatches();
-  NumberFaces(group);
 }
 
 }  // namespace mapexport

@@ -7,8 +7,8 @@
 
 namespace mapexport {
 
-/// Builds `group.batches` from the partition and stores in each of their faces the ordinal of its
-/// batch and its place in it.
+/// Builds `group.batches` from the partition of all its faces and stores in each of their faces the
+/// ordinal of its batch and its place in it.
 ///
 /// A face goes into the first batch of its cell that has its material and its key and in which none
 /// of its vertices occurs with another attribute; else into a new one. The key is the face's node
