@@ -24,14 +24,16 @@ std::string ReadSettingsFile(int descriptor) {
   if (!S_ISREG(status.st_mode)) throw SettingsError("not a regular file");
   std::string bytes;
   std::array<char, 1 << 16> block{};
-  while (bytes.size() <= kMaxSettingsBytes) {
+  for (;;) {
     const ssize_t count = ReadUpTo(descriptor, block.data(), block.size());
     if (count < 0) throw SettingsError("the file can't be read", errno);
     bytes.append(block.data(), static_cast<std::size_t>(count));
+    if (bytes.size() > kMaxSettingsBytes) {
+      throw SettingsError(fmt::format(
+          "the file is longer than {} bytes, the most that settings may take", kMaxSettingsBytes));
+    }
     if (static_cast<std::size_t>(count) < block.size()) return bytes;
   }
-  throw SettingsError(fmt::format(
-      "the file is longer than {} bytes, the most that settings may take", kMaxSettingsBytes));
 }
 
 }  // namespace mapexport
