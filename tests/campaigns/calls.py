@@ -1,9 +1,8 @@
 """Lets every single call of a kind fail, in every case."""
 import errno
-import struct
 
-from cases import make_cases
-from runs import Interposed, in_parallel, run
+from cases import Interposed, make_cases
+from runs import in_parallel
 
 SHORT = 0
 # Kind, the ways in which a call of it fails, whether all later ones fail too.
@@ -36,11 +35,12 @@ QUICK = {"export over an older output": FAILURES,
 
 
 class Calls:
-    def __init__(self, program, library, preload_first, tally):
+    """`preload` is the library that counts calls, behind a sanitizer's runtime if there is one."""
+
+    def __init__(self, program, preload, tally):
         self.program = program
-        # A sanitizer's runtime must come before all others, and has an allocator of its own.
-        self.preload = " ".join(filter(None, (preload_first, str(library))))
-        self.sanitized = bool(preload_first)
+        self.preload = preload
+        self.sanitized = " " in preload  # which has an allocator of its own
         self.tally = tally
 
     def try_all(self, quick, only, kinds):
@@ -58,7 +58,7 @@ class Calls:
                     on or error in (errno.EACCES, errno.EINTR)):
                 continue
             if kind not in counts:
-                counts[kind] = self._run(case, kind, 0, error, False, False)[2]
+                counts[kind] = self._run(case, kind, 0, error, False, False).counted()
             for child in (False, True)[:1 + case.reader]:
                 self._try_kind(case, kind, error, on, child, counts[kind][child], quick)
 
@@ -74,24 +74,16 @@ class Calls:
                 numbers = sorted({*numbers, *range(1, count, count // 15), *range(count - 8, count)})
 
         def try_one(number):
-            outcome, folder, _ = self._run(case, kind, number, error, on, child)
-            fault = case.fault_of(outcome, folder / "work", may_leave=kind == "remove")
+            trial = self._run(case, kind, number, error, on, child)
+            fault = case.fault_of(trial.outcome, trial.work, may_leave=kind == "remove")
             name = errno.errorcode.get(error, "short")
             where = "reader's " if child else ""
-            self.tally.add(what, folder, fault,
+            self.tally.add(what, trial.folder, fault,
                            f"{case.name}, {where}{kind} {number} of {count}, {name}"
                            + (" from then on" if on else ""))
-            return fault
 
         in_parallel(try_one, numbers)
 
     def _run(self, case, kind, number, error, on, child):
-        settings = {"FAILING_KIND": kind, "FAILING_AT": str(number), "FAILING_ERROR": str(error)}
-        if on:
-            settings["FAILING_ON"] = "1"
-        if child:
-            settings["FAILING_CHILD"] = "1"
-        trial = Interposed(self.tally, self.program, case, self.preload, settings)
-        outcome = run(self.program, trial.work, case.arguments, trial.environment)
-        trial.keep(outcome)
-        return outcome, trial.folder, struct.unpack("QQ", trial.counts.read_bytes())
+        settings = {"FAILING_ERROR": str(error)} | ({"FAILING_ON": "1"} if on else {})
+        return Interposed(self.tally, self.program, case, self.preload, kind, number, child, settings)

@@ -8,13 +8,10 @@ import sys
 import tempfile
 import threading
 import time
-import unicodedata
 
-from cases import OLD
-from runs import ROOT, Outcome, contents, environment, in_parallel, messages_fault, run
-
-sys.path.append(str(ROOT / "scripts/damage"))
-import mutate  # noqa: E402  pylint: disable=wrong-import-position
+import mutate
+from cases import OLD, write_repeat
+from runs import Outcome, contents, environment, in_parallel, messages_fault, run_well
 
 WHAT = "a taken-over reader"
 OBJ = "mtllib a.mtl\nv 0 0 0\nv 10 0 0\nv 0 10 0\nusemtl Red\nf 1 2 3\n"
@@ -118,12 +115,12 @@ def crafted(large):
 
 
 class TakeOver:
-    """`library` is what the reader is taken over by; a sanitizer's runtime must come before it."""
+    """`preload` is what takes the reader over, behind a sanitizer's runtime if there is one."""
 
-    def __init__(self, program, library, preload_first, tally, seed):
+    def __init__(self, program, preload, tally, seed):
         self.program = program
-        self.preload = " ".join(filter(None, (preload_first, str(library))))
-        self.sanitized = bool(preload_first)
+        self.preload = preload
+        self.sanitized = " " in preload
         self.tally = tally
         self.seed = seed
         self.undisturbed = {}
@@ -132,7 +129,7 @@ class TakeOver:
         """Every attack, and `count` damaged hand-overs."""
         folder = self.tally.folder()
         self._prepare(folder)
-        run(self.program, folder, EXPORT)
+        run_well(self.program, folder, EXPORT)
         self.undisturbed = contents(folder)
         state = json.loads(self.undisturbed["out.json"])["confinement"]
         if set(state.values()) != {"in force"}:
@@ -266,9 +263,7 @@ class TakeOver:
                                                 (inherited.fileno(),))
         os.close(master)
         os.close(terminal)
-        (folder / "repeat").write_text(
-            "".join(f"{name}={value!r} " for name, value in extra.items())
-            + f"{self.program} {' '.join(arguments)}\n{outcome}\n")
+        write_repeat(folder, extra, self.program, arguments, outcome)
         result = (folder / "TAKEN_RESULT").read_bytes().split(b"\0")[0].decode()
         if (folder / "inherited").read_bytes():
             result = "san inherited descriptor"
@@ -277,8 +272,6 @@ class TakeOver:
     def _fault(self, outcome, work, confined=True):
         """What is wrong, whatever was tried."""
         fault = messages_fault(outcome)
-        if not fault and any(unicodedata.category(c) == "Cc" and c != "\n" for c in outcome.err):
-            fault = f"control characters on standard error: {outcome.err!r}"
         now = contents(work)
         if set(now) != set(self.undisturbed):
             fault = fault or f"other files: {sorted(set(now) ^ set(self.undisturbed))}"
@@ -312,5 +305,5 @@ def measured(program, folder, arguments, extra, descriptors):
         process.returncode = os.waitstatus_to_exitcode(end)
         out.seek(0)
         err.seek(0)
-        outcome = Outcome(process.returncode, out.read(), err.read().decode(errors="replace"))
+        outcome = Outcome(process.returncode, out.read(), err.read().decode(errors="surrogateescape"))
         return outcome, seconds, used.ru_maxrss << 10

@@ -11,9 +11,9 @@ import sys
 import tempfile
 
 from calls import Calls
-from kills import Kills, write_grid
+from kills import Kills
 from runs import Tally
-from surroundings import Memory, Surroundings
+from surroundings import Surroundings
 from takeover import TakeOver
 
 
@@ -26,16 +26,16 @@ def sanitizer_of(program):
     return ""
 
 
-def require_in_force(program, library, sanitizer, folder):
+def require_in_force(program, preload, folder):
     """Ends the script when the library counts no call: nothing would fail, and nothing be found."""
     counts = folder / "in-force"
     counts.write_bytes(bytes(16))
-    extra = {"LD_PRELOAD": f"{sanitizer} {library}".strip(), "FAILING_KIND": "open", "FAILING_AT": "0",
-             "FAILING_ERROR": "5", "FAILING_COUNTS": str(counts)}
+    extra = {"LD_PRELOAD": preload, "FAILING_KIND": "open", "FAILING_AT": "0", "FAILING_ERROR": "5",
+             "FAILING_COUNTS": str(counts)}
     subprocess.run([program, "inspect", folder / "missing.kob"], env={**os.environ, **extra},
                    stderr=subprocess.DEVNULL, check=False)
     if not any(counts.read_bytes()):
-        sys.exit(f"faults: {library} is not in force in {program}")
+        sys.exit(f"faults: {preload} is not in force in {program}")
 
 
 def main():
@@ -47,7 +47,7 @@ def main():
     parser.add_argument("--seed", type=int, default=0)
     parser.add_argument("--only", default="")
     parser.add_argument("--kinds", default="")
-    parser.add_argument("--parts", default="calls,surroundings,kills,memory,takeover")
+    parser.add_argument("--parts", default="calls,surroundings,kills,takeover")
     parser.add_argument("--table", type=pathlib.Path)
     given = parser.parse_args()
 
@@ -56,30 +56,24 @@ def main():
     parts = given.parts.split(",")
     sanitizer = sanitizer_of(given.program)
     if sanitizer:
-        print("not tried: failing allocations, limits of memory and of open files, since the sanitizer "
-              "has an allocator of its own and needs some of both")
-    # What is to be preloaded is cut at blanks, which the build folder's path may hold.
-    library = shutil.copy(given.library, top)
-    require_in_force(given.program, library, sanitizer, top)
+        print("not tried: failing allocations, since the sanitizer has an allocator of its own")
+
+    def preload(library):
+        # Cut at blanks, which the build folder's path may hold. A sanitizer's runtime must come first.
+        return f"{sanitizer} {shutil.copy(library, top)}".strip()
+
+    failing = preload(given.library)
+    require_in_force(given.program, failing, top)
     if "takeover" in parts and given.only in "takeover":
-        TakeOver(given.program, shutil.copy(given.takeover, top), sanitizer, tally,
+        TakeOver(given.program, preload(given.takeover), tally,
                  given.seed).try_all(given.quick, 40 if given.quick else 10_000)
     if "calls" in parts:
-        Calls(given.program, library, sanitizer, tally).try_all(
+        Calls(given.program, failing, tally).try_all(
             given.quick, given.only, given.kinds.split(",") if given.kinds else None)
     if "surroundings" in parts:
-        Surroundings(given.program, bool(sanitizer), tally).try_all(given.quick, given.only)
-    # A sanitizer needs the address space.
-    if "memory" in parts and not sanitizer and not given.quick:
-        Memory(given.program, tally).try_all(write_grid, 40)
+        Surroundings(given.program, tally).try_all(given.quick, given.only)
     if "kills" in parts:
-        kills = Kills(given.program, library, sanitizer, tally, given.seed)
-        kills.at_every_call(given.quick, given.only)
-        kills.reader_dies_with_program()
-        if not given.quick:
-            kills.at_random_moments(50)
-            kills.two_at_once(20)
-            kills.held_folder_is_left_alone()
+        Kills(given.program, failing, tally).at_every_call(given.quick, given.only)
     tally.summary()
     if given.table:
         tally.write(given.table)

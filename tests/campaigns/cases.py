@@ -2,10 +2,44 @@
 import hashlib
 import json
 import shutil
+import struct
 
-from runs import LOG, ROOT, TOLD, contents, messages_fault, run
+from runs import LOG, ROOT, contents, finish, messages_fault, run, run_well, start
 
 OLD = b"an older file"
+# With one of these warnings an output may differ from what an undisturbed run writes.
+TOLD = ("settings are neither read nor saved", "the CXP database cannot be read",
+        "the settings are not saved", ".mtl")
+
+
+class Interposed:
+    """A run of `case` in a folder of its own, with the library that counts calls of `kind` and does
+    something at the one of that number, in the program or its child; `settings` say what."""
+
+    def __init__(self, tally, program, case, preload, kind, number, child, settings):
+        self.folder = tally.folder()
+        self.work = self.folder / "work"
+        self.work.mkdir()
+        case.prepare(self.work)
+        self.counts = self.folder / "counts"
+        self.counts.write_bytes(bytes(16))
+        extra = {"LD_PRELOAD": preload, "FAILING_COUNTS": str(self.counts), "FAILING_KIND": kind,
+                 "FAILING_AT": str(number), **({"FAILING_CHILD": "1"} if child else {}), **settings}
+        process = start(program, self.work, case.arguments, extra)
+        self.pid = process.pid
+        self.outcome = finish(process)
+        write_repeat(self.folder, extra, program, case.arguments, self.outcome)
+
+    def counted(self):
+        """The calls of the program, and of its child."""
+        return struct.unpack("QQ", self.counts.read_bytes())
+
+
+def write_repeat(folder, extra, program, arguments, outcome):
+    """Leaves beside the work how to do it again, and how it ended."""
+    variables = "".join(f"{name}={value!r} " for name, value in extra.items())
+    (folder / "repeat").write_text(f"{variables}{program} {' '.join(map(str, arguments))}\n{outcome}\n",
+                                   errors="replace")
 
 
 class Case:
@@ -129,27 +163,19 @@ def count_log_lines(folder):
 
 def make_cases(program, tally):
     """Each case, learned when its turn comes."""
-    for case in list_cases(program, tally):
-        case.learn(program, tally)
-        yield case
-
-
-def list_cases(program, tally):
     golden = ROOT / "tests/golden"
     models = ROOT / "tests/models"
     scene = {"transparent.scene.json": golden / "transparent.scene.json"}
     room = {name: models / name for name in ("room.obj", "room.mtl")}
     folder = tally.folder()
-    made = run(program, folder, ["export", golden / "transparent.scene.json", "model.kob", "--fresh"])
-    if made.status != 0:
-        raise SystemExit(f"the model can't be made: {made}")
+    run_well(program, folder, ["export", *scene.values(), "model.kob", "--fresh"])
     model = {"model.kob": (folder / "model.kob").read_bytes()}
     shutil.rmtree(folder)
     export = ["export", "transparent.scene.json", "out.kob", "--settings", "set.reg", "--cxp",
               golden / "transparent.cxp", "--coordinates", "0", "--depfile", "out.d", "--report",
               "out.json", "--seed", "1",
               "--quiet"]
-    return [
+    cases = [
         Case("export over an older output", export, scene, ["out.kob", "out.d"],
              settings="set.reg", report="out.json", existing=True),
         Case("export to a new output", export, scene, ["out.kob", "out.d"], settings="set.reg",
@@ -168,3 +194,6 @@ def list_cases(program, tally):
         Case("convert to .obj", ["convert", "model.kob", "out.obj", "--quiet"], model,
              ["out.obj", "out.mtl"], existing=True, reader=True),
     ]
+    for case in cases:
+        case.learn(program, tally)
+        yield case

@@ -5,7 +5,8 @@ import os
 import struct
 import zipfile
 
-import runs
+from exports import fault_of_export
+from runs import in_parallel
 
 OBJ = "mtllib {}\nv 0 0 0\nv 10 0 0\nv 0 10 0\nf 1 2 3\n"
 POSITIONS = struct.pack("<9f", 0, 0, 0, 10, 0, 0, 0, 10, 0)
@@ -28,13 +29,11 @@ def gltf(**changes):
         "asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
         "nodes": [{"mesh": 0, "name": "Floor"}],
         "meshes": [{"primitives": [{"attributes": {"POSITION": 0}}]}],
-        "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3",
-                       "min": [0, 0, 0], "max": [10, 10, 0]}],
+        "accessors": accessor(),
         "bufferViews": [{"buffer": 0, "byteLength": 36}],
-        "buffers": [{"byteLength": 36, "uri": data_uri(POSITIONS)}],
+        "buffers": buffer(data_uri(POSITIONS)),
     }
-    document.update(changes)
-    return json.dumps(document)
+    return json.dumps(document | changes)
 
 
 def data_uri(data):
@@ -60,15 +59,6 @@ def beside(name, text, make_other):
 
 def fifo(name):
     return lambda folder: os.mkfifo(folder / name)
-
-
-def sparse(name, gibibytes, beginning=b""):
-    """A scene of that size which takes no space: zeros behind its beginning."""
-    def make(folder):
-        (folder / name).write_bytes(beginning)
-        os.truncate(folder / name, gibibytes << 30)
-        return name
-    return make
 
 
 def link(name, target):
@@ -108,12 +98,10 @@ def named(name):
     return write(name, "v 0 0 0\nf 1 2 3\n")
 
 
-def scene_file(name="Floor", depth=0):
+def scene_file(name):
     node = {"name": name, "userProperties": "climbabel\x1b[31m\nfloorfase",
             "mesh": {"vertices": [[0, 0, 0], [10, 0, 0], [0, 10, 0]], "faces": [[0, 1, 2]]}}
-    opening = '{"name":"a","children":[' * depth
-    return ('{"format":"mapexport-scene","version":1,"root":{"name":"Scene Root","children":['
-            + opening + json.dumps(node) + "]}" * depth + "]}}")
+    return json.dumps({"format": "mapexport-scene", "version": 1, "root": {"children": [node]}})
 
 
 ESCAPES = "\x1b[31mred\x1b]0;title\x07\r\x7f\u009b1m\u202e"
@@ -134,10 +122,6 @@ CASES = [
     ("an entity in Collada that names a file", EITHER, "", write(
         "a.dae", "<!DOCTYPE C [<!ENTITY a SYSTEM 'file:///dev/zero'>]>"
         + collada(1).replace("<asset/>", "<asset>&a;</asset>"))),
-    ("nodes nested 100,000 deep in a scene file", REFUSED, "nest",
-     write("a.scene.json", scene_file(depth=100_000))),
-    ("arrays nested 1,000,000 deep in a scene file", REFUSED, "",
-     write("a.scene.json", "[" * 1_000_000)),
     ("a glTF node that is its own child", REFUSED, "recursive", write(
         "a.gltf", gltf(nodes=[{"mesh": 0, "children": [0]}]))),
     ("glTF nodes that are each other's children", REFUSED, "", write(
@@ -193,19 +177,6 @@ CASES = [
     ("an MD5 mesh whose pipe beside it is tried", EITHER, "", beside(
         "a.md5mesh", "MD5Version 10\ncommandline \"\"\nnumJoints 0\nnumMeshes 0\n",
         fifo("a.md5anim"))),
-    ("a scene that is a pipe", REFUSED, "", lambda folder: fifo("a.gltf")(folder) or "a.gltf"),
-    ("a scene that is a device", REFUSED, "", lambda folder: link("a.gltf", "/dev/zero")(folder)
-     or "a.gltf"),
-    ("a scene that is a folder", REFUSED, "", lambda folder: (folder / "a.gltf").mkdir()
-     or "a.gltf"),
-    ("a scene file that is a pipe", REFUSED, "not a regular file",
-     lambda folder: fifo("a.scene.json")(folder) or "a.scene.json"),
-    ("a scene file that is a device", REFUSED, "not a regular file",
-     lambda folder: link("a.scene.json", "/dev/zero")(folder) or "a.scene.json"),
-    ("a scene file of 5 GiB", REFUSED, "too large", sparse("a.scene.json", 5)),
-    ("a scene file of 3 GiB of zeros", REFUSED, "line 1, column 1", sparse("a.scene.json", 3)),
-    ("a scene file of 3 GiB that begins as a list", REFUSED, "line 1, column 2",
-     sparse("a.scene.json", 3, b"[")),
     ("glTF names with escapes and line ends", SOUND, "8 control characters", write(
         "a.gltf", gltf(nodes=[{"mesh": 0, "name": "\n" + ESCAPES + "\t"}]))),
     ("a file name with escapes and line ends", REFUSED, "", named("a\n" + ESCAPES + ".obj")),
@@ -217,9 +188,7 @@ CASES = [
         "a.gltf", gltf(meshes=[{"name": ESCAPES + "\n", "primitives": "none"}]))),
     ("a glTF buffer's name with escapes", REFUSED, "", write(
         "a.gltf", gltf(buffers=buffer(ESCAPES + "\n.bin")))),
-]
-# These take the time or the memory that a reader is allowed.
-SLOW = [
+    # These two take the time or the memory that a reader is allowed.
     ("a 3MF file that unpacks to 2 GiB", REFUSED, "", package_3mf(bomb, 2 << 10)),
     ("a glTF node that has 2^40 ways to it", REFUSED, "", write(
         "a.gltf", gltf(nodes=[{"children": [min(i + 1, 40)] * 2} for i in range(40)]
@@ -227,20 +196,16 @@ SLOW = [
 ]
 
 
-def run(campaign, programs, numbers):
-    program = programs.chosen
-    cases = CASES if programs.quick else CASES + SLOW
-
-    def attempt(i, _, folder):
-        what, may_end, piece, make = cases[i]
-        fault, how, outcome = runs.fault_of_export(program, folder, make(folder), ["--fresh"])
-        if not fault and outcome.status not in may_end:
-            fault = f"status {outcome.status}: {outcome.errors[:500]!r}"
-        if not fault and piece.encode() not in outcome.errors:
-            fault = f"standard error says nothing of {piece!r}: {outcome.errors[:500]!r}"
+def run(tally, what, program, numbers, _):
+    def attempt(i):
+        name, may_end, piece, make = CASES[i]
+        folder = tally.folder()
+        fault, outcome = fault_of_export(program, folder, make(folder))
+        if not fault and (outcome.status not in may_end or piece not in outcome.err):
+            fault = f"status {outcome.status}, without {piece!r}: {outcome.err[:500]!r}"
         # The clock ends a reader too, on a machine that is busy; a pipe is never waited for.
-        if not fault and "pipe" in what and b"waited in vain" in outcome.errors:
+        if not fault and "pipe" in name and "waited in vain" in outcome.err:
             fault = "the pipe was waited for"
-        return "made to do harm", how, f"{what}: {fault}" if fault else ""
+        tally.add(what, folder, fault, f"{name}, --only {i}")
 
-    return campaign.run([i for i in numbers if i < len(cases)], attempt)
+    in_parallel(attempt, [i for i in numbers if i < len(CASES)])

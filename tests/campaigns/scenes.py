@@ -1,12 +1,14 @@
 """Damaged scene files of all main formats, through the whole program."""
 import pathlib
+import random
 import shutil
 
 import mutate
-import runs
+from exports import fault_of_export
+from runs import ROOT, in_parallel, run_well
 
 PACKAGE = pathlib.Path("/usr/share/assimp/models")
-FOLDERS = (runs.ROOT / "tests/models", runs.ROOT / "tests/golden", PACKAGE)
+FOLDERS = (ROOT / "tests/models", ROOT / "tests/golden", PACKAGE)
 # A scene's own file, or one that is read beside it.
 ENDINGS = (".scene.json", ".fbx", ".gltf", ".glb", ".obj", ".3ds", ".ase", ".dae", ".ply", ".3mf",
            ".stl", ".mtl", ".bin")
@@ -37,20 +39,14 @@ def readers_of(path):
 
 def write_converted(program, folder):
     """Files of the formats that `convert` writes, of a small golden scene."""
-    shutil.rmtree(folder, ignore_errors=True)
-    folder.mkdir(parents=True)
-    scene = runs.ROOT / "tests/golden/two-sided.scene.json"
-    commands = [["export", scene, "level.kob", "--fresh", "--seed", "0", "--quiet"]]
-    commands += [["convert", "level.kob", "level" + ending] for ending in CONVERTED]
-    for command in commands:
-        outcome = runs.call([program, *command], folder)
-        if outcome.status != 0:
-            raise SystemExit(f"damage: no converted files to damage: {outcome.errors!r}")
+    scene = ROOT / "tests/golden/two-sided.scene.json"
+    run_well(program, folder, ["export", scene, "level.kob", "--fresh", "--seed", "0", "--quiet"])
+    for ending in CONVERTED:
+        run_well(program, folder, ["convert", "level.kob", "level" + ending])
 
 
-def find_sources(program):
+def find_sources(program, converted):
     """For each kind the small files of it; a side file only where a scene stands beside it."""
-    converted = runs.KEPT / "converted"
     write_converted(program, converted)
     sources = {}
     for folder in (*FOLDERS, converted):
@@ -80,15 +76,16 @@ def make_copy(folder, source, rng):
     return folder / scene.name
 
 
-def run(campaign, programs, numbers):
-    program = programs.chosen
-    sources = find_sources(program)
+def run(tally, what, program, numbers, seed):
+    sources = find_sources(program, tally.folder())
     kinds = list(sources)
 
-    def attempt(i, rng, folder):
+    def attempt(i):
+        rng = random.Random(f"{seed}/{i}")
         kind = kinds[i % len(kinds)]
+        folder = tally.folder()
         scene = make_copy(folder, rng.choice(sources[kind]), rng)
-        fault, how, _ = runs.fault_of_export(program, folder, scene.name, ["--fresh"])
-        return kind, how, fault
+        fault, _ = fault_of_export(program, folder, scene.name)
+        tally.add(what, folder, fault, f"{kind}, --only {i}")
 
-    return campaign.run(numbers, attempt)
+    in_parallel(attempt, numbers)
