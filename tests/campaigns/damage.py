@@ -14,8 +14,6 @@ Part = collections.namedtuple("Part", "what few full quick")
 PARTS = {
     "scenes": Part("damaged scene files of 13 formats, exported", 600, 5000, 28),
     "hostile": Part("scenes made to do harm, exported", 1000, 1000, 41),
-    "models": Part("damaged model files, read, printed, converted and shown in one process, under"
-                   " sanitizers", 2000, 20000, 400),
 }
 
 
@@ -25,9 +23,7 @@ def main():
     parser.add_argument("--count", type=int, help="how often")
     parser.add_argument("--seed", type=int, default=0, help="other damages")
     parser.add_argument("--only", type=int, help="the try of that number alone")
-    parser.add_argument("--sanitizers", action="store_true", help="scenes with the sanitize build")
-    parser.add_argument("--release", required=True, help=argparse.SUPPRESS)
-    parser.add_argument("--sanitize", required=True, help=argparse.SUPPRESS)
+    parser.add_argument("program", help=argparse.SUPPRESS)
     # For a test: few tries, in a folder of its own, which leave no row in the table.
     parser.add_argument("--quick", type=pathlib.Path, help=argparse.SUPPRESS)
     parser.add_argument("parts", nargs="*", metavar="PART", choices=[[], *PARTS])
@@ -41,13 +37,10 @@ def main():
         part = PARTS[name]
         count = part.quick if given.quick else part.full if given.full else part.few
         numbers = range(given.count or count) if given.only is None else [given.only]
-        program = given.sanitize if given.sanitizers or name == "models" else given.release
-        command = (f"scripts/damage.sh --seed {given.seed}" + " --sanitizers" * given.sanitizers
-                   + " --full" * given.full + f" {name}")
-        tally.begin(part.what, command)
-        importlib.import_module(name).run(tally, part.what, program, numbers, given.seed)
+        tally.begin(part.what, f"scripts/damage.sh --seed {given.seed}" + " --full" * given.full)
+        importlib.import_module(name).run(tally, part.what, given.program, numbers, given.seed)
     tally.summary()
-    if not (given.parts or given.quick or given.only):
+    if not (given.parts or given.quick or given.only is not None):
         tally.write(ROOT / "build/robustness/damage.tsv")
     sys.exit(1 if tally.findings else 0)
 

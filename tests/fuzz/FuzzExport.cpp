@@ -1,6 +1,6 @@
 // Any scene with any options through the whole exporter, to both layouts.
 //
-// What is written must be sound, hold what was counted, and be what the passes' definitions make.
+// What is written must be sound and hold what was counted.
 // The exporter writes into the current folder, which becomes one of the program's own: paths on
 // the command line must be absolute.
 
@@ -17,15 +17,7 @@
 #include <vector>
 
 #include "exporter/base/ProcessState.h"
-#include "exporter/geometry/CleanVertexAttributes.h"
-#include "exporter/geometry/CollisionLists.h"
-#include "exporter/geometry/DuplicateTwoSidedFaces.h"
 #include "exporter/geometry/FaceFlags.h"
-#include "exporter/geometry/RemoveDegenerateFaces.h"
-#include "exporter/geometry/RenderBatches.h"
-#include "exporter/geometry/VoxelPartition.h"
-#include "exporter/geometry/WeldVertices.h"
-#include "exporter/plugin/ExportModel.h"
 #include "exporter/plugin/LibraryEntry.h"
 #include "exporter/plugin/MapExporter.h"
 #include "exporter/plugin/ResourceIds.h"
@@ -33,11 +25,7 @@
 #include "fuzz/FuzzScene.h"
 #include "fuzz/ReadersAgree.h"
 #include "modelreader/OverlongLists.h"
-#include "reference/LiteralCleanVertexAttributes.h"
-#include "reference/LiteralGeometry.h"
-#include "reference/LiteralWeldVertices.h"
 #include "scene/HostScene.h"
-#include "support/GroupBits.h"
 #include "support/TestSystem.h"
 
 namespace mapexport {
@@ -182,50 +170,6 @@ void CheckCounts(const Exported& first, const Exported& second) {
   Require(points.size() == group.collisionPoints.size(), "each point belongs to a face");
 }
 
-void CheckBatches(GeometryGroup group, const Options& options, const MaterialsList& materials) {
-  constexpr std::int64_t kMostCells = 512;
-  const VoxelGrid grid(group, options.voxelSize);
-  std::int64_t cells = 1;
-  for (const std::int32_t count : grid.counts) cells = std::min(cells * count, kMostCells + 1);
-  if (cells > kMostCells) return;
-  PrepareCollisionLists(group);
-  RandomGenerator plain(options.seed);
-  RandomGenerator random(options.seed);
-  const literal::DenseVoxels voxels(group, options.voxelSize, plain);
-  const auto expected = literal::Batches(group, materials, voxels.cells);
-  BuildRenderBatches(group, BuildVoxelPartition(group, grid, random));
-  Require(group.batches.size() == expected.size(), "there are the batches of the definition");
-  std::size_t ordinal = 0;
-  for (const literal::Batch& batch : expected) {
-    Require(batch == group.batches[ordinal++], "batches are those of the definition");
-  }
-}
-
-/// The passes once more, beside their definitions. The options are those of the last export.
-void CheckPasses(const Scene& scene, const Options& options) {
-  TestSystem system;
-  HostScene host(scene);
-  ExportModel model(0);
-  State().currentScene = &model;
-  model.Gather(host.GetRootNode());
-  GeometryGroup& group = *model.groups.At(0);
-  DuplicateTwoSidedFaces(group);
-  constexpr std::size_t kMostFaces = 100;  // the definitions are quadratic
-  if (group.faces.size() > kMostFaces) return;
-  GeometryGroup literal = group;
-  const bool degenerate = WeldVertices(group, options.weldDistance);
-  LiteralWeldVertices(literal, options.weldDistance);
-  Require(BitsOf(group) == BitsOf(literal), "welding is that of the definition");
-  if (degenerate) RemoveDegenerateFaces(group);
-  LiteralRemoveDegenerateFaces(literal);
-  Require(BitsOf(group) == BitsOf(literal), "the same faces are degenerate");
-  const Point3 cellSize{options.voxelSize, 1.0f, options.weldDistance};
-  CleanVertexAttributes(group, cellSize);
-  LiteralCleanVertexAttributes(literal, cellSize);
-  Require(BitsOf(group) == BitsOf(literal), "cleaning is that of the definition");
-  CheckBatches(group, options, model.materials);
-}
-
 }  // namespace
 }  // namespace mapexport
 
@@ -246,7 +190,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (options.seed % 8 == 0) {
     Require(Export(scene, options, "fuzz.kob").bytes == kob.bytes, "the same bytes once more");
   }
-  CheckPasses(scene, options);
   State().currentScene = nullptr;
   return 0;
 }
