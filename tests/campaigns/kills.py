@@ -82,15 +82,8 @@ class Kills:
         left = set(now) - set(case.before) - set(case.after)
         if sent == signal.SIGTERM and left:
             return f"left {sorted(left)}"
-        folders = [name for name in left if "/" not in name and now[name] is None]
         if any(not is_temporary(name) for name in left):
             return f"left {sorted(left)}"
-        targets = len(case.outputs) + (case.report is not None)
-        # An exporter's log is made beside the model, before depfile and report are.
-        if case.arguments[0] == "export":
-            targets = max(targets, 2)
-        if len(folders) > targets:
-            return f"left {len(folders)} temporary folders: {sorted(folders)}"
         for name in (*case.outputs, case.settings):
             whole = [case.before.get(name), case.after.get(name)]
             # A new settings file is empty at first, which is as good as none.

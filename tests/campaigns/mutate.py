@@ -39,16 +39,6 @@ def duplicate(data, rng):
     data[start:start] = data[start:end] * rng.choice((1, 1, 2, 50))
 
 
-def swap(data, rng):
-    length = rng.choice((1, 4, 16, 64, 1024))
-    if len(data) < 2 * length:
-        return
-    one = rng.randrange(len(data) - 2 * length + 1)
-    two = rng.randrange(one + length, len(data) - length + 1)
-    first, second = bytes(data[one:one + length]), bytes(data[two:two + length])
-    data[one:one + length], data[two:two + length] = second, first
-
-
 def set_field(data, rng):
     """A 32-bit number, which in most binary formats is a count, a size or an index."""
     if len(data) < 4:
@@ -71,7 +61,7 @@ def is_text(data):
 
 def damage(content, rng):
     """A damaged copy of `content`, which is not the same."""
-    kinds = [flip_bits, overwrite, cut, remove, duplicate, swap]
+    kinds = [flip_bits, overwrite, cut, remove, duplicate]
     kinds += [set_number] * 3 if is_text(content) else [set_field] * 3
     while True:
         data = bytearray(content)

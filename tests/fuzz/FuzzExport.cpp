@@ -4,15 +4,10 @@
 // The exporter writes into the current folder, which becomes one of the program's own: paths on
 // the command line must be absolute.
 
-#include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <set>
 #include <span>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -26,29 +21,11 @@
 #include "fuzz/ReadersAgree.h"
 #include "modelreader/OverlongLists.h"
 #include "scene/HostScene.h"
+#include "support/TempFolder.h"
 #include "support/TestSystem.h"
 
 namespace mapexport {
 namespace {
-
-/// The current folder, until the program ends.
-class OwnFolder {
- public:
-  OwnFolder() : path_((std::filesystem::temp_directory_path() / "fuzz-XXXXXX").string()) {
-    Require(mkdtemp(path_.data()) != nullptr, "a folder to write into");
-    std::filesystem::current_path(path_);
-    std::ofstream("textures.cxp") << "material glass.bmp\nalphablend\nend\n";
-  }
-  ~OwnFolder() {
-    std::error_code gone;
-    std::filesystem::remove_all(path_, gone);
-  }
-  OwnFolder(const OwnFolder&) = delete;
-  OwnFolder& operator=(const OwnFolder&) = delete;
-
- private:
-  std::string path_;
-};
 
 struct Options {
   explicit Options(FuzzBytes& in)
@@ -102,9 +79,7 @@ Exported Export(const Scene& scene, const Options& options, const char* file) {
           "the export succeeds");
   Exported exported;
   if (options.weld) exported.results = system.messageBoxes.front().text;
-  std::ostringstream bytes;
-  bytes << std::ifstream(file, std::ios::binary).rdbuf();
-  exported.bytes = bytes.str();
+  exported.bytes = Content(file);
   return exported;
 }
 
@@ -121,19 +96,6 @@ std::size_t BatchFaces(const ModelGroup& group) {
   std::size_t count = 0;
   for (const ModelBatch& batch : group.batches) count += batch.faces.size();
   return count;
-}
-
-/// The numbers in the text.
-std::vector<std::size_t> NumbersIn(const std::string& text) {
-  std::vector<std::size_t> numbers;
-  const char* const end = text.data() + text.size();
-  for (const char* at = text.data(); at != end;) {
-    std::size_t number = 0;
-    const auto [stop, error] = std::from_chars(at, end, number);
-    if (error == std::errc()) numbers.push_back(number);
-    at = error == std::errc() ? stop : at + 1;
-  }
-  return numbers;
 }
 
 void CheckCounts(const Exported& first, const Exported& second) {
@@ -155,11 +117,6 @@ void CheckCounts(const Exported& first, const Exported& second) {
   Require(undrawn == group.planes.size(), "undrawn faces are those of their sets");
   Require(listed == group.faces.size(), "each face is in a set");
   Require(first.results == second.results, "the layouts count the same");
-  if (!first.results.empty()) {
-    const std::vector<std::size_t> counted = NumbersIn(first.results);
-    Require(counted.at(3) == group.faces.size(), "as many faces as the box says");
-    Require(counted.at(4) == drawn.vertices.size(), "as many vertices as the box says");
-  }
   if (!OverlongLists(kob.lengths).empty()) return;
   std::set<std::uint16_t> vertices;
   std::set<std::uint16_t> points;
@@ -175,8 +132,10 @@ void CheckCounts(const Exported& first, const Exported& second) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace mapexport;
-  static const OwnFolder folder;
+  static const TempFolder folder;
   static const bool isLoaded = [] {
+    fs::current_path(folder.Path());
+    Write("textures.cxp", "material glass.bmp\nalphablend\nend\n");
     TestSystem system;
     return LibraryEntry(AttachModule(kResources));
   }();

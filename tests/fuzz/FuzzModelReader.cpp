@@ -24,7 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(parser.parse(json.str()).error() == simdjson::SUCCESS, "the JSON document is one");
     std::ostringstream text;
     WriteModelText(read.model, text);
-    for (const char c : text.str()) Require(c >= ' ' || c < 0 || c == '\n', "no control characters");
+    for (const char c : text.str())
+      Require(c >= ' ' || c < 0 || c == '\n', "no control characters");
     const int system = static_cast<int>(size % 4);
     for (const TargetFormat& format : TargetFormats()) {
       const std::string name = "model" + std::string(format.extension);

@@ -1,7 +1,7 @@
 // Saves a picture of a page of `mapexport view`:
-//   node screenshot.mjs PACKAGES PAGE.html OUT.png [WIDTH HEIGHT SCHEME HASH KEYS...]
+//   node screenshot-page.mjs PACKAGES PAGE.html OUT.png [WIDTH HEIGHT SCHEME HASH KEYS...]
 // HASH is the part of the address that chooses something ("" for none); KEYS go to the view.
-import { openPage, settle, startBrowser } from './browser.mjs';
+import { openPage, settle, startBrowser } from '../tests/page/browser.mjs';
 
 const [packages, file, out, width = '1280', height = '800', scheme = 'light', hash = '', ...keys] =
   process.argv.slice(2);
