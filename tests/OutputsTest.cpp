@@ -82,7 +82,8 @@ TEST_F(OutputsTest, TheLogReplacesNothingButAnOlderLog) {
 }
 
 TEST_F(OutputsTest, NoInputIsReplaced) {
-  Write(work_ / "level.obj", "v 0 0 0\nv 10 0 0\nv 0 10 0\nmtllib level.mtl\nf 1 2 3\n");
+  Write(work_ / "level.obj",
+        "v 0 0 0\nv 10 0 0\nv 0 10 0\nmtllib level.mtl\nusemtl Red\nf 1 2 3\n");
   Write(work_ / "level.mtl", "newmtl Red\n");
   fs::create_symlink("level.obj", work_ / "link");
   fs::create_hard_link(work_ / "level.obj", work_ / "twin");

@@ -10,10 +10,10 @@ namespace mapexport {
 class ScratchFile {
  public:
   explicit ScratchFile(const std::string& text) { mapexport::Write(Path(), text); }
-  std::string Path() const { return (folder_.Path() / "a.scene.json").string(); }
-
- private:
-  TempFolder folder_;
+  static std::string Path() {
+    static const TempFolder folder;
+    return folder.Path() / "a.scene.json";
+  }
 };
 
 inline Scene Read(const std::string& text) {
