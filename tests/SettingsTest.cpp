@@ -1,8 +1,12 @@
 // Tests of the settings store: what its file may hold, what survives, what is never overwritten.
+#include <cerrno>
 #include <chrono>
 #include <thread>
 
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include "settings/LockedSettingsFile.h"
 #include "settings/ReadSettingsFile.h"
@@ -11,6 +15,19 @@
 #include "settings/SettingsError.h"
 #include "settings/SettingsStore.h"
 #include "support/Testing.h"
+
+namespace {
+
+bool fileSystemHasLocks = true;
+
+}  // namespace
+
+// Stands in for the C library's, so that tests can have a file system without locks.
+extern "C" int flock(int descriptor, int operation) noexcept {
+  if (fileSystemHasLocks) return static_cast<int>(::syscall(SYS_flock, descriptor, operation));
+  errno = ENOLCK;
+  return -1;
+}
 
 namespace mapexport {
 namespace {
@@ -315,6 +332,11 @@ TEST_F(SettingsTest, ALockIsWaitedForButNotForEver) {
     EXPECT_THROW(LockedSettingsFile(file_, milliseconds(50)), SettingsError);
   }
   EXPECT_TRUE(fs::is_empty(folder_)) << "made for the lock, never written";
+
+  fileSystemHasLocks = false;
+  EXPECT_THROW(LockedSettingsFile(file_, milliseconds(50)), SettingsError);
+  fileSystemHasLocks = true;
+  EXPECT_TRUE(fs::is_empty(folder_)) << "made, but could not be locked";
 }
 
 TEST_F(SettingsTest, DefaultPathFollowsTheEnvironment) {
