@@ -10,6 +10,11 @@ namespace mapexport {
 class ScratchFile {
  public:
   explicit ScratchFile(const std::string& text) { mapexport::Write(Path(), text); }
+  ScratchFile(const ScratchFile&) = delete;
+  ScratchFile& operator=(const ScratchFile&) = delete;
+  ~ScratchFile() {
+    fs::remove(Path());
+  }  // file systems write what is truncated to the disk at once
   static std::string Path() {
     static const TempFolder folder;
     return folder.Path() / "a.scene.json";
