@@ -97,15 +97,6 @@ class LoadCxpTest : public testing::Test {
   const std::string folder_ = temporary_.Path();
 };
 
-TEST_F(LoadCxpTest, AppendsTheNamesOfTheFile) {
-  const std::string path = folder_ + "/yard.cxp";
-  Write(path, "material Glass.bmp\r\nalphablend\r\nend\r\n");
-  State().transparentTextures.Append("before");
-  Load(path);
-  EXPECT_EQ(Listed(State().transparentTextures), (Names{"before", "glass"}));
-  EXPECT_EQ(system_.debugOutput, "");
-}
-
 TEST_F(LoadCxpTest, TellsTheLogOfAFileThatCannotBeRead) {
   ASSERT_EQ(mkfifo((folder_ + "/pipe").c_str(), 0600), 0);
   // The last one can be opened all the same.

@@ -48,14 +48,6 @@ TEST_F(ExportTest, ShowsLogsAndSavesInOrder) {
   EXPECT_THAT(Content("level.map"), StartsWith(std::string("\x0b\0\0\0BeginModel\0", 15)));
 }
 
-TEST_F(ExportTest, WithoutWeldingThereIsNeitherBoxNorLine) {
-  State().options.weldVertices = false;
-  State().options.cleanVertexAttributes = false;
-  Export("level.kob");
-  EXPECT_THAT(BoxTitles(), ElementsAre("Text Scene Export"));
-  EXPECT_THAT(Content("ExportDebug.txt"), testing::Not(HasSubstr("Vert")));
-}
-
 TEST_F(ExportTest, ACancelledOrRefusedExportSavesTheOptionsAndSaysNothing) {
   system_.dialogButton = IDCANCEL;
   Export("level.kob");

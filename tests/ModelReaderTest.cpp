@@ -148,18 +148,6 @@ nlohmann::json JsonOf(const ModelFile& model, bool summary) {
   return nlohmann::json::parse(out.str());
 }
 
-TEST(ModelReaderTest, TheSummaryGivesCountsForLists) {
-  const nlohmann::json summary = JsonOf(Yard(ModelLayout::kKob), true);
-  const nlohmann::json& group = summary.at("groups").at(0);
-  EXPECT_EQ(group.at("batches").at(0),
-            (nlohmann::json{{"material", 1}, {"faceCount", 2}, {"cornerCount", 4}}));
-  EXPECT_EQ(group.at("surfaceSets").at(1),
-            (nlohmann::json{{"name", "static_crates"}, {"flags", 128}, {"faceCount", 1}}));
-  EXPECT_EQ(group.at("collisionPointCount"), 3);
-  EXPECT_FALSE(group.contains("collisionPoints"));
-  EXPECT_FALSE(JsonOf(Yard(ModelLayout::kQob), false).at("groups").at(0).contains("faces"));
-}
-
 TEST(ModelReaderTest, InvisibleCharactersAreShown) {
   for (const auto& [text, shown] : std::vector<std::pair<std::string, std::string>>{
            {"\u00ad\u034f\u115f\u17b4\u180e\u200b\u200d",

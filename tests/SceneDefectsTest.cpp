@@ -146,18 +146,5 @@ TEST(ReadSceneFile, TakesNoMemoryForWhatMayBeNoElement) {
                SceneError);
 }
 
-TEST(ReadSceneFile, TellsWhyAFileCannotBeRead) {
-  for (const auto& [path, reason] :
-       {std::pair(testing::TempDir() + "no such.scene.json", "No such file"),
-        std::pair(testing::TempDir(), "Is a directory")}) {
-    try {
-      ReadSceneFile(path);
-      ADD_FAILURE() << path;
-    } catch (const SceneError& error) {
-      EXPECT_THAT(error.what(), HasSubstr(path + ": can't be read: " + reason));
-    }
-  }
-}
-
 }  // namespace
 }  // namespace mapexport

@@ -1,6 +1,6 @@
 // Calls that must fail in the process that reads foreign scenes. ConfineTest tries them under each
-// kind of confinement alone, TakenOver in the reader itself. They need the files a.obj and out.kob and
-// the folder "empty" in the current one.
+// kind of confinement alone, TakenOver in the reader itself. They need the files a.obj and out.kob
+// and the folder "empty" in the current one.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Any bytes as a model file of either layout, for both readers and all that shows or converts models.
+// Any bytes as a model file of either layout, for both readers and what shows or converts models.
 
 #include <span>
 #include <sstream>
