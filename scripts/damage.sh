@@ -35,4 +35,4 @@ if [[ ${1-} == --sanitizers ]]; then
 fi
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset" --target mapexport mapexport-plugin >/dev/null
-exec python3 -B tests/campaigns/damage.py "build/$preset/bin/mapexport" "$@"
+exec python3 -B tests/campaigns/damage.py --program "build/$preset/bin/mapexport" "$@"

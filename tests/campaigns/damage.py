@@ -24,7 +24,7 @@ def main():
     parser.add_argument("--count", type=int, help="how often")
     parser.add_argument("--seed", type=int, default=0, help="other damages")
     parser.add_argument("--only", type=int, help="the try of that number alone")
-    parser.add_argument("program", type=os.path.realpath, help=argparse.SUPPRESS)
+    parser.add_argument("--program", required=True, type=os.path.realpath, help=argparse.SUPPRESS)
     # For a test: few tries, in a folder of its own, which leave no row in the table.
     parser.add_argument("--quick", type=pathlib.Path, help=argparse.SUPPRESS)
     parser.add_argument("parts", nargs="*", metavar="PART", choices=[[], *PARTS])
