@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Converts the golden scenes, the example, the rooms and Blender's files, and checks what was written:
-# check-convert.sh MAPEXPORT WORK [SCENES]. WORK is a folder for the files, SCENES one of further
-# scenes. The validator is installed once, into build/. Without Node.js or a registry it ends with
-# 77, and with 1 where the environment variable CI is set.
+# check-convert.sh MAPEXPORT WORK. WORK is a folder for the files. The validator is installed once, into
+# build/. Without Node.js or a registry it ends with 77, and with 1 where the environment variable CI is
+# set.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -22,4 +22,4 @@ if ! cmp -s -- "$root/tests/convert/$lock" "$modules/installed-$lock"; then
       "npm ci can't get the validator: the converted files are not checked." "$modules/npm.log"
   cp -- "$modules/$lock" "$modules/installed-$lock"
 fi
-exec node "$root/tests/convert/check_convert.mjs" "$1" "$root" "$modules" "$2" ${3+"$3"}
+exec node "$root/tests/convert/check_convert.mjs" "$1" "$root" "$modules" "$2"

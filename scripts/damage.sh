@@ -1,24 +1,19 @@
 #!/usr/bin/env bash
-# Tries the program on damaged files: damage.sh [--full | --count N] [--seed N] [--only N] [PART...]
+# Tries the program on damaged files: damage.sh [--sanitizers] [--full | --count N] [--seed N] [--only N] [PART...]
 #
-#   scenes    damaged scene files of all main formats, and side files, exported; with --sanitizers
-#             by the sanitize build
+#   scenes    damaged scene files of all main formats, and side files, exported
 #   hostile   scenes made to do harm: to take memory, to lead to devices, to steer a terminal
-#   models    damaged model files in one process that reads, prints, converts and shows them, under
-#             sanitizers: cut at every byte, each number replaced, each bit flipped
-#   commands  damaged model files in inspect, convert and view, under sanitizers
-#   memory    what inspect takes for large model files, sound and damaged
-#   cxp       damaged material databases in an export
-#   settings  damaged settings files in an export: none may be lost
 #
-# All of them unless some are named: as often as a person can wait for, as often as the table of
-# scripts/robustness.sh wants (--full), or N times. A seed always gives the same files. Each finding is
-# printed with the command that repeats it and kept in build/damage; with any, this ends with 1.
+# Both unless one is named, by the release build or, with --sanitizers first, the sanitize build: as
+# often as a person can wait for, as often as the table of scripts/robustness.sh wants (--full), or N
+# times. A seed always gives the same files; --only repeats one. Findings are kept in build/damage; with
+# any, this ends with 1.
 # A finding is: a signal, no end, another exit status than is right, on failure anything but one
-# line on standard error (of inspect: one for each problem), an output that is left then or unsound,
-# bytes that steer a terminal, a report of a sanitizer in our code, too much memory. A crash of the
-# process that reads foreign formats is none in itself: it is what that process is for.
-# The counts become rows of build/robustness/damage.tsv, for the table of scripts/robustness.sh.
+# line on standard error, an output that is left then or unsound, bytes that steer a terminal, a
+# report of a sanitizer in our code. A crash of the process that reads foreign formats is none in
+# itself: it is what that process is for.
+# The counts of a run of all parts become rows of build/robustness/damage.tsv, for the table of
+# scripts/robustness.sh.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -33,10 +28,11 @@ case " $* " in
     exit 0
     ;;
 esac
-for preset in release sanitize; do
-  # A folder that was configured without the tests has no target for the driver of the models.
-  cmake --preset "$preset" -DMAPEXPORT_TESTS=ON >/dev/null
-  cmake --build --preset "$preset" --target mapexport DamageModels >/dev/null
-done
-exec python3 -B scripts/damage --release "$root/build/release/bin/mapexport" \
-  --sanitize "$root/build/sanitize/bin/mapexport" "$@"
+preset=release
+if [[ ${1-} == --sanitizers ]]; then
+  preset=sanitize
+  shift
+fi
+cmake --preset "$preset" >/dev/null
+cmake --build --preset "$preset" --target mapexport mapexport-plugin >/dev/null
+exec python3 -B tests/campaigns/damage.py --program "build/$preset/bin/mapexport" "$@"

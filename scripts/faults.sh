@@ -1,10 +1,9 @@
 #!/usr/bin/env bash
 # Shows that the program can be left alone: lets every single call of a small export fail (opening,
-# writing, syncing, renaming, allocating, ...), ends exports at every call and at random moments, takes
-# away disk, rights and memory, lets two exports meet, and takes over the process that reads a foreign scene,
-# which then attacks. After each run the exit status, standard error,
+# writing, syncing, renaming, allocating, ...), ends exports at every call, takes away disk and rights,
+# and takes over the process that reads a foreign scene, which then attacks. After each run the exit status, standard error,
 # outputs, settings and left-overs must be as promised. Ends with 1 on any finding and keeps what is needed
-# to repeat it. Takes some 20 minutes: faults.sh [--seed N] [--parts calls,surroundings,kills,memory,takeover]
+# to repeat it. Takes some 20 minutes: faults.sh [--seed N] [--parts calls,surroundings,kills,takeover]
 # [--kinds LIST] [--only WORD]. --quick tries some of it, as the test does.
 #
 # A whole run writes build/robustness/faults.tsv: what was tried, inputs, findings, how.
@@ -25,6 +24,6 @@ if [[ -z ${MAPEXPORT:-} ]]; then
   )
 fi
 [[ $# -gt 0 ]] || set -- --table "$root/build/robustness/faults.tsv"
-exec python3 -B "$root/scripts/faults" "${MAPEXPORT:-$root/build/release/bin/mapexport}" \
+exec python3 -B "$root/tests/campaigns/faults.py" "${MAPEXPORT:-$root/build/release/bin/mapexport}" \
   "${MAPEXPORT_FAILING_CALL:-$root/build/release/tests/failing-call.so}" \
   "${MAPEXPORT_TAKEN_OVER:-$root/build/release/tests/taken-over.so}" "$@"

@@ -18,6 +18,6 @@ cd build/screenshots
   --fresh --seed 1 --cxp "$root/examples/yard.cxp" --quiet
 "$mapexport" view yard.kob
 # A face of the hut is chosen, and the collision faces are shown.
-node "$root/tests/page/screenshot.mjs" "$root/build/release/page-test" yard.kob.html \
+node "$root/scripts/screenshot-page.mjs" "$root/build/release/page-test" yard.kob.html \
   "$root/docs/images/view.png" 1200 760 light "#face=600" f c
 echo "docs/images/view.png"

@@ -1,25 +1,13 @@
 // Tests of the System without pixels, with a dialog and a dialog procedure of their own.
-#include <array>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "console/ConsoleSystem.h"
 #include "settings/SettingsStore.h"
+#include "support/Testing.h"
 
 namespace mapexport {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 constexpr int kDialog = 7;
-constexpr int kCursor = 9;
 constexpr int kLeader = 10;    // a check box that checks kFollower
 constexpr int kFollower = 11;  // a check box that stays checked as long as kLeader is
 constexpr int kEdit = 20;
@@ -38,21 +26,6 @@ constexpr std::array kControls = {
     DialogControl{IDOK, ControlKind::kDefaultButton, "OK", 0, 0, 10, 10},
 };
 constexpr std::array kDialogs = {DialogTemplate{kDialog, "Title", 100, 100, kControls}};
-constexpr std::array kCursors = {CursorImage{kCursor, 0, 0, {}}};
-
-/// Remembers how the check boxes stood when a dialog ended.
-class RecordingSystem : public ConsoleSystem {
- public:
-  using ConsoleSystem::ConsoleSystem;
-
-  void EndDialog(HWND dialog, int result) override {
-    for (const int id : {kFollower, kLeader})
-      atEnd.emplace_back(id, IsDlgButtonChecked(dialog, id));
-    ConsoleSystem::EndDialog(dialog, result);
-  }
-
-  std::vector<std::pair<int, bool>> atEnd;
-};
 
 class ConsoleTest;
 ConsoleTest* running = nullptr;  // a dialog procedure is a plain function
@@ -65,7 +38,7 @@ class ConsoleTest : public testing::Test {
     running = this;
     options_.actions = std::move(actions);
     commands_.clear();
-    system_ = std::make_unique<RecordingSystem>(options_, settings_);
+    system_ = std::make_unique<ConsoleSystem>(options_, settings_);
     return system_->DialogBoxParam(module_, kDialog, nullptr, proc, 42);
   }
 
@@ -121,9 +94,9 @@ class ConsoleTest : public testing::Test {
   using Command = std::pair<int, unsigned>;
 
   SettingsStore settings_ = SettingsStore::InMemory();
-  HINSTANCE module_ = AttachModule({{}, kDialogs, kCursors});
+  HINSTANCE module_ = AttachModule({{}, kDialogs, {}});
   ConsoleSystem::Options options_;
-  std::unique_ptr<RecordingSystem> system_;
+  std::unique_ptr<ConsoleSystem> system_;
   HWND window_ = nullptr;
   int endAt_ = 0;  ///< the command that ends the dialog with 5; -1: not even OK ends it
   std::string picked_;
@@ -139,7 +112,6 @@ TEST_F(ConsoleTest, BoxesAreClickedOnlyWhenTheyDifferAsTheirTurnComes) {
             1);
   EXPECT_THAT(commands_, ElementsAre(Command{kFollower, BN_CLICKED}, Command{kLeader, BN_CLICKED},
                                      Command{kFollower, BN_CLICKED}, Command{IDOK, BN_CLICKED}));
-  EXPECT_THAT(system_->atEnd, ElementsAre(std::pair(kFollower, true), std::pair(kLeader, true)));
 }
 
 TEST_F(ConsoleTest, TypingSelectingAndBrowsingReachTheProcedure) {
@@ -156,38 +128,6 @@ TEST_F(ConsoleTest, TypingSelectingAndBrowsingReachTheProcedure) {
     EXPECT_THAT(atOk_, ElementsAre("0.5", "none")) << "what the procedure and the template set";
     EXPECT_EQ(rowAtOk_, 1);
     EXPECT_EQ(picked_, "unused");
-  }
-}
-
-TEST_F(ConsoleTest, TheProcedureEndsTheDialog) {
-  endAt_ = kLeader;
-  EXPECT_EQ(Show({SetCheck{kLeader, true}, SetCheck{kFollower, false}}), 5);
-  EXPECT_THAT(commands_, ElementsAre(Command{kLeader, BN_CLICKED}));
-  EXPECT_THAT(system_->atEnd, ElementsAre(std::pair(kFollower, true), std::pair(kLeader, true)));
-
-  const auto endAtOnce = [](HWND dialog, unsigned message, WPARAM, LPARAM) {
-    EXPECT_EQ(message, WM_INITDIALOG);
-    running->system_->EndDialog(dialog, 3);
-    running->system_->EndDialog(dialog, -4);
-    return false;
-  };
-  EXPECT_EQ(Show({SetCheck{kLeader, true}}, endAtOnce), -4);
-
-  endAt_ = -1;
-  EXPECT_EQ(Show({}), 0) << "a dialog that OK does not end is closed";
-  EXPECT_EQ(system_->DialogBoxParam(module_, kDialog + 1, nullptr, Procedure, 0), -1);
-  EXPECT_EQ(system_->DialogBoxParam(nullptr, kDialog, nullptr, Procedure, 0), -1);
-}
-
-TEST_F(ConsoleTest, ImpossibleActionsAreErrors) {
-  const std::vector<DialogAction> impossible = {
-      SetCheck{99, true},  SetCheck{kEdit, true}, SetCheck{-1, true},  TypeText{kFile, "x"},
-      SelectRow{kList, 3}, SelectRow{kList, -1},  SelectRow{kEdit, 0}, PickFile{kList, "x"},
-  };
-  for (const DialogAction& action : impossible) {
-    EXPECT_THROW(Show({action}), std::logic_error);
-    EXPECT_THAT(commands_, IsEmpty());
-    EXPECT_EQ(Text(window_, kEdit), "") << "the dialog is closed";
   }
 }
 
@@ -219,27 +159,6 @@ TEST_F(ConsoleTest, WindowsAndControlsThatAreNotThereAreSafe) {
     return true;
   };
   EXPECT_EQ(system_->DialogBoxParam(module_, kDialog, window_, useOthers, 0), 2);
-}
-
-TEST_F(ConsoleTest, WhatIsToldAndWhichCursorsThereAre) {
-  std::vector<std::string> told;
-  options_.onMessageBox = [&told](const std::string& title, const std::string& text) {
-    told.push_back(title + ": " + text);
-  };
-  options_.onDebugOutput = [&told](const std::string& text) { told.push_back(text); };
-  ConsoleSystem silent({}, settings_);
-  ConsoleSystem telling(options_, settings_);
-  for (ConsoleSystem* system : {&silent, &telling}) {
-    system->MessageBox(nullptr, "done\n", "Title");
-    system->MessageBox(nullptr, nullptr, nullptr);
-    system->OutputDebugStringA("line\n");
-  }
-  EXPECT_THAT(told, ElementsAre("Title: done\n", ": ", "line\n"));
-
-  EXPECT_NE(silent.LoadCursor(module_, kCursor), nullptr);
-  EXPECT_NE(silent.LoadCursor(nullptr, IDC_WAIT), silent.LoadCursor(module_, kCursor));
-  EXPECT_EQ(silent.LoadCursor(module_, kCursor + 1), nullptr);
-  EXPECT_EQ(silent.LoadCursor(nullptr, kCursor), nullptr);
 }
 
 }  // namespace

@@ -1,19 +1,11 @@
 // The CXP database: what its entries mean, where reading stops, and files that can't be read.
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "exporter/base/ProcessState.h"
 #include "exporter/materials/LoadCxp.h"
 #include "support/TestSystem.h"
+#include "support/Testing.h"
 
 namespace mapexport {
 namespace {
@@ -90,29 +82,9 @@ TEST(Cxp, KeepsWhatWasReadBeforeACut) {
   }
 }
 
-TEST(Cxp, SurvivesNoise) {
-  std::mt19937 random(7);
-  const std::string words[] = {"material ", "alphablend\n", "colorkey ", "end ", "mipmap 1 3 ",
-                               "\"",        "/*",           "*/",        "//"};
-  std::string text;
-  while (text.size() < 1'000'000) {
-    if (random() % 8 == 0) text += words[random() % std::size(words)];
-    text += static_cast<char>(random() % 256);
-  }
-  for (const std::string& name : NamesOf(text)) {
-    EXPECT_EQ(name.find('\\'), std::string::npos);
-    EXPECT_TRUE(
-        std::none_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; }));
-  }
-}
-
 class LoadCxpTest : public testing::Test {
  protected:
-  void SetUp() override {
-    std::filesystem::create_directories(folder_);
-    State().transparentTextures.Clear();
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
+  void SetUp() override { State().transparentTextures.Clear(); }
 
   void Load(const std::string& path) {
     State().options.cxpFilename = path.c_str();
@@ -120,17 +92,9 @@ class LoadCxpTest : public testing::Test {
   }
 
   TestSystem system_;
-  const std::string folder_ = testing::TempDir() + "LoadCxpTest-" + std::to_string(getpid());
+  const TempFolder temporary_;
+  const std::string folder_ = temporary_.Path();
 };
-
-TEST_F(LoadCxpTest, AppendsTheNamesOfTheFile) {
-  const std::string path = folder_ + "/yard.cxp";
-  std::ofstream(path, std::ios::binary) << "material Glass.bmp\r\nalphablend\r\nend\r\n";
-  State().transparentTextures.Append("before");
-  Load(path);
-  EXPECT_EQ(Listed(State().transparentTextures), (Names{"before", "glass"}));
-  EXPECT_EQ(system_.debugOutput, "");
-}
 
 TEST_F(LoadCxpTest, TellsTheLogOfAFileThatCannotBeRead) {
   ASSERT_EQ(mkfifo((folder_ + "/pipe").c_str(), 0600), 0);

@@ -1,24 +1,14 @@
 // The rules of --depfile as GNU make and ninja read them.
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include <fmt/format.h>
-#include <gmock/gmock.h>
-#include <unistd.h>
 
 #include "output/DepFile.h"
+#include "support/Testing.h"
 #include "system/RunError.h"
 
 namespace mapexport {
 namespace {
-
-namespace fs = std::filesystem;
 
 /// The rule, nothing when it is refused.
 std::optional<std::string> RuleOf(const std::string& output,
@@ -33,15 +23,8 @@ std::optional<std::string> RuleOf(const std::string& output,
 
 class DepFileTest : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string folder = (fs::temp_directory_path() / "mapexport-depfile-XXXXXX").string();
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    folder_ = folder;
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
   void Write(const std::string& file, const std::string& text) {
-    std::ofstream(folder_ / file, std::ios::binary) << text;
+    mapexport::Write(folder_ / file, text);
   }
   void Age(const std::string& file, int hours) {
     fs::last_write_time(folder_ / file, now_ - std::chrono::hours(hours));
@@ -50,10 +33,7 @@ class DepFileTest : public testing::Test {
     const std::string line = fmt::format("cd '{}' && {} >log 2>&1", folder_.string(), command);
     return std::system(line.c_str()) == 0;
   }
-  std::string Log() {
-    std::ifstream log(folder_ / "log");
-    return {std::istreambuf_iterator<char>(log), {}};
-  }
+  std::string Log() { return Content(folder_ / "log"); }
   /// Whether make and ninja take the output for older than its files. They must be of one mind.
   bool IsOld() {
     const bool byMake = !Runs("xargs -0a goal make -qf makefile --");
@@ -94,7 +74,8 @@ class DepFileTest : public testing::Test {
     for (const std::string& file : files) fs::remove(folder_ / file);
   }
 
-  fs::path folder_;
+  const TempFolder temporary_;
+  const fs::path folder_ = temporary_.Path();
   const fs::file_time_type now_ = fs::file_time_type::clock::now();
 };
 
@@ -117,20 +98,11 @@ TEST_F(DepFileTest, MakeAndNinjaReadBackWhatIsNotRefused) {
     if (!files.empty()) ExpectReadBack(RuleOf("o.map", files).value(), "o.map", files);
   }
   // Names that mean something as a whole, or together with others.
-  for (const std::vector<std::string>& files :
-       std::vector<std::vector<std::string>>{{"m(1)"},
-                                             {"a(b", "c", "d)"},
-                                             {"define", "x"},
-                                             {"export", "undefine", "x"},
-                                             {"a", "=b"},
-                                             {"a", ":=b"},
-                                             {"~root"},
-                                             {"./~root"},
-                                             {".WAIT", "a"},
-                                             {"private", "x"},
-                                             {"-lm"},
-                                             {"include", "a"},
-                                             {"(a).x", "b(c).y"}}) {
+  for (const char* const names :
+       {"m(1)", "a(b c d)", "define x", "export undefine x", "a =b", "a :=b", "~root", "./~root",
+        ".WAIT a", "private x", "-lm", "include a", "(a).x b(c).y"}) {
+    std::istringstream words(names);
+    const std::vector<std::string> files(std::istream_iterator<std::string>(words), {});
     if (const auto rule = RuleOf("o.map", files)) ExpectReadBack(*rule, "o.map", files);
   }
   for (const std::string output : {"lib(x)", "lib(x).map", "export", "define x", ".PHONY", ".c.o",

@@ -1,12 +1,9 @@
 // Tests of include/mapexport/ModelReader.h as an engine uses it.
-#include <algorithm>
-#include <iterator>
-#include <vector>
 
-#include <gmock/gmock.h>
 #include <mapexport/ModelReader.h>
 
 #include "support/ModelFiles.h"
+#include "support/Testing.h"
 
 namespace mapexport::reader {
 namespace {

@@ -1,14 +1,5 @@
 // The fast forms of the geometry operations against their literal definitions.
 
-#include <array>
-#include <bit>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <sstream>
-
-#include <gtest/gtest.h>
-
 #include "exporter/base/ProcessState.h"
 #include "exporter/geometry/CollisionLists.h"
 #include "exporter/geometry/ConvertCoordinates.h"
@@ -21,6 +12,7 @@
 #include "exporter/plugin/ExportModel.h"
 #include "reference/LiteralGeometry.h"
 #include "support/TestSystem.h"
+#include "support/Testing.h"
 
 namespace mapexport {
 namespace {
@@ -106,14 +98,6 @@ TEST(AddAttribute, EqualsTheScanFromTheFirstAttribute) {
   }
 }
 
-TEST(AddAttribute, NeverStoresAnAlpha) {
-  GeometryGroup group;
-  VertexAttribute x;
-  x.colour.a = 0.25f;
-  AddAttribute(group, x);
-  EXPECT_EQ(group.attributes[0].colour.a, 1.0f);
-}
-
 TEST(AddAttribute, SeesAttributesThatWereTakenAway) {
   GeometryGroup group;
   for (const float x : {0.0f, 1.0f, 2.0f}) {
@@ -131,26 +115,6 @@ TEST(AddAttribute, SeesAttributesThatWereTakenAway) {
   released.attributes.Shrink(1);
   released.attributeIndex.Update(released.attributes);
   EXPECT_FALSE(released.attributeIndex.AllDistinct(3));
-}
-
-TEST(RemoveFace, RenumbersTheSetsAndKeepsTheScratchOfThePlace) {
-  GeometryGroup group;
-  group.surfaceSets.resize(2);
-  for (const std::uint32_t f : {1u, 3u, 5u}) group.surfaceSets[0].faces.Append(f);
-  for (const std::uint32_t f : {4u, 6u}) group.surfaceSets[1].faces.Append(f);
-  for (std::uint32_t f = 0; f < 7; ++f) {
-    group.faces.At(f).v = {f, f, f};
-    group.faces[f].batchIndex = static_cast<std::int32_t>(f);
-  }
-  RemoveFace(group, 3);
-  const auto& sets = group.surfaceSets;
-  EXPECT_EQ(std::vector(sets[0].faces.begin(), sets[0].faces.end()),
-            (std::vector<std::uint32_t>{1, 4}));
-  EXPECT_EQ(std::vector(sets[1].faces.begin(), sets[1].faces.end()),
-            (std::vector<std::uint32_t>{3, 5}));
-  ASSERT_EQ(group.faces.size(), 6u);
-  EXPECT_EQ(group.faces[3].v[0], 4u);
-  EXPECT_EQ(group.faces[3].batchIndex, 3);
 }
 
 TEST(SmoothedNormals, EqualTheScanOfAllFaces) {
@@ -414,30 +378,6 @@ TEST(BinaryWriter, KeepsTheLowBitsAndPatchesWhatIsOut) {
     }
   }
   EXPECT_TRUE(bytes.ends_with(entries)) << "a list across the buffer's borders";
-}
-
-TEST(GroupList, FindsGroupsByExactNameAndIndex) {
-  GroupList list;
-  for (const char* name : {"a", "A", "a"}) {
-    list.Append(std::make_unique<GeometryGroup>());
-    list.At(list.Count() - 1)->name = name;
-  }
-  EXPECT_EQ(list.Find("A"), list.At(1));
-  EXPECT_EQ(list.Find("a"), list.At(0));
-  EXPECT_EQ(list.Find("b"), nullptr);
-  EXPECT_EQ(list.At(3), nullptr);
-}
-
-TEST(CStr, ClampsPositionsAndLowersAsciiOnly) {
-  CStr text = "Wall\xC3\x84.BMP";
-  text.toLower();
-  EXPECT_EQ(text, "wall\xC3\x84.bmp");
-  EXPECT_EQ(text.first('l'), 2);
-  EXPECT_EQ(text.first('x'), -1);
-  EXPECT_EQ(text.Substr(7, 99), "bmp");
-  EXPECT_EQ(text.Substr(99, 1), "");
-  text.remove(4);
-  EXPECT_EQ(text, "wall");
 }
 
 TEST(RandomGenerator, FollowsItsDefinition) {

@@ -2,20 +2,10 @@
 // result must equal the file that stands beside the scene. scripts/renew-golden.sh writes these
 // files anew.
 
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 namespace mapexport {
 namespace {
-
-namespace fs = std::filesystem;
 
 const fs::path kGolden = fs::path(MAPEXPORT_SOURCE_DIR) / "tests" / "golden";
 
@@ -29,32 +19,18 @@ std::vector<std::string> SceneNames() {
   return names;
 }
 
-std::string FileText(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
-TEST(GoldenFolder, HoldsScenes) {
-  EXPECT_FALSE(SceneNames().empty());
-}
-
 class GoldenTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(GoldenTest, InspectSaysWhatItSaidBefore) {
-  const fs::path folder =
-      fs::path(testing::TempDir()) / ("golden-" + std::to_string(getpid()) + "-" + GetParam());
-  fs::create_directories(folder);
-  const std::string command = "'" +
-                              (fs::path(MAPEXPORT_SOURCE_DIR) / "scripts/golden-one.sh").string() +
-                              "' '" MAPEXPORT_BIN_DIR "/mapexport' '" + GetParam() + "' '" +
-                              folder.string() + "' > '" + (folder / "json").string() + "'";
+  const TempFolder folder;
+  const std::string command = "'" MAPEXPORT_SOURCE_DIR "/scripts/golden-one.sh' '" MAPEXPORT_BIN_DIR
+                              "/mapexport' '" +
+                              GetParam() + "' '" + folder.Path().string() + "' > '" +
+                              (folder.Path() / "json").string() + "'";
   EXPECT_EQ(std::system(command.c_str()), 0);
-  const std::string expected = FileText(kGolden / (GetParam() + ".expected.json"));
+  const std::string expected = Content(kGolden / (GetParam() + ".expected.json"));
   EXPECT_FALSE(expected.empty());
-  EXPECT_EQ(FileText(folder / "json"), expected);
-  fs::remove_all(folder);
+  EXPECT_EQ(Content(folder.Path() / "json"), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenes, GoldenTest, testing::ValuesIn(SceneNames()),

@@ -1,13 +1,9 @@
 // Material records: what they take from the host's materials, and how they are found again.
-#include <array>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
 
 #include "exporter/base/ProcessState.h"
 #include "exporter/materials/MaterialsList.h"
 #include "support/TestSystem.h"
+#include "support/Testing.h"
 
 namespace mapexport {
 namespace {
@@ -168,16 +164,6 @@ TEST_F(MaterialsTest, EqualNamesShareTheFirstRecord) {
   EXPECT_EQ(Add(second), 0);
   EXPECT_TRUE(textured_);
   EXPECT_EQ(Add(other), 1);
-
-  // Records made by extending the list are found by their names too.
-  list_[3].name = "Late";
-  FakeMaterial unnamed("NONE");
-  FakeMaterial late("Late");
-  EXPECT_EQ(Add(unnamed), 2);
-  EXPECT_EQ(Add(late), 3);
-  EXPECT_EQ(list_.Count(), 4u);
-  FakeMaterial fifth("Fifth");
-  EXPECT_EQ(Add(fifth), 4);
 }
 
 TEST_F(MaterialsTest, SubMaterialsFillTheMapButForMissingOnes) {

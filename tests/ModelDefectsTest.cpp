@@ -1,27 +1,16 @@
 // Tests of what the model-file reader finds wrong, and where.
-#include <limits>
 #include <regex>
-#include <string>
-#include <tuple>
-#include <utility>
 #include <variant>
-#include <vector>
-
-#include <gmock/gmock.h>
 
 #include "modelreader/OverlongLists.h"
 #include "modelreader/ReadModelFile.h"
 #include "support/ModelFiles.h"
+#include "support/Testing.h"
 
 namespace mapexport {
 namespace {
 
-using ::testing::AllOf;
-using ::testing::ElementsAre;
-using ::testing::Field;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
+using testing::Field;
 using enum ModelFault;
 using enum reader::Fault;
 

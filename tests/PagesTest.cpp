@@ -1,21 +1,11 @@
 // The manual page and the completion against --help; docs/report.md against the list of codes.
-#include <algorithm>
-#include <array>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
-#include <memory>
 #include <regex>
-#include <set>
-#include <string>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "app/Commands.h"
 #include "cli/Help.h"
 #include "cli/Pages.h"
+#include "support/Testing.h"
 #include "system/RemarkCode.h"
 
 namespace mapexport {
@@ -40,19 +30,6 @@ Words OptionsIn(std::string text, const std::string& lineStart) {
   return options;
 }
 
-/// A file with that content. Its name is this process's own: tests run beside each other.
-struct TempFile {
-  TempFile(const std::string& name, const std::string& content)
-      : path(testing::TempDir() + std::to_string(getpid()) + name) {
-    std::ofstream(path) << content;
-  }
-  ~TempFile() { std::remove(path.c_str()); }
-  TempFile(const TempFile&) = delete;
-  TempFile& operator=(const TempFile&) = delete;
-
-  const std::string path;
-};
-
 std::string Output(const std::string& command) {
   const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
   std::string text;
@@ -65,9 +42,11 @@ std::string Output(const std::string& command) {
 
 /// What bash offers behind these words, the last of which is being typed.
 Words Completions(const std::string& words) {
-  const TempFile script("mapexport.bash", BashCompletion(Commands()));
+  const TempFolder folder;
+  const std::string script = folder.Path() / "mapexport.bash";
+  Write(script, BashCompletion(Commands()));
   const std::string text =
-      Output("bash -c '. " + script.path + " && COMP_WORDS=(" + words +
+      Output("bash -c '. " + script + " && COMP_WORDS=(" + words +
              ") COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _mapexport; printf \"%s\\n\" "
              "\"${COMPREPLY[@]}\"' 2>&1");
   Words offered;
@@ -118,8 +97,7 @@ Words QuotedIn(const std::string& text, const std::string& line) {
 }
 
 TEST(Pages, ReportDocTellsOfEveryCode) {
-  std::ifstream file(MAPEXPORT_SOURCE_DIR "/docs/report.md");
-  std::string text{std::istreambuf_iterator<char>(file), {}};
+  std::string text = Content(MAPEXPORT_SOURCE_DIR "/docs/report.md");
   text.erase(0, text.find("## Warnings and notes"));
   Words told = QuotedIn(text, "\n\\| (`[^|]*)");
   for (const std::string& member : QuotedIn(text, "(The members of `leftOut`:[^.]*)\\.")) {
@@ -129,8 +107,10 @@ TEST(Pages, ReportDocTellsOfEveryCode) {
 }
 
 TEST(Pages, ManPageIsSoundTroff) {
-  const TempFile file("mapexport.1", ManPage(Commands()));
-  EXPECT_EQ(Output("groff -man -Tutf8 -ww -z " + file.path + " 2>&1"), "");
+  const TempFolder folder;
+  const std::string page = folder.Path() / "mapexport.1";
+  Write(page, ManPage(Commands()));
+  EXPECT_EQ(Output("groff -man -Tutf8 -ww -z " + page + " 2>&1"), "");
 }
 
 }  // namespace

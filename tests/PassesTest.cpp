@@ -1,14 +1,5 @@
 // The clean-up passes: bit for bit what their definitions do, on random groups that crowd the
 // limits.
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "exporter/base/ProcessState.h"
 #include "exporter/geometry/CleanVertexAttributes.h"
@@ -22,6 +13,7 @@
 #include "reference/LiteralWeldVertices.h"
 #include "support/GroupBits.h"
 #include "support/TestSystem.h"
+#include "support/Testing.h"
 
 namespace mapexport {
 namespace {
@@ -139,35 +131,6 @@ TEST(WeldVertices, EqualsTheComparisonOfAllPairs) {
   }
 }
 
-TEST(WeldVertices, FollowsChainsInIndexOrder) {
-  struct Case {
-    const char* what;
-    std::vector<float> xs;
-    float distance;
-    std::vector<std::uint32_t> expected;  // new index per vertex
-  };
-  const std::vector<Case> cases{
-      {"a chain collapses", {0.0f, 0.15f, 0.3f}, 0.2f, {0, 0, 0}},
-      {"the later neighbour wins", {0.0f, 0.3f, 0.15f}, 0.2f, {0, 1, 1}},
-      {"exactly the distance apart", {0.0f, 0.25f}, 0.25f, {0, 1}},
-      {"a negative distance", {0.0f, 0.15f, 0.5f}, -0.2f, {0, 0, 1}},
-      {"distance 0", {1.0f, 1.0f}, 0.0f, {0, 1}},
-  };
-  for (const Case& c : cases) {
-    GeometryGroup group;
-    for (const float x : c.xs) group.vertices.Append({x, 0.0f, 0.0f});
-    // Two far vertices make a face of each that is no sliver.
-    const auto far = static_cast<std::uint32_t>(group.vertices.size());
-    group.vertices.Append({0.0f, 50.0f, 0.0f});
-    group.vertices.Append({0.0f, 0.0f, 50.0f});
-    for (std::uint32_t i = 0; i < far; ++i) group.faces.At(i).v = {i, far, far + 1};
-    WeldVertices(group, c.distance);
-    std::vector<std::uint32_t> seen;
-    for (const GroupFace& face : group.faces) seen.push_back(face.v[0]);
-    EXPECT_EQ(seen, c.expected) << c.what;
-  }
-}
-
 TEST(IsSliver, MeasuresTheThirdCornerFromTheLineThroughTheOthers) {
   const Point3 a{0, 0, 0};
   const Point3 b{10, 0, 0};
@@ -181,6 +144,26 @@ TEST(IsSliver, MeasuresTheThirdCornerFromTheLineThroughTheOthers) {
   EXPECT_TRUE(IsSliver(a, {0.0002f, 0, 0}, {5, 0, 0})) << "a line already";
   EXPECT_FALSE(IsSliver(a, {kInf, 0, 0}, a)) << "what is no number is no sliver";
   EXPECT_FALSE(IsSliver(a, a, {0.1f, 0.3f, 0})) << "exactly the distance";
+}
+
+TEST(RemoveFace, RenumbersTheSetsAndKeepsTheScratchOfThePlace) {
+  GeometryGroup group;
+  group.surfaceSets.resize(2);
+  for (const std::uint32_t f : {1u, 3u, 5u}) group.surfaceSets[0].faces.Append(f);
+  for (const std::uint32_t f : {4u, 6u}) group.surfaceSets[1].faces.Append(f);
+  for (std::uint32_t f = 0; f < 7; ++f) {
+    group.faces.At(f).v = {f, f, f};
+    group.faces[f].batchIndex = static_cast<std::int32_t>(f);
+  }
+  RemoveFace(group, 3);
+  const auto& sets = group.surfaceSets;
+  EXPECT_EQ(std::vector(sets[0].faces.begin(), sets[0].faces.end()),
+            (std::vector<std::uint32_t>{1, 4}));
+  EXPECT_EQ(std::vector(sets[1].faces.begin(), sets[1].faces.end()),
+            (std::vector<std::uint32_t>{3, 5}));
+  ASSERT_EQ(group.faces.size(), 6u);
+  EXPECT_EQ(group.faces[3].v[0], 4u);
+  EXPECT_EQ(group.faces[3].batchIndex, 3);
 }
 
 TEST(RemoveFaces, EqualsRemovingOneByOne) {
@@ -290,25 +273,6 @@ TEST(CleanVertexAttributes, EqualsTheVisitOfAllBuckets) {
     const auto first = std::ranges::find_if(fast.attributes, matches) - fast.attributes.begin();
     ASSERT_EQ(AddAttribute(fast, next), first) << "seed " << seed;
   }
-}
-
-TEST(CleanVertexAttributes, MergesOnlyWhatMeetsAtOneVertex) {
-  GeometryGroup group;
-  for (const float x : {0.0f, 1.0f, 0.0f}) group.vertices.Append({x, 0.0f, 0.0f});
-  for (const float red : {1.0f, 2.0f, 3.0f, 4.0f}) {
-    group.attributes.At(group.attributes.size()).colour.r = red;
-  }
-  group.attributes[3].uvw.x = 0.5f;
-  group.faces.At(0).v = {0, 1, 1};
-  group.faces.At(0).a = {1, 3, 3};
-  group.faces.At(1).v = {0, 2, 1};  // vertex 2 lies where vertex 0 lies
-  group.faces.At(1).a = {0, 2, 3};
-  CleanVertexAttributes(group, {});
-  ASSERT_EQ(group.attributes.size(), 3u);
-  EXPECT_EQ(group.attributes[0].colour.r, 1.0f) << "of the lower index";
-  EXPECT_EQ(group.attributes[1].colour.r, 3.0f);
-  EXPECT_EQ(group.faces[0].a, (std::array<std::uint32_t, 3>{0, 2, 2}));
-  EXPECT_EQ(group.faces[1].a, (std::array<std::uint32_t, 3>{0, 1, 2}));
 }
 
 }  // namespace

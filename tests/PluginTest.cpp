@@ -1,92 +1,25 @@
-// The plug-in as its host meets it: entry points, options and dialog, the export run, log and
-// failures.
+// The plug-in as its host meets it: entry points, options and dialog.
 
-#include <bit>
-#include <cmath>
-#include <cstdint>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <limits>
-#include <locale>
-#include <sstream>
-#include <stdexcept>
+#include <regex>
 
 #include <dlfcn.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "exporter/base/NumberText.h"
-#include "exporter/base/PathString.h"
-#include "exporter/base/ProcessState.h"
-#include "exporter/base/StopWatch.h"
 #include "exporter/geometry/FaceFlags.h"
-#include "exporter/geometry/GatherMesh.h"
 #include "exporter/plugin/BrowseForFile.h"
 #include "exporter/plugin/EntryPoints.h"
-#include "exporter/plugin/LibraryEntry.h"
-#include "exporter/plugin/MapExporter.h"
 #include "exporter/plugin/OptionsDialog.h"
 #include "exporter/plugin/OptionsStore.h"
 #include "exporter/plugin/ResourceIds.h"
-#include "exporter/plugin/Resources.h"
 #include "exporter/plugin/RunExport.h"
 #include "scene/HostScene.h"
-#include "support/FailingAllocations.h"
-#include "support/TestSystem.h"
+#include "support/LoadedPlugin.h"
 #include "system/FaceKeywords.h"
 
 namespace mapexport {
 namespace {
-
-namespace fs = std::filesystem;
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::StartsWith;
-
-constexpr const char* kKey = R"(Software\Corvantis\Talvern\Exporter)";
-
-std::string FileText(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
-TestSystem::Value Text(const std::string& text) {
-  return {RegistryType::kText, text + '\0'};
-}
-
-/// Everything starts from a freshly loaded library, in an empty folder.
-class PluginTest : public testing::Test {
- protected:
-  PluginTest() {
-    State().options = ExportOptions();
-    folder_ = fs::path(testing::TempDir()) /
-              ("plugin-" + std::to_string(getpid()) + "-" +
-               testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::create_directories(folder_);
-    fs::current_path(folder_);
-    LibraryEntry(AttachModule(kResources));
-  }
-  ~PluginTest() override {
-    DetachModule(State().module);
-    fs::current_path("/");
-    fs::remove_all(folder_);
-  }
-
-  void Store(const char* name, TestSystem::Value value) {
-    system_.registry[{kKey, name}] = std::move(value);
-  }
-  std::string Stored(const char* name) { return system_.registry[{kKey, name}].bytes; }
-
-  TestSystem system_;
-  MapExporter exporter_;
-  fs::path folder_;
-};
 
 TEST_F(PluginTest, TellsTheHostWhatItIs) {
   const int inits = system_.customControlsInits;
@@ -101,28 +34,22 @@ TEST_F(PluginTest, TellsTheHostWhatItIs) {
   EXPECT_EQ(descriptor.SuperClassID(), 0xA20u);
   EXPECT_EQ(descriptor.ClassID(), (Class_ID{0x12B50709, 0x1DC2636B}));
   EXPECT_EQ(descriptor.IsPublic(), 1);
-  EXPECT_EQ(descriptor.BeginCreate(nullptr) + descriptor.EndCreate(nullptr), 0);
-  EXPECT_STREQ(descriptor.ClassName(), "OsprinMapExport");
-  EXPECT_STREQ(descriptor.Category(), "Map Export");
   EXPECT_TRUE(descriptor.OkToCreate(nullptr));
   EXPECT_FALSE(descriptor.HasClassParams());
-  EXPECT_EQ(descriptor.Reserved13() | descriptor.Reserved14(1) | descriptor.Reserved15(1), 0);
+  EXPECT_STREQ(descriptor.ClassName(), "OsprinMapExport");
+  EXPECT_STREQ(descriptor.Category(), "Map Export");
   const std::unique_ptr<SceneExport> created(static_cast<SceneExport*>(descriptor.Create(false)));
-  ASSERT_NE(created, nullptr);
   EXPECT_EQ(created->ExtCount(), 2);
   EXPECT_EQ(created->Version(), 100u);
   EXPECT_STREQ(created->AuthorName(), "Osprin tools group");
   EXPECT_STREQ(created->CopyrightMessage(), "All rights reserved by their owners.");
-  EXPECT_STREQ(created->OtherMessage1(), "");
-  EXPECT_STREQ(created->OtherMessage2(), "");
   const char* longDesc = exporter_.LongDesc();
   EXPECT_STREQ(longDesc, "Osprin MAX Map Export File");
   exporter_.ShortDesc();
   EXPECT_STREQ(longDesc, "Osprin Map Export File") << "one buffer for all texts";
-  EXPECT_STREQ(exporter_.Ext(0), "qob");
-  EXPECT_STREQ(exporter_.Ext(1), "kob");
-  EXPECT_STREQ(exporter_.Ext(2), "");
-  EXPECT_STREQ(exporter_.Ext(-1), "");
+  for (const auto& [index, extension] : {std::pair(0, "qob"), {1, "kob"}, {2, ""}, {-1, ""}}) {
+    EXPECT_STREQ(exporter_.Ext(index), extension);
+  }
   EXPECT_EQ(GetResourceString(1), nullptr);
 }
 
@@ -143,12 +70,10 @@ TEST(PluginLibrary, ShowsNothingButItsFourFunctions) {
 
 TEST_F(PluginTest, ALibraryThatCannotBeSetUpIsLoadedAndHasNoClass) {
   const int inits = system_.customControlsInits;
-  for (const char* const failing : {"memory", "GetTickCount", "InitCustomControls"}) {
+  for (const char* const failing : {"GetTickCount", "InitCustomControls"}) {
     SCOPED_TRACE(failing);
     system_.throwing = {failing};
-    failing_allocations::left = std::string_view(failing) == "memory" ? 0 : -1;
     void* const library = dlopen(MAPEXPORT_BIN_DIR "/mapexport-plugin.so", RTLD_NOW | RTLD_LOCAL);
-    failing_allocations::left = -1;
     ASSERT_NE(library, nullptr) << dlerror();
     EXPECT_EQ(reinterpret_cast<int (*)()>(dlsym(library, "LibNumberClasses"))(), 0);
     EXPECT_EQ(reinterpret_cast<const char* (*)()>(dlsym(library, "LibDescription"))(), nullptr);
@@ -264,20 +189,6 @@ TEST_F(PluginTest, WhatIsNoFiniteNumberIsReadBackAsItWasWritten) {
   }
 }
 
-TEST_F(PluginTest, TheControlsOfTheDialogNeitherOverlapNorLeaveIt) {
-  const DialogTemplate* dialog = FindDialog(State().module, 102);
-  ASSERT_NE(dialog, nullptr);
-  EXPECT_STREQ(dialog->title, "MAP Export Options");
-  for (const DialogControl& a : dialog->controls) {
-    EXPECT_TRUE(a.x + a.width <= dialog->width && a.y + a.height <= dialog->height) << a.id;
-    for (const DialogControl& b : dialog->controls) {
-      const bool apart = a.x + a.width <= b.x || b.x + b.width <= a.x || a.y + a.height <= b.y ||
-                         b.y + b.height <= a.y;
-      EXPECT_TRUE(&a == &b || apart) << a.id << " and " << b.id;
-    }
-  }
-}
-
 /// Shows the dialog through a run that ends with it.
 class DialogTest : public PluginTest {
  protected:
@@ -382,6 +293,28 @@ TEST(FaceFlags, AreTheKeywordsThatTheProgramKnows) {
   }
 }
 
+TEST(FaceFlags, AreThoseOfTheWordsBetweenTabsAndLineEnds) {
+  std::mt19937 random(5);
+  const std::array<std::string, 6> others{"\t", "\r", "\n", "\r\n", " ", "3d"};
+  for (int round = 0; round < 2000; ++round) {
+    Scene scene;
+    std::string& text = scene.root.userProperties;
+    for (auto count = random() % 12; count > 0; --count) {
+      const std::size_t piece = random() % (others.size() + kFaceKeywords.size());
+      text += piece < others.size() ? others[piece] : kFaceKeywords[piece - others.size()];
+    }
+    std::uint32_t expected = 0;
+    std::istringstream lines(std::regex_replace(text, std::regex("[\t\r]"), "\n"));
+    for (std::string word; std::getline(lines, word);) {
+      for (const FaceFlagKeyword& flag : kFaceFlagKeywords) {
+        if (word == flag.keyword) expected |= flag.bit;
+      }
+    }
+    const HostScene host(scene);
+    ASSERT_EQ(FaceFlagsOf(host.GetRootNode()), expected) << testing::PrintToString(text);
+  }
+}
+
 TEST(BrowseForFile, BuildsTheFilterFromTheExtensions) {
   FilterSystem system;
   const char* const extensions[] = {"cxp", "txt"};
@@ -390,233 +323,6 @@ TEST(BrowseForFile, BuildsTheFilterFromTheExtensions) {
   EXPECT_EQ(system.maxFile, 255u);
   system.pickedFile = "x.cxp";
   EXPECT_EQ(BrowseForFile(nullptr, extensions, nullptr)->View(), "x.cxp");
-}
-
-TEST(PathString, CutsTheExtensionAtTheLastDotOfTheWholePath) {
-  const auto extension = [](const char* path) {
-    return std::string(PathString(path).Extension().Text());
-  };
-  EXPECT_EQ(extension("level"), "");
-  EXPECT_EQ(extension("level."), "");
-  EXPECT_EQ(extension("C:\\maps.v2\\level"), "v2\\level");
-  EXPECT_EQ(extension("a.b.QOB"), "QOB");
-}
-
-/// Runs whole exports of a scene.
-class ExportTest : public PluginTest {
- protected:
-  void Export(const char* name) {
-    HostScene host(scene_);
-    EXPECT_EQ(exporter_.DoExport(name, nullptr, &host, true), 1);
-    EXPECT_EQ(State().currentScene, nullptr);
-  }
-  std::vector<std::string> BoxTitles() const {
-    std::vector<std::string> titles;
-    for (const auto& box : system_.messageBoxes) titles.push_back(box.title);
-    return titles;
-  }
-
-  Scene scene_;
-};
-
-TEST_F(ExportTest, ShowsLogsAndSavesInOrder) {
-  scene_.root.name = "Level";
-  Export("level");
-  EXPECT_THAT(BoxTitles(), ElementsAre("Results", "Text Scene Export"));
-  EXPECT_EQ(system_.messageBoxes[0].text,
-            "0 faces, 0 vertices, 0 attributes -> 0 faces, 0 vertices, 0 attributes\n"
-            "(Change = 0 faces, 0 vertices, 0 attributes)");
-  EXPECT_EQ(system_.messageBoxes[1].text, "Scene exported successfully.\n");
-  EXPECT_EQ(FileText("ExportDebug.txt"),
-            "Could not load CXP file \n"
-            "\t\tWeldVertices() took 0 msec.\n"
-            "\t\tCleanVertexAttributes() took 0 msec.\n"
-            "\t\tPostProcessing() took 0 msec.\n"
-            "\t\tTotal PostProcessing() took 0 msec.\n");
-  EXPECT_THAT(system_.cursors,
-              ElementsAre(system_.LoadCursor(nullptr, 104), system_.LoadCursor(nullptr, 109),
-                          system_.LoadCursor(nullptr, IDC_WAIT)));
-  EXPECT_EQ(system_.registry.size(), 12u);
-  EXPECT_THAT(FileText("level.map"), StartsWith(std::string("\x0b\0\0\0BeginModel\0", 15)));
-}
-
-TEST_F(ExportTest, WithoutWeldingThereIsNeitherBoxNorLine) {
-  State().options.weldVertices = false;
-  State().options.cleanVertexAttributes = false;
-  Export("level.kob");
-  EXPECT_THAT(BoxTitles(), ElementsAre("Text Scene Export"));
-  EXPECT_THAT(FileText("ExportDebug.txt"), testing::Not(HasSubstr("Vert")));
-}
-
-TEST_F(ExportTest, TheExtensionChoosesTheLayout) {
-  Export("a.QOB");
-  Export("b.kob");
-  const std::string qob = FileText("a.QOB");
-  const std::string kob = FileText("b.kob");
-  const std::string header("\x08\0\0\0Version\0", 12);
-  EXPECT_THAT(kob, HasSubstr(std::string("\x23\0\0\0", 4) + header));
-  EXPECT_THAT(qob, testing::Not(HasSubstr(std::string("\x23\0\0\0", 4) + header)));
-  fs::create_directories("maps.v2");
-  Export("maps.v2/level");
-  EXPECT_EQ(FileText("maps.v2/level"), kob);
-}
-
-TEST_F(ExportTest, ACancelledOrRefusedExportSavesTheOptionsAndSaysNothing) {
-  system_.dialogButton = IDCANCEL;
-  Export("level.kob");
-  EXPECT_FALSE(fs::exists("level.kob"));
-  EXPECT_TRUE(system_.messageBoxes.empty());
-  EXPECT_EQ(system_.registry.size(), 12u);
-  system_.dialogButton = IDOK;
-  system_.registry.clear();
-  Export("missing/level.kob");
-  EXPECT_THAT(BoxTitles(), ElementsAre("Results"));
-  EXPECT_EQ(system_.registry.size(), 12u);
-}
-
-/// A host whose main window fails.
-template <typename Exception>
-class FailingHost : public HostScene {
- public:
-  explicit FailingHost(const Scene& scene) : HostScene(scene) {}
-  HWND GetMAXHWnd() const override { throw Exception("the window is gone"); }
-};
-
-struct NoStandardException {
-  explicit NoStandardException(const char*) {}
-};
-
-TEST_F(ExportTest, NoExceptionLeavesTheLibrary) {
-  FailingHost<std::runtime_error> standard(scene_);
-  EXPECT_EQ(exporter_.DoExport("level.kob", nullptr, &standard, false), 1);
-  EXPECT_EQ(FileText("ExportDebug.txt"), "Export ended by an exception: the window is gone\n");
-  FailingHost<NoStandardException> other(scene_);
-  EXPECT_EQ(exporter_.DoExport("level.kob", nullptr, &other, false), 1);
-  EXPECT_THAT(FileText("ExportDebug.txt"), StartsWith("Export ended by an exception"));
-  EXPECT_EQ(State().currentScene, nullptr);
-  EXPECT_TRUE(system_.registry.empty()) << "options are not saved";
-  EXPECT_TRUE(system_.messageBoxes.empty());
-  EXPECT_FALSE(fs::exists("level.kob"));
-}
-
-TEST_F(ExportTest, AHostThatThrowsAsAKeyIsClosedEndsTheExport) {
-  for (const auto& [throwing, reason] :
-       {std::pair{std::set<std::string>{"RegCloseKey"}, "RegCloseKey"},
-        std::pair{std::set<std::string>{"RegCloseKey", "RegQueryValueEx"}, "RegQueryValueEx"}}) {
-    system_.throwing = throwing;
-    Export("level.kob");
-    EXPECT_THAT(system_.debugOutput,
-                EndsWith(std::string("ended by an exception: ") + reason + " failed\n"));
-  }
-}
-
-TEST_F(ExportTest, ALineIsLoggedOnceAndWholeWhateverTheHostThrows) {
-  system_.throwing = {"OutputDebugStringA"};
-  Export("level.kob");
-  EXPECT_EQ(FileText("ExportDebug.txt"),
-            "Could not load CXP file \n"
-            "Export ended by an exception: OutputDebugStringA failed\n");
-  system_.throwing.clear();
-  DebugLog& log = DebugLog::Instance();
-  log.Open("missing/log.txt");
-  EXPECT_EQ(system_.debugOutput, "Unable to open the file [missing/log.txt]\n");
-
-  log.Line() << "no text: " << static_cast<const char*>(nullptr);
-  StopWatch().Report("label");
-  EXPECT_THAT(system_.debugOutput, EndsWith("]\nlabel took 0 msec.\n"));
-}
-
-/// A node that has no name when it is asked again.
-class ForgetfulNode : public INode {
- public:
-  const char* GetName() const override { throw std::runtime_error("the name is gone"); }
-  int NumberOfChildren() const override { return 0; }
-  INode* GetChildNode(int) const override { return nullptr; }
-  Object* EvalWorldState(TimeValue, bool) override { return nullptr; }
-  Matrix3 GetObjectTM(TimeValue) const override { return {}; }
-  Mtl* GetMtl() const override { return nullptr; }
-  void GetUserPropBuffer(CStr&) const override {}
-  std::uint32_t GetWireColor() const override { return 0; }
-};
-
-TEST_F(PluginTest, ANodeThatThrowsLeavesNoHalfALineInTheLog) {
-  Mesh mesh;
-  mesh.verts.resize(3);
-  mesh.faces.resize(1);
-  GroupList list;
-  GeometryGroup group;
-  ForgetfulNode node;
-  DebugLog& log = DebugLog::Instance();
-  log.Open("missing/log.txt");
-  system_.debugOutput.clear();
-  MaterialsList materials;
-  const GatherContext context{0, 0, 0, State().transparentTextures, materials};
-  EXPECT_THROW(GatherMesh(list, group, node, mesh, context), std::runtime_error);
-  log.Emit();
-  EXPECT_EQ(system_.debugOutput, "");
-}
-
-/// A locale that groups digits and writes every character as "?".
-std::locale OddLocale() {
-  struct Grouping : std::numpunct<char> {
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-  struct Converting : std::codecvt<char, char, std::mbstate_t> {
-    bool do_always_noconv() const noexcept override { return false; }
-    result do_out(std::mbstate_t&, const char* from, const char* fromEnd, const char*& fromNext,
-                  char* to, char* toEnd, char*& toNext) const override {
-      for (; from != fromEnd && to != toEnd; ++from) *to++ = '?';
-      fromNext = from;
-      toNext = to;
-      return from == fromEnd ? ok : partial;
-    }
-    result do_in(std::mbstate_t& state, const char* from, const char* fromEnd,
-                 const char*& fromNext, char* to, char* toEnd, char*& toNext) const override {
-      return do_out(state, from, fromEnd, fromNext, to, toEnd, toNext);
-    }
-  };
-  return {std::locale(std::locale::classic(), new Grouping), new Converting};
-}
-
-TEST_F(ExportTest, WritesTheSameWhateverTheHostsLocale) {
-  std::ofstream("a.cxp") << "material glass alphablend end\n";
-  Store("CXP Filename", Text("a.cxp"));
-  Export("plain.kob");
-  const std::locale former = std::locale::global(OddLocale());
-  State().debugLog.reset();
-  Export("odd.kob");
-  StopWatch watch;
-  watch.Start();
-  system_.tickCount += 1234567;
-  watch.Stop();
-  watch.Report("label");
-  std::locale::global(former);
-  EXPECT_EQ(FileText("odd.kob"), FileText("plain.kob"));
-  EXPECT_THAT(FileText("ExportDebug.txt"), EndsWith(" took 0 msec.\nlabel took 1234567 msec.\n"));
-  EXPECT_TRUE(State().transparentTextures.Contains("glass"));
-}
-
-TEST_F(PluginTest, TheLogCutsLongLinesAndWorksWithoutAFile) {
-  DebugLog& log = DebugLog::Instance();
-  log.Open("missing/log.txt");
-  EXPECT_EQ(system_.debugOutput, "Unable to open the file [missing/log.txt]\n");
-  ASSERT_EQ(mkfifo("pipe", 0600), 0);
-  log.Open("pipe");
-  EXPECT_THAT(system_.debugOutput, HasSubstr("[pipe]")) << "nobody reads it: opening would hang";
-  log.Open("/dev/full");
-  log.Line() << "line\n" << std::flush;
-  log.Emit();
-  EXPECT_THAT(system_.debugOutput, EndsWith("line\nUnable to write the file [/dev/full]\n"));
-  log.Open("log.txt");
-  system_.debugOutput.clear();
-  log.Line() << std::string(5000, 'x') << '\n' << std::flush;
-  log.Emit();
-  const std::string cut = std::string(4094, 'x') + "\n";
-  EXPECT_EQ(system_.debugOutput, cut);
-  EXPECT_EQ(FileText("log.txt"), cut);
-  StopWatch().Report("label");
-  EXPECT_EQ(system_.debugOutput, cut + "label took 0 msec.\n");
 }
 
 }  // namespace

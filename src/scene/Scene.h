@@ -22,6 +22,8 @@ struct SceneTexture {
   bool isBitmap = true;
   std::string file;  ///< bitmap path as the host stores it, UTF-8
   std::optional<Matrix3> uvTransform;
+
+  friend bool operator==(const SceneTexture&, const SceneTexture&) = default;
 };
 
 enum class SceneMaterialClass { kStandard, kMulti, kOther };
@@ -39,6 +41,8 @@ struct SceneMaterial {
   bool twoSided = false;
   std::optional<SceneTexture> diffuseMap;
   std::vector<int> subMaterials;  ///< indices into Scene::materials, -1 for a missing one
+
+  friend bool operator==(const SceneMaterial&, const SceneMaterial&) = default;
 };
 
 enum class SceneObject {

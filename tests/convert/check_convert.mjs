@@ -1,18 +1,16 @@
 // Converts what the exporter writes and looks at what came of it: the glTF files with the format's own
 // validator, all of them by reading them as a scene again, and the orientation of the faces.
 //
-//   check_convert.mjs MAPEXPORT SOURCE MODULES WORK [SCENES]
+//   check_convert.mjs MAPEXPORT SOURCE MODULES WORK
 //
 // SOURCE is the project's folder, MODULES has the validator in node_modules, WORK is a folder for the
-// files, SCENES one of further scenes to try. Prints what is wrong, one line each, and ends with 1 when
-// anything is.
+// files. Prints what is wrong, one line each, and ends with 1 when anything is.
 import { spawnSync } from 'node:child_process';
 import { existsSync, mkdirSync, readdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { basename, join, resolve } from 'node:path';
 
-const [mapexport, source, modules, work, scenes] =
-  process.argv.slice(2).map((path) => resolve(path));
+const [mapexport, source, modules, work] = process.argv.slice(2).map((path) => resolve(path));
 const validator = createRequire(join(modules, 'package.json'))('gltf-validator');
 let faults = 0;
 let checked = 0;
@@ -168,12 +166,11 @@ function row(options, name, names) {
 const systems = ['left-handed', 'right-handed', 'max', 'inverse-max'];
 const textureModes = ['invert-y', 'invert-x', 'invert-xy', 'max'];
 
-async function checkScene(scene, layout, options, mayBeRefused = false) {
+async function checkScene(scene, layout, options) {
   const model = `model.${layout}`;
   const exported =
-    expectCall(mayBeRefused ? [0, 1, 4] : [0, 4],
-      'export', scene, model, '--fresh', '--seed', '0', ...options);
-  if (!exported || exported.status === 1) return;
+    expectCall([0, 4], 'export', scene, model, '--fresh', '--seed', '0', ...options);
+  if (!exported) return;
   const content = JSON.parse(call('inspect', '--json', model).output);
   const system = row(options, '--coordinates', systems);
   const turned = ['--coordinates', String(system), '--texture-coordinates',
@@ -271,15 +268,6 @@ for (const layout of ['qob', 'kob']) {
 }
 for (const name of readdirSync(join(source, 'tests', 'models', 'blender'))) {
   await checkScene(join(source, 'tests', 'models', 'blender', name), 'kob', []);
-}
-const known = /\.(3ds|ase|dae|fbx|glb|gltf|obj)$/i;
-const further = scenes && existsSync(scenes) ? readdirSync(scenes, { withFileTypes: true }) : [];
-for (const entry of further) {
-  const path = join(scenes, entry.name);
-  const files = entry.isDirectory() ? readdirSync(path).map((file) => join(path, file)) : [path];
-  for (const file of files.filter((name) => known.test(name))) {
-    await checkScene(file, 'kob', [], true);
-  }
 }
 console.log(`${checked} files checked, ${faults} faults`);
 process.exit(faults === 0 && checked > 0 ? 0 : 1);

@@ -1,10 +1,11 @@
-// Any bytes as a model file of either layout, for both readers and all that shows models.
+// Any bytes as a model file of either layout, for both readers and what shows or converts models.
 
 #include <span>
 #include <sstream>
 
 #include <simdjson.h>
 
+#include "convert/ConvertModel.h"
 #include "fuzz/ReadersAgree.h"
 #include "modelreader/WriteModel.h"
 
@@ -22,6 +23,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(parser.parse(json.str()).error() == simdjson::SUCCESS, "the JSON document is one");
     std::ostringstream text;
     WriteModelText(read.model, text);
+    for (const char c : text.str())
+      Require(c >= ' ' || c < 0 || c == '\n', "no control characters");
+    const int system = static_cast<int>(size % 4);
+    for (const TargetFormat& format : TargetFormats()) {
+      const std::string name = "model" + std::string(format.extension);
+      try {
+        ConvertModel(read.model, name, format, {system, system}, format.hostUnits);
+      } catch (const ConvertError&) {  // there is nothing to convert
+      }
+    }
   }
   return 0;
 }

@@ -23,7 +23,7 @@ class FuzzScene {
     materials_ = scene.materials.size();
     for (SceneMaterial& material : scene.materials) material = Material();
     meshes_.resize(1 + in_.Below(4));
-    for (auto& mesh : meshes_) mesh = std::make_shared<const Mesh>(AnyMesh());
+    for (auto& mesh : meshes_) mesh = std::make_shared<const Mesh>(Soup());
     std::vector<SceneNode> nodes(1 + in_.Below(16));
     std::vector<std::size_t> parents(nodes.size());
     for (std::size_t i = 0; i < nodes.size(); ++i) {
@@ -106,14 +106,10 @@ class FuzzScene {
     return kind < 4 ? kind : kind < 7 ? 0x80000000u >> kind : in_.U32();
   }
 
-  Mesh AnyMesh() {
-    const std::uint32_t kind = in_.Below(8);
-    if (kind == 7) return {};
-    return kind >= 5 ? Grid() : Soup();
-  }
   /// Any triangles, corners repeated or not.
   Mesh Soup() {
     Mesh mesh;
+    if (in_.OneIn(8)) return mesh;
     mesh.verts = Points(1 + in_.Below(24));
     mesh.faces.resize(in_.Below(48));
     if (in_.OneIn(2)) mesh.tVerts = Points(1 + in_.Below(12));
@@ -127,37 +123,6 @@ class FuzzScene {
     }
     return mesh;
   }
-  /// Ground of squares, welded or not, all of it plain.
-  Mesh Grid() {
-    Mesh mesh;
-    const std::uint32_t quads = 1 + in_.Below(8);
-    const float step = in_.Finite();
-    const bool isWelded = in_.OneIn(2);
-    const std::uint32_t smoothing = Smoothing();
-    const auto vertex = [&](std::uint32_t x, std::uint32_t y) {
-      mesh.verts.push_back({step * static_cast<float>(x), step * static_cast<float>(y), 0.0f});
-      return static_cast<std::uint32_t>(mesh.verts.size() - 1);
-    };
-    if (isWelded) {
-      for (std::uint32_t i = 0; i < (quads + 1) * (quads + 1); ++i)
-        vertex(i % (quads + 1), i / (quads + 1));
-    }
-    const auto corner = [&](std::uint32_t x, std::uint32_t y) {
-      return isWelded ? y * (quads + 1) + x : vertex(x, y);
-    };
-    for (std::uint32_t q = 0; q < quads * quads; ++q) {
-      const std::uint32_t x = q % quads;
-      const std::uint32_t y = q / quads;
-      const std::uint32_t a = corner(x, y);
-      const std::uint32_t b = corner(x + 1, y);
-      const std::uint32_t c = corner(x + 1, y + 1);
-      mesh.faces.push_back({{a, b, c}, smoothing, q % 2 << 16});
-      mesh.faces.push_back({{a, c, corner(x, y + 1)}, smoothing, 0});
-    }
-    mesh.verts.back().z = in_.Finite();
-    return mesh;
-  }
-
   static std::string WithoutNul(std::string text) {
     std::erase(text, '\0');
     return text;

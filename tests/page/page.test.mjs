@@ -49,12 +49,7 @@ const yard = join(sources, 'examples/yard.scene.json');
 const wall = (left, more) => ({
   name: 'Wall',
   mesh: {
-    vertices: [
-      [left, 0, 0],
-      [left + 10, 0, 0],
-      [left + 10, 0, 8],
-      [left, 0, 8],
-    ],
+    vertices: [0, 10, 10, 0].map((x, i) => [left + x, 0, i < 2 ? 0 : 8]),
     faces: [
       [0, 1, 2],
       [0, 2, 3],
@@ -161,29 +156,13 @@ for (const layout of ['qob', 'kob']) {
         `${batch.corners.length}`,
       ]),
     );
-    const most = (list) => Math.max(...group.batches.map((batch) => batch[list].length));
-    const limits = [group.vertices.length, most('corners')];
     if (layout === 'kob') {
-      limits.push(most('faces'), group.collisionPoints.length, group.faces.length);
       const sets = await cells(page, 'sets');
       assert.deepEqual(
-        sets.map((row) => [row[1], row[3]]),
-        group.surfaceSets.map(({ name, faces }) => [
-          name === 'NONE' ? 'none' : name,
-          `${faces.length}`,
-        ]),
-      );
-      assert.match(
-        sets[group.surfaceSets.findIndex(({ flags }) => flags === 0x11)][2],
-        /^climbable, floorface$/,
+        sets.map((row) => Number(row[3])),
+        group.surfaceSets.map(({ faces }) => faces.length),
       );
     }
-    assert.deepEqual(
-      await page.$$eval('[role=meter]', (bars) =>
-        bars.map((bar) => Number(bar.getAttribute('aria-valuenow'))),
-      ),
-      limits,
-    );
     assert.deepEqual(trouble, []);
     await page.close();
   });
@@ -304,35 +283,6 @@ test('names are text, and a narrow window needs no sideways scrolling', async ()
   }
 });
 
-test('the keyboard reaches everything and shows where it is', async () => {
-  const { page } = await openPage(browser, path('walls.kob.html'));
-  const reached = [];
-  for (let i = 0; i < 60; ++i) {
-    await page.keyboard.press('Tab');
-    const { what, outlined, left } = await page.evaluate(() => {
-      const focused = document.activeElement;
-      const shower =
-        focused.type === 'radio' || focused.type === 'checkbox' ? focused.nextSibling : focused;
-      return {
-        what: focused.id || focused.value || focused.innerText,
-        outlined: getComputedStyle(shower).outlineStyle !== 'none',
-        left: focused === document.body,
-      };
-    });
-    if (left) break;
-    assert.ok(outlined, `${what} does not show the focus`);
-    reached.push(what);
-  }
-  assert.deepEqual(reached.slice(0, 3), ['view', 'material', 'orbit']);
-  for (const id of ['undrawn', 'planes', 'frame-all', 'system', 'Texture'])
-    assert.ok(reached.includes(id), id);
-  await page.focus('#sets tbody button');
-  await page.keyboard.press('Enter');
-  assert.equal((await record(page)).Set, '0');
-  assert.equal(await page.getAttribute('#sets tbody button', 'aria-pressed'), 'true');
-  await page.close();
-});
-
 test('models with little or nothing to see are shown without errors', async () => {
   const odd = {
     materials: [{ name: 'M' }],
@@ -370,31 +320,4 @@ test('models with little or nothing to see are shown without errors', async () =
     assert.deepEqual(trouble, [], file);
     await page.close();
   }
-});
-
-test('the command ends as inspect does and replaces no model', () => {
-  const bytes = readFileSync(path('walls.kob'));
-  writeFileSync(path('cut.kob'), bytes.subarray(0, bytes.length - 5));
-  const cut = run('view', 'cut.kob', '-o', 'cut.html');
-  assert.deepEqual([cut.status, cut.stderr], [1, run('inspect', 'cut.kob').stderr]);
-  const same = run('view', 'walls.kob', '-o', 'walls.kob');
-  assert.equal(same.status, 1);
-  assert.match(same.stderr, /it is the model file itself/);
-  assert.deepEqual(readFileSync(path('walls.kob')), bytes);
-
-  const side = 257; // squared more than indices can tell
-  const vertices = Array.from({ length: side * side }, (_, i) => [
-    i % side,
-    Math.floor(i / side),
-    0,
-  ]);
-  const faces = vertices.slice(0, -side - 1).map((_, i) => [i, i + 1, i + side + 1, 2]);
-  const root = { name: 'R', children: [{ name: 'Field', mesh: { vertices, faces } }] };
-  writeFileSync(
-    path('long.scene.json'),
-    JSON.stringify({ format: 'mapexport-scene', version: 1, root }),
-  );
-  run('export', 'long.scene.json', 'long.kob', '--fresh', '--no-weld', '--no-clean');
-  const long = run('view', 'long.kob', '-o', 'long.html');
-  assert.deepEqual([long.status, long.stdout], [4, 'wrote long.html\n']);
 });

@@ -1,23 +1,13 @@
 // Runs of the built program in temporary folders.
 #pragma once
 
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <iterator>
-#include <string>
-#include <vector>
-
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace mapexport {
+#include "support/Testing.h"
 
-namespace fs = std::filesystem;
+namespace mapexport {
 
 // A floor of two triangles, a degenerate one, and a hull that is not drawn.
 inline constexpr const char* kScene = R"({"format":"mapexport-scene","version":1,
@@ -28,20 +18,8 @@ inline constexpr const char* kScene = R"({"format":"mapexport-scene","version":1
  {"name":"Hull","userProperties":"notrendered","mesh":{"vertices":[[0,0,0],[10,0,0],[0,0,10]],
   "faces":[[0,1,2]]}}]}})";
 
-inline std::string Content(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline void Write(const fs::path& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
-
-inline std::vector<std::string> Names(const fs::path& folder) {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
-  return names;
-}
+inline constexpr const char* kObject =
+    "mtllib level.mtl\nv 0 0 0\nv 10 0 0\nv 0 10 0\nusemtl Red\nf 1 2 3\n";
 
 inline long Lines(const std::string& text) {
   return std::ranges::count(text, '\n');
@@ -67,16 +45,10 @@ class ProgramTest : public testing::Test {
     std::string err;
   };
 
-  void SetUp() override {
-    std::string folder = (fs::temp_directory_path() / "mapexport-test-XXXXXX").string();
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    root_ = folder;
-    work_ = root_ / "work";
+  ProgramTest() {
     fs::create_directory(work_);
-    Write(root_ / "scene.scene.json", kScene);
-    scene_ = root_ / "scene.scene.json";
+    Write(scene_, kScene);
   }
-  void TearDown() override { fs::remove_all(root_); }
 
   /// Runs mapexport in `work_`; `prepare` acts in its process before it starts.
   Outcome Run(std::vector<std::string> arguments, const std::function<void()>& prepare = {}) {
@@ -102,15 +74,27 @@ class ProgramTest : public testing::Test {
             Content(root_ / "err")};
   }
 
+  /// Of a run that ended with 1: one line of standard error, which holds the pieces, and no output.
+  static void ExpectRefusal(const Outcome& outcome, const std::string& piece,
+                            const std::string& other = "") {
+    using testing::HasSubstr;
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(Lines(outcome.err), 1);
+    EXPECT_THAT(outcome.err, testing::StartsWith("mapexport: error: "));
+    EXPECT_THAT(outcome.err, testing::AllOf(HasSubstr(piece), HasSubstr(other)));
+  }
+
   Outcome Export(const std::string& output, std::vector<std::string> options = {},
                  const std::function<void()>& prepare = {}) {
     options.insert(options.begin(), {"export", scene_, output});
     return Run(options, prepare);
   }
 
-  fs::path root_;  ///< has no dot in its path
-  fs::path work_;  ///< the program's current directory
-  std::string scene_;
+  const TempFolder folder_;
+  const fs::path root_ = folder_.Path();
+  const fs::path work_ = root_ / "work";  ///< the program's current directory
+  std::string scene_ = root_ / "scene.scene.json";
 };
 
 }  // namespace mapexport

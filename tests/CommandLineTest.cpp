@@ -1,0 +1,152 @@
+// Command lines, and the commands on model files, by the built program.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "support/ProgramRun.h"
+
+namespace mapexport {
+namespace {
+
+TEST_F(ProgramTest, WrongCommandLinesEndWith2) {
+  const std::string longPath(300, 'x');
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+      {{}, "command"},
+      {{"turn", "a", "b"}, "\"turn\""},
+      {{"convert", "a", "b.max"}, ".glb, .gltf, .obj, .ply, .stl"},
+      {{"convert", "a", "b.glb", "--coordinates", "4"}, "0 to 3, left-handed"},
+      {{"--bogus"}, "--bogus"},
+      {{"export"}, "SCENE"},
+      {{"export", "a"}, "OUTPUT"},
+      {{"export", "a", "b", "c"}, "c"},
+      {{"export", "", "b"}, "SCENE"},
+      {{"export", "a", "b", "--bogus\x1b[31m"}, "--bogus\\u001B[31m"},
+      {{"export", "a", "b", "--wel"}, "--wel"},
+      {{"export", "a", "b", "--weld=yes"}, "--weld"},
+      {{"export", "a", "b", "--json"}, "--json"},
+      {{"export", "a", "b", "--weld-distance"}, "--weld-distance: a value"},
+      {{"export", "--cxp=", "a", "b"}, "--cxp"},
+      {{"export", "a", "b", "--cxp", longPath}, "254"},
+      {{"export", "a", "b", "--settings", ""}, "--settings"},
+      {{"export", "a", "b", "--coordinates", "4"}, "left-handed"},
+      {{"export", "a", "b", "--coordinates", "Max"}, "\"Max\""},
+      {{"export", "a", "b", "--texture-coordinates", "left-handed"}, "invert-xy"},
+      {{"export", "a", "b", "--seed", "4294967296"}, "4294967295"},
+      {{"export", "a", "b", "--seed", "-1"}, "\"-1\""},
+      {{"export", "a", "b", "--voxel-size", std::string(256, '1')}, "255"},
+      {{"export", "a", "b", "--up", "x"}, "auto, y, z"},
+      {{"export", "a", "b", "--scale", "0"}, "--scale: \"0\""},
+      {{"export", "a", "b", "--scale", "1e-99"}, "--scale: \"1e-99\""},
+      {{"export", "a", "b", "--scale", std::string(256, '1')}, "--scale"},
+      {{"export", "a", "b", "--read-limit", "1.5"}, "--read-limit: \"1.5\""},
+      {{"scene"}, "SCENE"},
+      {{"scene", "a", "--scale", "nan"}, "--scale: \"nan\""},
+      {{"scene", "a", "--report", "r"}, "--report"},
+      {{"scene", "a", "-o"}, "-o: a value"},
+      {{"inspect", "a", "--layout", "map"}, "\"map\""},
+  };
+  for (const auto& [arguments, piece] : cases) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const Outcome outcome = Run(arguments);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(Lines(outcome.err), 2);
+    EXPECT_THAT(outcome.err, AllOf(HasSubstr(piece), HasSubstr("\nusage: mapexport ")));
+  }
+  EXPECT_THAT(Names(work_), IsEmpty());
+}
+
+TEST_F(ProgramTest, NumbersAreTypedAsGiven) {
+  const std::vector<std::pair<std::string, std::string>> good{
+      {"-0.25", "-0.250000"},
+      {"5.", "5.000000"},
+      {"1e-3", "0.001000"},
+      {"1e-400", "0.000000"},
+      {"-0", "-0.000000"},
+      {"3.4028235e38", "340282346638528859811704"},
+      {std::string(255, '0'), "0.000000"},
+  };
+  for (const auto& [text, stored] : good) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(Export("a.qob", {"--weld-distance", text, "--settings", "s.reg"}).status, 0);
+    EXPECT_THAT(Content(work_ / "s.reg"), HasSubstr("\"Welding Distance\"=\"" + stored));
+  }
+  for (const std::string text : {"", " 1", "1 ", "1,5", "1.5x", "0x10", "inf", "-nan", "1e39",
+                                 "-1e39", "1e400", "3.4028236e38", "+-1", ".", "e5", "1e", "--"}) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(Export("b.qob", {"--weld-distance", text}).status, 2);
+  }
+}
+
+TEST_F(ProgramTest, HelpAndVersion) {
+  EXPECT_THAT(Run({"--version"}).out, HasSubstr("1.0.0"));
+  EXPECT_THAT(Run({"formats"}).out, AllOf(HasSubstr(".scene.json"), HasSubstr("\n.fbx ")));
+  const Outcome help = Run({"inspect", "--bogus", "--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.out, AllOf(HasSubstr("FILE"), HasSubstr("--layout")));
+}
+
+TEST_F(ProgramTest, StandardOutputThatFailsIsNoticed) {
+  ASSERT_EQ(Export("a.qob").status, 0);
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"--help"}, {"scene", scene_}, {"inspect", "a.qob"}}) {
+    SCOPED_TRACE(arguments[0]);
+    const Outcome full = Run(arguments, [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); });
+    EXPECT_EQ(full.status, 1);
+    EXPECT_THAT(full.err, HasSubstr("standard output: cannot be written: No space left"));
+    EXPECT_EQ(Run(arguments, [] { close(STDOUT_FILENO); }).status, 1);
+    const Outcome gone = Run(arguments, [] {
+      int ends[2];
+      if (pipe(ends) == 0) dup2(ends[1], STDOUT_FILENO);
+      close(ends[0]);
+    });
+    EXPECT_EQ(gone.status, 1);
+    EXPECT_EQ(gone.err, "");
+  }
+  // A model file is not mistaken for a stream that came closed.
+  EXPECT_EQ(Export("b.qob", {},
+                   [] {
+                     close(STDIN_FILENO);
+                     close(STDOUT_FILENO);
+                     close(STDERR_FILENO);
+                   })
+                .status,
+            0);
+  EXPECT_EQ(Run({"inspect", "b.qob"}).status, 0);
+}
+
+TEST_F(ProgramTest, InspectTellsOfDamage) {
+  ASSERT_EQ(Export("a.kob").status, 0);
+  const std::string sound = Content(work_ / "a.kob");
+  Write(work_ / "cut.kob", sound.substr(0, sound.size() / 2));
+  Write(work_ / "empty.kob", "");
+  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+           {"cut.kob"}, {"empty.kob"}, {"missing.kob"}, {"."}, {"a.kob", "--layout", "qob"}}) {
+    SCOPED_TRACE(arguments[0]);
+    std::vector<std::string> line = arguments;
+    line.insert(line.begin(), "inspect");
+    const Outcome outcome = Run(line);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, StartsWith("mapexport: error: " + arguments[0] + ": "));
+    line[0] = "convert";
+    line.insert(line.begin() + 2, "a.gltf");
+    const Outcome converted = Run(line);
+    EXPECT_EQ(converted.status, 1);
+    EXPECT_EQ(converted.err, outcome.err);
+    EXPECT_FALSE(fs::exists(work_ / "a.gltf"));
+  }
+}
+
+TEST_F(ProgramTest, PagesAreWrittenSafely) {
+  ASSERT_EQ(Export("a.qob").status, 0);
+  const Outcome outcome = Run({"view", "a.qob", "-o", "a\x1b[2J\n.html"});
+  if (outcome.err.find("without the page") != std::string::npos) GTEST_SKIP() << outcome.err;
+  EXPECT_EQ(outcome.out, "wrote a\\u001B[2J\\u000A.html\n");
+  Write(work_ / "cut.qob", Content(work_ / "a.qob").substr(0, 500));
+  ExpectRefusal(Run({"view", "cut.qob"}), Run({"inspect", "cut.qob"}).err);
+  EXPECT_THAT(Content(work_ / "a\x1b[2J\n.html"),
+              HasSubstr("default-src 'none'; base-uri 'none'; form-action 'none'; img-src"));
+}
+
+}  // namespace
+}  // namespace mapexport

@@ -1,0 +1,86 @@
+"""Shows what the program does when calls fail and surroundings are bad; scripts/faults.sh tells more.
+
+    faults PROGRAM LIBRARY TAKEOVER [--quick] [--seed N] [--only WORD] [--parts LIST] [--table FILE]
+"""
+import argparse
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+from calls import Calls
+from kills import Kills
+from runs import Tally
+from surroundings import Surroundings
+from takeover import TakeOver
+
+
+def sanitizer_of(program):
+    """The sanitizer's runtime that the program is linked with, if any."""
+    listed = subprocess.run(["ldd", program], stdout=subprocess.PIPE, text=True, check=True).stdout
+    for line in listed.splitlines():
+        if line.strip().startswith("libasan"):
+            return line.split()[2]
+    return ""
+
+
+def require_in_force(program, preload, folder):
+    """Ends the script when the library counts no call: nothing would fail, and nothing be found."""
+    counts = folder / "in-force"
+    counts.write_bytes(bytes(16))
+    extra = {"LD_PRELOAD": preload, "FAILING_KIND": "open", "FAILING_AT": "0", "FAILING_ERROR": "5",
+             "FAILING_COUNTS": str(counts)}
+    subprocess.run([program, "inspect", folder / "missing.kob"], env={**os.environ, **extra},
+                   stderr=subprocess.DEVNULL, check=False)
+    if not any(counts.read_bytes()):
+        sys.exit(f"faults: {preload} is not in force in {program}")
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="faults")
+    parser.add_argument("program", type=os.path.realpath)
+    parser.add_argument("library", type=os.path.realpath)
+    parser.add_argument("takeover", type=os.path.realpath)
+    parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--seed", type=int, default=0)
+    parser.add_argument("--only", default="")
+    parser.add_argument("--kinds", default="")
+    parser.add_argument("--parts", default="calls,surroundings,kills,takeover")
+    parser.add_argument("--table", type=pathlib.Path)
+    given = parser.parse_args()
+
+    top = pathlib.Path(tempfile.mkdtemp(prefix="mapexport-faults-"))
+    tally = Tally(top)
+    parts = given.parts.split(",")
+    sanitizer = sanitizer_of(given.program)
+    if sanitizer:
+        print("not tried: failing allocations, since the sanitizer has an allocator of its own")
+
+    def preload(library):
+        # Cut at blanks, which the build folder's path may hold. A sanitizer's runtime must come first.
+        return f"{sanitizer} {shutil.copy(library, top)}".strip()
+
+    failing = preload(given.library)
+    require_in_force(given.program, failing, top)
+    if "takeover" in parts and given.only in "takeover":
+        TakeOver(given.program, preload(given.takeover), tally,
+                 given.seed).try_all(given.quick, 40 if given.quick else 10_000)
+    if "calls" in parts:
+        Calls(given.program, failing, tally).try_all(
+            given.quick, given.only, given.kinds.split(",") if given.kinds else None)
+    if "surroundings" in parts:
+        Surroundings(given.program, tally).try_all(given.quick, given.only)
+    if "kills" in parts:
+        Kills(given.program, failing, tally).at_every_call(given.quick, given.only)
+    tally.summary()
+    if given.table:
+        tally.write(given.table)
+    if not tally.findings:
+        shutil.rmtree(top)
+    sys.exit(1 if tally.findings else 0)
+
+
+if __name__ == "__main__":
+    main()
