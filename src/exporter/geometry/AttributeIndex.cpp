@@ -15,10 +15,6 @@ constexpr std::uint32_t kFewAttributes = 32;  // at most in a cell that is not c
 constexpr std::size_t kSmallestTable = 256;   // entries
 constexpr std::size_t kLargeTable = 1 << 17;  // entries, a megabyte
 
-bool IsFinite(const Point3& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
 /// False for an attribute that matches nothing, not even itself.
 bool CanMatch(const VertexAttribute& x) {
   return IsFinite(x.position) && IsFinite(x.normal) && IsFinite(x.uvw);

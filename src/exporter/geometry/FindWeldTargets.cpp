@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <limits>
 
+#include "exporter/geometry/VertexAttribute.h"
+
 namespace mapexport {
 namespace {
 
@@ -44,10 +46,6 @@ float ReachOf(float squaredDistance) {
 std::int64_t Floor(double x) {
   const auto truncated = static_cast<std::int64_t>(x);
   return truncated - (static_cast<double>(truncated) > x ? 1 : 0);
-}
-
-bool IsFinite(const Point3& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
 /// The cells of an axis: whole numbers, of equal width around the origin. Far out, where

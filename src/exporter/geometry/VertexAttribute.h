@@ -19,6 +19,11 @@ struct VertexAttribute {
   std::int32_t material = 0;  ///< the face's material index, -1 for none
 };
 
+/// False when a component is NaN or infinite.
+inline bool IsFinite(const Point3& p) {
+  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
+
 /// Two attributes match when they differ by less than this in every component of normal, uvw and
 /// position.
 inline constexpr float kAttributeTolerance = 0.01f;
