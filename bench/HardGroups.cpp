@@ -15,7 +15,7 @@
 namespace mapexport {
 namespace {
 
-constexpr float kDistance = 0.2f;
+constexpr float kWeldDistance = 0.2f;
 constexpr std::size_t kAllDifferent = std::numeric_limits<std::uint32_t>::max();
 
 using Make = std::function<GeometryGroup(std::size_t)>;
@@ -45,7 +45,7 @@ Make Cloud(float edge) {
 /// A cube of vertices, the nearest of them exactly the distance apart.
 GeometryGroup Lattice(std::size_t count) {
   const auto edge = static_cast<std::size_t>(std::cbrt(static_cast<double>(count)));
-  const auto at = [](std::size_t i) { return static_cast<float>(i) * kDistance; };
+  const auto at = [](std::size_t i) { return static_cast<float>(i) * kWeldDistance; };
   return Vertices([&](std::size_t i) {
     return Point3{at(i % edge), at(i / edge % edge), at(i / edge / edge)};
   })(count);
@@ -177,19 +177,19 @@ void Batch(GeometryGroup& group) {
 std::vector<HardGroup> HardGroups() {
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
   return {
-      {"weld, all vertices equal", Cloud(0.0f), Weld(kDistance), 200000},
-      {"weld, all in one cell", Cloud(kDistance), Weld(kDistance), 200000},
-      {"weld, dense cloud", Cloud(4.0f), Weld(kDistance), 200000},
+      {"weld, all vertices equal", Cloud(0.0f), Weld(kWeldDistance), 200000},
+      {"weld, all in one cell", Cloud(kWeldDistance), Weld(kWeldDistance), 200000},
+      {"weld, dense cloud", Cloud(4.0f), Weld(kWeldDistance), 200000},
       {"weld, chain at the distance", Vertices([](std::size_t i) {
-         return Point3{static_cast<float>(i) * kDistance, 0, 0};
+         return Point3{static_cast<float>(i) * kWeldDistance, 0, 0};
        }),
-       Weld(kDistance), 200000},
-      {"weld, lattice at the distance", Lattice, Weld(kDistance), 200000},
-      {"weld, satellites of one place", Satellites, Weld(kDistance), 200000},
-      {"weld, far away", Cloud(1e30f), Weld(kDistance), 200000},
+       Weld(kWeldDistance), 200000},
+      {"weld, lattice at the distance", Lattice, Weld(kWeldDistance), 200000},
+      {"weld, satellites of one place", Satellites, Weld(kWeldDistance), 200000},
+      {"weld, far away", Cloud(1e30f), Weld(kWeldDistance), 200000},
       {"weld, huge distance", Cloud(1000.0f), Weld(1e12f), 200000},
       {"weld, infinite distance", Cloud(1000.0f), Weld(kInfinity), 200000},
-      {"weld, fan", Fan(1, 0.0f), Weld(kDistance), 100000},
+      {"weld, fan", Fan(1, 0.0f), Weld(kWeldDistance), 100000},
       {"clean, all corners match", RepeatedCorners, Clean, 100000},
       {"clean, fan of two that match", Fan(2, 0.001f), Clean, 50000},
       {"clean, fan of a hundred in a row", Fan(100, 0.006f), Clean, 10000},

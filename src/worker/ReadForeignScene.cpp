@@ -14,8 +14,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "scene/SceneCensus.h"
 #include "importer/FinishScene.h"
+#include "scene/SceneCensus.h"
 #include "scene/SceneError.h"
 #include "scene/SceneFile.h"
 #include "system/Descriptor.h"
