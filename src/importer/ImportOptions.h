@@ -17,6 +17,8 @@ struct ImportOptions {
   /// Host units per unit that arrives (glTF, Collada: metre; others: the
   /// file's own), positive and finite; empty: 100 for glTF and Collada, else 1.
   std::optional<float> scale;
+  /// Whether nodes that the file hides, with all below them, are left out. Else they are kept.
+  bool skipHidden = false;
   /// Whether the import library's scene is left in memory for ever. For a child process that ends
   /// by _exit: destroying what a damaged file has become may crash.
   bool keepLibraryScene = false;

@@ -7,9 +7,12 @@
 
 #include <fmt/format.h>
 
+#include "importer/FileBeginning.h"
 #include "importer/FinishScene.h"
 #include "importer/LeftOut.h"
 #include "importer/ReadWithLibrary.h"
+#include "importer/gltf/GltfFile.h"
+#include "importer/gltf/ImportGltf.h"
 #include "importer/obj/ImportObj.h"
 #include "importer/rebuild/RebuildScene.h"
 #include "importer/text/HostText.h"
@@ -20,12 +23,26 @@ namespace {
 
 constexpr std::string_view kRootName = "Scene Root";
 
+/// False when the file is no glTF file, or of version 1, which the library reads.
+bool ImportAsGltf(const std::string& path, const ImportOptions& options, ImportedScene& result,
+                  LeftOut& leftOut) {
+  const std::string beginning = FileBeginning(path);
+  if (!IsGltf(path, beginning)) return false;
+  if (IsUtf16(beginning)) RefuseUtf16(path);
+  const GltfFile file(path);
+  if (file.IsVersion1()) return false;
+  ImportGltf(file, options, result, leftOut);
+  return true;
+}
+
 ImportedScene Import(const std::string& path, const ImportOptions& options) {
   ImportedScene result;
   result.scene.root.name = kRootName;
   LeftOut leftOut;
   if (IsObjPath(path)) {
     ImportObj(path, options, result, leftOut);
+  } else if (ImportAsGltf(path, options, result, leftOut)) {
+    // done
   } else {
     const LibraryScene source = ReadWithLibrary(path, options);
     // An OBJ file by another name shows only by what it holds.
