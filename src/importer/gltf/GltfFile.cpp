@@ -77,10 +77,10 @@ bool GltfFile::IsVersion1() const {
   simdjson::ondemand::parser parser;
   const simdjson::padded_string text(json_);
   simdjson::ondemand::document document;
-  std::string_view version;
+  std::string_view version;  // some write it as a number
   if (parser.iterate(text).get(document) != simdjson::SUCCESS) return false;
-  return document["asset"]["version"].get_string().get(version) == simdjson::SUCCESS &&
-         version.starts_with('1');
+  return document["asset"]["version"].raw_json_token().get(version) == simdjson::SUCCESS &&
+         (version.starts_with('1') || version.starts_with("\"1"));
 }
 
 bool IsGltf(const std::string& path, std::string_view beginning) {
