@@ -412,16 +412,6 @@ TEST_F(ImporterTest, UserTextsThatTheLibraryCutsAreWhole) {
   const ImportedScene fbx = Import("long.fbx", text);
   EXPECT_EQ(Named(fbx, "Say \"hi\"").userProperties, "floorface\r\n" + filling + "\nclimbable\r\n");
   EXPECT_THAT(RemarksOf(fbx), IsEmpty());
-
-  const std::string node =
-      R"({"name":"A","mesh":0,"extras":{"userProperties":")" + filling + R"("}})";
-  const ImportedScene gltf = Import("long.gltf", Gltf(node));
-  EXPECT_EQ(Named(gltf, "A").userProperties, filling);
-  // Which of the two the node has can't be told.
-  const std::string other =
-      R"(,{"name":"A","mesh":0,"extras":{"userProperties":")" + filling + R"(y"}})";
-  EXPECT_THAT(RemarksOf(Import("doubt.gltf", Gltf(node + other))),
-              testing::Contains(HasSubstr("cut-text: ")));
 }
 
 TEST(FbxLinksTest, DamagedTextsAreRefusedOrRead) {
@@ -518,15 +508,6 @@ TEST(LimitRemarksTest, TheLastOnesStandForTheRest) {
   EXPECT_EQ(remarks[0].text, std::string(kLongestRemark - 4, 'b') + "...");
 }
 
-TEST_F(ImporterTest, ExtrasThatSetNothingAreTold) {
-  const ImportedScene imported = Import("extras.gltf", Gltf(R"(
-{"name":"A","mesh":0,"extras":{"climbable":1,"Floorface":true,"notrendered":false,"size":5}})"));
-  EXPECT_EQ(Named(imported, "A").userProperties, "Floorface\r\n");
-  EXPECT_THAT(RemarksOf(imported),
-              testing::IsSupersetOf({HasSubstr("idle-member: the extras member \"climbable\""),
-                                     HasSubstr("near-keyword: \"Floorface\"")}));
-}
-
 TEST_F(ImporterTest, EqualNamesOfDifferentMaterialsAreTold) {
   Write("one.mtl",
         "newmtl Wall\xE9\nKd 1 0 0\nnewmtl Wall\xE8\nKd 0 1 0\nnewmtl Wall\xEA\nKd 1 0 0\n");
@@ -581,7 +562,6 @@ TEST_F(ImporterTest, RefusalsSayWhy) {
     const char* reason;
   };
   const Broken files[] = {
-      {"a.gltf", "{\"a\":1,\n\"b\":2,,}", "line 2, column 7: a member's name in quotes"},
       {"b.gltf", R"({"asset":{}})", "asset.version: is missing"},
       {"a.glb",
        {"glTF\2\0\0\0\x28\0\0\0\x10\0\0\0JSON{\"a\"", 24},
@@ -598,10 +578,6 @@ TEST_F(ImporterTest, RefusalsSayWhy) {
   for (const Broken& file : files) {
     EXPECT_THAT(Refusal(Write(file.name, file.bytes)), HasSubstr(file.reason));
   }
-  std::string extras = Gltf(R"({"name":"Floor","extras":5})");
-  EXPECT_THAT(Refusal(Write("extras.gltf", extras)), HasSubstr("extras"));
-  extras.replace(extras.find("data:"), 5, "gone:");
-  EXPECT_NE(Refusal(Write("gone.gltf", extras)), "not refused");
 }
 
 /// A mesh of one triangle of the given kind behind a sound one.
