@@ -24,10 +24,10 @@ namespace mapexport {
 namespace {
 
 constexpr std::array kFormats{
-    SourceFormat::k3ds,      SourceFormat::kAc3d,     SourceFormat::kAse,
-    SourceFormat::kCollada,  SourceFormat::kFbx,      SourceFormat::kGltf1,
-    SourceFormat::kOff,      SourceFormat::kPly,
-    SourceFormat::kOtherYUp, SourceFormat::kOtherZUp, SourceFormat::kTurnedToYUp};
+    SourceFormat::k3ds,      SourceFormat::kAc3d,       SourceFormat::kAse,
+    SourceFormat::kCollada,  SourceFormat::kFbx,        SourceFormat::kGltf1,
+    SourceFormat::kOff,      SourceFormat::kPly,        SourceFormat::kOtherYUp,
+    SourceFormat::kOtherZUp, SourceFormat::kTurnedToYUp};
 
 class SceneMaker {
  public:

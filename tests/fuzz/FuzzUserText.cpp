@@ -14,6 +14,7 @@
 #include "importer/ReadWithLibrary.h"
 #include "importer/rebuild/UserProperties.h"
 #include "importer/text/HostText.h"
+#include "importer/text/UserText.h"
 #include "scene/HostScene.h"
 #include "scene/NearKeywords.h"
 
@@ -81,6 +82,12 @@ std::uint32_t ExportedFlags(const Scene& scene) {
   return FaceFlagsOf(host.GetRootNode());
 }
 
+std::uint32_t FlagsOf(const std::string& text) {
+  Scene scene;
+  scene.root.userProperties = text;
+  return ExportedFlags(scene);
+}
+
 void CheckExporter(const Scene& scene) {
   Require(ExportedFlags(scene) == LiteralFlags(scene.root.userProperties),
           "flags are those of the words");
@@ -105,7 +112,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const MemoryFile file(all.Rest());
   LibraryScene source;
   source.path = file.Path();
-  source.format = in.Pick(std::array{SourceFormat::kFbx, SourceFormat::kGltf2, SourceFormat::kAse});
+  source.format = in.Pick(std::array{SourceFormat::kFbx, SourceFormat::kAse});
   source.hasEntities = in.OneIn(2);
   scene.root.name = ValidUtf8(in.Text());
   const auto node = NodeOf(in);
@@ -119,15 +126,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   CheckExporter(scene);
   RequireRoundTrip(scene);
-  for (unsigned i = 0; node->mMetaData != nullptr && i < node->mMetaData->mNumProperties; ++i) {
-    bool mark = false;
-    if (source.format != SourceFormat::kGltf2 || !node->mMetaData->Get(i, mark) || !mark) continue;
-    Scene alone;
-    alone.root.userProperties = source.Text(node->mMetaData->mKeys[i]);
-    const std::uint32_t flags = ExportedFlags(alone);
-    Require((ExportedFlags(scene) & flags) == flags, "a member that is true counts as its line");
-  }
+  UserText properties;
+  properties.AddText(scene.root.userProperties);
+  const std::uint32_t before = FlagsOf(properties.Text());
+  const std::string name = in.Pick(kKeys);
+  properties.AddProperty(name, PropertyOfText(ValidUtf8(in.UserText())));
+  const PropertyValue value = PropertyOfNumber(static_cast<double>(in.Float()));
+  properties.AddProperty(name, value);
+  const std::uint32_t wanted = value.sets == PropertyValue::Sets::kOn ? FlagsOf(name) : 0;
+  Require((FlagsOf(properties.Text()) & (before | wanted)) == (before | wanted),
+          "a property that is on adds its line, and none takes one away");
   ImportRemarks remarks;
   reader.AddRemarks(remarks);
+  properties.AddRemarks(scene.root.name, remarks);
   return 0;
 }

@@ -22,6 +22,7 @@ constexpr std::array<std::string_view, 16> kKnownExtensions{
     "KHR_technique_webgl",     "KHR_techniques_webgl",    "KHR_texture_basisu",
     "KHR_texture_transform",   "KHR_xmp_json_ld",         "MSFT_lod",
     "MSFT_texture_dds"};
+constexpr std::size_t kMostAttributes = 256;
 constexpr std::string_view kMaterialExtension = "KHR_materials_";
 
 class Checker {
@@ -56,7 +57,7 @@ class Checker {
                   std::string_view member) const {
     if (index == kNoGltfIndex || static_cast<std::size_t>(index) < count) return;
     Fail(place() + std::string(member),
-         count == 1 ? fmt::format("{}, there is 1 of {}", index, what)
+         count == 1 ? fmt::format("{}, there is only one", index)
                     : fmt::format("{}, there are {} {}", index, count, what));
   }
 
@@ -107,6 +108,11 @@ class Checker {
       for (std::size_t k = 0; k < d_.meshes[i].primitives.size(); ++k) {
         const GltfPrimitive& primitive = d_.meshes[i].primitives[k];
         const auto place = [&] { return fmt::format("meshes[{}].primitives[{}]", i, k); };
+        // They are looked for by their names.
+        if (primitive.attributes.size() > kMostAttributes) {
+          Fail(place() + ".attributes", fmt::format("are {}, at most {} are read",
+                                                    primitive.attributes.size(), kMostAttributes));
+        }
         CheckAttributes(primitive.attributes, [&] { return place() + ".attributes"; });
         CheckIndex(primitive.indices, d_.accessors.size(), "accessors", place, ".indices");
         CheckIndex(primitive.material, d_.materials.size(), "materials", place, ".material");

@@ -16,6 +16,8 @@
 namespace mapexport {
 namespace {
 
+/// Values that any document may have without data for them.
+constexpr std::size_t kFreeZeros = std::size_t{1} << 16;
 /// Values that any document may have read or kept, and how many for each byte of its data.
 constexpr std::size_t kFreeValues = std::size_t{1} << 22;
 constexpr std::size_t kReadValuesOfByte = 64;
@@ -185,8 +187,9 @@ void GltfAccessors::ApplySparse(int accessor, std::vector<Value>& values) {
 
 GltfAccessors::Elements GltfAccessors::Find(int accessor, std::size_t components) {
   const GltfAccessor& source = document_.accessors[static_cast<std::size_t>(accessor)];
-  CountValues(source.count, accessor);
   const auto replaced = replaced_.find(accessor);
+  const bool hasData = replaced != replaced_.end() || source.bufferView != kNoGltfIndex;
+  CountValues(source.count, hasData, accessor);
   Elements elements{.count = source.count, .componentType = source.componentType};
   if (replaced != replaced_.end()) elements.componentType = replaced->second.componentType;
   const std::size_t size = components * ComponentSize(elements.componentType);
@@ -234,9 +237,12 @@ const char* GltfAccessors::Range(int view, std::size_t offset, std::size_t count
   return count == 0 ? bytes.data() : bytes.data() + offset;
 }
 
-void GltfAccessors::CountValues(std::size_t count, int accessor) {
+void GltfAccessors::CountValues(std::size_t count, bool hasData, int accessor) {
   read_ += count;
-  if (read_ <= kFreeValues + kReadValuesOfByte * buffers_.Size()) return;
+  const std::size_t size = buffers_.Size();
+  const bool isPlausible =
+      read_ <= kFreeValues + kReadValuesOfByte * size && (hasData || count <= kFreeZeros + size);
+  if (isPlausible) return;
   RefuseFile(path_, fmt::format("{}.count: {}, more than a file of this size can hold",
                                 PlaceOf(accessor), count));
 }

@@ -59,7 +59,7 @@ class GltfAccessors {
   Elements Find(int accessor, std::size_t components);
   const char* Range(int view, std::size_t offset, std::size_t count, std::size_t& stride,
                     std::size_t size, const std::string& place);
-  void CountValues(std::size_t count, int accessor);
+  void CountValues(std::size_t count, bool hasData, int accessor);
   template <class Make>
   GltfPoints Kept(int accessor, const Make& make);
   void CheckType(int accessor, std::string_view type) const;

@@ -213,6 +213,7 @@ class Importer {
   GltfAccessors accessors_;
   MaterialTable materials_;
   GltfObjects objects_;
+  std::size_t instances_ = 0;
   std::vector<Visit> visits_;        // the next one at the back
   std::vector<SceneNode> nodes_;     // in pre-order
   std::vector<int> parents_;         // of these
@@ -239,6 +240,15 @@ std::vector<AffineMatrix> Importer::InstancesOf(const GltfNode& node, int index,
                                     index, count, size));
     }
     count = size;
+  }
+  // Each one becomes a node, and nodes may share their lists of instances.
+  constexpr std::size_t kFreeInstances = 65536;
+  instances_ += count;
+  if (instances_ > kFreeInstances + buffers_.Size()) {
+    RefuseFile(path_,
+               fmt::format("nodes[{}].extensions.EXT_mesh_gpu_instancing: {} instances, more "
+                           "than a file of this size can hold",
+                           index, instances_));
   }
   std::vector<AffineMatrix> places;
   for (std::size_t i = 0; i < count; ++i) {
