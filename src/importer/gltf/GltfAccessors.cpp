@@ -20,7 +20,7 @@ namespace {
 constexpr std::size_t kFreeZeros = std::size_t{1} << 16;
 /// Values that any document may have read or kept, and how many for each byte of its data.
 constexpr std::size_t kFreeValues = std::size_t{1} << 22;
-constexpr std::size_t kReadValuesOfByte = 64;
+constexpr std::size_t kReadValuesOfByte = 16;
 
 template <class Number, class Component>
 Number ToNumber(Component component, bool isNormalized) {
@@ -188,8 +188,7 @@ void GltfAccessors::ApplySparse(int accessor, std::vector<Value>& values) {
 GltfAccessors::Elements GltfAccessors::Find(int accessor, std::size_t components) {
   const GltfAccessor& source = document_.accessors[static_cast<std::size_t>(accessor)];
   const auto replaced = replaced_.find(accessor);
-  const bool hasData = replaced != replaced_.end() || source.bufferView != kNoGltfIndex;
-  CountValues(source.count, hasData, accessor);
+  CountUse(accessor);
   Elements elements{.count = source.count, .componentType = source.componentType};
   if (replaced != replaced_.end()) elements.componentType = replaced->second.componentType;
   const std::size_t size = components * ComponentSize(elements.componentType);
@@ -237,7 +236,10 @@ const char* GltfAccessors::Range(int view, std::size_t offset, std::size_t count
   return count == 0 ? bytes.data() : bytes.data() + offset;
 }
 
-void GltfAccessors::CountValues(std::size_t count, bool hasData, int accessor) {
+void GltfAccessors::CountUse(int accessor) {
+  const GltfAccessor& source = document_.accessors[static_cast<std::size_t>(accessor)];
+  const std::size_t count = source.count;
+  const bool hasData = source.bufferView != kNoGltfIndex || replaced_.contains(accessor);
   read_ += count;
   const std::size_t size = buffers_.Size();
   const bool isPlausible =

@@ -45,6 +45,9 @@ class GltfAccessors {
 
   std::string_view Bytes(int bufferView) { return buffers_.View(bufferView); }
 
+  /// Counts the values of an accessor once more, for what is made of them each time.
+  void CountUse(int accessor);
+
   /// Takes `bytes` for the elements of an accessor, which follow each other, in place of what its
   /// buffer view holds. `componentType` is theirs.
   void Replace(int accessor, int componentType, std::string bytes);
@@ -59,7 +62,6 @@ class GltfAccessors {
   Elements Find(int accessor, std::size_t components);
   const char* Range(int view, std::size_t offset, std::size_t count, std::size_t& stride,
                     std::size_t size, const std::string& place);
-  void CountValues(std::size_t count, bool hasData, int accessor);
   template <class Make>
   GltfPoints Kept(int accessor, const Make& make);
   void CheckType(int accessor, std::string_view type) const;

@@ -85,7 +85,8 @@ void GltfObjects::AddPrimitive(const GltfPrimitive& primitive, const std::string
   if (positionAccessor == kNoGltfIndex)
     RefuseFile(path_, place + ".attributes.POSITION: is missing");
   GltfPoints positions = accessors_.Points(positionAccessor);
-  const std::vector<CornerIndices> triangles = Triangles(primitive, positions->size());
+  const std::vector<CornerIndices> triangles =
+      Triangles(primitive, positionAccessor, positions->size());
   if (triangles.empty()) return;
 
   const int normalAccessor = mapexport::Find(primitive.attributes, "NORMAL");
@@ -146,12 +147,13 @@ void GltfObjects::ReadDraco(const GltfPrimitive& primitive, const std::string& p
 }
 
 /// Counts points and lines.
-std::vector<CornerIndices> GltfObjects::Triangles(const GltfPrimitive& primitive,
+std::vector<CornerIndices> GltfObjects::Triangles(const GltfPrimitive& primitive, int positions,
                                                   std::size_t vertices) {
   std::vector<std::uint32_t> corners;
   if (primitive.indices != kNoGltfIndex) {
     corners = accessors_.Indices(primitive.indices);
   } else {
+    accessors_.CountUse(positions);
     corners.resize(vertices);
     for (std::size_t i = 0; i < vertices; ++i) corners[i] = static_cast<std::uint32_t>(i);
   }

@@ -45,7 +45,8 @@ class GltfObjects {
                     const Deformation& deformation, MeshBuilder& builder);
   std::vector<AffineMatrix> JointMatrices(int skin);
   void ReadDraco(const GltfPrimitive& primitive, const std::string& place);
-  std::vector<CornerIndices> Triangles(const GltfPrimitive& primitive, std::size_t vertices);
+  std::vector<CornerIndices> Triangles(const GltfPrimitive& primitive, int positions,
+                                       std::size_t vertices);
   GltfPoints OfVertices(GltfPoints points, std::size_t vertices);
   GltfPoints TexturePoints(const GltfPrimitive& primitive, std::size_t vertices);
   std::vector<Point3> Morphed(const GltfPrimitive& primitive, std::string_view attribute,

@@ -17,6 +17,13 @@ constexpr std::uint32_t kUnused = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t kUsed = kUnused - 1;
 constexpr std::uint32_t kNotFinite = kUnused - 2;
 
+/// For `more` elements, and so that many small parts don't copy the list each time.
+template <class Element>
+void MakeRoom(std::vector<Element>& list, std::size_t more) {
+  if (list.capacity() - list.size() >= more) return;
+  list.reserve(std::max(2 * list.capacity(), list.size() + more));
+}
+
 }  // namespace
 
 void MeshBuilder::Add(const MeshPart& part) {
@@ -24,8 +31,8 @@ void MeshBuilder::Add(const MeshPart& part) {
   if (kept_.empty()) return;
   const std::uint16_t materialId = materials_.IdOf(part.material);
   AddVertices(part);
-  mesh_.faces.reserve(mesh_.faces.size() + kept_.size());
-  normals_.reserve(mesh_.faces.size() + kept_.size());
+  MakeRoom(mesh_.faces, kept_.size());
+  MakeRoom(normals_, kept_.size());
   for (const std::uint32_t t : kept_) {
     const CornerIndices& corners = part.triangles[t];
     Face face;
@@ -106,7 +113,7 @@ void MeshBuilder::AddVertices(const MeshPart& part) {
 void MeshBuilder::AddTextureFaces(const MeshPart& part) {
   const std::span<const Point3> coordinates = part.textureCoordinates;
   hasTexture_ = hasTexture_ || !coordinates.empty();
-  mesh_.tvFace.reserve(mesh_.tvFace.size() + kept_.size());
+  MakeRoom(mesh_.tvFace, kept_.size());
   if (coordinates.empty()) {
     const std::uint32_t none = textureVertices_.Add({});
     mesh_.tvFace.resize(mesh_.tvFace.size() + kept_.size(), {{none, none, none}});
