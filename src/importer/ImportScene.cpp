@@ -35,23 +35,23 @@ bool ImportAsGltf(const std::string& path, const ImportOptions& options, Importe
   return true;
 }
 
+void ImportWithLibrary(const std::string& path, const ImportOptions& options, ImportedScene& result,
+                       LeftOut& leftOut) {
+  const LibraryScene source = ReadWithLibrary(path, options);
+  // An OBJ file by another name shows only by what it holds.
+  if (source.format == SourceFormat::kObj) return ImportObj(path, options, result, leftOut);
+  if (options.onRead) options.onRead();
+  RebuildScene(source, options, result, leftOut);
+}
+
 ImportedScene Import(const std::string& path, const ImportOptions& options) {
   ImportedScene result;
   result.scene.root.name = kRootName;
   LeftOut leftOut;
   if (IsObjPath(path)) {
     ImportObj(path, options, result, leftOut);
-  } else if (ImportAsGltf(path, options, result, leftOut)) {
-    // done
-  } else {
-    const LibraryScene source = ReadWithLibrary(path, options);
-    // An OBJ file by another name shows only by what it holds.
-    if (source.format == SourceFormat::kObj) {
-      ImportObj(path, options, result, leftOut);
-    } else {
-      if (options.onRead) options.onRead();
-      RebuildScene(source, options, result, leftOut);
-    }
+  } else if (!ImportAsGltf(path, options, result, leftOut)) {
+    ImportWithLibrary(path, options, result, leftOut);
   }
   FinishScene(result, leftOut);
   return result;

@@ -24,12 +24,14 @@ constexpr std::size_t kReadValuesOfByte = 16;
 
 template <class Number, class Component>
 Number ToNumber(Component component, bool isNormalized) {
-  const auto number = static_cast<Number>(component);
-  if constexpr (std::is_same_v<Number, float> && std::is_integral_v<Component>) {
+  if constexpr (std::is_unsigned_v<Number> && !std::is_unsigned_v<Component>) {
+    return {};  // refused before
+  } else if constexpr (std::is_same_v<Number, float> && std::is_integral_v<Component>) {
+    const auto number = static_cast<float>(component);
     if (!isNormalized) return number;
     return std::max(number / static_cast<float>(std::numeric_limits<Component>::max()), -1.0f);
   } else {
-    return number;
+    return static_cast<Number>(component);
   }
 }
 
@@ -95,7 +97,7 @@ void GltfAccessors::CheckType(int accessor, std::string_view type) const {
 template <class Make>
 GltfPoints GltfAccessors::Kept(int accessor, const Make& make) {
   if (const auto known = points_.find(accessor); known != points_.end()) return known->second;
-  const auto points = std::make_shared<const std::vector<Point3>>(make());
+  auto points = std::make_shared<const std::vector<Point3>>(make());
   kept_ += points->size();
   if (kept_ > kFreeValues + buffers_.Size()) {
     points_.clear();
