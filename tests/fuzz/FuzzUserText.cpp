@@ -133,7 +133,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   properties.AddProperty(name, PropertyOfText(ValidUtf8(in.UserText())));
   const PropertyValue value = PropertyOfNumber(static_cast<double>(in.Float()));
   properties.AddProperty(name, value);
-  const std::uint32_t wanted = value.sets == PropertyValue::Sets::kOn ? FlagsOf(name) : 0;
+  const bool isOn = IsKeyword(name) && value.sets == PropertyValue::Sets::kOn;
+  const std::uint32_t wanted = isOn ? FlagsOf(name) : 0;
   Require((FlagsOf(properties.Text()) & (before | wanted)) == (before | wanted),
           "a property that is on adds its line, and none takes one away");
   ImportRemarks remarks;

@@ -43,7 +43,7 @@ std::string FileOf(const GltfDocument& document, std::size_t image) {
 
 /// What turns mesh coordinates, v up, into the map's. The extension has v down, about the upper
 /// left corner: scale, rotate, offset.
-Matrix3 HostTransform(const GltfTextureTransform& transform) {
+Matrix3 UvTransform(const GltfTextureTransform& transform) {
   const double c = std::cos(static_cast<double>(transform.rotation));
   const double s = std::sin(static_cast<double>(transform.rotation));
   const auto scaleU = static_cast<double>(transform.scale[0]);
@@ -69,7 +69,7 @@ std::optional<SceneTexture> DiffuseMap(const GltfDocument& document, const GltfM
   texture.file = NormalisedTexturePath(FileOf(document, static_cast<std::size_t>(image)));
   if (texture.file.empty()) return std::nullopt;
   if (use->transform) {
-    const Matrix3 transform = HostTransform(*use->transform);
+    const Matrix3 transform = UvTransform(*use->transform);
     if (std::ranges::all_of(transform.rows, IsFinite) && transform != Matrix3{})
       texture.uvTransform = transform;
   }
