@@ -7,6 +7,7 @@
 #include <assimp/scene.h>
 
 #include "importer/LeftOut.h"
+#include "system/IsFinite.h"
 
 namespace mapexport {
 namespace {
@@ -43,6 +44,9 @@ void AddTo(MeshBuilder& builder, const aiMesh& mesh, int material, const std::ve
   if (mesh.mTextureCoords[1] != nullptr) ++leftOut.channels;
 
   const std::vector<Point3> positions = PointsOf(mesh.mVertices, mesh.mNumVertices);
+  if (triangles.empty()) {  // else those of the triangles are counted
+    for (const Point3& position : positions) leftOut.vertices += IsFinite(position) ? 0U : 1U;
+  }
   const std::vector<Point3> normals = PointsOf(mesh.mNormals, positions.size());
   std::vector<Point3> coordinates = PointsOf(mesh.mTextureCoords[0], positions.size());
   if (mesh.mNumUVComponents[0] != 3) {
