@@ -40,8 +40,8 @@ Point3 Rounded(double u, double v) {
 
 Matrix3 TextureTransform(const aiUVTransform& stored, SourceFormat format) {
   const double angle = static_cast<double>(stored.mRotation);
-  const UvMatrix m = AboutTheMiddle(
-      stored, format == SourceFormat::kFbx ? angle * std::numbers::pi / 180 : angle);
+  const UvMatrix m =
+      AboutTheMiddle(stored, format == SourceFormat::kFbx ? angle * std::numbers::pi / 180 : angle);
   Matrix3 host;
   host.rows[0] = Rounded(m.uu, m.uv);
   host.rows[1] = Rounded(m.vu, m.vv);
