@@ -412,7 +412,8 @@ TEST_F(GltfTest, LooksOfMaterials) {
   Primitive(document)["attributes"]["TEXCOORD_1"] = Floats(document, {5, 0, 1, 0, 0, 1}, "VEC2", 2);
   Primitive(document)["material"] = 0;
   document["textures"] = json::parse(R"([{"source":0},
-    {"extensions":{"KHR_texture_basisu":{"source":1}}},{"extensions":{"EXT_texture_webp":{"source":2}}}])");
+    {"extensions":{"KHR_texture_basisu":{"source":1}}},
+    {"extensions":{"EXT_texture_webp":{"source":2}}}])");
   document["images"] = json::parse(R"([{"uri":"a%20b.png"},{"uri":"b.ktx2"},
     {"bufferView":0,"mimeType":"image/webp"}])");
   struct Case {

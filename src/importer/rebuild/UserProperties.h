@@ -14,7 +14,7 @@ namespace mapexport {
 struct LibraryScene;
 
 /// The text that the host would hold for `node`, valid UTF-8, lines ended as in the file. FBX: what
-/// the modelling application stored as the node's user properties. Other formats of the library have
+/// the modelling application stored as the node's user properties. The library's other formats have
 /// none.
 std::string UserPropertyText(const LibraryScene& source, const aiNode& node);
 

@@ -73,7 +73,8 @@ std::string TexturePath(const LibraryScene& source, const aiString& stored) {
   const std::string text = source.Text(stored);
   if (const std::optional<unsigned> index = EmbeddedIndex(text))
     return NormalisedTexturePath(EmbeddedName(source, *index));
-  return NormalisedTexturePath(source.format == SourceFormat::kGltf1 ? ValidUtf8(DecodePercents(text)) : text);
+  return NormalisedTexturePath(
+      source.format == SourceFormat::kGltf1 ? ValidUtf8(DecodePercents(text)) : text);
 }
 
 }  // namespace mapexport
