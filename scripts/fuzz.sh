@@ -55,6 +55,7 @@ prepare() {
   mkdir -p -- "$corpus"
   case $1 in
     FuzzCxp) cp -- examples/yard.cxp tests/golden/*.cxp "$corpus" ;;
+    FuzzGltf) cp -- tests/models/gltf/*.gl* tests/models/*.gltf tests/models/cubes/*.gltf "$corpus" ;;
     FuzzObj) cp -- tests/models/*.obj tests/models/*.mtl "$corpus" ;;
     FuzzSceneFile) cp -- tests/golden/*.scene.json "$corpus" ;;
   esac

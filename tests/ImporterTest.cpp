@@ -171,16 +171,6 @@ TEST_F(ImporterTest, UserTextsThatTheLibraryCutsAreWhole) {
   const ImportedScene fbx = Import("long.fbx", text);
   EXPECT_EQ(Named(fbx, "Green").userProperties, "floorface\r\n" + filling + "\nclimbable\r\n");
   EXPECT_THAT(RemarksOf(fbx), testing::Each(HasSubstr("file-unit")));
-
-  const std::string node =
-      R"({"name":"A","mesh":0,"extras":{"userProperties":")" + filling + R"("}})";
-  const ImportedScene gltf = Import("long.gltf", Gltf(node));
-  EXPECT_EQ(Named(gltf, "A").userProperties, filling);
-  // Which of the two the node has can't be told.
-  const std::string other =
-      R"(,{"name":"A","mesh":0,"extras":{"userProperties":")" + filling + R"(y"}})";
-  EXPECT_THAT(RemarksOf(Import("doubt.gltf", Gltf(node + other))),
-              Contains(HasSubstr("cut-text: ")));
 }
 
 TEST_F(ImporterTest, UpAndScaleOverrideTheFormat) {
@@ -251,15 +241,6 @@ TEST(LimitRemarksTest, TheLastOnesStandForTheRest) {
   remarks = {{RemarkKind::kNote, "axes", std::string(kLongestRemark - 4, 'b') + "\u00e9bcd"}};
   LimitRemarks(remarks);  // between characters
   EXPECT_EQ(remarks[0].text, std::string(kLongestRemark - 4, 'b') + "...");
-}
-
-TEST_F(ImporterTest, ExtrasThatSetNothingAreTold) {
-  const ImportedScene imported = Import("extras.gltf", Gltf(R"(
-{"name":"A","mesh":0,"extras":{"climbable":1,"Floorface":true,"notrendered":false,"size":5}})"));
-  EXPECT_EQ(Named(imported, "A").userProperties, "Floorface\r\n");
-  EXPECT_THAT(RemarksOf(imported),
-              testing::IsSupersetOf({HasSubstr("idle-member: the extras member \"climbable\""),
-                                     HasSubstr("near-keyword: \"Floorface\"")}));
 }
 
 TEST_F(ImporterTest, EqualNamesOfDifferentMaterialsAreTold) {

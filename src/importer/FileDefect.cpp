@@ -13,7 +13,6 @@
 #include <pugixml.hpp>
 
 #include "importer/SourceFile.h"
-#include "importer/gltf/GltfDefect.h"
 #include "importer/text/HostText.h"
 #include "importer/text/StatementLines.h"
 #include "importer/threeds/Chunk3ds.h"
@@ -115,10 +114,8 @@ std::string FileDefect(const std::string& path) {
   const auto isOneOf = [&](std::initializer_list<std::string_view> names) {
     return std::ranges::find(names, std::string_view(extension)) != names.end();
   };
-  if (!isOneOf({".gltf", ".glb", ".dae", ".3ds", ".ase"})) return {};
+  if (!isOneOf({".dae", ".3ds", ".ase"})) return {};
   const FileText text(path);
-  if (extension == ".gltf") return GltfDefect(path, text);
-  if (extension == ".glb") return GlbDefect(text.View());
   if (extension == ".dae") return ColladaDefect(text.View());
   if (extension == ".3ds") return Defect3ds(text.View());
   return AseDefect(text.View());

@@ -17,6 +17,8 @@ struct ImportOptions {
   /// Host units per unit of the file (per metre for glTF and Collada), positive and finite; empty:
   /// 100 for glTF and Collada, else 1.
   std::optional<float> scale;
+  /// Whether nodes that the file hides, with all below them, are left out. Else they are kept.
+  bool skipHidden = false;
   /// Whether the import library's scene is never freed. For a child process that ends by _exit:
   /// freeing the scene of a damaged file may crash.
   bool keepLibraryScene = false;

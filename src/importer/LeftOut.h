@@ -23,7 +23,12 @@ struct LeftOut {
   std::size_t meshes = 0;          ///< that nodes name and the file doesn't have
   std::size_t colours = 0;         ///< colours of vertices
   std::size_t channels = 0;        ///< meshes with more than one set of texture coordinates
+  std::size_t attributes = 0;      ///< lists of vertices that aren't as long as the positions
   std::size_t materials = 0;       ///< that no face shows
+  std::size_t variants = 0;        ///< other sets of materials that the scene may be shown with
+  std::size_t morphs = 0;          ///< shapes that meshes may take on
+  std::size_t hidden = 0;          ///< nodes that the scene hides
+  std::size_t scenes = 0;          ///< that aren't the file's default one
   std::size_t bones = 0;
   std::size_t animations = 0;
   std::size_t cameras = 0;

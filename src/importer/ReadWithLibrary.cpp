@@ -82,7 +82,7 @@ std::string WithoutFolder(const std::string& name, const std::string& path) {
 }
 
 /// Whether a reader found nothing at all in the file. Readers of text skip what they don't
-/// understand, so that any text would do; only a glTF document shows by its form what it is.
+/// understand, so that any text would do.
 bool IsEmpty(const aiScene& scene) {
   return scene.mNumMeshes == 0 && scene.mRootNode->mNumChildren == 0 && scene.mNumCameras == 0 &&
          scene.mNumLights == 0 && scene.mNumAnimations == 0;
@@ -159,7 +159,7 @@ LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& optio
     // Its reader takes anything, and puts up with an end anywhere before the first mesh.
     if (const std::string defect = FileDefect(path); !defect.empty()) RefuseFile(path, defect);
   }
-  if (IsEmpty(*scene) && result.format != SourceFormat::kGltf2) {
+  if (IsEmpty(*scene)) {
     RefuseBroken(path, "holds nothing that belongs to a scene");
   }
   result.hasEntities =

@@ -10,10 +10,9 @@ struct Reader {
   SourceFormat format;
 };
 
-constexpr std::array<Reader, 18> kReaders{{
+constexpr std::array<Reader, 17> kReaders{{
     {"Autodesk FBX", SourceFormat::kFbx},
     {"AC3D", SourceFormat::kAc3d},
-    {"glTF2", SourceFormat::kGltf2},
     {"glTF", SourceFormat::kGltf1},
     {"Collada", SourceFormat::kCollada},
     {"Wavefront Object", SourceFormat::kObj},

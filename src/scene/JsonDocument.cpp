@@ -41,6 +41,15 @@ void JsonDocument::CheckBeginning(const std::string& file, std::string_view begi
 
 JsonDocument::JsonDocument(const std::string& file, const FileText& text, std::size_t maxDepth)
     : file_(file), text_(text.View()), lists_(text_), rest_(lists_.TakeRest()) {
+  StartParsing(maxDepth);
+}
+
+JsonDocument::JsonDocument(const std::string& file, std::string_view text, std::size_t maxDepth)
+    : file_(file), text_(text), rest_(text) {
+  StartParsing(maxDepth);
+}
+
+void JsonDocument::StartParsing(std::size_t maxDepth) {
   if (text_.empty()) throw SceneError(file_ + ": the file is empty");
   rest_.reserve(rest_.size() + simdjson::SIMDJSON_PADDING);
   if (const auto error = parser_.allocate(rest_.size(), maxDepth)) FailSyntax(error);

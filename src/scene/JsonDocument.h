@@ -30,6 +30,9 @@ class JsonDocument {
   /// `text` must outlive the document. `maxDepth` is the deepest nesting of arrays and objects that
   /// will be read; ignored members may be nested deeper.
   JsonDocument(const std::string& file, const FileText& text, std::size_t maxDepth);
+  /// The same for a text that is no scene file's: none of its lists is parsed beforehand. `text`
+  /// must live as long as the document.
+  JsonDocument(const std::string& file, std::string_view text, std::size_t maxDepth);
   JsonDocument(const JsonDocument&) = delete;
   JsonDocument& operator=(const JsonDocument&) = delete;
   ~JsonDocument() = default;
@@ -60,6 +63,7 @@ class JsonDocument {
   [[noreturn]] void Fail(const JsonPlace& place, std::string_view message) const;
 
  private:
+  void StartParsing(std::size_t maxDepth);
   [[noreturn]] void FailSyntax(simdjson::error_code error) const;
 
   std::string file_;

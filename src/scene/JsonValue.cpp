@@ -62,12 +62,17 @@ simdjson::ondemand::array JsonValue::StartArray() {
   return document_.Get(result);
 }
 
-float JsonValue::ReadFloat() {
+double JsonValue::ReadDouble() {
   double number = 0;
   if (value_.raw_json_token().size() > kSafeNumber ||
       value_.get_double().get(number) != simdjson::SUCCESS) {
     number = ToDouble(CheckNumber("a number"));
   }
+  return number;
+}
+
+float JsonValue::ReadFloat() {
+  const double number = ReadDouble();
   if (!(std::abs(number) < kFloatOverflow)) {
     Fail(fmt::format("{} is out of the range of 32-bit floats",
                      PrintableText(CheckNumber("a number"), kShown)));

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "scene/JsonDocument.h"
+#include "scene/JsonSyntax.h"
 
 namespace mapexport {
 
@@ -39,6 +40,8 @@ class JsonValue {
 
   /// A number, rounded to double and then to the nearest float, which must be finite. -0 is kept.
   float ReadFloat();
+  /// A number, rounded to double; one too large for that is infinite.
+  double ReadDouble();
   /// A number from `least` to `most` without fraction and exponent.
   std::int64_t ReadInteger(std::int64_t least, std::int64_t most);
   bool ReadBool();
@@ -46,6 +49,8 @@ class JsonValue {
   std::string ReadText();
   /// The position in `choices` of a text that must be one of them.
   std::size_t ReadChoice(std::span<const std::string_view> choices);
+  /// What kind of value it is, in the words of JsonKind; reads nothing.
+  std::string_view Kind() { return JsonKind(*Start()); }
   /// Whether the value is null, which then is read.
   bool ReadNull();
   /// Checks the JSON of a value that is not needed.
@@ -104,6 +109,11 @@ class JsonObject {
   /// one that is given twice is an error.
   template <class... Reads>
   bool ReadMember(const JsonMember<Reads>&... members);
+  /// Calls `read` with the name and the JsonValue& of the next member, whatever it is called; false
+  /// when there is none. The name lives as long as the document; it is empty when it holds a lone
+  /// surrogate.
+  template <class Read>
+  bool ReadAnyMember(const Read& read);
   /// Reads all members.
   template <class... Reads>
   void ReadMembers(const JsonMember<Reads>&... members) {
@@ -114,6 +124,7 @@ class JsonObject {
  private:
   JsonObject(JsonDocument& document, simdjson::ondemand::object object, const JsonPlace& place)
       : document_(document), place_(place), next_(document.Get(object.begin())) {}
+  bool GoToNext();
   template <class Read>
   bool ReadIfNamed(std::string_view name, simdjson::ondemand::value value,
                    const JsonMember<Read>& member, std::uint32_t bit);
@@ -155,9 +166,7 @@ class JsonArray {
 template <class... Reads>
 bool JsonObject::ReadMember(const JsonMember<Reads>&... members) {
   static_assert(sizeof...(members) <= 32);
-  if (!atFirst_) ++next_;
-  atFirst_ = false;
-  if (next_ == simdjson::ondemand::object_iterator()) return false;  // any one stands for the end
+  if (!GoToNext()) return false;
   simdjson::ondemand::field field = document_.Get(*next_);
   const std::string_view name = NameOf(field);
   std::uint32_t bit = 1;
@@ -165,6 +174,22 @@ bool JsonObject::ReadMember(const JsonMember<Reads>&... members) {
       ((ReadIfNamed(name, field.value(), members, bit) || (bit <<= 1, false)) || ...);
   if (!described) document_.Check(CheckJsonValue, field.value().raw_json_token().data());
   return true;
+}
+
+template <class Read>
+bool JsonObject::ReadAnyMember(const Read& read) {
+  if (!GoToNext()) return false;
+  simdjson::ondemand::field field = document_.Get(*next_);
+  const std::string_view name = NameOf(field);
+  JsonValue value(document_, field.value(), JsonPlace(place_, name));
+  read(name, value);
+  return true;
+}
+
+inline bool JsonObject::GoToNext() {
+  if (!atFirst_) ++next_;
+  atFirst_ = false;
+  return !(next_ == simdjson::ondemand::object_iterator());  // any one stands for the end
 }
 
 template <class Read>

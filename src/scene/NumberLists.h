@@ -22,6 +22,8 @@ namespace mapexport {
 /// is hidden.
 class NumberLists {
  public:
+  /// No lists and no rest.
+  NumberLists() = default;
   /// A zero byte must follow `text` in memory. Time is linear in its size.
   explicit NumberLists(std::string_view text);
 

@@ -141,9 +141,6 @@ void WindowPresenter::Show(const QCursor& cursor) {
 
 }  // namespace mapexport
 
-// The one function of this library that can be seen from outside.
-extern "C" mapexport::CreatePresenterFunction CreatePresenter;
-
 mapexport::Presenter* CreatePresenter(unsigned version, const char* title) {
   if (version != mapexport::kPresenterVersion) return nullptr;
   return new mapexport::WindowPresenter(title);

@@ -41,3 +41,6 @@ class WindowPresenter : public Presenter {
 };
 
 }  // namespace mapexport
+
+/// The one function of this library that can be seen from outside.
+extern "C" mapexport::CreatePresenterFunction CreatePresenter;

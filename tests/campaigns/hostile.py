@@ -132,6 +132,23 @@ CASES = [
         "a.gltf", gltf(accessors=accessor(count=10**18)))),
     ("a glTF accessor of no buffer", EITHER, "", write(
         "a.gltf", gltf(accessors=[{"componentType": 5126, "count": 2**31, "type": "VEC3"}]))),
+    ("glTF instances without data", REFUSED, "more than a file", write("a.gltf", gltf(
+        nodes=[{"mesh": 0, "extensions": {"EXT_mesh_gpu_instancing": {
+            "attributes": {"TRANSLATION": 1}}}}],
+        accessors=accessor() + [{"componentType": 5126, "count": 10**7, "type": "VEC3"}]))),
+    ("10,000 glTF primitives of one large accessor", REFUSED, "more than a file", write(
+        "a.gltf", gltf(meshes=[{"primitives": [{"attributes": {"POSITION": 0}}] * 10_000}],
+                       accessors=[{"componentType": 5126, "count": 60_000, "type": "VEC3"}]))),
+    ("a meshopt stream of 10^12 elements", REFUSED, "can't hold so many", write(
+        "a.gltf", gltf(bufferViews=[{"buffer": 0, "byteLength": 36, "extensions": {
+            "EXT_meshopt_compression": {"buffer": 0, "byteLength": 36, "byteStride": 12,
+                                        "count": 10**12, "mode": "ATTRIBUTES"}}}]))),
+    ("a Draco stream that is none", REFUSED, "its data is damaged", write(
+        "a.gltf", gltf(meshes=[{"primitives": [{"attributes": {"POSITION": 0}, "extensions": {
+            "KHR_draco_mesh_compression": {"bufferView": 0, "attributes": {}}}}]}]))),
+    ("a glTF node that has 2^40 ways to it", REFUSED, "is a child of nodes[0] already", write(
+        "a.gltf", gltf(nodes=[{"children": [min(i + 1, 40)] * 2} for i in range(40)]
+                       + [{"mesh": 0}]))),
     ("a glTF accessor beyond its view", REFUSED, "", write(
         "a.gltf", gltf(accessors=accessor(byteOffset=4294967292)))),
     ("a glTF view beyond its buffer", REFUSED, "", write(
@@ -190,9 +207,6 @@ CASES = [
         "a.gltf", gltf(buffers=buffer(ESCAPES + "\n.bin")))),
     # These two take the time or the memory that a reader is allowed.
     ("a 3MF file that unpacks to 2 GiB", REFUSED, "", package_3mf(bomb, 2 << 10)),
-    ("a glTF node that has 2^40 ways to it", REFUSED, "", write(
-        "a.gltf", gltf(nodes=[{"children": [min(i + 1, 40)] * 2} for i in range(40)]
-                       + [{"mesh": 0}]))),
 ]
 
 

@@ -1,9 +1,6 @@
 // The library's node tree as the artist made it.
 #include "importer/fbx/FoldHelperNodes.h"
 
-#include <algorithm>
-#include <cmath>
-#include <filesystem>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -13,6 +10,7 @@
 
 #include "importer/LeftOut.h"
 #include "importer/ReadWithLibrary.h"
+#include "importer/rebuild/AssembleTree.h"
 #include "importer/rebuild/LibraryValues.h"
 #include "importer/rebuild/UserProperties.h"
 #include "scene/Scene.h"
@@ -22,16 +20,6 @@ namespace mapexport {
 namespace {
 
 constexpr std::string_view kHelperMark = "$AssimpFbx$";
-constexpr double kLargestNumber = 1e30;
-
-bool IsUsable(const AffineMatrix& matrix) {
-  for (const std::array<double, 4>& row : matrix.rows) {
-    // Written so that a NaN fails.
-    if (!std::ranges::all_of(row, [](double x) { return std::abs(x) <= kLargestNumber; }))
-      return false;
-  }
-  return true;
-}
 
 std::span<aiNode* const> ChildrenOf(const aiNode& node) {
   if (node.mChildren == nullptr) return {};
@@ -46,11 +34,7 @@ bool HasMeshes(const aiNode& node) {
 /// scene, by any name; others are named after the file, or by its whole path.
 bool IsInventedName(const LibraryScene& source, std::string_view name) {
   if (source.format == SourceFormat::kFbx || source.format == SourceFormat::kCollada) return true;
-  constexpr std::array<std::string_view, 6> kInvented{"",     "RootNode",    "ROOT",
-                                                      "root", "$dummy_root", "$CSM_DummyRoot"};
-  return std::ranges::find(kInvented, name) != kInvented.end() ||
-         (name.starts_with('<') && name.ends_with('>')) || name == source.path ||
-         name == std::filesystem::path(source.path).filename().string();
+  return IsInventedRootName(source.path, name);
 }
 
 /// "Box_$AssimpFbx$_Translation" without what the library added: "Box".

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 
 namespace mapexport {
@@ -25,6 +26,17 @@ inline AffineMatrix operator*(const AffineMatrix& outer, const AffineMatrix& inn
     }
   }
   return product;
+}
+
+/// Whether all its numbers are finite and leave room for what is done with them.
+inline bool IsUsable(const AffineMatrix& matrix) {
+  constexpr double kLargestNumber = 1e30;
+  for (const std::array<double, 4>& row : matrix.rows) {
+    for (const double number : row) {
+      if (!(std::abs(number) <= kLargestNumber)) return false;  // a NaN, too
+    }
+  }
+  return true;
 }
 
 }  // namespace mapexport

@@ -10,7 +10,6 @@
 #include <unordered_set>
 #include <utility>
 
-#include <assimp/GltfMaterial.h>
 #include <assimp/scene.h>
 #include <fmt/format.h>
 
@@ -61,14 +60,6 @@ Color ColorOf(const aiMaterial& material, const Key& key) {
   return {finite(color.r), finite(color.g), finite(color.b)};
 }
 
-/// Whether a glTF file says that the alpha of the colour, which the library gives as the opacity,
-/// means nothing.
-bool IsOpaque(const aiMaterial& material) {
-  aiString mode;
-  return material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == aiReturn_SUCCESS &&
-         BytesOf(mode) == "OPAQUE";
-}
-
 /// The map in the first of the two slots in which readers store what the host calls the diffuse
 /// map.
 std::optional<SceneTexture> DiffuseMap(const LibraryScene& source, const aiMaterial& material) {
@@ -96,9 +87,7 @@ SceneMaterial ImportMaterial(const LibraryScene& source, const aiMaterial& mater
   host.ambient = ColorOf(material, {AI_MATKEY_COLOR_AMBIENT});
   host.diffuse = ColorOf(material, {AI_MATKEY_COLOR_DIFFUSE});
   host.specular = ColorOf(material, {AI_MATKEY_COLOR_SPECULAR});
-  if (!IsOpaque(material)) {
-    host.opacity = std::clamp(FloatOf(material, 1.0f, {AI_MATKEY_OPACITY}), 0.0f, 1.0f);
-  }
+  host.opacity = std::clamp(FloatOf(material, 1.0f, {AI_MATKEY_OPACITY}), 0.0f, 1.0f);
   host.shininess = FloatOf(material, 0.0f, {AI_MATKEY_SHININESS});
   host.shininessStrength = FloatOf(material, 0.0f, {AI_MATKEY_SHININESS_STRENGTH});
   host.shading = IntegerOf(material, {AI_MATKEY_SHADING_MODEL});
@@ -133,17 +122,15 @@ void ApplyFile(const FileMaterial& file, SceneMaterial& host) {
 }
 
 /// Whether the reader made this material up for meshes that have none. Most readers call it
-/// "DefaultMaterial"; the glTF readers add a nameless one behind the file's own, those of OFF and
+/// "DefaultMaterial"; the one of glTF 1 adds a nameless one behind the file's own, those of OFF and
 /// PLY give a nameless one, even two-sided, to every mesh.
 bool IsStandIn(const LibraryScene& source, const aiMaterial& material, const std::string& name,
                std::size_t index) {
   // The second one is what the library's reader of .3ds files calls it.
-  const bool isGltf =
-      source.format == SourceFormat::kGltf1 || source.format == SourceFormat::kGltf2;
+  const bool isGltf = source.format == SourceFormat::kGltf1;
   if (!name.empty()) return !isGltf && (name == AI_DEFAULT_MATERIAL_NAME || name == "%%%DEFAULT");
   switch (source.format) {
     case SourceFormat::kGltf1:
-    case SourceFormat::kGltf2:
       return index + 1 == source.scene->mNumMaterials;
     case SourceFormat::kOff:
     case SourceFormat::kPly:

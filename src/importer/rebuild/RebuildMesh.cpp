@@ -1,153 +1,64 @@
 // A host mesh from the library's meshes of one node.
 #include "importer/rebuild/RebuildMesh.h"
 
-#include <algorithm>
-#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <limits>
-#include <utility>
 
 #include <assimp/scene.h>
 
 #include "importer/LeftOut.h"
-#include "importer/rebuild/MaterialParts.h"
-#include "importer/rebuild/PointTable.h"
-#include "importer/rebuild/RebuildSmoothing.h"
 #include "system/IsFinite.h"
 
 namespace mapexport {
 namespace {
 
-constexpr std::uint32_t kUnused = std::numeric_limits<std::uint32_t>::max();
-
-Point3 PointOf(const aiVector3D& v) {
-  return {v.x, v.y, v.z};
+std::vector<Point3> PointsOf(const aiVector3D* vectors, std::size_t count) {
+  std::vector<Point3> points;
+  if (vectors == nullptr) return points;
+  points.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    points.push_back({vectors[i].x, vectors[i].y, vectors[i].z});
+  }
+  return points;
 }
 
-struct Triangle {
-  std::array<unsigned, 3> corners;
-  unsigned face;  ///< index in the library's mesh
-};
-
-/// The triangles of `mesh` whose corners exist and are finite. Counts everything else.
-std::vector<Triangle> SoundTriangles(const aiMesh& mesh, LeftOut& leftOut) {
-  std::vector<bool> isSound(mesh.mVertices == nullptr ? 0 : mesh.mNumVertices);
-  for (std::size_t v = 0; v < isSound.size(); ++v) {
-    isSound[v] = IsFinite(PointOf(mesh.mVertices[v]));
-    if (!isSound[v]) ++leftOut.vertices;
-  }
-  std::vector<Triangle> triangles;
+/// Adds the triangles of `mesh`; counts everything else. `isFlat` by the mesh's face, or empty.
+void AddTo(MeshBuilder& builder, const aiMesh& mesh, int material, const std::vector<bool>& isFlat,
+           LeftOut& leftOut) {
+  std::vector<CornerIndices> triangles;
+  std::vector<std::uint8_t> flatTriangles;
   const unsigned faceCount = mesh.mFaces == nullptr ? 0 : mesh.mNumFaces;
   triangles.reserve(faceCount);
   for (unsigned f = 0; f < faceCount; ++f) {
     const aiFace& face = mesh.mFaces[f];
     const unsigned corners = face.mIndices == nullptr ? 0 : face.mNumIndices;
     if (corners == 3) {
-      const Triangle triangle{{face.mIndices[0], face.mIndices[1], face.mIndices[2]}, f};
-      const bool sound = std::ranges::all_of(
-          triangle.corners, [&](unsigned v) { return v < isSound.size() && isSound[v]; });
-      if (sound)
-        triangles.push_back(triangle);
-      else
-        ++leftOut.faces;
-    } else if (corners == 1) {
-      ++leftOut.points;
-    } else if (corners == 2) {
-      ++leftOut.lines;
+      triangles.push_back({face.mIndices[0], face.mIndices[1], face.mIndices[2]});
+      flatTriangles.push_back(f < isFlat.size() && isFlat[f] ? 1 : 0);
     } else {
-      ++leftOut.polygons;
+      ++(corners == 1 ? leftOut.points : corners == 2 ? leftOut.lines : leftOut.polygons);
     }
   }
-  return triangles;
+  leftOut.bones += mesh.mNumBones;
+  if (mesh.mColors[0] != nullptr) leftOut.colours += mesh.mNumVertices;
+  if (mesh.mTextureCoords[1] != nullptr) ++leftOut.channels;
+
+  const std::vector<Point3> positions = PointsOf(mesh.mVertices, mesh.mNumVertices);
+  if (triangles.empty()) {  // else those of the triangles are counted
+    for (const Point3& position : positions) leftOut.vertices += IsFinite(position) ? 0U : 1U;
+  }
+  const std::vector<Point3> normals = PointsOf(mesh.mNormals, positions.size());
+  std::vector<Point3> coordinates = PointsOf(mesh.mTextureCoords[0], positions.size());
+  if (mesh.mNumUVComponents[0] != 3) {
+    for (Point3& uvw : coordinates) uvw.z = 0.0f;
+  }
+  builder.Add({.positions = positions,
+               .normals = normals,
+               .textureCoordinates = coordinates,
+               .triangles = triangles,
+               .isFlat = flatTriangles,
+               .material = material});
 }
-
-class MeshBuilder {
- public:
-  explicit MeshBuilder(LeftOut& leftOut) : leftOut_(leftOut) {}
-
-  /// `isFlat` by the mesh's face, or empty.
-  void Add(const aiMesh& source, int material, const std::vector<bool>& isFlat) {
-    const std::vector<Triangle> triangles = SoundTriangles(source, leftOut_);
-    leftOut_.bones += source.mNumBones;
-    if (source.mColors[0] != nullptr) leftOut_.colours += source.mNumVertices;
-    if (source.mTextureCoords[1] != nullptr) ++leftOut_.channels;
-    if (triangles.empty()) return;
-    const std::uint16_t materialId = materials_.IdOf(material);
-    const std::vector<std::uint32_t> vertexOf = AddVertices(source, triangles);
-    AddTextureFaces(source, triangles);
-    for (const Triangle& triangle : triangles) {
-      Face face;
-      CornerNormals corners{};
-      // Without normals a face is smooth with no other.
-      const bool hasNormals =
-          source.mNormals != nullptr && (triangle.face >= isFlat.size() || !isFlat[triangle.face]);
-      for (std::size_t k = 0; k < 3; ++k) {
-        const unsigned corner = triangle.corners[k];
-        face.v[k] = vertexOf[corner];
-        if (hasNormals) corners[k] = PointOf(source.mNormals[corner]);
-      }
-      face.SetMatID(materialId);
-      mesh_.faces.push_back(face);
-      normals_.push_back(corners);
-    }
-    hasNormals_ = hasNormals_ || source.mNormals != nullptr;
-  }
-
-  RebuiltMesh Finish() {
-    if (mesh_.faces.empty()) return {};
-    mesh_.verts = positions_.TakePoints();
-    if (hasTexture_)
-      mesh_.tVerts = textureVertices_.TakePoints();
-    else
-      mesh_.tvFace.clear();
-    if (hasNormals_) leftOut_.creases += RebuildSmoothing(mesh_, normals_);
-    return {std::make_shared<const Mesh>(std::move(mesh_)), materials_.Take()};
-  }
-
- private:
-  /// The new index of each vertex that the triangles use, in the order of the vertices.
-  std::vector<std::uint32_t> AddVertices(const aiMesh& source,
-                                         const std::vector<Triangle>& triangles) {
-    std::vector<std::uint32_t> vertexOf(source.mNumVertices, kUnused);
-    for (const Triangle& triangle : triangles) {
-      for (const unsigned v : triangle.corners) vertexOf[v] = 0;
-    }
-    for (std::size_t v = 0; v < vertexOf.size(); ++v) {
-      if (vertexOf[v] != kUnused) vertexOf[v] = positions_.Add(PointOf(source.mVertices[v]));
-    }
-    return vertexOf;
-  }
-
-  /// Meshes without texture coordinates get (0, 0, 0), for others of the node may have some.
-  void AddTextureFaces(const aiMesh& source, const std::vector<Triangle>& triangles) {
-    const aiVector3D* const coordinates = source.mTextureCoords[0];
-    hasTexture_ = hasTexture_ || coordinates != nullptr;
-    const bool hasDepth = source.mNumUVComponents[0] == 3;
-    for (const Triangle& triangle : triangles) {
-      TVFace face;
-      for (std::size_t k = 0; k < 3; ++k) {
-        Point3 uvw;
-        if (coordinates != nullptr) uvw = PointOf(coordinates[triangle.corners[k]]);
-        if (!hasDepth) uvw.z = 0.0f;
-        if (!IsFinite(uvw)) {
-          uvw = {};
-          ++leftOut_.textureCorners;
-        }
-        face.t[k] = textureVertices_.Add(uvw);
-      }
-      mesh_.tvFace.push_back(face);
-    }
-  }
-
-  LeftOut& leftOut_;
-  Mesh mesh_;
-  PointTable positions_;
-  PointTable textureVertices_;
-  std::vector<CornerNormals> normals_;
-  bool hasNormals_ = false;
-  bool hasTexture_ = false;
-  MaterialParts materials_;
-};
 
 }  // namespace
 
@@ -163,8 +74,8 @@ RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndi
       continue;
     }
     const unsigned material = mesh->mMaterialIndex;
-    builder.Add(*mesh, material < hostMaterials.size() ? hostMaterials[material] : -1,
-                index < flatFaces.size() ? flatFaces[index] : std::vector<bool>());
+    AddTo(builder, *mesh, material < hostMaterials.size() ? hostMaterials[material] : -1,
+          index < flatFaces.size() ? flatFaces[index] : std::vector<bool>(), leftOut);
   }
   return builder.Finish();
 }

@@ -19,6 +19,7 @@
 #include "importer/fbx/FbxLinks.h"
 #include "importer/fbx/FoldHelperNodes.h"
 #include "importer/fbx/InstanceMaterials.h"
+#include "importer/rebuild/AssembleTree.h"
 #include "importer/rebuild/AxesAndUnits.h"
 #include "importer/rebuild/ImportMaterials.h"
 #include "importer/rebuild/LibraryValues.h"
@@ -34,19 +35,6 @@ namespace {
 std::span<const unsigned> MeshesOf(const aiNode& node) {
   if (node.mMeshes == nullptr) return {};
   return {node.mMeshes, node.mNumMeshes};
-}
-
-/// Adds `nodes`, which are in the pre-order that `folded` describes, below `root`.
-void AssembleTree(const std::vector<FoldedNode>& folded, std::vector<SceneNode> nodes,
-                  SceneNode& root) {
-  // From the back, a node is complete when its turn comes; its children are in reverse until then.
-  for (std::size_t i = nodes.size(); i-- > 0;) {
-    std::ranges::reverse(nodes[i].children);
-    SceneNode& parent =
-        folded[i].parent < 0 ? root : nodes[static_cast<std::size_t>(folded[i].parent)];
-    parent.children.push_back(std::move(nodes[i]));
-  }
-  std::ranges::reverse(root.children);
 }
 
 /// Gives the nodes that share a mesh the materials that the file has for each of them.
@@ -151,7 +139,9 @@ void RebuildScene(const LibraryScene& source, const ImportOptions& options, Impo
   }
   result.scene.materials = materials.Take();
   WarnOfCutNames(nodes, result.scene.materials, result.remarks);
-  AssembleTree(folded, std::move(nodes), result.scene.root);
+  std::vector<int> parents;
+  for (const FoldedNode& node : folded) parents.push_back(node.parent);
+  AssembleTree(parents, std::move(nodes), result.scene.root);
   properties.AddRemarks(result.remarks);
 }
 

@@ -31,24 +31,6 @@ UvMatrix AboutTheMiddle(const aiUVTransform& stored, double radians) {
   return m;
 }
 
-/// glTF 2: scale, rotate and offset with v down, seen with v up.
-UvMatrix OfGltf(const aiUVTransform& stored) {
-  const double rotation = -static_cast<double>(stored.mRotation);
-  const double c = std::cos(rotation);
-  const double s = std::sin(rotation);
-  const double scaleU = static_cast<double>(stored.mScaling.x);
-  const double scaleV = static_cast<double>(stored.mScaling.y);
-  const double offsetU = static_cast<double>(stored.mTranslation.x) - 0.5 * scaleU * (-c + s + 1);
-  const double offsetV =
-      1 - scaleV + 0.5 * scaleV * (s + c - 1) - static_cast<double>(stored.mTranslation.y);
-  return {.uu = scaleU * c,
-          .uv = scaleU * s,
-          .vu = -scaleV * s,
-          .vv = scaleV * c,
-          .offsetU = offsetU + scaleV * s,
-          .offsetV = 1 - offsetV - scaleV * c};
-}
-
 Point3 Rounded(double u, double v) {
   // The added zero makes +0 of the -0 that a sign change leaves.
   return {static_cast<float>(u + 0.0), static_cast<float>(v + 0.0), 0.0f};
@@ -58,10 +40,8 @@ Point3 Rounded(double u, double v) {
 
 Matrix3 TextureTransform(const aiUVTransform& stored, SourceFormat format) {
   const double angle = static_cast<double>(stored.mRotation);
-  const UvMatrix m = format == SourceFormat::kGltf2 ? OfGltf(stored)
-                     : format == SourceFormat::kFbx
-                         ? AboutTheMiddle(stored, angle * std::numbers::pi / 180)
-                         : AboutTheMiddle(stored, angle);
+  const UvMatrix m =
+      AboutTheMiddle(stored, format == SourceFormat::kFbx ? angle * std::numbers::pi / 180 : angle);
   Matrix3 host;
   host.rows[0] = Rounded(m.uu, m.uv);
   host.rows[1] = Rounded(m.vu, m.vv);

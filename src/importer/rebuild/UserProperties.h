@@ -14,9 +14,8 @@ namespace mapexport {
 struct LibraryScene;
 
 /// The text that the host would hold for `node`, valid UTF-8, lines ended as in the file. FBX: what
-/// the modelling application stored as the node's user properties. glTF: the member
-/// `userProperties` of the node's `extras`, then a line for each member that is `true`: its name.
-/// Other formats have none.
+/// the modelling application stored as the node's user properties. The library's other formats have
+/// none.
 std::string UserPropertyText(const LibraryScene& source, const aiNode& node);
 
 /// Reads the texts of all nodes and remembers what is wrong with them.
@@ -27,23 +26,15 @@ class UserPropertyReader {
 
   /// UserPropertyText of a node whose name is `nodeName`, whole where the library has cut it.
   std::string TextOf(const aiNode& node, const std::string& nodeName);
-  /// Warnings of texts that are probably cut (as long as the library's texts can be, and not found
-  /// whole in the file), and of members of glTF extras that are named like a keyword but aren't
-  /// `true`.
+  /// A warning of texts that are probably cut, since they are as long as the library's texts can
+  /// be and the file has none that goes on.
   void AddRemarks(Remarks& remarks) const;
 
  private:
-  struct Finding {
-    std::string node;  // the first one
-    std::string detail;
-    std::size_t count = 0;
-  };
-  static void Note(Finding& finding, const std::string& node, const std::string& detail);
-
   const LibraryScene& source_;
   WholeTexts wholeTexts_;
-  Finding cutTexts_;
-  Finding idleMembers_;
+  std::string firstCut_;  // name of the first node whose text is cut
+  std::size_t cutCount_ = 0;
 };
 
 }  // namespace mapexport

@@ -72,8 +72,8 @@ std::string TexturePath(const LibraryScene& source, const aiString& stored) {
   const std::string text = source.Text(stored);
   if (const std::optional<unsigned> index = EmbeddedIndex(text))
     return NormalisedTexturePath(EmbeddedName(source, *index));
-  const bool isUri = source.format == SourceFormat::kGltf1 || source.format == SourceFormat::kGltf2;
-  return NormalisedTexturePath(isUri ? ValidUtf8(DecodePercents(text)) : text);
+  return NormalisedTexturePath(
+      source.format == SourceFormat::kGltf1 ? ValidUtf8(DecodePercents(text)) : text);
 }
 
 }  // namespace mapexport

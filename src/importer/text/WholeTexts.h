@@ -10,10 +10,7 @@ namespace mapexport {
 
 struct LibraryScene;
 
-/// The member of a glTF node's extras that holds its user property text.
-inline constexpr std::string_view kGltfTextMember = "userProperties";
-
-/// The long user property texts of an FBX or glTF file. The library's texts hold 1,023 bytes.
+/// The long user property texts of an FBX file. The library's texts hold 1,023 bytes.
 class WholeTexts {
  public:
   /// `source` must outlive this object. The file is read again when it is first asked for.
@@ -26,7 +23,6 @@ class WholeTexts {
  private:
   void Read();
   void ReadFbx(std::string_view file);
-  void ReadGltf(std::string_view json);
   void Add(const std::string& nodeName, std::string_view text);
 
   const LibraryScene& source_;

@@ -1,0 +1,269 @@
+// The meshes of glTF nodes, each made once.
+#include "importer/gltf/GltfObjects.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "importer/LeftOut.h"
+#include "importer/SourceFile.h"
+#include "importer/gltf/DecodeDraco.h"
+#include "importer/gltf/GltfDeform.h"
+#include "importer/gltf/GltfMaterials.h"
+#include "importer/gltf/GltfTransform.h"
+#include "importer/rebuild/MaterialTable.h"
+
+namespace mapexport {
+namespace {
+
+// Modes of primitives. What comes before is points, separate lines, a ring and a row of them.
+constexpr int kLines = 1;
+constexpr int kLineLoop = 2;
+constexpr int kTriangles = 4;
+constexpr int kTriangleStrip = 5;
+
+/// The index of the attribute, kNoGltfIndex when there is none.
+int Find(const GltfAttributes& attributes, std::string_view name) {
+  const auto found = std::ranges::find(attributes, name, &GltfAttribute::name);
+  return found == attributes.end() ? kNoGltfIndex : found->index;
+}
+
+std::size_t ComponentsOf(std::string_view type) {
+  if (type == "SCALAR") return 1;
+  if (type.size() == 4 && type.starts_with("VEC")) return static_cast<std::size_t>(type[3] - '0');
+  return 0;
+}
+
+std::size_t LineCount(int mode, std::size_t corners) {
+  if (mode == kLines) return corners / 2;
+  return mode == kLineLoop ? corners : corners - std::min<std::size_t>(corners, 1);
+}
+
+}  // namespace
+
+struct GltfObjects::Deformation {
+  std::span<const float> weights;  // of the morph targets
+  bool isSkinned = false;
+  std::vector<AffineMatrix> matrices;  // of the joints
+};
+
+NodeObject GltfObjects::Find(const GltfNode& node, const std::string& nodeName) {
+  if (node.mesh == kNoGltfIndex) return {};
+  const auto [place, isNew] = objects_.try_emplace({node.mesh, node.skin, node.weights});
+  NodeObject& object = place->second;
+  if (!isNew) return object;
+  RebuiltMesh made = Make(node);
+  object.object = made.mesh == nullptr ? SceneObject::kHelper : SceneObject::kMesh;
+  if (made.mesh != nullptr) object.material = materials_.OfParts(made.partMaterials, nodeName);
+  object.mesh = std::move(made.mesh);
+  return object;
+}
+
+RebuiltMesh GltfObjects::Make(const GltfNode& node) {
+  const GltfMesh& mesh = document_.meshes[static_cast<std::size_t>(node.mesh)];
+  Deformation deformation;
+  deformation.weights = node.weights.empty() ? mesh.weights : node.weights;
+  deformation.isSkinned = node.skin != kNoGltfIndex;
+  if (deformation.isSkinned) deformation.matrices = JointMatrices(node.skin);
+  MeshBuilder builder(leftOut_);
+  std::size_t targets = 0;
+  for (std::size_t i = 0; i < mesh.primitives.size(); ++i) {
+    targets = std::max(targets, mesh.primitives[i].targets.size());
+    AddPrimitive(mesh.primitives[i], fmt::format("meshes[{}].primitives[{}]", node.mesh, i),
+                 deformation, builder);
+  }
+  leftOut_.morphs += targets;
+  return builder.Finish();
+}
+
+void GltfObjects::AddPrimitive(const GltfPrimitive& primitive, const std::string& place,
+                               const Deformation& deformation, MeshBuilder& builder) {
+  if (primitive.draco) ReadDraco(primitive, place);
+  const int positionAccessor = mapexport::Find(primitive.attributes, "POSITION");
+  if (positionAccessor == kNoGltfIndex)
+    RefuseFile(path_, place + ".attributes.POSITION: is missing");
+  GltfPoints positions = accessors_.Points(positionAccessor);
+  const std::vector<CornerIndices> triangles =
+      Triangles(primitive, positionAccessor, positions->size());
+  if (triangles.empty()) return;
+
+  const int normalAccessor = mapexport::Find(primitive.attributes, "NORMAL");
+  GltfPoints normals;
+  if (normalAccessor != kNoGltfIndex) {
+    normals = OfVertices(accessors_.Points(normalAccessor), positions->size());
+  }
+  if (mapexport::Find(primitive.attributes, "COLOR_0") != kNoGltfIndex) {
+    leftOut_.colours += positions->size();
+  }
+  const GltfPoints coordinates = TexturePoints(primitive, positions->size());
+
+  std::vector<Point3> ownPositions;
+  std::vector<Point3> ownNormals;
+  const bool isMorphed =
+      std::ranges::any_of(deformation.weights, [](float weight) { return weight != 0; });
+  const bool isDeformed = deformation.isSkinned || (isMorphed && !primitive.targets.empty());
+  if (isDeformed) {
+    ownPositions = Morphed(primitive, "POSITION", *positions, deformation);
+    if (normals != nullptr) ownNormals = Morphed(primitive, "NORMAL", *normals, deformation);
+    if (deformation.isSkinned) Skin(primitive, place, deformation, ownPositions, ownNormals);
+  }
+  MeshPart part;
+  part.positions = isDeformed ? std::span<const Point3>(ownPositions) : *positions;
+  if (normals != nullptr)
+    part.normals = isDeformed ? std::span<const Point3>(ownNormals) : *normals;
+  if (coordinates != nullptr) part.textureCoordinates = *coordinates;
+  part.triangles = triangles;
+  part.material = primitive.material;
+  builder.Add(part);
+}
+
+/// Puts what a Draco stream holds in the place of the primitive's accessors.
+void GltfObjects::ReadDraco(const GltfPrimitive& primitive, const std::string& place) {
+  const GltfDraco& draco = *primitive.draco;
+  const std::string here = place + ".extensions.KHR_draco_mesh_compression";
+  if (draco.bufferView == kNoGltfIndex) RefuseFile(path_, here + ".bufferView: is missing");
+  std::vector<DracoAttribute> attributes;
+  std::vector<int> targets;
+  for (const GltfAttribute& attribute : draco.attributes) {
+    const int target = mapexport::Find(primitive.attributes, attribute.name);
+    if (target == kNoGltfIndex) continue;
+    const GltfAccessor& accessor = document_.accessors[static_cast<std::size_t>(target)];
+    targets.push_back(target);
+    attributes.push_back({.id = static_cast<std::uint32_t>(attribute.index),
+                          .componentType = accessor.componentType,
+                          .components = ComponentsOf(accessor.type),
+                          .bytes = {}});
+  }
+  DracoMesh mesh;
+  const std::string defect = DecodeDraco(accessors_.Bytes(draco.bufferView), attributes, mesh);
+  if (!defect.empty()) RefuseFile(path_, fmt::format("{}: {}", here, defect));
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    accessors_.Replace(targets[i], attributes[i].componentType, std::move(attributes[i].bytes));
+  }
+  if (primitive.indices == kNoGltfIndex) RefuseFile(path_, place + ".indices: is missing");
+  accessors_.Replace(primitive.indices, kGltfUnsignedInt, std::move(mesh.indices));
+}
+
+/// Counts points and lines.
+std::vector<CornerIndices> GltfObjects::Triangles(const GltfPrimitive& primitive, int positions,
+                                                  std::size_t vertices) {
+  std::vector<std::uint32_t> corners;
+  if (primitive.indices != kNoGltfIndex) {
+    corners = accessors_.Indices(primitive.indices);
+  } else {
+    accessors_.CountUse(positions);
+    corners.resize(vertices);
+    for (std::size_t i = 0; i < vertices; ++i) corners[i] = static_cast<std::uint32_t>(i);
+  }
+  std::vector<CornerIndices> triangles;
+  const std::size_t count = corners.size();
+  if (primitive.mode < kLines) {
+    leftOut_.points += count;
+  } else if (primitive.mode < kTriangles) {
+    leftOut_.lines += LineCount(primitive.mode, count);
+  } else if (primitive.mode == kTriangles) {
+    triangles.reserve(count / 3);
+    for (std::size_t i = 0; i + 2 < count; i += 3) {
+      triangles.push_back({corners[i], corners[i + 1], corners[i + 2]});
+    }
+    if (count % 3 != 0) ++leftOut_.faces;
+  } else if (count > 2) {
+    triangles.reserve(count - 2);
+    const bool isStrip = primitive.mode == kTriangleStrip;
+    for (std::size_t i = 0; i + 2 < count; ++i) {
+      if (!isStrip)
+        triangles.push_back({corners[0], corners[i + 1], corners[i + 2]});
+      else if (i % 2 == 0)
+        triangles.push_back({corners[i], corners[i + 1], corners[i + 2]});
+      else
+        triangles.push_back({corners[i + 1], corners[i], corners[i + 2]});
+    }
+  }
+  return triangles;
+}
+
+/// The points of an attribute, null when they aren't one for each vertex.
+GltfPoints GltfObjects::OfVertices(GltfPoints points, std::size_t vertices) {
+  if (points->size() == vertices) return points;
+  ++leftOut_.attributes;
+  return nullptr;
+}
+
+/// The coordinates that the material's picture is shown with; those of set 0 when it has none or
+/// the mesh doesn't have its set.
+GltfPoints GltfObjects::TexturePoints(const GltfPrimitive& primitive, std::size_t vertices) {
+  const auto isSet = [](const GltfAttribute& a) { return a.name.starts_with("TEXCOORD_"); };
+  if (std::ranges::count_if(primitive.attributes, isSet) > 1) ++leftOut_.channels;
+  int set = 0;
+  if (primitive.material != kNoGltfIndex) {
+    const GltfMaterial& material =
+        document_.materials[static_cast<std::size_t>(primitive.material)];
+    if (const GltfTextureUse* const shown = ShownTexture(material)) set = shown->set;
+  }
+  int accessor = mapexport::Find(primitive.attributes, fmt::format("TEXCOORD_{}", set));
+  if (accessor == kNoGltfIndex) accessor = mapexport::Find(primitive.attributes, "TEXCOORD_0");
+  if (accessor == kNoGltfIndex) return nullptr;
+  return OfVertices(accessors_.TexturePoints(accessor), vertices);
+}
+
+std::vector<Point3> GltfObjects::Morphed(const GltfPrimitive& primitive, std::string_view attribute,
+                                         const std::vector<Point3>& points,
+                                         const Deformation& deformation) {
+  std::vector<Point3> morphed = points;
+  const std::size_t count = std::min(deformation.weights.size(), primitive.targets.size());
+  for (std::size_t t = 0; t < count; ++t) {
+    const int accessor = mapexport::Find(primitive.targets[t], attribute);
+    if (deformation.weights[t] == 0 || accessor == kNoGltfIndex) continue;
+    AddMorph(morphed, *accessors_.Points(accessor), deformation.weights[t]);
+  }
+  return morphed;
+}
+
+std::vector<AffineMatrix> GltfObjects::JointMatrices(int skin) {
+  const GltfSkin& source = document_.skins[static_cast<std::size_t>(skin)];
+  std::vector<AffineMatrix> matrices;
+  for (const int joint : source.joints)
+    matrices.push_back(worlds_[static_cast<std::size_t>(joint)]);
+  if (source.inverseBindMatrices == kNoGltfIndex) return matrices;
+  const auto inverses = accessors_.Matrices(source.inverseBindMatrices);
+  if (inverses.size() < matrices.size()) {
+    RefuseFile(path_, fmt::format("skins[{}].inverseBindMatrices: {} matrices, there are {} joints",
+                                  skin, inverses.size(), matrices.size()));
+  }
+  for (std::size_t i = 0; i < matrices.size(); ++i) {
+    matrices[i] = matrices[i] * AffineFromColumns(inverses[i]);
+  }
+  return matrices;
+}
+
+void GltfObjects::Skin(const GltfPrimitive& primitive, const std::string& place,
+                       const Deformation& deformation, std::vector<Point3>& positions,
+                       std::vector<Point3>& normals) {
+  GltfInfluences influences;
+  for (int set = 0;; ++set) {
+    const std::string name = fmt::format("JOINTS_{}", set);
+    const int joints = mapexport::Find(primitive.attributes, name);
+    const int weights = mapexport::Find(primitive.attributes, fmt::format("WEIGHTS_{}", set));
+    if (joints == kNoGltfIndex || weights == kNoGltfIndex) break;
+    influences.joints.push_back(accessors_.Joints(joints));
+    influences.weights.push_back(accessors_.Quadruples(weights));
+    const auto& used = influences.joints.back();
+    if (used.size() != positions.size() || influences.weights.back().size() != positions.size()) {
+      RefuseFile(path_, fmt::format("{}.attributes.{}: {} joints and {} weights, there are {} "
+                                    "positions",
+                                    place, name, used.size(), influences.weights.back().size(),
+                                    positions.size()));
+    }
+    for (const std::array<std::uint32_t, 4>& ofVertex : used) {
+      const std::uint32_t highest = std::ranges::max(ofVertex);
+      if (highest < deformation.matrices.size()) continue;
+      RefuseFile(path_, fmt::format("{}.attributes.{}: {}, the skin has {} joints", place, name,
+                                    highest, deformation.matrices.size()));
+    }
+  }
+  SkinVertices(influences, deformation.matrices, positions, normals);
+}
+
+}  // namespace mapexport

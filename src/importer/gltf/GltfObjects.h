@@ -1,0 +1,68 @@
+// The meshes of glTF nodes, each made once.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <span>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include "importer/gltf/GltfAccessors.h"
+#include "importer/gltf/GltfDocument.h"
+#include "importer/rebuild/AffineMatrix.h"
+#include "importer/rebuild/MeshBuilder.h"
+#include "importer/rebuild/ObjectTable.h"
+
+namespace mapexport {
+
+/// Makes the objects of nodes. Nodes with the same mesh share one, unless they deform it in
+/// different ways.
+class GltfObjects {
+ public:
+  /// All must outlive this object. `materials` begins with those of the document, `worlds` are the
+  /// world transforms of its nodes.
+  GltfObjects(const std::string& path, const GltfDocument& document, GltfAccessors& accessors,
+              const std::vector<AffineMatrix>& worlds, MaterialTable& materials, LeftOut& leftOut)
+      : path_(path),
+        document_(document),
+        accessors_(accessors),
+        worlds_(worlds),
+        materials_(materials),
+        leftOut_(leftOut) {}
+
+  /// The object of a node; none without a mesh, a helper when no triangle is left. Morph targets
+  /// have their default weights. With a skin the mesh is in world space. A new Multi/Sub-Object
+  /// material is named `nodeName`. Throws SceneError, with the place in the document.
+  NodeObject Find(const GltfNode& node, const std::string& nodeName);
+
+ private:
+  struct Deformation;
+
+  RebuiltMesh Make(const GltfNode& node);
+  void AddPrimitive(const GltfPrimitive& primitive, const std::string& place,
+                    const Deformation& deformation, MeshBuilder& builder);
+  std::vector<AffineMatrix> JointMatrices(int skin);
+  void ReadDraco(const GltfPrimitive& primitive, const std::string& place);
+  std::vector<CornerIndices> Triangles(const GltfPrimitive& primitive, int positions,
+                                       std::size_t vertices);
+  GltfPoints OfVertices(GltfPoints points, std::size_t vertices);
+  GltfPoints TexturePoints(const GltfPrimitive& primitive, std::size_t vertices);
+  std::vector<Point3> Morphed(const GltfPrimitive& primitive, std::string_view attribute,
+                              const std::vector<Point3>& points, const Deformation& deformation);
+  void Skin(const GltfPrimitive& primitive, const std::string& place,
+            const Deformation& deformation, std::vector<Point3>& positions,
+            std::vector<Point3>& normals);
+
+  const std::string& path_;
+  const GltfDocument& document_;
+  GltfAccessors& accessors_;
+  const std::vector<AffineMatrix>& worlds_;
+  MaterialTable& materials_;
+  LeftOut& leftOut_;
+  /// By mesh, skin and weights.
+  std::map<std::tuple<int, int, std::vector<float>>, NodeObject> objects_;
+};
+
+}  // namespace mapexport
