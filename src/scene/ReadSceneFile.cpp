@@ -42,7 +42,7 @@ Point3 ReadPoint(JsonValue& value) {
   return {numbers[0], numbers[1], numbers[2]};
 }
 
-Color ReadColor(JsonValue& value) {
+Color ReadColour(JsonValue& value) {
   const Point3 rgb = ReadPoint(value);
   return {rgb.x, rgb.y, rgb.z};
 }
@@ -83,9 +83,9 @@ SceneMaterial ReadMaterial(JsonValue& value) {
                    material.materialClass =
                        static_cast<SceneMaterialClass>(v.ReadChoice(kMaterialClasses));
                  }},
-      JsonMember{"ambient", [&](JsonValue& v) { material.ambient = ReadColor(v); }},
-      JsonMember{"diffuse", [&](JsonValue& v) { material.diffuse = ReadColor(v); }},
-      JsonMember{"specular", [&](JsonValue& v) { material.specular = ReadColor(v); }},
+      JsonMember{"ambient", [&](JsonValue& v) { material.ambient = ReadColour(v); }},
+      JsonMember{"diffuse", [&](JsonValue& v) { material.diffuse = ReadColour(v); }},
+      JsonMember{"specular", [&](JsonValue& v) { material.specular = ReadColour(v); }},
       JsonMember{"opacity", [&](JsonValue& v) { material.opacity = v.ReadFloat(); }},
       JsonMember{"shininess", [&](JsonValue& v) { material.shininess = v.ReadFloat(); }},
       JsonMember{"shininessStrength",

@@ -40,10 +40,10 @@ void WriteText(JsonStream& json, std::string_view name, std::string_view text) {
   json.Text(text);
 }
 
-void WriteColor(JsonStream& json, std::string_view name, const Color& color) {
-  if (SameBits(color, Color{})) return;
+void WriteColour(JsonStream& json, std::string_view name, const Color& colour) {
+  if (SameBits(colour, Color{})) return;
   json.Key(name);
-  WritePoint(json, {color.r, color.g, color.b});
+  WritePoint(json, {colour.r, colour.g, colour.b});
 }
 
 void WriteFloat(JsonStream& json, std::string_view name, float number, float whenAbsent) {
@@ -81,9 +81,9 @@ void WriteMaterial(JsonStream& json, const SceneMaterial& material) {
   WriteText(json, "name", material.name);
   if (material.materialClass == SceneMaterialClass::kMulti) WriteText(json, "class", "multi");
   if (material.materialClass == SceneMaterialClass::kOther) WriteText(json, "class", "other");
-  WriteColor(json, "ambient", material.ambient);
-  WriteColor(json, "diffuse", material.diffuse);
-  WriteColor(json, "specular", material.specular);
+  WriteColour(json, "ambient", material.ambient);
+  WriteColour(json, "diffuse", material.diffuse);
+  WriteColour(json, "specular", material.specular);
   WriteFloat(json, "opacity", material.opacity, whenAbsent.opacity);
   WriteFloat(json, "shininess", material.shininess, whenAbsent.shininess);
   WriteFloat(json, "shininessStrength", material.shininessStrength, whenAbsent.shininessStrength);

@@ -28,10 +28,10 @@ struct AseFaces {
 AseFaces ReadAseFaces(std::string_view text);
 
 /// Red, green and blue by the bytes of the object's name. Of equal names the first one counts.
-using WireColors = std::unordered_map<std::string, std::array<std::uint8_t, 3>>;
+using WireColours = std::unordered_map<std::string, std::array<std::uint8_t, 3>>;
 
 /// The wire colours of the objects.
-WireColors ReadAseWireColors(std::string_view text);
+WireColours ReadAseWireColours(std::string_view text);
 
 /// By how much the braces of `line`, except those in quotes, change the depth of the blocks.
 int AseDepthChange(std::string_view line);

@@ -23,7 +23,7 @@ std::optional<float> NumberIn(std::string_view rest) {
   return DecimalNumber(TakeWord(rest));
 }
 
-std::optional<Color> ColorIn(std::string_view rest) {
+std::optional<Color> ColourIn(std::string_view rest) {
   const std::optional<float> r = DecimalNumber(TakeWord(rest));
   const std::optional<float> g = DecimalNumber(TakeWord(rest));
   const std::optional<float> b = DecimalNumber(TakeWord(rest));
@@ -44,9 +44,9 @@ void ReadProperty(std::string_view key, std::string_view rest, FileMaterial& mat
     rest.remove_prefix(1);
     material.name = rest.substr(0, rest.find('"'));
   } else if (key == "*MATERIAL_AMBIENT") {
-    material.ambient = ColorIn(rest);
+    material.ambient = ColourIn(rest);
   } else if (key == "*MATERIAL_DIFFUSE") {
-    material.diffuse = ColorIn(rest);
+    material.diffuse = ColourIn(rest);
   } else if (key == "*MATERIAL_SHINE") {
     material.shininess = NumberIn(rest);
   } else if (key == "*MATERIAL_SHINESTRENGTH") {

@@ -35,14 +35,14 @@ FileFaces::FileFace FaceOf(std::string_view rest) {
 }
 
 /// "0.5 0.25 1.0" as parts of 255; empty when these aren't three numbers from 0 to 1.
-std::optional<std::array<std::uint8_t, 3>> ColorOf(std::string_view rest) {
-  std::array<std::uint8_t, 3> color{};
-  for (std::uint8_t& part : color) {
+std::optional<std::array<std::uint8_t, 3>> ColourOf(std::string_view rest) {
+  std::array<std::uint8_t, 3> colour{};
+  for (std::uint8_t& part : colour) {
     const std::optional<float> number = DecimalNumber(TakeWord(rest));
     if (!number || !(*number >= 0.0f && *number <= 1.0f)) return std::nullopt;
     part = static_cast<std::uint8_t>(std::lround(*number * 255.0f));
   }
-  return color;
+  return colour;
 }
 
 }  // namespace
@@ -75,8 +75,8 @@ AseFaces ReadAseFaces(std::string_view text) {
   return file;
 }
 
-WireColors ReadAseWireColors(std::string_view text) {
-  WireColors colors;
+WireColours ReadAseWireColours(std::string_view text) {
+  WireColours colours;
   std::string name;
   StatementLines lines(text);
   while (lines.Next()) {
@@ -87,11 +87,11 @@ WireColors ReadAseWireColors(std::string_view text) {
       if (quote == std::string_view::npos) continue;
       rest.remove_prefix(quote + 1);
       name = rest.substr(0, rest.find('"'));
-    } else if (const auto color = ColorOf(rest)) {
-      colors.try_emplace(name, *color);
+    } else if (const auto colour = ColourOf(rest)) {
+      colours.try_emplace(name, *colour);
     }
   }
-  return colors;
+  return colours;
 }
 
 }  // namespace mapexport

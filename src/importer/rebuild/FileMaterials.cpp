@@ -17,7 +17,7 @@ namespace mapexport {
 namespace {
 
 // The library's reading of decimal numbers is off by some units in the last place.
-constexpr float kColorTolerance = 1e-4f;
+constexpr float kColourTolerance = 1e-4f;
 
 std::vector<FileMaterial> ReadMaterials(const LibraryScene& source) {
   switch (source.format) {
@@ -37,7 +37,7 @@ bool IsSame(const FileMaterial& file, const aiMaterial& material) {
   if (!file.diffuse) return true;
   aiColor3D diffuse;
   material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse);
-  const auto near = [](float a, float b) { return std::abs(a - b) < kColorTolerance; };
+  const auto near = [](float a, float b) { return std::abs(a - b) < kColourTolerance; };
   return near(file.diffuse->r, diffuse.r) && near(file.diffuse->g, diffuse.g) &&
          near(file.diffuse->b, diffuse.b);
 }

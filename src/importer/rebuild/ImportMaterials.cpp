@@ -53,11 +53,11 @@ int IntegerOf(const aiMaterial& material, const Key& key) {
   return GetNumber(material, key, value) ? value : 0;
 }
 
-Color ColorOf(const aiMaterial& material, const Key& key) {
-  aiColor3D color;
-  if (material.Get(key.name, key.kind, key.index, color) != aiReturn_SUCCESS) return {};
+Color ColourOf(const aiMaterial& material, const Key& key) {
+  aiColor3D colour;
+  if (material.Get(key.name, key.kind, key.index, colour) != aiReturn_SUCCESS) return {};
   const auto finite = [](float x) { return std::isfinite(x) ? x : 0.0f; };
-  return {finite(color.r), finite(color.g), finite(color.b)};
+  return {finite(colour.r), finite(colour.g), finite(colour.b)};
 }
 
 /// The map in the first of the two slots in which readers store what the host calls the diffuse
@@ -84,9 +84,9 @@ SceneMaterial ImportMaterial(const LibraryScene& source, const aiMaterial& mater
                              std::string name) {
   SceneMaterial host;
   host.name = std::move(name);
-  host.ambient = ColorOf(material, {AI_MATKEY_COLOR_AMBIENT});
-  host.diffuse = ColorOf(material, {AI_MATKEY_COLOR_DIFFUSE});
-  host.specular = ColorOf(material, {AI_MATKEY_COLOR_SPECULAR});
+  host.ambient = ColourOf(material, {AI_MATKEY_COLOR_AMBIENT});
+  host.diffuse = ColourOf(material, {AI_MATKEY_COLOR_DIFFUSE});
+  host.specular = ColourOf(material, {AI_MATKEY_COLOR_SPECULAR});
   host.opacity = std::clamp(FloatOf(material, 1.0f, {AI_MATKEY_OPACITY}), 0.0f, 1.0f);
   host.shininess = FloatOf(material, 0.0f, {AI_MATKEY_SHININESS});
   host.shininessStrength = FloatOf(material, 0.0f, {AI_MATKEY_SHININESS_STRENGTH});

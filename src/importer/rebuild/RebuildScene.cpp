@@ -131,10 +131,10 @@ void RebuildScene(const LibraryScene& source, const ImportOptions& options, Impo
     SetInstanceMaterials(file, objects.Instances(), materials, nodes, result.remarks);
   }
   if (source.format == SourceFormat::kAse) {
-    const WireColors colors = ReadAseWireColors(FileText(source.path).View());
+    const WireColours colours = ReadAseWireColours(FileText(source.path).View());
     for (std::size_t i = 0; i < nodes.size(); ++i) {
-      const auto color = colors.find(std::string(BytesOf(folded[i].node->mName)));
-      if (color != colors.end()) nodes[i].wireColor = color->second;
+      const auto colour = colours.find(std::string(BytesOf(folded[i].node->mName)));
+      if (colour != colours.end()) nodes[i].wireColor = colour->second;
     }
   }
   result.scene.materials = materials.Take();

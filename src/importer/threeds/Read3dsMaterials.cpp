@@ -12,10 +12,10 @@ namespace mapexport {
 namespace {
 
 enum ChunkId : std::uint16_t {
-  kColor = 0x0010,
-  kColorBytes = 0x0011,
-  kLinearColorBytes = 0x0012,
-  kLinearColor = 0x0013,
+  kColour = 0x0010,
+  kColourBytes = 0x0011,
+  kLinearColourBytes = 0x0012,
+  kLinearColour = 0x0013,
   kPercent = 0x0030,
   kPercentFloat = 0x0031,
   kMaterialName = 0xA000,
@@ -34,15 +34,16 @@ enum ChunkId : std::uint16_t {
 constexpr int kShadingModes[] = {2, 1, 2, 3, 8};
 
 /// The first colour among the chunks of `content`.
-std::optional<Color> ColorIn(std::string_view content) {
+std::optional<Color> ColourIn(std::string_view content) {
   while (const std::optional<Chunk3ds> chunk = TakeChunk3ds(content)) {
     const std::string_view bytes = chunk->content;
-    if (chunk->id == kColor || chunk->id == kLinearColor) {
+    if (chunk->id == kColour || chunk->id == kLinearColour) {
       const auto r = NumberAt<float>(bytes, 0);
       const auto g = NumberAt<float>(bytes, 4);
       const auto b = NumberAt<float>(bytes, 8);
       if (r && g && b) return Color{*r, *g, *b};
-    } else if ((chunk->id == kColorBytes || chunk->id == kLinearColorBytes) && bytes.size() >= 3) {
+    } else if ((chunk->id == kColourBytes || chunk->id == kLinearColourBytes) &&
+               bytes.size() >= 3) {
       const auto part = [&](std::size_t i) {
         return static_cast<float>(static_cast<unsigned char>(bytes[i])) / 255.0f;
       };
@@ -79,10 +80,10 @@ FileMaterial MaterialIn(std::string_view content, std::size_t index) {
         }
         break;
       case kAmbient:
-        if (const std::optional<Color> color = ColorIn(bytes)) material.ambient = color;
+        if (const std::optional<Color> colour = ColourIn(bytes)) material.ambient = colour;
         break;
       case kDiffuse:
-        material.diffuse = ColorIn(bytes);
+        material.diffuse = ColourIn(bytes);
         break;
       case kShininess:
         material.shininess = PercentIn(bytes);
