@@ -17,12 +17,12 @@
 namespace mapexport {
 namespace {
 
-// A scene that is not this many weld distances long is likely in other units than it was meant.
+// A scene shorter than this many weld distances is probably in other units than intended.
 constexpr float kFewWeldDistances = 20;
-// An output with less than this part of the scene's triangles, the half, is hardly what was wanted.
+// An output with less than this part of the scene's triangles is probably not what was wanted.
 constexpr std::uint64_t kMostLost = 2;
 
-/// Why nothing more can be written to the end of the file at `path`, empty when something can.
+/// Why the file at `path` can't be appended to; empty when it can.
 std::string WriteTrouble(const std::string& path) {
   const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
   if (!file.IsOpen()) return ErrnoText(errno);

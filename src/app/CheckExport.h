@@ -1,4 +1,4 @@
-// What the exporter did, judged.
+// Checks the result of an export.
 #pragma once
 
 #include <string>
@@ -12,21 +12,21 @@
 
 namespace mapexport {
 
-/// Says why the exporter, which does not look at errors of writing, left no sound file at `path`:
-/// because it can't be written, else `reason`. Throws RunError about `output`.
+/// Throws RunError about `output`: the exporter left no valid file at `path`. The reason is that
+/// the file can't be written, since the exporter ignores write errors, or else `reason`.
 [[noreturn]] void ThrowNotExported(const std::string& output, const std::string& path,
                                    const std::string& reason);
 
 /// Checks the model file at `path`, with the layout of `output`. Throws RunError about `output`
-/// when it is not sound.
+/// when it is defective.
 ModelCheckResult CheckExport(const std::string& output, const std::string& path);
 
-/// Warns when welding, as the dialog was left, is not what was asked for, or when it is coarse for
-/// the scene.
+/// Warns when the dialog's final welding is not what was asked for, or when it is coarse for the
+/// scene.
 void WarnOfWelding(const ExportArguments& arguments, const ExportSystem::Values& values,
                    const SceneCensus& scene, Messages& messages);
 
-/// Warns when less is left of the scene's triangles than anyone wants.
+/// Warns when the output has much fewer triangles than the scene.
 void WarnOfLoss(const RunReport& report, Messages& messages);
 
 }  // namespace mapexport

@@ -87,7 +87,7 @@ struct ConvertArguments {
   bool quiet = false;
 };
 
-/// The format that --to names, or else the extension of `output`.
+/// The format that --to names; without --to, that of the extension of `output`.
 const TargetFormat& TargetFormatOf(const CommandLine& line, const std::string& output) {
   const std::optional<std::string> name = line.Value("to");
   const TargetFormat* const format = name ? FindNamedFormat(*name) : FindTargetFormat(output);
@@ -129,7 +129,7 @@ ConvertArguments Read(const CommandLine& line) {
   return arguments;
 }
 
-/// Tells of what `output` does not have as the model has it.
+/// Notes and warnings for what `output` lacks or changes.
 void TellChanges(const std::string& output, const Changes& changes, Messages& messages) {
   const auto note = [&](RemarkCode code, std::uint64_t count, std::string_view text) {
     if (count > 0) messages.Note(code, fmt::format("{}: {} {}", output, count, text), count);
@@ -154,7 +154,8 @@ constexpr std::uint64_t Changes::*kCounts[] = {
     &Changes::lostFaces, &Changes::copies,  &Changes::collisionFaces};
 static_assert(sizeof(Changes) == std::size(kCounts) * sizeof(std::uint64_t));
 
-/// The counts, and each file's name and size; the bytes of all files go to `output`.
+/// Writes the counts and each file's name and size to the message, the bytes of all files to
+/// `output`.
 std::string HandOver(const ConvertedModel& converted, FdOutput& output) {
   std::string message;
   std::ostream out(&output);
@@ -168,7 +169,7 @@ std::string HandOver(const ConvertedModel& converted, FdOutput& output) {
   return message;
 }
 
-/// What HandOver wrote. Throws BadMessage.
+/// Reads what HandOver wrote. Throws BadMessage.
 ConvertedModel TakeOver(const ChildOutcome& outcome) {
   MessageParts parts(outcome.message);
   ConvertedModel converted;
@@ -187,7 +188,7 @@ ConvertedModel TakeOver(const ChildOutcome& outcome) {
   return converted;
 }
 
-/// Throws ChildError and bad_alloc unless all is handed over.
+/// Throws ChildError or bad_alloc unless the child handed over its whole result.
 void RequireConverted(const ChildOutcome& outcome) {
   switch (outcome.end) {
     case ChildEnd::kDone:
@@ -208,7 +209,7 @@ void RequireConverted(const ChildOutcome& outcome) {
   }
 }
 
-/// Converts in a child process: the export library crashes where it lacks memory.
+/// Converts in a child process, because the export library crashes when memory runs out.
 ConvertedModel Convert(const ModelFile& model, const std::string& fileName,
                        const TargetFormat& format, const ConvertArguments& arguments) {
   ChildTask task;
@@ -228,7 +229,7 @@ ConvertedModel Convert(const ModelFile& model, const std::string& fileName,
   }
 }
 
-/// The main file names the others on lines of its text, which the name must not break.
+/// The main file names the others in lines of text, so a name must not break a line.
 void RequireNameForLines(const OutputTarget& target, const std::string& output) {
   const std::string whole = NamePart(target.path);
   for (std::string_view name = whole; !name.empty();) {
@@ -243,7 +244,7 @@ void RequireNameForLines(const OutputTarget& target, const std::string& output) 
   }
 }
 
-/// The files, to be put in place together.
+/// The files, to be put in place together or not at all.
 std::vector<std::unique_ptr<OutputPlace>> Fill(TakenFiles taken, const OutputTarget& main,
                                                const std::vector<ConvertedFile>& files) {
   std::vector<std::unique_ptr<OutputPlace>> places;
@@ -259,7 +260,7 @@ std::vector<std::unique_ptr<OutputPlace>> Fill(TakenFiles taken, const OutputTar
   return places;
 }
 
-/// Prints the one file that the format takes without what it needs a second one for.
+/// Prints the main file; a format that can do without its second file loses what that holds.
 ExitStatus Print(const LoadedModel& loaded, const ConvertArguments& arguments, Messages& messages) {
   TargetFormat format = *arguments.format;
   if (format.aloneId != std::string_view(format.libraryId) && !loaded.model.materials.empty()) {

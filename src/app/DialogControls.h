@@ -1,5 +1,5 @@
-// Controls of the exporter's dialog, which options of `export` operate. The exporter has its own
-// names for the numbers (exporter/plugin/ResourceIds.h): the sides share nothing but host/.
+// Controls of the exporter's dialog that options of `export` operate. The exporter has its own
+// names for the numbers (exporter/plugin/ResourceIds.h), because the sides share only host/.
 #pragma once
 
 namespace mapexport {

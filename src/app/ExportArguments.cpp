@@ -156,7 +156,7 @@ std::string PickedPath(const CommandLine& line, const OptionInfo& option,
   return path;
 }
 
-/// What a person does to the control of `option` to give it that value.
+/// The user action that gives the control of `option` that value.
 DialogAction ActionOf(const CommandLine& line, const OptionInfo& option, const std::string& value) {
   switch (option.kind) {
     case OptionKind::kSwitch:

@@ -1,4 +1,4 @@
-// What a command line of `export` asks for.
+// The arguments of an `export` command line.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +17,8 @@ struct ExportArguments {
   SceneSource scene;
   std::string output;
   std::vector<DialogAction> actions;  ///< in the order of the dialog's control table
-  bool unweld = false;                ///< welding is to be off
-  bool dialog = false;                ///< a person is to decide
+  bool unweld = false;                ///< welding is to be switched off
+  bool dialog = false;                ///< show the dialog to the user
   std::optional<std::string> settings;
   bool fresh = false;
   std::optional<std::uint32_t> seed;
@@ -32,8 +32,8 @@ struct ExportArguments {
 /// The options of the command.
 std::span<const OptionInfo> ExportOptions();
 
-/// Throws UsageError; RunError when the current directory, against which a relative --cxp is made
-/// absolute, can't be had.
+/// Throws UsageError, or RunError when a relative --cxp can't be made absolute because the current
+/// directory is unknown.
 ExportArguments ReadExportArguments(const CommandLine& line);
 
 }  // namespace mapexport

@@ -69,7 +69,7 @@ struct ExportRun {
   Messages messages;
   Stages stages;
   RunReport report;
-  TakenFiles inputs;  ///< what is read, as far as it is known
+  TakenFiles inputs;  ///< files that are read, as far as known
   ReportOutput reportOutput;
   std::unique_ptr<Presenter> windows;  ///< null without --dialog
 };
@@ -115,8 +115,8 @@ void CallExporter(const Scene& scene, const std::string& folder, const std::stri
   log.LeaveFolder();  // it may have ended before it showed the dialog
 }
 
-/// Puts the checked output and the files that go with it in their places, all or none of them, and
-/// then lets `tellMore` tell of it.
+/// Puts the checked output and its companion files in place, all of them or none, then calls
+/// `tellMore`.
 template <typename TellMore>
 void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTarget>& depFile,
                 const TellMore& tellMore) {
@@ -134,28 +134,28 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
   std::vector<OutputPlace*> places{&model};
   if (depFilePlace) places.push_back(depFilePlace.get());
   if (reportPlace) places.push_back(reportPlace.get());
-  // What is printed can't be taken back, but a report that can't be printed must not cost an older
-  // output; placing hardly ever fails.
+  // Print the report before placing: a report that can't be printed must not replace an older
+  // output, and placing hardly ever fails.
   run.reportOutput.Print();
   OutputPlace::CommitTogether(places);
   TellPlaced(places, run.messages, tellMore);
 }
 
-/// No file that is to be written may be one that is read.
+/// Refuses outputs that are also read.
 void RequireFree(ExportRun& run, const OutputTarget& model,
                  const std::optional<OutputTarget>& depFile) {
-  run.reportOutput.RequireFree(run.inputs);  // first: nor may the report tell of it there
+  run.reportOutput.RequireFree(run.inputs);  // first: it must not report its own refusal there
   run.inputs.RequireFree(model);
   if (depFile) run.inputs.RequireFree(*depFile);
 }
 
-/// Where the exporter's log is to go; nowhere without a name.
+/// The file of the exporter's log; nothing for no log.
 std::optional<std::string> LogName(const ExportArguments& arguments) {
   if (arguments.noLog) return std::nullopt;
   return arguments.log.value_or(ExporterLog::kName);
 }
 
-/// What the log may not replace.
+/// The files that the log must not replace.
 TakenFiles TakenBesideLog(const ExportRun& run, const OutputTarget& model) {
   TakenFiles taken = run.inputs;
   taken.Add(model.path, "output");
@@ -179,9 +179,9 @@ void Export(ExportRun& run) {
   SettingsStore settings = OpenSettings(arguments, run.messages);
   AddRememberedInputs(arguments, settings, run.inputs);
   RequireFree(run, target, depFile);
-  // Names that no rule can hold are refused before the work.
+  // Refuse names that no make rule can hold before the long work.
   if (depFile) DepFileText(output, std::array{arguments.scene.path});
-  // Reading may take long: that the dialog can't be shown is told before.
+  // Reading may take long: report a missing display before it.
   if (arguments.dialog) RequireWindows();
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);
   run.report.confinement = std::move(loaded.confinement);
@@ -193,9 +193,10 @@ void Export(ExportRun& run) {
   if (arguments.dialog) run.windows = OpenWindows("mapexport - " + sceneName);
   ShowStatus(run, "Exporting " + sceneName);
 
-  // The exporter is given the person's own file name in the temporary folder and appends ".map"
-  // itself where it would have. Only behind a link whose folder has a dot in its path does it judge
-  // differently; the folder's own name has none, so another such name tells beforehand.
+  // The exporter gets the user's file name in the temporary folder, and appends ".map" itself
+  // unless that whole path has an extension. Behind a link whose folder has a dot in its path the
+  // result can differ from the user's path. The temporary folder's name has no dot, so "folder"
+  // stands in for it here.
   const std::string givenName = NamePart(arguments.output);
   OutputPlace place(target, NamePart(ModelPath(FolderPart(target.path) + "folder/" + givenName)));
   ExporterLog log(LogName(arguments), TakenBesideLog(run, target));
@@ -203,7 +204,7 @@ void Export(ExportRun& run) {
   ExportSystem system(SystemOptions(run, talk), settings, run.stages, log);
   run.stages.Begin("exporting");
   CallExporter(loaded.scene, place.Folder(), givenName, system, log);
-  loaded.scene = {};  // the check needs memory of its own
+  loaded.scene = {};  // free memory for the check
   const ExportSystem::Values values = system.DialogValues().value_or(ExportSystem::Values());
   AddCxp(values.cxp, run.inputs);
   log.Place(TakenBesideLog(run, target), run.messages);
@@ -250,13 +251,13 @@ void ReportFailure(ExportRun& run, const std::string& reason) {
   try {
     run.reportOutput.Deliver(run.messages);
   } catch (const std::exception& error) {
-    // What the export ended with is the error to tell.
+    // The error to report is the one that ended the export.
     run.messages.Warning("report-not-written", ReasonOf(error));
   }
 }
 
-/// Exports a scene as a person does it with the options dialog, or lets one do it. The output is
-/// checked before it takes its place; when anything fails, what was there before stays as it was.
+/// Exports a scene with the options of the command line, or with the dialog. The output is checked
+/// before it is put in place; on any failure an older output stays as it was.
 ExitStatus Run(const CommandLine& line) {
   const ExportArguments arguments = ReadExportArguments(line);
   ExportRun run(arguments);

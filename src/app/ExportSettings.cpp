@@ -12,7 +12,7 @@
 namespace mapexport {
 namespace {
 
-// Where the exporter remembers its database.
+// The registry value in which the exporter remembers its database.
 constexpr const char* kExporterKey = R"(Software\Corvantis\Talvern\Exporter)";
 constexpr const char* kCxpValue = "CXP Filename";
 
@@ -49,7 +49,7 @@ std::string RememberedCxp(SettingsStore& settings) {
                          key) != kRegSuccess) {
     return {};
   }
-  // The exporter's buffer; a text that it does not hold counts as none.
+  // As large as the exporter's buffer; a text that does not fit counts as none.
   std::array<char, 256> text{};
   auto size = static_cast<std::uint32_t>(text.size());
   const LSTATUS status =

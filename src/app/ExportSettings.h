@@ -9,15 +9,14 @@
 
 namespace mapexport {
 
-/// The file of the settings that an export with those arguments reads and writes; empty when there
-/// is none.
+/// The settings file that an export with these arguments reads and writes; empty for none.
 std::string SettingsPath(const ExportArguments& arguments);
 
-/// Opens that file, or settings in memory without one, and warns when there is none although there
-/// should be one, or when it can't be read. Throws RunError when it is no regular file.
+/// Opens that file, or settings in memory when there is none. Warns when the file can't be located
+/// or read. Throws RunError when it is no regular file.
 SettingsStore OpenSettings(const ExportArguments& arguments, Messages& messages);
 
-/// The path of the CXP database that the exporter remembers there, empty for none.
+/// The path of the CXP database in the settings; empty for none.
 std::string RememberedCxp(SettingsStore& settings);
 
 }  // namespace mapexport

@@ -10,8 +10,8 @@
 namespace mapexport {
 namespace {
 
-/// The number with which `text` begins, as exporters read what a person has typed; 0 for none. What
-/// they write for an infinite one is "inf" and no more.
+/// The number at the start of `text`, as exporters read what a user typed; 0 for none. Exporters
+/// write an infinite number as "inf".
 float LeadingFloat(const std::string& text) {
   const char* begin = text.c_str();
   while (*begin == ' ' || *begin == '\t') ++begin;

@@ -10,15 +10,15 @@
 
 namespace mapexport {
 
-/// Remembers how the options dialog is left, whether the values come from the command line, from
-/// the settings, from the exporter itself or from a person at a window. The person's time is a
-/// stage of its own. When the dialog is asked for, the exporter has opened its log: from then on
-/// the person's current folder is its own.
+/// Remembers the final values of the options dialog, whether they come from the command line, the
+/// settings, the exporter or the user at a window. The time that the user takes is a stage. By the
+/// time the exporter shows the dialog it has opened its log, so this then makes the user's folder
+/// the current one again.
 class ExportSystem : public ConsoleSystem {
  public:
   struct Values {
     bool weld = false;
-    float weldDistance = 0;  ///< 0 when the box shows no number
+    float weldDistance = 0;  ///< 0 when the box holds no number
     std::string cxp;         ///< path of the CXP database, empty without one
   };
 
@@ -33,9 +33,9 @@ class ExportSystem : public ConsoleSystem {
                      LPARAM parameter) override;
   void EndDialog(HWND dialog, int result) override;
 
-  /// Nothing until the dialog has ended.
+  /// Nothing before the dialog has ended.
   const std::optional<Values>& DialogValues() const { return values_; }
-  /// Whether the dialog was left, and not with OK.
+  /// Whether the dialog ended with anything other than OK.
   bool Cancelled() const { return cancelled_; }
 
  private:

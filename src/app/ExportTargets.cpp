@@ -19,7 +19,7 @@ constexpr const char* kCxpInput = "CXP database";
 constexpr const char* kOutput = "output";
 constexpr const char* kDepFile = "file of --depfile";
 
-/// The picked path of the database; nothing when none is picked.
+/// The picked path of the database; nothing when none was picked.
 const std::string* PickedCxp(const ExportArguments& arguments) {
   for (const DialogAction& action : arguments.actions) {
     if (const auto* const picked = std::get_if<PickFile>(&action)) return &picked->path;
@@ -45,7 +45,7 @@ TakenFiles NamedInputs(const ExportArguments& arguments) {
   TakenFiles inputs;
   inputs.Add(arguments.scene.path, "scene");
   if (const std::string* const picked = PickedCxp(arguments)) inputs.Add(*picked, kCxpInput);
-  // Also beside --fresh: who names a store does not want it replaced.
+  // With --fresh, too: a store that the user names must not be replaced.
   if (arguments.settings) inputs.Add(*arguments.settings, "settings store");
   return inputs;
 }
@@ -60,7 +60,7 @@ void AddRememberedInputs(const ExportArguments& arguments, SettingsStore& settin
 }
 
 void AddCxp(const std::string& path, TakenFiles& inputs) {
-  // There is nothing to lose in one that is gone, and nobody has named it for this run.
+  // A remembered database that no longer exists can't be overwritten, and this run did not name it.
   if (access(path.c_str(), F_OK) == 0) inputs.Add(path, kCxpInput);
 }
 
@@ -72,7 +72,7 @@ std::vector<std::string> Dependencies(const ExportArguments& arguments,
   if (arguments.settings && !arguments.fresh) {
     std::error_code error;
     const fs::file_type type = fs::status(*arguments.settings, error).type();
-    // One that can't be asked about is there all the same.
+    // A file whose type is unknown counts as present.
     const bool isUnknown = type == fs::file_type::none || type == fs::file_type::unknown;
     if (isUnknown || type == fs::file_type::regular) files.push_back(*arguments.settings);
   }
@@ -85,7 +85,7 @@ OutputTarget FindModelTarget(const ExportArguments& arguments, const TakenFiles&
                    ": a model file can't be written to standard output, since it is checked before "
                    "it is put in its place; name a file");
   }
-  // Where ".map" is appended, a folder or device of the given name is a mistake all the same.
+  // When ".map" is appended, a folder or device with the given name is still a mistake.
   RequireRegularFileOrNothing(arguments.output);
   return FindFree(ModelPath(arguments.output), inputs);
 }

@@ -12,31 +12,32 @@
 
 namespace mapexport {
 
-/// The path that the exporter writes when it is given `path`: without a text after the last "." of
-/// the whole path it appends ".map".
+/// The path that the exporter writes for `path`: it appends ".map" when nothing follows the last
+/// "." of the whole path.
 std::string ModelPath(const std::string& path);
 
-/// What the command line names as something to read.
+/// The files that the command line names for reading.
 TakenFiles NamedInputs(const ExportArguments& arguments);
 
-/// Adds the settings, and the CXP database that they remember unless another one is picked.
+/// Adds the settings file and, unless another one is picked, the CXP database that the settings
+/// remember.
 void AddRememberedInputs(const ExportArguments& arguments, SettingsStore& settings,
                          TakenFiles& inputs);
 
-/// Adds the database that the dialog was left with; an empty path is none.
+/// Adds the dialog's final database; an empty path means none.
 void AddCxp(const std::string& path, TakenFiles& inputs);
 
-/// The files that the output depends on. The user's own settings are none: every export of anything
-/// would make all outputs old.
+/// The files that the output depends on, without the user's own settings: every export changes
+/// these, which would make all outputs outdated.
 std::vector<std::string> Dependencies(const ExportArguments& arguments,
                                       std::vector<std::string> sideFiles, const std::string& cxp);
 
-// Each throws RunError for a file that can't be had (see FindOutput) and for one that would replace
-// an input or another file of the export.
+// Each throws RunError for a file that can't be written (see FindOutput) or that would replace an
+// input or another file of the export.
 
 OutputTarget FindModelTarget(const ExportArguments& arguments, const TakenFiles& inputs);
 
-/// Nothing when no file is asked for.
+/// Nothing when the command line names no such file.
 std::optional<OutputTarget> FindDepFileTarget(const ExportArguments& arguments, TakenFiles inputs);
 std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments, TakenFiles inputs);
 

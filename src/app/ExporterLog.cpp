@@ -15,19 +15,19 @@
 namespace mapexport {
 namespace {
 
-/// Why the file at `path` may not be replaced by a log, empty when it may.
+/// Why a log may not replace the file at `path`; empty when it may.
 std::string WhyKept(const std::string& path, const TakenFiles& files) {
   if (const std::string what = files.WhatIs(path); !what.empty()) {
     return fmt::format("it is the {} itself", what);
   }
   struct stat info {};
-  if (lstat(path.c_str(), &info) != 0) return {};  // what else is wrong shows soon enough
+  if (lstat(path.c_str(), &info) != 0) return {};  // placing reports another error
   if (S_ISLNK(info.st_mode)) return "it is a link";
   if (S_ISREG(info.st_mode) && info.st_nlink != 1) return "it has another name, too";
   return {};
 }
 
-/// What is wrong with an output, without the file's name and what an error begins with.
+/// The reason of an output's error, without the file name and prefix.
 std::string ReasonWithout(const std::string& name, const std::exception& error) {
   const std::string reason = ReasonOf(error);
   const std::string begin = fmt::format("{}: cannot be written: ", name);
@@ -47,7 +47,7 @@ ExporterLog::ExporterLog(const std::optional<std::string>& name, const TakenFile
   if (!trouble_.empty()) return;
   try {
     OutputTarget target = FindOutput(*name_);
-    if (target.path != *name_) throw RunError("it is a link");  // since a moment
+    if (target.path != *name_) throw RunError("it is a link");  // it became one just now
     place_ = std::make_unique<OutputPlace>(std::move(target), kName);
   } catch (const std::exception& error) {
     trouble_ = ReasonWithout(*name_, error);
@@ -55,13 +55,13 @@ ExporterLog::ExporterLog(const std::optional<std::string>& name, const TakenFile
 }
 
 ExporterLog::~ExporterLog() {
-  // That it works was seen when the folder was left.
+  // This worked when the folder was left.
   if (home_.IsOpen()) static_cast<void>(!fchdir(home_.Get()));
 }
 
 void ExporterLog::EnterFolder(const std::string& folder) {
   Descriptor home(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-  // Where one can't go back to, an exporter can't open anything either.
+  // In a folder that we can't return to, an exporter can't open a file either: stay in it.
   if (!home.IsOpen() || fchdir(home.Get()) != 0) {
     trouble_ = fmt::format("the current directory: {}", ErrnoText(errno));
     place_.reset();
@@ -71,7 +71,7 @@ void ExporterLog::EnterFolder(const std::string& folder) {
   if (place_) {
     if (chdir(place_->Folder().c_str()) != 0) ThrowNoFolder(place_->Folder());
   } else {
-    // Nothing can be made in a folder that is gone.
+    // A removed folder as the current one: the exporter can't create a file in it.
     const std::string gone = folder + "gone";
     if (mkdir(gone.c_str(), 0700) != 0) ThrowNoFolder(gone);
     const Descriptor entered(open(gone.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
@@ -91,13 +91,13 @@ void ExporterLog::LeaveFolder() {
 }
 
 void ExporterLog::Place(const TakenFiles& files, Messages& messages) {
-  const std::unique_ptr<OutputPlace> place = std::move(place_);  // its folder goes
+  const std::unique_ptr<OutputPlace> place = std::move(place_);  // its folder is removed at the end
   if (!place) return;
   struct stat info {};
   if (stat(place->File().c_str(), &info) == 0) {
     trouble_ = WhyKept(*name_, files);
   } else {
-    if (errno == ENOENT) return;  // the exporter has said why
+    if (errno == ENOENT) return;  // the exporter has reported why
     trouble_ = ErrnoText(errno);
   }
   if (trouble_.empty()) {

@@ -1,4 +1,4 @@
-// Where the log of an exporter goes.
+// Where an exporter's log goes.
 #pragma once
 
 #include <memory>
@@ -13,33 +13,33 @@
 
 namespace mapexport {
 
-/// An exporter opens its log under a fixed name in the current folder, whatever is there, links
-/// included, before it shows its dialog. This makes a private folder the current one for as long,
-/// and puts the log in its place afterwards. Only what is no file yet, or a regular file with one
-/// name, is replaced.
+/// An exporter opens its log under a fixed name in the current folder before it shows its dialog,
+/// and would follow links and overwrite anything there. So this makes a private folder the current
+/// one during that time, and afterwards puts the log in place. It replaces only a regular file with
+/// one name.
 class ExporterLog {
  public:
-  /// What an exporter calls its log.
+  /// The file name that an exporter gives its log.
   static constexpr const char* kName = "ExportDebug.txt";
 
-  /// A log for the file `name`, or none without one. There is none either when that file can't be
-  /// had or is one of `files`: the exporter will say that it can't be opened.
+  /// A log in the file `name`; no log without a name. There is also no log when that file can't be
+  /// written or is one of `files`; the exporter then reports that it can't open its log.
   ExporterLog(const std::optional<std::string>& name, const TakenFiles& files);
-  /// Goes back where an exception kept LeaveFolder from it.
+  /// Returns to the user's folder if an exception skipped LeaveFolder.
   ~ExporterLog();
   ExporterLog(const ExporterLog&) = delete;
   ExporterLog& operator=(const ExporterLog&) = delete;
 
-  /// The log's file as it was asked for, empty when there is to be none or can be none.
+  /// The log's file as it was named; empty when there is no log.
   std::string Name() const { return name_ && trouble_.empty() ? *name_ : std::string(); }
 
-  /// Makes a private folder the current one, in which a log can be made if there is to be one.
-  /// `folder` is one in which a temporary folder can be made. Throws RunError.
+  /// Makes a private folder the current one; a log can be created in it only if one is wanted. A
+  /// temporary folder must be possible in `folder`. Throws RunError.
   void EnterFolder(const std::string& folder);
-  /// Goes back. Does nothing when the folder is not entered. Throws RunError.
+  /// Returns to the user's folder. Does nothing outside of the private one. Throws RunError.
   void LeaveFolder();
 
-  /// Puts the log in place, unless its file is one of `files` by now, which is a warning then.
+  /// Puts the log in place. If its file has become one of `files`, warns instead.
   void Place(const TakenFiles& files, Messages& messages);
 
   /// Warns that there is no log, if one is wanted.
@@ -49,8 +49,8 @@ class ExporterLog {
   std::optional<std::string> name_;
   std::string trouble_;
   std::unique_ptr<OutputPlace> place_;
-  Descriptor home_;  ///< the current folder of before, while another one is entered
-  /// For as long: what the signals' handlers remove has paths that are relative to that folder.
+  Descriptor home_;  ///< the user's current folder, while in the private one
+  /// Meanwhile signals wait: their handlers remove files by paths relative to the user's folder.
   std::optional<HoldInterrupts> hold_;
 };
 

@@ -16,13 +16,13 @@ constexpr std::string_view kNoCxp = "Could not load CXP file ";
 constexpr std::string_view kException = "Export ended by an exception: ";
 constexpr std::string_view kInvalidFace = "Invalid FACE in GROUP";
 
-/// Whether a line of the log, without its end, has a control character in it. The exporter itself
-/// begins some with tabs.
+/// Whether a line of the log, without its line end, has a control character. Tabs at its start are
+/// the exporter's own.
 bool HasControls(std::string_view line) {
   while (line.starts_with('\t')) line.remove_prefix(1);
   while (!line.empty()) {
     const CodePoint point = FirstCodePoint(line);
-    if (IsControlCode(point.value)) return true;  // as a bare byte, too
+    if (IsControlCode(point.value)) return true;  // a bare byte counts, too
     line.remove_prefix(point.bytes);
   }
   return false;

@@ -1,4 +1,4 @@
-// What an exporter says during an export, and what of it the person is told.
+// Listens to an exporter and tells the user what matters.
 #pragma once
 
 #include <cstddef>
@@ -11,9 +11,9 @@
 
 namespace mapexport {
 
-/// Hears the message boxes and the debugger output of one export. Message boxes are printed and
-/// shown at once, but the one that tells of success is held; of the debugger output only what went
-/// wrong is told.
+/// Receives the message boxes and the debugger output of one export. Message boxes are printed and
+/// shown at once, except that of success, which is held back. Of the debugger output only failures
+/// are reported.
 class ExporterTalk {
  public:
   /// Shows a message box in a window and waits for the person.
@@ -26,14 +26,14 @@ class ExporterTalk {
   void HearMessageBox(const std::string& title, const std::string& text);
   void HearDebugOutput(const std::string& text);
 
-  /// Whether the exporter has told of success.
+  /// Whether the exporter has reported success.
   bool Succeeded() const { return succeeded_; }
-  /// Whether no CXP database could be loaded that was named.
+  /// Whether a named CXP database could not be loaded.
   bool CxpFailed() const { return cxpFailed_; }
-  /// What the exception was that ended the export, empty when none did.
+  /// The exception that ended the export; empty for none.
   const std::string& Exception() const { return exception_; }
 
-  /// Sums up what was heard again and again.
+  /// Prints one note for all messages that are only counted.
   void PrintCounts();
   /// Prints and shows the held message box.
   void TellSuccess() const;

@@ -1,13 +1,13 @@
-// Where the libraries are that the program loads while it runs.
+// Finds the libraries that the program loads at run time.
 #pragma once
 
 #include <string>
 
 namespace mapexport {
 
-/// The path of the library with that file name: beside the program, as it is built, else in the
-/// library folder of an installed program. A library that is in neither is looked for beside the
-/// program, so that the error names that place. Throws RunError.
+/// The path of the library with that file name: in the program's folder (a build), or else in the
+/// library folder (an installation). If it is in neither, the path in the program's folder, which
+/// the error then names. Throws RunError.
 std::string FindLibrary(const std::string& name);
 
 }  // namespace mapexport

@@ -32,7 +32,7 @@ struct InspectArguments {
   std::optional<ModelLayout> layout;
 };
 
-/// Checks a model file and prints what it holds; what is wrong with it goes to standard error.
+/// Checks a model file and prints its contents; defects go to standard error.
 ExitStatus Run(const CommandLine& line) {
   const InspectArguments arguments{.file = PositionalPath(line, 0),
                                    .json = line.Has("json"),

@@ -1,4 +1,4 @@
-// A model file that a command was given.
+// Loads the model file of a command.
 #pragma once
 
 #include <optional>
@@ -12,14 +12,14 @@ namespace mapexport {
 
 struct LoadedModel {
   ModelFile model;
-  /// How a command that does its work ends: kOverlongLists when a list of the model is longer than
-  /// 16-bit indices can address, else kDone.
+  /// The exit status of a command that succeeds: kOverlongLists when a list of the model is longer
+  /// than 16-bit indices can address, else kDone.
   ExitStatus status = ExitStatus::kDone;
 };
 
-/// Reads and checks the model file at `path`; without a `layout` its extension tells it. Nothing
-/// when the file is not sound, each defect then being an error line; else warns of what is
-/// remarkable.
+/// Reads and checks the model file at `path`; without `layout` the extension decides. For a
+/// defective file prints an error line for each defect and returns nothing; otherwise prints
+/// warnings.
 std::optional<LoadedModel> LoadModel(const std::string& path, std::optional<ModelLayout> layout,
                                      Messages& messages);
 

@@ -12,7 +12,7 @@
 namespace mapexport {
 namespace {
 
-/// What a reader that was taken over could have done, for the gravest part that is missing.
+/// What a reader that was taken over could have done, for the most serious missing part.
 const char* StateOf(const Confinement& confinement) {
   if (!confinement.calls.empty()) {
     return confinement.files.empty() ? "was only kept from writing files" : "was not confined";
@@ -43,7 +43,7 @@ void WarnOfConfinement(const Confinement& confinement, const std::string& path,
 
 LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& stages) {
   const auto begin = [&stages](const char* stage) { stages.Begin(stage); };
-  // What is piped in has no name to know it by.
+  // Piped input has no extension, so it is a scene file.
   if (IsSceneFile(source.path) || source.path == "/dev/stdin") {
     begin("reading");
     if (source.import.up != UpAxis::kAuto || source.import.scale) {

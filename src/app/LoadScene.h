@@ -16,13 +16,13 @@ namespace mapexport {
 
 struct LoadedScene {
   Scene scene;
-  Remarks leftOut;                         ///< what of a foreign scene is left out, by kind
-  std::vector<std::string> sideFiles;      ///< read beside it, as paths that can be opened
-  std::optional<Confinement> confinement;  ///< of the process that read a foreign scene
+  Remarks leftOut;                         ///< how much of a foreign scene is left out, by kind
+  std::vector<std::string> sideFiles;      ///< other files that were read, as paths to open
+  std::optional<Confinement> confinement;  ///< for a foreign scene
 };
 
-/// The scene file or foreign scene of `source`; what is remarkable is told. Begins a stage of
-/// reading before anything else may have begun one. Throws SceneError.
+/// Loads the scene file or foreign scene of `source` and prints its warnings and notes. Begins the
+/// stage of reading, which must be the first stage of the run. Throws SceneError.
 LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& stages);
 
 }  // namespace mapexport

@@ -1,4 +1,4 @@
-// What the program tells the person on standard error.
+// The program's messages on standard error.
 #pragma once
 
 #include <span>
@@ -21,15 +21,15 @@ class Messages {
   void Warning(RemarkCode code, std::string_view text, std::uint64_t count = 1);
   void Note(RemarkCode code, std::string_view text, std::uint64_t count = 1);
   void Tell(Remark remark);
-  /// All that is said about one scene, each line beginning with `about`. Of each code the first ten
-  /// are printed, and then how many more there are.
+  /// Reports all remarks about one scene, each line beginning with `about`: the first ten of each
+  /// code, then how many more there are.
   void TellAll(const std::string& about, Remarks remarks);
   /// The usage line that follows an error.
   void Usage(std::string_view line) const;
   /// A message box: "TITLE: TEXT", the text with its own line breaks.
   void Box(std::string_view title, std::string_view text) const;
 
-  /// All notes and warnings so far, the ones that were not printed too.
+  /// All notes and warnings so far, also those that were not printed.
   std::span<const Remark> Told() const { return told_; }
 
  private:

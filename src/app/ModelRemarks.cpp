@@ -10,7 +10,7 @@
 namespace mapexport {
 namespace {
 
-/// Which nodes of the scene fill `list` most, as the end of a line. Points come from the nodes'
+/// The nodes of the scene that fill `list` most, as the end of a line. Points come from the nodes'
 /// vertices; faces and their corners from the triangles.
 std::string Culprits(const OverlongList& list, const SceneCensus& census) {
   const bool ofPoints =
@@ -27,7 +27,7 @@ ExitStatus WarnOfModel(std::span<const ModelProblem> problems, const ModelLength
   const std::vector<OverlongList> overlong = OverlongLists(lengths);
   for (const ModelProblem& problem : problems) {
     const bool isCut = problem.code == ModelProblemCode(ModelFault::kIndicesCut);
-    // A list whose indices are cut is told of once, as an overlong one.
+    // A list with cut indices is reported once, as an overlong one.
     if (isCut && !overlong.empty()) continue;
     messages.Warning(isCut ? RemarkCode("indices-cut") : RemarkCode("not-finite"),
                      fmt::format("{}: {}", name, ToLine(problem)));

@@ -1,4 +1,4 @@
-// What is remarkable about a sound model file.
+// Warnings about a valid model file.
 #pragma once
 
 #include <span>
@@ -12,10 +12,9 @@
 
 namespace mapexport {
 
-/// Warns of what the reader found remarkable and of the lists that 16-bit indices can't address, in
-/// lines that begin with `name`. With the census of the scene that the model is made of (else
-/// null), these lines name the nodes that fill the list most. The status is kOverlongLists when
-/// there are such lists, else kDone.
+/// Warns of the reader's findings and of lists that 16-bit indices can't address, in lines that
+/// begin with `name`. `census` is that of the model's scene, or null; with it, the lines name the
+/// nodes that fill the list most. Returns kOverlongLists when there are such lists, else kDone.
 ExitStatus WarnOfModel(std::span<const ModelProblem> problems, const ModelLengths& lengths,
                        const std::string& name, const SceneCensus* census, Messages& messages);
 

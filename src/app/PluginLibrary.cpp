@@ -37,7 +37,7 @@ ClassDesc* FindExporter(void* library, const std::string& path) {
 PluginLibrary::PluginLibrary(const std::string& path)
     : path_(path), handle_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL), dlclose) {
   if (!handle_) {
-    // Its text begins with the path.
+    // Its text already begins with the path.
     const char* const error = dlerror();
     throw RunError(error == nullptr ? fmt::format("{}: cannot be loaded", path) : error);
   }
@@ -51,7 +51,7 @@ std::string PluginLibrary::Path() {
 }
 
 std::unique_ptr<SceneExport> PluginLibrary::CreateExporter() const {
-  // What a class of this super class creates is a SceneExport.
+  // Classes of this super class create a SceneExport.
   std::unique_ptr<SceneExport> exporter(static_cast<SceneExport*>(exporter_->Create(false)));
   if (!exporter)
     throw RunError(fmt::format("{}: creates no exporter, perhaps for want of memory", path_));

@@ -8,23 +8,22 @@
 
 namespace mapexport {
 
-/// A loaded plug-in library with one scene exporter. A System must be installed as long as it
-/// lives.
+/// A loaded plug-in library with one scene exporter. A System must be installed during its
+/// lifetime.
 class PluginLibrary {
  public:
-  /// Throws RunError when the file at `path` can't be loaded, speaks another version of the host's
+  /// Throws RunError when the file at `path` can't be loaded, has another version of the host's
   /// interface, or describes no scene exporter.
   explicit PluginLibrary(const std::string& path);
   ~PluginLibrary();
   PluginLibrary(const PluginLibrary&) = delete;
   PluginLibrary& operator=(const PluginLibrary&) = delete;
 
-  /// The library of this program: mapexport-plugin.so in the folder of the running program. Throws
-  /// RunError when that folder can't be told.
+  /// This program's own library, mapexport-plugin.so, found by FindLibrary. Throws RunError.
   static std::string Path();
 
-  /// A new exporter, to be destroyed before the library. Throws RunError when there is none to be
-  /// had.
+  /// A new exporter, which must be destroyed before the library. Throws RunError when the library
+  /// creates none.
   std::unique_ptr<SceneExport> CreateExporter() const;
 
  private:

@@ -20,11 +20,11 @@
 namespace mapexport {
 namespace {
 
-/// Takes the places of standard streams that came closed, so that no file of ours gets their
-/// numbers. The modes are such that using them fails as with a closed one.
+/// Fills standard descriptors that are closed, so that no file of ours gets their numbers. The
+/// modes make reading or writing them fail as on a closed one.
 void OccupyStandardStreams() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-    // open() gives the lowest free number: this one.
+    // open() returns the lowest free number: this one.
     if (fcntl(fd, F_GETFD) == -1) open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
 }
@@ -64,14 +64,13 @@ ExitStatus Run(const std::vector<std::string>& arguments) {
 
 int RunProgram(int argc, char** argv) {
   OccupyStandardStreams();
-  // Writing to a reader that went away, or beyond the largest file size allowed, fails like any
-  // other writing.
+  // Writing to a closed pipe, or beyond the file size limit, then fails like any other write.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
   try {
     return static_cast<int>(Run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc)));
   } catch (const std::bad_alloc&) {
-    // Not even the words for an error could be put together.
+    // Memory ran out even for the error's text.
     WriteLines("mapexport: error: memory ran out\n");
     return static_cast<int>(ExitStatus::kFailed);
   }

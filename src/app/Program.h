@@ -1,9 +1,9 @@
-// The whole program behind main.
+// The whole program, called by main.
 #pragma once
 
 namespace mapexport {
 
-/// Runs what the command line asks for; the result is the program's exit status.
+/// Runs the command line; returns the program's exit status.
 int RunProgram(int argc, char** argv);
 
 }  // namespace mapexport

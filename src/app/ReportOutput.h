@@ -13,26 +13,25 @@
 
 namespace mapexport {
 
-/// A report that is placed with the run's other outputs, or delivered alone when the run fails. On
+/// A report that is put in place with the run's other outputs, or alone when the run fails. On
 /// standard output it is printed once.
 class ReportOutput {
  public:
-  /// `write` writes the report as it is by then. Without a target there is none.
+  /// `write` writes the report in its state at that time. Without a target there is no report.
   ReportOutput(std::optional<OutputTarget> target, std::function<void(std::ostream&)> write);
 
-  /// Throws RunError when the report would replace one of `files` or be written into it. It is not
-  /// delivered then.
+  /// Throws RunError when the report would replace one of `files` or be written into it. The report
+  /// is then never delivered.
   void RequireFree(const TakenFiles& files);
 
   const std::optional<OutputTarget>& Target() const { return target_; }
 
-  /// The report as a file that is to be put in its place; null when it is to be none. Throws
-  /// RunError.
+  /// The report as a file to be put in place; null when it is not a file. Throws RunError.
   std::unique_ptr<OutputPlace> Prepare() const;
-  /// Prints the report if it goes to standard output. A reader that has gone away wants no more of
-  /// it. Throws RunError.
+  /// Prints the report if it goes to standard output. A closed reader is not an error. Throws
+  /// RunError.
   void Print();
-  /// Prints the report or puts it in its place alone. Throws RunError.
+  /// Prints the report, or puts it in place alone. Throws RunError.
   void Deliver(Messages& messages);
 
  private:

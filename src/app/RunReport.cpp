@@ -79,7 +79,7 @@ void WriteRemarks(JsonStream& json, std::string_view key, std::span<const Remark
   json.Close(']');
 }
 
-/// What the importer left out, and what the remarks say that the exporter did.
+/// What the importer left out, plus what the exporter left out according to the remarks.
 void WriteLeftOut(JsonStream& json, std::span<const Remark> byImporter,
                   std::span<const Remark> remarks) {
   std::map<std::string_view, std::uint64_t> counts;

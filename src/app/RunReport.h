@@ -33,20 +33,20 @@ struct ModelCounts {
 
 ModelCounts CountModel(const ModelLengths& lengths);
 
-/// What is known of a run; it grows as the run goes on.
+/// What is known of a run; filled in as the run proceeds.
 struct RunReport {
   ExitStatus status = ExitStatus::kFailed;
   std::string error;   ///< why the run failed, in one line
-  std::string scene;   ///< as the person gave it
+  std::string scene;   ///< as given on the command line
   std::string output;  ///< the same, with ".map" where it is appended
   std::string sha256;  ///< of the output
   std::uint64_t bytes = 0;
   std::vector<std::string> dependencies;   ///< the files that the output depends on
-  Remarks leftOut;                         ///< by the importer
-  std::optional<Confinement> confinement;  ///< of the process that read a foreign scene
+  Remarks leftOut;                         ///< what the importer left out
+  std::optional<Confinement> confinement;  ///< for a foreign scene
   std::optional<SceneCensus> before;
   std::optional<ModelLayout> layout;
-  ModelCounts after;  ///< when there is a layout
+  ModelCounts after;  ///< set when there is a layout
 };
 
 void WriteReport(const RunReport& report, std::span<const Remark> remarks,

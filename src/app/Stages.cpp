@@ -16,7 +16,7 @@ Stages::Stages(bool quiet) : shown_(!quiet && StandardErrorIsTerminal()) {}
 Stages::~Stages() {
   {
     const std::scoped_lock lock(mutex_);
-    // The time of a stage that an exception left is not asked for; noting it would need memory.
+    // A stage that an exception ends needs no time, and recording it would need memory.
     current_.clear();
     over_ = true;
     if (shown_) EraseStatusLine();
@@ -37,7 +37,7 @@ void Stages::Begin(const std::string& name) {
   if (!shown_) return;
   changed_.notify_one();
   if (thread_.joinable()) return;
-  // Signals are the main thread's, which may hold them back for a while.
+  // Signals go to the main thread, which may hold them back for a while.
   sigset_t all;
   sigset_t before;
   sigfillset(&all);

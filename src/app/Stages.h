@@ -1,4 +1,4 @@
-// The stages of a run: how long each takes, and which one a person is waiting for.
+// The stages of a run: measures them and shows the current one.
 #pragma once
 
 #include <chrono>
@@ -14,8 +14,8 @@
 namespace mapexport {
 
 /// Times stages. On a terminal, a stage that takes longer than about a second is shown with its
-/// elapsed seconds in one line of standard error, rewritten in place by a thread of its own and
-/// erased at the stage's end; elsewhere nothing is printed.
+/// elapsed seconds in one line of standard error. A thread rewrites that line and erases it when
+/// the stage ends. Elsewhere nothing is printed.
 class Stages {
  public:
   struct Time {
@@ -29,12 +29,12 @@ class Stages {
   Stages(const Stages&) = delete;
   Stages& operator=(const Stages&) = delete;
 
-  /// Ends the stage before and begins another. The first call may start the thread, so a process
-  /// that forks must do it before.
+  /// Ends the current stage and begins another. The first call may start the thread, so a process
+  /// that forks must do so before it.
   void Begin(const std::string& name);
   /// Ends the stage.
   void End();
-  /// Does `action` in a stage of its own; the stage that it interrupts goes on afterwards.
+  /// Runs `action` in a stage, then resumes the stage that it interrupted.
   void During(const std::string& name, const std::function<void()>& action);
 
   /// The stages that have ended, each once with the sum of its times.
@@ -46,11 +46,11 @@ class Stages {
   const bool shown_;
   std::vector<Time> times_;
 
-  std::mutex mutex_;  ///< guards what follows
+  std::mutex mutex_;  ///< guards the members below
   std::condition_variable changed_;
   std::string current_;  ///< empty between stages
   std::chrono::steady_clock::time_point begin_;
-  std::uint64_t turn_ = 0;  ///< counts beginnings
+  std::uint64_t turn_ = 0;  ///< counts calls of Begin
   bool over_ = false;
   std::thread thread_;
 };

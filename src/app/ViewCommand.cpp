@@ -53,8 +53,8 @@ struct ViewArguments {
   int coordinateSystem = 0;  ///< 0 to 3
 };
 
-/// Writes an HTML page that shows a model file; what is wrong with the file goes to standard error.
-/// Throws RunError also when this program can't make pages.
+/// Writes an HTML page that shows a model file; defects of the file go to standard error. Throws
+/// RunError also when this program was built without the page.
 ExitStatus Run(const CommandLine& line) {
   const ViewArguments arguments{.file = PositionalPath(line, 0),
                                 .output = PathValue(line, "output"),
@@ -86,7 +86,7 @@ ExitStatus Run(const CommandLine& line) {
       out << "wrote " << PrintableText(output, std::string::npos) << '\n';
     });
   } catch (const RunError& error) {
-    messages.Warning("not-told", error.what());  // the page is in its place all the same
+    messages.Warning("not-told", error.what());  // the page is in its place nevertheless
   }
   return loaded->status;
 }

@@ -18,7 +18,7 @@
 namespace mapexport {
 namespace {
 
-// A display that does not answer for so many seconds is none.
+// After so many seconds without an answer, the display counts as missing.
 constexpr std::uint32_t kPatience = 60;
 constexpr std::uint64_t kLongestReason = 16384;
 
@@ -43,7 +43,7 @@ CreatePresenterFunction* LoadFunction() {
   return reinterpret_cast<CreatePresenterFunction*>(function);
 }
 
-/// What Qt gave as the reason: the first line of its part that knows displays.
+/// Qt's reason: the first line of its category for displays.
 std::string QtReason(std::string_view text, const ChildOutcome& outcome) {
   const std::size_t begin = text.find("qt.qpa.");
   if (begin == text.npos) {
@@ -61,7 +61,7 @@ std::string QtReason(std::string_view text, const ChildOutcome& outcome) {
 void RequireWindows() {
   ChildTask task;
   task.run = [](FdOutput&) {
-    // Nothing is cleaned up: the process goes at once.
+    // The child ends without cleaning up.
     static_cast<void>(OpenWindows({}).release());
     return std::string();
   };
@@ -72,7 +72,7 @@ void RequireWindows() {
     if (outcome.end == ChildEnd::kDone) return;
     if (outcome.end == ChildEnd::kMemoryRanOut) throw std::bad_alloc();
     if (!outcome.message.empty()) throw RunError(outcome.message);
-    // What Qt says before it gives up the process.
+    // Qt prints the reason before it aborts.
     Fail(QtReason(BytesOf(outcome.output, 0, kLongestReason), outcome));
   } catch (const ChildError& error) {
     Fail(error.what());

@@ -8,11 +8,12 @@
 
 namespace mapexport {
 
-/// Throws RunError when no window can be shown: the library is missing, does not fit, or finds no
-/// display. Tries it in a process of its own, which leaves this one without threads and alive.
+/// Throws RunError when no window can be shown: the library is missing, has another version, or
+/// finds no display. Tries this in a child process, so that this process keeps running, without
+/// threads.
 void RequireWindows();
 
-/// A presenter whose own window has that title. Where there is no display the process ends. Throws
+/// A presenter whose owner window has that title. Without a display Qt ends the process. Throws
 /// RunError.
 std::unique_ptr<Presenter> OpenWindows(const std::string& title);
 

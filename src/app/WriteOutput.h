@@ -1,4 +1,4 @@
-// Writes outputs, and tells what there is to tell once they are in their places.
+// Writes outputs and reports what happened to them.
 #pragma once
 
 #include <functional>
@@ -13,13 +13,13 @@
 
 namespace mapexport {
 
-/// Writes a file, whole or not at all, or to standard output. Returns false when the reader of
-/// standard output has gone away, which is no error of anyone. Throws RunError.
+/// Writes a complete file or none, or to standard output. Returns false when the reader of standard
+/// output has closed it, which is not an error. Throws RunError.
 bool WriteOutput(const OutputTarget& target, const std::function<void(std::ostream&)>& write,
                  Messages& messages);
 
-/// Tells what there is to tell of committed places, and then what `tellMore` tells. It is too late
-/// for a failure: when memory runs out for the words, that is all that is said.
+/// Prints warnings about places that are committed, then calls `tellMore`. The output is in place,
+/// so this can't fail any more: when memory runs out, only that is printed.
 template <typename TellMore>
 void TellPlaced(std::span<OutputPlace* const> places, Messages& messages,
                 const TellMore& tellMore) {

@@ -59,7 +59,7 @@ std::string NamesOf(std::span<const OptionInfo> options) {
   return words.empty() ? words : words.substr(1);
 }
 
-/// A case of what follows `option`: words; nothing where a value is expected that none can guess.
+/// The case for what follows `option`: its words, or nothing when the value can't be completed.
 std::string ValueCase(const CommandInfo& command, const OptionInfo& option) {
   const std::span<const char* const> words =
       option.kind == OptionKind::kRow ? option.rows : option.words;

@@ -1,5 +1,5 @@
-// What a command and its options are. The parser, --help, the manual page and the completion are
-// all made from a table of commands.
+// Descriptions of commands and their options. The parser, --help, the manual page and the
+// completion are all made from a table of these.
 #pragma once
 
 #include <array>
@@ -22,13 +22,13 @@ enum class OptionKind {
 struct OptionInfo {
   const char* name;  ///< without dashes
   OptionKind kind;
-  const char* argument = nullptr;  ///< what the value is called; null for flags and switches
+  const char* argument = nullptr;  ///< name of the value in the help; null for flags and switches
   const char* help;
-  char letter = '\0';  ///< "-l" for short
-  /// The control of the options dialog that the option operates, 0 for none.
+  char letter = '\0';  ///< short form, "-l"
+  /// The control of the options dialog that the option operates; 0 for none.
   int control = 0;
   std::span<const char* const> rows = {};   ///< names of a kRow's rows
-  std::span<const char* const> words = {};  ///< of a kText: values that are words, all or some
+  std::span<const char* const> words = {};  ///< of a kText: words among its values, all or some
 };
 
 struct PositionalInfo {
@@ -40,10 +40,9 @@ struct CommandInfo {
   const char* name;
   const char* summary;
   std::span<const PositionalInfo> positionals = {};  ///< each is required
-  /// Those that operate controls stand in the order of the dialog's control table.
+  /// Options that operate controls come in the order of the dialog's control table.
   std::span<const OptionInfo> options = {};
-  /// Does what a line of this command asks for. Throws UsageError for a value that is wrong, and
-  /// other exceptions when the command fails.
+  /// Runs the command. Throws UsageError for a wrong value, and other exceptions when it fails.
   ExitStatus (*run)(const CommandLine& line);
 };
 

@@ -17,8 +17,8 @@ const CommandInfo* FindCommand(std::span<const CommandInfo> commands, std::strin
   return found == commands.end() ? nullptr : &*found;
 }
 
-/// Refuses the "--name=value" forms that the parser would take for something else: a flag with a
-/// value, and an empty value, for which it would take the next argument.
+/// Refuses the "--name=value" forms that the parser would misread: a flag with a value, and an
+/// empty value, in whose place it would take the next argument.
 void CheckEqualSigns(const std::vector<std::string>& arguments, const CommandInfo* command) {
   for (const std::string& argument : arguments) {
     if (argument == "--") return;
@@ -61,7 +61,7 @@ std::string ParserNames(const OptionInfo& option) {
   return names;
 }
 
-/// The parser's own form of a command.
+/// The parser's form of a command.
 struct CommandParser {
   const CommandInfo* info;
   CLI::App* app;
@@ -90,7 +90,8 @@ CommandLine Collect(const CommandParser& parser) {
     line.positionals.push_back(positional->results().back());
   }
   for (std::size_t i = 0; i < parser.options.size(); ++i) {
-    // The results as they were given: the parser's own conversions treat some texts specially.
+    // The results as given on the command line: the parser's own conversions treat some texts
+    // specially.
     const CLI::results_t& results = parser.options[i]->results();
     if (results.empty()) continue;
     const OptionInfo& option = parser.info->options[i];

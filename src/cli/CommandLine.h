@@ -1,4 +1,4 @@
-// Takes a command line apart by the table of commands and options.
+// Parses a command line by the table of commands and options.
 #pragma once
 
 #include <functional>
@@ -14,16 +14,16 @@
 
 namespace mapexport {
 
-/// The words of a command line; what their values mean is not looked at.
+/// The parts of a command line; the meaning of values is not checked here.
 struct CommandLine {
-  const CommandInfo* command = nullptr;  ///< null when help or the version is wanted without one
+  const CommandInfo* command = nullptr;  ///< null: help or version without a command
   std::vector<std::string> positionals;  ///< as many as the command has
   /// The given options by name with the last value of each; "on" or "off" for a kSwitch, "" for a
   /// kFlag.
   std::map<std::string, std::string, std::less<>> options;
 
   enum class Wanted { kCommand, kHelp, kVersion };
-  Wanted wanted = Wanted::kCommand;  ///< with kHelp, of `command` or of the program
+  Wanted wanted = Wanted::kCommand;  ///< with kHelp, the help of `command` or of the program
 
   bool Has(std::string_view option) const { return options.contains(option); }
   std::optional<std::string> Value(std::string_view option) const;
@@ -32,16 +32,16 @@ struct CommandLine {
 /// A wrong command line; what() is one line that says what is wrong.
 class UsageError : public std::runtime_error {
  public:
-  /// `usedCommand` is the command that was given, null when there was none.
+  /// `usedCommand` is the command that was given; null for none.
   UsageError(const std::string& text, const CommandInfo* usedCommand)
       : std::runtime_error(text), command(usedCommand) {}
 
-  const CommandInfo* command;  ///< whose usage line helps
+  const CommandInfo* command;  ///< the command whose usage line helps
 };
 
-/// `arguments` are those after the program's name. Names are never abbreviated; "--" ends the
-/// options. Help, where it is asked for, comes before every mistake but those in the options' form.
-/// The result points into `commands`. Throws UsageError.
+/// `arguments` are those after the program's name. Names can't be abbreviated; "--" ends the
+/// options. A request for help precedes every error except malformed options. The result points
+/// into `commands`. Throws UsageError.
 CommandLine ParseCommandLine(std::span<const CommandInfo> commands,
                              const std::vector<std::string>& arguments);
 

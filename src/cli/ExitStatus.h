@@ -1,4 +1,4 @@
-// How the program ends.
+// The program's exit statuses.
 #pragma once
 
 #include <array>
@@ -18,7 +18,7 @@ struct ExitStatusInfo {
   const char* meaning;
 };
 
-/// What the help says of each, in the order of the numbers.
+/// What the help says of each, in numerical order.
 inline constexpr std::array kExitStatuses{
     ExitStatusInfo{ExitStatus::kDone, "done"},
     ExitStatusInfo{ExitStatus::kFailed,

@@ -11,7 +11,7 @@
 namespace mapexport {
 namespace {
 
-/// Counts of model files: all, those that are read, and of these those that give each thing.
+/// Counts of model files: all, those that are read, and of these those that have each feature.
 struct Measured {
   std::string extension;
   std::size_t files = 0;
@@ -28,7 +28,7 @@ std::istream& operator>>(std::istream& in, Measured& row) {
   return in;
 }
 
-/// How many of `read` files give a thing, as a word.
+/// How many of the `read` files have a feature, as a word.
 const char* Share(std::size_t count, std::size_t read) {
   if (count == 0) return "-";
   if (count == read) return "all";

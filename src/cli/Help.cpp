@@ -12,8 +12,8 @@ namespace {
 constexpr std::size_t kTextColumn = 28;
 constexpr std::size_t kTextWidth = 80 - kTextColumn;
 
-/// Appends `text` in lines of kTextWidth from kTextColumn on; `head` stands before it, on a line of
-/// its own when it is too long.
+/// Appends `text` in lines of kTextWidth from kTextColumn on. `head` precedes it, on a separate
+/// line when it is too long.
 void AppendEntry(std::string& out, std::string_view head, std::string_view text) {
   std::string line = fmt::format("  {}", head);
   if (line.size() + 2 > kTextColumn) {

@@ -1,4 +1,4 @@
-// The texts that tell how the program is used, made from the table of commands and options.
+// Usage and help texts, made from the table of commands and options.
 #pragma once
 
 #include <span>
@@ -11,17 +11,17 @@ namespace mapexport {
 /// "usage: mapexport export SCENE OUTPUT [options]"; with null the program's own. No newline.
 std::string UsageLine(const CommandInfo* command);
 
-/// How an option is written: "-o, --output FILE", "--weld, --no-weld".
+/// The forms of an option: "-o, --output FILE", "--weld, --no-weld".
 std::string OptionHead(const OptionInfo& option);
-/// What it means, with the names of a list box's rows.
+/// The meaning of an option, with the names of a list box's rows.
 std::string OptionHelp(const OptionInfo& option);
 
-/// What the program's own --help prints.
+/// The output of the program's --help.
 std::string ProgramHelp(std::span<const CommandInfo> commands);
-/// What a command's --help prints.
+/// The output of a command's --help.
 std::string CommandHelp(const CommandInfo& command);
 
-/// What --version prints.
+/// The output of --version.
 std::string VersionText();
 
 }  // namespace mapexport

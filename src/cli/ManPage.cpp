@@ -41,7 +41,7 @@ constexpr Entry kExamples[] = {
     {"mapexport inspect level.kob", "Checks the file and prints what it holds."},
 };
 
-/// `text` as troff prints it, hyphens as they are typed.
+/// `text` for troff, with hyphens that stay hyphens.
 std::string Escaped(std::string_view text) {
   std::string escaped;
   for (const char c : text) {

@@ -11,7 +11,7 @@ std::optional<float> ParseFloat(std::string_view text) {
   if (text.size() > kMaxBoxText) return std::nullopt;
   std::string_view number = text;
   if (!number.empty() && (number.front() == '+' || number.front() == '-')) number.remove_prefix(1);
-  // A second sign, "inf" and "nan" end here; from_chars would take them.
+  // A second sign, "inf" and "nan" are refused here; from_chars would accept them.
   if (number.empty() || !(IsDigit(number.front()) || number.front() == '.')) {
     return std::nullopt;
   }
@@ -20,8 +20,7 @@ std::optional<float> ParseFloat(std::string_view text) {
   const char* const end = number.data() + number.size();
   const auto [stop, error] = std::from_chars(number.data(), end, value);
   if (stop != end || error == std::errc::invalid_argument) return std::nullopt;
-  // Beyond a double in a text this short, the sign of the exponent tells a huge number from a tiny
-  // one.
+  // A number beyond a double in a text this short is huge or tiny by the sign of its exponent.
   if (error == std::errc::result_out_of_range) {
     if (number.find("e-") == number.npos && number.find("E-") == number.npos) return std::nullopt;
     value = 0;

@@ -1,4 +1,4 @@
-// What the values of options mean.
+// Parses the values of options.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,8 @@ inline constexpr std::size_t kMaxBoxText = 255;
 inline constexpr std::size_t kMaxPickedPath = 254;
 
 /// The 32-bit float of a text that is wholly a decimal number ("-0.25", "+.5", "5.", "1e-3"), at
-/// most kMaxBoxText long; nothing when it is no such text or not finite as a float. One too small
-/// for a float is zero. The locale plays no part.
+/// most kMaxBoxText long; nothing for any other text or when the float is not finite. A number too
+/// small for a float is zero. The result does not depend on the locale.
 std::optional<float> ParseFloat(std::string_view text);
 
 /// A whole number from 0 to 4294967295 in decimal digits.

@@ -1,5 +1,5 @@
-// What is installed beside the program: its manual page, and completion for bash. Both are made
-// from the table of commands that --help is made of.
+// Files that are installed with the program: its manual page, and completion for bash. Like --help,
+// both are made from the table of commands.
 #pragma once
 
 #include <span>
@@ -9,7 +9,7 @@
 
 namespace mapexport {
 
-/// mapexport(1) in the man macros of troff. Nothing in it depends on the day or the machine.
+/// mapexport(1) in the man macros of troff. The same on every day and machine.
 std::string ManPage(std::span<const CommandInfo> commands);
 
 /// A script for bash that completes commands, options, the words that options take, and file names.

@@ -1,4 +1,4 @@
-// What several commands have in common: options, and what is made of their values.
+// Options that several commands have, and the reading of their values.
 #pragma once
 
 #include <array>
@@ -15,9 +15,9 @@ namespace mapexport {
 inline constexpr OptionInfo kQuietOption{
     .name = "quiet", .kind = OptionKind::kFlag, .help = "print only warnings and errors"};
 
-// Of the commands that read a scene.
+// For commands that read a scene:
 
-/// The values of --scale that are words.
+/// The words that --scale accepts.
 inline constexpr std::array kScaleWords{"auto"};
 
 inline constexpr std::array kUpAxes{"auto", "y", "z"};  ///< in the order of UpAxis
@@ -46,18 +46,18 @@ inline constexpr OptionInfo kReadLimitOption{
         "and 1 s per begun 4 MB of the file, at most 45, and 45 where the data is in other "
         "files (.gltf)"};
 
-/// A scene to load, and how.
+/// A scene to load, and options for it.
 struct SceneSource {
   std::string path;
   // For foreign formats only.
   ImportOptions import;
-  std::optional<std::uint32_t> seconds;  ///< of processor time; 0: no limit; none: ReadSeconds
+  std::optional<std::uint32_t> seconds;  ///< of processor time; 0: no limit; empty: ReadSeconds
 };
 
-/// The scene that the first positional names, by --up, --scale and --read-limit. Throws UsageError.
+/// The scene of the first positional, with --up, --scale and --read-limit. Throws UsageError.
 SceneSource SceneOf(const CommandLine& line);
 
-// Of the commands that read a model file.
+// For commands that read a model file:
 
 inline constexpr PositionalInfo kModelPositional{"FILE",
                                                  "a model file; its extension tells the layout"};
@@ -69,7 +69,7 @@ inline constexpr OptionInfo kLayoutOption{.name = "layout",
                                           .help = "qob or kob, whatever the extension is",
                                           .words = kLayouts};
 
-/// The layout that --layout names; nothing unless it is given. Throws UsageError.
+/// The layout that --layout names; nothing when it is not given. Throws UsageError.
 std::optional<ModelLayout> LayoutValue(const CommandLine& line);
 
 // The rows of the options dialog's list boxes.

@@ -8,7 +8,7 @@
 
 #include <sys/mman.h>
 
-// Sanitizers have operators of their own, which find more.
+// Sanitizers have operators that find more.
 #if defined(__SANITIZE_ADDRESS__)
 #define MAPEXPORT_OWN_OPERATORS 0
 #elif defined(__has_feature)
@@ -21,18 +21,18 @@
 
 namespace {
 
-// The size of a large page on most systems. A block that is used in part takes memory up to the
-// next multiple of it.
+// The size of a large page on most systems. The last, partly used large page of a block counts in
+// full.
 constexpr std::size_t kLarge = std::size_t{2} << 20;
 
 void* Allocate(std::size_t size) {
   if (size < kLarge || size > PTRDIFF_MAX) return std::malloc(size == 0 ? 1 : size);
-  // A large page lies on a multiple of its size: what stands before the first one would be small.
+  // Aligned to the page size: the part before the first boundary would be on small pages.
   const std::size_t whole = (size + kLarge - 1) / kLarge * kLarge;
   void* const block = std::aligned_alloc(kLarge, whole);
   if (block != nullptr) {
     const int before = errno;
-    // A kernel without large pages refuses, which is no harm.
+    // A kernel without large pages refuses this, which does no harm.
     static_cast<void>(madvise(block, whole, MADV_HUGEPAGE));
     errno = before;
   }
@@ -41,8 +41,8 @@ void* Allocate(std::size_t size) {
 
 }  // namespace
 
-// The other forms of the operators come down to these, but for the aligned ones, which are left as
-// they are: their blocks, too, end in free().
+// The other forms of the operators call these. The aligned ones are left as they are; their blocks,
+// too, end in free().
 
 void* operator new(std::size_t size) {
   while (true) {
