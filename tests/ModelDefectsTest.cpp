@@ -177,9 +177,9 @@ TEST(ModelDefectsTest, WarningsOfOneKindAreToldOnce) {
   EXPECT_THAT(
       result.problems,
       ElementsAre(AllOf(Field(&ModelProblem::place, "materials[0].scalar3"),
-                        Field(&ModelProblem::text, "is NaN, no finite number")),
+                        Field(&ModelProblem::text, "is NaN, not a finite number")),
                   AllOf(Field(&ModelProblem::place, "groups[0].vertices[1]"),
-                        Field(&ModelProblem::text, HasSubstr("is -Infinity, no finite number; "
+                        Field(&ModelProblem::text, HasSubstr("is -Infinity, not a finite number; "
                                                              "there are 3 such numbers")))));
 }
 

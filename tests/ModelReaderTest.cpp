@@ -122,7 +122,7 @@ TEST(ModelReaderTest, FilesThatCannotBeHadAreErrors) {
       {"missing", "can't be opened: No such file or directory"},
       {"", "is a folder, not a model file"},
       {"empty", "is empty"},
-      {"pipe", "is no regular file"},
+      {"pipe", "is not a regular file"},
       {"huge",
        "has 4294967296 bytes: sizes of 32 bits can't describe a file of 4294967296 bytes or more"},
   };

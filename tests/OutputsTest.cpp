@@ -33,7 +33,7 @@ TEST_F(OutputsTest, TheLogReplacesNothingButAnOlderLog) {
       {"it is a link", [&] { fs::create_symlink(root_ / "not there", log); }},
       {"it has another name, too", [&] { fs::create_hard_link(precious, log); }},
       {"it is a folder", [&] { fs::create_directory(log); }},
-      {"it is no regular file", [&] { mkfifo(log.c_str(), 0600); }},
+      {"it is not a regular file", [&] { mkfifo(log.c_str(), 0600); }},
       {"it is the CXP database itself", [&] { Write(log, "old"); }, {"--cxp", "ExportDebug.txt"}},
       {"it is the settings store itself", [&] { Write(log, ""); }, {"--settings", log}},
       {"it is the output itself", [&] {}, {}, "./ExportDebug.txt"},

@@ -176,7 +176,7 @@ TEST_F(SettingsTest, WhatIsNotOfTheFormIsNeverOverwritten) {
   const std::vector<std::pair<std::string, const char*>> cases = {
       {"\xEF\xBB\xBF", "line 1: the first line"},
       {"REGEDIT42\n", "line 1: the first line"},
-      {"REGEDIT4\n\"a\"=\"b\"\n", "line 2: a value stands before"},
+      {"REGEDIT4\n\"a\"=\"b\"\n", "line 2: a value precedes"},
       {head + "[HKEY\n]\n", "line 3: the key's line"},
       {head + "[]\n", "line 3: the key has no name"},
       {head + "a=\"b\"\n", "line 3: neither"},

@@ -55,15 +55,15 @@ void WarnOfWelding(const ExportArguments& arguments, const ExportSystem::Values&
   if (arguments.unweld) {
     messages.Warning("weld-stays-on",
                      arguments.dialog
-                         ? "--no-weld has no effect: welding is on as the dialog is left"
+                         ? "--no-weld has no effect: the dialog ended with welding on"
                          : "--no-weld has no effect: \"Remove T-Vertices\", which keeps welding "
-                           "on, was set when its turn came");
+                           "on, was set then");
   }
   if (scene.vertices > 0 && scene.extent < kFewWeldDistances * values.weldDistance) {
     messages.Warning(
         "small-for-welding",
         fmt::format("{}: its largest extent, {}, is under {} times the weld distance, {}: welding "
-                    "may merge what is meant to be apart",
+                    "may merge separate parts",
                     arguments.scene.path, scene.extent, kFewWeldDistances, values.weldDistance));
   }
 }

@@ -39,7 +39,7 @@ namespace {
 constexpr std::array kPositionals{
     kModelPositional,
     PositionalInfo{"OUT",
-                   "the file to write; its extension tells the format: .glb, .gltf (and a "
+                   "the file to write; its extension chooses the format: .glb, .gltf (and a "
                    ".bin), .obj (and a .mtl), .ply or .stl; \"-\": standard output, with --to"},
 };
 constexpr std::array kTargets{"glb", "gltf", "obj", "ply", "stl"};
@@ -56,13 +56,13 @@ constexpr OptionInfo kTextureCoordinates{
     .help = "the texture coordinates that FILE was exported with, 0 unless given",
     .rows = kTextureModes};
 constexpr std::array kOptions{
-    OptionInfo{
-        .name = "to",
-        .kind = OptionKind::kText,
-        .argument = "FORMAT",
-        .help = "glb, gltf, obj, ply or stl, whatever the extension is; gltf can't go to standard "
-                "output, obj goes there without its materials",
-        .words = kTargets},
+    OptionInfo{.name = "to",
+               .kind = OptionKind::kText,
+               .argument = "FORMAT",
+               .help =
+                   "glb, gltf, obj, ply or stl; overrides the extension. gltf can't go to standard "
+                   "output, obj goes there without its materials",
+               .words = kTargets},
     kCoordinates,
     kTextureCoordinates,
     OptionInfo{
@@ -96,7 +96,7 @@ const TargetFormat& TargetFormatOf(const CommandLine& line, const std::string& o
   if (IsStandardOutput(output)) {
     if (!name) {
       throw UsageError(
-          fmt::format("{}: standard output has no extension; name the format by --to", output),
+          fmt::format("{}: standard output has no extension; name the format with --to", output),
           line.command);
     }
     if (format != nullptr && format->aloneId == nullptr) {
@@ -112,7 +112,7 @@ const TargetFormat& TargetFormatOf(const CommandLine& line, const std::string& o
         line.command);
   }
   for (std::string_view& extension : extensions) extension.remove_prefix(1);
-  throw UsageError(fmt::format("--to: \"{}\" is none of {}", *name, fmt::join(extensions, ", ")),
+  throw UsageError(fmt::format("--to: \"{}\" is not one of {}", *name, fmt::join(extensions, ", ")),
                    line.command);
 }
 
@@ -146,7 +146,7 @@ void TellChanges(const std::string& output, const Changes& changes, Messages& me
   note("copies-left-out", changes.copies,
        "reversed copies of triangles left out; their materials show both sides");
   note("collision-left-out", changes.collisionFaces,
-       "collision triangles left out; the format has no nodes to keep them apart in");
+       "collision triangles left out; the format has no nodes to separate them");
 }
 
 constexpr std::uint64_t Changes::*kCounts[] = {
@@ -196,10 +196,10 @@ void RequireConverted(const ChildOutcome& outcome) {
     case ChildEnd::kMemoryRanOut:
       throw std::bad_alloc();
     case ChildEnd::kCannotHandOver:
-      throw ChildError("what was converted can't be handed over: " + outcome.message);
+      throw ChildError("the result can't be handed over: " + outcome.message);
     case ChildEnd::kSignal:
       throw ChildError(
-          fmt::format("the export library crashed on it ({}), perhaps for want of memory",
+          fmt::format("the export library crashed on it ({}), perhaps because memory ran out",
                       SignalText(outcome.number)));
     case ChildEnd::kRefused:
       if (!outcome.message.empty()) throw ChildError(outcome.message);
@@ -223,7 +223,7 @@ ConvertedModel Convert(const ModelFile& model, const std::string& fileName,
     RequireConverted(outcome);
     return TakeOver(outcome);
   } catch (const BadMessage&) {
-    throw RunError(arguments.file + ": not converted: what was converted can't be taken over");
+    throw RunError(arguments.file + ": not converted: the result can't be read");
   } catch (const ChildError& error) {
     throw RunError(fmt::format("{}: not converted: {}", arguments.file, error.what()));
   }

@@ -130,9 +130,10 @@ std::string NumberText(const CommandLine& line, const OptionInfo& option,
                      line.command);
   }
   if (!ParseFloat(value)) {
-    throw UsageError(fmt::format("--{}: \"{}\" is no decimal number in the range of a 32-bit float",
-                                 option.name, value),
-                     line.command);
+    throw UsageError(
+        fmt::format("--{}: \"{}\" is not a decimal number in the range of a 32-bit float",
+                    option.name, value),
+        line.command);
   }
   return value;
 }

@@ -21,7 +21,7 @@ constexpr std::array kOptions{
     OptionInfo{.name = "json", .kind = OptionKind::kFlag, .help = "print one JSON document"},
     OptionInfo{.name = "summary",
                .kind = OptionKind::kFlag,
-               .help = "leave the long lists out and give their counts"},
+               .help = "print counts instead of the long lists"},
     kLayoutOption,
 };
 

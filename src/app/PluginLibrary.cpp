@@ -22,14 +22,15 @@ ClassDesc* FindExporter(void* library, const std::string& path) {
   const auto count = FindFunction<LibNumberClassesFunction>(library, path, "LibNumberClasses");
   const auto classDesc = FindFunction<LibClassDescFunction>(library, path, "LibClassDesc");
   if (version() != kHostApiVersion) {
-    throw RunError(fmt::format("{}: speaks version {:#x} of the plug-in interface, not {:#x}", path,
+    throw RunError(fmt::format("{}: has version {:#x} of the plug-in interface, not {:#x}", path,
                                version(), kHostApiVersion));
   }
   for (int i = 0; i < count(); ++i) {
     ClassDesc* const found = classDesc(i);
     if (found != nullptr && found->SuperClassID() == kSceneExportSuperClassID) return found;
   }
-  throw RunError(fmt::format("{}: describes no scene exporter, perhaps for want of memory", path));
+  throw RunError(
+      fmt::format("{}: describes no scene exporter, perhaps because memory ran out", path));
 }
 
 }  // namespace
@@ -54,7 +55,7 @@ std::unique_ptr<SceneExport> PluginLibrary::CreateExporter() const {
   // Classes of this super class create a SceneExport.
   std::unique_ptr<SceneExport> exporter(static_cast<SceneExport*>(exporter_->Create(false)));
   if (!exporter)
-    throw RunError(fmt::format("{}: creates no exporter, perhaps for want of memory", path_));
+    throw RunError(fmt::format("{}: creates no exporter, perhaps because memory ran out", path_));
   return exporter;
 }
 

@@ -53,9 +53,10 @@ ExitStatus Run(const CommandLine& line) {
   for (const std::string& file : loaded.sideFiles) inputs.Add(file, kSideInput);
   inputs.RequireFree(target);
   if (!target.isStandardOutput && !IsSceneFile(arguments.output)) {
-    messages.Warning("other-extension",
-                     fmt::format("{}: does not end in .scene.json, by which a scene file is known",
-                                 arguments.output));
+    messages.Warning(
+        "other-extension",
+        fmt::format("{}: does not end in .scene.json, so it won't be read as a scene file",
+                    arguments.output));
   }
   stages.Begin("writing");
   const auto write = [&](std::ostream& out) { WriteSceneFile(loaded.scene, out); };

@@ -31,7 +31,7 @@ constexpr OptionInfo kCoordinates{
     .argument = "SYSTEM",
     .help =
         "the coordinate system that the file was exported with, left-handed unless given; "
-        "the page stands the level upright by it",
+        "the page shows the level upright by it",
     .rows = kCoordinateSystems};
 constexpr std::array kOptions{
     OptionInfo{
@@ -62,7 +62,8 @@ ExitStatus Run(const CommandLine& line) {
                                 .coordinateSystem = RowValue(line, kCoordinates).value_or(0)};
   if (!CanWritePage()) {
     throw RunError(
-        "view: this mapexport was built without the page; build it with Node.js and npm at hand");
+        "view: this mapexport was built without the page; install Node.js and npm and build it "
+        "again");
   }
   Messages messages(false);
   const std::string output = arguments.output.value_or(arguments.file + ".html");

@@ -48,7 +48,7 @@ std::string QtReason(std::string_view text, const ChildOutcome& outcome) {
   const std::size_t begin = text.find("qt.qpa.");
   if (begin == text.npos) {
     const bool waited = outcome.end == ChildEnd::kSignal && outcome.number == SIGALRM;
-    return waited ? "the display does not answer" : "Qt gives up without a reason";
+    return waited ? "the display does not answer" : "Qt aborts without a reason";
   }
   std::string_view line = text.substr(begin, text.find('\n', begin) - begin);
   if (const std::size_t colon = line.find(": "); colon != line.npos) line.remove_prefix(colon + 2);

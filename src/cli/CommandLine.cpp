@@ -49,7 +49,7 @@ void CheckProgramOption(const std::vector<std::string>& arguments) {
   };
   if (std::ranges::any_of(kProgramOptions, isFirst)) return;
   throw UsageError(first.starts_with('-')
-                       ? fmt::format("\"{}\" stands where a command is expected", first)
+                       ? fmt::format("\"{}\" is given instead of a command", first)
                        : fmt::format("there is no command \"{}\"", first),
                    nullptr);
 }

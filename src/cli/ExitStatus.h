@@ -22,8 +22,8 @@ struct ExitStatusInfo {
 inline constexpr std::array kExitStatuses{
     ExitStatusInfo{ExitStatus::kDone, "done"},
     ExitStatusInfo{ExitStatus::kFailed,
-                   "the input could not be read or the output not be written; an older output is "
-                   "untouched"},
+                   "the input could not be read or the output not be written; an older output "
+                   "stays as it was"},
     ExitStatusInfo{ExitStatus::kWrongUsage, "the command line is wrong"},
     ExitStatusInfo{ExitStatus::kCancelled, "the export was cancelled in the dialog"},
     ExitStatusInfo{ExitStatus::kOverlongLists,

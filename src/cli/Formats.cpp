@@ -46,12 +46,12 @@ std::string Row(const std::string& extension, const std::string& read, const aut
 
 std::string FormatsText() {
   std::string text =
-      "Scene files (.scene.json) are read whole. Of other formats, this is what was measured on "
-      "the\n"
-      "model files of Debian's package assimp-testmodels: how many are read, and how many of "
-      "these\n"
-      "give triangles, a tree of nodes, names, materials, bitmaps, texture coordinates, smoothing\n"
-      "groups and user property text. A file may well hold none of a thing.\n\n";
+      "Scene files (.scene.json) are read completely. For other formats, the table has "
+      "measurements\n"
+      "on the model files of Debian's package assimp-testmodels: how many are read, and how many "
+      "of\n"
+      "these give triangles, a tree of nodes, names, materials, bitmaps, texture coordinates,\n"
+      "smoothing groups and user property text. Some files have nothing of a kind to read.\n\n";
   text += Row("extension", "read", [](std::size_t i) { return kThings[i]; });
   std::istringstream lines(kFormatTable);
   for (std::string line; std::getline(lines, line);) {

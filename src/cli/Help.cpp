@@ -78,7 +78,7 @@ std::string ProgramHelp(std::span<const CommandInfo> commands) {
   for (const ExitStatusInfo& info : kExitStatuses) {
     AppendEntry(out, fmt::format("{}", static_cast<int>(info.status)), info.meaning);
   }
-  out += "\n`mapexport COMMAND --help` tells of a command's arguments and options.\n";
+  out += "\n`mapexport COMMAND --help` lists a command's arguments and options.\n";
   return out;
 }
 
@@ -92,7 +92,7 @@ std::string CommandHelp(const CommandInfo& command) {
   std::string controls;
   AppendOptions(controls, command.options, true);
   if (!controls.empty()) {
-    out += "\nControls of the options dialog; what is not given keeps its remembered value:\n";
+    out += "\nControls of the options dialog; one that is not given keeps its remembered value:\n";
     out += controls;
     out += "  X is a decimal number. Of a repeated option the last one counts.\n";
   }

@@ -12,8 +12,8 @@ namespace {
 constexpr std::string_view kDescription =
     "mapexport turns a 3D scene into the model file of a game: it gathers every mesh of the "
     "scene's node tree, cleans the geometry, sorts it into render batches and collision lists, and "
-    "writes a compact binary file. It reads such files back, too. An output is checked throughout "
-    "before it takes the place of an older file.";
+    "writes a compact binary file. It also reads such files back. An output is checked "
+    "before it replaces an older file.";
 
 struct Entry {
   std::string_view head;
@@ -23,14 +23,14 @@ struct Entry {
 constexpr Entry kFiles[] = {
     {"~/.config/mapexport/settings.reg",
      "The options of the last export, from which the next one starts. --settings names another "
-     "file, --fresh does without."},
+     "file, --fresh uses none."},
     {"ExportDebug.txt",
      "The exporter's log, written in the current directory and replaced by every export."},
 };
 
 constexpr Entry kEnvironment[] = {
     {"XDG_CONFIG_HOME",
-     "When it is set, the settings are in the folder mapexport of this one instead of ~/.config."},
+     "When it is set, the settings are in its subfolder mapexport instead of ~/.config/mapexport."},
     {"NO_COLOR", "When it is set, messages have no colours."},
 };
 
@@ -104,8 +104,8 @@ std::string ManPage(std::span<const CommandInfo> commands) {
   AppendSynopsis(page, commands);
   page += fmt::format(".SH DESCRIPTION\n{}\n.SH COMMANDS\n", Escaped(kDescription));
   page += "In the options, X is a decimal number. Of a repeated option the last one counts. ";
-  page += "What is not given of the controls of the options dialog, which are named in quotes, ";
-  page += "keeps its remembered value. Every command has \\fB\\-\\-help\\fR.\n";
+  page += "Names in quotes are controls of the options dialog; one that is not given keeps its ";
+  page += "remembered value. Every command has \\fB\\-\\-help\\fR.\n";
   for (const CommandInfo& command : commands) AppendCommand(page, command);
   page += ".SH OPTIONS\n";
   for (const OptionInfo& option : kProgramOptions) {

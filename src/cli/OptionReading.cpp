@@ -29,7 +29,7 @@ std::optional<std::uint32_t> WholeValue(const CommandLine& line, std::string_vie
   const std::optional<std::uint32_t> number = ParseWhole(*value);
   if (!number) {
     throw UsageError(
-        fmt::format("--{}: \"{}\" is no whole number from 0 to 4294967295", option, *value),
+        fmt::format("--{}: \"{}\" is not a whole number from 0 to 4294967295", option, *value),
         line.command);
   }
   return number;
@@ -53,7 +53,7 @@ std::optional<std::size_t> WordValue(const CommandLine& line, const OptionInfo& 
   if (!value) return std::nullopt;
   const auto found = std::ranges::find(option.words, *value);
   if (found == option.words.end()) {
-    throw UsageError(fmt::format("--{}: \"{}\" is none of {}", option.name, *value,
+    throw UsageError(fmt::format("--{}: \"{}\" is not one of {}", option.name, *value,
                                  fmt::join(option.words, ", ")),
                      line.command);
   }
@@ -65,7 +65,7 @@ std::optional<int> RowValue(const CommandLine& line, const OptionInfo& option) {
   if (!value) return std::nullopt;
   const std::optional<int> row = ParseRow(option.rows, *value);
   if (!row) {
-    throw UsageError(fmt::format("--{}: \"{}\" is none of 0 to {}, {}", option.name, *value,
+    throw UsageError(fmt::format("--{}: \"{}\" is not one of 0 to {}, {}", option.name, *value,
                                  option.rows.size() - 1, fmt::join(option.rows, ", ")),
                      line.command);
   }

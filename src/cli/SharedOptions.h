@@ -60,13 +60,13 @@ SceneSource SceneOf(const CommandLine& line);
 // For commands that read a model file:
 
 inline constexpr PositionalInfo kModelPositional{"FILE",
-                                                 "a model file; its extension tells the layout"};
+                                                 "a model file; its extension chooses the layout"};
 
 inline constexpr std::array kLayouts{"qob", "kob"};
 inline constexpr OptionInfo kLayoutOption{.name = "layout",
                                           .kind = OptionKind::kText,
                                           .argument = "LAYOUT",
-                                          .help = "qob or kob, whatever the extension is",
+                                          .help = "qob or kob; overrides the extension",
                                           .words = kLayouts};
 
 /// The layout that --layout names; nothing when it is not given. Throws UsageError.

@@ -30,7 +30,7 @@ constexpr Entry EntryOf(ModelFault fault) {
     case kIsFolder:
       return Error("is a folder, not a model file");
     case kNotRegular:
-      return Error("is no regular file");
+      return Error("is not a regular file");
     case kCannotRead:
       return Error("can't be read: {0}");
     case kEmpty:
@@ -58,7 +58,7 @@ constexpr Entry EntryOf(ModelFault fault) {
     case kFaceVertices:
       return Error("are {0}, but batch {1} has {2} at this face's position");
     case kFacesMissing:
-      return Error("holds {0} faces, but {1} of them stand in the face table");
+      return Error("holds {0} faces, but {1} of them are in the face table");
     case kUndrawnSet:
       return Error("is -1, but the face's surface set {0} is not \"notrendered\" (flags {1})");
     case kDrawnSet:
@@ -70,7 +70,7 @@ constexpr Entry EntryOf(ModelFault fault) {
     case kListedAgain:
       return Error("is face {0}, which is listed too often");
     case kNotFinite:
-      return Warning("is {0}, no finite number");
+      return Warning("is {0}, not a finite number");
     case kIndicesCut:
       return Warning(
           "{0} entries; indices of 16 bits reach {1}, so they are cut and can't be checked");

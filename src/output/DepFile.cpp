@@ -59,12 +59,13 @@ std::string_view Obstacle(std::string_view path, bool isTarget) {
 }
 
 std::string Escaped(const std::string& path, bool isTarget) {
-  if (path.empty()) throw RunError("an empty file name cannot stand in a --depfile");
+  if (path.empty()) throw RunError("a --depfile cannot hold an empty file name");
   const std::string_view obstacle = Obstacle(path, isTarget);
   if (!obstacle.empty()) {
-    throw RunError(fmt::format(
-        "{}: cannot stand in a --depfile: make and ninja have no common form for \"{}\" there",
-        path, obstacle));
+    throw RunError(
+        fmt::format("{}: a --depfile cannot hold this name: make and ninja have no common form for "
+                    "\"{}\" there",
+                    path, obstacle));
   }
   std::string escaped;
   std::size_t backslashes = 0;  // that stand right before

@@ -26,8 +26,9 @@ OutputTarget FindOutput(const std::string& output) {
   if (std::optional<std::string> end = FollowLinks(output)) {
     target.path = std::move(*end);
   } else {
-    ThrowCannotWrite(
-        output, errno == ENXIO ? "it names what a process has open, not a file" : ErrnoText(errno));
+    ThrowCannotWrite(output, errno == ENXIO
+                                 ? "it leads to something that a process has open, not to a file"
+                                 : ErrnoText(errno));
   }
   RequireRegularFileOrNothing(output);
   if (NamePart(target.path).empty()) ThrowCannotWrite(output, "it leads to a folder");
@@ -54,7 +55,7 @@ void RequireRegularFileOrNothing(const std::string& path) {
     ThrowCannotWrite(path, ErrnoText(errno));
   }
   if (S_ISDIR(info.st_mode)) ThrowCannotWrite(path, "it is a folder");
-  if (!S_ISREG(info.st_mode)) ThrowCannotWrite(path, "it is no regular file");
+  if (!S_ISREG(info.st_mode)) ThrowCannotWrite(path, "it is not a regular file");
 }
 
 void ThrowCannotWrite(const std::string& name, const std::string& why) {

@@ -108,7 +108,7 @@ class Parser {
   }
 
   void ParseValue() {
-    if (key_ == nullptr) Fail("a value stands before the first [key]");
+    if (key_ == nullptr) Fail("a value precedes the first [key]");
     const std::string name = Take("@") ? std::string() : ParseQuoted();
     SkipBlanks();
     if (!Take("=")) Fail("the value's name is not followed by =");

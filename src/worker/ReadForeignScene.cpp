@@ -125,14 +125,15 @@ std::string ReasonOfSignal(int signal, std::uint32_t seconds) {
     return fmt::format("can't be read within {} second{} of processor time (--read-limit)", seconds,
                        seconds == 1 ? "" : "s");
   }
-  if (signal == SIGALRM) return "the reader waited in vain for something (--read-limit)";
+  if (signal == SIGALRM) return "the reader waited too long for something (--read-limit)";
   const std::string text = SignalText(signal);
   if (signal == SIGSYS) {
     return fmt::format(
-        "the reader was ended when it tried what reading never needs, as if taken over ({})", text);
+        "the reader was ended for a call that reading never needs, as in an attack ({})", text);
   }
   if (signal == SIGKILL) {
-    return fmt::format("the reader was ended from outside ({}), perhaps for want of memory", text);
+    return fmt::format("the reader was ended from outside ({}), perhaps because memory ran out",
+                       text);
   }
   if (signal == SIGTERM || signal == SIGINT || signal == SIGHUP) {
     return fmt::format("the reader was ended from outside ({})", text);
@@ -151,7 +152,7 @@ void RequireRead(const std::string& path, const ChildOutcome& outcome, std::uint
     case ChildEnd::kMemoryRanOut:
       Fail(path, "needs more memory to read than there is");
     case ChildEnd::kCannotHandOver:
-      Fail(path, fmt::format("what was read can't be handed over: {}", outcome.message));
+      Fail(path, fmt::format("the scene can't be handed over: {}", outcome.message));
     case ChildEnd::kSignal:
       Fail(path, ReasonOfSignal(outcome.number, seconds));
     case ChildEnd::kOtherStatus:

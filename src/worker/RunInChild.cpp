@@ -129,7 +129,7 @@ Waited WaitFor(pid_t child) {
   Waited waited;
   rusage used{};
   while (wait4(child, &waited.status, 0, &used) < 0) {
-    if (errno != EINTR) throw ChildError("its process's end is not known: " + ErrnoText(errno));
+    if (errno != EINTR) throw ChildError("the end of its process is unknown: " + ErrnoText(errno));
   }
   const auto timeOf = [](const timeval& time) {
     return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);

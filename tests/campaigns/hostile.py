@@ -218,7 +218,7 @@ def run(tally, what, program, numbers, _):
         if not fault and (outcome.status not in may_end or piece not in outcome.err):
             fault = f"status {outcome.status}, without {piece!r}: {outcome.err[:500]!r}"
         # The clock ends a reader too, on a machine that is busy; a pipe is never waited for.
-        if not fault and "pipe" in name and "waited in vain" in outcome.err:
+        if not fault and "pipe" in name and "waited too long" in outcome.err:
             fault = "the pipe was waited for"
         tally.add(what, folder, fault, f"{name}, --only {i}")
 
