@@ -139,8 +139,7 @@ TEST_F(ProgramTest, WhatAnExportSays) {
   const std::vector<std::string> small{"--fresh", "--quiet", "--weld-distance", "0.51"};
   EXPECT_EQ(Export("a.qob", small).err, "mapexport: warning: " + scene_ +
                                             ": its largest extent, 10, is under 20 times the weld "
-                                            "distance, 0.51: welding may merge what is meant to be "
-                                            "apart\n");
+                                            "distance, 0.51: welding may merge separate parts\n");
   EXPECT_EQ(Export("a.qob", {"--fresh", "--quiet", "--weld-distance", "9", "--no-weld"}).err, "");
   const std::string infinite = R"("Welding Distance"="inf")";
   Write(work_ / "inf.reg",
@@ -225,11 +224,11 @@ TEST_F(ProgramTest, DepFilesNameWhatTheOutputDependsOn) {
   Write(work_ / "archive.obj", "mtllib m(1)\nv 0 0 0\nv 10 0 0\nv 0 10 0\nf 1 2 3\n");
   Write(work_ / "m(1)", "newmtl Red\n");
   EXPECT_THAT(Run({"export", "archive.obj", "a.qob", "--depfile", "old.d", "--fresh"}).err,
-              HasSubstr("m(1): cannot stand in a --depfile"));
+              HasSubstr("m(1): a --depfile cannot hold"));
   for (const std::string output : {"a;b.qob", "a\nb.qob"}) {
     const Outcome outcome = Export(output, {"--depfile", "old.d"});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.err, HasSubstr("cannot stand in a --depfile"));
+    EXPECT_THAT(outcome.err, HasSubstr("a --depfile cannot hold"));
     EXPECT_FALSE(fs::exists(work_ / output));
   }
   EXPECT_EQ(Export("a.qob", {"--report", "same", "--depfile", "./same"}).status, 1);

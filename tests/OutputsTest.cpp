@@ -257,8 +257,8 @@ TEST_F(OutputsTest, AReplacedFileKeepsItsRightsItsOwnerAndItsAttributes) {
   });
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   EXPECT_EQ(outcome.err,
-            "mapexport: warning: old.qob: does not end in .scene.json, by which a scene "
-            "file is known\nmapexport: warning: old.qob: is in its place, but could not "
+            "mapexport: warning: old.qob: does not end in .scene.json, so it won't "
+            "be read as a scene file\nmapexport: warning: old.qob: is in its place, but could not "
             "keep its group: Operation not permitted\n");
   if (hasList) {
     std::string list(sizeof kList, '\0');
