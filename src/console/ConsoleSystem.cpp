@@ -53,9 +53,9 @@ struct ConsoleSystem::State {
   SettingsStore& settings;
   std::map<HWND, Dialog> dialogs;  ///< the open ones
   std::uintptr_t lastWindow = 0;
-  std::optional<std::string> pickedFile;  ///< what the next file-open box answers
-  /// Those that were loaded, by module and id; null stands for the wait cursor. A handle is the
-  /// address of one.
+  std::optional<std::string> pickedFile;  ///< the next answer of the file-open box
+  /// The loaded cursors, by module and id; null stands for the wait cursor. A handle is the address
+  /// of one.
   std::map<std::pair<HINSTANCE, int>, const CursorImage*> cursors;
 
   Dialog* FindDialog(HWND window) {
@@ -75,13 +75,13 @@ struct ConsoleSystem::State {
   }
 };
 
-/// Opens a dialog, and closes it however its procedure is left.
+/// Opens a dialog and closes it at the end of the scope.
 class ConsoleSystem::OpenDialog {
  public:
   OpenDialog(State& state, const DialogTemplate& dialog)
       : state_(state),
-        // The handle is a number that is never used again: one that a procedure kept from an
-        // earlier dialog means nothing in this one.
+        // Handles are never reused: one that a procedure kept from an earlier dialog is invalid in
+        // this one.
         handle_(reinterpret_cast<HWND>(++state.lastWindow)),
         dialog_(state.dialogs.try_emplace(handle_, dialog).first->second) {}
   OpenDialog(const OpenDialog&) = delete;

@@ -1,6 +1,6 @@
-// A System for the command line: it holds the state of a dialog's controls and sends the dialog
-// procedure the messages that a person's clicks and typing send. It has no pixels of its own; a
-// presenter may show what it holds.
+// A System for the command line: it holds the states of a dialog's controls, and sends the dialog
+// procedure the messages that a user's clicks and typing would send. A presenter may show the
+// states.
 #pragma once
 
 #include <cstdint>
@@ -18,17 +18,17 @@ namespace mapexport {
 class Presenter;
 class SettingsStore;
 
-/// Handles that are null, or no longer mean an open dialog, are safe: operations on them do what
-/// they do on a control that a dialog doesn't have.
+/// Handles that are null, or that don't refer to an open dialog, are safe: operations on them do
+/// the same as for a control that a dialog doesn't have.
 class ConsoleSystem : public System {
  public:
   struct Options {
-    /// What is done in every dialog before OK is pressed, in this order.
+    /// Actions in every dialog before OK is pressed, in this order.
     std::vector<DialogAction> actions;
-    /// Shows dialogs, the file-open box and cursors; it must outlive the system. Without one nobody
-    /// is there but the actions.
+    /// Shows dialogs, the file-open box and cursors; it must outlive the system. Without one, only
+    /// the actions operate dialogs.
     Presenter* presenter = nullptr;
-    /// What GetTickCount answers; without it the system's clock.
+    /// The result of GetTickCount; without it, the system's clock.
     std::optional<std::uint32_t> tickCount;
     /// Receives each message box, which it may show. Each of the callbacks may be empty.
     std::function<void(const std::string& title, const std::string& text)> onMessageBox;
@@ -42,18 +42,17 @@ class ConsoleSystem : public System {
   ConsoleSystem& operator=(const ConsoleSystem&) = delete;
   ~ConsoleSystem() override;
 
-  // Without pixels there is no class of windows to make known: these two do nothing.
+  // Only windows have window classes, so these two do nothing.
   void InitCommonControls() override;
   void InitCustomControls(HINSTANCE module) override;
 
-  /// Sends WM_INITDIALOG and does what the options say until the procedure ends the dialog. If it
-  /// has not by then, the presenter shows the dialog; without one, OK is pressed. When the dialog
-  /// has not ended even then, it is closed and the result is 0. Throws std::logic_error when an
-  /// action is not possible in the dialog: it has no such control of the right kind, or no such
-  /// row.
+  /// Sends WM_INITDIALOG and runs the actions until the procedure ends the dialog. If it has not
+  /// ended then, the presenter shows the dialog; without a presenter, OK is pressed. A dialog that
+  /// has not ended even then is closed with the result 0. Throws std::logic_error when an action is
+  /// not possible in the dialog: it has no such control of the right kind, or no such row.
   int DialogBoxParam(HINSTANCE module, int id, HWND owner, DialogProc* proc,
                      LPARAM parameter) override;
-  /// Of several results the last one counts, as long as the procedure has not returned.
+  /// Before the procedure returns, a later result replaces an earlier one.
   void EndDialog(HWND dialog, int result) override;
   void SetDlgItemText(HWND dialog, int id, const char* text) override;
   int GetDlgItemText(HWND dialog, int id, char* buffer, int size) override;
@@ -64,12 +63,12 @@ class ConsoleSystem : public System {
   int ListBoxGetCurSel(HWND dialog, int id) override;
 
   void MessageBox(HWND owner, const char* text, const char* title) override;
-  /// Answers with the path of the PickFile whose button is being pressed, once; else it is the
-  /// presenter's to ask for one, and a cancel without a presenter. A path of the person's that is
-  /// too long is refused with a message box. Of the filter's pairs the first is offered.
+  /// Answers once with the path of the PickFile whose button is being pressed. Otherwise the
+  /// presenter asks the user; without a presenter the box is cancelled. A path of the user's that
+  /// is too long is refused with a message box. Only the first pair of the filter is offered.
   bool GetOpenFileName(OpenFileName& request) override;
   HCURSOR LoadCursor(HINSTANCE module, int id) override;
-  /// Does nothing without a presenter: there is no screen to show a cursor on.
+  /// Does nothing without a presenter.
   void SetCursor(HCURSOR cursor) override;
 
   // The registry is the settings store's.

@@ -1,4 +1,4 @@
-// The states of a dialog's controls, without pixels.
+// The states of a dialog's controls.
 #pragma once
 
 #include <span>
@@ -9,7 +9,7 @@
 
 namespace mapexport {
 
-/// One control. Only the fields of its kind mean something.
+/// One control. Only the fields of its kind are used.
 struct ControlState {
   int id = -1;
   ControlKind kind = ControlKind::kLabel;
@@ -21,13 +21,12 @@ struct ControlState {
 
 class ControlStates {
  public:
-  /// The controls as the template has them: no box checked, no rows.
+  /// The initial controls of the template: no box checked, no rows.
   explicit ControlStates(const DialogTemplate& dialog);
 
-  /// The control of that id, the first one of several; null when there is none. The id -1 is no
-  /// control's.
+  /// The first control with that id; null for none. The id -1 finds no control.
   ControlState* Find(int id);
-  /// The same, null when the control is of another kind.
+  /// The same; null when the control is of another kind.
   ControlState* Find(int id, ControlKind kind);
 
   /// In tab order.

@@ -1,4 +1,4 @@
-// What a person can do to the controls of a dialog.
+// Actions of a user on the controls of a dialog.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace mapexport {
 
-/// Clicks a check box if its state differs from `checked` when its turn comes.
+/// Clicks a check box if its state differs from `checked` at that time.
 struct SetCheck {
   int id;
   bool checked;
@@ -23,7 +23,7 @@ struct SelectRow {
   int row;
 };
 /// Presses a button that opens the file-open box, and answers the box with `path`. The box is
-/// cancelled when the path is empty or longer than it can return.
+/// cancelled when the path is empty or longer than the box can return.
 struct PickFile {
   int id;
   std::string path;

@@ -9,7 +9,7 @@
 namespace mapexport {
 namespace {
 
-/// The control that an action is done to, which must be there.
+/// The control of an action; it must exist.
 ControlState& Require(ControlState* control, int id, const char* kind) {
   if (control == nullptr) throw std::logic_error(fmt::format("the dialog has no {} {}", kind, id));
   return *control;

@@ -1,4 +1,4 @@
-// What a person does in a dialog, and what the dialog procedure is sent for it.
+// Performs a user's actions in a dialog.
 #pragma once
 
 #include <optional>
@@ -9,19 +9,19 @@
 
 namespace mapexport {
 
-/// Changes the states of an open dialog's controls and notifies its procedure, whoever the person
-/// is: the command line or someone at a window.
+/// Changes the states of an open dialog's controls and notifies its procedure. The actions come
+/// from the command line or from a user at a window.
 class Person : public PresentedDialog {
  public:
   struct Dialog {
     HWND window;
     DialogProc* proc;
     ControlStates& controls;
-    const std::optional<int>& result;  ///< of EndDialog
+    const std::optional<int>& result;  ///< the result that EndDialog got
   };
 
-  /// What `dialog` refers to, and `pickedFile`, must outlive this. The latter holds the path with
-  /// which the next file-open box is to be answered.
+  /// What `dialog` refers to, and `pickedFile`, must outlive this. `pickedFile` is the answer to
+  /// the next file-open box.
   Person(const Dialog& dialog, std::optional<std::string>& pickedFile)
       : dialog_(dialog), pickedFile_(pickedFile) {}
 

@@ -12,7 +12,7 @@ namespace {
 
 using Triangle = std::array<std::uint32_t, 3>;
 
-/// The vertices of a mesh and the triangles on them, until their number is known.
+/// Collects the vertices and triangles of a mesh while their number is unknown.
 struct Vertices {
   std::vector<aiVector3D> positions;
   std::vector<aiVector3D> normals;
@@ -51,13 +51,14 @@ std::unique_ptr<aiMesh> MakeMesh(const Vertices& vertices) {
   return mesh;
 }
 
-/// What `base` must be multiplied by to give `colour`, as far as that can be.
+/// The factor that turns `base` into `colour`, as far as there is one.
 aiColor4D RelativeTo(const aiColor4D& base, const aiColor4D& colour) {
   const auto part = [](float of, float wanted) { return wanted < of ? wanted / of : 1.0f; };
   return {part(base.r, colour.r), part(base.g, colour.g), part(base.b, colour.b), colour.a};
 }
 
-/// Gives the corners of a batch their vertices. A vertex is a position with a corner's attributes.
+/// Gives the corners of a batch their vertices. A vertex is a pair of position and corner
+/// attributes.
 class BatchVertices {
  public:
   BatchVertices(const ModelGroup& group, const ModelBatch& batch, const aiColor4D& base,
@@ -132,7 +133,7 @@ std::unique_ptr<aiMesh> CollisionMesh(const ModelGroup& group, const TargetForma
   std::size_t undrawn = 0;
   for (const ModelFace& face : group.faces) {
     if (face.batch != -1) continue;
-    // The planes stand in the order of these faces; the position in the file may be cut.
+    // The planes are in the order of these faces; the position in the file may be cut.
     const aiVector3D plane = space.Normal(group.planes[undrawn++].normal);
     const bool finite = std::ranges::all_of(face.vertices, [&](std::uint16_t point) {
       return IsFinite(space.Position(group.collisionPoints[point]));

@@ -1,4 +1,4 @@
-// Meshes of the export library out of the faces of a model file.
+// Makes meshes of the export library from the faces of a model file.
 #pragma once
 
 #include <memory>
@@ -14,9 +14,9 @@
 
 namespace mapexport {
 
-/// The faces of a batch but those that are `leftOut`, with their normals, texture coordinates and,
-/// where the format has them, colours. `base` is the colour that the target multiplies the corners'
-/// colours by, if it does. Null when no face is left.
+/// The faces of a batch except those in `leftOut`, with their normals, texture coordinates and, if
+/// the format has them, colours. `base` is the colour by which the target multiplies the corners'
+/// colours, if it does. Null when no face is left.
 std::unique_ptr<aiMesh> BatchMesh(const ModelGroup& group, const ModelBatch& batch,
                                   const std::vector<bool>& leftOut, const aiColor4D& base,
                                   const TargetFormat& format, const TargetSpace& space,

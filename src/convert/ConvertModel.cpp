@@ -13,7 +13,7 @@
 namespace mapexport {
 namespace {
 
-// What the library says of a stream in memory that could not grow.
+// The library's error for a memory stream that could not grow.
 constexpr std::string_view kStreamFailed = "output data creation failed";
 
 }  // namespace
@@ -23,15 +23,15 @@ ConvertedModel ConvertModel(const ModelFile& model, const std::string& fileName,
                             double hostUnits) {
   ConvertedModel result;
   const TargetSpace space(exported, format.yUp, hostUnits);
-  // Not the name without extension: the library would call the side file otherwise.
+  // With its extension, because the library derives the side file's name from it.
   const auto scene = TargetScene(model, fileName, format, space, result.changes);
-  // Of nothing, the library writes files that break their formats' rules.
+  // Without triangles the library writes files that break their formats' rules.
   if (!scene->HasMeshes()) {
     throw ConvertError(fmt::format("it has no triangle that a {} can show", format.extension));
   }
 
   Assimp::Exporter exporter;
-  auto* const files = new MemoryFiles;  // the exporter's from now on
+  auto* const files = new MemoryFiles;  // the exporter deletes it
   exporter.SetIOHandler(files);
   const aiReturn done = exporter.Export(scene.get(), format.libraryId, fileName);
   const std::string reason = exporter.GetErrorString();

@@ -18,7 +18,7 @@ struct ConvertedFile {
 };
 
 struct ConvertedModel {
-  std::vector<ConvertedFile> files;  ///< the side file, which the last one names, first
+  std::vector<ConvertedFile> files;  ///< the main file last, after the side file that it names
   Changes changes;
 };
 
@@ -28,8 +28,8 @@ class ConvertError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Converts a sound model to the files of `format`, the main one by the name `fileName`, which has
-/// no folder. `hostUnits` is the number of host units per unit of the files. Throws ConvertError.
+/// Converts a valid model to the files of `format`; the main file is named `fileName`, which has no
+/// folder. `hostUnits` is the number of host units per unit of the files. Throws ConvertError.
 ConvertedModel ConvertModel(const ModelFile& model, const std::string& fileName,
                             const TargetFormat& format, const ExportedSpace& exported,
                             double hostUnits);

@@ -15,7 +15,7 @@ float LegalPart(float part) {
 std::optional<aiVector3D> Normalised(const aiVector3D& vector) {
   const double length = std::hypot(vector.x, vector.y, vector.z);
   if (!std::isfinite(length) || length == 0) return std::nullopt;
-  // Those of the exporter have this length but for rounding, and stay as they are.
+  // Normals from the exporter have length 1 within rounding, and stay as they are.
   constexpr double kRounding = 1e-5;
   if (std::abs(length - 1) < kRounding) return vector;
   return aiVector3D(static_cast<float>(vector.x / length), static_cast<float>(vector.y / length),

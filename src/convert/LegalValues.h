@@ -1,4 +1,4 @@
-// Makes the values of a model file such as other formats allow them, and counts what it changes.
+// Makes the values of a model file valid in other formats, and counts the changes.
 #pragma once
 
 #include <cstdint>
@@ -9,19 +9,19 @@
 
 namespace mapexport {
 
-/// What could not be taken over as it stands.
+/// What could not be kept as it is.
 struct Changes {
-  std::uint64_t colours = 0;             ///< had a part below 0, above 1 or that is no number
-  std::uint64_t normals = 0;             ///< had no direction; the face's own replaces them
-  std::uint64_t textureCoordinates = 0;  ///< were not finite; 0 replaces them
+  std::uint64_t colours = 0;             ///< had a part below 0, above 1 or not a number
+  std::uint64_t normals = 0;             ///< had no direction; replaced by the face's normal
+  std::uint64_t textureCoordinates = 0;  ///< were not finite; replaced by 0
   std::uint64_t lostFaces = 0;           ///< have a corner that is not finite, and are left out
   std::uint64_t copies = 0;              ///< reversed copies of faces, left out
-  std::uint64_t collisionFaces = 0;      ///< left out, since the format has one mesh only
+  std::uint64_t collisionFaces = 0;      ///< left out, because the format has only one mesh
 };
 
 aiColor4D LegalColour(const aiColor4D& colour, Changes& changes);
 
-/// `normal` with the length 1, else `ofFace`, else straight up.
+/// `normal` with length 1; without a direction `ofFace`, or else straight up.
 aiVector3D LegalNormal(const aiVector3D& normal, const aiVector3D& ofFace, bool yUp,
                        Changes& changes);
 

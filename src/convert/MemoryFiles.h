@@ -8,7 +8,7 @@
 
 namespace mapexport {
 
-/// Takes what is written, under the names that it is written to. Nothing can be read from it.
+/// Receives what the library writes, by file name. Nothing can be read from it.
 class MemoryFiles : public Assimp::IOSystem {
  public:
   bool Exists(const char* file) const override;

@@ -12,7 +12,7 @@ namespace {
 
 using Key = std::tuple<std::int32_t, std::array<std::uint16_t, 3>>;
 
-/// The face whichever of its vertices comes first.
+/// The same for a face whichever of its vertices comes first.
 Key KeyOf(std::int32_t material, std::array<std::uint16_t, 3> vertices) {
   std::rotate(vertices.begin(), std::ranges::min_element(vertices), vertices.end());
   return {material, vertices};

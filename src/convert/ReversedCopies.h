@@ -1,4 +1,4 @@
-// The reversed copies that the export makes of the faces of two-sided materials.
+// Finds the reversed copies that the export makes of the faces of two-sided materials.
 #pragma once
 
 #include <vector>
@@ -8,9 +8,9 @@
 namespace mapexport {
 
 /// For each batch of `group` and each of its faces, whether it is such a copy: the group has a face
-/// of the same two-sided material with the same vertices the other way round, and it is this one
-/// that looks away from its own corners' normals, which the two share. A target that shows both
-/// sides of a material must not get both.
+/// of the same two-sided material with the same vertices in reverse order, and this face points
+/// away from the corner normals, which the two share. A target that shows both sides of a material
+/// must not get both faces.
 std::vector<std::vector<bool>> ReversedCopies(const ModelFile& model, const ModelGroup& group);
 
 }  // namespace mapexport

@@ -9,7 +9,7 @@ namespace mapexport {
 
 namespace {
 
-// The axes and units are those that the importer takes the formats to have.
+// The axes and units are those that the importer assumes for the formats.
 constexpr std::array kFormats{
     TargetFormat{".glb", "glb2", "glb2", true, 100, true, true, true, true},
     TargetFormat{".gltf", "gltf2", nullptr, true, 100, true, true, true, true},

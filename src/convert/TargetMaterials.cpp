@@ -53,7 +53,7 @@ aiColor4D BaseColour(const ModelMaterial& material, Changes& changes) {
 
 std::unique_ptr<aiMaterial> TargetMaterial(const ModelMaterial& material, Changes& changes) {
   const float opacity = std::isnan(material.scalar1) ? 1 : std::clamp(material.scalar1, 0.0f, 1.0f);
-  // Without a name, readers of text would not find it again.
+  // Readers of text formats would not find a material without a name.
   std::string name = LibraryText(material.header.name);
   if (name.empty()) name = "unnamed";
   return MakeMaterial(name, BaseColour(material, changes), opacity, material.twoSided);

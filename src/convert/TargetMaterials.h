@@ -1,4 +1,4 @@
-// Materials of the export library out of those of a model file.
+// Makes materials of the export library from those of a model file.
 #pragma once
 
 #include <memory>
@@ -12,19 +12,18 @@
 
 namespace mapexport {
 
-/// `text` as UTF-8 that the library can hold: what is no UTF-8 becomes U+FFFD, control characters
-/// become blanks, and what goes beyond 1,000 bytes is cut.
+/// `text` as UTF-8 that the library can hold: other bytes become U+FFFD, control characters become
+/// blanks, and the text is cut at 1,000 bytes.
 std::string LibraryText(std::string_view text);
 
-/// The material by its name: its diffuse colour and opacity as the surface's colour, no metal,
-/// rough, two-sided as it is. The texture is left out: a reference to a picture that is not there
-/// would make the file invalid.
+/// The material with its name, diffuse colour and opacity; not metallic, rough, two-sided as in the
+/// model. The texture is left out: a reference to a missing picture would make the file invalid.
 std::unique_ptr<aiMaterial> TargetMaterial(const ModelMaterial& material, Changes& changes);
 
-/// A white material by the name that readers know as "no material".
+/// A white material with the name that readers take for "no material".
 std::unique_ptr<aiMaterial> NoMaterial();
 
-/// The colour that a surface of the material has, without its opacity.
+/// The base colour of the material's surface, without its opacity.
 aiColor4D BaseColour(const ModelMaterial& material, Changes& changes);
 
 }  // namespace mapexport

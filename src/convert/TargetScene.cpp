@@ -12,7 +12,7 @@ namespace mapexport {
 
 namespace {
 
-/// Hands the objects over to a field that owns an array of them.
+/// Moves the objects into a field that owns an array of pointers.
 template <class T>
 void HandOver(std::vector<std::unique_ptr<T>>& objects, T**& array, unsigned& count) {
   if (objects.empty()) return;
@@ -27,9 +27,9 @@ class SceneBuilder {
                Changes& changes)
       : model_(model), format_(format), space_(space), changes_(changes) {
     for (const ModelMaterial& material : model.materials) {
-      Changes noted;  // the corners of its faces repeat what is wrong with its colour
+      Changes noted;  // discarded: its corners' colours are counted
       baseColours_.push_back(BaseColour(material, noted));
-      // What the format leaves out is no change.
+      // What the format can't hold is not counted as changed.
       Changes unseen;
       materials_.push_back(TargetMaterial(material, format.hasNodes ? changes : unseen));
     }

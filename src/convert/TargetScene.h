@@ -1,4 +1,4 @@
-// The scene that the export library writes, out of a model file.
+// Makes the scene that the export library writes from a model file.
 #pragma once
 
 #include <memory>
@@ -13,8 +13,8 @@
 
 namespace mapexport {
 
-/// A root called `name`, and below it, for each group that has such, a node whose meshes are its
-/// batches and one called "GROUP collision" with its undrawn faces. `model` must be sound.
+/// A root named `name`. Below it, for each group, a node whose meshes are its batches and one named
+/// "GROUP collision" with its undrawn faces, each only if there are any. `model` must be valid.
 std::unique_ptr<aiScene> TargetScene(const ModelFile& model, const std::string& name,
                                      const TargetFormat& format, const TargetSpace& space,
                                      Changes& changes);

@@ -25,7 +25,7 @@ bool Mirrors(std::int32_t coordinates) {
 
 aiVector3D TargetSpace::Turned(const ModelPoint& point) const {
   const ModelPoint host = InHostWorld(point, exported_.coordinates);
-  // + 0 makes a zero of each negative zero that turning brings.
+  // + 0 turns the negative zeros that negation makes into zeros.
   return yUp_ ? aiVector3D(host.x + 0.0f, host.z + 0.0f, -host.y + 0.0f)
               : aiVector3D(host.x + 0.0f, host.y + 0.0f, host.z + 0.0f);
 }

@@ -1,4 +1,4 @@
-// From the coordinates of a model file back to those of the format that it becomes.
+// From the coordinates of a model file back to those of a target format.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@
 
 namespace mapexport {
 
-/// How the export turned the scene; the numbers are those of the export options, and any other
-/// number turned nothing.
+/// How the export turned the scene. The numbers are those of the export options; any other number
+/// left it unturned.
 struct ExportedSpace {
   std::int32_t coordinates = 0;
   std::int32_t textureCoordinates = 0;
@@ -31,7 +31,7 @@ class TargetSpace {
       : exported_(exported), yUp_(yUp), hostUnits_(hostUnits) {}
 
   aiVector3D Position(const ModelPoint& point) const;
-  /// A normal, which points outward afterwards when the corners are reversed.
+  /// A normal. It points outward once the corners are reversed.
   aiVector3D Normal(const ModelPoint& normal) const;
   /// Texture coordinates whose v points up.
   aiVector2D Texture(float u, float v) const;

@@ -11,7 +11,7 @@
 namespace mapexport {
 namespace {
 
-// Characters that make or ninja has no escape for: they end a name, begin a recipe, a quote or an
+// Characters that make or ninja can't escape: they end a name, begin a recipe, a quote or an
 // assignment, or are wildcards. (Make needs a backslash before a wildcard, ninja reads it as part
 // of the name.)
 constexpr std::string_view kNever = "\"&'*;<=>?[^`|";
@@ -24,7 +24,7 @@ bool IsWordOfMake(std::string_view name, bool isTarget) {
          });
 }
 
-/// The name that make looks at: it drops "./" in front.
+/// The name as make sees it, without a leading "./".
 std::string_view WithoutThisFolder(std::string_view path) {
   while (path.starts_with("./")) {
     path.remove_prefix(std::min(path.find_first_not_of('/', 1), path.size()));
@@ -32,8 +32,7 @@ std::string_view WithoutThisFolder(std::string_view path) {
   return path;
 }
 
-/// The piece of `path` that keeps it from being read back by both make and ninja; empty when there
-/// is none.
+/// The part of `path` that make and ninja would not both read back unchanged; empty for none.
 std::string_view Obstacle(std::string_view path, bool isTarget) {
   for (std::size_t i = 0; i < path.size(); ++i) {
     const char c = path[i];

@@ -1,4 +1,4 @@
-// The rule of a make file that says what an output depends on.
+// Make rules that list what an output depends on.
 #pragma once
 
 #include <span>
@@ -7,7 +7,7 @@
 namespace mapexport {
 
 /// "output: file file", with escapes that GNU make and ninja both understand, each file once and on
-/// a line of its own. Throws RunError for a path that one of the two would not read back.
+/// a separate line. Throws RunError for a path that either of them would not read back unchanged.
 std::string DepFileText(const std::string& output, std::span<const std::string> files);
 
 }  // namespace mapexport

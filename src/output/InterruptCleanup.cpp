@@ -16,11 +16,11 @@ namespace mapexport {
 namespace {
 
 struct Guarded {
-  const char* folder = nullptr;  ///< null: the place is free
+  const char* folder = nullptr;  ///< null: the slot is free
   const char* file = nullptr;
 };
 
-// What the handler removes; written only while the signals wait.
+// What the handler removes; written only while signals are held back.
 std::array<Guarded, InterruptCleanup::kMostAtOnce> guarded;
 
 bool NothingIsGuarded() {
@@ -38,8 +38,8 @@ void Remove() {
 pthread_t guardingThread;
 
 void RemoveAndEnd(int signal) {
-  // A library's thread may be the one to be interrupted. What is guarded is this thread's, which
-  // may hold signals back just now.
+  // The signal may interrupt a library's thread. The list belongs to this thread, which may be
+  // holding signals back, so pass the signal on to it.
   if (pthread_equal(pthread_self(), guardingThread) == 0) {
     pthread_kill(guardingThread, signal);
     return;
@@ -61,11 +61,11 @@ InterruptCleanup::InterruptCleanup(std::string folder, std::string file)
   *slot = {folder_.c_str(), file_.c_str()};
   if (!isFirst) return;
   guardingThread = pthread_self();
-  // A library may call exit: the windows' does when their display goes away.
+  // A library may call exit: Qt does when the display goes away.
   static const bool registered = std::atexit(Remove) == 0;
   if (!registered) throw std::logic_error("no more functions can be called at exit");
   for (const int signal : HoldInterrupts::kSignals) {
-    // Who started the program to ignore a signal (nohup) means it.
+    // If the program was started with a signal ignored (nohup), it stays ignored.
     if (::signal(signal, RemoveAndEnd) == SIG_IGN) ::signal(signal, SIG_IGN);
   }
 }

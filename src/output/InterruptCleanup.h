@@ -6,8 +6,9 @@
 
 namespace mapexport {
 
-/// While one lives, the signals of HoldInterrupts remove a file and then its folder before they end
-/// the program as ever, and so does exit(). At most kMostAtOnce at a time, all of one thread.
+/// During the lifetime of an object, the signals of HoldInterrupts, and exit(), remove a file and
+/// then its folder before the program ends. At most kMostAtOnce objects at a time, all of one
+/// thread.
 class InterruptCleanup {
  public:
   static constexpr int kMostAtOnce = 3;

@@ -25,13 +25,13 @@
 namespace mapexport {
 namespace {
 
-// Placing takes no time to speak of. Who holds the lock longer than this is stuck.
+// Placing takes almost no time. A process that holds the lock longer than this is stuck.
 constexpr std::chrono::seconds kLockPatience{20};
 constexpr std::chrono::milliseconds kLockPause{10};
 constexpr std::string_view kRandomPart = "XXXXXX";
 
-/// What the names of a target's temporary folders begin with: the same for every export to it,
-/// without a dot whatever the target's name is.
+/// The prefix of the names of a target's temporary folders: the same for every export to the
+/// target, and without a dot whatever the target's name is.
 std::string FolderNamePrefix(const std::string& targetPath) {
   std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
   for (const char c : NamePart(targetPath)) {
@@ -51,9 +51,9 @@ void RemoveFolder(const std::string& folder, int fd) {
 
 enum class WithoutLocks { kAccept, kRefuse };
 
-/// Opens and locks a temporary folder. Not open, with the reason in errno, when that can't be:
-/// EWOULDBLOCK while another process holds it, ENOENT when it is gone. On a file system without
-/// locks it is opened only if that is to be accepted.
+/// Opens and locks a temporary folder. If that fails, returns a closed descriptor and the reason in
+/// errno: EWOULDBLOCK while another process holds it, ENOENT when it is gone. On a file system
+/// without locks the folder is opened only if `withoutLocks` allows that.
 Descriptor LockFolder(const std::string& folder, WithoutLocks withoutLocks) {
   Descriptor fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!fd.IsOpen()) return fd;
@@ -68,7 +68,7 @@ Descriptor LockFolder(const std::string& folder, WithoutLocks withoutLocks) {
   return fd;
 }
 
-/// Makes a temporary folder for `target` and locks it into `lock`.
+/// Makes a temporary folder for `target` and locks it with `lock`.
 std::string MakeFolder(const OutputTarget& target, Descriptor& lock) {
   for (;;) {
     std::string folder =
@@ -78,7 +78,7 @@ std::string MakeFolder(const OutputTarget& target, Descriptor& lock) {
     if (lock.IsOpen()) return folder;
     const int error = errno;
     if (made) rmdir(folder.c_str());
-    // Another export may take the new folder for a left-over before it is locked.
+    // Another export may remove the new folder as a left-over before it is locked.
     if (made && (error == ENOENT || error == EWOULDBLOCK)) continue;
     ThrowCannotWrite(target.name, fmt::format("no temporary folder can be made in {}: {}",
                                               FolderOf(target.path), ErrnoText(error)));
@@ -87,7 +87,7 @@ std::string MakeFolder(const OutputTarget& target, Descriptor& lock) {
 
 void RemoveLeftOvers(const std::string& targetPath) {
   DIR* const entries = opendir(FolderOf(targetPath).c_str());
-  if (entries == nullptr) return;  // a folder that can be written need not be readable
+  if (entries == nullptr) return;  // a writable folder need not be readable
   const std::string prefix = FolderNamePrefix(targetPath);
   while (const dirent* const entry = readdir(entries)) {
     const std::string_view name = entry->d_name;
@@ -125,9 +125,9 @@ OutputPlace::OutputPlace(const OutputTarget& target,
 }
 
 OutputPlace::~OutputPlace() {
-  // The only copy of what was at the target is in it.
+  // The folder has the only copy of the older output.
   if (putBackError_ != 0 && (keptOld_ || movedOld_)) return;
-  // Without these, which are likely to be all, the listing need not succeed.
+  // These two are probably all; remove them even if listing the folder fails.
   unlink(file_.c_str());
   unlink(oldFile_.c_str());
   RemoveFolder(folder_, lock_.Get());
@@ -176,7 +176,7 @@ OutputPlace::PlacingLock::PlacingLock(const std::string& path) : path_(path) {
   while (true) {
     hold_.emplace();
     file_ = Descriptor(open(path.c_str(), O_RDONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
-    if (!file_.IsOpen()) return;  // no room for it: who places then is not kept from it
+    if (!file_.IsOpen()) return;  // no space for a lock file: go on without it
     struct stat here {};
     struct stat there {};
     if (flock(file_.Get(), LOCK_EX | LOCK_NB) != 0) {
@@ -187,7 +187,7 @@ OutputPlace::PlacingLock::PlacingLock(const std::string& path) : path_(path) {
       break;
     } else if (here.st_dev == there.st_dev && here.st_ino == there.st_ino) {
       return;
-    }  // else it was removed, and perhaps made anew, before it was locked
+    }  // else it was removed, and perhaps created again, before it was locked
     file_ = Descriptor();
     missed_ = std::chrono::steady_clock::now() >= deadline;
     if (missed_) return;
@@ -199,7 +199,7 @@ OutputPlace::PlacingLock::PlacingLock(const std::string& path) : path_(path) {
 }
 
 OutputPlace::PlacingLock::~PlacingLock() {
-  // Whoever waits for this file sees that it is gone, and makes another.
+  // A process that waits for this file sees that it is gone, and creates another.
   if (file_.IsOpen()) unlink(path_.c_str());
 }
 
@@ -208,7 +208,7 @@ void OutputPlace::Place() {
     ThrowCannotWrite(target_.name, ErrnoText(errno));
   }
   placed_ = true;
-  // There are file systems that know no syncing of folders.
+  // Some file systems can't sync folders.
   if (syncError_ == 0 && fsync(targetFolder_.Get()) != 0 && errno != EINVAL) syncError_ = errno;
 }
 
@@ -239,7 +239,7 @@ void OutputPlace::KeepOld() {
   keptOld_ = link(target_.path.c_str(), oldFile_.c_str()) == 0;
   if (keptOld_ || errno == ENOENT) return;
   RequireRegularFileOrNothing(target_.path);
-  // There are file systems without links.
+  // Some file systems have no links.
   movedOld_ = rename(target_.path.c_str(), oldFile_.c_str()) == 0;
   if (!movedOld_) ThrowCannotWrite(target_.name, ErrnoText(errno));
 }
@@ -265,12 +265,12 @@ std::string OutputPlace::NotPutBack() const {
 
 void OutputPlace::CommitTogether(std::span<OutputPlace* const> places) {
   for (OutputPlace* const place : places) place->Prepare();
-  // Two runs that write the same files have the same first one. More than one lock at a time could
-  // wait for each other.
+  // Two runs that write the same files have the same first one. With several locks each run could
+  // wait for the other.
   const PlacingLock lock(places.front()->LockPath());
   places.front()->unlocked_ = lock.Missed();
   try {
-    // Once the last one is placed there is nothing to take back.
+    // Nothing can fail after the last one is placed, so nothing needs a copy.
     for (OutputPlace* const place : places.first(places.size() - 1)) place->KeepOld();
     for (OutputPlace* const place : places) place->Place();
   } catch (const std::exception& error) {

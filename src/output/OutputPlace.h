@@ -1,4 +1,4 @@
-// Puts an output file into its place only when it is whole.
+// Puts an output file in place only when it is complete.
 #pragma once
 
 #include <functional>
@@ -17,41 +17,41 @@
 
 namespace mapexport {
 
-/// A temporary folder beside the target, in which its next content is made. The folder has no dot
-/// in its name, is held by a lock and goes away with this object, whatever is in it by then.
+/// A temporary folder beside the target, in which its new content is made. The folder has no dot in
+/// its name, is locked, and is removed with all its files at the end of this object's lifetime.
 /// Unlocked left-overs of earlier outputs to the same target are removed first.
 class OutputPlace {
  public:
-  /// `fileName` is the name that the content will have in the folder. Throws RunError.
+  /// `fileName` is the name of the content in the folder. Throws RunError.
   OutputPlace(OutputTarget target, const std::string& fileName);
-  /// One with the content that `write` writes, under the target's own name.
+  /// With the content that `write` writes, under the target's own name.
   OutputPlace(const OutputTarget& target, const std::function<void(std::ostream&)>& write);
   ~OutputPlace();
   OutputPlace(const OutputPlace&) = delete;
   OutputPlace& operator=(const OutputPlace&) = delete;
 
-  /// The folder, ending in "/"; relative or absolute as the target's path is.
+  /// The folder, ending in "/"; relative or absolute like the target's path.
   const std::string& Folder() const { return folder_; }
-  /// Where the content is to be made.
+  /// The path at which the content is to be made.
   const std::string& File() const { return file_; }
 
-  /// Makes the content by letting `write` write it. Throws RunError when not all of it arrives.
+  /// Makes the content by calling `write`. Throws RunError unless all of it is written.
   void Fill(const std::function<void(std::ostream&)>& write);
 
-  /// Gives the file the rights of the one it replaces, and its owner and extended attributes as far
-  /// as these can be had, syncs it and moves it to the target. Throws RunError, the target then
-  /// being as it was.
+  /// Gives the file the permissions of the one it replaces, and its owner and extended attributes
+  /// as far as possible, syncs it and moves it to the target. Throws RunError and leaves the target
+  /// as it was.
   void Commit();
 
-  /// Commits all of them or, when one can't be, none: the targets are as they were then. Who
-  /// commits to the target of the first one meanwhile waits, so that files of two runs don't mix.
-  /// Throws RunError.
+  /// Commits all of them or, if one fails, none: all targets stay as they were. A process that
+  /// commits to the first target meanwhile waits, so that files of two runs don't mix. Throws
+  /// RunError.
   static void CommitTogether(std::span<OutputPlace* const> places);
 
-  /// A file beside the target that is there, and locked, while files are placed together with it.
+  /// A lock file that exists beside the target while several files are put in place together.
   std::string LockPath() const;
 
-  /// What is to be told of a place that is committed.
+  /// Warnings about a committed place.
   struct Warning {
     RemarkCode code;
     std::string text;
@@ -59,7 +59,7 @@ class OutputPlace {
   std::vector<Warning> Warnings() const;
 
  private:
-  /// Holds a lock file, and back the signals that would leave it.
+  /// Holds a lock file, and holds back signals that would leave it behind.
   class PlacingLock {
    public:
     explicit PlacingLock(const std::string& path);
@@ -67,7 +67,7 @@ class OutputPlace {
     PlacingLock(const PlacingLock&) = delete;
     PlacingLock& operator=(const PlacingLock&) = delete;
 
-    /// Whether another process did not give it back in time.
+    /// Whether another process did not release the lock in time.
     bool Missed() const { return missed_; }
 
    private:
@@ -77,14 +77,13 @@ class OutputPlace {
     bool missed_ = false;
   };
 
-  /// Everything that takes memory or is likely to fail, so that little is left when the first of
-  /// several is placed.
+  /// Does everything that takes memory or is likely to fail, so that Place is unlikely to.
   void Prepare();
   void Place();
-  /// Keeps what is at the target, so that PutBack can undo Place.
+  /// Keeps the older content, so that PutBack can undo Place.
   void KeepOld();
   void PutBack();
-  /// What PutBack could not do, empty when nothing.
+  /// Why PutBack failed; empty when it succeeded.
   std::string NotPutBack() const;
 
   OutputTarget target_;
@@ -92,9 +91,9 @@ class OutputPlace {
   std::string file_;
   std::string oldFile_;      ///< the older content, while it is kept
   Descriptor lock_;          ///< the folder, open
-  Descriptor targetFolder_;  ///< open from Prepare on
-  std::string notKept_;      ///< what of the older file's owner and attributes could not be had
-  bool unlocked_ = false;    ///< another process did not give the lock back
+  Descriptor targetFolder_;  ///< open since Prepare
+  std::string notKept_;      ///< which of the older file's owner and attributes could not be kept
+  bool unlocked_ = false;    ///< another process did not release the lock
   int syncError_ = 0;        ///< why the target's folder can't be synced
   int putBackError_ = 0;
   bool keptOld_ = false;

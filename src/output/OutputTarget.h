@@ -1,4 +1,4 @@
-// Where an output goes.
+// Finds out where an output goes.
 #pragma once
 
 #include <optional>
@@ -9,28 +9,28 @@
 
 namespace mapexport {
 
-/// Whether the path of an output means standard output: "-", "/dev/stdout" and its other names. It
-/// is written to and never replaced, whatever it leads to.
+/// Whether the path of an output means standard output: "-", "/dev/stdout" and its other names.
+/// Standard output is written to and never replaced, whatever it leads to.
 bool IsStandardOutput(std::string_view path);
 
-/// An output that can be had.
+/// The place of an output that can be written.
 struct OutputTarget {
-  std::string name;                ///< the path as the person gave it, or "standard output"
-  std::string path;                ///< the same, or what a link of that path leads to
-  std::optional<struct stat> old;  ///< of the file that is there and is to be replaced
-  bool isStandardOutput = false;   ///< else a file
+  std::string name;                ///< the path as given, or "standard output"
+  std::string path;                ///< the same, or the file that it links to
+  std::optional<struct stat> old;  ///< of the existing file that will be replaced
+  bool isStandardOutput = false;   ///< else it is a file
 };
 
-/// Looks where `output` leads: to standard output, or to a file that can be placed there, because
-/// its folder exists and can be written, and what is there is a regular file that can be written.
-/// Changes nothing. Throws RunError.
+/// Resolves `output`: to standard output, or to a file that can be put in place. Its folder must
+/// exist and be writable; an existing file must be regular and writable. Changes nothing. Throws
+/// RunError.
 OutputTarget FindOutput(const std::string& output);
 
-/// Throws RunError when `path` exists and is no regular file, links followed, or names a folder by
-/// its form.
+/// Throws RunError when `path` exists (links followed) and is not a regular file, or when it ends
+/// like a folder.
 void RequireRegularFileOrNothing(const std::string& path);
 
-/// Throws the RunError of an output that can't be had: "NAME: cannot be written: WHY".
+/// Throws RunError: "NAME: cannot be written: WHY".
 [[noreturn]] void ThrowCannotWrite(const std::string& name, const std::string& why);
 
 }  // namespace mapexport

@@ -1,4 +1,4 @@
-// Files that an output must not take the place of.
+// Files that an output must not replace.
 #pragma once
 
 #include <map>
@@ -9,21 +9,21 @@
 
 namespace mapexport {
 
-/// What the side file of a scene is to a run.
+/// What messages call a side file of a scene.
 inline constexpr const char* kSideInput = "file that the scene is read from,";
 
-/// What a run reads, and its other outputs. Files are told by what they are, not by their names: a
-/// link to an input is that input. Each is asked for once, when it is added.
+/// The files that a run reads, and its other outputs. Files are compared by identity, not by name:
+/// a link to an input is that input. Each file is examined once, when it is added.
 class TakenFiles {
  public:
-  /// `what` says what the file is to the run: "scene". One that is not there yet is known by its
-  /// folder and name.
+  /// `what` is the file's role in the run, such as "scene". A file that does not exist yet is
+  /// identified by its folder and name.
   void Add(const std::string& path, const std::string& what);
 
-  /// What the file at `path` is, empty when it is none of them.
+  /// The role of the file at `path`; empty when it is none of them.
   std::string WhatIs(const std::string& path) const;
 
-  /// Throws RunError when writing to `target` would replace one of them, or write into it.
+  /// Throws RunError when writing to `target` would replace one of the files or write into it.
   void RequireFree(const OutputTarget& target) const;
 
  private:

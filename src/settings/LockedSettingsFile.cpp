@@ -34,8 +34,8 @@ void MakeFolders(const fs::path& folder) {
   }
 }
 
-/// A new file in `folder` that goes away again unless it is renamed. Its name is the same for every
-/// holder of the lock of that file, so that one which a killed process left behind is replaced.
+/// A new file in `folder` that is removed again unless it is renamed. Every holder of the settings
+/// file's lock uses the same name, so a file that a killed process left behind is replaced.
 class TemporaryFile {
  public:
   TemporaryFile(const fs::path& folder, const struct stat& locked)
@@ -55,7 +55,7 @@ class TemporaryFile {
     if (error != 0) throw SettingsError("the new file beside it can't be written", error);
   }
 
-  /// What of the owner and the attributes can't be had is no reason to lose the settings.
+  /// An owner or attribute that can't be kept is no reason to lose the settings.
   void TakeAttributes(const struct stat& old, const std::string& path) {
     TakeOwner(file_.Get(), old);
     if (::fchmod(file_.Get(), RightsLike(old, file_.Get())) != 0) {
@@ -65,7 +65,7 @@ class TemporaryFile {
   }
 
   void RenameTo(const std::string& path) {
-    // Without the sync a crash could leave the new name with none of the new bytes.
+    // Without the sync, after a crash the new name could lead to an empty file.
     if (::fsync(file_.Get()) != 0) {
       throw SettingsError("the new file beside it can't be written", errno);
     }
@@ -110,7 +110,7 @@ LockedSettingsFile::~LockedSettingsFile() {
 
 void LockedSettingsFile::RemoveIfUnused() {
   struct stat status {};
-  // Someone who takes no lock may have written into the file.
+  // A program that takes no lock may have written to the file.
   if (madeHere_ && ::fstat(file_.Get(), &status) == 0 && status.st_size == 0) {
     ::unlink(realPath_.c_str());
   }
@@ -131,7 +131,7 @@ void LockedSettingsFile::Replace(std::string_view bytes) {
 }
 
 void LockedSettingsFile::OpenOrCreate(const std::string& path) {
-  // O_NONBLOCK: a pipe must not keep us waiting before we see that it is one.
+  // O_NONBLOCK: opening a pipe must not wait; it is refused afterwards.
   constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NONBLOCK;
   madeHere_ = false;
   realPath_ = path;

@@ -10,8 +10,7 @@
 namespace mapexport {
 namespace {
 
-/// Bytes that take the place of those from `begin` to `end`; an insertion when the two are the
-/// same.
+/// Bytes that replace those from `begin` to `end`; an insertion when the two are equal.
 struct Edit {
   std::size_t begin;
   std::size_t end;
@@ -40,7 +39,8 @@ std::string Written(const RegistryValue& value) {
     return fmt::format("dword:{:08x}", *number);
   }
   const auto& text = std::get<std::string>(value);
-  // Quotes hold what a name could hold; the form has no escape for anything else.
+  // Quotes can hold the same texts as names can. The form has no other escapes, so other texts are
+  // written as bytes.
   return IsRegistryName(text) ? Quoted(text) : HexText(text);
 }
 
@@ -48,8 +48,8 @@ std::string Line(std::string_view name, std::string_view written, std::string_vi
   return fmt::format("{}={}{}", name.empty() ? "@" : Quoted(name), written, lineEnd);
 }
 
-/// `bytes` with the edits made, which must not overlap. An insertion begins a line: a last line
-/// without an end gets one.
+/// `bytes` with the edits applied, which must not overlap. An insertion begins a line: a last line
+/// without a line end gets one.
 std::string Apply(std::string_view bytes, std::vector<Edit> edits, const std::string& lineEnd) {
   std::ranges::stable_sort(edits, {}, &Edit::begin);
   std::string result;

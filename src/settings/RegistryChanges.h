@@ -1,4 +1,4 @@
-// The values that were set and wait to be written, and their merging into a registry text.
+// Values that were set and not yet written, and their merging into a registry text.
 #pragma once
 
 #include <cstddef>
@@ -14,16 +14,15 @@ namespace mapexport {
 
 class RegistryChanges {
  public:
-  /// Remembers the value; it takes the place of an earlier one of the same key and name. Both must
-  /// be registry names (IsRegistryName), and the key must hold no "]".
+  /// Stores the value; it replaces an earlier one with the same key and name. Both must be registry
+  /// names (IsRegistryName), and the key must not contain "]".
   void Set(std::string_view key, std::string_view name, RegistryValue value);
-  /// The value that was set under the key and name, null when none was.
+  /// The value that was set with that key and name; null for none.
   const RegistryValue* Find(std::string_view key, std::string_view name) const;
   bool Empty() const { return changes_.empty(); }
-  /// The bytes of `text` with the values in them. What a value consists of is exchanged where it
-  /// stands; new values come behind the last one of their key, new keys at the end, both in the
-  /// order in which they were first set. Every other byte stays. New lines end as the first line of
-  /// the text does.
+  /// The bytes of `text` with the values merged in. A value's data is replaced in place; new values
+  /// follow the last one of their key, new keys come at the end, both in the order in which they
+  /// were first set. All other bytes stay. New lines get the line end of the text's first line.
   std::string MergedInto(const RegistryText& text) const;
 
  private:
@@ -33,7 +32,7 @@ class RegistryChanges {
     RegistryValue value;
   };
   std::vector<Change> changes_;
-  /// Where in changes_ each is, by folded key and name.
+  /// Each one's index in changes_, by folded key and name.
   std::map<std::pair<std::string, std::string>, std::size_t> places_;
 };
 

@@ -27,7 +27,7 @@ void CheckBytes(std::string_view bytes) {
   FailAt(line, bytes[bad] == '\0' ? "the line holds a NUL byte" : "the line is not UTF-8");
 }
 
-/// Reads line by line; `pos_` stands in the current line, or behind it.
+/// Reads line by line; `pos_` is in the current line or after it.
 class Parser {
  public:
   explicit Parser(RegistryText& text) : text_(text), bytes_(text.bytes) {}
@@ -61,14 +61,14 @@ class Parser {
     while (!AtEnd() && (bytes_[pos_] == ' ' || bytes_[pos_] == '\t')) ++pos_;
   }
 
-  /// Goes behind `word` when it comes next.
+  /// Skips `word` if it comes next.
   bool Take(std::string_view word) {
     if (!bytes_.substr(pos_, end_ - pos_).starts_with(word)) return false;
     pos_ += word.size();
     return true;
   }
 
-  /// Whether nothing but blanks and a comment is left of the line.
+  /// Whether only blanks and a comment are left of the line.
   bool AtRemark() {
     SkipBlanks();
     return AtEnd() || bytes_[pos_] == ';';
@@ -204,8 +204,8 @@ class Parser {
   std::size_t pos_ = 0;
   std::size_t end_ = 0;               ///< behind the line's last byte, its line end left out
   std::size_t next_ = 0;              ///< start of the next line
-  RegistryText::Key* key_ = nullptr;  ///< whose values follow
-  RegistryText::Key noKey_;           ///< takes the values below a key that is taken away
+  RegistryText::Key* key_ = nullptr;  ///< the key of the values that follow
+  RegistryText::Key noKey_;           ///< discards the values below a deleted key
 };
 
 }  // namespace

@@ -41,16 +41,16 @@ std::string_view OrEmpty(const char* text) {
 }  // namespace
 
 struct SettingsStore::Content {
-  std::string path;     ///< empty: in memory alone
-  std::string warning;  ///< not empty: the file is not ours to read or write
+  std::string path;     ///< empty: in memory only
+  std::string warning;  ///< not empty: the file must not be read or written
   RegistryText text;
   RegistryChanges changes;
-  // A key's handle is a number that is never used again, so that a handle that was closed, or never
-  // given out, is told from an open one.
+  // Keys' handles are never reused, so a handle that was closed or never issued is not mistaken for
+  // an open one.
   std::unordered_map<HKEY, OpenKey> openKeys;
   std::uintptr_t lastHandle = 0;
 
-  /// The open key behind a handle, null when there is none or it was opened for other access.
+  /// The open key of a handle; null when there is none or it was opened for other access.
   const OpenKey* FindKey(HKEY handle, RegistryAccess access) const {
     const auto found = openKeys.find(handle);
     return found != openKeys.end() && found->second.access == access ? &found->second : nullptr;
@@ -61,7 +61,7 @@ struct SettingsStore::Content {
     return text.Find(key, name);
   }
 
-  /// Brings the changes into the file; throws and leaves both as they were when it can't.
+  /// Merges the changes into the file. Throws and leaves both as they were on failure.
   void WriteChanges();
 
   std::string NotSaved(const char* reason) const {
@@ -70,7 +70,7 @@ struct SettingsStore::Content {
 };
 
 void SettingsStore::Content::WriteChanges() {
-  // A file that holds all of it already is left alone, as it may be one that can't be written.
+  // A file that already holds all values is left alone, because it may be read-only.
   RegistryText now = ParseRegistryText(ReadSettingsFile(path).value_or(""));
   if (changes.MergedInto(now) == now.bytes) {
     text = std::move(now);
@@ -197,7 +197,7 @@ std::string SettingsStore::Save() noexcept {
       return content_->NotSaved(error.what());
     }
   } catch (...) {
-    return "memory ran out";  // not even for the line; this one is short enough to need none
+    return "memory ran out";  // not enough even for the line; this one is short enough to need none
   }
 }
 

@@ -9,21 +9,20 @@
 
 namespace mapexport {
 
-/// Keys and values of the registry. Reads are answered from what the file held when the store was
-/// opened and from what was set since; what is set waits in memory until Save. The form of the file
-/// is described in settings/RegistryText.h; key classes have no place in it. One thread at a time
-/// uses a store.
+/// Keys and values of the registry. Reads see the file as it was when the store was opened, plus
+/// what was set since; set values wait in memory until Save. settings/RegistryText.h describes the
+/// form of the file, which has no key classes. A store must be used by one thread at a time.
 class SettingsStore {
  public:
-  /// A store that begins empty and is never written.
+  /// A store that is empty at first and is never written.
   static SettingsStore InMemory();
-  /// The store in the file at `path`. A file that does not exist yet, or has no bytes, is a store
-  /// that holds nothing yet. A file that is not of the form, is no regular file, is longer than 16
-  /// MiB or can't be read leaves a store whose keys can't be opened (kRegAccessDenied) and which
-  /// Save never writes; Warning() then says so in one line. So does an empty path.
+  /// The store in the file at `path`. A file that does not exist or is empty is a store without
+  /// values. When the file is not of the form, is not regular, is longer than 16 MiB or can't be
+  /// read, keys can't be opened (kRegAccessDenied), Save never writes, and Warning() says why in
+  /// one line. So does an empty path.
   static SettingsStore Open(const std::string& path);
   /// "$XDG_CONFIG_HOME/mapexport/settings.reg", else "$HOME/.config/mapexport/settings.reg"; a
-  /// variable that holds no absolute path is passed over. Empty when neither is of use.
+  /// variable without an absolute path is ignored. Empty when neither can be used.
   static std::string DefaultPath();
 
   SettingsStore(const SettingsStore&) = delete;
@@ -33,15 +32,15 @@ class SettingsStore {
   ~SettingsStore();
 
   // The registry operations of System, with the same results. A key or value name that the file
-  // could not hold (one that is not UTF-8 or has line ends; for keys also "]" and empty parts) and
-  // a size that the type can't have are kRegInvalidParameter.
+  // could not hold (not UTF-8, or with line ends; for keys also "]" and empty parts) and a size
+  // that the type can't have give kRegInvalidParameter.
 
-  /// A missing key comes into being in memory; the file gets it with its first value.
+  /// A missing key is created in memory; it is in the file once it has a value.
   LSTATUS CreateKey(RegistryRoot root, const char* path, const char* keyClass,
                     RegistryAccess access, HKEY& key);
-  /// `data` may be null, to ask for the size alone. When the buffer is too small it is left as it
-  /// is, and `size` receives what is needed. An empty or null name asks for the key's value without
-  /// a name.
+  /// `data` may be null, to ask only for the size. When the buffer is too small it is unchanged,
+  /// and `size` receives the required size. An empty or null name means the key's value without a
+  /// name.
   LSTATUS QueryValue(HKEY key, const char* name, RegistryType type, void* data,
                      std::uint32_t& size);
   /// A text ends at its first NUL, or after `size` bytes; it may be any bytes. A number has 4
@@ -51,17 +50,15 @@ class SettingsStore {
   /// Does nothing for a key that is not open.
   void CloseKey(HKEY key);
 
-  /// Writes the values that were set since Open, or since the last Save that succeeded, into the
-  /// file. The file is locked (for up to 5 seconds this waits for others) and read again, so that
-  /// all that is there by then survives byte for byte, and replaced atomically; it keeps its mode,
-  /// symbolic links are followed, and missing folders are made. When nothing was set or
-  /// nothing would change, the file is not even opened for writing. Returns one line saying what
-  /// went wrong, want of memory included, the file then being as it was, or an empty text. Throws
-  /// nothing: values that could not be saved wait for the next Save.
+  /// Writes the values that were set since Open, or since the last successful Save. The file is
+  /// locked (waits up to 5 seconds), read again, so that everything else in it survives byte for
+  /// byte, and replaced atomically. It keeps its mode, symbolic links are followed, and missing
+  /// folders are created. When nothing would change, the file is not opened for writing. Returns an
+  /// empty text, or one line that says what went wrong, running out of memory included; the file is
+  /// then as it was. Throws nothing: values that could not be saved wait for the next Save.
   std::string Save() noexcept;
 
-  /// One line saying what was wrong with the file when the store was opened, empty when nothing
-  /// was.
+  /// One line that says what was wrong with the file when the store was opened; empty for nothing.
   const std::string& Warning() const;
 
  private:

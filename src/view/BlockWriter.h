@@ -23,10 +23,10 @@ class BlockWriter {
     for (const char c : text) U8(static_cast<std::uint8_t>(c));
     Align();
   }
-  /// The length of a list; the model's file has no longer ones than 32 bits can tell.
+  /// The length of a list; lists of model files have lengths of 32 bits.
   void Count(std::size_t count) { U32(static_cast<std::uint32_t>(count)); }
 
-  // Parts of an item; Align() ends it.
+  // Parts of an item, which Align() completes.
   void U8(std::uint8_t number) { bytes_.push_back(std::byte{number}); }
   void U16(std::uint16_t number) {
     U8(static_cast<std::uint8_t>(number));

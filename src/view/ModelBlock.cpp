@@ -10,14 +10,14 @@
 namespace mapexport {
 namespace {
 
-// Bytes of an entry of each long list.
+// Bytes per entry of each long list.
 constexpr std::uint64_t kPointBytes = 12;
 constexpr std::uint64_t kPlaneBytes = 16;
 constexpr std::uint64_t kBatchFaceBytes = kPlaneBytes + 12;
 constexpr std::uint64_t kCornerBytes = 16;
 constexpr std::uint64_t kFaceBytes = 16;
 
-/// `number`, in -1 to 1, as a signed byte; 0 for what is no number.
+/// `number`, from -1 to 1, as a signed byte; 0 for NaN.
 std::uint8_t SignedByte(float number) {
   if (std::isnan(number)) return 0;
   const float scaled = std::round(std::clamp(number, -1.0F, 1.0F) * 127.0F);

@@ -1,4 +1,4 @@
-// A model as the block of bytes that the page reads.
+// Packs a model into the block of bytes that the page reads.
 #pragma once
 
 #include <cstddef>
@@ -11,19 +11,19 @@
 
 namespace mapexport {
 
-/// What the page is told beside the model.
+/// What the page gets in addition to the model.
 struct ViewInfo {
-  std::string fileName;      ///< of the model, to be shown; any encoding
-  int coordinateSystem = 0;  ///< 0 to 3: the one that the file's coordinates are taken to be in
+  std::string fileName;      ///< the name to show; any encoding
+  int coordinateSystem = 0;  ///< 0 to 3: the coordinate system that the file is assumed to be in
 };
 
-/// The bytes that viewer/src/readModel.js takes apart. All numbers are little-endian and every item
-/// begins at a multiple of 4 bytes, so that the page can look at lists in place. Positions, planes
-/// and texture coordinates are kept as they are; normals of corners, which only shade, become
-/// 8 bits a component, and colours 8 bits a channel, clamped to 0 to 1.
+/// The bytes that viewer/src/readModel.js reads. All numbers are little-endian and every item
+/// begins at a multiple of 4 bytes, so that the page can view lists without copying. Positions,
+/// planes and texture coordinates are unchanged. Corner normals, which only shade, become 8 bits
+/// per component; colours are clamped to 0 to 1 and become 8 bits per channel.
 std::vector<std::byte> MakeModelBlock(const ModelFile& model, const ViewInfo& info);
 
-/// How many bytes MakeModelBlock needs for the lists of `model`, names left out.
+/// The bytes that MakeModelBlock needs for the lists of `model`, without names.
 std::uint64_t ModelBlockBytes(const ModelFile& model);
 
 }  // namespace mapexport

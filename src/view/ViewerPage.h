@@ -5,11 +5,11 @@
 
 namespace mapexport {
 
-/// What stands in the page where the model's block belongs, in base64. It is there once.
+/// The placeholder in the page that the model's block replaces, in base64. It occurs once.
 inline constexpr std::string_view kModelMark = "@MODEL@";
 
-/// A whole HTML document but for the model. Empty when the program was built without Node.js, which
-/// bundles it. The build makes the file that defines it.
+/// A complete HTML document except for the model. Empty when the program was built without Node.js,
+/// which bundles it. The build generates the file that defines it.
 extern const std::string_view kViewerPage;
 
 }  // namespace mapexport

@@ -15,7 +15,7 @@ namespace mapexport {
 namespace {
 
 constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr std::size_t kPieceBytes = 3 << 14;  // whole triples, so that only the last is padded
+constexpr std::size_t kPieceBytes = 3 << 14;  // whole triples, so only the last one is padded
 
 /// Base64 of RFC 4648, with padding and without line breaks.
 void WriteBase64(std::span<const std::byte> bytes, std::ostream& out) {
