@@ -67,7 +67,7 @@ std::string Escaped(const std::string& path, bool isTarget) {
                     path, obstacle));
   }
   std::string escaped;
-  std::size_t backslashes = 0;  // that stand right before
+  std::size_t backslashes = 0;  // directly before the character
   for (const char c : path) {
     if (c == '$') escaped += '$';
     if (c == ' ' || c == '#' || c == ':') {

@@ -34,7 +34,7 @@ class ViewOf : public ControlView {
 
   QWidget& Widget() const override { return widget_; }
   void Show(const ControlState& state) override {
-    // A text that is not UTF-8 is compared as it is, not as it shows.
+    // Texts are compared as bytes, because different bytes that are not UTF-8 look the same.
     if (shown_ == state.text) return;
     shown_ = state.text;
     ShowText(ToQt(state.text));
@@ -59,7 +59,7 @@ class LabelView : public ViewOf<QLabel> {
   int TextWidth() const override { return widget_.sizeHint().width(); }
 
  protected:
-  /// A mnemonic leads to the buddy, which a screen reader calls what the label says.
+  /// A mnemonic moves the focus to the buddy; screen readers take the label as the buddy's name.
   void ShowText(const QString& text) override {
     const QString plain = WithoutMnemonic(text);
     widget_.setText(widget_.buddy() == nullptr ? plain : text);
@@ -98,7 +98,7 @@ class CheckBoxView : public ViewOf<QCheckBox> {
 
   void Show(const ControlState& state) override {
     ViewOf::Show(state);
-    widget_.setChecked(state.checked);  // which is no click
+    widget_.setChecked(state.checked);  // a selection that is not a click
   }
   int TextWidth() const override { return widget_.sizeHint().width(); }
 };
@@ -120,7 +120,7 @@ class ListView : public ViewOf<RowList> {
     const int id = control.id;
     QObject::connect(&widget_, &QListWidget::itemSelectionChanged, [this, id, events] {
       const int row = widget_.SelectedRow();
-      // A row can't be deselected.
+      // A user can't deselect a row.
       if (row < 0) {
         ShowSelection();
       } else {

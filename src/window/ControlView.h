@@ -11,7 +11,7 @@
 
 namespace mapexport {
 
-/// What the person does to a control goes to one of these.
+/// Receives what the user does to the control.
 struct ControlEvents {
   std::function<void(const DialogAction&)> act;
   std::function<void(int id)> press;
@@ -21,15 +21,16 @@ class ControlView {
  public:
   virtual ~ControlView() = default;
 
-  /// A widget of the control's kind, a child of `parent`, which owns it. Its object name is the
-  /// control's id. A control without an id shows, and nothing comes of what is done to it.
+  /// A widget of the control's kind; `parent` owns it. Its object name is the control's id. A
+  /// control without an id is shown but does nothing.
   static std::unique_ptr<ControlView> Make(const DialogControl& control, QWidget& parent,
                                            const ControlEvents& events);
 
   virtual QWidget& Widget() const = 0;
-  /// Shows `state`. No event comes of it.
+  /// Shows `state`, without causing an event.
   virtual void Show(const ControlState& state) = 0;
-  /// The least width at which all of its text shows; 0 when the text may be wider than the control.
+  /// The smallest width that shows all of the control's text; 0 when the text may be wider than the
+  /// control.
   virtual int TextWidth() const { return 0; }
 };
 

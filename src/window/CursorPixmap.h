@@ -1,4 +1,4 @@
-// A module's cursor as one of Qt's.
+// Converts a module's cursor to Qt's.
 #pragma once
 
 #include <QCursor>
@@ -7,8 +7,8 @@
 
 namespace mapexport {
 
-/// `image` for a display with `pixelRatio` of its pixels to a device-independent one: as large to
-/// the eye, and as sharp, as on any other.
+/// `image` for a display with `pixelRatio` display pixels per device-independent one: it has the
+/// same size and sharpness on every display.
 QCursor ToQtCursor(const CursorImage& image, double pixelRatio);
 
 }  // namespace mapexport

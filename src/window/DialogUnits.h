@@ -1,4 +1,4 @@
-// Dialog units to pixels.
+// Converts dialog units to pixels.
 #pragma once
 
 #include <QFont>
@@ -15,11 +15,11 @@ class DialogUnits {
   /// Makes everything wider.
   void Widen(double factor) { x_ *= factor; }
 
-  /// Edges are rounded each, so that what touches in units touches in pixels.
+  /// Each edge is rounded, so that what touches in units touches in pixels.
   QRect ToPixels(int x, int y, int width, int height) const;
 
  private:
-  double x_;  ///< pixels of one unit
+  double x_;  ///< pixels per unit
   double y_;
 };
 

@@ -34,7 +34,7 @@ DialogWindow::DialogWindow(const DialogTemplate& dialog, PresentedDialog& states
     views_.push_back(ControlView::Make(control, *this, control.id == -1 ? none : events));
     hasDefault = hasDefault || control.kind == ControlKind::kDefaultButton;
   }
-  // Without a default button, Enter is IDOK and not the first button that there is.
+  // Without a default button, Enter is IDOK, not the first button.
   for (QPushButton* const button : findChildren<QPushButton*>()) button->setAutoDefault(hasDefault);
   for (std::size_t i = 1; i < views_.size(); ++i) {
     setTabOrder(&views_[i - 1]->Widget(), &views_[i]->Widget());
@@ -78,7 +78,7 @@ void DialogWindow::changeEvent(QEvent* event) {
   if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) LayOut();
 }
 
-/// Lets the person do something. Nothing may be thrown through Qt: it comes out of Run.
+/// Runs the user's action. Exceptions must not pass through Qt, so Run throws them later.
 template <typename Doing>
 void DialogWindow::Let(const Doing& doing) {
   if (thrown_) return;
@@ -95,7 +95,7 @@ void DialogWindow::Press(int id) {
   Let([&] { states_.Press(id); });
 }
 
-/// An edit or a list is named by the label before it.
+/// The label before an edit box or a list is its name.
 void DialogWindow::ConnectLabels() {
   for (std::size_t i = 1; i < views_.size(); ++i) {
     auto* const label = qobject_cast<QLabel*>(&views_[i - 1]->Widget());
@@ -108,7 +108,8 @@ void DialogWindow::ConnectLabels() {
 void DialogWindow::LayOut() {
   DialogUnits units(font());
   Place(units);
-  // A font whose texts are wide for its letters gets a wider dialog. The pixel is for rounding.
+  // A font whose texts are wide for its letters gets a wider dialog. The extra pixel is for
+  // rounding.
   double lack = 1;
   for (const std::unique_ptr<ControlView>& view : views_) {
     const int room = RoomFor(*view);
@@ -139,7 +140,7 @@ void DialogWindow::Place(const DialogUnits& units) {
   }
 }
 
-/// How wide the control may be before it meets another one or the edge.
+/// The width up to the next control or the edge.
 int DialogWindow::RoomFor(const ControlView& view) const {
   const QRect place = view.Widget().geometry();
   int room = width() - place.left();

@@ -14,19 +14,19 @@ namespace mapexport {
 
 class DialogUnits;
 
-/// Any dialog template with the states of its controls. What the person does is done to the
-/// states; what becomes of them there is shown. Controls stand at their dialog units in the
-/// window's font; only a label or check box whose text would be cut reaches further right, as far
-/// as there is room; where there is too little, the units are wider than the font's.
+/// Shows any dialog template with the states of its controls. The user's actions change the states,
+/// and the window shows the new states. Controls are at their dialog units in the window's font.
+/// Only a label or check box whose text would be cut extends further right, as far as there is
+/// room. If the room is too small, the units are wider than the font's.
 class DialogWindow : public QDialog {
  public:
   /// Both must outlive the window.
   DialogWindow(const DialogTemplate& dialog, PresentedDialog& states, QWidget& owner);
 
-  /// Shows the window until the dialog has ended or the system takes it away. Throws what the
-  /// dialog procedure throws.
+  /// Shows the window until the dialog has ended or the system closes it. Throws what the dialog
+  /// procedure throws.
   void Run();
-  /// Shows the states as they are now.
+  /// Shows the current states.
   void ShowStates();
 
   /// Escape, and the window's close button.

@@ -10,8 +10,8 @@
 namespace mapexport {
 namespace {
 
-// Somewhat larger than a large dialog, so that the pointer, which has just pressed a dialog's
-// button, is over this window when it shows a cursor.
+// Somewhat larger than a large dialog: the pointer, which has just pressed a dialog's button, must
+// be over this window when it shows a cursor.
 constexpr int kWidth = 360;  // dialog units
 constexpr int kHeight = 300;
 
@@ -29,7 +29,7 @@ HostWindow::HostWindow(const QString& title) : status_(*new QLabel(this)) {
   layout->addWidget(&status_);
   const QRect space = screen()->availableGeometry();
   resize(DialogUnits(font()).ToPixels(0, 0, kWidth, kHeight).size().boundedTo(space.size()));
-  // Dialogs are centred on it before the window manager has told where it put this window.
+  // Dialogs are centred on this window even before the window manager reports its position.
   move(space.center() - rect().center());
 }
 

@@ -6,8 +6,8 @@
 
 namespace mapexport {
 
-/// Owns dialogs and boxes, says what is being done, and shows the cursors while it is. The person
-/// can't close it: what it shows goes on.
+/// Owns dialogs and boxes, shows what is being done, and shows the cursors meanwhile. The user
+/// can't close it, because the work continues.
 class HostWindow : public QWidget {
  public:
   explicit HostWindow(const QString& title);

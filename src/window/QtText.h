@@ -1,4 +1,4 @@
-// Bytes to Qt's text and back.
+// Converts bytes to Qt's text and back.
 #pragma once
 
 #include <QString>
@@ -6,7 +6,7 @@
 
 namespace mapexport {
 
-/// `bytes` read as UTF-8; what is not UTF-8 shows as the replacement character.
+/// `bytes` read as UTF-8; other bytes become the replacement character.
 inline QString ToQt(const std::string& bytes) {
   return QString::fromStdString(bytes);
 }

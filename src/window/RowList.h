@@ -5,8 +5,8 @@
 
 namespace mapexport {
 
-/// Single-selection, with rows as high as the font and no space between them, so that as many show
-/// as dialog units provide for.
+/// A single-selection list. Rows are as high as the font without space between them, so that as
+/// many are visible as dialog units provide for.
 class RowList : public QListWidget {
  public:
   explicit RowList(QWidget* parent);

@@ -16,7 +16,7 @@ namespace {
 
 QtMessageHandler defaultHandler = nullptr;
 
-/// Passes on what Qt says of displays; what else it remarks on at its start is nobody's concern.
+/// Passes on Qt's messages about displays, and drops its other remarks at startup.
 void TellOfDisplays(QtMsgType type, const QMessageLogContext& context, const QString& text) {
   const bool grave = type == QtCriticalMsg || type == QtFatalMsg;
   if (grave || QLatin1String(context.category).startsWith(QLatin1String("qt."))) {
@@ -29,7 +29,7 @@ std::unique_ptr<QApplication> MakeApplication() {
   static int count = 1;
   static char name[] = "mapexport";
   static char* arguments[] = {name, nullptr};
-  // Qt takes the user's locale for the whole process; numbers are to be written as before.
+  // Qt sets the user's locale for the whole process; restore the number format.
   const std::string locale = std::setlocale(LC_ALL, nullptr);
   defaultHandler = qInstallMessageHandler(TellOfDisplays);
   auto application = std::make_unique<QApplication>(count, arguments);
@@ -39,8 +39,8 @@ std::unique_ptr<QApplication> MakeApplication() {
   return application;
 }
 
-/// Makes room for the title, and for the lines of the text as they are: the box would break them
-/// long before the display is full.
+/// Makes room for the title and for unbroken lines of the text: the box would break them long
+/// before the display is full.
 void KeepLines(QMessageBox& box) {
   auto* const grid = qobject_cast<QGridLayout*>(box.layout());
   if (grid == nullptr) return;
@@ -51,7 +51,7 @@ void KeepLines(QMessageBox& box) {
                 grid->columnCount());
 }
 
-/// Lets the windows show what has changed; the person's doings wait.
+/// Lets the windows repaint, without handling the user's input.
 void Repaint() {
   QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
@@ -103,7 +103,7 @@ void WindowPresenter::ShowMessageBox(const std::string& title, const std::string
 std::optional<std::string> WindowPresenter::PickFile(const FileBox& box) {
   QFileDialog dialog(&Owner(), QStringLiteral("Open"),
                      box.initialDir ? ToQt(*box.initialDir) : QString());
-  // As the classical box without flags: a file that is not there yet may be named, too.
+  // Like the classical box without flags: the named file need not exist.
   dialog.setFileMode(QFileDialog::AnyFile);
   dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setNameFilters({NameFilter(box)});

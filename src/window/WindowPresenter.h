@@ -1,4 +1,4 @@
-// A presenter with real windows.
+// A presenter that shows real windows.
 #pragma once
 
 #include <QApplication>
@@ -13,7 +13,7 @@ namespace mapexport {
 
 class DialogWindow;
 
-/// One at a time. The process's locale stays what it was.
+/// At most one at a time. The process's locale is unchanged.
 class WindowPresenter : public Presenter {
  public:
   explicit WindowPresenter(const char* title);
@@ -31,13 +31,13 @@ class WindowPresenter : public Presenter {
   void ShowStatus(const std::string& status) override;
 
  private:
-  /// The window that is open last.
+  /// The window that was opened last.
   QWidget& Owner();
   void Show(const QCursor& cursor);
 
   std::unique_ptr<QApplication> application_;
   std::unique_ptr<HostWindow> host_;
-  std::vector<std::pair<HWND, DialogWindow*>> open_;  ///< the later ones belong to the earlier
+  std::vector<std::pair<HWND, DialogWindow*>> open_;  ///< each belongs to the one before it
 };
 
 }  // namespace mapexport

@@ -1,4 +1,4 @@
-// Whether this build is one with AddressSanitizer, which needs more from the system than we do.
+// Whether this build has AddressSanitizer, which needs more from the system.
 #pragma once
 
 namespace mapexport {

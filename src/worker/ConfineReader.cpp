@@ -19,7 +19,7 @@
 namespace mapexport {
 namespace {
 
-/// Whoever started the program may have left us anything: sockets, files open for writing.
+/// The program's caller may have left any descriptors open: sockets, files for writing.
 void CloseOthers(std::span<const int> kept) {
   int beyond = STDERR_FILENO + 1;
   for (const int fd : kept) beyond = std::max(beyond, fd + 1);
@@ -29,7 +29,8 @@ void CloseOthers(std::span<const int> kept) {
   closefrom(beyond);
 }
 
-/// Build farms keep secrets there, which reading needs none of. /proc shows the same bytes.
+/// Build farms keep secrets in the environment, which reading does not need. /proc shows the same
+/// bytes.
 void EraseEnvironment() {
   for (char** each = environ; each != nullptr && *each != nullptr; ++each) {
     explicit_bzero(*each, std::strlen(*each));
@@ -37,12 +38,12 @@ void EraseEnvironment() {
   clearenv();
 }
 
-/// Takes what the process can do because root started it, but for the one capability that reading
-/// others' files takes, if it had that: CAP_DAC_READ_SEARCH, or else CAP_DAC_OVERRIDE. Returns why
-/// that failed, and then nothing has changed; empty when they are gone.
+/// Drops root's capabilities, except the one for reading others' files, if the process has it:
+/// CAP_DAC_READ_SEARCH, or else CAP_DAC_OVERRIDE. Returns why that failed, and then nothing has
+/// changed; empty when they are dropped.
 std::string DropCapabilities() {
   __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-  // The numbers up to 31, and those above.
+  // Capabilities 0 to 31, and those above.
   std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets{};
   if (syscall(SYS_capget, &header, sets.data()) != 0) return ErrnoText(errno);
 
@@ -68,7 +69,7 @@ Confinement ConfineReader(const std::string& scene, std::span<const int> kept,
   confinement.timer = std::move(lacking.timer);
   confinement.capabilities = DropCapabilities();
   confinement.files = RestrictFiles(scene);
-  confinement.calls = FilterCalls();  // which forbids the others
+  confinement.calls = FilterCalls();  // last: it forbids the calls that the others make
   return confinement;
 }
 

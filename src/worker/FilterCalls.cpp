@@ -16,9 +16,8 @@
 namespace mapexport {
 namespace {
 
-// It is a list of what is allowed, since calls are added to Linux every year, and one that nobody
-// has looked at is none that reading needs. A name that the library or this machine does not know
-// is passed over.
+// The list names allowed calls, because Linux gets new ones every year, and reading does not need a
+// call that nobody has looked at. Names that the library or this machine does not know are skipped.
 constexpr const char* kAllowed[] = {
     // files, for reading, and what is open
     "access", "close", "faccessat", "faccessat2", "fadvise64", "fstat", "getcwd", "getdents64",
@@ -31,11 +30,11 @@ constexpr const char* kAllowed[] = {
     "getrlimit", "getrusage", "gettid", "getuid", "restart_syscall", "rt_sigaction",
     "rt_sigprocmask", "rt_sigreturn", "sched_getaffinity", "sched_yield", "sigaltstack", "sysinfo",
     "uname",
-    // time, where it does not come without a call
+    // time, where reading it takes a system call
     "clock_getres", "clock_gettime", "clock_nanosleep", "gettimeofday", "nanosleep", "time"};
 
-// What no reader does by mistake. Starting a thread or a process is not here: a library that would
-// like to is to be told that it can't.
+// Calls that no reader makes by mistake. Starting a thread or a process is not listed: a library
+// that tries it gets an error.
 constexpr const char* kAttacks[] = {
     // other machines and other processes
     "accept", "accept4", "bind", "connect", "listen", "sendmmsg", "sendmsg", "sendto", "socket",
@@ -43,7 +42,7 @@ constexpr const char* kAttacks[] = {
     "process_vm_readv", "process_vm_writev", "ptrace", "rt_sigqueueinfo", "rt_tgsigqueueinfo",
     // other programs
     "execve", "execveat",
-    // other rights
+    // other permissions
     "capset", "setfsgid", "setfsuid", "setgid", "setgroups", "setns", "setregid", "setresgid",
     "setresuid", "setreuid", "setuid", "unshare",
     // the kernel
@@ -53,25 +52,25 @@ constexpr const char* kAttacks[] = {
     "open_tree", "perf_event_open", "pivot_root", "reboot", "request_key", "swapoff", "swapon",
     "umount2", "userfaultfd"};
 
-// What C libraries' memory, ours (app/main/LargeBlocks) and the sanitizers' say of theirs. Other
-// advice can take pages out of use for the whole machine.
+// The advice that C libraries' memory functions, ours (app/main/LargeBlocks) and the sanitizers
+// give about their memory. Other advice can take pages out of use for the whole machine.
 constexpr int kAdvice[] = {MADV_DONTNEED, MADV_FREE, MADV_HUGEPAGE, MADV_NOHUGEPAGE, MADV_DONTDUMP};
 
-// Ending the thread is known to all kernels with filters, ending the process from 4.14 on only;
-// there is one thread.
+// All kernels with filters can end the thread, but only those from 4.14 on the process; there is
+// one thread.
 constexpr std::uint32_t kEnd = SCMP_ACT_KILL_THREAD;
 
-// O_TMPFILE holds O_DIRECTORY, which is no writing.
+// O_TMPFILE includes O_DIRECTORY, which does not write.
 constexpr scmp_datum_t kWriting = O_ACCMODE | O_CREAT | O_TRUNC | (O_TMPFILE & ~O_DIRECTORY);
 
-// Arguments of type int may come with any upper half.
+// Arguments of type int can have any upper half.
 constexpr scmp_datum_t kInt = 0xFFFF'FFFF;
 
 constexpr scmp_arg_cmp Masked(unsigned argument, scmp_datum_t mask, scmp_datum_t value) {
   return {argument, SCMP_CMP_MASKED_EQ, mask, value};
 }
 
-/// A filter that grows. After the first rule that can't be added, the rest is passed over.
+/// Collects rules. After the first rule that can't be added, the rest is skipped.
 class Filter {
  public:
   Filter() : filter_(seccomp_init(SCMP_ACT_ERRNO(EPERM)), seccomp_release) {
@@ -79,9 +78,9 @@ class Filter {
       error_ = -EINVAL;
       return;
     }
-    // Of what it does itself when it loads a filter, the library loses the reason of a failure.
+    // We set "no new privileges" ourselves: the library would lose the reason of a failure.
     Note(seccomp_attr_set(filter_.get(), SCMP_FLTATR_CTL_NNP, 0));
-    // Calls of other instruction sets' tables could have any meaning.
+    // The numbers of other instruction sets' calls could mean anything.
     Note(seccomp_attr_set(filter_.get(), SCMP_FLTATR_ACT_BADARCH, kEnd));
     Note(seccomp_attr_set(filter_.get(), SCMP_FLTATR_API_SYSRAWRC, 1));
   }
@@ -121,12 +120,12 @@ std::string FilterCalls() {
   Filter filter;
   for (const char* name : kAllowed) filter.Add(SCMP_ACT_ALLOW, name);
   for (const char* name : kAttacks) filter.Add(kEnd, name);
-  // They write memory to a pipe to see whether it is there.
+  // Libraries write from memory to a pipe to test whether the memory exists.
   if (kAddressSanitizer) filter.Add(SCMP_ACT_ALLOW, "pipe2");
 
   filter.Add(SCMP_ACT_ALLOW, "open", Masked(1, kWriting, O_RDONLY));
   filter.Add(SCMP_ACT_ALLOW, "openat", Masked(2, kWriting, O_RDONLY));
-  // A memory file that is sealed keeps what it says.
+  // F_ADD_SEALS is safe: seals can't be removed, and a sealed memory file stays as it is.
   for (const scmp_datum_t command : {scmp_datum_t{F_GETFD}, scmp_datum_t{F_SETFD},
                                      scmp_datum_t{F_GETFL}, scmp_datum_t{F_ADD_SEALS}}) {
     filter.Add(SCMP_ACT_ALLOW, "fcntl", Masked(1, kInt, command));
@@ -139,9 +138,9 @@ std::string FilterCalls() {
   for (const int advice : kAdvice) {
     filter.Add(SCMP_ACT_ALLOW, "madvise", Masked(2, kInt, static_cast<scmp_datum_t>(advice)));
   }
-  // Limits can be asked for, not set.
+  // Limits can be read, not set.
   filter.Add(SCMP_ACT_ALLOW, "prlimit64", {2, SCMP_CMP_EQ, 0, 0});
-  // abort() and the sanitizers send a signal, to the process itself.
+  // abort() and the sanitizers send a signal to the process itself.
   const auto self = static_cast<scmp_datum_t>(getpid());
   for (const char* name : {"kill", "tgkill", "tkill"}) {
     filter.Add(SCMP_ACT_ALLOW, name, {0, SCMP_CMP_EQ, self, 0});

@@ -16,10 +16,10 @@
 namespace mapexport {
 namespace {
 
-// A child that was taken over chooses the text of its error. Ours name a file or two.
+// A child that was taken over chooses the text of its error. Real ones name a file or two.
 constexpr std::size_t kLongestError = 8192;
 
-// Seals of a memory file that can't be changed any more.
+// The seals that make a memory file unchangeable.
 constexpr int kSealed = F_SEAL_SEAL | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
 
 [[noreturn]] void FailToMakeFile() {
@@ -44,7 +44,7 @@ HandOverFiles::HandOverFiles(bool confined)
     : output_(MakeMemoryFile("output")), message_(MakeMemoryFile("message")) {
   if (!confined) return;
   confinement_ = MakeMemoryFile("confinement");
-  // Only what is written takes memory.
+  // Only written pages take memory.
   if (ftruncate(message_.Get(), static_cast<off_t>(kLongestMessage)) != 0 ||
       fcntl(message_.Get(), F_ADD_SEALS, F_SEAL_GROW | F_SEAL_SHRINK | F_SEAL_SEAL) != 0) {
     FailToMakeFile();

@@ -17,8 +17,8 @@
 namespace mapexport {
 namespace {
 
-// A process that was taken over can ignore the signals that end it at its limits. So many seconds
-// later comes one that nobody can.
+// A process that was taken over can ignore the signals at its limits. So many seconds later SIGKILL
+// follows.
 constexpr std::uint32_t kGrace = 5;
 
 /// The text of errno if a call failed.
@@ -26,8 +26,8 @@ std::string LackOf(int result) {
   return result == 0 ? std::string() : ErrnoText(errno);
 }
 
-/// Lowers the limit for good, if one is wanted; why it could not be. Of processor time, the kernel
-/// grants `grace` seconds after the signal.
+/// Lowers the limit for good, if there is one; returns why that failed. For processor time the
+/// kernel sends SIGKILL `grace` seconds after the signal.
 std::string SetLimit(__rlimit_resource resource, rlim_t wanted, rlim_t grace = 0) {
   if (wanted == 0) return {};
   rlimit limit{};
@@ -38,14 +38,14 @@ std::string SetLimit(__rlimit_resource resource, rlim_t wanted, rlim_t grace = 0
   return LackOf(setrlimit(resource, &limit));
 }
 
-/// Has SIGALRM sent in so many seconds.
+/// Requests SIGALRM in so many seconds.
 std::string SetAlarm(std::uint32_t seconds) {
   itimerval when{};
   when.it_value.tv_sec = seconds;
   return LackOf(setitimer(ITIMER_REAL, &when, nullptr));
 }
 
-/// Has the process ended by SIGKILL in so many seconds.
+/// Requests SIGKILL in so many seconds.
 std::string EndIn(time_t seconds) {
   sigevent event{};
   event.sigev_notify = SIGEV_SIGNAL;
@@ -57,8 +57,8 @@ std::string EndIn(time_t seconds) {
   return lack.empty() ? LackOf(timer_settime(timer, 0, &when, nullptr)) : lack;
 }
 
-/// The process's group as a path that begins with '/', without one at its end; empty for the
-/// outermost.
+/// The process's group as a path that begins with '/' and does not end with one; empty for the root
+/// group.
 std::string OwnGroup(const std::string& proc) {
   constexpr std::string_view kVersion2 = "0::";
   std::ifstream in(proc);

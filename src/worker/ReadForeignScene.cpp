@@ -29,15 +29,15 @@
 namespace mapexport {
 namespace {
 
-// A reader that waits for something takes no processor time. The clock may go on for this many
-// times the limit, which is enough on a machine that is busy otherwise.
+// A reader that waits takes no processor time. The elapsed time may be this many times the limit,
+// which is enough on a machine that is also busy otherwise.
 constexpr std::uint64_t kPatience = 10;
 
-// Libraries take address space and hardly any memory: below that even small files could not be
+// Libraries take address space but hardly any memory: with less, even small files could not be
 // read.
 constexpr std::uint64_t kLeastAddressSpace = std::uint64_t{512} << 20;
 
-// A scene file of 4 GiB or more is not read.
+// Scene files of 4 GiB or more are refused.
 constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
 
 // Side files are read one by one.
@@ -47,8 +47,8 @@ constexpr std::uint64_t kMostOpenFiles = 64;
   throw SceneError(fmt::format("{}: {}", path, reason));
 }
 
-/// The limits for a reader that may take `seconds` on this machine: of its memory a quarter for the
-/// scene that is handed over, kLongestMessage for the message, the rest for the reading.
+/// The limits for a reader that may take `seconds` on this machine. Its memory is split: a quarter
+/// for the scene that is handed over, kLongestMessage for the message, the rest for reading.
 ProcessLimits LimitsOfReader(std::uint32_t seconds) {
   const std::uint64_t memory = MemoryLimit();
   ProcessLimits limits;
@@ -57,7 +57,7 @@ ProcessLimits LimitsOfReader(std::uint32_t seconds) {
       static_cast<std::uint32_t>(std::min<std::uint64_t>(kPatience * seconds, UINT32_MAX));
   limits.fileSize = std::min(memory / 4, kLargestSceneFile);
   limits.openFiles = kMostOpenFiles;
-  // AddressSanitizer takes terabytes of it.
+  // AddressSanitizer takes terabytes of address space.
   if (!kAddressSanitizer) {
     limits.addressSpace =
         std::max(memory / 4 * 3, kLeastAddressSpace + kLongestMessage) - kLongestMessage;
@@ -69,16 +69,16 @@ ProcessLimits LimitsOfReader(std::uint32_t seconds) {
 /// ReaderMessage. For a process that ends without cleaning up.
 std::string Read(const std::string& path, const ImportOptions& options, int stage,
                  FdOutput& output) {
-  // The import library reads numbers, and makes names of some, as the language in force has them.
+  // The import library parses numbers, and makes some names, by the current locale.
   std::locale::global(std::locale::classic());
   ImportOptions whole = options;
   whole.keepLibraryScene = true;
   whole.onRead = [stage] {
     const char over = 1;
-    // Only what is shown depends on it.
+    // Only the progress display depends on it.
     static_cast<void>(!write(stage, &over, sizeof over));
   };
-  // Never destroyed: that could crash.
+  // Not destroyed, because destroying it could crash.
   ImportedScene& imported = *std::make_unique<ImportedScene>(ImportScene(path, whole)).release();
   if (imported.sideFiles.size() > kMostSideFiles) {
     Fail(path, fmt::format("is read from {} files, more than the {} that are allowed",
@@ -107,7 +107,8 @@ Pipe MakePipe(const std::string& path) {
   return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
-/// Waits for the byte that the reader writes when reading is over; false when it ends without.
+/// Waits for the byte that the reader writes when reading is over; false when the reader ends
+/// first.
 bool WaitForByte(int pipe) {
   char byte = 0;
   ssize_t count = 0;
@@ -116,7 +117,7 @@ bool WaitForByte(int pipe) {
   return count == 1;
 }
 
-/// Why the reader, which ended by `signal`, did.
+/// Why `signal` ended the reader.
 std::string ReasonOfSignal(int signal, std::uint32_t seconds) {
   if (signal == SIGXCPU && seconds == 0) {
     return "the reader used up the processor time that the system allows";
@@ -141,7 +142,7 @@ std::string ReasonOfSignal(int signal, std::uint32_t seconds) {
   return fmt::format("the reader crashed on it ({})", text);
 }
 
-/// Throws unless all was written.
+/// Throws unless the child handed over its whole result.
 void RequireRead(const std::string& path, const ChildOutcome& outcome, std::uint32_t seconds) {
   switch (outcome.end) {
     case ChildEnd::kDone:
@@ -160,9 +161,9 @@ void RequireRead(const std::string& path, const ChildOutcome& outcome, std::uint
   }
 }
 
-/// How many nodes and materials a scene file of that size may have. Each takes some hundred bytes
-/// of memory, and a few in a file that wants to do harm; one that somebody made has a name, a
-/// matrix, a mesh or a colour.
+/// The most nodes and materials that a scene file of that size may have. In memory each takes some
+/// hundred bytes, but in a malicious file only a few. Each one in a real scene has a name, a matrix,
+/// a mesh or a colour.
 std::uint64_t MostItems(std::uint64_t size) {
   constexpr std::uint64_t kAlways = 65'536;
   constexpr std::uint64_t kBytesOfOne = 32;
@@ -204,7 +205,7 @@ ForeignScene ReadForeignScene(const std::string& path, const ImportOptions& opti
     ChildOutcome outcome = RunInChild(task);
     RequireRead(path, outcome, seconds);
     Scene scene = ReadHandedOver(path, outcome.output);
-    // The reader has blanked them, unless a hostile file has taken it over.
+    // The reader replaces them by blanks, unless a hostile file has taken it over.
     if (BlankControlCharacters(scene) != 0) {
       Fail(path, "the reader crashed on it (its names hold control characters)");
     }

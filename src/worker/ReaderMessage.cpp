@@ -12,7 +12,7 @@
 namespace mapexport {
 namespace {
 
-// Ours are some dozens, and the terminal shows some remarks of each.
+// There are some dozens of codes, and the terminal shows some remarks of each.
 constexpr std::size_t kMostCodes = 64;
 constexpr std::size_t kLongestCode = 64;
 
@@ -38,7 +38,8 @@ Remarks RemarksOf(MessageParts& parts) {
     remark.code = parts.Text();
     remark.text = parts.Text();
     remark.count = parts.Number();
-    remark.stands = std::clamp<std::uint64_t>(parts.Number(), 1, UINT32_MAX);  // to be added up
+    // Within 32 bits, so that a sum of them can't overflow.
+    remark.stands = std::clamp<std::uint64_t>(parts.Number(), 1, UINT32_MAX);
     codes.insert(remark.code);
     if (remark.code.size() > kLongestCode || codes.size() > kMostCodes) throw BadMessage();
   }

@@ -1,4 +1,4 @@
-// What the reader's process has to say beside the scene.
+// The reader's message, which accompanies the scene.
 #pragma once
 
 #include <cstddef>
@@ -10,10 +10,10 @@
 
 namespace mapexport {
 
-/// Files beside a scene that are taken over as read for it. A reader of more must refuse the scene.
+/// The most side files of a scene; with more, a reader must refuse the scene.
 inline constexpr std::size_t kMostSideFiles = 4096;
 
-/// Said when reading is over.
+/// Written when reading is over.
 struct ReaderMessage {
   Remarks remarks;  ///< as LimitRemarks leaves them
   Remarks leftOut;
@@ -22,9 +22,9 @@ struct ReaderMessage {
 
 std::string ToBytes(const ReaderMessage& message);
 
-/// The message of such bytes. It has at most kMostSideFiles side files, each a path that can be
-/// one, and remarks as LimitRemarks leaves them, of a few dozen codes. Throws BadMessage where the
-/// bytes hold more than that, or are not what ToBytes made.
+/// Parses a message. It has at most kMostSideFiles side files, each with a possible path, and
+/// remarks as LimitRemarks leaves them, of a few dozen codes. Throws BadMessage when the bytes hold
+/// more than that or were not made by ToBytes.
 ReaderMessage ReaderMessageOf(std::string_view bytes);
 
 }  // namespace mapexport

@@ -23,14 +23,14 @@
 namespace mapexport {
 namespace {
 
-/// What landlock_create_ruleset takes; the system's header may be older than the kernel.
+/// The argument of landlock_create_ruleset; the system's header may be older than the kernel.
 struct Rules {
   std::uint64_t files;
   std::uint64_t network;
   std::uint64_t scopes;
 };
 
-/// What a version of Landlock knows to forbid: so many rights each, and the size of its Rules.
+/// The rights that each version of Landlock can forbid, and the size of its Rules.
 struct Version {
   unsigned files;
   unsigned network;
@@ -50,8 +50,8 @@ constexpr std::uint64_t Lowest(unsigned count) {
   return (std::uint64_t{1} << count) - 1;
 }
 
-// Entries of the outermost folder that hold no files of people's: devices and terminals, what the
-// system shows of other processes, and what services keep for each other.
+// Entries of the root folder without users' files: devices and terminals, views of other processes,
+// and services' runtime files.
 constexpr std::array<std::string_view, 4> kSystemFolders{"dev", "proc", "run", "sys"};
 
 Descriptor OpenPlace(const std::string& path, int flags = 0) {
@@ -63,8 +63,8 @@ class Exceptions {
  public:
   explicit Exceptions(int ruleset) : ruleset_(ruleset) {}
 
-  /// Lets files below the place be read, or the file that it is. A place that isn't open, since it
-  /// is not there or hidden, is passed over: nothing below it could be read anyway.
+  /// Lets the place, a file or a folder with all below it, be read. A place that could not be
+  /// opened is skipped: nothing below it can be read anyway.
   void LetRead(const Descriptor& place) {
     struct stat info {};
     if (error_ != 0 || !place.IsOpen() || fstat(place.Get(), &info) != 0) return;
@@ -77,7 +77,7 @@ class Exceptions {
     }
   }
 
-  /// Of the outermost folder's entries. A link needs nothing: what counts is where it leads.
+  /// For the entries of the root folder. Links are skipped, because Landlock checks their targets.
   void LetReadTopFolders() {
     const std::unique_ptr<DIR, int (*)(DIR*)> top(opendir("/"), closedir);
     errno = top == nullptr ? errno : 0;
@@ -88,12 +88,12 @@ class Exceptions {
         const Descriptor place = OpenPlace('/' + std::string(name), O_NOFOLLOW);
         if (!IsLink(place)) LetRead(place);
       }
-      errno = 0;  // by which the end differs from a failure
+      errno = 0;  // distinguishes the end from a failure
     }
     if (error_ == 0) error_ = errno;
   }
 
-  /// Of the scene, and of what may lie beside it. One that is no regular file is not read.
+  /// For the scene and its possible side files. A scene that is not a regular file is not read.
   void LetReadScene(const std::string& scene) {
     const Descriptor file = OpenPlace(scene);
     struct stat info {};
@@ -111,7 +111,7 @@ class Exceptions {
     return place.IsOpen() && fstat(place.Get(), &info) == 0 && S_ISLNK(info.st_mode);
   }
 
-  /// Whether the folder is the outermost one, or a system folder itself.
+  /// Whether the folder is the root folder or a system folder.
   static bool HoldsSystemFolders(const Descriptor& folder) {
     struct stat info {};
     if (!folder.IsOpen() || fstat(folder.Get(), &info) != 0) return false;
@@ -137,7 +137,7 @@ std::string RestrictFiles(const std::string& scene) {
   if (newest < 1) return ErrnoText(newest < 0 ? errno : ENOSYS);
   const Version& version =
       kVersions[std::min<std::size_t>(static_cast<std::size_t>(newest), std::size(kVersions)) - 1];
-  // All of what is named is forbidden, with the exceptions that are added.
+  // All named rights are forbidden, except for what is added below.
   const Rules rules{Lowest(version.files), Lowest(version.network), Lowest(version.scopes)};
   const Descriptor ruleset(
       static_cast<int>(syscall(SYS_landlock_create_ruleset, &rules, version.size, 0)));
@@ -146,7 +146,7 @@ std::string RestrictFiles(const std::string& scene) {
   exceptions.LetReadTopFolders();
   exceptions.LetRead(OpenPlace("/run/media", O_NOFOLLOW));
   exceptions.LetReadScene(scene);
-  // Its reports tell of the process's own memory.
+  // AddressSanitizer's reports read the process's own memory map.
   if (kAddressSanitizer) exceptions.LetRead(OpenPlace("/proc/self"));
   if (exceptions.Error() != 0) return ErrnoText(exceptions.Error());
   if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||

@@ -1,19 +1,18 @@
-// Keeps the process that reads foreign scenes to reading, and to files that may be a scene's.
+// Limits the files that the process reading foreign scenes can use.
 #pragma once
 
 #include <string>
 
 namespace mapexport {
 
-/// From now on this process can open files and folders for reading alone: nothing is created,
-/// changed, renamed, removed or executed, whatever the call. What can be read lies below an entry
-/// of the outermost folder other than /dev, /proc, /run and /sys, below /run/media, where people's
-/// disks are, or below the folder of `scene`, wherever that is; and `scene` itself. That leaves out
-/// devices, terminals, and what the system shows of other processes. Where the kernel knows how,
-/// the process neither connects to anything over TCP or to abstract sockets, nor sends other
-/// processes signals. What is open stays as it is. Returns why this can't be had (Landlock is in
-/// Linux since 5.13, and may be off), and then nothing has changed but that no privileges can be
-/// gained; empty when it is in force.
+/// From now on this process can open files and folders only for reading: nothing is created,
+/// changed, renamed, removed or executed, whatever the call. It can read `scene` itself, everything
+/// below the folder of `scene`, everything below /run/media (users' disks), and everything below
+/// the entries of the root folder except /dev, /proc, /run and /sys. That excludes devices,
+/// terminals, and other processes' data. Where the kernel can forbid it, the process can't connect
+/// over TCP or to abstract sockets, or signal other processes. Open descriptors are not affected.
+/// Returns why this failed (Landlock is in Linux since 5.13, and may be off), and then nothing has
+/// changed except that no privileges can be gained; empty when it is in force.
 std::string RestrictFiles(const std::string& scene);
 
 }  // namespace mapexport

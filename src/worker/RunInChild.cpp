@@ -25,7 +25,7 @@ namespace mapexport {
 namespace {
 
 [[noreturn]] void End(ChildEnd end) {
-  // Nothing is cleaned up: destroying what a damaged file led to can crash.
+  // Nothing is cleaned up: destroying the result of a damaged file can crash.
   _exit(static_cast<int>(end));
 }
 
@@ -39,7 +39,7 @@ namespace {
   std::abort();
 }
 
-/// Undoes what whoever started us may have done to the signals that are to end the process.
+/// Resets signals that must end the process; the program's caller may have ignored or blocked them.
 void LetSignalsEnd() {
   for (const int end : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGXCPU, SIGALRM}) {
     signal(end, SIG_DFL);
@@ -54,7 +54,7 @@ void LeaveNoCore() {
   getrlimit(RLIMIT_CORE, &limit);
   limit.rlim_cur = 0;
   setrlimit(RLIMIT_CORE, &limit);  // lowering one always succeeds
-  prctl(PR_SET_DUMPABLE, 0);       // core dumps that go to a program don't heed the limit
+  prctl(PR_SET_DUMPABLE, 0);       // core dumps to a program ignore the limit
 }
 
 void SilenceStandardStreams() {
@@ -70,19 +70,19 @@ void SilenceStandardStreams() {
 
 void BecomeChild(pid_t parent, const ChildTask& task, const HandOverFiles& files) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (getppid() != parent) _exit(0);  // it died before that
+  if (getppid() != parent) _exit(0);  // the parent died before that
   LetSignalsEnd();
   LeaveNoCore();
   if (task.hasTerminal) {
     dup2(files.Output().Get(), STDERR_FILENO);
   } else {
-    setsid();  // no terminal of ours can be opened as /dev/tty
+    setsid();  // so that /dev/tty opens no terminal of ours
     SilenceStandardStreams();
   }
   std::set_terminate(EndOnTerminate);
 }
 
-/// The limits, and what confines the child before what it reads has any say.
+/// Applies the limits and the confinement, before any untrusted byte is read.
 void Confine(const ChildTask& task, const HandOverFiles& files) {
   if (!task.confinedTo) {
     LimitProcess(task.limits);
@@ -97,7 +97,7 @@ void Confine(const ChildTask& task, const HandOverFiles& files) {
   try {
     files.WriteMessage(reason);
   } catch (const ChildError&) {
-    // The status says the most of it.
+    // The exit status already says so.
   }
   End(end);
 }
@@ -119,7 +119,7 @@ void Confine(const ChildTask& task, const HandOverFiles& files) {
   }
 }
 
-/// What wait says of a child's end, and the processor time that it took.
+/// The status that wait returns for a child, and the processor time that it took.
 struct Waited {
   int status = 0;
   std::chrono::microseconds processor{};
@@ -138,8 +138,8 @@ Waited WaitFor(pid_t child) {
   return waited;
 }
 
-/// The signal that ended the child; where it did not heed the one at its limit and was killed for
-/// that, the one at its limit.
+/// The signal that ended the child. If SIGKILL came because the child ignored the signal at its
+/// limit, that signal.
 int SignalOf(const Waited& waited, std::chrono::steady_clock::duration onClock,
              const ProcessLimits& limits) {
   const auto isOver = [](std::uint32_t limit, auto time) {
@@ -163,7 +163,7 @@ ChildEnd EndOf(int exitStatus) {
 
 ChildOutcome RunInChild(const ChildTask& task) {
   HandOverFiles files(task.confinedTo.has_value());
-  // An inherited "ignore" would keep its end from us.
+  // If SIGCHLD were ignored, the child's end would not be reported to us.
   signal(SIGCHLD, SIG_DFL);
   const auto start = std::chrono::steady_clock::now();
   const pid_t parent = getpid();
