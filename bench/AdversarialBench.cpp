@@ -51,7 +51,7 @@ void Register(const HardGroup& hard, int times, ExportModel& model) {
       });
 }
 
-/// A scene, and the host that it is gathered from.
+/// A scene, and the host that gathers it.
 struct SceneRun {
   explicit SceneRun(Scene made) : scene(std::move(made)), host(scene) {}
 
@@ -107,7 +107,7 @@ void Run(const std::string& folder) {
   const BenchHost host(folder);
   const Scene scene = MakeLevel(kLevelSizes.front(), 1);
   GatheredScene level(scene);
-  // What the hard groups' faces have.
+  // The last of the materials that the hard groups refer to.
   level.model.materials[kHardMaterials - 1].name = "last";
   for (const int times : {1, 2}) {
     for (const HardGroup& hard : HardGroups()) Register(hard, times, level.model);

@@ -1,4 +1,4 @@
-// The host that the exporter runs in when it is measured.
+// The exporter's host in benchmarks.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace mapexport {
 
-/// The exporter as it is once its library has been loaded. `folder` becomes the current one; the
+/// The exporter in the state after its library was loaded. `folder` becomes the current folder; the
 /// debug log and the output go there.
 class BenchHost {
  public:
@@ -17,7 +17,8 @@ class BenchHost {
   BenchHost& operator=(const BenchHost&) = delete;
   ~BenchHost();
 
-  /// Makes `model` the running export's, and everything else as before the first export.
+  /// Makes `model` the running export's and resets everything else to the state before the first
+  /// export.
   static void Begin(ExportModel& model);
 
  private:

@@ -1,4 +1,4 @@
-// What finding equal vertices costs at least: one insertion into a hash table each.
+// The least work of finding equal vertices: one insertion into a hash table each.
 #pragma once
 
 #include <array>
@@ -12,8 +12,8 @@
 
 namespace mapexport {
 
-/// The first vertex with the same bits as each, by a table with open addressing that is at most
-/// half full. It holds nothing but indices; the vertices themselves are compared.
+/// For each vertex the first one with the same bits, by a table with open addressing that is at
+/// most half full. The table holds only indices; the vertices themselves are compared.
 inline std::unique_ptr<std::uint32_t[]> FirstEqualVertices(std::span<const Point3> vertices) {
   const std::size_t size = std::bit_ceil(2 * vertices.size() + 1);
   const int shift = 64 - std::countr_zero(size);

@@ -7,7 +7,7 @@
 
 namespace mapexport {
 
-/// What was gathered of a scene, which must outlive it, and the host that it was gathered from.
+/// The result of gathering a scene, which must outlive it, and the host that gathered it.
 class GatheredScene {
  public:
   explicit GatheredScene(const Scene& scene);

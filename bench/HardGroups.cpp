@@ -42,7 +42,7 @@ Make Cloud(float edge) {
   };
 }
 
-/// A cube of vertices, the nearest of them exactly the distance apart.
+/// A cube of vertices; the nearest are exactly the distance apart.
 GeometryGroup Lattice(std::size_t count) {
   const auto edge = static_cast<std::size_t>(std::cbrt(static_cast<double>(count)));
   const auto at = [](std::size_t i) { return static_cast<float>(i) * kWeldDistance; };
@@ -51,7 +51,7 @@ GeometryGroup Lattice(std::size_t count) {
   })(count);
 }
 
-/// One place fills up first; then come places around it, too far from it and from each other.
+/// One place fills up first; then follow places around it, too far from it and from each other.
 GeometryGroup Satellites(std::size_t count) {
   return Vertices([=](std::size_t i) {
     if (i < count / 2) return Point3{};
@@ -61,8 +61,8 @@ GeometryGroup Satellites(std::size_t count) {
   })(count);
 }
 
-/// `count` faces around vertex 0. The hub's attributes repeat after `attributes`, and are `step`
-/// apart.
+/// `count` faces around vertex 0. The hub's attributes repeat after `attributes` faces, and are
+/// `step` apart.
 Make Fan(std::size_t attributes, float step) {
   return [=](std::size_t count) {
     GeometryGroup group;
@@ -93,7 +93,7 @@ Make Fan(std::size_t attributes, float step) {
   };
 }
 
-/// Triangles by themselves, `spacing` apart in a row, with a material each out of `materials`.
+/// Separate triangles in a row, `spacing` apart, each with a material out of `materials`.
 Make Row(float spacing, std::size_t materials) {
   return [=](std::size_t count) {
     GeometryGroup group;
@@ -120,8 +120,8 @@ Make Row(float spacing, std::size_t materials) {
   };
 }
 
-/// Flat ground in one cell; every corner has an attribute of its own, which all that are at its
-/// vertex match.
+/// Flat ground in one cell; every corner has its own attribute, which matches all others at its
+/// vertex.
 GeometryGroup RepeatedCorners(std::size_t count) {
   GeometryGroup group;
   group.surfaceSets.resize(1);
@@ -161,7 +161,7 @@ Pass Weld(float distance) {
   };
 }
 
-/// With the grid that an earlier export can leave: a tenth of the group's bounds.
+/// With the grid that an earlier export can leave behind: a tenth of the group's bounds.
 void Clean(GeometryGroup& group) {
   CleanVertexAttributes(group, (group.boundsMax - group.boundsMin) * 0.1f);
 }

@@ -10,16 +10,16 @@
 
 namespace mapexport {
 
-/// A family of groups by their size, and the pass that has to cope with them.
+/// A family of groups, by their size, and the pass that they are hard for.
 struct HardGroup {
   std::string name;
   std::function<GeometryGroup(std::size_t size)> make;
   std::function<void(GeometryGroup&)> pass;
   std::size_t size;
-  bool isForced = false;  ///< the definition asks for a quadratic number of comparisons
+  bool isForced = false;  ///< the definition takes a quadratic number of comparisons
 };
 
-/// Their faces' materials are below this number.
+/// The faces' materials are below this number.
 inline constexpr std::size_t kHardMaterials = 200000;
 
 std::vector<HardGroup> HardGroups();

@@ -21,7 +21,7 @@ Scene SceneOf(Mesh mesh) {
   return scene;
 }
 
-/// `count` upright faces around one point, with a rim of their own each.
+/// `count` upright faces around one point, each with its own rim.
 Mesh Hub(std::size_t count, std::uint32_t smoothing) {
   Mesh mesh;
   mesh.verts.push_back({});
@@ -36,7 +36,7 @@ Mesh Hub(std::size_t count, std::uint32_t smoothing) {
   return mesh;
 }
 
-/// The same as flat faces at one point, whose texture coordinates there are `step` apart.
+/// The same as flat faces at one point; their texture coordinates there are `step` apart.
 Scene TextureRow(std::size_t count, float step) {
   Mesh mesh;
   mesh.verts = {{0, 0, 0}, {100, 0, 0}, {0, 100, 0}};
@@ -49,7 +49,7 @@ Scene TextureRow(std::size_t count, float step) {
   return SceneOf(std::move(mesh));
 }
 
-/// Triangles in a row, each in a node of its own.
+/// Triangles in a row, each in its own node.
 Scene Nodes(std::size_t count, const std::string& name, float spacing) {
   Scene scene;
   for (std::size_t i = 0; i < count; ++i) {

@@ -10,12 +10,12 @@
 
 namespace mapexport {
 
-/// A family of scenes by their size.
+/// A family of scenes, by their size.
 struct HardScene {
   std::string name;
   std::function<Scene(std::size_t size)> make;
   std::size_t size;
-  bool isForced = false;  ///< the definition asks for a quadratic number of additions
+  bool isForced = false;  ///< the definition takes a quadratic number of additions
 };
 
 std::vector<HardScene> HardScenes();

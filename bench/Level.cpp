@@ -11,7 +11,7 @@
 namespace mapexport {
 namespace {
 
-// Materials by their places in the list.
+// Materials by their index in the list.
 constexpr int kGround = 0;   // four textured ones
 constexpr int kPlaster = 4;  // two textured ones
 constexpr int kMetal = 6;    // textured
@@ -44,8 +44,8 @@ std::vector<SceneMaterial> Materials() {
   return materials;
 }
 
-/// A turn around the upright axis, and a place. The entries are rounded, as platforms' sines are
-/// not the same to the last bit.
+/// A turn around the upright axis, and a translation. The entries are rounded, because platforms'
+/// sines differ in the last bit.
 Matrix3 Placed(double angle, const Point3& place) {
   const auto rounded = [](double x) {
     return static_cast<float>(std::round(x * 0x1p20) * 0x1p-20);
@@ -88,7 +88,7 @@ class LevelMaker {
  private:
   double Angle() { return 6.25 * static_cast<double>(Unit(random_)); }
 
-  /// Places that are far enough from each other, in rows over the terrain.
+  /// Places in rows over the terrain, far enough from each other.
   Point3 PlaceAbove(int i, float shift, float height) const {
     const int perRow = std::max(1, static_cast<int>(extent_ / kPlaceSize));
     const int row = i / perRow;
@@ -122,7 +122,7 @@ class LevelMaker {
   }
 
   void AddRoom(int i) {
-    // Multiples of the quads: the corners of neighbouring walls are exactly the same.
+    // Multiples of the quad size, so that the corners of neighbouring walls are exactly equal.
     const auto edge = [&] { return 64.0f * static_cast<float>(5 + random_() % 5); };
     const float w = edge();
     const float d = edge();
@@ -131,7 +131,7 @@ class LevelMaker {
     const Point3 y{0.0f, d, 0.0f};
     const Point3 z{0.0f, 0.0f, h};
     const Matrix3 place = Placed(Angle(), PlaceAbove(i, 0.5f, -2000.0f));
-    // Where each wall begins, and its edges; they face inwards.
+    // The origin and edges of each wall; walls face inwards.
     const std::array<std::array<Point3, 3>, 6> walls{
         {{Point3{}, x, y}, {z, y, x}, {Point3{}, y, z}, {x + y, -y, z}, {x, -x, z}, {y, x, z}}};
     const int material = i % 3 == 2 ? kPlaster : kMixed + i % 3;

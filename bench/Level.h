@@ -1,4 +1,4 @@
-// Levels to measure with: seeded, in the proportions of real ones, of three sizes.
+// Levels to measure with: seeded, with the proportions of real ones, in three sizes.
 #pragma once
 
 #include <cstdint>
@@ -10,18 +10,18 @@
 
 namespace mapexport {
 
-/// How much there is of each kind of thing.
+/// The number of each kind of thing.
 struct LevelSize {
-  std::string_view name;  ///< its triangles, roughly
-  int patches;            ///< of the terrain, along each of its edges
+  std::string_view name;  ///< approximate number of its triangles
+  int patches;            ///< patches along each edge of the terrain
   int rooms;
   int spheres;
   int fences;    ///< two-sided
   int blockers;  ///< "notrendered"
 };
 
-/// The sizes by which everything is measured. Welded at the initial distance, the middle one has
-/// just less than the 65,536 vertices that a model file can address.
+/// The sizes of all measurements. Welded at the initial distance, the middle one has just less than
+/// the 65,536 vertices that a model file can address.
 inline constexpr std::array<LevelSize, 3> kLevelSizes{{
     {"10k", 3, 5, 3, 1, 1},
     {"130k", 12, 48, 36, 10, 10},
@@ -30,10 +30,10 @@ inline constexpr std::array<LevelSize, 3> kLevelSizes{{
 
 std::optional<LevelSize> FindLevelSize(std::string_view name);
 
-/// Terrain in patches, rooms of six walls below it, spheres, fences and blockers above it; every
-/// patch and wall is a node of its own, with border vertices that lie on its neighbours' or nearer
-/// to them than the welding distance. Hard and smooth faces, textured materials and others, faces
-/// of several materials in one mesh. The same size and seed give the same scene everywhere.
+/// Terrain in patches, rooms of six walls below it, spheres, fences and blockers above it. Every
+/// patch and wall is a separate node, whose border vertices are equal to its neighbours' or nearer
+/// than the weld distance. Faces are hard and smooth, materials are with and without textures, and
+/// some meshes have several materials. The same size and seed give the same scene on every machine.
 Scene MakeLevel(const LevelSize& size, std::uint32_t seed);
 
 std::size_t TriangleCount(const Scene& scene);

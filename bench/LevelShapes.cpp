@@ -18,14 +18,14 @@ constexpr int kHillQuads = 8;  // from one point of the hills' lattice to the ne
 constexpr float kHillHeight = 240.0f;
 constexpr float kLargestJitter = 0.05f;  // two neighbours are at most 2 * sqrt(3) of it apart
 
-/// The nearest multiple of 1/1024: what the mathematical functions of different platforms disagree
-/// on is gone.
+/// The nearest multiple of 1/1024, which removes differences between platforms' mathematical
+/// functions.
 float Rounded(double x) {
   return static_cast<float>(std::round(x * 1024.0) / 1024.0);
 }
 
-/// A rows by columns grid of quads with texture coordinates from 0 to `repeats`; `at` tells where
-/// its vertices are.
+/// A rows by columns grid of quads with texture coordinates from 0 to `repeats`; `at` gives the
+/// positions of its vertices.
 Mesh Grid(int columns, int rows, float repeats, std::uint32_t smoothing,
           const std::function<Point3(int, int)>& at) {
   Mesh mesh;
@@ -50,7 +50,7 @@ Mesh Grid(int columns, int rows, float repeats, std::uint32_t smoothing,
   return mesh;
 }
 
-/// A whole number that looks random, from 0 to below 1024.
+/// A pseudorandom whole number from 0 to below 1024.
 std::uint32_t Noise(std::uint32_t x, std::uint32_t y, std::uint32_t seed) {
   std::uint32_t hash = x * 0x9E3779B1u + y * 0x85EBCA77u + seed * 0xC2B2AE3Du;
   hash = (hash ^ (hash >> 15)) * 0x2C1B3C6Du;
@@ -58,7 +58,7 @@ std::uint32_t Noise(std::uint32_t x, std::uint32_t y, std::uint32_t seed) {
   return (hash ^ (hash >> 15)) & 1023u;
 }
 
-/// The ground's height at a vertex of the terrain, counted in quads from its corner.
+/// The ground's height at a vertex of the terrain, which is counted in quads from its corner.
 float GroundHeight(int x, int y, std::uint32_t seed) {
   const auto lattice = [&](int i, int j) {
     return static_cast<double>(

@@ -20,15 +20,15 @@ inline constexpr float kPatchSize = 800.0f;    ///< the edge of a patch
 inline constexpr std::uint16_t kSkirting = 0;  ///< material ID of a wall's lowest row
 inline constexpr std::uint16_t kWall = 1;      ///< material ID of the rest
 
-/// Hilly ground. `px` and `py` say which patch it is; hills go on in its neighbours.
+/// Hilly ground. `px` and `py` are the patch's indices; hills continue in its neighbours.
 Mesh TerrainPatch(int px, int py, std::uint32_t seed, std::uint32_t smoothing);
 
-/// A flat wall of 8 by 8 quads from the origin along `u` and `v`; its lowest row has a material ID
-/// of its own.
+/// A flat wall of 8 by 8 quads from the origin along `u` and `v`; its lowest row has a separate
+/// material ID.
 Mesh RoomWall(const Point3& origin, const Point3& u, const Point3& v, std::uint32_t smoothing);
 
-/// A sphere around the origin, whose halves are in different smoothing groups. Without texture
-/// coordinates unless it is textured.
+/// A sphere around the origin; its halves are in different smoothing groups. It has texture
+/// coordinates only if it is textured.
 Mesh Sphere(float radius, bool isTextured);
 
 /// An upright strip, one quad high.
@@ -37,7 +37,7 @@ Mesh Fence(float length, float height);
 /// A box of twelve triangles without texture coordinates.
 Mesh Box(const Point3& size);
 
-/// Moves the vertices of an open mesh's border, by less than half the initial welding distance.
+/// Moves the vertices of an open mesh's border by less than half the initial weld distance.
 void JitterBorder(Mesh& mesh, LevelRandom& random);
 
 }  // namespace mapexport

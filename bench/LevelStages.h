@@ -12,16 +12,17 @@ namespace mapexport {
 
 inline constexpr float kWeldDistance = 0.2f;  ///< the initial one
 
-/// Welds with all that goes with it.
+/// Welds, with all that belongs to it.
 void Weld(GeometryGroup& group);
 
-/// Writes the model's file from its collision lists to its end. Returns whether that went well.
+/// Writes the model's file, from collision lists to the closed file. Returns whether that
+/// succeeded.
 bool WriteKobFile(ExportModel& model, const std::string& path);
 
 struct LevelStages {
   explicit LevelStages(const std::string& sceneFile);
 
-  /// A model as it is when its file is written; it is the running export's.
+  /// A model just before its file is written; it is the running export's.
   std::unique_ptr<ExportModel> ModelToWrite() const;
 
   Scene scene;

@@ -8,7 +8,7 @@
 
 namespace mapexport {
 
-/// A corner of a triangle by itself: what a library that looks for equal ones gets.
+/// A corner of a triangle with all its values: the input of a library that looks for equal ones.
 struct LooseCorner {
   Point3 position;
   Point3 normal;

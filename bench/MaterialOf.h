@@ -5,7 +5,7 @@
 
 namespace mapexport {
 
-/// The index of the standard material of a face, -1 for none.
+/// The index of the standard material of a face; -1 for none.
 inline int MaterialOf(const Scene& scene, const SceneNode& node, const Face& face) {
   if (node.material < 0) return -1;
   const SceneMaterial& material = scene.materials[static_cast<std::size_t>(node.material)];

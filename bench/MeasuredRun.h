@@ -1,4 +1,4 @@
-// One way of timing for everything that is compared.
+// The timing that all benchmarks share.
 #pragma once
 
 #include <ctime>
@@ -18,18 +18,18 @@ inline double ProcessorTime() {
   return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-/// To be called once, before anything is measured: whatever was allocated and freed before, blocks
-/// come from the heap from now on, as they do in a process that has freed the text of a scene file.
+/// To be called once, before anything is measured. From now on blocks come from the heap, as in a
+/// process that has freed the text of a scene file, whatever was allocated and freed before.
 inline void SettleHeap() {
   mallopt(M_MMAP_THRESHOLD, 32 << 20);
   mallopt(M_TRIM_THRESHOLD, 64 << 20);
 }
 
-/// Registers a benchmark whose every run gets input of its own from `prepare`. Only `run` is timed,
-/// by the processor time that it takes; what it returns is destroyed afterwards, outside of the
-/// time; false means that it failed. Free memory is given back to the system before, so that every
-/// run pays for the first touch of what it allocates. Repetitions come from the command line, so
-/// that they can be interleaved.
+/// Registers a benchmark. Each run gets fresh input from `prepare`. Only `run` is timed, in
+/// processor time; it returns false when it fails. Its result is destroyed outside of the timed
+/// section. Free memory is given back to the system before, so that every run pays for the first
+/// touch of what it allocates. Repetitions come from the command line, so that they can be
+/// interleaved.
 template <typename Prepare, typename Run>
 void RegisterRun(const std::string& name, const Prepare& prepare, const Run& run) {
   const auto measure = [=](benchmark::State& state) {

@@ -1,4 +1,4 @@
-// What else could do parts of an export's work, or must be done at least, as benchmarks.
+// Benchmarks of other ways to do parts of an export's work, and of the least work that they take.
 #pragma once
 
 #include <string>

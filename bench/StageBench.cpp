@@ -1,8 +1,8 @@
-// Every stage of an export, and what other libraries need for the like, on one level:
+// Measures each stage of an export, and other libraries on the same work, on one level:
 //
 //   StageBench SIZE FOLDER
 //
-// SIZE is one of Level.h's; FOLDER holds what make_level wrote, and gets what is written.
+// SIZE is one of Level.h's; FOLDER holds the files of make_level and receives the outputs.
 #include <cstdio>
 #include <exception>
 #include <stdexcept>

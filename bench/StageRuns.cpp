@@ -93,7 +93,7 @@ std::string BytesOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// What is timed by stages must be the export.
+/// The timed stages together must be the whole export.
 void RequireSameBytes(LevelStages& stages) {
   const std::unique_ptr<ExportModel> model = stages.ModelToWrite();
   const bool isWritten = WriteKobFile(*model, kWritten);

@@ -26,7 +26,7 @@ constexpr float kUnitsPerMetre = 100.0f;
 constexpr int kFloats = 5126;
 constexpr int kWords = 5125;
 
-/// The mesh's vertices as glTF has them: position, normal and texture coordinates go together.
+/// The mesh's vertices in glTF's form: a vertex has position, normal and texture coordinates.
 struct SplitMesh {
   std::vector<Point3> positions;
   std::vector<Point3> normals;
@@ -73,7 +73,7 @@ SplitMesh Split(const Scene& scene, const SceneNode& node) {
       if (!isNew) continue;
       split.positions.push_back(YUp(mesh.verts[face.v[k]]) * (1.0f / kUnitsPerMetre));
       split.normals.push_back(YUp(n));
-      // In glTF, v goes down.
+      // In glTF, v points down.
       if (!mesh.tVerts.empty()) split.uvs.push_back({mesh.tVerts[t].x, 1.0f - mesh.tVerts[t].y});
     }
   }

@@ -7,8 +7,8 @@
 
 namespace mapexport {
 
-/// Writes the scene with normals that break where its smoothing groups do, y up, in metres. Its
-/// nodes must be meshes right below the root.
+/// Writes the scene with normals that break where its smoothing groups do, y up, in metres. All
+/// nodes must be meshes directly below the root.
 void WriteGlb(const Scene& scene, std::ostream& out);
 
 }  // namespace mapexport

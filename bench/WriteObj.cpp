@@ -12,8 +12,7 @@
 namespace mapexport {
 namespace {
 
-/// Positions of objects follow each other in one list; so do texture coordinates. Both count from
-/// one.
+/// All objects' positions are one list; so are their texture coordinates. Both count from one.
 struct Firsts {
   std::size_t vertex = 1;
   std::size_t texture = 1;

@@ -8,8 +8,8 @@
 
 namespace mapexport {
 
-/// Writes the scene with smoothing groups, without normals, y up. Its nodes must be meshes right
-/// below the root. `materialFile` is the name of what WriteMtl writes.
+/// Writes the scene with smoothing groups, without normals, y up. All nodes must be meshes directly
+/// below the root. `materialFile` is the name of the file that WriteMtl writes.
 void WriteObj(const Scene& scene, const std::string& materialFile, std::ostream& out);
 
 void WriteMtl(const Scene& scene, std::ostream& out);

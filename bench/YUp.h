@@ -1,4 +1,4 @@
-// From the host's axes to those of most files.
+// Converts the host's z-up axes to the y-up axes of most files.
 #pragma once
 
 #include "host/Point3.h"

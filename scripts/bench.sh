@@ -1,12 +1,11 @@
 #!/usr/bin/env bash
-# Builds and runs the benchmarks and prints the table of docs/performance.md: the stages of an
-# export, whole exports, and what other libraries and programs need for the like on the same level in
-# the same run.
+# Builds and runs the benchmarks and prints the table of docs/performance.md: the stages of an export,
+# whole exports, and what other libraries and programs need for the same work in the same run.
 #
 #   bench.sh [--quick] [--renew]
 #
-# --quick measures the 130k level alone and with fewer repetitions: a minute, instead of five.
-# --renew puts the table into docs/performance.md. Results lie in build/bench/results.
+# --quick measures only the 130k level, with fewer repetitions: one minute instead of five.
+# --renew puts the table into docs/performance.md. Results are in build/bench/results.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

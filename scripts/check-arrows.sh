@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Checks every #include of src/ against the arrows between the rooms, which are the mapexport_room
-# lines of src/CMakeLists.txt, and that no room declares what another one defines
-# (lib/check_definitions.py). Prints what is against them as FILE:LINE and ends with 1.
+# Checks every #include of src/ against the mapexport_room lines of src/CMakeLists.txt, and that each
+# function is declared in the room that defines it (lib/check_definitions.py). Prints violations as
+# FILE:LINE and ends with 1.
 #
-# Beyond these lines: the host's own library includes nothing but itself; exporter/load includes
-# plugin and what plugin may include, app/main includes app, app/pages app and cli; of side A, the
-# exporter, side B may include host only; side A takes the standard library and nothing else; geometry and
-# modelwriter take values, so they never include ProcessState.h; Qt is for window alone.
+# Further rules: the host's library includes only itself; exporter/load includes plugin and what plugin
+# may include; app/main includes app; app/pages includes app and cli; side B includes only host of side
+# A, the exporter; side A uses only the standard library; geometry and modelwriter take values, so they
+# never include ProcessState.h; only window includes Qt.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

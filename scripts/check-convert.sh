@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Converts the golden scenes, the example, the rooms and Blender's files, and checks what was written:
+# Converts the golden scenes, the example, the rooms and Blender's files, and checks the results:
 # check-convert.sh MAPEXPORT WORK. WORK is a folder for the files. The validator is installed once, into
-# build/. Without Node.js or a registry it ends with 77, and with 1 where the environment variable CI is
-# set.
+# build/. Without Node.js or a registry the script ends with
+# 77, or with 1 where the environment variable CI is set.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Looks into the program and its libraries for what cmake/Hardening.cmake built in, and, where /proc
-# shows it, into their memory at work: check-hardening.sh FOLDER, the folder of a build or of what was
-# installed. Prints each property that is missing and ends with 1. Not for builds with sanitizers.
+# Checks that the program and its libraries have what cmake/Hardening.cmake asks for, in the files and,
+# where /proc shows it, in the memory of running processes: check-hardening.sh FOLDER, the folder of a
+# build or an installation. Prints each property that is missing and ends with 1. Not for builds with
+# sanitizers.
 set -euo pipefail
 unset CDPATH
 export LC_ALL=C

@@ -4,15 +4,17 @@
 #   scenes    damaged scene files of all main formats, and side files, exported
 #   hostile   scenes made to do harm: to take memory, to lead to devices, to steer a terminal
 #
-# Both unless one is named, by the release build or, with --sanitizers first, the sanitize build: as
-# often as a person can wait for, as often as the table of scripts/robustness.sh wants (--full), or N
-# times. A seed always gives the same files; --only repeats one. Findings are kept in build/damage; with
-# any, this ends with 1.
-# A finding is: a signal, no end, another exit status than is right, on failure anything but one
-# line on standard error, an output that is left then or unsound, bytes that steer a terminal, a
-# report of a sanitizer in our code. A crash of the process that reads foreign formats is none in
-# itself: it is what that process is for.
-# The counts of a run of all parts become rows of build/robustness/damage.tsv, for the table of
+# Without PART, both, by the release build or, with --sanitizers first, the sanitize build. The number
+# of tries is one that a person can wait for, the one of the table of scripts/robustness.sh (--full),
+# or N. A seed always gives the same files. Each finding is printed with the command that repeats it
+# and kept in build/damage; with findings, the exit status is 1.
+#
+# A finding is: a signal, a hang, a wrong exit status, on failure anything but one line on standard
+# error, an output that is left behind or damaged, bytes that steer a terminal, a report of a
+# sanitizer in our code. A crash of the process that reads foreign formats is not a finding: that is
+# what the process is for.
+#
+# The counts of all parts become rows of build/robustness/damage.tsv, for the table of
 # scripts/robustness.sh.
 set -euo pipefail
 unset CDPATH

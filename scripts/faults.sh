@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
-# Shows that the program can be left alone: lets every single call of a small export fail (opening,
-# writing, syncing, renaming, allocating, ...), ends exports at every call, takes away disk and rights,
-# and takes over the process that reads a foreign scene, which then attacks. After each run the exit status, standard error,
-# outputs, settings and left-overs must be as promised. Ends with 1 on any finding and keeps what is needed
-# to repeat it. Takes some 20 minutes: faults.sh [--seed N] [--parts calls,surroundings,kills,takeover]
-# [--kinds LIST] [--only WORD]. --quick tries some of it, as the test does.
+# Tries exports under faults: lets every single call of a small export fail (opening, writing, syncing,
+# renaming, allocating, ...), ends exports at every call, takes away disk and rights, and takes over
+# the process that reads a foreign scene, which then attacks. After each run it checks the exit
+# status, standard error, outputs, settings and left-over files. Ends with 1 on any finding and keeps
+# what is needed to repeat it. Takes some 20 minutes:
 #
-# A whole run writes build/robustness/faults.tsv: what was tried, inputs, findings, how.
-# MAPEXPORT, MAPEXPORT_FAILING_CALL and MAPEXPORT_TAKEN_OVER name the program to try, the library that lets calls
-# fail and the one that takes the reader over; unless given, the release build is brought up to date.
+#   faults.sh [--seed N] [--parts calls,surroundings,kills,takeover] [--kinds LIST] [--only WORD]
+#
+# --quick tries a part of it, as the test does. A whole run writes build/robustness/faults.tsv: what was
+# tried, inputs, findings, how. MAPEXPORT, MAPEXPORT_FAILING_CALL and MAPEXPORT_TAKEN_OVER name the
+# program to try, the library that lets calls fail and the one that takes the reader over; without them
+# the release build is brought up to date.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Runs fuzz targets, two at a time, each for some seconds: fuzz.sh [SECONDS] [TARGET...], 60 seconds
-# of all targets unless given. A target starts from its seeds in tests/fuzz/corpus, from the
-# project's own files, and from what it found in earlier runs (build/fuzz/corpus). At the first
-# fault the others are stopped, and the script ends with 1 and the path of the input at fault. A
-# table comes last, with the inputs that reached something new and the edges of the code that were
-# covered; its facts also go to build/robustness/fuzz.tsv.
+# Runs fuzz targets, two at a time, each for some seconds: fuzz.sh [SECONDS] [TARGET...], by default
+# all targets for 60 seconds. A target starts from its seeds in tests/fuzz/corpus, from the project's
+# own files, and from the inputs that earlier runs found (build/fuzz/corpus). At the first fault the
+# others are stopped, and the script ends with 1 and the path of the faulty input. At the end a table
+# lists the inputs that reached something new and the edges of the code that were covered; its numbers
+# also go to build/robustness/fuzz.tsv.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

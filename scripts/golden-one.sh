@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Exports one scene of tests/golden in a folder of its own and prints what inspect says of it.
+# Exports one scene of tests/golden in a new folder and prints what inspect says of the result.
 #
 #   golden-one.sh MAPEXPORT NAME FOLDER
 #
-# NAME.options holds further options of the export, NAME.layout the layout (kob without one).
+# NAME.options holds further options of the export, NAME.layout the layout (without it, kob).
 set -euo pipefail
 unset CDPATH
 mapexport=$1 name=$2 folder=$3

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Measures what the built program keeps of each format, on the models of Debian's assimp-testmodels.
+"""Measures how much the built program preserves of each format, on the models of Debian's assimp-testmodels.
 
     scripts/measure_formats.py [MAPEXPORT]
 
@@ -19,11 +19,11 @@ PACKAGE = pathlib.Path("/usr/share/assimp")
 READ_LIMIT = "10"
 
 INTRODUCTION = """\
-# What the program reads of the models in Debian's package assimp-testmodels, by extension: of so many
-# files so many are read, and of these so many give
+# Measurements on the models of Debian's package assimp-testmodels, by extension: the number of files, how
+# many of them are read, and how many of these give
 #   faces      at least one triangle
 #   depth      a node below another one
-#   names      only node names that stand in the file
+#   names      only node names that are in the file
 #   materials  a material
 #   bitmaps    a texture file
 #   uvs        texture coordinates

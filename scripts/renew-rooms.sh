@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Writes the expected files of tests/models anew from the built program: for each room.FORMAT the
-# scene that the exporter sees and what comes out. Review the difference.
+# Writes the expected files of tests/models anew from the built program: for each room.FORMAT the scene
+# that the exporter sees and the export of it. Review the difference.
 #
 #   scripts/renew-rooms.sh [MAPEXPORT]
 set -euo pipefail

@@ -1,11 +1,10 @@
 #!/usr/bin/env bash
-# Writes build/robustness/table.md, the table of what was tried against the program, from what the
-# scripts that tried it left in build/robustness: robustness.sh
+# Makes one table, build/robustness/table.md, of the results that the scripts for robustness left in
+# build/robustness: robustness.sh
 #
 #   robustness.sh run   runs these scripts first, with the full numbers, which takes hours
 #
-# A script that left nothing gets a row that says so.
-# Ends with 1 when there were findings.
+# A script without results gets a row that says so. Ends with 1 when there were findings.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

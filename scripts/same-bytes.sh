@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Whether the same scenes, options and seed give the same bytes: same-bytes.sh [CHECK...], all
-# checks unless given. Exports the example, all of tests/golden and the rooms of tests/models to
-# both layouts and compares what came out, and what was said, with the release build's:
+# Checks that the same scenes, options and seed give the same bytes: same-bytes.sh [CHECK...], by
+# default all checks. Exports the example, all of tests/golden and the rooms of tests/models to both
+# layouts and compares outputs and messages with those of the release build:
 #
 #   runs      two more runs
 #   folder    a folder with a blank and an umlaut in its name

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Takes the picture of the options dialog, docs/images/dialog.png: screenshot-dialog.sh [FILE [SCALE]].
-# The dialog of the example's export is shown on a display of its own, with a window manager.
+# Shows the dialog of the example's export on a separate display, with a window manager.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

@@ -45,7 +45,10 @@ if (/<script\b/.test(script) || /<\/(script|style)/i.test(script + style)) {
   throw new Error('the bundle would end its own element');
 }
 
-/** A C++ literal of a piece of text; octal escapes end after three digits, whatever follows. */
+/**
+ * A C++ literal of a piece of text; octal escapes have three digits, so that the next character
+ * can't continue them.
+ */
 function literal(piece) {
   const escaped = Array.from(piece, (byte) => {
     if (byte === 0x22 || byte === 0x5c) return `\\${String.fromCharCode(byte)}`;

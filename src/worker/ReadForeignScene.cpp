@@ -162,8 +162,8 @@ void RequireRead(const std::string& path, const ChildOutcome& outcome, std::uint
 }
 
 /// The most nodes and materials that a scene file of that size may have. In memory each takes some
-/// hundred bytes, but in a malicious file only a few. Each one in a real scene has a name, a matrix,
-/// a mesh or a colour.
+/// hundred bytes, but in a malicious file only a few. In a real scene each has a name, a matrix, a
+/// mesh or a colour.
 std::uint64_t MostItems(std::uint64_t size) {
   constexpr std::uint64_t kAlways = 65'536;
   constexpr std::uint64_t kBytesOfOne = 32;

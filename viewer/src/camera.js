@@ -3,7 +3,7 @@ import { PerspectiveCamera, Vector3 } from 'three';
 
 const kSteepest = Math.PI / 2 - 0.01;
 const kSize = 100; // about how large a level is in the page's units
-const kNearest = 0.02; // of the point that is turned around
+const kNearest = 0.02; // of the orbited point
 
 export class CameraRig {
   camera = new PerspectiveCamera(50, 1, 0.1, 1000);
@@ -34,7 +34,7 @@ export class CameraRig {
     this.#position.copy(pivot).addScaledVector(this.forward(), -this.#distance);
   }
 
-  /** Turns by angles in radians: around the pivot, or the head when walking. */
+  /** Turns by angles in radians: around the pivot, or, when walking, around the eyes. */
   turn(yaw, pitch) {
     const pivot = this.#pivot();
     this.#yaw += yaw;
@@ -42,7 +42,9 @@ export class CameraRig {
     if (this.mode === 'orbit') this.#placeAround(pivot);
   }
 
-  /** Goes nearer to the pivot (factor below 1) or away from it; walking, forwards or backwards. */
+  /**
+   * Moves towards the pivot (factor below 1) or away from it; when walking, forwards or backwards.
+   */
   zoom(factor) {
     if (this.mode === 'walk') {
       this.move(0, 0, (1 - factor) * kSize * 0.1);
@@ -53,14 +55,14 @@ export class CameraRig {
     this.#placeAround(pivot);
   }
 
-  /** Shifts the picture by shares of its height. */
+  /** Pans by fractions of the picture height. */
   pan(x, y) {
     const height = 2 * this.#distance * Math.tan((this.camera.fov * Math.PI) / 360);
     const up = this.#right().cross(this.forward());
     this.#position.addScaledVector(this.#right(), -x * height).addScaledVector(up, y * height);
   }
 
-  /** Moves by lengths: to the right, upwards, and ahead; walking, ahead is level. */
+  /** Moves by lengths: right, up, and ahead; when walking, ahead is horizontal. */
   move(right, up, ahead) {
     const forward = this.forward();
     if (this.mode === 'walk') forward.crossVectors(new Vector3(0, 1, 0), this.#right());
@@ -68,14 +70,14 @@ export class CameraRig {
     this.#position.y += up;
   }
 
-  /** Stands with the eyes at `eye`, looking level in the direction of before. */
+  /** Moves the eyes to `eye`, looking horizontally in the current direction. */
   stand(eye) {
     this.#position.copy(eye);
     this.#pitch = 0;
     this.#distance = 0.1 * kSize;
   }
 
-  /** Shows the whole of a Box3; with a direction, looks against it. */
+  /** Shows all of a Box3; with `direction`, looks against it. */
   frame(box, direction = null) {
     if (direction) {
       this.#pitch = Math.min(kSteepest, Math.max(-kSteepest, Math.asin(-direction.y)));
@@ -105,7 +107,7 @@ export class CameraRig {
     };
     this.#distance =
       1.06 * Math.max(10 * kNearest, leastDistance(right, tanRight), leastDistance(up, tanUp));
-    // What is left over is shared evenly between both sides of the picture.
+    // The remaining space is shared evenly between both sides of the picture.
     const middle = (axis) => {
       let at = 0;
       for (let round = 0; round < 10; ++round) {
@@ -117,14 +119,14 @@ export class CameraRig {
     this.#placeAround(centre.addScaledVector(right, middle(right)).addScaledVector(up, middle(up)));
   }
 
-  /** The view to begin with: from above, aside. */
+  /** The initial view: from above, at an angle. */
   reset(box) {
     this.#yaw = 0.6;
     this.#pitch = -0.55;
     this.frame(box);
   }
 
-  /** Brings the camera up to date for a picture of this form, of a level within `sphere`. */
+  /** Updates the camera for a picture of this aspect ratio, of a level within `sphere`. */
   update(aspect, sphere) {
     const away = this.#position.distanceTo(sphere.center);
     this.camera.aspect = aspect;

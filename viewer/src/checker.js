@@ -1,9 +1,11 @@
-// The texture that shows how texture coordinates lie on the level.
+// The texture that shows how texture coordinates are laid out on the level.
 import { DataTexture, LinearFilter, LinearMipmapLinearFilter, RepeatWrapping } from 'three';
 
 const kTile = 64; // pixels across
 
-/** A tile of 8 by 8 squares, with one corner marked so that turned and mirrored tiles show. */
+/**
+ * A tile of 8 by 8 squares; one corner is marked, so that turned and mirrored tiles are visible.
+ */
 export function checkerTexture() {
   const pixels = new Uint8Array(4 * kTile * kTile);
   for (let y = 0; y < kTile; ++y) {

@@ -1,6 +1,6 @@
-// What colour faces get: as the file says, or so that things can be told apart.
+// The colours of faces: those of the file, or colours that separate materials, batches or flags.
 
-/** [r, g, b] of 0 to 255. */
+/** [r, g, b], each 0 to 255. */
 function fromHsl(hue, saturation, lightness) {
   const channel = (n) => {
     const k = (n + hue / 30) % 12;
@@ -26,7 +26,7 @@ const toByte = (channel) =>
   Number.isFinite(channel) ? Math.round(255 * Math.min(1, Math.max(0, channel))) : 0;
 export const diffuseOf = (material) => material.diffuse.slice(0, 3).map(toByte);
 
-/** The sets' different flags, each with a colour: sets without any are grey. */
+/** The different flags of the sets, each with a colour; grey for sets without flags. */
 export function flagColours(model) {
   const colours = new Map([[0, kNone]]);
   for (const set of model.sets) {
@@ -35,7 +35,7 @@ export function flagColours(model) {
   return colours;
 }
 
-/** The names of the keywords in `flags`, with a number for unknown bits. */
+/** The names of the keywords in `flags`; a number for unknown bits. */
 export function keywordsOf(model, flags) {
   const known = model.flags.filter((flag) => flags & flag.bit);
   const rest = known.reduce((left, flag) => left & ~flag.bit, flags) >>> 0;
@@ -59,7 +59,7 @@ export function colouringsOf(model) {
   return list;
 }
 
-/** The colouring to begin with: the file's own, unless it paints most triangles the same. */
+/** The initial colouring: the file's own, unless it gives most triangles the same colour. */
 export function firstColouring(model) {
   const painted = new Map();
   let all = 0;
@@ -71,7 +71,7 @@ export function firstColouring(model) {
   return Math.max(0, ...painted.values()) > all / 2 ? 'material' : 'diffuse';
 }
 
-/** The colour that a colouring gives to a whole thing; null where its parts have their own. */
+/** The colour that a colouring gives to a whole thing; null when its parts have different ones. */
 export function swatchOf(model, colouring, kind, thing) {
   if (kind === 'material') {
     if (colouring === 'diffuse') return thing.diffuse ? diffuseOf(thing) : null;

@@ -42,10 +42,9 @@ function chips(parent, type, group, entries, changed) {
 }
 
 /**
- * Makes the controls of `model`; `hasCollision` when it has faces that only collide. `calls`
- * are told of changes: colouring(id), mode(id), part(id, on), system(index), frameAll(),
- * goToChosen(), clear(). The object that comes back sets the same things as a person would, and
- * knows the keys.
+ * Makes the controls of `model`; `hasCollision` says whether it has faces that only collide.
+ * `calls` receives changes: colouring(id), mode(id), part(id, on), system(index), frameAll(),
+ * goToChosen(), clear(). The returned object sets the same things from code, and handles the keys.
  */
 export function makeControls(model, hasCollision, colourings, calls) {
   const find = (id) => document.getElementById(id);

@@ -1,6 +1,7 @@
-// Turns the file's coordinates upright: y up, right-handed, as the scene stood before the export.
+// Turns the file's coordinates upright: y up, right-handed, like the scene before the export.
 
-// Of the four coordinate systems of an export: where the page's x, y and z come from, with signs.
+// For each of the export's four coordinate systems: the sources of the page's x, y and z, with
+// signs.
 const kSystems = [
   { name: 'Left-handed', axes: [2, 1, 0], signs: [-1, 1, -1], normalSign: 1 },
   { name: 'Right-handed', axes: [1, 2, 0], signs: [1, 1, 1], normalSign: -1 },
@@ -11,14 +12,14 @@ const kSystems = [
 export const systemNames = kSystems.map((system) => system.name);
 
 /**
- * The exporter turns the corners of every face around. Where the system mirrors, normals point
- * outwards all the same; where it does not, they point into the solid, and `normalSign` is -1.
+ * The exporter reverses the corners of every face. When the system mirrors, normals nevertheless
+ * point outwards; otherwise they point into the solid, and `normalSign` is -1.
  */
 export function coordinateSystem(index) {
   return kSystems[index] ?? kSystems[0];
 }
 
-/** The box around most of `values` (x, y, z each), in the file's axes, and the one around all. */
+/** The bounding box of most of `values` (x, y, z each), in the file's axes, and that of all. */
 function boxes(lists) {
   const samples = [[], [], []];
   const least = [Infinity, Infinity, Infinity];
@@ -53,9 +54,8 @@ function boxes(lists) {
 const extent = (box) => Math.max(...box.most.map((value, axis) => value - box.least[axis]));
 
 /**
- * Where the level is in the file: its centre and the scale by which it gets about 100 units large.
- * A few points that lie absurdly far off don't make the rest a dot: then the box around most points
- * counts.
+ * The level's centre in the file, and the scale that makes it about 100 units large. If a few
+ * points are so far away that the rest would be a dot, only the box around most points counts.
  */
 export function frameOf(model) {
   const { all, main } = boxes(model.groups.flatMap((group) => [group.vertices, group.points]));
@@ -72,10 +72,10 @@ export function frameOf(model) {
   };
 }
 
-/** Points further out than this, in the page's units, are not shown. */
+/** Points further away than this, in the page's units, are not shown. */
 export const kFarthest = 1e6;
 
-/** Puts point `index` of `list`, in the page's units, at `at` of `target`; NaN if not shown. */
+/** Writes point `index` of `list`, in the page's units, to `at` of `target`; NaN if not shown. */
 export function placePoint(system, frame, list, index, target, at) {
   for (let axis = 0; axis < 3; ++axis) {
     const from = system.axes[axis];

@@ -1,4 +1,4 @@
-// What is told of the chosen thing.
+// The text about the selection.
 import { keywordsOf } from './colours.js';
 import { cornersOf, planeOf, pointsOf } from './faces.js';
 import { materialName } from './tables.js';
@@ -15,7 +15,7 @@ function list(rows) {
 
 const flagWords = (model, set) => keywordsOf(model, set.flags).join(', ') || 'no flags';
 
-/** A button that chooses what it names. */
+/** A button that selects the thing that it names. */
 function link(text, choose) {
   return element('button', { type: 'button', onclick: choose }, text);
 }
@@ -101,7 +101,7 @@ function setDetails(model, set) {
   ]);
 }
 
-/** What to show of `choice`, null for none; `choose(kind, thing)` follows its links. */
+/** The details of `choice`, null for none; its links call `choose(kind, thing)`. */
 export function detailsOf(model, faces, choice, choose) {
   switch (choice?.kind) {
     case 'face':

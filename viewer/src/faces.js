@@ -1,13 +1,13 @@
-// Where the triangles of a model are in the file: what is drawn and what only collides.
+// Finds the triangles of a model in the file: drawn ones and those that only collide.
 
-/** For each drawn face of a group, under its batch and place there: its index in the face table. */
+/** The index in the face table of each drawn face of a group, by batch and position. */
 function tableOfDrawn(group) {
   const { faceCount, shorts, words } = group.faces;
   const table = group.batches.map((batch) => new Int32Array(batch.faceCount).fill(-1));
   for (let face = 0; face < faceCount; ++face) {
     const list = table[words[4 * face + 3]];
     if (!list) continue;
-    // Positions have 16 bits: in a longer batch the next free one of the same low bits is meant.
+    // Positions have 16 bits: in a longer batch, take the next free face with the same low bits.
     let position = shorts[8 * face + 3];
     while (position < list.length && list[position] !== -1) position += 65536;
     if (position < list.length) list[position] = face;
@@ -16,10 +16,10 @@ function tableOfDrawn(group) {
 }
 
 /**
- * Where the drawn and undrawn faces of the model are, apart from their coordinates: parallel arrays
- * with an entry a face. `batch` and `set` are indices into the model's flat lists, -1 for none;
- * `face` is the place in the batch, for an undrawn face the place among the group's planes; `table`
- * the place in the group's face table, -1 without one.
+ * The drawn and undrawn faces of the model, without coordinates: parallel arrays with one entry per
+ * face. `batch` and `set` are indices into the model's flat lists, -1 for none; `face` is the index
+ * in the batch, for an undrawn face the index among the group's planes; `table` is the index in the
+ * group's face table, -1 without one.
  */
 export function listFaces(model) {
   const count = (lists) => lists.reduce((sum, list) => sum + list, 0);
@@ -81,7 +81,7 @@ export function cornersOf(model, kind, faces, entry) {
   };
 }
 
-/** The plane of a face as the file has it: normal and d. */
+/** The plane of a face as stored: normal and d. */
 export function planeOf(model, kind, faces, entry) {
   const { planes } =
     kind === 'undrawn' ? model.groups[faces.group[entry]] : model.batches[faces.batch[entry]];

@@ -1,9 +1,9 @@
-// How near the model comes to what 16-bit indices can address.
+// How close each list is to the limit of 16-bit indices.
 import { counted, element } from './text.js';
 
 /**
- * The lists that indices of 16 bits point into, the longest of its kind each, and what comes of one
- * that is too long.
+ * The lists that 16-bit indices refer to, the longest of each kind, and what goes wrong when one is
+ * too long.
  */
 export function limitsOf(model) {
   const limit = (name, things, count, trouble) => ({

@@ -1,7 +1,7 @@
 // What is chosen, as the part of the page's address behind "#", so that a link can show it:
 //   #material=3   #batch=12   #batch=12&face=7   #set=1   #face=231 (of the face table) &group=0
 
-/** The choice that `hash` asks for; null when it asks for none that the model has. */
+/** The selection that `hash` names; null when the model does not have it. */
 export function choiceOfHash(hash, model, materials, faces) {
   const asked = new URLSearchParams(hash.replace(/^#/, ''));
   const number = (name) =>
@@ -28,7 +28,7 @@ export function choiceOfHash(hash, model, materials, faces) {
   return null;
 }
 
-/** The part of an address that asks for `choice`; empty for none. */
+/** The part of an address that names `choice`; empty for none. */
 export function hashOf(choice, faces) {
   if (!choice) return '';
   if (choice.kind !== 'face') return `#${choice.kind}=${choice.thing.id}`;

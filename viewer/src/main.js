@@ -1,4 +1,4 @@
-// The page of a model: reads the block, and lets picture, tables and controls know of each other.
+// The page of a model: reads the block and connects picture, tables and controls.
 import { Vector3 } from 'three';
 
 import { CameraRig } from './camera.js';
@@ -71,7 +71,7 @@ function showWarnings(hidden) {
   find('warnings').hidden = lines.length === 0;
 }
 
-/** The entries of all drawn and undrawn faces that belong to the choice. */
+/** The entries of all drawn and undrawn faces that belong to the selection. */
 function entriesOf(choice) {
   const none = { drawn: [], undrawn: [] };
   if (!choice) return none;
@@ -109,10 +109,10 @@ try {
 const tables = makeTables(model, materials, (kind, thing) => choose({ kind, thing }));
 find('tables').append(...Object.values(tables).map((table) => table.root));
 
-/** Makes `choice` the chosen thing: in the picture, the tables, the details and the address. */
+/** Selects `choice` in the picture, the tables, the details and the address. */
 function choose(choice) {
   const same = choice && choice.kind !== 'face' && state.choice?.thing === choice.thing;
-  state.choice = same ? null : choice; // a second click on a row lets go of it
+  state.choice = same ? null : choice; // a second click on a row deselects it
   const now = state.choice;
   const ofFace = { material: null, batch: null, set: null };
   if (now?.kind === 'face') {
@@ -132,7 +132,7 @@ function choose(choice) {
   find('status').textContent = lineOf(model, faces, now);
   controls.enableChosen(Boolean(now));
   showChosen();
-  // A page out of some archives has an address that can't be changed.
+  // Some archives open pages with an address that can't be changed.
   try {
     history.replaceState(null, '', hashOf(now, faces) || location.pathname + location.search);
   } catch {
@@ -165,7 +165,7 @@ function goToChosen() {
   scene.draw();
 }
 
-/** Chooses the first face that is seen at a place of the picture from -1 to 1. */
+/** Selects the first visible face at a place of the picture, each coordinate from -1 to 1. */
 function chooseAt(x, y) {
   const [origin, direction] = scene.ray(x, y);
   const hits = [
@@ -178,10 +178,11 @@ function chooseAt(x, y) {
   choose(first ? { kind: 'face', faceKind: first.faceKind, entry: first.hit.entry } : null);
 }
 
-// The height of a person's eyes if the file counts in centimetres, but never out of proportion.
+// The height of a person's eyes if the file counts in centimetres, limited by the size of the
+// level.
 const eyeHeight = Math.min(8, Math.max(1.5, 170 * frame.scale));
 
-/** Where a floor is in the middle of the picture, stands on it. */
+/** If there is a floor in the middle of the picture, walks on it. */
 function standOnFloor() {
   const [origin, direction] = scene.ray(0, 0);
   const hit = pick(scene.meshes.drawn, origin, direction, false);

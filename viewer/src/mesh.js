@@ -1,13 +1,13 @@
-// The triangles of a model as a mesh to draw: few vertices, shared where nothing tells them apart.
+// The triangles of a model as a mesh to draw; equal vertices are shared.
 import { coordinateSystem, placePoint } from './coordinates.js';
 import { cornersOf, planeOf, pointsOf } from './faces.js';
 
 /**
  * The corners of `faces` as vertices of a mesh: drawn faces of one batch and surface set share
- * those that have the same position and the same attributes. Parallel arrays, an entry a vertex:
+ * vertices with the same position and attributes. Parallel arrays with one entry per vertex:
  * `entry` is the first face that has it, `vertex` the index of its position in the file, `corner`
- * that of its attributes. `index` has three vertices a face, turned around: the exporter turned
- * them before.
+ * that of its attributes. `index` has three vertices per face in reverse order, because the
+ * exporter reversed them.
  */
 export function shareCorners(model, kind, faces) {
   const index = new Uint32Array(3 * faces.count);
@@ -24,7 +24,7 @@ export function shareCorners(model, kind, faces) {
       const vertex = vertices[2 - k];
       const corner = corners ? corners[2 - k] : 0;
       const key = ((faces.set[entry] + 1) * 65536 + corner) * 65536 + vertex;
-      // Collision faces are flat: each has corners of its own.
+      // Collision faces are flat, so each has separate corners.
       let at = corners ? known.get(key) : undefined;
       if (at === undefined) {
         at = own.entry.length;
@@ -45,7 +45,7 @@ export function shareCorners(model, kind, faces) {
   };
 }
 
-/** A direction of the file as bytes of the page, at `at` of `target`; 0 for none. */
+/** Writes a direction of the file as bytes in the page's axes to `at` of `target`; 0 for none. */
 function placeNormal(system, x, y, z, target, at) {
   const length = Math.hypot(x, y, z);
   const factor = Number.isFinite(length) && length > 0 ? (system.normalSign * 127) / length : 0;
@@ -56,9 +56,9 @@ function placeNormal(system, x, y, z, target, at) {
 }
 
 /**
- * Positions, normals (4 bytes each) and, of drawn faces, texture coordinates of a mesh's `corners`
- * for a coordinate system. `index` has three vertices a face, counter-clockwise from its front.
- * `shown` has a 1 for every face whose three positions can be shown; the others are left out of it.
+ * Positions, normals (4 bytes each) and, for drawn faces, texture coordinates of a mesh's `corners`
+ * in a coordinate system. `index` has three vertices per face, counter-clockwise from its front.
+ * `shown` is 1 for every face whose three positions can be shown; `index` leaves out the others.
  */
 export function placeMesh(model, kind, faces, corners, systemIndex, frame) {
   const system = coordinateSystem(systemIndex);

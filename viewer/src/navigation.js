@@ -8,8 +8,9 @@ const kFirstStep = 0.03; // seconds
 const kClickPixels = 5;
 
 /**
- * Lets `canvas` drive `rig`. `moved` is called after every change of the camera, `clicked(x, y)`
- * with places from -1 to 1, and `keyed(key)` for every other key; it returns whether it knew it.
+ * Moves `rig` by the events of `canvas`. `moved` is called after every change of the camera,
+ * `clicked(x, y)` with coordinates from -1 to 1, and `keyed(key)` for every other key; it returns
+ * whether it used the key.
  */
 export class Navigation {
   #canvas;
@@ -109,7 +110,7 @@ export class Navigation {
       if (event.repeat) return;
       const first = this.#held.size === 0;
       this.#held.add(event.code);
-      this.#advance(kFirstStep); // at once: a short press may end before the next picture
+      this.#advance(kFirstStep); // at once: the key may be released before the next frame
       if (!first) return;
       this.#lastFrame = performance.now();
       requestAnimationFrame((now) => this.#step(now));
@@ -118,7 +119,7 @@ export class Navigation {
     }
   }
 
-  /** Goes on while keys are held. */
+  /** Continues while keys are held. */
   #step(now) {
     if (this.#held.size === 0) return;
     this.#advance(Math.min(0.1, Math.max(0, now - this.#lastFrame) / 1000));
@@ -126,7 +127,7 @@ export class Navigation {
     requestAnimationFrame((next) => this.#step(next));
   }
 
-  /** Moves by the keys that are held, as far as they do in `seconds`. */
+  /** Moves by the held keys for a time of `seconds`. */
   #advance(seconds) {
     const axis = (less, more) => this.#held.has(more) - this.#held.has(less);
     const x = axis('ArrowLeft', 'ArrowRight');

@@ -1,8 +1,8 @@
-// Which triangle a ray meets first.
+// Finds the first triangle that a ray meets.
 
 /**
- * The first of a mesh's triangles that the ray from `origin` along `direction` meets, as
- * { entry, distance }; null for none. Of faces seen from the back only with `backs`. `origin` and
+ * The first triangle of a mesh that the ray from `origin` along `direction` meets, as { entry,
+ * distance }; null for none. Faces seen from the back count only with `backs`. `origin` and
  * `direction` are arrays of three numbers.
  */
 export function pick(mesh, origin, direction, backs) {

@@ -1,4 +1,4 @@
-// The planes of the faces that only collide, as something to look at.
+// Shows the planes of the faces that only collide.
 import { Vector3 } from 'three';
 
 import { coordinateSystem } from './coordinates.js';
@@ -9,9 +9,9 @@ const kSquare = 0.6; // half its edge, as a part of the face's radius
 const kPin = 0.8;
 
 /**
- * A square on the plane of each of the undrawn `faces`, beside the face, and a pin along its
- * normal: lists of numbers, `squares` of triangles' and `pins` of lines' ends. They show where the
- * file says that the plane is, so that one that is off its face is seen to be.
+ * For each of the undrawn `faces`, a square on its stored plane, near the face, and a pin along its
+ * normal: lists of numbers, `squares` for triangles and `pins` for lines. A plane that is away from
+ * its face is visible as such.
  */
 export function planeShapes(model, faces, mesh, systemIndex, frame) {
   const system = coordinateSystem(systemIndex);
@@ -25,7 +25,7 @@ export function planeShapes(model, faces, mesh, systemIndex, frame) {
 
     const middle = middleOf(mesh, entry);
     const radius = Math.max(...cornersAt(mesh, entry).map((corner) => corner.distanceTo(middle)));
-    // From the face's middle along the normal onto the plane: n . p + d = 0 in the file's units.
+    // From the face's centre along the normal onto the plane: n . p + d = 0 in the file's units.
     const atCentre = [0, 1, 2].reduce((sum, axis) => sum + plane[axis] * frame.centre[axis], 0);
     const off = normal.dot(middle) + (atCentre + plane[3]) * frame.scale;
     middle.addScaledVector(normal, -off / (length * length));

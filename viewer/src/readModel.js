@@ -1,4 +1,4 @@
-// Takes the block that src/view/ModelBlock.cpp wrote apart.
+// Reads the block that src/view/ModelBlock.cpp wrote.
 
 /** Reads items one after the other; lists are views of the block, not copies. */
 class BlockReader {
@@ -11,7 +11,7 @@ class BlockReader {
     this.#view = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
   }
 
-  /** The place of the next `size` bytes; moves on behind them, to a multiple of 4. */
+  /** The position of the next `size` bytes; skips them, to a multiple of 4. */
   #take(size) {
     const at = this.#at;
     this.#at = Math.ceil((at + size) / 4) * 4;
@@ -34,7 +34,10 @@ class BlockReader {
     return new TextDecoder().decode(this.#bytes.subarray(at, at + size));
   }
 
-  /** A list of `count` numbers in the typed array `Kind`; browsers' machines are little-endian. */
+  /**
+   * A list of `count` numbers in the typed array `Kind`; all machines with browsers are
+   * little-endian.
+   */
   numbers(Kind, count) {
     const at = this.#take(count * Kind.BYTES_PER_ELEMENT);
     return new Kind(this.#bytes.buffer, this.#bytes.byteOffset + at, count);
@@ -112,7 +115,9 @@ function readGroup(reader, hasFaceTable) {
   return group;
 }
 
-/** Batches or sets of all groups in one list: `id` is the place in it, `index` in the group. */
+/**
+ * Batches or sets of all groups in one list: `id` is the index in it, `index` that in the group.
+ */
 function flatten(groups, member) {
   const list = groups.flatMap((group, groupIndex) =>
     group[member].map((entry, index) =>
@@ -129,7 +134,7 @@ function flatten(groups, member) {
   return list;
 }
 
-/** The model of a block: what docs/inspect-json.md describes, in typed arrays. */
+/** The model in a block: as docs/inspect-json.md describes it, in typed arrays. */
 export function readModel(bytes) {
   const reader = new BlockReader(bytes);
   const fileName = reader.text();

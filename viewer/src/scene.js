@@ -1,4 +1,4 @@
-// What is drawn: the level in one draw call, and over it what is chosen, undrawn faces and planes.
+// The 3D scene: the level in one draw call, and over it the selection, undrawn faces and planes.
 import {
   BackSide,
   Box3,
@@ -34,7 +34,7 @@ const kUndrawn = new Color('#d13bd1');
 const kPlanes = new Color('#1d9bd1');
 const kBacks = new Color('#7a2f3d');
 
-/** Whether pictures are made without a graphics card; then smoothing every edge costs too much. */
+/** Whether rendering is done in software; antialiasing is too slow then. */
 function drawsInSoftware() {
   const context = document.createElement('canvas').getContext('webgl2');
   const names = context?.getExtension('WEBGL_debug_renderer_info');
@@ -49,7 +49,7 @@ function setVertices(geometry, mesh) {
   if (mesh.uvs) geometry.setAttribute('uv', new BufferAttribute(mesh.uvs, 2));
 }
 
-/** The part of a mesh's index that some faces are. */
+/** The part of a mesh's index for some faces. */
 function indexOfFaces(mesh, entries) {
   const index = new Uint32Array(3 * entries.length);
   entries.forEach((entry, i) => index.set(mesh.index.subarray(3 * entry, 3 * entry + 3), 3 * i));
@@ -78,9 +78,9 @@ export class LevelScene {
   #chosen = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
   #materials;
   #shapes = {}; // three's meshes, by what they show
-  /** What placeMesh made of the `drawn` and the `undrawn` faces. */
+  /** The results of placeMesh for the `drawn` and the `undrawn` faces. */
   meshes = {};
-  /** The box around the level, without what lies far off, and the sphere around that. */
+  /** The bounding box of the level without far outliers, and the sphere around it. */
   box = new Box3();
   sphere = new Sphere();
 
@@ -162,7 +162,7 @@ export class LevelScene {
     for (const name of Object.keys(this.#shapes)) this.#shapes[name].visible = name === 'level';
   }
 
-  /** Puts the level into a coordinate system. */
+  /** Shows the level in a coordinate system. */
   setSystem(index) {
     for (const kind of ['drawn', 'undrawn']) {
       const mesh = placeMesh(
@@ -196,7 +196,7 @@ export class LevelScene {
     this.draw();
   }
 
-  /** The box of what lies in reach; a far outlier does not count. */
+  /** The bounding box of the level without far outliers. */
   #measure() {
     this.box = boxOf(this.meshes.drawn).union(boxOf(this.meshes.undrawn));
     const reach = new Box3(new Vector3(-150, -150, -150), new Vector3(150, 150, 150));
@@ -227,13 +227,16 @@ export class LevelScene {
     this.draw();
   }
 
-  /** Undrawn faces that are all that is to be seen are shown in any case. */
+  /** Undrawn faces are always shown when nothing else is visible. */
   #showUndrawn() {
     const visible = this.#parts.undrawn || (this.#only && this.#chosenUndrawn);
     this.#shapes.undrawn.visible = this.#shapes.undrawnEdges.visible = visible;
   }
 
-  /** Marks faces: lists of entries of the drawn and the undrawn. With `only` no other is shown. */
+  /**
+   * Marks faces, given as lists of entries of the drawn and the undrawn. With `only`, no others are
+   * shown.
+   */
   setChosen(drawn, undrawn, only) {
     const some = drawn.length + undrawn.length > 0;
     for (const [kind, entries] of Object.entries({ drawn, undrawn })) {
@@ -253,7 +256,7 @@ export class LevelScene {
     this.#only = only;
     this.#chosenUndrawn = undrawn.length > 0;
     this.#showUndrawn();
-    // Few faces get an outline that shines through; many would be a thicket.
+    // Few faces get an outline that shows through the level; with many it would be cluttered.
     this.#materials.outline.depthTest = drawn.length + undrawn.length > 12;
     this.draw();
   }
@@ -271,7 +274,7 @@ export class LevelScene {
   }
 
   #setSharpness() {
-    // Without edges smoothed on the way, a picture at rest is made larger than it is shown.
+    // Without antialiasing, a still picture is drawn larger than it is shown.
     const own = Math.min(2, window.devicePixelRatio);
     const [fine, coarse] = this.#software ? [1.5 * own, own] : [own, own / 2];
     this.#renderer.setPixelRatio(this.#coarse ? coarse : fine);
@@ -279,7 +282,7 @@ export class LevelScene {
     this.draw();
   }
 
-  /** Where pictures take long, without a graphics card, they are coarse while things move. */
+  /** While things move, slow pictures (without a graphics card) have a lower resolution. */
   #keepPace(now) {
     const gap = now - this.#lastPicture;
     this.#lastPicture = now;
@@ -294,13 +297,13 @@ export class LevelScene {
     this.#rest = setTimeout(() => {
       this.#coarse = false;
       this.#slowPictures = 0;
-      this.#lastPicture = -Infinity; // the sharp picture is no part of a movement
+      this.#lastPicture = -Infinity; // the sharp picture does not count as movement
       this.#setSharpness();
       this.#renderer.domElement.removeAttribute('aria-busy');
     }, 350);
   }
 
-  /** Draws with the next picture of the browser, once. */
+  /** Draws once, with the browser's next frame. */
   draw() {
     if (this.#waiting) return;
     this.#waiting = true;
@@ -312,7 +315,10 @@ export class LevelScene {
     });
   }
 
-  /** Origin and direction, as arrays, of the ray through a place of the picture from -1 to 1. */
+  /**
+   * Origin and direction, as arrays, of the ray through a place of the picture, each coordinate
+   * from -1 to 1.
+   */
   ray(x, y) {
     this.#rig.update(this.#rig.camera.aspect, this.sphere);
     const origin = this.#rig.camera.position.clone();

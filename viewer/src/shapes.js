@@ -21,7 +21,7 @@ export function boxOf(mesh, entries = null) {
   return box;
 }
 
-/** The direction that the front of a face looks in; no length for none. */
+/** The direction of a face's front; length 0 for none. */
 export function normalOf(mesh, entry) {
   const [a, b, c] = cornersAt(mesh, entry);
   return b.sub(a).cross(c.sub(a)).normalize();

@@ -1,13 +1,13 @@
-// A table of things that can be chosen and sorted.
+// A table of things that can be selected and sorted.
 import { counted, element, swatch } from './text.js';
 
 const kFirstRows = 150;
 
 /**
- * `columns`: { title, number, label, words, cell(thing), key(thing) }. Those of a count (`number`)
- * or a short `label` are narrow, those of `words` break between them only; `cell` gives a text or
- * element, `key` what the rows are sorted by. The first column's cell becomes the button that
- * chooses the row.
+ * `columns`: { title, number, label, words, cell(thing), key(thing) }. Columns of a count
+ * (`number`) or a short `label` are narrow, those of `words` break only between words. `cell` gives
+ * a text or element, `key` the value to sort by. The first column's cell becomes the button that
+ * selects the row.
  */
 export class ThingTable {
   #things;
@@ -15,7 +15,7 @@ export class ThingTable {
   #order;
   #sorted = { column: -1, down: false };
   #shown = kFirstRows;
-  #extra = null; // a marked thing that stands behind the rows that are shown
+  #extra = null; // a selected thing beyond the rows that are shown
   #body = element('tbody');
   #head = element('tr');
   #more = element('button', { type: 'button', className: 'more' });
@@ -120,7 +120,10 @@ export class ThingTable {
     }
   }
 
-  /** Marks the row of a chosen thing or of the one that a chosen face belongs to; null: none. */
+  /**
+   * Marks the row of the selected thing, or of the one that the selected face belongs to; null:
+   * none.
+   */
   mark(chosen, ofFace) {
     this.#marks = { chosen, ofFace };
     const id = chosen ?? ofFace;
@@ -134,7 +137,7 @@ export class ThingTable {
     }
     const row = this.#rows.get(id);
     if (!row) return;
-    // Within the table only: the page itself must not jump.
+    // Scroll only the table: the page must not jump.
     const { offsetTop, offsetHeight } = row;
     const top = this.#scroll.scrollTop;
     const headHeight = this.#head.offsetHeight;
@@ -143,7 +146,7 @@ export class ThingTable {
     if (below > this.#scroll.scrollTop) this.#scroll.scrollTop = below;
   }
 
-  /** Gives rows the colours by which the picture shows them now. */
+  /** Gives rows the colours that the picture uses for them. */
   setSwatches(colourOf) {
     this.#swatch = colourOf;
     this.#fill();

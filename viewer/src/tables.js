@@ -11,7 +11,7 @@ const number = (title, of) => ({
   key: of,
 });
 
-/** The materials, and one more of id -1 when some batch has none; `triangles` counts drawn ones. */
+/** The materials, and one more with id -1 when a batch has none; `triangles` counts drawn ones. */
 export function materialsOf(model) {
   const triangles = new Map();
   for (const batch of model.batches) {
@@ -97,7 +97,7 @@ function setTable(model, choose) {
   );
 }
 
-/** The tables that a model has, by the kind of thing; `choose(kind, thing)` is called for a row. */
+/** The tables of a model, by kind of thing; a row calls `choose(kind, thing)`. */
 export function makeTables(model, materials, choose) {
   const tables = {
     material: materialTable(materials, (thing) => choose('material', thing)),

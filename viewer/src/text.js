@@ -1,6 +1,6 @@
-// Texts and elements. Names out of the file are hostile: they only ever become text nodes.
+// Texts and elements. Names from the file are untrusted: they only become text nodes.
 
-/** An element with attributes or properties and children, which are elements or texts. */
+/** An element with attributes or properties and children (elements or texts). */
 export function element(tag, properties = {}, ...children) {
   const made = document.createElement(tag);
   for (const [name, value] of Object.entries(properties)) {
@@ -11,7 +11,10 @@ export function element(tag, properties = {}, ...children) {
   return made;
 }
 
-/** A name of the file with what can't be seen, or turns the writing direction, as an escape. */
+/**
+ * A name from the file. Characters that can't be seen or change the writing direction become
+ * escapes.
+ */
 export function visible(name) {
   return name.replace(
     /[\p{Cc}\p{Zl}\p{Zp}\p{Default_Ignorable_Code_Point}\ufff9-\ufffb\u{13430}-\u{13455}]/gu,
@@ -28,13 +31,13 @@ export const counted = (count) => count.toLocaleString('en-US');
 
 export const countedAs = (count, one, many) => `${counted(count)} ${count === 1 ? one : many}`;
 
-/** A 32-bit float in six digits. */
+/** A 32-bit float with six digits. */
 export const rounded = (number) =>
   Number.isFinite(number) ? `${Number(number.toPrecision(6))}` : `${number}`;
 
 export const point = (numbers) => `(${Array.from(numbers, rounded).join(', ')})`;
 
-/** A small field of a colour, [r, g, b]; nothing for none. */
+/** A small colour swatch, [r, g, b]; nothing for none. */
 export function swatch(colour) {
   if (!colour) return '';
   const made = element('canvas', {
