@@ -26,7 +26,7 @@ def start(command, folder):
 
 
 def finish(process, command):
-    """Waits; what the process and its children used."""
+    """Waits; returns what the process and its children used."""
     _, status, usage = os.wait4(process.pid, 0)
     process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode not in DONE[pathlib.Path(command[0]).name]:

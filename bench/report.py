@@ -63,7 +63,7 @@ def doublings(times):
 
 
 class Processes:
-    """What whole processes took."""
+    """Times and memory of whole processes."""
 
     def __init__(self, path):
         self.results = json.loads(path.read_text())
@@ -98,7 +98,7 @@ def rows(stages, processes, adversarial):
         return [value(stages[size]) if size in stages else None for size in ("130k", "1M")]
 
     def at_130k(value):
-        """The limits hold at 130k alone; what it is at 1M is only shown."""
+        """The limits apply only at 130k; the value at 1M is for information."""
         small, large = by_stage(value)
         return small, shown(large)
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Exports the example level under five names and holds the files against yard.expected.json.
+"""Exports the example level under five names and compares the files with yard.expected.json.
 
     check_yard.py MAPEXPORT      (the program)
 
@@ -14,7 +14,7 @@ import tempfile
 
 EXAMPLES = pathlib.Path(__file__).resolve().parent
 
-# What is asked for, the file that comes of it, its layout.
+# The output as named, the file that is written, its layout.
 OUTPUTS = [
     ("yard.qob", "yard.qob", "qob"),
     ("upper.QOB", "upper.QOB", "qob"),
@@ -60,7 +60,7 @@ def run(folder, *command):
 
 
 def compare_messages(compare, output, messages, expected):
-    """The "Results" box tells the counts before and after the passes."""
+    """The "Results" box has the counts before and after the passes."""
     counts = [line.removeprefix("Results: ") for line in messages.splitlines()
               if line.startswith("Results: ")]
     compare.same(f"{output}: number of Results boxes", len(counts), 1)

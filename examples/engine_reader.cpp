@@ -43,7 +43,7 @@ Buffers BuffersOf(const reader::Group& group, const reader::Batch& batch) {
   return buffers;
 }
 
-/// "groups[0].batches[2].material", of what is known.
+/// The place as far as it is known: "groups[0].batches[2].material".
 std::string PlaceOf(const reader::Error& error) {
   std::string place;
   const auto add = [&place](const char* list, std::int32_t index) {

@@ -3,9 +3,9 @@
 
     make_yard.py [FOLDER]        (by default the folder of this script)
 
-The level is a walled yard of 24 by 16 metres, in centimetres, z up. Each thing in it stands for
-something that the exporter does; the comments beside the nodes say what. The third file holds the
-counts that the exporter must arrive at: yard_counts.py works them out from the scene, without the
+The level is a walled yard of 24 by 16 metres, in centimetres, z up. Each thing in it shows
+something that the exporter does; the comments at the nodes say what. The third file holds the
+counts that an export must have: yard_counts.py computes them from the scene, without the
 exporter, and check_yard.py compares.
 """
 
@@ -39,7 +39,7 @@ def standard(name, colour, texture=None, **more):
 
 def make_materials():
     brick = standard("Brick", (0.6, 0.3, 0.2), "Brick01.bmp")
-    # Half as large as the mesh's texture coordinates say, and pushed aside by a quarter.
+    # Scaled to half the size that the mesh's texture coordinates give, and shifted by a quarter.
     brick["diffuseMap"]["uvTransform"] = [[2, 0, 0], [0, 2, 0], [0, 0, 1], [0.25, 0, 0]]
     return [
         brick,
@@ -52,11 +52,11 @@ def make_materials():
         standard("Planks", (0.6, 0.4, 0.2), "planks.tga"),
         # Its faces get reversed copies. The database says that its texture is colour-keyed.
         standard("Wire Fence", (0.7, 0.7, 0.7), "Wire Fence.tga", twoSided=True),
-        # Transparent because the database says so of its texture; opacity has no part in that.
+        # Transparent because the database says so of its texture; the opacity does not matter.
         standard("Glass", (0.7, 0.8, 0.9), "Glass.tga", opacity=0.4),
         standard("Plaster", (0.9, 0.88, 0.8)),
         standard("Roof Tiles", (0.7, 0.3, 0.2), "RoofTiles.bmp"),
-        # A map that is no bitmap counts as no texture.
+        # A map that is not a bitmap counts as no texture.
         standard("Water", (0.1, 0.2, 0.3), opacity=0.6, diffuseMap={"class": "other"}),
         standard("Helper", (1, 0, 1)),
     ]
@@ -97,7 +97,7 @@ TRANSPARENT_TEXTURES = {"glass", "wire fence"}
 
 # --- the level ----------------------------------------------------------------------------------
 
-# The rows of a node's axes: where its own x, y and z point to.
+# The rows of a node's axes: the directions of its x, y and z.
 UNTURNED = ((1, 0, 0), (0, 1, 0), (0, 0, 1))
 QUARTER_TURN = ((0, 1, 0), (-1, 0, 0), (0, 0, 1))
 HALF_TURN = ((-1, 0, 0), (0, -1, 0), (0, 0, 1))
@@ -133,7 +133,7 @@ class Level:
     def root(self):
         pillar, box = gate_pillar(), lambda edge: Mesh().box((0, 0, 0), (edge, edge, edge))
         children = [
-            # Tiles and walls meet in common points, which welding makes one.
+            # Tiles and walls meet at common points, which welding merges.
             self.dummy("Ground", self.tiles()),
             self.dummy("Walls", self.walls()),
             self.node("Gate_Pillar_1", pillar, (-40, 600, 0), material="Sandstone"),
@@ -155,7 +155,7 @@ class Level:
             # Its degenerate triangle is dropped, and the exporter's log says so.
             self.node("Rubble", rubble(), (2100, 1400, 0), material="Gravel",
                       keywords=["45plusfloor"]),
-            # Left out with all that hangs below it; its material is not written either.
+            # Left out with everything below it; its material is not written either.
             self.node("exclude_helpers", box(50), (1200, 800, 400), material="Helper", children=[
                 self.node("Light_Proxy", box(10), (1200, 800, 500)),
             ]),
@@ -185,14 +185,14 @@ class Level:
 
     def stairs(self):
         at = (2160, 200, 0)
-        # Never drawn. After welding, its corners are points of the drawn stairs too.
+        # Never drawn. After welding, it shares its corners with the drawn stairs.
         hull = self.node("Stairs_Hull", wedge(240, 200, 160), at,
                          keywords=["notrendered", "45plusfloor"])
         return self.node("Stairs", stairs(8, 200, 30, 20), at, material="Sandstone",
                          keywords=["floorface", "climbable"], children=[hull])
 
     def crates(self, box):
-        # One surface set named static_crates for the whole subtree, whatever keywords are in it.
+        # One surface set named static_crates for the whole subtree; keywords in it are ignored.
         return self.node("Static_Crates", box(100), (1700, 1200, 0), material="Planks", children=[
             self.node("Crate_2", box(80), (1870, 1210, 0), ASKEW, "Planks", ["climbable"], [
                 self.node("Crate_3", box(60), (1850, 1236, 80), material="Planks"),
@@ -202,7 +202,7 @@ class Level:
 
     def well(self):
         at = (1200, 800, 0)
-        # Collision goes by a plain box instead of the round shaft.
+        # Collision uses a plain box instead of the round shaft.
         hull = Mesh(textured=False).box((-100, -100, 0), (100, 100, 82))
         water = Mesh(textured=False).disc(ring(80, 30, 16))
         return self.node("Well", well_shaft(), at, material="Sandstone", keywords=["notcollidable"],
@@ -213,7 +213,7 @@ class Level:
 
     def hut(self):
         at = (300, 1050, 0)
-        # The windows' batches are kept apart, node by node, since their glass is transparent.
+        # Each window has separate batches, because its glass is transparent.
         return self.node("Hut", hut_walls(300, 250, 220, 300), at, material="Plaster", children=[
             self.node("Hut_Roof", hut_roof(300, 250, 220, 300), at, material="Roof Tiles"),
             self.node("Window_1", upright(60, 80), (340, 1048, 90), material="Glass"),

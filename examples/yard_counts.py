@@ -1,4 +1,4 @@
-"""Works out from a scene, without the exporter, the counts that exporting it must arrive at.
+"""Computes from a scene, without the exporter, the counts that an export of it must have.
 
 It follows the rules of the export as far as the example needs them: initial options (welding at
 0.2, inverted v), no "static" node inside another one, no mesh without faces, no slivers. A scene

@@ -83,7 +83,7 @@ def floor_tile(size):
 
 
 def upright(width, height, cuts=1):
-    """A sheet that stands in the xz plane and looks along -y."""
+    """An upright sheet in the xz plane that faces -y."""
     mesh = Mesh()
     for i in range(cuts):
         l, r = width * i / cuts, width * (i + 1) / cuts

@@ -63,7 +63,7 @@ check_file() {
 check_maps() {
   local maps
   maps=$(cat "/proc/$1/maps" 2>/dev/null) || maps=""
-  # The reader's own are shown to root alone.
+  # Only root sees those of the reader.
   if [[ -z $maps ]]; then
     echo "note: /proc does not show the memory of $2"
     return

@@ -3,8 +3,8 @@
 
     format_example.py MAPEXPORT [--renew]
 
-Exports docs/format-example.scene.json, reads the file by a description of its own, and holds the result
-against the example in docs/format.md, or with --renew puts it there. Ends with 1 when they differ.
+Exports docs/format-example.scene.json, reads the file by its own description, and compares the result with
+the example in docs/format.md, or with --renew writes it there. Ends with 1 when they differ.
 """
 
 import pathlib

@@ -49,7 +49,7 @@ mapfile -t units < <(
   sed -nE 's/^ *"file": "(.*)",?$/\1/p' build/lint/compile_commands.json | LC_ALL=C sort -u
 )
 echo "clang-tidy: ${#units[@]} files"
-# It also counts the warnings of library headers that it left out; nobody wants to know.
+# It also counts suppressed warnings of library headers; drop these lines.
 printf '%s\0' "${units[@]}" |
   xargs -0 -n 1 -P "$(nproc)" clang-tidy -p build/lint --quiet \
     --checks=-bugprone-suspicious-include \

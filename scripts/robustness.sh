@@ -48,10 +48,10 @@ case "${1-}" in
       [[ -x scripts/$part.sh ]] || fail "scripts/$part.sh is not there"
     done
     for part in "${parts[@]}"; do
-      # What an earlier run left must not pass for this one's.
+      # Results of an earlier run must not count for this one.
       rm -f -- "build/robustness/$part.tsv"
-      # Findings end a script with 1; its rows tell of them.
-      # The words of the command are words.
+      # Findings end a script with 1; they are in its rows.
+      # The command is split into words.
       # shellcheck disable=SC2086
       ${full[$part]} || echo "robustness.sh: ${full[$part]} ended with $?" >&2
     done

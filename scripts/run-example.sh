@@ -8,8 +8,8 @@ root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -
 ensure_packages "$root/scripts/packages.txt"
 
 cd -- "$root"
-# The first build leaves the tests out, so that it does without their packages. A build folder that
-# is configured already, by scripts/test.sh for instance, stays as it is.
+# A new build folder is configured without the tests, which need more packages. An existing one, from
+# scripts/test.sh for instance, keeps its configuration.
 if [[ ! -f build/release/build.ninja ]]; then
   cmake --preset release -DMAPEXPORT_TESTS=OFF
 fi

@@ -14,7 +14,7 @@
 # build/robustness/same-bytes.tsv.
 set -euo pipefail
 unset CDPATH
-export LC_ALL=C # whatever the language of who runs this; but for the check of another
+export LC_ALL=C # whatever the caller's locale, except in the check of another
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 # shellcheck source=scripts/lib/ensure-packages.sh
 . "$root/scripts/lib/ensure-packages.sh"
@@ -99,13 +99,13 @@ compare() {
   [[ $different -eq 0 ]] || status=1
 }
 
-# The language is compiled into a folder of this script's; the system stays as it is.
+# Compiles the locale into a temporary folder; the system stays as it is.
 check_locale() {
   local -x LOCPATH=$work/locale LC_ALL=
   mkdir -p -- "$LOCPATH"
-  # It warns of what the C library of today finds outdated in the sources, with status 1.
+  # localedef warns of outdated parts of its sources, with status 1.
   localedef -i de_DE -f UTF-8 "$LOCPATH/de_DE.UTF-8" 2>/dev/null || [[ -d $LOCPATH/de_DE.UTF-8 ]]
-  # Hosts put the person's language in force, and so does Qt; the program alone doesn't.
+  # Hosts and Qt switch to the user's locale; the program itself doesn't.
   g++ -shared -fPIC -x c++ -o "$work/in-force.so" - <<'CPP'
 #include <locale>
 static const bool inForce = (std::locale::global(std::locale("")), true);

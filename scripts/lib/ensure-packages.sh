@@ -1,5 +1,5 @@
-# Sourced by the scripts: ensure_packages LIST... sees to it that the Debian packages which these
-# files list are there.
+# Sourced by the scripts: ensure_packages LIST... makes sure that the Debian packages which these
+# files list are installed.
 # shellcheck shell=bash
 
 # Installs what is missing when run as root; otherwise prints the command that would and returns 1.
@@ -10,13 +10,13 @@ ensure_packages() {
   mapfile -t wanted < <(sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' -- "$@")
 
   if ! command -v dpkg-query >/dev/null; then
-    echo "note: no dpkg here; these Debian packages (or their like) are needed: ${wanted[*]}" >&2
+    echo "note: no dpkg here; these Debian packages (or equivalents) are needed: ${wanted[*]}" >&2
     return 0
   fi
   # dpkg-query fails when it does not know one of the packages, but it lists the others.
   installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${wanted[@]}" 2>/dev/null || true)
   for package in "${wanted[@]}"; do
-    # A command of that name does as well: Node.js from elsewhere brings an npm that Debian's excludes.
+    # A command of that name is enough: Node.js from elsewhere has an npm that conflicts with Debian's.
     grep -qxF "$package installed" <<<"$installed" || command -v "$package" >/dev/null ||
       missing+=("$package")
   done
@@ -29,7 +29,7 @@ ensure_packages() {
   fi
   echo "Installing ${missing[*]}"
   export DEBIAN_FRONTEND=noninteractive
-  # A broken foreign source must not stop us: whether the packages can be had, the install tells.
-  apt-get update -qq || echo "note: apt-get update failed; trying with the lists that are there" >&2
+  # A broken source of other packages must not stop us: the install shows whether ours are available.
+  apt-get update -qq || echo "note: apt-get update failed; trying with the present lists" >&2
   apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }

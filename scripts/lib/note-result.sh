@@ -1,8 +1,8 @@
-# Sourced by the scripts that try how robust the program is: their results as rows of a table.
+# Sourced by the scripts for robustness: writes their results as rows of a table.
 # shellcheck shell=bash
 
 # note_result FILE WHAT INPUTS FINDINGS HOW: writes the tab-separated row into
-# build/robustness/FILE, in the place of an earlier row of the same WHAT.
+# build/robustness/FILE, replacing an earlier row with the same WHAT.
 note_result() {
   # shellcheck disable=SC2154 # root is the script's
   local file=$root/build/robustness/$1 row rows

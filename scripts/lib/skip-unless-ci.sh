@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # skip-unless-ci.sh REASON [LOG...]: ends a test that can't run here. It is skipped (77), but fails where
-# the environment variable CI is set, and where a LOG of npm, if there is one, shows another fault than
-# a registry that can't be reached.
+# the environment variable CI is set, or where a LOG of npm shows another fault than a registry that
+# can't be reached.
 echo "$1" >&2
 shift
 [[ -z ${CI-} ]] || exit 1

@@ -72,7 +72,7 @@ class Case:
                 (folder / name).write_bytes(OLD)
 
     def learn(self, program, tally):
-        """Runs the case undisturbed. What happens later is held against that."""
+        """Runs the case undisturbed, for comparison with later runs."""
         folder = tally.folder()
         if self.existing and self.settings:
             # Settings that the run will change.

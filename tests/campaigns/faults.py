@@ -1,4 +1,4 @@
-"""Shows what the program does when calls fail and surroundings are bad; scripts/faults.sh tells more.
+"""Tries the program with failing calls and in bad surroundings; scripts/faults.sh describes it.
 
     faults PROGRAM LIBRARY TAKEOVER [--quick] [--seed N] [--only WORD] [--parts LIST] [--table FILE]
 """

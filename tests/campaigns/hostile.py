@@ -1,4 +1,4 @@
-"""Scenes made to do harm: that take memory, never end, lead elsewhere or cheat a terminal."""
+"""Scenes made to do harm: they take memory, never end, lead elsewhere or steer a terminal."""
 import base64
 import json
 import os
@@ -94,7 +94,7 @@ def collada(depth):
 
 
 def named(name):
-    """A triangle by a file of that name, which is broken, so that its message tells the name."""
+    """A broken file with that name, so that its error message contains the name."""
     return write(name, "v 0 0 0\nf 1 2 3\n")
 
 
@@ -217,7 +217,7 @@ def run(tally, what, program, numbers, _):
         fault, outcome = fault_of_export(program, folder, make(folder))
         if not fault and (outcome.status not in may_end or piece not in outcome.err):
             fault = f"status {outcome.status}, without {piece!r}: {outcome.err[:500]!r}"
-        # The clock ends a reader too, on a machine that is busy; a pipe is never waited for.
+        # On a busy machine the elapsed time limit may end a reader; no reader waits for a pipe.
         if not fault and "pipe" in name and "waited too long" in outcome.err:
             fault = "the pipe was waited for"
         tally.add(what, folder, fault, f"{name}, --only {i}")
