@@ -17,7 +17,7 @@ import sys
 import time
 
 BOX_RUNS = 21
-DONE = {"mapexport": (0, 4), "assimp": (0,)}  # 4: done, but for 16-bit indices a list is too long
+DONE = {"mapexport": (0, 4), "assimp": (0,)}  # 4: done, but a list is too long
 
 
 def start(command, folder):

@@ -3,8 +3,8 @@
 #   mapexport_room(NAME [INCLUDES ROOM...] [LIBRARIES LIB...] [FOLDER PATH])
 #
 # makes the object library NAME of the sources in src/NAME (or src/PATH) and the folders in it, but those
-# that hold a main function or are a library of their own (main, pages). INCLUDES are the only other rooms
-# that its files may include; scripts/check-arrows.sh holds the files against these lines.
+# that hold a main function or are a separate library (main, pages). INCLUDES are the only other rooms
+# that its files may include; scripts/check-arrows.sh checks the files against these lines.
 function(mapexport_room name)
   cmake_parse_arguments(ROOM "" "FOLDER" "INCLUDES;LIBRARIES" ${ARGN})
   if(NOT ROOM_FOLDER)

@@ -35,7 +35,7 @@ done
 ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-bench.txt"
 
 cd -- "$root"
-# A folder of its own keeps the benchmarks out of the release build.
+# A separate folder keeps the benchmarks out of the release build.
 cmake --preset release -B build/bench -DMAPEXPORT_BENCH=ON -DMAPEXPORT_TESTS=OFF \
   -DMAPEXPORT_VIEW=OFF >/dev/null
 cmake --build build/bench --target benchmarks mapexport

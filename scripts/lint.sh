@@ -36,7 +36,7 @@ LC_ALL=C.UTF-8 awk '
 echo "shellcheck"
 shellcheck -x scripts/*.sh scripts/lib/*.sh .ci/run || status=1
 
-# A folder of its own holds the compile commands: nothing is built in it, no other build is touched.
+# A separate folder holds the compile commands: nothing is built in it, no other build is touched.
 # Without the page, which only a build makes. A room's files are looked at some together: most of the
 # time goes to the headers that they share.
 options=(-DMAPEXPORT_TESTS=ON -DMAPEXPORT_BENCH=ON -DMAPEXPORT_FUZZ=ON -DMAPEXPORT_VIEW=OFF

@@ -66,7 +66,7 @@ started+=($!)
 window=$(until_it_prints xdotool search --onlyvisible --name '^MAP Export Options$')
 xdotool mousemove 0 0
 
-# frame_of WINDOW: the manager's frame around it, which is what stands on the root window.
+# frame_of WINDOW: the manager's frame around it, which is the child of the root window.
 frame_of() {
   local window=$1 parent
   while true; do

@@ -38,7 +38,7 @@ run_tests() {
   total=$(junit_count tests "$report")
   bad=$(junit_count failures "$report")
   left_out=$(junit_count skipped "$report")
-  # A run that broke down without a failed test of its own counts as one.
+  # A run that broke down without a failed test counts as one failure.
   [[ $status -eq 0 || $bad -gt 0 ]] || bad=1
   failed=$((failed + bad))
   skipped=$((skipped + left_out))

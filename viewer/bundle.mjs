@@ -40,7 +40,7 @@ const page = readFileSync(join(source, 'page.html'), 'utf8').replace(
   /@(POLICY|STYLE|SCRIPT)@/g,
   (mark) => pieces[mark],
 );
-if (page.split('@MODEL@').length !== 2) throw new Error('@MODEL@ must stand in the page once');
+if (page.split('@MODEL@').length !== 2) throw new Error('@MODEL@ must be in the page once');
 if (/<script\b/.test(script) || /<\/(script|style)/i.test(script + style)) {
   throw new Error('the bundle would end its own element');
 }

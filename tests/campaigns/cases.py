@@ -55,7 +55,7 @@ class Case:
         self.settings = settings
         self.report = report
         self.existing = existing
-        self.reader = reader  # a process of its own reads the scene, or converts the model
+        self.reader = reader  # a child process reads the scene, or converts the model
         self.before = {}
         self.after = {}
         self.log_lines = 0

@@ -46,7 +46,7 @@ def write_converted(program, folder):
 
 
 def find_sources(program, converted):
-    """For each kind the small files of it; a side file only where a scene stands beside it."""
+    """For each kind its small files; a side file only if a scene is beside it."""
     write_converted(program, converted)
     sources = {}
     for folder in (*FOLDERS, converted):

@@ -226,7 +226,7 @@ class TakeOver:
     def _damaged_message(rng):
         if rng.random() < 0.4:
             return mutate.damage(SOUND, rng)
-        # Well-formed, but for what it says.
+        # Well-formed, with wrong contents.
         word = rng.choice(("a", ESCAPES, "a" * rng.choice((64, 4095, 4096, 9000)), "", "out.kob"))
         remarks = [remark(word, rng.choice(("axes", word)), rng.choice((0, 1, MOST)),
                           rng.choice((0, 1, MOST)), rng.choice((0, 1, MOST)))
@@ -280,7 +280,7 @@ class TakeOver:
         if set(now) != set(self.undisturbed):
             fault = fault or f"other files: {sorted(set(now) ^ set(self.undisturbed))}"
         for name in now:
-            # A report tells of a failure, too.
+            # A failure is in the report, too.
             changes = name in OUTPUTS if outcome.status == 0 else name == "out.json"
             before = OLD if name in OUTPUTS else self.undisturbed.get(name)
             if not changes and now[name] != before:
