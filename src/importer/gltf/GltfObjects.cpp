@@ -2,6 +2,7 @@
 #include "importer/gltf/GltfObjects.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <utility>
 
@@ -14,6 +15,7 @@
 #include "importer/gltf/GltfMaterials.h"
 #include "importer/gltf/GltfTransform.h"
 #include "importer/rebuild/MaterialTable.h"
+#include "importer/text/HostText.h"
 
 namespace mapexport {
 namespace {
@@ -30,10 +32,12 @@ int Find(const GltfAttributes& attributes, std::string_view name) {
   return found == attributes.end() ? kNoGltfIndex : found->index;
 }
 
+/// 0 for a type that no attribute of vertices has.
 std::size_t ComponentsOf(std::string_view type) {
   if (type == "SCALAR") return 1;
-  if (type.size() == 4 && type.starts_with("VEC")) return static_cast<std::size_t>(type[3] - '0');
-  return 0;
+  constexpr std::array<std::string_view, 3> kVectors{"VEC2", "VEC3", "VEC4"};
+  const auto found = std::ranges::find(kVectors, type);
+  return found == kVectors.end() ? 0 : 2 + static_cast<std::size_t>(found - kVectors.begin());
 }
 
 std::size_t LineCount(int mode, std::size_t corners) {
@@ -130,10 +134,15 @@ void GltfObjects::ReadDraco(const GltfPrimitive& primitive, const std::string& p
     const int target = mapexport::Find(primitive.attributes, attribute.name);
     if (target == kNoGltfIndex) continue;
     const GltfAccessor& accessor = document_.accessors[static_cast<std::size_t>(target)];
+    const std::size_t components = ComponentsOf(accessor.type);
+    if (components == 0) {
+      RefuseFile(path_, fmt::format("accessors[{}].type: \"{}\" is not a type of vertex attributes",
+                                    target, FirstLine(accessor.type)));
+    }
     targets.push_back(target);
     attributes.push_back({.id = static_cast<std::uint32_t>(attribute.index),
                           .componentType = accessor.componentType,
-                          .components = ComponentsOf(accessor.type),
+                          .components = components,
                           .bytes = {}});
   }
   DracoMesh mesh;
