@@ -102,7 +102,8 @@ void Confine(const ChildTask& task, const HandOverFiles& files) {
   End(end);
 }
 
-[[noreturn]] void RunTask(const ChildTask& task, const HandOverFiles& files) {
+/// Nothing may leave it: the child would go on as a second parent.
+[[noreturn]] void RunTask(const ChildTask& task, const HandOverFiles& files) noexcept {
   try {
     Confine(task, files);
     FdOutput output(files.Output().Get());

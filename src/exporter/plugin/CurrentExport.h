@@ -8,7 +8,8 @@
 namespace mapexport {
 
 // Each reads the process's state at the call and hands it, as values, to the form in geometry/ that
-// says what is done. Nothing in geometry/ and modelwriter/ reads that state.
+// says what is done. Nothing in geometry/ and modelwriter/ reads that state; they only
+// write to the debug log.
 
 /// By the options' coordinate system.
 void ConvertPoint(Point3& p);

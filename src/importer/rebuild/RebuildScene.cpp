@@ -140,6 +140,7 @@ void RebuildScene(const LibraryScene& source, const ImportOptions& options, Impo
   result.scene.materials = materials.Take();
   WarnOfCutNames(nodes, result.scene.materials, result.remarks);
   std::vector<int> parents;
+  parents.reserve(folded.size());
   for (const FoldedNode& node : folded) parents.push_back(node.parent);
   AssembleTree(parents, std::move(nodes), result.scene.root);
   properties.AddRemarks(result.remarks);
