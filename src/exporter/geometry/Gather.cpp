@@ -54,6 +54,7 @@ GeometryGroup* GatherGroup(GroupList& groupList, INode& node, const CStr& name,
   GeometryGroup* group = owned.get();
   group->name = name;
   GatherNode(groupList, *group, node, context);
+  groupList.materials.clear();
   group->attributeIndex.Release();
   groupList.Append(std::move(owned));
   return group;

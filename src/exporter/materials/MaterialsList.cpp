@@ -101,11 +101,13 @@ bool MaterialsList::FindOrAddSubMaterials(Mtl& multi, int count, std::span<int> 
 }
 
 bool MaterialsList::IsTransparent(int index) const {
-  return index >= 0 && records_[static_cast<std::size_t>(index)].transparent;
+  return index >= 0 && std::cmp_less(index, Count()) &&
+         records_[static_cast<std::size_t>(index)].transparent;
 }
 
 bool MaterialsList::IsTwoSided(int index) const {
-  return index >= 0 && records_[static_cast<std::size_t>(index)].twoSided;
+  return index >= 0 && std::cmp_less(index, Count()) &&
+         records_[static_cast<std::size_t>(index)].twoSided;
 }
 
 /// Brings the name search up to date with the records that were appended since the last one.

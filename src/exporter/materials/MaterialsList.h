@@ -40,9 +40,9 @@ class MaterialsList {
   /// The same with the process's current time and transparent textures.
   bool FindOrAddSubMaterials(Mtl& multi, int count, std::span<int> indexMap);
 
-  /// Whether the record `index` is transparent; false for -1.
+  /// Whether the record `index` is transparent; false when there is no such record.
   bool IsTransparent(int index) const;
-  /// Whether the record `index` is two-sided; false for -1.
+  /// Whether the record `index` is two-sided; false when there is no such record.
   bool IsTwoSided(int index) const;
 
  private:
