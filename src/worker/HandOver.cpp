@@ -32,6 +32,10 @@ Descriptor MakeMemoryFile(const char* name) {
   return file;
 }
 
+void Seal(const Descriptor& file) {
+  if (fcntl(file.Get(), F_ADD_SEALS, kSealed) != 0) throw ChildError(ErrnoText(errno));
+}
+
 void Write(const Descriptor& file, std::string_view bytes) {
   FdOutput output(file.Get());
   std::ostream(&output) << bytes;
@@ -64,7 +68,11 @@ void HandOverFiles::WriteConfinement(const Confinement& confinement) const {
   PutNumber(bytes, confinement.timer ? 1 : 0);
   PutText(bytes, confinement.timer.value_or(std::string()));
   Write(confinement_, bytes);
-  if (fcntl(confinement_.Get(), F_ADD_SEALS, kSealed) != 0) throw ChildError(ErrnoText(errno));
+  Seal(confinement_);
+}
+
+void HandOverFiles::SealOutput() const {
+  Seal(output_);
 }
 
 void HandOverFiles::WriteMessage(std::string_view message) const {

@@ -33,6 +33,8 @@ class HandOverFiles {
 
   std::vector<int> Numbers() const;
   const Descriptor& Output() const { return output_; }
+  /// From then on nobody can change the output. For the parent.
+  void SealOutput() const;
   Descriptor TakeOutput() { return std::move(output_); }
 
   /// From then on nobody can change the record.

@@ -85,7 +85,9 @@ void BecomeChild(pid_t parent, const ChildTask& task, const HandOverFiles& files
 /// Applies the limits and the confinement, before any untrusted byte is read.
 void Confine(const ChildTask& task, const HandOverFiles& files) {
   if (!task.confinedTo) {
-    LimitProcess(task.limits);
+    const LackingLimits lacking = LimitProcess(task.limits);
+    const std::string& lack = lacking.limits.empty() ? lacking.timer.value_or("") : lacking.limits;
+    if (!lack.empty()) throw ChildError("its process can't be limited: " + lack);
     return;
   }
   std::vector<int> kept = files.Numbers();
@@ -174,8 +176,15 @@ ChildOutcome RunInChild(const ChildTask& task) {
     BecomeChild(parent, task, files);
     RunTask(task, files);
   }
-  if (task.meanwhile) task.meanwhile();
+  try {
+    if (task.meanwhile) task.meanwhile();
+  } catch (...) {
+    kill(child, SIGKILL);
+    WaitFor(child);
+    throw;
+  }
   const Waited waited = WaitFor(child);
+  if (task.confinedTo) files.SealOutput();
   if (WIFSIGNALED(waited.status)) {
     const auto onClock = std::chrono::steady_clock::now() - start;
     return {ChildEnd::kSignal, SignalOf(waited, onClock, task.limits), {}, files.TakeOutput(), {}};
