@@ -169,22 +169,33 @@ std::string HandOver(const ConvertedModel& converted, FdOutput& output) {
   return message;
 }
 
+/// A main file and one other are the most that a format writes.
+constexpr std::uint64_t kMostFiles = 2;
+
+/// Whether a file of that name stands beside the output: the child must not choose another folder.
+bool IsPlainName(std::string_view name) {
+  constexpr std::string_view kNoPart("/\0", 2);
+  return !name.empty() && name != "." && name != ".." &&
+         name.find_first_of(kNoPart) == std::string_view::npos;
+}
+
 /// Reads what HandOver wrote. Throws BadMessage.
 ConvertedModel TakeOver(const ChildOutcome& outcome) {
   MessageParts parts(outcome.message);
   ConvertedModel converted;
   for (const auto count : kCounts) converted.changes.*count = parts.Number();
   std::uint64_t at = 0;
-  for (std::uint64_t left = parts.Number(); left != 0; --left) {
+  const std::uint64_t count = parts.Number();
+  if (count == 0 || count > kMostFiles) throw BadMessage();
+  for (std::uint64_t i = 0; i < count; ++i) {
     ConvertedFile& file = converted.files.emplace_back();
     file.name = parts.Text();
     const std::uint64_t size = parts.Number();
     file.bytes = BytesOf(outcome.output, at, size);
-    if (file.bytes.size() != size) throw BadMessage();
+    if (!IsPlainName(file.name) || file.bytes.size() != size) throw BadMessage();
     at += size;
   }
   parts.RequireEnd();
-  if (converted.files.empty()) throw BadMessage();
   return converted;
 }
 

@@ -71,7 +71,10 @@ void RequireWindows() {
     const ChildOutcome outcome = RunInChild(task);
     if (outcome.end == ChildEnd::kDone) return;
     if (outcome.end == ChildEnd::kMemoryRanOut) throw std::bad_alloc();
-    if (!outcome.message.empty()) throw RunError(outcome.message);
+    if (outcome.end == ChildEnd::kRefused && !outcome.message.empty()) {
+      throw RunError(outcome.message);  // names the option
+    }
+    if (!outcome.message.empty()) Fail(outcome.message);
     // Qt prints the reason before it aborts.
     Fail(QtReason(BytesOf(outcome.output, 0, kLongestReason), outcome));
   } catch (const ChildError& error) {
