@@ -149,7 +149,8 @@ TEST_F(ProgramTest, WhatAnExportSays) {
   EXPECT_THAT(Content(work_ / "inf.reg"), HasSubstr(infinite));
   EXPECT_EQ(Export("a.qob", {"--fresh", "--quiet", "--up", "z", "--scale", "2"}).err,
             "mapexport: warning: " + scene_ +
-                ": --up and --scale have no effect: a scene file holds the scene as the exporter "
+                ": --up, --scale and --hidden have no effect: a scene file holds the scene as the "
+                "exporter "
                 "sees it\n");
 }
 

@@ -1,4 +1,4 @@
-// Foreign formats: what arrives in the host's scene, from files written here and by Blender.
+// Foreign formats: what arrives in the host's scene, and OBJ files.
 #include <numbers>
 
 #include "importer/LimitRemarks.h"
@@ -157,22 +157,6 @@ TEST_F(ImporterTest, NestingHasALimit) {
   EXPECT_THAT(Refusal(Write("deeper.gltf", Gltf(Chain(kMaxSceneDepth)))), HasSubstr("1000 levels"));
 }
 
-TEST_F(ImporterTest, FbxInstancesWhoseMaterialsCannotBeTold) {
-  std::string text = Fbx();
-  text.replace(text.find("Material::RedMat"), 16, "Material::GreenMat");
-  EXPECT_THAT(RemarksOf(Import("doubt.fbx", text)),
-              Contains(HasSubstr("shared-mesh-materials: 2 nodes show")));
-}
-
-TEST_F(ImporterTest, UserTextsThatTheLibraryCutsAreWhole) {
-  const std::string filling(2000, 'x');
-  std::string text = Fbx();
-  text.insert(text.find("climbable"), filling + "&lf;");
-  const ImportedScene fbx = Import("long.fbx", text);
-  EXPECT_EQ(Named(fbx, "Green").userProperties, "floorface\r\n" + filling + "\nclimbable\r\n");
-  EXPECT_THAT(RemarksOf(fbx), testing::Each(HasSubstr("file-unit")));
-}
-
 TEST_F(ImporterTest, UpAndScaleOverrideTheFormat) {
   const auto place = [this](const std::string& name, const std::string& text, UpAxis up,
                             std::optional<float> scale) {
@@ -294,50 +278,6 @@ kids 0
   ASSERT_EQ(track.scene.materials.size(), 1u);
   ASSERT_TRUE(track.scene.materials[0].diffuseMap);
   EXPECT_EQ(track.scene.materials[0].diffuseMap->file, "road.rgb");
-}
-
-TEST(BlenderFileTest, UserTextInAsciiAndBinaryFbx) {
-  for (const char* name : {"instances_ascii.fbx", "instances.fbx"}) {
-    const ImportedScene imported = ImportScene(BlenderFile(name), {});
-    const std::vector<const SceneNode*> nodes = NodesOf(imported);
-    ASSERT_EQ(nodes.size(), 3u) << name;
-    // The library forgets the second and the third material; the file has one for each node.
-    const std::vector<SceneMaterial>& materials = imported.scene.materials;
-    for (const SceneNode* node : nodes) {
-      EXPECT_EQ(node->userProperties, "floorface\r\nclimbable\r\n");
-      EXPECT_EQ(node->mesh, nodes[0]->mesh);
-      EXPECT_EQ(materials.at(static_cast<std::size_t>(node->material)).name, node->name + "Mat");
-    }
-    EXPECT_EQ(nodes[0]->objectTransform.rows[3], (Point3{0, 20, 0}));
-    EXPECT_EQ(materials.at(2).diffuse, (Color{0, 0, 1}));
-    EXPECT_THAT(RemarksOf(imported),
-                ElementsAre("note file-unit: the file's unit is 2.54 cm; its numbers are kept"));
-  }
-}
-
-TEST(BlenderFileTest, FbxOffsetsAndNames) {
-  const ImportedScene imported = ImportScene(BlenderFile("offsets.fbx"), {});
-  EXPECT_EQ(imported.scene.root.children.size(), 7u);
-  for (const char* name : {"Plane001", "Line001", "Point001"}) {
-    EXPECT_EQ(Named(imported, name).objectTransform,
-              Rows({0, -1, 0}, {1, 0, 0}, {0, 0, 0.5f}, {10, 0, 0.25f}));
-  }
-  EXPECT_EQ(Named(imported, "Line001").object, SceneObject::kHelper);
-
-  // Each of four nested boxes stands 40 from the middle, a quarter turn on, whatever its ancestors'
-  // own offsets are.
-  constexpr std::array<std::pair<const char*, Point3>, 4> kPlaces{{{"Box001", {40, 0, 0}},
-                                                                   {"Box002", {0, 40, 0}},
-                                                                   {"Box003", {-40, 0, 0}},
-                                                                   {"Box004", {0, -40, 0}}}};
-  for (const auto& [name, place] : kPlaces) {
-    const Point3 off = Named(imported, name).objectTransform.rows[3] - place;
-    EXPECT_LT(Length(off), 2e-5f) << name;
-  }
-  EXPECT_EQ(imported.scene.root.children.at(4).name, "a\xCE\xB2\xE3\x82\xAB\xF0\x9F\x98\x82");
-  // Binary files have no entities.
-  EXPECT_EQ(Named(imported, "&quot;").userProperties, "notrendered\r\n");
-  EXPECT_EQ(Named(imported, "\"'&\"").objectTransform.rows[3], (Point3{-20, 20, 0}));
 }
 
 }  // namespace

@@ -100,6 +100,7 @@ constexpr std::array kOptions{
                .help = "0 to 4294967295: the same scene, options and seed give the same bytes"},
     kUpOption,
     kSceneScaleOption,
+    kHiddenOption,
     kReadLimitOption,
     OptionInfo{.name = "depfile",
                .kind = kText,

@@ -46,10 +46,10 @@ LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& sta
   // Piped input has no extension, so it is a scene file.
   if (IsSceneFile(source.path) || source.path == "/dev/stdin") {
     begin("reading");
-    if (source.import.up != UpAxis::kAuto || source.import.scale) {
+    if (source.import.up != UpAxis::kAuto || source.import.scale || source.import.skipHidden) {
       messages.Warning("option-without-effect",
-                       fmt::format("{}: --up and --scale have no effect: a scene file holds the "
-                                   "scene as the exporter sees it",
+                       fmt::format("{}: --up, --scale and --hidden have no effect: a scene file "
+                                   "holds the scene as the exporter sees it",
                                    source.path));
     }
     LoadedScene loaded{ReadSceneFile(source.path), {}, {}, {}};

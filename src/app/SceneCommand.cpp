@@ -31,6 +31,7 @@ constexpr std::array kOptions{
                .letter = 'o'},
     kUpOption,
     kSceneScaleOption,
+    kHiddenOption,
     kReadLimitOption,
 };
 

@@ -9,6 +9,7 @@ SceneSource SceneOf(const CommandLine& line) {
   scene.path = PositionalPath(line, 0);
   if (const auto up = WordValue(line, kUpOption)) scene.import.up = static_cast<UpAxis>(*up);
   scene.import.scale = ScaleValue(line);
+  scene.import.skipHidden = WordValue(line, kHiddenOption) == 1;
   scene.seconds = WholeValue(line, kReadLimitOption.name);
   return scene;
 }

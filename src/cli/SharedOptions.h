@@ -34,9 +34,16 @@ inline constexpr OptionInfo kSceneScaleOption{
     .kind = OptionKind::kText,
     .argument = "NUMBER",
     .help =
-        "host units per unit of a foreign scene: auto (100 for formats in metres, else 1) or a "
-        "decimal number above 0",
+        "host units per unit of a foreign scene: auto (100 for formats and FBX files in metres, "
+        "else 1) or a decimal number above 0",
     .words = kScaleWords};
+inline constexpr std::array kHiddenChoices{"keep", "skip"};
+inline constexpr OptionInfo kHiddenOption{
+    .name = "hidden",
+    .kind = OptionKind::kText,
+    .argument = "CHOICE",
+    .help = "nodes that a foreign scene (FBX, glTF) hides: keep (the default) or skip",
+    .words = kHiddenChoices};
 inline constexpr OptionInfo kReadLimitOption{
     .name = "read-limit",
     .kind = OptionKind::kText,
@@ -54,7 +61,7 @@ struct SceneSource {
   std::optional<std::uint32_t> seconds;  ///< of processor time; 0: no limit; empty: ReadSeconds
 };
 
-/// The scene of the first positional, with --up, --scale and --read-limit. Throws UsageError.
+/// The scene of the first positional, with the options above. Throws UsageError.
 SceneSource SceneOf(const CommandLine& line);
 
 // For commands that read a model file:

@@ -15,7 +15,7 @@ enum class UpAxis {
 struct ImportOptions {
   UpAxis up = UpAxis::kAuto;  ///< the axis that points up in the file's own numbers
   /// Host units per unit of the file (per metre for glTF and Collada), positive and finite; empty:
-  /// 100 for glTF and Collada, else 1.
+  /// 100 for glTF, Collada and FBX files in metres, else 1.
   std::optional<float> scale;
   /// Whether nodes that the file hides, with all below them, are left out. Else they are kept.
   bool skipHidden = false;

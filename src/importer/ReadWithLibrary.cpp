@@ -88,12 +88,10 @@ bool IsEmpty(const aiScene& scene) {
          scene.mNumLights == 0 && scene.mNumAnimations == 0;
 }
 
-SourceFormat FormatOf(const aiScene& scene) {
-  aiString reader;
-  if (scene.mMetaData == nullptr || !scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, reader)) {
-    return SourceFormat::kOtherYUp;
-  }
-  return FormatOfReader(BytesOf(reader));
+std::string MetadataText(const aiScene& scene, const char* key) {
+  aiString text;
+  if (scene.mMetaData == nullptr || !scene.mMetaData->Get(key, text)) return {};
+  return std::string(BytesOf(text));
 }
 
 /// Refuses the file for what breaks it, or else for `reason`.
@@ -154,7 +152,9 @@ LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& optio
   if (scene->mRootNode == nullptr) RefuseFile(path, "holds no nodes");
 
   result.path = path;
-  result.format = FormatOf(*scene);
+  result.format = FormatOfReader(MetadataText(*scene, AI_METADATA_SOURCE_FORMAT));
+  result.isFromBlender = result.format == SourceFormat::kFbx &&
+                         MetadataText(*scene, AI_METADATA_SOURCE_GENERATOR).starts_with("Blender");
   if (result.format == SourceFormat::kAse && scene->mNumMeshes == 0) {
     // Its reader takes anything, and puts up with an end anywhere before the first mesh.
     if (const std::string defect = FileDefect(path); !defect.empty()) RefuseFile(path, defect);
@@ -185,6 +185,7 @@ LibraryScene ReadFbxText(const LibraryScene& original, const std::string& text,
   result.path = original.path;
   result.format = original.format;
   result.hasEntities = original.hasEntities;
+  result.isFromBlender = original.isFromBlender;
   result.scene = std::shared_ptr<const aiScene>(importer, scene);
   return result;
 }

@@ -19,7 +19,8 @@ namespace mapexport {
 struct LibraryScene {
   std::string path;  ///< as given
   SourceFormat format = SourceFormat::kOtherYUp;
-  bool hasEntities = false;  ///< an ASCII FBX file: its texts still hold entities
+  bool hasEntities = false;    ///< an ASCII FBX file: its texts still hold entities
+  bool isFromBlender = false;  ///< an FBX file that Blender has written
   std::shared_ptr<const aiScene> scene;
   std::vector<std::string> missingFiles;  ///< that the reader asked for and didn't get
   std::vector<std::string> sideFiles;     ///< that it read beside the scene, as paths to open

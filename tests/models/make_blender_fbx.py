@@ -6,6 +6,7 @@ instances.fbx        one mesh on three nodes, each with its own material, and us
 instances_ascii.fbx  the same, ASCII; Blender writes only binary files, so this script converts it
 offsets.fbx          geometric offsets on nested nodes, on an edge and on a helper; difficult names
 skin.fbx             a mesh on two bones, with two sets of texture coordinates and a texture
+level.fbx            in metres: custom properties on nodes and a mesh, a hidden node, a scaled texture
 
 Blender exports a custom property under its own name. That is how the user property text and the
 geometric offsets, which Blender itself doesn't have, get into the files.
@@ -42,9 +43,9 @@ export_fbx_bin.get_blenderID_key = lambda data: (
 export_fbx_bin._gen_vid_path = lambda image, scene_data: (image.filepath[2:], image.filepath[2:])
 
 
-def start():
+def start(unit=INCH):
     bpy.ops.wm.read_factory_settings(use_empty=True)
-    bpy.context.scene.unit_settings.scale_length = INCH
+    bpy.context.scene.unit_settings.scale_length = unit
 
 
 def add(name, data, place=(0, 0, 0), turn=0, parent=None, **properties):
@@ -139,6 +140,32 @@ def make_skin():
     save("skin.fbx")
 
 
+def make_level():
+    start(1)
+    quad = mesh("Quad", QUAD, [(0, 1, 2, 3)])
+    quad["Climbable"] = 1
+    quad.uv_layers.new()
+    tiled = material("Tiled", (1, 1, 1))
+    tiled.use_nodes = True
+    nodes = tiled.node_tree.nodes
+    image = bpy.data.images.new("tile", 1, 1)
+    image.source, image.filepath = "FILE", "//tile.tga"
+    texture, mapping = nodes.new("ShaderNodeTexImage"), nodes.new("ShaderNodeMapping")
+    texture.image = image
+    mapping.inputs["Location"].default_value = (0.25, 0.5, 0)
+    mapping.inputs["Rotation"].default_value = (0, 0, math.radians(90))
+    mapping.inputs["Scale"].default_value = (4, 2, 1)
+    tiled.node_tree.links.new(mapping.outputs["Vector"], texture.inputs["Vector"])
+    tiled.node_tree.links.new(texture.outputs["Color"], nodes["Principled BSDF"].inputs["Base Color"])
+    quad.materials.append(tiled)
+    floor = add("Floor", quad, (1, 2, 3), FloorFace=1.0, notrendered=0, notcollidable="maybe",
+                userProperties="one, two\\nthree;four")
+    hidden = add("Hidden", mesh("Triangle", QUAD[:3], [(0, 1, 2)]), parent=floor)
+    add("Below", hidden.data, parent=hidden, notshownplan="Yes")
+    hidden.hide_viewport = True
+    save("level.fbx")
+
+
 def ascii_text(value):
     """A string of a binary file, which puts a name's class behind it, as ASCII files write it."""
     text = "::".join(reversed(value.decode().split("\0\1")))
@@ -175,4 +202,5 @@ def convert_to_ascii(source, target):
 make_instances()
 make_offsets()
 make_skin()
+make_level()
 convert_to_ascii("instances.fbx", "instances_ascii.fbx")

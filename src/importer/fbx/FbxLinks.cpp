@@ -10,17 +10,21 @@
 #include <system_error>
 
 #include "importer/text/StatementLines.h"
+#include "importer/text/UserText.h"
 
 namespace mapexport {
 namespace {
 
-constexpr std::size_t kMostProperties = 5;
+constexpr std::size_t kMostProperties = 6;
 constexpr std::string_view kBinaryMark("Kaydara FBX Binary  \0\x1A\0", 23);
 
 /// A record's name and its first properties, each a number or a text.
 struct Property {
-  std::optional<std::int64_t> number;
+  std::optional<std::int64_t> integer;
+  std::optional<double> number;  ///< of an integer, too
   std::string_view text;
+  bool isText = false;
+  bool IsGiven() const { return isText || number; }
 };
 struct Statement {
   std::string_view name;
@@ -50,11 +54,26 @@ std::optional<FbxObject::Kind> KindNamed(std::string_view name) {
   return std::nullopt;
 }
 
+bool HasKeptProperties(std::string_view kind) {
+  return kind == "Model" || kind == "Geometry";
+}
+
 /// Takes a property of the object that was taken last: P: "Name", "Type", "Label", "Flags", VALUE.
 void TakeProperty(const Statement& statement, FbxLinks& into) {
-  const bool isUserText = statement.name == "P" && statement.properties[0].text == "UDP3DSMAX";
-  if (!isUserText || into.objects.empty()) return;
-  into.objects.back().userText = statement.properties[4].text;
+  if (statement.name != "P" || into.objects.empty()) return;
+  const auto& p = statement.properties;
+  const std::string_view name = p[0].text;
+  const bool isCustom = p[3].text.find('U') != std::string_view::npos;
+  const bool isKept = name == "Visibility" || name == "Visibility Inheritance" ||
+                      UserText::IsTextName(name) || (isCustom && UserText::Matters(name));
+  if (!isKept) return;
+  FbxProperty& property =
+      into.objects.back().properties.emplace_back(FbxProperty{std::string(name), {}, {}});
+  if (p[5].IsGiven()) return;  // several values
+  if (p[4].isText)
+    property.text = p[4].text;
+  else
+    property.number = p[4].number;
 }
 
 /// Takes what the statement of a section says; `text` is the whole file's. False when the statement
@@ -64,18 +83,26 @@ bool Take(Section section, const Statement& statement, std::string_view text, Fb
   if (section == Section::kObjects) {
     const std::optional<FbxObject::Kind> kind = KindNamed(statement.name);
     if (!kind) return true;
-    if (!p[0].number) return false;
+    if (!p[0].integer) return false;
     into.objects.push_back(
-        {*kind, *p[0].number, std::string(NameWithoutClass(p[1].text)), std::string(p[2].text)});
+        {*kind, *p[0].integer, std::string(NameWithoutClass(p[1].text)), std::string(p[2].text)});
   } else if (section == Section::kConnections && p[0].text == "OO") {
-    if (!p[1].number || !p[2].number) return false;
+    if (!p[1].integer || !p[2].integer) return false;
     into.links.push_back(
-        {*p[1].number, *p[2].number, static_cast<std::size_t>(p[0].text.data() - text.data())});
+        {*p[1].integer, *p[2].integer, static_cast<std::size_t>(p[0].text.data() - text.data())});
   }
   return true;
 }
 
 // --- ASCII ---
+
+template <class T>
+std::optional<T> NumberIn(std::string_view word) {
+  T number{};
+  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+  if (error != std::errc{} || end != word.data() + word.size()) return std::nullopt;
+  return number;
+}
 
 /// The statement "Name: 12, "text", 3 {" of a line; texts hold no quotes.
 Statement ParseLine(std::string_view line) {
@@ -89,15 +116,13 @@ Statement ParseLine(std::string_view line) {
     line.remove_prefix(std::min(line.find_first_not_of(kBetween), line.size()));
     if (line.starts_with('"')) {
       line.remove_prefix(1);
+      property.isText = true;
       property.text = line.substr(0, line.find('"'));
       line.remove_prefix(std::min(property.text.size() + 1, line.size()));
     } else {
       const std::string_view word = line.substr(0, line.find_first_of(" \t,{"));
-      std::int64_t number = 0;
-      const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-      if (!word.empty() && error == std::errc{} && end == word.data() + word.size()) {
-        property.number = number;
-      }
+      property.integer = NumberIn<std::int64_t>(word);
+      property.number = NumberIn<double>(word);
       line.remove_prefix(word.size());
     }
   }
@@ -122,7 +147,7 @@ std::optional<FbxLinks> ReadAscii(std::string_view text) {
   Section section = Section::kOther;
   StatementLines lines(text);
   int depth = 0;
-  bool isInModel = false;
+  bool hasKeptProperties = false;
   while (lines.Next()) {
     const std::string_view line = lines.Statement();
     if (line.starts_with(';')) continue;
@@ -130,8 +155,8 @@ std::optional<FbxLinks> ReadAscii(std::string_view text) {
     if (depth == 1 && section != Section::kOther) {
       const Statement statement = ParseLine(line);
       if (!Take(section, statement, text, links)) return std::nullopt;
-      isInModel = section == Section::kObjects && statement.name == "Model";
-    } else if (depth == 3 && isInModel && line.starts_with("P:")) {
+      hasKeptProperties = section == Section::kObjects && HasKeptProperties(statement.name);
+    } else if (depth == 3 && hasKeptProperties && line.starts_with("P:")) {
       TakeProperty(ParseLine(line), links);
     }
     depth += DepthChange(line);
@@ -156,7 +181,7 @@ class BinaryReader {
       if (section != Section::kOther) {
         while (const std::optional<Record> inner = NextRecord(record->end)) {
           if (!Take(section, inner->statement, text_, links_)) return std::nullopt;
-          if (section == Section::kObjects && inner->statement.name == "Model") {
+          if (section == Section::kObjects && HasKeptProperties(inner->statement.name)) {
             TakeProperties(*inner);
           }
           at_ = inner->end;
@@ -175,9 +200,9 @@ class BinaryReader {
     std::size_t end = 0;
   };
 
-  void TakeProperties(const Record& model) {
-    at_ = model.content;
-    while (const std::optional<Record> list = NextRecord(model.end)) {
+  void TakeProperties(const Record& object) {
+    at_ = object.content;
+    while (const std::optional<Record> list = NextRecord(object.end)) {
       if (list->statement.name == "Properties70") {
         at_ = list->content;
         while (const std::optional<Record> property = NextRecord(list->end)) {
@@ -232,16 +257,31 @@ class BinaryReader {
     return record;
   }
 
+  static bool SetInteger(Property& property, std::int64_t value) {
+    property.integer = value;
+    property.number = static_cast<double>(value);
+    return true;
+  }
+
   /// False for a kind that nothing here needs, behind which no property is read.
   bool ReadProperty(Property& property) {
     switch (Integer<char>()) {
       case 'L':
-        property.number = Integer<std::int64_t>();
-        return true;
+        return SetInteger(property, Integer<std::int64_t>());
       case 'I':
-        property.number = Integer<std::int32_t>();
+        return SetInteger(property, Integer<std::int32_t>());
+      case 'Y':
+        return SetInteger(property, Integer<std::int16_t>());
+      case 'C':
+        return SetInteger(property, Integer<std::int8_t>());
+      case 'D':
+        property.number = std::bit_cast<double>(Integer<std::uint64_t>());
+        return true;
+      case 'F':
+        property.number = static_cast<double>(std::bit_cast<float>(Integer<std::uint32_t>()));
         return true;
       case 'S':
+        property.isText = true;
         property.text = Bytes(Integer<std::uint32_t>());
         return true;
       default:

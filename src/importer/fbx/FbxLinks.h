@@ -10,13 +10,20 @@
 
 namespace mapexport {
 
+/// A property that may matter for nodes: one for UserText, or on visibility.
+struct FbxProperty {
+  std::string name;  ///< bytes of the file, like the text
+  std::optional<std::string> text;
+  std::optional<double> number;  ///< neither when the value is of another kind
+};
+
 struct FbxObject {
   enum class Kind { kModel, kMaterial, kGeometry };
   Kind kind = Kind::kModel;
   std::int64_t id = 0;
   std::string name;            ///< bytes of the file, without the class before or behind it
   std::string className = {};  ///< "Mesh", "NurbsCurve", ...
-  std::string userText = {};   ///< of a model: bytes of its user property text
+  std::vector<FbxProperty> properties = {};  ///< of models and geometries
 };
 
 struct FbxLink {

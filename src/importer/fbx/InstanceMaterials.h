@@ -6,16 +6,16 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "importer/ImportOptions.h"
-#include "importer/fbx/FbxLinks.h"
+#include "importer/fbx/FbxModels.h"
 #include "importer/rebuild/ImportMaterials.h"
 
 namespace mapexport {
 
 class MaterialTable;
-struct FoldedNode;
 struct LibraryScene;
 struct MeshInstance;
 
@@ -25,9 +25,8 @@ struct MeshInstance;
 /// the only one that shows the mesh.
 class InstanceMaterials {
  public:
-  /// Reads the file of `source` again. `hostMaterials` gives the host's material by the library's.
-  /// All must outlive this object.
-  InstanceMaterials(const LibraryScene& source, const std::vector<FoldedNode>& nodes,
+  /// `hostMaterials` gives the host's material by the library's. All must outlive this object.
+  InstanceMaterials(const LibraryScene& source, const FbxModels& models,
                     const std::vector<int>& hostMaterials);
 
   /// Adds the materials to `materials` that nodes of `instances` have and the library forgot. Reads
@@ -36,32 +35,26 @@ class InstanceMaterials {
                       MaterialTable& materials);
 
   /// The host materials that replace instance.parts for instance.node, -1 for none. Empty when they
-  /// are not certain: the file can't be read, its models aren't the scene's nodes, or the names of
-  /// the materials aren't unique.
+  /// are not certain: the models behind the nodes are in doubt, or the names of the materials
+  /// aren't unique.
   std::optional<std::vector<int>> PartsOf(const MeshInstance& instance) const;
 
  private:
   static constexpr int kMostReadings = 16;
-  using Ids = std::vector<std::int64_t>;
+  using Ids = FbxModels::Ids;
 
-  void MatchNodes(const std::vector<FoldedNode>& nodes);
   void FindUniqueNames();
   std::unordered_map<std::int64_t, std::int64_t> ChooseModels(
       const std::vector<MeshInstance>& instances);
   std::vector<SceneMaterial> MaterialsOf(const std::string& text,
                                          const ImportOptions& options) const;
   std::optional<int> PartOf(int part, const Ids& first, const Ids& own) const;
-  std::string HostName(const std::string& name) const;
 
   const LibraryScene& source_;
-  std::string text_;  // of the file
-  FbxLinks file_;
-  std::vector<std::int64_t> modelOf_;                   // ids by node; empty when in doubt
-  std::vector<Ids> materialsOf_;                        // ids by node
-  std::unordered_map<std::int64_t, Ids> geometriesOf_;  // by model
+  const FbxModels& models_;
   std::unordered_map<std::string, std::optional<std::int64_t>> idByName_;  // of materials
   std::unordered_map<std::int64_t, int> hostOf_;  // by the ids whose names are unique
-  std::vector<bool> isTried_;                     // by node
+  std::unordered_set<std::size_t> tried_;         // nodes
 };
 
 }  // namespace mapexport

@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "importer/HiddenNodes.h"
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
 #include "importer/SourceFile.h"
@@ -78,7 +79,7 @@ class Importer {
       visits_.pop_back();
       Enter(visit);
     }
-    AddHiddenRemark();
+    TellHiddenNodes(hidden_, options_, result_.remarks, leftOut_);
     result_.scene.materials = materials_.Take();
     AssembleTree(parents_, std::move(nodes_), result_.scene.root);
   }
@@ -181,26 +182,6 @@ class Importer {
   }
 
   std::vector<AffineMatrix> InstancesOf(const GltfNode& node, int index, const AffineMatrix& world);
-
-  void AddHiddenRemark() {
-    if (hidden_.empty()) return;
-    if (options_.skipHidden) {
-      leftOut_.hidden = hidden_.size();
-      return;
-    }
-    std::string names;
-    constexpr std::size_t kMostNames = 5;
-    for (std::size_t i = 0; i < std::min(hidden_.size(), kMostNames); ++i) {
-      names += fmt::format("{}\"{}\"", i == 0 ? "" : ", ", hidden_[i]);
-    }
-    result_.remarks.push_back(MakeNote(
-        "hidden-nodes",
-        fmt::format(
-            "{} hidden in the file and kept: {}{}",
-            hidden_.size() == 1 ? "1 mesh is" : fmt::format("{} meshes are", hidden_.size()), names,
-            hidden_.size() > kMostNames ? ", ..." : ""),
-        hidden_.size()));
-  }
 
   const std::string& path_;
   GltfDocument document_;

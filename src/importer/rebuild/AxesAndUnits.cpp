@@ -4,6 +4,7 @@
 #include <limits>
 #include <optional>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 #include <assimp/scene.h>
@@ -73,18 +74,37 @@ WorldPlacement OwnPlacement(SourceFormat format, const aiScene* scene, bool isTu
   return IsZUp(format) ? WorldPlacement{} : kYUp;
 }
 
-/// Says how long an FBX file's unit is when it isn't a centimetre.
-void TellFileUnit(const aiScene& scene, Remarks& remarks) {
+/// The centimetres of an FBX file's unit; 1 when it names none.
+double FbxUnit(const aiMetadata* metadata) {
   double unit = 1;
   float single = 1;  // some versions keep it as float, others as double
-  if (scene.mMetaData == nullptr) return;
-  if (!scene.mMetaData->Get("UnitScaleFactor", unit)) {
-    if (!scene.mMetaData->Get("UnitScaleFactor", single)) return;
+  if (metadata == nullptr) return 1;
+  if (!metadata->Get("UnitScaleFactor", unit)) {
+    if (!metadata->Get("UnitScaleFactor", single)) return 1;
     unit = static_cast<double>(single);
   }
-  if (!std::isfinite(unit) || unit == 1.0) return;
-  remarks.push_back(MakeNote(
-      "file-unit", fmt::format("the file's unit is {:.6g} cm; its numbers are kept", unit)));
+  return std::isfinite(unit) ? unit : 1.0;
+}
+
+/// What lengths are multiplied by unless the options say it: metres become centimetres.
+double OwnFactor(SourceFormat format, double fbxUnit) {
+  const bool isMetre = std::abs(fbxUnit - kCentimetresPerMetre) <= kResidue * kCentimetresPerMetre;
+  return IsInMetres(format) || isMetre ? kCentimetresPerMetre : 1.0;
+}
+
+/// One note when a factor or an FBX file's unit isn't 1.
+void TellUnits(double factor, bool isAsked, double fbxUnit, Remarks& remarks) {
+  const std::string unit = fmt::format("the file's unit is {:.6g} cm", fbxUnit);
+  const bool hasUnit = fbxUnit != 1.0;
+  if (factor != 1.0) {
+    const std::string why = hasUnit    ? "; " + unit
+                            : !isAsked ? ": this format's metres become centimetres"
+                                       : "";
+    remarks.push_back(
+        MakeNote("scale", fmt::format("lengths are multiplied by {}{}", factor, why)));
+  } else if (hasUnit) {
+    remarks.push_back(MakeNote("file-unit", unit + "; its numbers are kept"));
+  }
 }
 
 using Linear = std::array<std::array<double, 3>, 3>;  // rows of images of the x, y and z axes
@@ -154,14 +174,12 @@ WorldPlacement FindWorldPlacement(SourceFormat format, const aiScene* scene,
   else
     placement = isTurned ? kYUpOfTurned : kYUp;
 
-  const double own = IsInMetres(format) ? kCentimetresPerMetre : 1.0;
-  placement.factor = options.scale ? static_cast<double>(*options.scale) : own;
-  if (placement.factor != 1.0) {
-    remarks.push_back(MakeNote(
-        "scale", fmt::format("lengths are multiplied by {}{}", placement.factor,
-                             options.scale ? "" : ": this format's metres become centimetres")));
-  }
-  if (scene != nullptr && format == SourceFormat::kFbx) TellFileUnit(*scene, remarks);
+  const double fbxUnit =
+      scene != nullptr && format == SourceFormat::kFbx ? FbxUnit(scene->mMetaData) : 1.0;
+  placement.factor = options.scale ? static_cast<double>(*options.scale)
+                     : isTurned    ? OwnFactor(format, 1)
+                                   : OwnFactor(format, fbxUnit);
+  TellUnits(placement.factor, options.scale.has_value(), fbxUnit, remarks);
   return placement;
 }
 

@@ -23,9 +23,9 @@ struct WorldPlacement {
 };
 
 /// The placement that the options ask for, else that of the format or the file. `scene` is the
-/// library's, with a root; null if the library didn't read the file. Adds remarks about a factor
-/// other than 1, about an FBX file's unit, and about its axes when they are contradictory (it then
-/// counts as y-up).
+/// library's, with a root; null if the library didn't read the file. Adds one note about a factor
+/// or an FBX file's unit other than 1, and a warning about its axes when they are contradictory (it
+/// then counts as y-up).
 WorldPlacement FindWorldPlacement(SourceFormat format, const aiScene* scene,
                                   const ImportOptions& options, Remarks& remarks);
 

@@ -71,7 +71,7 @@ std::optional<SceneTexture> DiffuseMap(const LibraryScene& source, const aiMater
     if (texture.file.empty()) continue;
     aiUVTransform stored;
     if (material.Get(AI_MATKEY_UVTRANSFORM(slot, 0), stored) == aiReturn_SUCCESS) {
-      const Matrix3 transform = TextureTransform(stored, source.format);
+      const Matrix3 transform = TextureTransform(stored, source);
       if (std::ranges::all_of(transform.rows, IsFinite<Point3>) && transform != Matrix3{})
         texture.uvTransform = transform;
     }

@@ -12,11 +12,12 @@
 #include <assimp/scene.h>
 #include <fmt/format.h>
 
+#include "importer/HiddenNodes.h"
 #include "importer/ImportScene.h"
 #include "importer/LeftOut.h"
 #include "importer/ReadWithLibrary.h"
 #include "importer/ase/ReadAse.h"
-#include "importer/fbx/FbxLinks.h"
+#include "importer/fbx/FbxModels.h"
 #include "importer/fbx/FoldHelperNodes.h"
 #include "importer/fbx/InstanceMaterials.h"
 #include "importer/rebuild/AssembleTree.h"
@@ -59,19 +60,39 @@ void SetInstanceMaterials(const InstanceMaterials& file, const std::vector<MeshI
 }
 
 /// The geometries of an FBX file that the library makes nothing of: curves and curved surfaces.
-std::size_t FbxCurves(const LibraryScene& source, const std::vector<FoldedNode>& nodes) {
-  // Each of them would leave its node bare.
-  if (std::ranges::none_of(nodes, [](const auto& node) { return MeshesOf(*node.node).empty(); }))
-    return 0;
-  const FileText text(source.path);
-  const std::optional<FbxLinks> file = ReadFbxLinks(text.View());
-  if (!file) return 0;
+std::size_t FbxCurves(const FbxLinks& file) {
   constexpr std::array<std::string_view, 4> kRead{"Mesh", "Shape", "Line", ""};
   const auto isCurve = [&](const FbxObject& object) {
     return object.kind == FbxObject::Kind::kGeometry &&
            std::ranges::find(kRead, object.className) == kRead.end();
   };
-  return static_cast<std::size_t>(std::ranges::count_if(file->objects, isCurve));
+  return static_cast<std::size_t>(std::ranges::count_if(file.objects, isCurve));
+}
+
+/// Sets the user property texts of an FBX file's nodes; those that `isSkipped` have none.
+void SetUserProperties(const LibraryScene& source, const FbxModels& models,
+                       const std::vector<FoldedNode>& folded, const std::vector<bool>& isSkipped,
+                       std::vector<SceneNode>& nodes, Remarks& remarks) {
+  std::size_t inDoubt = 0;
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    SceneNode& node = nodes[i];
+    if (isSkipped[i]) continue;
+    if (const FbxObject* model = models.ModelOf(i)) {
+      const UserText text = models.TextOf(*model);
+      text.AddRemarks(node.name, remarks);
+      node.userProperties = text.Text();
+    } else {
+      node.userProperties = UserPropertyText(source, *folded[i].node);
+      ++inDoubt;
+    }
+  }
+  if (inDoubt == 0) return;
+  remarks.push_back(MakeWarning(
+      "properties-in-doubt",
+      fmt::format("{} not found in the file again: custom properties that are named like keywords "
+                  "and visibility don't count there, and user property text may be cut",
+                  inDoubt == 1 ? "1 node was" : fmt::format("{} nodes were", inDoubt)),
+      inDoubt));
 }
 
 /// The library cuts names too, or, worse, gives longer ones none.
@@ -108,27 +129,35 @@ void RebuildScene(const LibraryScene& source, const ImportOptions& options, Impo
   const WorldPlacement placement =
       FindWorldPlacement(source.format, source.scene.get(), options, result.remarks);
   const std::vector<FoldedNode> folded = FoldHelperNodes(source, leftOut);
-  if (source.format == SourceFormat::kFbx) leftOut.curves += FbxCurves(source, folded);
+  std::optional<FbxModels> fbx;
+  if (source.format == SourceFormat::kFbx) {
+    fbx.emplace(source, folded);
+    leftOut.curves += FbxCurves(fbx->File());
+  }
   ImportedMaterials imported = ImportMaterials(source);
   MaterialTable materials(std::move(imported.materials));
   ObjectTable objects(source, imported.hostIndex, materials, leftOut);
-  UserPropertyReader properties(source);
 
   std::vector<SceneNode> nodes(folded.size());
   for (std::size_t i = 0; i < folded.size(); ++i) {
     SceneNode& node = nodes[i];
     node.name = folded[i].name;
     node.objectTransform = HostTransform(folded[i].world, placement);
-    node.userProperties = properties.TextOf(*folded[i].node, node.name);
     NodeObject object = objects.Find(MeshesOf(*folded[i].node), i, node.name);
     node.object = object.object;
     node.mesh = std::move(object.mesh);
     node.material = object.material;
   }
-  if (source.format == SourceFormat::kFbx && !objects.Instances().empty()) {
-    InstanceMaterials file(source, folded, imported.hostIndex);
-    file.LearnForgotten(objects.Instances(), options, materials);
-    SetInstanceMaterials(file, objects.Instances(), materials, nodes, result.remarks);
+  if (fbx) {
+    if (!objects.Instances().empty()) {
+      InstanceMaterials file(source, *fbx, imported.hostIndex);
+      file.LearnForgotten(objects.Instances(), options, materials);
+      SetInstanceMaterials(file, objects.Instances(), materials, nodes, result.remarks);
+    }
+    std::vector<bool> isHidden = fbx->HiddenNodes(folded);
+    HandleHiddenNodes(isHidden, options, nodes, result.remarks, leftOut);
+    if (!options.skipHidden) isHidden.assign(nodes.size(), false);
+    SetUserProperties(source, *fbx, folded, isHidden, nodes, result.remarks);
   }
   if (source.format == SourceFormat::kAse) {
     const WireColours colours = ReadAseWireColours(FileText(source.path).View());
@@ -143,7 +172,6 @@ void RebuildScene(const LibraryScene& source, const ImportOptions& options, Impo
   parents.reserve(folded.size());
   for (const FoldedNode& node : folded) parents.push_back(node.parent);
   AssembleTree(parents, std::move(nodes), result.scene.root);
-  properties.AddRemarks(result.remarks);
 }
 
 }  // namespace mapexport

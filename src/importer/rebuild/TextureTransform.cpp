@@ -6,6 +6,8 @@
 
 #include <assimp/material.h>
 
+#include "importer/ReadWithLibrary.h"
+
 namespace mapexport {
 namespace {
 
@@ -31,6 +33,21 @@ UvMatrix AboutTheMiddle(const aiUVTransform& stored, double radians) {
   return m;
 }
 
+/// Scale, rotate counter-clockwise, and translate, of which Blender's FBX files have 1 / scale and
+/// -rotation in radians.
+UvMatrix AsInBlender(const aiUVTransform& stored) {
+  const double c = std::cos(-static_cast<double>(stored.mRotation));
+  const double s = std::sin(-static_cast<double>(stored.mRotation));
+  const double scaleU = 1 / static_cast<double>(stored.mScaling.x);
+  const double scaleV = 1 / static_cast<double>(stored.mScaling.y);
+  return {.uu = scaleU * c,
+          .uv = scaleU * s,
+          .vu = -scaleV * s,
+          .vv = scaleV * c,
+          .offsetU = static_cast<double>(stored.mTranslation.x),
+          .offsetV = static_cast<double>(stored.mTranslation.y)};
+}
+
 Point3 Rounded(double u, double v) {
   // The added zero makes +0 of the -0 that a sign change leaves.
   return {static_cast<float>(u + 0.0), static_cast<float>(v + 0.0), 0.0f};
@@ -38,10 +55,11 @@ Point3 Rounded(double u, double v) {
 
 }  // namespace
 
-Matrix3 TextureTransform(const aiUVTransform& stored, SourceFormat format) {
+Matrix3 TextureTransform(const aiUVTransform& stored, const LibraryScene& source) {
   const double angle = static_cast<double>(stored.mRotation);
+  const double unit = source.format == SourceFormat::kFbx ? std::numbers::pi / 180 : 1.0;
   const UvMatrix m =
-      AboutTheMiddle(stored, format == SourceFormat::kFbx ? angle * std::numbers::pi / 180 : angle);
+      source.isFromBlender ? AsInBlender(stored) : AboutTheMiddle(stored, angle * unit);
   Matrix3 host;
   host.rows[0] = Rounded(m.uu, m.uv);
   host.rows[1] = Rounded(m.vu, m.vv);

@@ -1,0 +1,65 @@
+// The models of an FBX file behind the nodes of the library's scene.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "importer/fbx/FbxLinks.h"
+#include "importer/text/UserText.h"
+#include "scene/FileText.h"
+
+namespace mapexport {
+
+struct FoldedNode;
+struct LibraryScene;
+
+/// What an FBX file says about nodes and the library doesn't hand over.
+class FbxModels {
+ public:
+  using Ids = std::vector<std::int64_t>;
+
+  /// Reads the file of `source` again. `source` must outlive this object.
+  FbxModels(const LibraryScene& source, const std::vector<FoldedNode>& nodes);
+
+  std::string_view FileView() const { return text_.View(); }
+  /// Without any object when the file can't be read.
+  const FbxLinks& File() const { return file_; }
+  /// The name of an object as the host would have it.
+  std::string HostName(const FbxObject& object) const;
+
+  /// The model behind a node, by its index: the one at the same place in the tree with the same
+  /// name. Null when there is none, or as many nodes as models don't share place and name.
+  const FbxObject* ModelOf(std::size_t node) const { return modelOf_[node]; }
+  /// What is connected to a model, by its id.
+  const Ids& MaterialsOf(std::int64_t model) const { return Below(materialsOf_, model); }
+  const Ids& GeometriesOf(std::int64_t model) const { return Below(geometriesOf_, model); }
+
+  /// The custom properties of a model and its geometries.
+  UserText TextOf(const FbxObject& model) const;
+  /// Whether the file hides each node: by its own property "Visibility" or its parent's. In
+  /// Blender, a parent's doesn't matter.
+  std::vector<bool> HiddenNodes(const std::vector<FoldedNode>& nodes) const;
+
+ private:
+  using IdsOf = std::unordered_map<std::int64_t, Ids>;
+
+  void FollowLinks();
+  void MatchNodes(const std::vector<FoldedNode>& nodes);
+  void AddProperties(const FbxObject& object, UserText& text) const;
+  static const Ids& Below(const IdsOf& ids, std::int64_t parent);
+
+  const LibraryScene& source_;
+  FileText text_;
+  FbxLinks file_;
+  std::unordered_map<std::int64_t, const FbxObject*> objectOf_;  // by id
+  IdsOf modelsBelow_;
+  IdsOf materialsOf_;
+  IdsOf geometriesOf_;
+  std::vector<const FbxObject*> modelOf_;  // by node
+};
+
+}  // namespace mapexport
