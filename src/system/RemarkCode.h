@@ -62,6 +62,7 @@ inline constexpr std::string_view kRemarkCodes[] = {
     "normals-changed",
     "not-finite",
     "not-told",
+    "object-groups",
     "option-without-effect",
     "other-extension",
     "output-not-locked",

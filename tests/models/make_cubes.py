@@ -45,7 +45,8 @@ def group(triangle, smooth):
 
 
 def obj_with_normals(smooth):
-    lines = ["o cube", *(f"v {numbers([c])}" for c in CORNERS)]
+    """Has one smoothing group for all, as modelling tools write it beside normals."""
+    lines = ["o cube", "s 1", *(f"v {numbers([c])}" for c in CORNERS)]
     lines += [f"vn {numbers([n])}" for n in corner_normals(smooth)]
     for side, (corners, _) in enumerate(SIDES):
         lines.append("f " + " ".join(f"{c + 1}//{side * 4 + k + 1}" for k, c in enumerate(corners)))

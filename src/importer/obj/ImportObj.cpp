@@ -164,6 +164,15 @@ void ImportObj(const std::string& path, const ImportOptions& options, ImportedSc
   const ObjFile file = ReadFile(path);
   if (options.onRead) options.onRead();
   CountLeftOut(file, leftOut);
+  if (file.innerGroups > 0) {
+    result.remarks.push_back(MakeNote(
+        "object-groups",
+        fmt::format("{} within objects {} not kept: an object is one node",
+                    file.innerGroups == 1 ? "the name of 1 group"
+                                          : fmt::format("the names of {} groups", file.innerGroups),
+                    file.innerGroups == 1 ? "is" : "are"),
+        file.innerGroups));
+  }
   MaterialFiles materialFiles(path, result);
   for (const std::string& statement : file.materialLibraries) materialFiles.Read(statement);
   const std::vector<int> hostMaterials = materialFiles.IndicesOf(file.materialNames);

@@ -30,7 +30,8 @@ struct ObjFace {
   int material = -1;            ///< index into ObjFile::materialNames, -1: none in force
 };
 
-/// The faces of one object or group, in the file's order; there may be none.
+/// The faces of one object, or of one group outside of objects, in the file's order; there may be
+/// none.
 struct ObjPart {
   std::string name;  ///< bytes of the file
   std::vector<ObjFace> faces;
@@ -45,17 +46,17 @@ struct ObjFile {
   std::vector<ObjPart> parts;                  ///< in the order of their first appearance
   std::vector<std::string> materialNames;      ///< that faces use: bytes of the file, each once
   std::vector<std::string> materialLibraries;  ///< the rest of each mtllib statement, each once
-  bool hasSmoothing = false;                   ///< whether there is any statement on smoothing
   std::size_t points = 0;
   std::size_t lines = 0;           ///< segments of lines
   std::size_t brokenPolygons = 0;  ///< faces without a corner
   std::size_t curves = 0;          ///< free-form curves and surfaces
   std::size_t colours = 0;         ///< vertices with a colour
+  std::size_t innerGroups = 0;     ///< groups within objects: their names are lost
 };
 
-/// The content of an OBJ file with this text. Objects and groups become parts: a face belongs to
-/// the group in force, or to the object when no group was named since; a part that is named again
-/// is continued. Faces without either belong to "defaultobject". Unknown statements are skipped.
+/// The content of an OBJ file with this text. Objects become parts, with all groups
+/// within them, and so do groups outside of objects; a part that is named again is continued. Faces
+/// without either belong to "defaultobject". Unknown statements are skipped.
 /// Throws SceneError "PATH: line N: ..." for a number or an index that can't be read, and for an
 /// index that is 0 or beyond its list. Cost: linear.
 ObjFile ReadObjFile(const std::string& path, std::string_view text);

@@ -39,10 +39,10 @@ class Builder {
       mesh.faces[t].SetMatID(
           parts.IdOf(material < 0 ? -1 : hostMaterials[static_cast<std::size_t>(material)]));
     }
-    if (file_.hasSmoothing)
+    if (std::ranges::any_of(triangles_, HasNormals))
+      SetGroupsFromNormals(mesh);
+    else
       SetFileGroups(mesh);
-    else if (!file_.normals.empty())
-      RebuildSmoothing(mesh, Normals());
     return {std::make_shared<const Mesh>(std::move(mesh)), parts.Take()};
   }
 
@@ -114,31 +114,51 @@ class Builder {
     mesh.tVerts = table.TakePoints();
   }
 
+  static bool HasNormals(const Triangle& triangle) {
+    return std::ranges::none_of(triangle.corners,
+                                [](const ObjCorner& c) { return c.normal == kNoObjIndex; });
+  }
+
   void SetFileGroups(Mesh& mesh) const {
     const bool fit = std::ranges::all_of(triangles_, [](const Triangle& triangle) {
       return triangle.face->smoothing <= kLastSmoothingBit;
     });
-    std::vector<std::uint32_t> groupOf(triangles_.size(), kFlatFace);
+    if (!fit) {
+      std::vector<std::uint32_t> groupOf(triangles_.size(), kFlatFace);
+      NumberFileGroups(0, groupOf);
+      return AssignSmoothingBits(mesh, groupOf);
+    }
+    for (std::size_t t = 0; t < triangles_.size(); ++t) {
+      const std::uint32_t group = triangles_[t].face->smoothing;
+      mesh.faces[t].smGroup = group == 0 ? 0 : 1u << group;
+    }
+  }
+
+  /// The file's groups count for faces without normals.
+  void SetGroupsFromNormals(Mesh& mesh) const {
+    SmoothSurfaces surfaces = FindSmoothSurfaces(mesh, Normals());
+    leftOut_.creases += surfaces.lostCreases;
+    NumberFileGroups(static_cast<std::uint32_t>(triangles_.size()), surfaces.surfaceOf);
+    AssignSmoothingBits(mesh, surfaces.surfaceOf);
+  }
+
+  /// Numbers the smoothing groups of the faces without normals from `first` on.
+  void NumberFileGroups(std::uint32_t first, std::vector<std::uint32_t>& groupOf) const {
     std::unordered_map<std::uint32_t, std::uint32_t> numberOf;
     for (std::size_t t = 0; t < triangles_.size(); ++t) {
       const std::uint32_t group = triangles_[t].face->smoothing;
-      if (group == 0) continue;
-      if (fit)
-        mesh.faces[t].smGroup = 1u << group;
-      else
-        groupOf[t] =
-            numberOf.try_emplace(group, static_cast<std::uint32_t>(numberOf.size())).first->second;
+      if (group == 0 || HasNormals(triangles_[t])) continue;
+      const auto next = first + static_cast<std::uint32_t>(numberOf.size());
+      groupOf[t] = numberOf.try_emplace(group, next).first->second;
     }
-    if (!fit) AssignSmoothingBits(mesh, groupOf);
   }
 
   std::vector<CornerNormals> Normals() const {
     std::vector<CornerNormals> normals(triangles_.size());
     for (std::size_t t = 0; t < triangles_.size(); ++t) {
-      for (std::size_t k = 0; k < 3; ++k) {
-        const std::uint32_t index = triangles_[t].corners[k].normal;
-        if (index != kNoObjIndex) normals[t][k] = file_.normals[index];
-      }
+      if (!HasNormals(triangles_[t])) continue;
+      for (std::size_t k = 0; k < 3; ++k)
+        normals[t][k] = file_.normals[triangles_[t].corners[k].normal];
     }
     return normals;
   }

@@ -21,10 +21,11 @@ struct ObjMesh {
 /// their first use. Corners without any have (0, 0, 0) where other corners of the part have some.
 /// Triangles with a corner that isn't finite are left out and counted.
 ///
-/// When the file has smoothing statements, its groups count: "off" is 0, group N has bit N, or, in
-/// a part with a group beyond 31, each group has one of the bits 1 to 31 (AssignSmoothingBits).
-/// Otherwise groups are rebuilt from the normals. `hostMaterials` has the host's index for each of
-/// the file's material names.
+/// Smoothing groups are rebuilt from the normals; creases that they can't express are counted. The
+/// file's groups count for faces without normals. In a part without any normals "off" is 0 and
+/// group N has bit N; with a group beyond 31, each group has one of the bits 1 to 31
+/// (AssignSmoothingBits). `hostMaterials` has the host's index for each of the file's material
+/// names.
 ObjMesh MakeObjMesh(const ObjFile& file, const ObjPart& part, const std::vector<int>& hostMaterials,
                     LeftOut& leftOut);
 

@@ -197,7 +197,6 @@ class ObjReader {
   }
 
   void ReadSmoothing(std::string_view word) {
-    file_.hasSmoothing = true;
     smoothing_ = word == "on" ? 1 : 0;
     std::uint32_t group = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), group);
@@ -217,12 +216,13 @@ class ObjReader {
 
   ObjPart& CurrentPart() {
     if (!part_) {
+      const bool isObject = !object_.empty();
+      const std::string& name = isObject ? object_ : group_;
       const auto [entry, isNew] =
-          partIndex_.try_emplace(std::pair(object_, group_), file_.parts.size());
-      if (isNew) {
-        ObjPart part;
-        part.name = !group_.empty() ? group_ : !object_.empty() ? object_ : kUnnamedPart;
-        file_.parts.push_back(std::move(part));
+          partIndex_.try_emplace(std::pair(isObject, name), file_.parts.size());
+      if (isNew) file_.parts.push_back({name.empty() ? std::string(kUnnamedPart) : name, {}});
+      if (isObject && !group_.empty() && innerGroups_.emplace(object_, group_).second) {
+        ++file_.innerGroups;
       }
       part_ = entry->second;
     }
@@ -234,10 +234,11 @@ class ObjReader {
   ObjFile file_;
   std::string object_;
   std::string group_;
-  std::optional<std::size_t> part_;  // of object_ and group_; empty until a face needs it
+  std::optional<std::size_t> part_;  // of object_, else group_; empty until a face needs it
   std::uint32_t smoothing_ = 0;
   int material_ = -1;
-  std::map<std::pair<std::string, std::string>, std::size_t> partIndex_;
+  std::map<std::pair<bool, std::string>, std::size_t> partIndex_;  // by isObject and name
+  std::set<std::pair<std::string, std::string>> innerGroups_;
   std::unordered_map<std::string, int> materialIndex_;
   std::set<std::string, std::less<>> knownLibraries_;
   GreatestIndex greatestPosition_;

@@ -124,7 +124,7 @@ bool IsFlatWith(const Point3& first, const CornerNormals& normals) {
 
 }  // namespace
 
-std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals) {
+SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, const std::vector<CornerNormals>& normals) {
   std::vector<CornerNormals> unit = normals;
   for (CornerNormals& corners : unit) {
     for (Point3& normal : corners) normal = Normalize(normal);
@@ -132,11 +132,12 @@ std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& norma
   Surfaces surfaces(mesh.faces.size());
   const std::vector<Side> sides = SortedSides(mesh.faces);
   ForEachEdge(sides, [&](std::span<const Side> edge) { JoinAcrossEdge(edge, unit, surfaces); });
-  std::size_t lost = 0;
+  SmoothSurfaces result;
   ForEachEdge(sides, [&](std::span<const Side> edge) {
-    if (IsLostCrease(edge, unit, surfaces)) ++lost;
+    if (IsLostCrease(edge, unit, surfaces)) ++result.lostCreases;
   });
-  std::vector<std::uint32_t> surfaceOf(mesh.faces.size());
+  std::vector<std::uint32_t>& surfaceOf = result.surfaceOf;
+  surfaceOf.resize(mesh.faces.size());
   for (std::uint32_t face = 0; face < surfaceOf.size(); ++face)
     surfaceOf[face] = surfaces.Find(face);
 
@@ -151,8 +152,13 @@ std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& norma
   for (std::uint32_t& surface : surfaceOf) {
     if (!isCurved[surface]) surface = kFlatFace;
   }
-  AssignSmoothingBits(mesh, surfaceOf);
-  return lost;
+  return result;
+}
+
+std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals) {
+  const SmoothSurfaces surfaces = FindSmoothSurfaces(mesh, normals);
+  AssignSmoothingBits(mesh, surfaces.surfaceOf);
+  return surfaces.lostCreases;
 }
 
 }  // namespace mapexport

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "host/Mesh.h"
@@ -12,14 +13,22 @@ namespace mapexport {
 /// Normals at the three corners of a face; a null vector where there is none.
 using CornerNormals = std::array<Point3, 3>;
 
+struct SmoothSurfaces {
+  /// By face: the lowest face of its surface; kFlatFace on flat surfaces and without normals.
+  std::vector<std::uint32_t> surfaceOf;
+  /// Edges with a crease inside a surface that is connected another way. Smoothing groups can't
+  /// express it.
+  std::size_t lostCreases = 0;
+};
+
+/// The surfaces within which the stored normals don't break. Two faces are smooth across a common
+/// edge when their normals agree at both of its ends (within about one degree). Faces that are
+/// connected by such edges are one surface. `normals` has one entry per face. Cost: n log n.
+SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, const std::vector<CornerNormals>& normals);
+
 /// Sets the smoothing groups of all faces of `mesh` so that normals computed from them break where
-/// the stored ones do. Two faces are smooth across a common edge when their normals agree at both
-/// of its ends (within about one degree). Faces that are connected by such edges share one bit;
-/// such a surface never shares its bit with another that it touches at a vertex, as long as the
-/// bits suffice. Surfaces that are flat, and faces without normals, get 0. Bit 0 is never used, so
-/// no face gets the value 1, which exporters may take for "flat". A crease inside a surface that is
-/// connected another way can't be expressed and is lost; returns the number of such edges.
-/// `normals` has one entry per face. Cost: n log n.
+/// the stored ones do: one bit for each surface (FindSmoothSurfaces, AssignSmoothingBits). Returns
+/// the number of lost creases.
 std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals);
 
 }  // namespace mapexport
