@@ -63,6 +63,9 @@ TEST_F(ImporterTest, RefusalsSayWhy) {
       {"b.3ds",
        {"MM\x14\0\0\0==\xC8\0\0\0--------", 20},
        "byte 6: the chunk 0x3D3D says 194 bytes"},
+      {"a.blend", "BLENDER-v300REND", "is newer than this reader knows; export FBX or glTF"},
+      {"b.blend", "BLENDER17-01v0500REND", "is newer than this reader knows"},
+      {"c.blend", "\x28\xB5\x2F\xFD compressed", "is newer than this reader knows"},
       {"a.ase", "*3DSMAX_ASCIIEXPORT 200\n*SCENE {\n", "block *SCENE that begins in line 2"}};
   for (const Broken& file : files) {
     EXPECT_THAT(Refusal(Write(file.name, file.bytes)), HasSubstr(file.reason));

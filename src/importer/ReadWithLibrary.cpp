@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <filesystem>
 #include <optional>
@@ -110,6 +111,8 @@ std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path, std::str
     text = FileText(path).View();  // without the mark, which its JSON reader takes for a defect
   } else if (extension == ".dae" && !IsUtf16(beginning)) {
     text = PatchCollada(FileText(path).View());
+  } else if (extension == ".x3d" && !IsUtf16(beginning)) {
+    text = PatchX3d(FileText(path).View());
   } else if ((extension == ".ac" || extension == ".acc") && !IsUtf16(beginning)) {
     text = PatchAc3d(FileText(path).View());
   } else if (extension == ".ase" && !IsUtf16(beginning)) {
@@ -121,6 +124,20 @@ std::shared_ptr<const ChangedFile> ChangedForm(const std::string& path, std::str
   }
   if (!text) return nullptr;
   return std::make_shared<const ChangedFile>(ChangedFile{path, std::move(*text)});
+}
+
+/// Whether a file that begins so is one of Blender 3 or later: "BLENDER-v300", "BLENDER17-01v0500",
+/// or compressed in the way that came with it.
+bool IsNewBlend(const std::string& path, std::string_view beginning) {
+  constexpr int kFirstNew = 300;
+  if (FileExtension(path) == ".blend" && beginning.starts_with("\x28\xB5\x2F\xFD")) return true;
+  constexpr std::string_view kMark = "BLENDER";
+  const std::string_view header = beginning.substr(0, std::string_view("BLENDER17-01v0500").size());
+  const std::size_t v = header.find_first_of("vV", kMark.size());
+  if (!header.starts_with(kMark) || v == std::string_view::npos) return false;
+  int version = 0;
+  std::from_chars(header.data() + v + 1, header.data() + header.size(), version);
+  return version >= kFirstNew;
 }
 
 }  // namespace
@@ -139,6 +156,9 @@ LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& optio
   if (const std::string extension = FileExtension(path);
       extension == ".bsp" || extension == ".pk3") {
     RefuseFile(path, fmt::format("game maps ({}) are not read", extension));
+  }
+  if (IsNewBlend(path, beginning)) {
+    RefuseFile(path, "is newer than this reader knows; export FBX or glTF, or use the add-on");
   }
 
   LibraryScene result;

@@ -10,7 +10,7 @@ struct Reader {
   SourceFormat format;
 };
 
-constexpr std::array<Reader, 17> kReaders{{
+constexpr std::array<Reader, 18> kReaders{{
     {"Autodesk FBX", SourceFormat::kFbx},
     {"AC3D", SourceFormat::kAc3d},
     {"glTF", SourceFormat::kGltf1},
@@ -27,6 +27,7 @@ constexpr std::array<Reader, 17> kReaders{{
     {"Quake III Mesh", SourceFormat::kTurnedToYUp},
     {"Doom 3 / MD5", SourceFormat::kTurnedToYUp},
     {"Return To Castle Wolfenstein", SourceFormat::kTurnedToYUp},
+    {"Extensible 3D", SourceFormat::kX3d},
     {"Additive manufacturing", SourceFormat::kOtherZUp},
 }};
 
@@ -45,7 +46,7 @@ bool IsZUp(SourceFormat format) {
 
 bool IsInMetres(SourceFormat format) {
   return format == SourceFormat::kGltf1 || format == SourceFormat::kGltf2 ||
-         format == SourceFormat::kCollada;
+         format == SourceFormat::kCollada || format == SourceFormat::kX3d;
 }
 
 }  // namespace mapexport

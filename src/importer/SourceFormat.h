@@ -16,6 +16,7 @@ enum class SourceFormat {
   kObj,
   kOff,
   kPly,
+  kX3d,
   kTurnedToYUp,  ///< z is up in the file, but the library turns the root: y up in its scene
   kOtherYUp,     ///< y up in the library's scene, by definition or as the default
   kOtherZUp      ///< z up in the library's scene

@@ -10,6 +10,7 @@
 #include <pugixml.hpp>
 
 #include "importer/Patches.h"
+#include "importer/text/XmlText.h"
 
 namespace mapexport {
 namespace {
@@ -41,6 +42,31 @@ struct Instance {
   std::string geometry;
   /// The materials of the parts, empty for none.
   std::vector<std::string> materials;
+  xml_node bindShape;  ///< null without a skin
+};
+
+constexpr std::string_view kBlanks = " \t\r\n";
+
+std::string_view WithoutLeadingBlanks(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text;
+}
+
+/// Drops the blanks before numbers.
+class BlankDropper : public pugi::xml_tree_walker {
+ public:
+  bool for_each(xml_node& node) override {
+    const std::string_view text = node.value();
+    if (node.type() != pugi::node_pcdata || text.empty() ||
+        kBlanks.find(text.front()) == std::string_view::npos)
+      return true;
+    const std::string numbers(WithoutLeadingBlanks(text));
+    if (numbers.find_first_of("+-.0123456789") != 0) return true;
+    node.set_value(numbers.c_str());
+    hasDropped = true;
+    return true;
+  }
+  bool hasDropped = false;
 };
 
 class Patcher {
@@ -50,20 +76,28 @@ class Patcher {
   /// False when there is nothing to change.
   bool Run() {
     CollectLibraries();
-    const bool hasMarks = MoveTwoSidedMarks();
-    if (materials_.empty()) return hasMarks;
     for (const xml_node library : Libraries({"library_visual_scenes", "library_nodes"})) {
       CollectInstances(library);
     }
+    const bool isBlanked = DropLeadingBlanks();
+    const bool isMoved = MoveTwoSidedMarks();
+    const bool isPlaced = PlaceSkins();
+    const bool isBound = BindMaterials();
+    return isBlanked || isMoved || isPlaced || isBound;
+  }
+
+ private:
+  /// False when there is nothing to change.
+  bool BindMaterials() {
+    if (materials_.empty()) return false;
     const bool hasMixedMesh = GiveMeshesToInstances();
-    if (!needsBindings_ && !hasMixedMesh) return hasMarks;
+    if (!needsBindings_ && !hasMixedMesh) return false;
     for (Instance& instance : instances_) Bind(instance);
     for (const auto& [id, geometry] : geometries_) NumberSymbols(geometry);
     AddNoMaterial();
     return true;
   }
 
- private:
   std::vector<xml_node> Libraries(std::initializer_list<std::string_view> names) const {
     std::vector<xml_node> libraries;
     for (const xml_node child : root_.children()) {
@@ -93,10 +127,16 @@ class Patcher {
     }
     for (const xml_node library : Libraries({"library_controllers"})) {
       for (const xml_node controller : library.children("controller")) {
-        meshOfController_.emplace(IdOf(controller),
-                                  Target(controller.first_child().attribute("source")));
+        controllers_.emplace(IdOf(controller), controller);
       }
     }
+  }
+
+  /// The library refuses colours with blanks before the first number, and crashes on weights.
+  bool DropLeadingBlanks() {
+    BlankDropper dropper;
+    root_.traverse(dropper);
+    return dropper.hasDropped;
   }
 
   /// The library sees marks within the common profile of an effect, not those behind it.
@@ -145,9 +185,11 @@ class Patcher {
 
   void AddInstance(xml_node node) {
     std::string mesh = Target(node.attribute("url"));
-    if (const auto controller = meshOfController_.find(mesh);
-        controller != meshOfController_.end() && !geometries_.contains(mesh)) {
-      mesh = controller->second;
+    xml_node skin;
+    if (const auto controller = controllers_.find(mesh);
+        controller != controllers_.end() && !geometries_.contains(mesh)) {
+      skin = controller->second.child("skin");
+      mesh = Target(controller->second.first_child().attribute("source"));
     }
     const auto geometry = geometries_.find(mesh);
     if (geometry == geometries_.end()) return;
@@ -155,7 +197,7 @@ class Patcher {
     for (const xml_node binding : BindingsOf(node).children("instance_material")) {
       targets[binding.attribute("symbol").value()] = Target(binding.attribute("target"));
     }
-    Instance instance{node, std::move(mesh), {}};
+    Instance instance{node, std::move(mesh), {}, skin.child("bind_shape_matrix")};
     for (const xml_node part : PartsOf(geometry->second)) {
       const std::string symbol = part.attribute("material").value();
       const auto target = targets.find(symbol);
@@ -166,6 +208,35 @@ class Patcher {
                        (materials_.contains(symbol) && symbol != wanted);
     }
     instances_.push_back(std::move(instance));
+  }
+
+  /// A skin's bind shape matrix places the mesh within its node; the library leaves it out. It
+  /// becomes the last transform of the node, or of an inner one when something else hangs there.
+  bool PlaceSkins() {
+    constexpr std::string_view kIdentity = "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1";
+    bool isAnyPlaced = false;
+    for (const Instance& instance : instances_) {
+      const std::string_view matrix = WithoutLeadingBlanks(instance.bindShape.text().get());
+      if (matrix.empty() || matrix == kIdentity) continue;
+      xml_node node = instance.node.parent();
+      if (HasOtherContent(node, instance.node)) {
+        const char* name = node.attribute("name").value();
+        node = node.append_child("node");
+        node.append_attribute("name").set_value(name);
+        node.append_move(instance.node);
+      }
+      node.insert_child_before("matrix", instance.node).text().set(instance.bindShape.text().get());
+      isAnyPlaced = true;
+    }
+    return isAnyPlaced;
+  }
+
+  static bool HasOtherContent(xml_node node, xml_node instance) {
+    for (const xml_node child : node.children()) {
+      const std::string_view name = child.name();
+      if (child != instance && (name == "node" || name.starts_with("instance_"))) return true;
+    }
+    return false;
   }
 
   static xml_node BindingsOf(xml_node instance) {
@@ -240,17 +311,9 @@ class Patcher {
   xml_node root_;
   std::set<std::string> materials_;             // those that the library will have
   std::map<std::string, xml_node> geometries_;  // by id
-  std::map<std::string, std::string> meshOfController_;
+  std::map<std::string, xml_node> controllers_;
   std::vector<Instance> instances_;
   bool needsBindings_ = false;
-};
-
-class StringWriter : public pugi::xml_writer {
- public:
-  void write(const void* data, std::size_t size) override {
-    text.append(static_cast<const char*>(data), size);
-  }
-  std::string text;
 };
 
 }  // namespace
@@ -259,9 +322,7 @@ std::optional<std::string> PatchCollada(std::string_view text) {
   pugi::xml_document document;
   if (!document.load_buffer(text.data(), text.size())) return std::nullopt;
   if (!Patcher(document.child("COLLADA")).Run()) return std::nullopt;
-  StringWriter writer;
-  document.save(writer, "", pugi::format_raw);
-  return std::move(writer.text);
+  return XmlText(document);
 }
 
 }  // namespace mapexport
