@@ -53,16 +53,18 @@ TEST(BlenderFileTest, FbxKeywordsHiddenNodesTextureScaleAndMetres) {
   EXPECT_THAT(RemarksOf(level),
               ElementsAre("note scale: lengths are multiplied by 100; the file's unit is 100 cm",
                           "note hidden-nodes: 1 mesh is hidden in the file and kept: \"Hidden\"",
-                          HasSubstr("idle-member: the property \"notcollidable\" (\"maybe\")")));
+                          HasSubstr("idle-member: the property \"notcollidable\" (\"maybe\")"),
+                          "left-out: left out: 1 morph target"));
 
   const ImportedScene shown =
       ImportScene(BlenderFile("level.fbx"), {.scale = 2.0f, .skipHidden = true});
   EXPECT_EQ(Named(shown, "Hidden").mesh, nullptr);
   EXPECT_NE(Named(shown, "Below").mesh, nullptr) << "in Blender each node hides itself alone";
   EXPECT_EQ(TrianglesOf(shown), 3u);
-  EXPECT_THAT(RemarksOf(shown),
-              ElementsAre("note scale: lengths are multiplied by 2; the file's unit is 100 cm",
-                          HasSubstr("idle-member"), "left-out: left out: 1 hidden node"));
+  EXPECT_THAT(
+      RemarksOf(shown),
+      ElementsAre("note scale: lengths are multiplied by 2; the file's unit is 100 cm",
+                  HasSubstr("idle-member"), "left-out: left out: 1 morph target, 1 hidden node"));
 }
 
 TEST_F(ImporterTest, FbxOfOtherToolsHidesWhatIsBelow) {

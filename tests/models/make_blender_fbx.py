@@ -6,7 +6,8 @@ instances.fbx        one mesh on three nodes, each with its own material, and us
 instances_ascii.fbx  the same, ASCII; Blender writes only binary files, so this script converts it
 offsets.fbx          geometric offsets on nested nodes, on an edge and on a helper; difficult names
 skin.fbx             a mesh on two bones, with two sets of texture coordinates and a texture
-level.fbx            in metres: custom properties on nodes and a mesh, a hidden node, a scaled texture
+level.fbx            in metres: custom properties on nodes and a mesh, a hidden node with
+                     a shape key, a scaled texture
 
 Blender exports a custom property under its own name. That is how the user property text and the
 geometric offsets, which Blender itself doesn't have, get into the files.
@@ -161,6 +162,8 @@ def make_level():
     floor = add("Floor", quad, (1, 2, 3), FloorFace=1.0, notrendered=0, notcollidable="maybe",
                 userProperties="one, two\\nthree;four")
     hidden = add("Hidden", mesh("Triangle", QUAD[:3], [(0, 1, 2)]), parent=floor)
+    hidden.shape_key_add()
+    hidden.shape_key_add(name="Key").data[0].co.z = 1
     add("Below", hidden.data, parent=hidden, notshownplan="Yes")
     hidden.hide_viewport = True
     save("level.fbx")

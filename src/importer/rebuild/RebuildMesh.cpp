@@ -1,6 +1,7 @@
 // A host mesh from the library's meshes of one node.
 #include "importer/rebuild/RebuildMesh.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -66,6 +67,7 @@ RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndi
                         const std::vector<int>& hostMaterials,
                         const std::vector<std::vector<bool>>& flatFaces, LeftOut& leftOut) {
   MeshBuilder builder(leftOut);
+  unsigned morphs = 0;  // readers give each part of a node's mesh all of them
   for (const unsigned index : meshIndices) {
     const aiMesh* mesh =
         scene.mMeshes != nullptr && index < scene.mNumMeshes ? scene.mMeshes[index] : nullptr;
@@ -73,10 +75,12 @@ RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndi
       ++leftOut.meshes;
       continue;
     }
+    morphs = std::max(morphs, mesh->mNumAnimMeshes);
     const unsigned material = mesh->mMaterialIndex;
     AddTo(builder, *mesh, material < hostMaterials.size() ? hostMaterials[material] : -1,
           index < flatFaces.size() ? flatFaces[index] : std::vector<bool>(), leftOut);
   }
+  leftOut.morphs += morphs;
   return builder.Finish();
 }
 
