@@ -283,6 +283,27 @@ TEST_F(ProgramTest, ReportsTellPrograms) {
               HasSubstr("t.kob: 0 of 1 triangles are left"));
 }
 
+TEST_F(ProgramTest, KeywordFilesServeEveryFormat) {
+  Write(work_ / "level.obj", std::string("o Floor.1\n") + kObject);
+  Write(work_ / "level.mtl", "newmtl Red\n");
+  Write(work_ / "k.txt", "Floor*: notrendered\nRoof: climbable\n");
+  for (const std::string& scene : {std::string("level.obj"), scene_}) {
+    SCOPED_TRACE(scene);
+    const Outcome exported = Run({"export", scene, "a.kob", "--fresh", "--quiet", "--keywords",
+                                  "k.txt", "--depfile", "a.d", "--seed", "1"});
+    EXPECT_EQ(exported.err, "mapexport: warning: k.txt: line 2: no node is named like \"Roof\"\n");
+    EXPECT_THAT(Content(work_ / "a.d"), HasSubstr(scene + " \\\n  k.txt"));
+    EXPECT_THAT(Run({"inspect", "a.kob", "--json"}).out, HasSubstr("\"flags\": 4"));
+    EXPECT_EQ(Run({"scene", scene, "--keywords", "k.txt", "-o", "b.scene.json"}).err, exported.err);
+    EXPECT_EQ(Run({"export", "b.scene.json", "b.kob", "--fresh", "--seed", "1"}).status, 0);
+    EXPECT_EQ(Content(work_ / "a.kob"), Content(work_ / "b.kob"));
+  }
+  Write(work_ / "bad.txt", "Floor\n");
+  ExpectRefusal(Export("a.kob", {"--keywords", "bad.txt"}), "error: bad.txt: line 1: ");
+  ExpectRefusal(Export("a.kob", {"--keywords", "none.txt"}), "error: none.txt: can't be read");
+  ExpectRefusal(Run({"scene", scene_, "--keywords", "k.txt", "-o", "k.txt"}), "k.txt: ");
+}
+
 TEST(RunReportTest, SumsOfCountsDoNotWrap) {
   RunReport report;
   report.leftOut = {{RemarkKind::kWarning, "left-out-points", "", ~std::uint64_t{0}},

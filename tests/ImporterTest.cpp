@@ -221,14 +221,15 @@ TEST(NearKeywordsTest, WordsThatWereMeantToBeKeywords) {
   scene.root.children[1].userProperties = "Climbable";
   const std::vector<NearKeyword> near = FindNearKeywords(scene);
   ASSERT_EQ(near.size(), 2u);
-  EXPECT_THAT(Describe(near[1]), HasSubstr("\"floorface, climbable\""));
-  EXPECT_EQ(near[0].count, 2u);
-  EXPECT_THAT(Describe(near[0]), testing::AllOf(HasSubstr("\"Deck\""), HasSubstr("\"Climbable\""),
-                                                HasSubstr("\"climbable\"")));
+  EXPECT_THAT(Describe(near[1]).text, HasSubstr("\"floorface, climbable\""));
+  EXPECT_THAT(near[0].nodes, ElementsAre("Deck", ""));
+  EXPECT_THAT(Describe(near[0]).text,
+              testing::AllOf(HasSubstr("\"Deck\""), HasSubstr("\"Climbable\""),
+                             HasSubstr("\"climbable\"")));
 }
 
 TEST(LimitRemarksTest, TheLastOnesStandForTheRest) {
-  Remarks remarks(10'000, {RemarkKind::kWarning, "near-keyword", "a", 2});
+  Remarks remarks(10'000, {RemarkKind::kWarning, "near-keyword", "a", 2, 1, {"node"}});
   remarks.push_back({RemarkKind::kNote, "axes", std::string(9000, 'b') + "\u00e9"});
   LimitRemarks(remarks);
   ASSERT_EQ(remarks.size(), kMostRemarks);
@@ -236,10 +237,14 @@ TEST(LimitRemarksTest, TheLastOnesStandForTheRest) {
   EXPECT_EQ(rest.text, "5906 more warnings like these (near-keyword)");
   EXPECT_EQ(rest.stands, 5906U);
   EXPECT_EQ(rest.count, 11'812U);
+  EXPECT_EQ(rest.nodes.size(), 5906U);
   EXPECT_EQ(remarks.back().text, std::string(kLongestRemark - 3, 'b') + "...");
   remarks = {{RemarkKind::kNote, "axes", std::string(kLongestRemark - 4, 'b') + "\u00e9bcd"}};
   LimitRemarks(remarks);  // between characters
   EXPECT_EQ(remarks[0].text, std::string(kLongestRemark - 4, 'b') + "...");
+  remarks[0].nodes = {"short", std::string(kMostNodeBytes, 'n')};
+  LimitRemarks(remarks);
+  EXPECT_THAT(remarks[0].nodes, ElementsAre("short"));
 }
 
 TEST_F(ImporterTest, EqualNamesOfDifferentMaterialsAreTold) {

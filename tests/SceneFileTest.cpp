@@ -2,8 +2,11 @@
 
 #include "fuzz/FuzzScene.h"
 #include "scene/HostScene.h"
+#include "scene/IdleKeywords.h"
 #include "scene/JsonSyntax.h"
+#include "scene/KeywordFile.h"
 #include "support/SceneTexts.h"
+#include "system/ShellPattern.h"
 
 namespace mapexport {
 namespace {
@@ -254,6 +257,96 @@ TEST(IsSceneFile, GoesByTheEndOfTheName) {
   for (const char* path : {"a.json", "scene.json", "a.scene.json ", "a.scene.jso", ""}) {
     EXPECT_FALSE(IsSceneFile(path)) << path;
   }
+}
+
+TEST(ShellPatternTest, MeansWhatShellsMean) {
+  for (const auto& [pattern, fitting, others] :
+       {std::tuple<const char*, std::vector<const char*>, std::vector<const char*>>{
+            "Floor*", {"Floor", "Floor.001"}, {"floor", "aFloor", ""}},
+        {"*a*b*ab", {"aabab", "xaxbxab"}, {"aab", "abba"}},
+        {"?[a-c]",
+         {"\u00e4b",
+          "\xFF"
+          "a"},
+         {"b", "ad", "abc"}},
+        {"[!]x-][]]", {"y]"}, {"x]", "-]", "]]"}},
+        {"\\*[\\]a]\\", {"*]\\", "*a\\"}, {"x]\\"}},
+        {"[a", {"[a"}, {"a"}},
+        {"", {""}, {"a"}},
+        {"**", {"", "a"}, {}}}) {
+    for (const char* text : fitting) EXPECT_TRUE(MatchesPattern(text, pattern)) << pattern << text;
+    for (const char* text : others) EXPECT_FALSE(MatchesPattern(text, pattern)) << pattern << text;
+  }
+  // Not exponential.
+  const std::string text(5000, 'a');
+  EXPECT_FALSE(MatchesPattern(text, "*a*a*a*a*a*a*a*a*a*a*b"));
+}
+
+TEST(KeywordFileTest, GivesNodesWithAMeshTheirKeywords) {
+  const ScratchFile file(
+      "\xEF\xBB\xBF# floors\r\n\r\n Floor* :FloorFace, climbable\r\n"
+      "Level:Wall: notrendered\nGroup: climbable\nnone: climbable");
+  const std::vector<KeywordRule> rules = ReadKeywordFile(ScratchFile::Path());
+  Scene scene;
+  SceneNode& group = scene.root.children.emplace_back();
+  group.name = "Group";
+  const auto add = [&group](const char* name, const char* text) {
+    SceneNode node;
+    node.name = name;
+    node.userProperties = text;
+    node.object = SceneObject::kMesh;
+    group.children.push_back(node);
+  };
+  add("Floor.1", "");
+  add("Floor", "a\tclimbable");
+  add("Level:Wall", "notrendered\n");
+  add("Wall", "");
+  const Remarks remarks = SetKeywords(rules, scene);
+  EXPECT_EQ(group.userProperties, "");
+  EXPECT_EQ(group.children[0].userProperties, "floorface\r\nclimbable\r\n");
+  EXPECT_EQ(group.children[1].userProperties, "a\tclimbable\r\nfloorface\r\n");
+  EXPECT_EQ(group.children[2].userProperties, "notrendered\n");
+  EXPECT_EQ(group.children[3].userProperties, "");
+  ASSERT_EQ(remarks.size(), 2u);
+  EXPECT_EQ(remarks[0].text, "line 5: no node with a mesh is named like \"Group\"");
+  EXPECT_EQ(remarks[1].text, "line 6: no node is named like \"none\"");
+}
+
+TEST(KeywordFileTest, RefusesBadLinesByTheirNumber) {
+  for (const auto& [line, reason] :
+       {std::pair{"Floor climbable", "\"Floor climbable\" is no \"PATTERN: keyword, keyword\""},
+        {": climbable", "there is no pattern before the \":\""},
+        {"Floor:", "a keyword is missing"},
+        {"Floor: climbable,", "a keyword is missing"},
+        {"Floor: climable", "\"climable\" is no keyword; \"climbable\" is one"},
+        {"Floor: a\x1b", "\"a\\u001B\" is no keyword"}}) {
+    const ScratchFile file(std::string("a*: climbable\n") + line + "\n");
+    try {
+      ReadKeywordFile(ScratchFile::Path());
+      ADD_FAILURE() << line;
+    } catch (const SceneError& error) {
+      EXPECT_EQ(error.what(), ScratchFile::Path() + ": line 2: " + reason);
+    }
+  }
+}
+
+TEST(IdleKeywordsTest, AreThoseThatTheExporterMakesNothingOf) {
+  const std::string mesh = R"("mesh":{"vertices":[[0,0,0],[1,0,0],[0,1,0]],"faces":[[0,1,2]]},)"
+                           R"("userProperties":"climbable")";
+  const Scene scene = Read(
+      R"({"format":"mapexport-scene","version":1,"root":{"userProperties":"floorface","children":[)"
+      R"({"name":"good",)" +
+      mesh + R"(},{"name":"excluded",)" + mesh +
+      R"(},{"name":"Static a","children":[{"name":"in",)" + mesh + R"(},{"name":"static b",)" +
+      mesh + R"(},{"name":"behind",)" + mesh + R"(}]},{"name":"after",)" + mesh +
+      R"(},{"name":"Bare","userProperties":"climbable"}]}})");
+  const Remarks remarks = FindIdleKeywords(scene);
+  ASSERT_EQ(remarks.size(), 3u);
+  EXPECT_THAT(remarks[0].nodes, testing::ElementsAre("Bare"));
+  EXPECT_THAT(remarks[1].text, testing::HasSubstr("\"floorface\""));
+  EXPECT_THAT(remarks[2].nodes, testing::ElementsAre("in", "static b"));
+  EXPECT_THAT(remarks[2].text, testing::StartsWith("\"climbable\" in the user properties of node "
+                                                   "\"in\" and 1 more does nothing: the node is within"));
 }
 
 }  // namespace

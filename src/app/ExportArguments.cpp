@@ -102,6 +102,8 @@ constexpr std::array kOptions{
     kSceneScaleOption,
     kHiddenOption,
     kReadLimitOption,
+    kKeywordsOption,
+    kOneSidedOption,
     OptionInfo{.name = "depfile",
                .kind = kText,
                .argument = "FILE",

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "app/ExportSettings.h"
+#include "app/LoadScene.h"
 #include "system/RunError.h"
 
 namespace mapexport {
@@ -43,7 +44,7 @@ std::string ModelPath(const std::string& path) {
 
 TakenFiles NamedInputs(const ExportArguments& arguments) {
   TakenFiles inputs;
-  inputs.Add(arguments.scene.path, "scene");
+  AddNamedInputs(arguments.scene, inputs);
   if (const std::string* const picked = PickedCxp(arguments)) inputs.Add(*picked, kCxpInput);
   // With --fresh, too: a store that the user names must not be replaced.
   if (arguments.settings) inputs.Add(*arguments.settings, "settings store");
@@ -67,6 +68,7 @@ void AddCxp(const std::string& path, TakenFiles& inputs) {
 std::vector<std::string> Dependencies(const ExportArguments& arguments,
                                       std::vector<std::string> sideFiles, const std::string& cxp) {
   std::vector<std::string> files{arguments.scene.path};
+  if (arguments.scene.keywords) files.push_back(*arguments.scene.keywords);
   for (std::string& file : sideFiles) files.push_back(std::move(file));
   if (!cxp.empty()) files.push_back(cxp);
   if (arguments.settings && !arguments.fresh) {

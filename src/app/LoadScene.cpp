@@ -5,6 +5,8 @@
 #include <fmt/format.h>
 
 #include "importer/SourceFile.h"
+#include "scene/IdleKeywords.h"
+#include "scene/KeywordFile.h"
 #include "scene/NearKeywords.h"
 #include "scene/SceneFile.h"
 #include "worker/ReadForeignScene.h"
@@ -39,33 +41,57 @@ void WarnOfConfinement(const Confinement& confinement, const std::string& path,
                                                       StateOf(confinement), lacks));
 }
 
-}  // namespace
-
-LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& stages) {
-  const auto begin = [&stages](const char* stage) { stages.Begin(stage); };
-  // Piped input has no extension, so it is a scene file.
-  if (IsSceneFile(source.path) || source.path == "/dev/stdin") {
-    begin("reading");
-    if (source.import.up != UpAxis::kAuto || source.import.scale || source.import.skipHidden) {
-      messages.Warning("option-without-effect",
-                       fmt::format("{}: --up, --scale and --hidden have no effect: a scene file "
-                                   "holds the scene as the exporter sees it",
-                                   source.path));
-    }
-    LoadedScene loaded{ReadSceneFile(source.path), {}, {}, {}};
-    Remarks remarks;
-    for (const NearKeyword& near : FindNearKeywords(loaded.scene)) {
-      remarks.push_back(MakeWarning("near-keyword", Describe(near), near.count));
-    }
-    messages.TellAll(source.path, std::move(remarks));
-    return loaded;
+LoadedScene LoadSceneFile(const SceneSource& source, Messages& messages) {
+  if (source.import.up != UpAxis::kAuto || source.import.scale || source.import.skipHidden) {
+    messages.Warning("option-without-effect",
+                     fmt::format("{}: --up, --scale and --hidden have no effect: a scene file holds "
+                                 "the scene as the exporter sees it",
+                                 source.path));
   }
+  LoadedScene loaded{ReadSceneFile(source.path), {}, {}, {}};
+  Remarks remarks;
+  for (NearKeyword& near : FindNearKeywords(loaded.scene)) {
+    remarks.push_back(Describe(std::move(near)));
+  }
+  messages.TellAll(source.path, std::move(remarks));
+  return loaded;
+}
+
+LoadedScene LoadForeignScene(const SceneSource& source, Messages& messages, Stages& stages) {
   const std::uint32_t seconds = source.seconds ? *source.seconds : ReadSeconds(source.path);
-  auto [imported, confinement] = ReadForeignScene(source.path, source.import, seconds, begin);
+  auto [imported, confinement] = ReadForeignScene(
+      source.path, source.import, seconds, [&stages](const char* stage) { stages.Begin(stage); });
   WarnOfConfinement(confinement, source.path, messages);
   messages.TellAll(source.path, std::move(imported.remarks));
   return {std::move(imported.scene), std::move(imported.leftOut), std::move(imported.sideFiles),
           std::move(confinement)};
+}
+
+bool IsForeign(const std::string& path) {
+  // Piped input has no extension, so it is a scene file.
+  return !IsSceneFile(path) && path != "/dev/stdin";
+}
+
+}  // namespace
+
+void AddNamedInputs(const SceneSource& source, TakenFiles& inputs) {
+  inputs.Add(source.path, "scene");
+  if (source.keywords) inputs.Add(*source.keywords, "file of --keywords");
+}
+
+LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& stages) {
+  std::vector<KeywordRule> rules;
+  if (source.keywords) rules = ReadKeywordFile(*source.keywords);
+  const bool isForeign = IsForeign(source.path);
+  if (!isForeign) stages.Begin("reading");
+  LoadedScene loaded =
+      isForeign ? LoadForeignScene(source, messages, stages) : LoadSceneFile(source, messages);
+  if (source.oneSided) {
+    for (SceneMaterial& material : loaded.scene.materials) material.twoSided = false;
+  }
+  if (source.keywords) messages.TellAll(*source.keywords, SetKeywords(rules, loaded.scene));
+  messages.TellAll(source.path, FindIdleKeywords(loaded.scene));
+  return loaded;
 }
 
 }  // namespace mapexport

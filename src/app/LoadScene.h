@@ -8,6 +8,7 @@
 #include "app/Messages.h"
 #include "app/Stages.h"
 #include "cli/SharedOptions.h"
+#include "output/TakenFiles.h"
 #include "scene/Scene.h"
 #include "system/Remark.h"
 #include "worker/ConfineReader.h"
@@ -20,6 +21,9 @@ struct LoadedScene {
   std::vector<std::string> sideFiles;      ///< other files that were read, as paths to open
   std::optional<Confinement> confinement;  ///< for a foreign scene
 };
+
+/// Adds the files that the command line names for `source`.
+void AddNamedInputs(const SceneSource& source, TakenFiles& inputs);
 
 /// Loads the scene file or foreign scene of `source` and prints its warnings and notes. Begins the
 /// stage of reading, which must be the first stage of the run. Throws SceneError.

@@ -22,6 +22,13 @@ void WriteMember(JsonStream& json, std::string_view key, std::uint64_t number) {
   json.Number(number);
 }
 
+void WriteTexts(JsonStream& json, std::string_view key, std::span<const std::string> texts) {
+  json.Key(key);
+  json.Open('[', true);
+  for (const std::string& text : texts) json.Text(text);
+  json.Close(']');
+}
+
 void WriteConfinement(JsonStream& json, const Confinement& confinement) {
   const auto state = [](const std::string& lack) { return lack.empty() ? "in force" : lack; };
   json.Key("confinement");
@@ -74,6 +81,7 @@ void WriteRemarks(JsonStream& json, std::string_view key, std::span<const Remark
     WriteMember(json, "code", remark.code);
     WriteMember(json, "count", remark.count);
     WriteMember(json, "text", remark.text);
+    if (!remark.nodes.empty()) WriteTexts(json, "nodes", remark.nodes);
     json.Close('}');
   }
   json.Close(']');
@@ -142,10 +150,7 @@ void WriteReport(const RunReport& report, std::span<const Remark> remarks,
     WriteMember(json, "sha256", report.sha256);
     WriteMember(json, "bytes", report.bytes);
   }
-  json.Key("dependencies");
-  json.Open('[', true);
-  for (const std::string& file : report.dependencies) json.Text(file);
-  json.Close(']');
+  WriteTexts(json, "dependencies", report.dependencies);
   if (report.confinement) WriteConfinement(json, *report.confinement);
   if (report.before) WriteBefore(json, *report.before);
   if (report.layout) WriteAfter(json, report.after, *report.layout);

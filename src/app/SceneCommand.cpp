@@ -33,6 +33,8 @@ constexpr std::array kOptions{
     kSceneScaleOption,
     kHiddenOption,
     kReadLimitOption,
+    kKeywordsOption,
+    kOneSidedOption,
 };
 
 struct SceneArguments {
@@ -48,7 +50,7 @@ ExitStatus Run(const CommandLine& line) {
   Stages stages(false);
   const OutputTarget target = FindOutput(arguments.output);
   TakenFiles inputs;
-  inputs.Add(arguments.scene.path, "scene");
+  AddNamedInputs(arguments.scene, inputs);
   inputs.RequireFree(target);
   const LoadedScene loaded = LoadScene(arguments.scene, messages, stages);
   for (const std::string& file : loaded.sideFiles) inputs.Add(file, kSideInput);

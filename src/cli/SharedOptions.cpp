@@ -10,6 +10,8 @@ SceneSource SceneOf(const CommandLine& line) {
   if (const auto up = WordValue(line, kUpOption)) scene.import.up = static_cast<UpAxis>(*up);
   scene.import.scale = ScaleValue(line);
   scene.import.skipHidden = WordValue(line, kHiddenOption) == 1;
+  scene.keywords = PathValue(line, kKeywordsOption.name);
+  scene.oneSided = line.Has(kOneSidedOption.name);
   scene.seconds = WholeValue(line, kReadLimitOption.name);
   return scene;
 }

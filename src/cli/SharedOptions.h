@@ -53,9 +53,23 @@ inline constexpr OptionInfo kReadLimitOption{
         "and 1 s per begun 4 MB of the file, at most 45, and 45 where the data is in other "
         "files (.gltf)"};
 
+inline constexpr OptionInfo kKeywordsOption{
+    .name = "keywords",
+    .kind = OptionKind::kText,
+    .argument = "FILE",
+    .help =
+        "keywords for nodes by name, for every format: lines \"PATTERN: keyword, keyword\" with "
+        "shell patterns (\"Floor*: floorface\")"};
+inline constexpr OptionInfo kOneSidedOption{
+    .name = "one-sided",
+    .kind = OptionKind::kFlag,
+    .help = "no material counts as two-sided, so that no triangle is doubled"};
+
 /// A scene to load, and options for it.
 struct SceneSource {
   std::string path;
+  std::optional<std::string> keywords;  ///< path of a keyword file
+  bool oneSided = false;                ///< no material counts as two-sided
   // For foreign formats only.
   ImportOptions import;
   std::optional<std::uint32_t> seconds;  ///< of processor time; 0: no limit; empty: ReadSeconds

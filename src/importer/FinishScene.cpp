@@ -122,8 +122,8 @@ std::uint64_t BlankControlCharacters(Scene& scene) {
 
 void FinishScene(ImportedScene& imported, LeftOut& leftOut) {
   BlankNames(imported);
-  for (const NearKeyword& near : FindNearKeywords(imported.scene)) {
-    imported.remarks.push_back(MakeWarning("near-keyword", Describe(near), near.count));
+  for (NearKeyword& near : FindNearKeywords(imported.scene)) {
+    imported.remarks.push_back(Describe(std::move(near)));
   }
   leftOut.materials += DropUnusedMaterials(imported.scene);
   WarnOfEqualNames(imported.scene, imported.remarks);

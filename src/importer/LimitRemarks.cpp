@@ -1,6 +1,7 @@
 #include "importer/LimitRemarks.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string_view>
@@ -22,9 +23,22 @@ std::size_t CodesOf(const Remarks& remarks) {
   return codes.size();
 }
 
+void LimitNodes(Remarks& remarks) {
+  std::size_t room = kMostNodeBytes;
+  for (Remark& remark : remarks) {
+    const auto end = std::ranges::find_if(remark.nodes, [&room](const std::string& name) {
+      const bool fits = NodeBytes(name) <= room;
+      if (fits) room -= NodeBytes(name);
+      return !fits;
+    });
+    remark.nodes.erase(end, remark.nodes.end());
+  }
+}
+
 }  // namespace
 
 void LimitRemarks(Remarks& remarks) {
+  LimitNodes(remarks);
   for (Remark& remark : remarks) {
     if (remark.text.size() <= kLongestRemark) continue;
     remark.text.resize(WholeCharacters(remark.text, kLongestRemark - kCut.size()).size());
@@ -43,8 +57,10 @@ void LimitRemarks(Remarks& remarks) {
       others.push_back(std::move(remark));
       continue;
     }
-    others[entry->second].count = AddCounts(others[entry->second].count, remark.count);
-    others[entry->second].stands += remark.stands;
+    Remark& other = others[entry->second];
+    other.count = AddCounts(other.count, remark.count);
+    other.stands += remark.stands;
+    std::ranges::move(remark.nodes, std::back_inserter(other.nodes));
   }
   remarks.resize(kept);
   for (Remark& other : others) {

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "scene/UserProperties.h"
 #include "system/Ascii.h"
 #include "system/FaceKeywords.h"
 
@@ -49,14 +50,9 @@ bool IsSeveralKeywords(std::string_view word) {
 }
 
 template <class Visitor>
-void VisitWords(const SceneNode& node, const Visitor& visit) {
-  std::string_view text = node.userProperties;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find_first_of("\t\n\r"), text.size());
-    visit(node, text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
-  for (const SceneNode& child : node.children) VisitWords(child, visit);
+void VisitWordsOfNodes(const SceneNode& node, const Visitor& visit) {
+  VisitWords(node.userProperties, [&](std::string_view word) { visit(node, word); });
+  for (const SceneNode& child : node.children) VisitWordsOfNodes(child, visit);
 }
 
 }  // namespace
@@ -80,24 +76,28 @@ std::string_view NearestKeyword(std::string_view word) {
 std::vector<NearKeyword> FindNearKeywords(const Scene& scene) {
   std::vector<NearKeyword> found;
   std::unordered_map<std::string, std::size_t> placeOf;
-  VisitWords(scene.root, [&](const SceneNode& node, std::string_view word) {
+  VisitWordsOfNodes(scene.root, [&](const SceneNode& node, std::string_view word) {
     const std::string_view keyword = NearestKeyword(word);
     if (keyword.empty() && !IsSeveralKeywords(word)) return;
     const auto [entry, isNew] = placeOf.try_emplace(std::string(word), found.size());
-    if (isNew)
-      found.push_back({node.name, std::string(word), keyword});
-    else
-      ++found[entry->second].count;
+    if (isNew) found.push_back({std::string(word), keyword, {}});
+    found[entry->second].nodes.push_back(node.name);
   });
   return found;
 }
 
-std::string Describe(const NearKeyword& near) {
-  return fmt::format("\"{}\" in the user properties of node \"{}\"{} is no keyword; {}", near.word,
-                     near.node,
-                     near.count == 1 ? "" : fmt::format(" and {} more lines", near.count - 1),
-                     near.keyword.empty() ? "each keyword has a line of its own"
-                                          : fmt::format("\"{}\" is one", near.keyword));
+Remark Describe(NearKeyword near) {
+  const std::size_t count = near.nodes.size();
+  Remark remark =
+      MakeWarning("near-keyword",
+                  fmt::format("\"{}\" in the user properties of node \"{}\"{} is no keyword; {}",
+                              near.word, near.nodes.front(),
+                              count == 1 ? "" : fmt::format(" and {} more lines", count - 1),
+                              near.keyword.empty() ? "each keyword has a line of its own"
+                                                   : fmt::format("\"{}\" is one", near.keyword)),
+                  count);
+  remark.nodes = std::move(near.nodes);
+  return remark;
 }
 
 }  // namespace mapexport

@@ -7,14 +7,14 @@
 #include <vector>
 
 #include "scene/Scene.h"
+#include "system/Remark.h"
 
 namespace mapexport {
 
 struct NearKeyword {
-  std::string node;          ///< name of the first node with it
-  std::string word;          ///< as it is in the text
-  std::string_view keyword;  ///< empty: the word is several keywords in one
-  std::size_t count = 1;     ///< nodes' lines with this word
+  std::string word;                ///< as it is in the text
+  std::string_view keyword;        ///< empty: the word is several keywords in one
+  std::vector<std::string> nodes;  ///< names of the nodes with it, one for each line
 };
 
 /// Whether `word` sets a flag of a node's faces.
@@ -30,7 +30,7 @@ std::string_view NearestKeyword(std::string_view word);
 /// of the nodes.
 std::vector<NearKeyword> FindNearKeywords(const Scene& scene);
 
-/// One line that names the node and both words.
-std::string Describe(const NearKeyword& near);
+/// A warning that names both words and the nodes.
+Remark Describe(NearKeyword near);
 
 }  // namespace mapexport

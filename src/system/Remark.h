@@ -21,16 +21,18 @@ struct Remark {
   std::string text;
   std::uint64_t count = 1;   ///< how many things it is about
   std::uint64_t stands = 1;  ///< how many remarks of its code it sums up (LimitRemarks)
+  /// Names of the nodes that it is about, where it is about nodes.
+  std::vector<std::string> nodes = {};
 };
 
 using Remarks = std::vector<Remark>;
 
 inline Remark MakeWarning(RemarkCode code, std::string text, std::uint64_t count = 1) {
-  return {RemarkKind::kWarning, code.Text(), std::move(text), count};
+  return {RemarkKind::kWarning, code.Text(), std::move(text), count, 1, {}};
 }
 
 inline Remark MakeNote(RemarkCode code, std::string text, std::uint64_t count = 1) {
-  return {RemarkKind::kNote, code.Text(), std::move(text), count};
+  return {RemarkKind::kNote, code.Text(), std::move(text), count, 1, {}};
 }
 
 /// The sum of two counts, or the largest number if that overflows: the counts come from a reader

@@ -25,6 +25,7 @@ inline constexpr std::string_view kRemarkCodes[] = {
     "file-unit",
     "folder-not-synced",
     "hidden-nodes",
+    "idle-keyword",
     "idle-member",
     "indices-cut",
     "left-out",
@@ -78,6 +79,7 @@ inline constexpr std::string_view kRemarkCodes[] = {
     "small-for-welding",
     "texture-coordinates-changed",
     "unknown-material",
+    "unused-pattern",
     "weld-stays-on",
 };
 

@@ -16,6 +16,11 @@ namespace {
 constexpr std::size_t kMostCodes = 64;
 constexpr std::size_t kLongestCode = 64;
 
+void PutTexts(std::string& bytes, const std::vector<std::string>& texts) {
+  PutNumber(bytes, texts.size());
+  for (const std::string& text : texts) PutText(bytes, text);
+}
+
 void PutRemarks(std::string& bytes, const Remarks& remarks) {
   PutNumber(bytes, remarks.size());
   for (const Remark& remark : remarks) {
@@ -24,12 +29,14 @@ void PutRemarks(std::string& bytes, const Remarks& remarks) {
     PutText(bytes, remark.text);
     PutNumber(bytes, remark.count);
     PutNumber(bytes, remark.stands);
+    PutTexts(bytes, remark.nodes);
   }
 }
 
 Remarks RemarksOf(MessageParts& parts) {
   Remarks remarks;
   std::set<std::string> codes;
+  std::size_t nodeBytes = 0;
   const std::uint64_t count = parts.Number();
   if (count > kMostRemarks) throw BadMessage();
   for (std::uint64_t i = 0; i < count; ++i) {
@@ -40,6 +47,10 @@ Remarks RemarksOf(MessageParts& parts) {
     remark.count = parts.Number();
     // Within 32 bits, so that a sum of them can't overflow.
     remark.stands = std::clamp<std::uint64_t>(parts.Number(), 1, UINT32_MAX);
+    for (std::uint64_t nodes = parts.Number(); nodes > 0; --nodes) {
+      nodeBytes += NodeBytes(remark.nodes.emplace_back(parts.Text()));
+      if (nodeBytes > kMostNodeBytes) throw BadMessage();
+    }
     codes.insert(remark.code);
     if (remark.code.size() > kLongestCode || codes.size() > kMostCodes) throw BadMessage();
   }
@@ -66,8 +77,7 @@ std::string ToBytes(const ReaderMessage& message) {
   std::string bytes;
   PutRemarks(bytes, message.remarks);
   PutRemarks(bytes, message.leftOut);
-  PutNumber(bytes, message.sideFiles.size());
-  for (const std::string& file : message.sideFiles) PutText(bytes, file);
+  PutTexts(bytes, message.sideFiles);
   return bytes;
 }
 

@@ -124,6 +124,7 @@ void UserText::AddRemarks(const std::string& nodeName, Remarks& remarks) const {
     remarks.push_back(MakeWarning(
         "idle-member", fmt::format("the property \"{}\" ({}) of node \"{}\" does nothing: {}",
                                    idle.name, idle.value, nodeName, idle.reason)));
+    remarks.back().nodes = {nodeName};
   }
 }
 
