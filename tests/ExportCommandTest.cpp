@@ -280,7 +280,9 @@ TEST_F(ProgramTest, ReportsTellPrograms) {
   report = parser.load((work_ / "r.json").string());
   EXPECT_EQ(report["milliseconds"]["rebuilding"].error(), simdjson::SUCCESS);
   EXPECT_THAT(Run({"export", "t.obj", "t.kob", "--fresh", "--scale", "0.01"}).err,
-              HasSubstr("t.kob: 0 of 1 triangles are left"));
+              AllOf(HasSubstr("t.kob: welding and slivers took 1 of 1 triangles"),
+                    HasSubstr("; a larger --scale keeps more\n"),
+                    HasSubstr("t.kob: there is no triangle in it")));
 }
 
 TEST_F(ProgramTest, KeywordFilesServeEveryFormat) {
@@ -302,6 +304,52 @@ TEST_F(ProgramTest, KeywordFilesServeEveryFormat) {
   ExpectRefusal(Export("a.kob", {"--keywords", "bad.txt"}), "error: bad.txt: line 1: ");
   ExpectRefusal(Export("a.kob", {"--keywords", "none.txt"}), "error: none.txt: can't be read");
   ExpectRefusal(Run({"scene", scene_, "--keywords", "k.txt", "-o", "k.txt"}), "k.txt: ");
+}
+
+TEST_F(ProgramTest, LossesAreToldWithAdvice) {
+  // 1152 triangles, a quarter of a metre wide.
+  std::string grid;
+  for (int y = 0; y < 25; ++y) {
+    for (int x = 0; x < 25; ++x) grid += fmt::format("v {} {} 0\n", x * 0.25, y * 0.25);
+  }
+  for (int y = 0; y < 24; ++y) {
+    for (int x = 1; x < 25; ++x) {
+      const int v = y * 25 + x;
+      grid += fmt::format("f {} {} {} {}\n", v, v + 1, v + 26, v + 25);
+    }
+  }
+  Write(work_ / "grid.obj", grid);
+  const auto exported = [this](std::vector<std::string> options) {
+    options.insert(options.begin(), {"export", "grid.obj", "a.kob", "--fresh", "--quiet"});
+    return Run(options).err;
+  };
+  EXPECT_THAT(exported({}), AllOf(HasSubstr("took 1152 of 1152 triangles: "),
+                                  HasSubstr("; looks like metres: --scale 100\n")));
+  EXPECT_THAT(exported({"--weld-distance", "1"}), HasSubstr("a smaller --weld-distance"));
+  EXPECT_EQ(exported({"--scale", "100"}), "");
+  const std::string cells = exported({"--scale", "100", "--voxel-size", "20"});
+  EXPECT_THAT(cells, AllOf(HasSubstr("1152 triangles are in "), HasSubstr("; --voxel-size 500 ")));
+  EXPECT_EQ(exported({"--scale", "100", "--voxel-size", "500"}), "");
+}
+
+TEST_F(ProgramTest, WhatIsDoubledOrNotVisitedIsTold) {
+  std::string text = kScene;
+  text.insert(text.find("\"diffuse\""), R"("twoSided":true,)");
+  text.insert(text.rfind("]}"), R"(,{"name":"Excluded","children":[{}]},
+ {"name":"Empty","object":"mesh","mesh":null,"children":[{"children":[{}]}]})");
+  Write(scene_, text);
+  for (const std::string layout : {"a.kob", "a.qob"}) {
+    for (const std::string weld : {"--weld", "--no-weld"}) {
+      EXPECT_THAT(Export(layout, {"--fresh", weld}).err,
+                  HasSubstr("note: " + layout + ": 2 triangles doubled: 1 two-sided material;"));
+    }
+  }
+  const Outcome once = Export("a.kob", {"--fresh", "--one-sided", "--report", "r.json"});
+  EXPECT_THAT(once.err, AllOf(HasSubstr("2 nodes left out: named \"exclude...\""),
+                              HasSubstr("2 nodes left out: the exporter does not visit"),
+                              Not(HasSubstr("doubled"))));
+  EXPECT_THAT(Content(work_ / "r.json"),
+              AllOf(HasSubstr("\"excluded\": 2"), HasSubstr("\"unreached\": 2")));
 }
 
 TEST(RunReportTest, SumsOfCountsDoNotWrap) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <ostream>
 
 #include <fcntl.h>
@@ -19,8 +18,6 @@ namespace {
 
 // A scene shorter than this many weld distances is probably in other units than intended.
 constexpr float kFewWeldDistances = 20;
-// An output with less than this part of the scene's triangles is probably not what was wanted.
-constexpr std::uint64_t kMostLost = 2;
 
 /// Why the file at `path` can't be appended to; empty when it can.
 std::string WriteTrouble(const std::string& path) {
@@ -66,17 +63,6 @@ void WarnOfWelding(const ExportArguments& arguments, const ExportSystem::Values&
                     "may merge separate parts",
                     arguments.scene.path, scene.extent, kFewWeldDistances, values.weldDistance));
   }
-}
-
-void WarnOfLoss(const RunReport& report, Messages& messages) {
-  const std::uint64_t before = report.before->triangles;
-  const ModelCounts& counts = report.after;
-  const std::uint64_t after = std::max(counts.batchFaces, counts.faces);
-  if (before == 0 || after * kMostLost >= before) return;
-  messages.Warning("few-triangles-left",
-                   fmt::format("{}: {} of {} triangles are left; the others were degenerate, or "
-                               "too small for the weld distance and the exporter's least width",
-                               report.output, after, before));
 }
 
 }  // namespace mapexport

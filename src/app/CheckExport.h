@@ -6,7 +6,6 @@
 #include "app/ExportArguments.h"
 #include "app/ExportSystem.h"
 #include "app/Messages.h"
-#include "app/RunReport.h"
 #include "modelreader/ReadModelFile.h"
 #include "scene/SceneCensus.h"
 
@@ -25,8 +24,5 @@ ModelCheckResult CheckExport(const std::string& output, const std::string& path)
 /// scene.
 void WarnOfWelding(const ExportArguments& arguments, const ExportSystem::Values& values,
                    const SceneCensus& scene, Messages& messages);
-
-/// Warns when the output has much fewer triangles than the scene.
-void WarnOfLoss(const RunReport& report, Messages& messages);
 
 }  // namespace mapexport

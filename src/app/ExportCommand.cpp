@@ -14,6 +14,7 @@
 #include "app/CheckExport.h"
 #include "app/Commands.h"
 #include "app/ExportArguments.h"
+#include "app/ExportRemarks.h"
 #include "app/ExportSettings.h"
 #include "app/ExportSystem.h"
 #include "app/ExportTargets.h"
@@ -189,6 +190,7 @@ void Export(ExportRun& run) {
   RequireFree(run, target, depFile);
   run.report.leftOut = std::move(loaded.leftOut);
   run.report.before = CountScene(loaded.scene);
+  RemarkOnCensus(*run.report.before, arguments.scene.path, run.messages);
   const std::string sceneName = NamePart(arguments.scene.path);
   if (arguments.dialog) run.windows = OpenWindows("mapexport - " + sceneName);
   ShowStatus(run, "Exporting " + sceneName);
@@ -233,7 +235,7 @@ void Export(ExportRun& run) {
       WarnOfModel(checked.problems, checked.lengths, output, &*run.report.before, run.messages);
   run.report.layout = checked.lengths.layout;
   run.report.after = CountModel(checked.lengths);
-  WarnOfLoss(run.report, run.messages);
+  RemarkOnExport(run.report, values, talk, run.messages);
   run.report.dependencies = Dependencies(arguments, std::move(loaded.sideFiles),
                                          talk.CxpFailed() ? std::string() : values.cxp);
   run.stages.End();

@@ -41,7 +41,8 @@ int ExportSystem::DialogBoxParam(HINSTANCE module, int id, HWND owner, DialogPro
 
 void ExportSystem::EndDialog(HWND dialog, int result) {
   values_ = Values{IsDlgButtonChecked(dialog, kWeldControl),
-                   LeadingFloat(TextOf(dialog, kWeldDistanceControl)), TextOf(dialog, kCxpControl)};
+                   LeadingFloat(TextOf(dialog, kWeldDistanceControl)),
+                   LeadingFloat(TextOf(dialog, kVoxelSizeControl)), TextOf(dialog, kCxpControl)};
   ConsoleSystem::EndDialog(dialog, result);
 }
 

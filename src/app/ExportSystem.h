@@ -19,6 +19,7 @@ class ExportSystem : public ConsoleSystem {
   struct Values {
     bool weld = false;
     float weldDistance = 0;  ///< 0 when the box holds no number
+    float voxelSize = 0;     ///< the same
     std::string cxp;         ///< path of the CXP database, empty without one
   };
 

@@ -1,6 +1,9 @@
 #include "app/ExporterTalk.h"
 
+#include <charconv>
+#include <cstddef>
 #include <string_view>
+#include <system_error>
 
 #include <fmt/format.h>
 
@@ -10,6 +13,7 @@ namespace mapexport {
 namespace {
 
 constexpr const char* kSuccessTitle = "Text Scene Export";
+constexpr const char* kCountsTitle = "Results";
 constexpr std::string_view kNoLog = "Unable to open the file [";
 constexpr std::string_view kCutLog = "Unable to write the file [";
 constexpr std::string_view kNoCxp = "Could not load CXP file ";
@@ -28,9 +32,28 @@ bool HasControls(std::string_view line) {
   return false;
 }
 
+/// The number at the start of `text`; empty for any other text.
+std::optional<std::uint64_t> LeadingNumber(std::string_view text) {
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc{} ? std::optional(number) : std::nullopt;
+}
+
+/// The counts of "12 faces, ... -> 10 faces, ...".
+std::optional<ExporterTalk::FaceCounts> FaceCountsOf(std::string_view text) {
+  constexpr std::string_view kArrow = "-> ";
+  const std::size_t arrow = text.find(kArrow);
+  if (arrow == std::string_view::npos) return std::nullopt;
+  const auto before = LeadingNumber(text);
+  const auto after = LeadingNumber(text.substr(arrow + kArrow.size()));
+  if (!before || !after) return std::nullopt;
+  return ExporterTalk::FaceCounts{*before, *after};
+}
+
 }  // namespace
 
 void ExporterTalk::HearMessageBox(const std::string& title, const std::string& text) {
+  if (title == kCountsTitle) faces_ = FaceCountsOf(text);
   if (title != kSuccessTitle) {
     Tell(title, text);
     return;

@@ -1,8 +1,9 @@
 // Listens to an exporter and tells the user what matters.
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -33,6 +34,16 @@ class ExporterTalk {
   /// The exception that ended the export; empty for none.
   const std::string& Exception() const { return exception_; }
 
+  /// Faces of all groups before and after welding, copies of two-sided ones included.
+  struct FaceCounts {
+    std::uint64_t before = 0;
+    std::uint64_t after = 0;
+  };
+  /// Empty without welding.
+  const std::optional<FaceCounts>& Faces() const { return faces_; }
+  /// The triangles without an area, which the exporter leaves out.
+  std::uint64_t DegenerateTriangles() const { return invalidFaces_; }
+
   /// Prints one note for all messages that are only counted.
   void PrintCounts();
   /// Prints and shows the held message box.
@@ -50,7 +61,8 @@ class ExporterTalk {
   bool cxpFailed_ = false;
   std::string successText_;
   std::string exception_;
-  std::size_t invalidFaces_ = 0;
+  std::uint64_t invalidFaces_ = 0;
+  std::optional<FaceCounts> faces_;
 };
 
 }  // namespace mapexport

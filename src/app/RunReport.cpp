@@ -120,6 +120,7 @@ void WriteTimes(JsonStream& json, std::span<const Stages::Time> times) {
 ModelCounts CountModel(const ModelLengths& lengths) {
   ModelCounts counts;
   counts.materials = lengths.materials;
+  counts.twoSidedMaterials = lengths.twoSidedMaterials;
   counts.groups = lengths.groups.size();
   for (const GroupLengths& group : lengths.groups) {
     counts.vertices += group.vertices;

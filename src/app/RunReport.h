@@ -20,6 +20,7 @@ namespace mapexport {
 /// The lengths of a model file's lists, summed over its groups.
 struct ModelCounts {
   std::uint64_t materials = 0;
+  std::uint64_t twoSidedMaterials = 0;
   std::uint64_t groups = 0;
   std::uint64_t vertices = 0;
   std::uint64_t batches = 0;

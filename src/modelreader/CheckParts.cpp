@@ -26,8 +26,9 @@ void CheckParts::Expect(const reader::SurfaceSet*, std::uint32_t count) {
   parts_.setOffsets.reserve(count);
 }
 
-void CheckParts::Take(StrictSource&, const reader::Material&) {
+void CheckParts::Take(StrictSource&, const reader::Material& material) {
   ++lengths_.materials;
+  if (material.twoSided) ++lengths_.twoSidedMaterials;
 }
 
 void CheckParts::Take(StrictSource& in, const reader::Batch& batch) {

@@ -25,6 +25,7 @@ struct GroupLengths {
 struct ModelLengths {
   ModelLayout layout = ModelLayout::kKob;
   std::uint64_t materials = 0;
+  std::uint64_t twoSidedMaterials = 0;  ///< of these
   std::vector<GroupLengths> groups;
 };
 

@@ -31,9 +31,19 @@ class Box {
   Point3 high_{-kInfinity, -kInfinity, -kInfinity};
 };
 
+/// The nodes below `node`.
+std::uint64_t NodesBelow(const SceneNode& node) {
+  std::uint64_t count = node.children.size();
+  for (const SceneNode& child : node.children) count += NodesBelow(child);
+  return count;
+}
+
 void Count(const SceneNode& node, SceneCensus& census, Box& box) {
   if (node.object == SceneObject::kMesh) {
-    if (node.mesh == nullptr || node.mesh->faces.empty()) return;
+    if (node.mesh == nullptr || node.mesh->faces.empty()) {
+      census.unreached += NodesBelow(node);
+      return;
+    }
     const Mesh& mesh = *node.mesh;
     census.nodes.push_back({node.name, mesh.verts.size(), mesh.faces.size()});
     census.vertices += mesh.verts.size();
@@ -41,7 +51,11 @@ void Count(const SceneNode& node, SceneCensus& census, Box& box) {
     for (const Point3& vertex : mesh.verts) box.Add(vertex * node.objectTransform);
   }
   for (const SceneNode& child : node.children) {
-    if (!StartsWithAnyCase(child.name, kExclude)) Count(child, census, box);
+    if (StartsWithAnyCase(child.name, kExclude)) {
+      census.excluded += 1 + NodesBelow(child);
+    } else {
+      Count(child, census, box);
+    }
   }
 }
 

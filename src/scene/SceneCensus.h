@@ -21,11 +21,14 @@ struct SceneCensus {
   std::uint64_t vertices = 0;
   std::uint64_t triangles = 0;
   std::uint64_t materials = 0;  ///< all of the scene, used or not
+  std::uint64_t excluded = 0;   ///< nodes named "exclude...", and all below them
+  std::uint64_t unreached = 0;  ///< nodes below a mesh object without a triangle
   float extent = 0;             ///< the longest edge of the box around all vertices, in the world
 };
 
 /// Walks the scene as the exporter does: a node named "exclude..." and everything below it, and
-/// what is below a mesh object without a triangle, is not exported and doesn't count.
+/// what is below a mesh object without a triangle, is not exported and
+/// counts only as such.
 SceneCensus CountScene(const Scene& scene);
 
 /// The five nodes with the largest `count`, largest first: "\"Floor\" (40000), \"Wall\" (30000)".
