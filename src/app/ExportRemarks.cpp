@@ -9,8 +9,6 @@
 
 #include <fmt/format.h>
 
-#include "scene/SceneFile.h"
-
 namespace mapexport {
 namespace {
 
@@ -43,7 +41,8 @@ std::string AdviceOnLoss(const RunReport& report, float weldDistance, const Mess
       fmt::format("corners nearer than {} become one, and triangles narrower than {} are removed",
                   weldDistance, kSliverWidth);
   if (weldDistance > kSliverWidth) return limits + "; a smaller --weld-distance keeps more";
-  if (IsSceneFile(report.scene)) return limits + "; the scene may be in too large a unit";
+  // A scene file has no scale.
+  if (!report.confinement) return limits + "; the scene's lengths may be too small";
   if (report.before->extent < kLongestInMetres && !WasTold("scale", messages)) {
     return limits + "; looks like metres: --scale 100";
   }
