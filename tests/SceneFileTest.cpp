@@ -345,8 +345,9 @@ TEST(IdleKeywordsTest, AreThoseThatTheExporterMakesNothingOf) {
   EXPECT_THAT(remarks[0].nodes, testing::ElementsAre("Bare"));
   EXPECT_THAT(remarks[1].text, testing::HasSubstr("\"floorface\""));
   EXPECT_THAT(remarks[2].nodes, testing::ElementsAre("in", "static b"));
-  EXPECT_THAT(remarks[2].text, testing::StartsWith("\"climbable\" in the user properties of node "
-                                                   "\"in\" and 1 more does nothing: the node is within"));
+  EXPECT_THAT(remarks[2].text,
+              testing::StartsWith("\"climbable\" in the user properties of node "
+                                  "\"in\" and 1 more does nothing: the node is within"));
 }
 
 }  // namespace

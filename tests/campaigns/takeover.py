@@ -36,12 +36,13 @@ def text(value):
     return number(len(data)) + data
 
 
-def remark(line, code="axes", kind=1, count=1, stands=1):
-    return number(kind) + text(code) + text(line) + number(count) + number(stands)
-
-
 def listed(items, count=None):
     return number(len(items) if count is None else count) + b"".join(items)
+
+
+def remark(line, code="axes", kind=1, count=1, stands=1, nodes=(), node_count=None):
+    return (number(kind) + text(code) + text(line) + number(count) + number(stands) +
+            listed([text(node) for node in nodes], node_count))
 
 
 def message(remarks=(), left_out=(), files=()):
@@ -78,6 +79,8 @@ REFUSED = [
     ("a path with NUL", scene(), message(files=["a\0b"])),
     ("4,097 remarks", scene(), message([remark("a")] * 4097)),
     ("65 codes", scene(), message([remark("a", f"code-{i}") for i in range(65)])),
+    ("nodes without end", scene(), message([remark("a", node_count=MOST)])),
+    ("too many nodes", scene(), message([remark("a", nodes=[""] * 140_000)])),
     ("a long code", scene(), message([remark("a", "a" * 65)])),
 ]
 
@@ -91,7 +94,7 @@ def crafted(large):
         ("outputs as files", scene(), message(files=["out.kob", "./out.d", "out.json"]), 0),
         ("devices as files", scene(), message(files=["/dev/stdin", "/proc/self/mem", "/", "."]), 0),
         ("long remarks", scene(), message([remark("a" * 10_000)] * 4096), 0),
-        ("texts with escapes", scene(), message([remark(ESCAPES, ESCAPES)],
+        ("texts with escapes", scene(), message([remark(ESCAPES, ESCAPES, nodes=[ESCAPES])],
                                                 [remark("a", "left-out-" + ESCAPES)]), 0),
         ("texts that are not UTF-8", scene(), message([remark(b"\xff\xc0\x80", b"\xff")]), 0),
         ("counts that wrap", scene(), message(
