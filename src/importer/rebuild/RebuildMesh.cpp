@@ -43,7 +43,6 @@ void AddTo(MeshBuilder& builder, const aiMesh& mesh, int material, const std::ve
   leftOut.bones += mesh.mNumBones;
   if (mesh.mColors[0] != nullptr) leftOut.colours += mesh.mNumVertices;
   if (mesh.mTextureCoords[1] != nullptr) ++leftOut.channels;
-  leftOut.morphs += mesh.mNumAnimMeshes;
 
   const std::vector<Point3> positions = PointsOf(mesh.mVertices, mesh.mNumVertices);
   if (triangles.empty()) {  // else those of the triangles are counted
