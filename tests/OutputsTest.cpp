@@ -256,10 +256,11 @@ TEST_F(OutputsTest, AReplacedFileKeepsItsRightsItsOwnerAndItsAttributes) {
     if (setgid(4321) != 0 || setuid(4321) != 0) _exit(98);
   });
   EXPECT_EQ(outcome.status, 0) << outcome.err;
-  EXPECT_EQ(outcome.err,
-            "mapexport: warning: old.qob: does not end in .scene.json, so it won't "
-            "be read as a scene file\nmapexport: warning: old.qob: is in its place, but could not "
-            "keep its group: Operation not permitted\n");
+  EXPECT_EQ(
+      outcome.err,
+      "mapexport: warning: old.qob: does not end in .scene.json or .scene.bin, so it won't be "
+      "read as a scene file\nmapexport: warning: old.qob: is in its place, but could not keep "
+      "its group: Operation not permitted\n");
   if (hasList) {
     std::string list(sizeof kList, '\0');
     getxattr(old.c_str(), kName, list.data(), list.size());

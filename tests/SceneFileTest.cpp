@@ -218,6 +218,10 @@ TEST(WriteSceneFile, GivesTheSameSceneBack) {
     const std::string text = Write(scene);
     const Scene read = Read(text);
     EXPECT_TRUE(Same(read, scene)) << "seed " << seed << "\n" << text;
+    std::ostringstream binary;
+    WriteBinaryScene(scene, binary);
+    const ScratchFile file(binary.str());
+    EXPECT_TRUE(Same(ReadBinaryScene(OpenToRead(file.Path()), "a"), scene)) << "seed " << seed;
   }
 }
 
@@ -251,7 +255,7 @@ TEST(HostScene, ShowsMaterialsThatReferToLaterOnesAndThemselves) {
 }
 
 TEST(IsSceneFile, GoesByTheEndOfTheName) {
-  for (const char* path : {"a.scene.json", "b/A.SCENE.Json", ".scene.json"}) {
+  for (const char* path : {"a.scene.json", "b/A.SCENE.Json", ".scene.json", "a.scene.BIN"}) {
     EXPECT_TRUE(IsSceneFile(path)) << path;
   }
   for (const char* path : {"a.json", "scene.json", "a.scene.json ", "a.scene.jso", ""}) {

@@ -9,6 +9,7 @@
 #include "scene/KeywordFile.h"
 #include "scene/NearKeywords.h"
 #include "scene/SceneFile.h"
+#include "worker/LimitProcess.h"
 #include "worker/ReadForeignScene.h"
 
 namespace mapexport {
@@ -43,12 +44,13 @@ void WarnOfConfinement(const Confinement& confinement, const std::string& path,
 
 LoadedScene LoadSceneFile(const SceneSource& source, Messages& messages) {
   if (source.import.up != UpAxis::kAuto || source.import.scale || source.import.skipHidden) {
-    messages.Warning("option-without-effect",
-                     fmt::format("{}: --up, --scale and --hidden have no effect: a scene file holds "
-                                 "the scene as the exporter sees it",
-                                 source.path));
+    messages.Warning(
+        "option-without-effect",
+        fmt::format("{}: --up, --scale and --hidden have no effect: a scene file holds "
+                    "the scene as the exporter sees it",
+                    source.path));
   }
-  LoadedScene loaded{ReadSceneFile(source.path), {}, {}, {}};
+  LoadedScene loaded{ReadSceneFile(source.path, {.mostBytes = MemoryLimit()}), {}, {}, {}};
   Remarks remarks;
   for (NearKeyword& near : FindNearKeywords(loaded.scene)) {
     remarks.push_back(Describe(std::move(near)));

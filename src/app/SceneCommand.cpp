@@ -27,7 +27,8 @@ constexpr std::array kOptions{
     OptionInfo{.name = "output",
                .kind = OptionKind::kText,
                .argument = "FILE",
-               .help = "the .scene.json to write instead of standard output (\"-\")",
+               .help = "the .scene.json or .scene.bin to write instead of standard output (\"-\"), "
+                       "which gets text",
                .letter = 'o'},
     kUpOption,
     kSceneScaleOption,
@@ -58,12 +59,14 @@ ExitStatus Run(const CommandLine& line) {
   if (!target.isStandardOutput && !IsSceneFile(arguments.output)) {
     messages.Warning(
         "other-extension",
-        fmt::format("{}: does not end in .scene.json, so it won't be read as a scene file",
+        fmt::format("{}: does not end in .scene.json or .scene.bin, so it won't be read as a scene "
+                    "file",
                     arguments.output));
   }
   stages.Begin("writing");
-  const auto write = [&](std::ostream& out) { WriteSceneFile(loaded.scene, out); };
-  return WriteOutput(target, write, messages) ? ExitStatus::kDone : ExitStatus::kFailed;
+  const auto write = IsBinarySceneFile(arguments.output) ? WriteBinaryScene : WriteSceneFile;
+  const auto writeScene = [&](std::ostream& out) { write(loaded.scene, out); };
+  return WriteOutput(target, writeScene, messages) ? ExitStatus::kDone : ExitStatus::kFailed;
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ std::string Row(const std::string& extension, const std::string& read, const aut
 
 std::string FormatsText() {
   std::string text =
-      "Scene files (.scene.json) are read completely. For other formats, the table has "
+      "Scene files (.scene.json, .scene.bin) are read completely. For other formats, the table has "
       "measurements\n"
       "on the model files of Debian's package assimp-testmodels: how many are read, and how many "
       "of\n"

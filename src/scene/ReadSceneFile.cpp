@@ -1,12 +1,18 @@
 // Reads scene files: what each member means, and the checks that need more than one member.
 #include <deque>
+#include <functional>
 #include <limits>
+#include <memory>
 #include <new>
 #include <optional>
 
 #include <fmt/format.h>
 
+#include "scene/BinaryLists.h"
+#include "scene/BinarySceneFile.h"
+#include "scene/CheckMesh.h"
 #include "scene/JsonValue.h"
+#include "scene/ReadMesh.h"
 #include "scene/SceneError.h"
 #include "scene/SceneFile.h"
 
@@ -18,7 +24,6 @@ constexpr std::int64_t kMaxInt32 = std::numeric_limits<std::int32_t>::max();
 constexpr std::int64_t kMinInt32 = std::numeric_limits<std::int32_t>::min();
 constexpr std::int64_t kMaxInt64 = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kMinInt64 = std::numeric_limits<std::int64_t>::min();
-constexpr std::int64_t kMaxUint32 = std::numeric_limits<std::uint32_t>::max();
 
 // The deepest nesting of what is read, as the parser's checks of its use in builds without
 // optimization need it; it refuses nothing. Each node adds its object and its array of children;
@@ -30,18 +35,6 @@ constexpr std::string_view kMaterialClasses[] = {"standard", "multi", "other"};
 constexpr std::string_view kTextureClasses[] = {"bitmap", "other"};
 constexpr std::string_view kObjects[] = {"none", "helper", "mesh"};
 
-// "8 vertices", "1 vertex", "no vertices"
-std::string Count(std::size_t count, std::string_view one, std::string_view many) {
-  if (count == 0) return fmt::format("no {}", many);
-  return fmt::format("{} {}", count, count == 1 ? one : many);
-}
-
-Point3 ReadPoint(JsonValue& value) {
-  const auto numbers =
-      value.ReadTuple<float, 3>([](JsonValue& number) { return number.ReadFloat(); });
-  return {numbers[0], numbers[1], numbers[2]};
-}
-
 Color ReadColour(JsonValue& value) {
   const Point3 rgb = ReadPoint(value);
   return {rgb.x, rgb.y, rgb.z};
@@ -49,11 +42,6 @@ Color ReadColour(JsonValue& value) {
 
 Matrix3 ReadTransform(JsonValue& value) {
   return {value.ReadTuple<Point3, 4>(ReadPoint)};
-}
-
-// What an index refers to may come later, so that it is held against the count only afterwards.
-std::uint32_t ReadMeshIndex(JsonValue& value) {
-  return static_cast<std::uint32_t>(value.ReadInteger(0, kMaxUint32));
 }
 
 int ReadMaterialIndex(JsonValue& value) {
@@ -105,80 +93,8 @@ SceneMaterial ReadMaterial(JsonValue& value) {
   return material;
 }
 
-Face ReadFace(JsonValue& value) {
-  Face face;
-  std::size_t count = 0;
-  value.ReadArray([&](JsonValue& v) {
-    if (count < 3) {
-      face.v[count] = ReadMeshIndex(v);
-    } else if (count == 3) {
-      face.smGroup = static_cast<std::uint32_t>(v.ReadInteger(0, kMaxUint32));
-    } else if (count == 4) {
-      face.SetMatID(static_cast<std::uint16_t>(v.ReadInteger(0, 0xFFFF)));
-    } else {
-      v.Skip();
-    }
-    ++count;
-  });
-  if (count < 3 || count > 5) value.FailSize(count, "3 to 5");
-  return face;
-}
-
-TVFace ReadTextureFace(JsonValue& value) {
-  return {value.ReadTuple<std::uint32_t, 3>(ReadMeshIndex)};
-}
-
-void CheckFaces(const JsonValue& value, const Mesh& mesh) {
-  const JsonPlace place(value.Place(), "faces");
-  for (std::size_t i = 0; i < mesh.faces.size(); ++i) {
-    for (const std::uint32_t index : mesh.faces[i].v) {
-      if (index < mesh.verts.size()) continue;
-      value.Document().Fail(JsonPlace(place, i),
-                            fmt::format("vertex index {} is out of range (the mesh has {})", index,
-                                        Count(mesh.verts.size(), "vertex", "vertices")));
-    }
-  }
-}
-
-void CheckTextureFaces(const JsonValue& value, const Mesh& mesh, bool given) {
-  const JsonPlace place(value.Place(), "textureFaces");
-  if (!given) value.Document().Fail(place, "is required with texture vertices, but missing");
-  if (mesh.tvFace.size() != mesh.faces.size()) {
-    value.Document().Fail(place, fmt::format("has {}, must have one for each of {}",
-                                             Count(mesh.tvFace.size(), "entry", "entries"),
-                                             Count(mesh.faces.size(), "face", "faces")));
-  }
-  for (std::size_t i = 0; i < mesh.tvFace.size(); ++i) {
-    for (const std::uint32_t index : mesh.tvFace[i].t) {
-      if (index < mesh.tVerts.size()) continue;
-      value.Document().Fail(
-          JsonPlace(place, i),
-          fmt::format("texture vertex index {} is out of range (the mesh has {})", index,
-                      Count(mesh.tVerts.size(), "texture vertex", "texture vertices")));
-    }
-  }
-}
-
-Mesh ReadMesh(JsonValue& value) {
-  Mesh mesh;
-  bool hasTextureFaces = false;
-  value.ReadObject(
-      JsonMember{"vertices", [&](JsonValue& v) { mesh.verts = v.ReadMeshList<Point3>(ReadPoint); }},
-      JsonMember{"faces", [&](JsonValue& v) { mesh.faces = v.ReadMeshList<Face>(ReadFace); }},
-      JsonMember{"textureVertices",
-                 [&](JsonValue& v) { mesh.tVerts = v.ReadMeshList<Point3>(ReadPoint); }},
-      JsonMember{"textureFaces", [&](JsonValue& v) {
-                   mesh.tvFace = v.ReadMeshList<TVFace>(ReadTextureFace);
-                   hasTextureFaces = true;
-                 }});
-  CheckFaces(value, mesh);
-  if (mesh.tVerts.empty()) {
-    mesh.tvFace = {};
-  } else {
-    CheckTextureFaces(value, mesh, hasTextureFaces);
-  }
-  return mesh;
-}
+// Reads a member "mesh" in the form that the file has.
+using MeshReader = std::function<std::shared_ptr<const Mesh>(JsonValue& mesh)>;
 
 // Counts nodes and materials.
 class ItemCount {
@@ -208,7 +124,7 @@ struct OpenNode {
 };
 
 // Reads members until it is the children's turn; false when there are no more members.
-bool ReadNodeMembers(OpenNode& open) {
+bool ReadNodeMembers(OpenNode& open, const MeshReader& readMesh) {
   SceneNode& node = open.node;
   while (!open.children) {
     const bool more = open.members.ReadMember(
@@ -226,8 +142,7 @@ bool ReadNodeMembers(OpenNode& open) {
         JsonMember{
             "object",
             [&](JsonValue& v) { open.object = static_cast<SceneObject>(v.ReadChoice(kObjects)); }},
-        JsonMember{"mesh",
-                   [&](JsonValue& v) { node.mesh = std::make_shared<const Mesh>(ReadMesh(v)); }},
+        JsonMember{"mesh", [&](JsonValue& v) { node.mesh = readMesh(v); }},
         JsonMember{"children", [&](JsonValue& v) { open.children.emplace(v); }});
     if (!more) return false;
   }
@@ -241,12 +156,12 @@ void FinishNode(OpenNode& open) {
 }
 
 // Without recursion: the frames of 1,000 levels are too much for some stacks.
-void ReadNodes(JsonValue& value, SceneNode& root, ItemCount& items) {
+void ReadNodes(JsonValue& value, SceneNode& root, const MeshReader& readMesh, ItemCount& items) {
   std::deque<OpenNode> levels;  // places refer to those of the levels above, which must not move
   levels.emplace_back(value, root);
   while (!levels.empty()) {
     OpenNode& open = levels.back();
-    if (!ReadNodeMembers(open)) {
+    if (!ReadNodeMembers(open, readMesh)) {
       FinishNode(open);
       levels.pop_back();
       continue;
@@ -300,7 +215,7 @@ void ReadVersion(JsonValue& value) {
   if (version != 1) value.Fail(fmt::format("version {} is not known, only 1 is", version));
 }
 
-Scene ReadScene(JsonDocument& document, std::uint64_t mostItems) {
+Scene ReadScene(JsonDocument& document, const MeshReader& readMesh, std::uint64_t mostItems) {
   Scene scene;
   ItemCount items(mostItems);
   bool hasFormat = false;
@@ -325,7 +240,7 @@ Scene ReadScene(JsonDocument& document, std::uint64_t mostItems) {
                    });
                  }},
       JsonMember{"root", [&](JsonValue& v) {
-                   ReadNodes(v, scene.root, items);
+                   ReadNodes(v, scene.root, readMesh, items);
                    hasRoot = true;
                  }});
   document.End();
@@ -343,14 +258,25 @@ Scene ReadScene(JsonDocument& document, std::uint64_t mostItems) {
 
 }  // namespace
 
-Scene ReadSceneFile(const std::string& path, std::uint64_t mostItems) {
+Scene ReadSceneFile(const std::string& path, const SceneLimits& limits) {
   try {
+    if (IsBinarySceneFile(path)) return ReadBinaryScene(OpenToRead(path), path, limits);
     const FileText text(path, JsonDocument::CheckBeginning);
     JsonDocument document(path, text, kMaxJsonDepth);
-    return ReadScene(document, mostItems);
+    return ReadScene(
+        document, [](JsonValue& v) { return std::make_shared<const Mesh>(ReadMesh(v)); },
+        limits.mostItems);
   } catch (const std::bad_alloc&) {
     throw SceneError(path + ": there is not enough memory to read it");
   }
+}
+
+Scene ReadBinaryScene(const Descriptor& file, const std::string& name, const SceneLimits& limits) {
+  BinarySceneFile binary(file, name);
+  JsonDocument document(name, binary.Json(), kMaxJsonDepth);
+  BinaryLists lists(binary, limits.mostBytes);
+  return ReadScene(
+      document, [&lists](JsonValue& v) { return lists.ReadMesh(v); }, limits.mostItems);
 }
 
 }  // namespace mapexport

@@ -3,6 +3,7 @@
 #include <bit>
 
 #include "scene/SceneFile.h"
+#include "scene/WriteSceneTree.h"
 #include "system/JsonStream.h"
 
 namespace mapexport {
@@ -120,9 +121,9 @@ void WriteTextureFace(JsonStream& json, const TVFace& face) {
   json.Close(']');
 }
 
-template <class Element>
+template <class Element, class Write>
 void WriteList(JsonStream& json, std::string_view name, const std::vector<Element>& list,
-               void (*write)(JsonStream&, const Element&)) {
+               const Write& write) {
   json.Key(name);
   json.Open('[', kOnLines);
   for (const Element& element : list) write(json, element);
@@ -140,7 +141,7 @@ void WriteMesh(JsonStream& json, const Mesh& mesh) {
   json.Close('}');
 }
 
-void WriteNode(JsonStream& json, const SceneNode& node) {
+void WriteNode(JsonStream& json, const SceneNode& node, const MeshWriter& writeMesh) {
   static const SceneNode whenAbsent;
   json.Open('{', kOnLines);
   WriteText(json, "name", node.name);
@@ -165,15 +166,18 @@ void WriteNode(JsonStream& json, const SceneNode& node) {
   }
   if (node.object == SceneObject::kMesh && node.mesh != nullptr) {
     json.Key("mesh");
-    WriteMesh(json, *node.mesh);
+    writeMesh(json, *node.mesh);
   }
-  if (!node.children.empty()) WriteList(json, "children", node.children, WriteNode);
+  if (!node.children.empty()) {
+    WriteList(json, "children", node.children,
+              [&](JsonStream&, const SceneNode& child) { WriteNode(json, child, writeMesh); });
+  }
   json.Close('}');
 }
 
 }  // namespace
 
-void WriteSceneFile(const Scene& scene, std::ostream& out) {
+void WriteSceneTree(const Scene& scene, const MeshWriter& writeMesh, std::ostream& out) {
   JsonStream json(out, kIndent);
   json.Open('{', kOnLines);
   WriteText(json, "format", "mapexport-scene");
@@ -181,8 +185,12 @@ void WriteSceneFile(const Scene& scene, std::ostream& out) {
   json.Number(1);
   if (!scene.materials.empty()) WriteList(json, "materials", scene.materials, WriteMaterial);
   json.Key("root");
-  WriteNode(json, scene.root);
+  WriteNode(json, scene.root, writeMesh);
   json.Close('}');
+}
+
+void WriteSceneFile(const Scene& scene, std::ostream& out) {
+  WriteSceneTree(scene, WriteMesh, out);
 }
 
 }  // namespace mapexport

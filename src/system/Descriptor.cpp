@@ -5,15 +5,14 @@
 #include <fcntl.h>
 
 namespace mapexport {
+namespace {
 
-Descriptor OpenToRead(const std::string& path) {
-  return Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-}
-
-ssize_t ReadUpTo(int file, void* bytes, std::size_t size) {
+/// Calls `read` with how much is done until that is `size`; as ReadUpTo.
+template <class Read>
+ssize_t ReadAll(std::size_t size, const Read& read) {
   std::size_t done = 0;
   while (done < size) {
-    const ssize_t count = ::read(file, static_cast<char*>(bytes) + done, size - done);
+    const ssize_t count = read(done);
     if (count == 0) break;
     if (count > 0) {
       done += static_cast<std::size_t>(count);
@@ -22,6 +21,25 @@ ssize_t ReadUpTo(int file, void* bytes, std::size_t size) {
     }
   }
   return static_cast<ssize_t>(done);
+}
+
+}  // namespace
+
+Descriptor OpenToRead(const std::string& path) {
+  return Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+}
+
+ssize_t ReadUpTo(int file, void* bytes, std::size_t size) {
+  return ReadAll(size, [&](std::size_t done) {
+    return ::read(file, static_cast<char*>(bytes) + done, size - done);
+  });
+}
+
+ssize_t ReadUpTo(int file, void* bytes, std::size_t size, std::uint64_t offset) {
+  return ReadAll(size, [&](std::size_t done) {
+    return ::pread(file, static_cast<char*>(bytes) + done, size - done,
+                   static_cast<off_t>(offset + done));
+  });
 }
 
 int WriteAll(int file, std::string_view bytes) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -40,6 +41,8 @@ Descriptor OpenToRead(const std::string& path);
 /// Reads `size` bytes, fewer only at the end of the file. Returns how many; -1 on an error, with
 /// the reason in errno.
 ssize_t ReadUpTo(int file, void* bytes, std::size_t size);
+/// The same from byte `offset` of the file on; its position stays.
+ssize_t ReadUpTo(int file, void* bytes, std::size_t size, std::uint64_t offset);
 
 /// Writes all of `bytes`. Returns 0, or the errno of the write that failed.
 int WriteAll(int file, std::string_view bytes);

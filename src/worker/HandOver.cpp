@@ -117,15 +117,8 @@ std::string BytesOf(const Descriptor& file, std::uint64_t at, std::uint64_t most
   if (fstat(file.Get(), &info) != 0) return {};
   const auto size = static_cast<std::uint64_t>(info.st_size);
   std::string bytes(at < size ? std::min(most, size - at) : 0, '\0');
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t count =
-        pread(file.Get(), bytes.data() + done, bytes.size() - done, static_cast<off_t>(at + done));
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) break;
-    done += static_cast<std::size_t>(count);
-  }
-  bytes.resize(done);
+  const ssize_t got = ReadUpTo(file.Get(), bytes.data(), bytes.size(), at);
+  bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
   return bytes;
 }
 

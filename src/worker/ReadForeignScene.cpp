@@ -37,14 +37,24 @@ constexpr std::uint64_t kPatience = 10;
 // read.
 constexpr std::uint64_t kLeastAddressSpace = std::uint64_t{512} << 20;
 
-// Scene files of 4 GiB or more are refused.
-constexpr std::uint64_t kLargestSceneFile = 0xFFFF'FFFF;
-
 // Side files are read one by one.
 constexpr std::uint64_t kMostOpenFiles = 64;
 
 [[noreturn]] void Fail(const std::string& path, std::string_view reason) {
   throw SceneError(fmt::format("{}: {}", path, reason));
+}
+
+/// The most bytes of meshes that a foreign scene may have, where a mesh counts for each node that
+/// shows it: the exporter makes several times as much of them.
+std::uint64_t LargestScene() {
+  return MemoryLimit() / 4;
+}
+
+/// Throws ChildError when the scene has more than that.
+void RequireSize(const Scene& scene) {
+  if (ListBytes(scene) <= LargestScene()) return;
+  throw ChildError(fmt::format("it is too large, with {} triangles where each instance counts",
+                               CountScene(scene).triangles));
 }
 
 /// The limits for a reader that may take `seconds` on this machine. Its memory is split: a quarter
@@ -55,7 +65,7 @@ ProcessLimits LimitsOfReader(std::uint32_t seconds) {
   limits.processorSeconds = seconds;
   limits.clockSeconds =
       static_cast<std::uint32_t>(std::min<std::uint64_t>(kPatience * seconds, UINT32_MAX));
-  limits.fileSize = std::min(memory / 4, kLargestSceneFile);
+  limits.fileSize = memory / 4;
   limits.openFiles = kMostOpenFiles;
   // AddressSanitizer takes terabytes of address space.
   if (!kAddressSanitizer) {
@@ -84,12 +94,9 @@ std::string Read(const std::string& path, const ImportOptions& options, int stag
     Fail(path, fmt::format("is read from {} files, more than the {} that are allowed",
                            imported.sideFiles.size(), kMostSideFiles));
   }
+  RequireSize(imported.scene);
   std::ostream out(&output);
-  WriteSceneFile(imported.scene, out);
-  if (output.Finish() == EFBIG) {
-    throw ChildError(fmt::format("it is too large, with {} triangles where each instance counts",
-                                 CountScene(imported.scene).triangles));
-  }
+  WriteBinaryScene(imported.scene, out);
   return ToBytes(ReaderMessage{std::move(imported.remarks), std::move(imported.leftOut),
                                std::move(imported.sideFiles)});
 }
@@ -171,18 +178,12 @@ std::uint64_t MostItems(std::uint64_t size) {
   return kAlways + std::min(size / kBytesOfOne, MemoryLimit() / kMemoryOfOne);
 }
 
-/// Reads the scene file in memory; its errors name `path`.
+/// Reads the scene that was handed over; its errors name `path`.
 Scene ReadHandedOver(const std::string& path, const Descriptor& file) {
-  const std::string opened = fmt::format("/proc/self/fd/{}", file.Get());
   struct stat info {};
   if (fstat(file.Get(), &info) != 0) Fail(path, "can't be read: " + ErrnoText(errno));
-  try {
-    return ReadSceneFile(opened, MostItems(static_cast<std::uint64_t>(info.st_size)));
-  } catch (const SceneError& error) {
-    std::string_view reason = error.what();
-    if (reason.starts_with(opened)) reason.remove_prefix(opened.size());
-    throw SceneError(fmt::format("{}{}", path, reason));
-  }
+  return ReadBinaryScene(file, path,
+                         {MostItems(static_cast<std::uint64_t>(info.st_size)), LargestScene()});
 }
 
 }  // namespace

@@ -10,8 +10,8 @@ from runs import ROOT, in_parallel, run_well
 PACKAGE = pathlib.Path("/usr/share/assimp/models")
 FOLDERS = (ROOT / "tests/models", ROOT / "tests/golden", PACKAGE)
 # A scene's own file, or one that is read beside it.
-ENDINGS = (".scene.json", ".fbx", ".gltf", ".glb", ".obj", ".3ds", ".ase", ".dae", ".ply", ".3mf",
-           ".stl", ".mtl", ".bin")
+ENDINGS = (".scene.json", ".scene.bin", ".fbx", ".gltf", ".glb", ".obj", ".3ds", ".ase", ".dae", ".ply",
+           ".3mf", ".stl", ".mtl", ".bin")
 READ_BY = {".mtl": ".obj", ".bin": ".gltf"}
 CONVERTED = (".glb", ".gltf", ".obj", ".ply", ".stl")
 LARGEST = 100_000
@@ -41,6 +41,7 @@ def write_converted(program, folder):
     """Files of the formats that `convert` writes, of a small golden scene."""
     scene = ROOT / "tests/golden/two-sided.scene.json"
     run_well(program, folder, ["export", scene, "level.kob", "--fresh", "--seed", "0", "--quiet"])
+    run_well(program, folder, ["scene", scene, "-o", "level.scene.bin"])
     for ending in CONVERTED:
         run_well(program, folder, ["convert", "level.kob", "level" + ending])
 

@@ -1,5 +1,6 @@
 """A reader that was taken over: a library in the confined process attacks, or hands over what it likes."""
 import json
+import math
 import os
 import random
 import struct
@@ -49,11 +50,25 @@ def message(remarks=(), left_out=(), files=()):
     return listed(remarks) + listed(left_out) + listed([text(file) for file in files])
 
 
-def scene(root='{"name":"Scene Root"}', materials=""):
-    document = '{"format":"mapexport-scene","version":1'
+def document(root='{"name":"Scene Root"}', materials=""):
+    start = '{"format":"mapexport-scene","version":1'
     if materials:
-        document += f',"materials":[{materials}]'
-    return (document + f',"root":{root}}}\n').encode()
+        start += f',"materials":[{materials}]'
+    return (start + f',"root":{root}}}').encode()
+
+
+def binary(json_bytes, lists=b""):
+    """A binary scene file."""
+    header = struct.pack("<16sIIQQ", b"mapexport-scene", 1, 0, len(json_bytes), len(lists))
+    return header + json_bytes + bytes(-(len(header) + len(json_bytes)) % 16) + lists
+
+
+def scene(*parts, lists=b"", **named):
+    return binary(document(*parts, **named), lists)
+
+
+def triangle_lists(edge=10.0, last=2):
+    return struct.pack("<9f12x5I", 0, 0, 0, edge, 0, 0, 0, 10, 0, 0, 1, last, 0, 0)
 
 
 def children(nodes):
@@ -63,8 +78,9 @@ def children(nodes):
 EMPTY = message()
 SOUND = message([remark("the file has no axes")], [remark("1 bone", "left-out-bones")], ["a.mtl"])
 ESCAPES = "\x1b[31m\n\r\x07\x00\x7f\u009b1m\u202e"
-TRIANGLE = ('{"name":"Floor","material":0,"mesh":{"vertices":[[0,0,0],[10,0,0],[0,10,0]],'
-            '"faces":[[0,1,2]]}}')
+TRIANGLE = ('{"name":"Floor","material":0,"mesh":{"vertices":{"offset":0,"count":3},'
+            '"faces":{"offset":48,"count":1}}}')
+FLOOR = TRIANGLE.replace('"material":0,', "")
 MOST = (1 << 64) - 1
 
 
@@ -109,8 +125,11 @@ def crafted(large):
         ("a deeper tree", scene('{"children":[' * 1000 + "{}" + "]}" * 1000), EMPTY, 0),
         ("zeros", bytes(size), EMPTY, 0),
         ("another encoding", scene().decode().encode("utf-16"), EMPTY, 0),
-        ("numbers", scene(children(TRIANGLE.replace("10,0,0", "1e999,0,0"))), EMPTY, 0),
-        ("indices", scene(children(TRIANGLE.replace("0,1,2", "0,1,4294967295"))), EMPTY, 0),
+        ("numbers", scene(children(FLOOR), lists=triangle_lists(math.inf)), EMPTY, 0),
+        ("indices", scene(children(FLOOR), lists=triangle_lists(last=(1 << 32) - 1)), EMPTY, 0),
+        ("a large mesh of many nodes", scene(
+            children(",".join(['{"mesh":{"vertices":{"offset":0,"count":%d}}}' % (size // 3)] * 60_000)),
+            lists=bytes(size * 4)), EMPTY, 0),
         ("the refusal's escapes", b"", ESCAPES.encode() * 10, 71),
         ("a long refusal", b"", b"a" * 1_000_000, 71),
         ("a long reason", b"", ESCAPES.encode() * 1_000, 73),
@@ -215,11 +234,18 @@ class TakeOver:
     def _damaged(self, index):
         rng = random.Random(f"{self.seed}/takeover/{index}")
         nodes = ",".join([TRIANGLE] * rng.choice((1, 2, 20)))
-        whole = scene(children(nodes), '{"name":"Red","diffuse":[1,0,0]}')
+        json_bytes = document(children(nodes), '{"name":"Red","diffuse":[1,0,0]}')
+        lists = triangle_lists()
         said = SOUND
-        if rng.random() < 0.6:
+        damaged = rng.choice(("json", "lists", "file", "message"))
+        if damaged == "json":
+            json_bytes = mutate.damage(json_bytes, rng)
+        if damaged == "lists":
+            lists = mutate.damage(lists, rng)
+        whole = binary(json_bytes, lists)
+        if damaged == "file":
             whole = mutate.damage(whole, rng)
-        if whole == scene() or rng.random() < 0.6:
+        if damaged == "message" or rng.random() < 0.4:
             said = self._damaged_message(rng)
         status = rng.choice((0,) * 12 + (71, 72, 73, rng.randrange(256)))
         self._hand_over(f"seed {self.seed}, hand-over {index}", whole, said, status,

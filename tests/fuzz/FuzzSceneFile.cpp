@@ -1,15 +1,40 @@
-// Any bytes as a scene file; a scene that was read must survive being written.
+// Any bytes as a scene file, as text or in binary; a scene that was read must survive being written.
 
+#include <algorithm>
 #include <string_view>
 
 #include "fuzz/SceneRoundTrip.h"
+#include "scene/BinarySceneFile.h"
 #include "scene/HostScene.h"
+
+namespace mapexport {
+namespace {
+
+Scene ReadAny(std::string_view bytes) {
+  if (bytes.starts_with(kBinarySceneMagic)) {
+    const MemoryFile file(bytes);
+    return ReadBinaryScene(file.File(), "a");
+  }
+  // JSON and lists around a zero byte, for which a sound header is made.
+  const std::size_t zero = bytes.find('\0');
+  if (zero == bytes.npos) return ReadSceneFile(MemoryFile(bytes).Path());
+  BinarySceneHeader header{{}, kBinarySceneVersion, 0, zero, bytes.size() - zero - 1};
+  kBinarySceneMagic.copy(header.magic, sizeof header.magic);
+  std::string whole(reinterpret_cast<const char*>(&header), sizeof header);
+  whole += bytes.substr(0, zero);
+  whole.resize(AlignList(whole.size()));
+  whole += bytes.substr(zero + 1);
+  const MemoryFile file(whole);
+  return ReadBinaryScene(file.File(), "a", {.mostBytes = 1 << 24});
+}
+
+}  // namespace
+}  // namespace mapexport
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace mapexport;
   try {
-    const MemoryFile file({reinterpret_cast<const char*>(data), size});
-    const Scene scene = ReadSceneFile(file.Path());
+    const Scene scene = ReadAny({reinterpret_cast<const char*>(data), size});
     RequireRoundTrip(scene);
     const HostScene host(scene);
   } catch (const SceneError& error) {

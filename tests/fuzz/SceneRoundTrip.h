@@ -7,11 +7,11 @@
 #include <string_view>
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include "fuzz/FuzzBytes.h"
 #include "scene/SceneError.h"
 #include "scene/SceneFile.h"
+#include "system/Descriptor.h"
 
 namespace mapexport {
 
@@ -19,28 +19,31 @@ namespace mapexport {
 class MemoryFile {
  public:
   explicit MemoryFile(std::string_view bytes) : fd_(memfd_create("fuzz", 0)) {
-    if (write(fd_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) std::abort();
+    if (WriteAll(fd_.Get(), bytes) != 0) std::abort();
   }
-  ~MemoryFile() { close(fd_); }
   MemoryFile(const MemoryFile&) = delete;
   MemoryFile& operator=(const MemoryFile&) = delete;
 
-  std::string Path() const { return "/proc/self/fd/" + std::to_string(fd_); }
+  std::string Path() const { return "/proc/self/fd/" + std::to_string(fd_.Get()); }
+  const Descriptor& File() const { return fd_; }
 
  private:
-  int fd_;
+  Descriptor fd_;
 };
 
 inline void RequireRoundTrip(const Scene& scene) {
-  const auto written = [](const Scene& what) {
+  const auto written = [](const Scene& what, auto write) {
     std::ostringstream out;
-    WriteSceneFile(what, out);
+    write(what, out);
     return out.str();
   };
-  const std::string once = written(scene);
-  const MemoryFile file(once);
+  const std::string once = written(scene, WriteSceneFile);
+  const MemoryFile text(once);
+  const MemoryFile binary(written(scene, WriteBinaryScene));
   try {
-    Require(written(ReadSceneFile(file.Path())) == once, "a scene file gives the scene back");
+    for (const Scene& read : {ReadSceneFile(text.Path()), ReadBinaryScene(binary.File(), "a")}) {
+      Require(written(read, WriteSceneFile) == once, "a scene file gives the scene back");
+    }
   } catch (const SceneError& error) {
     Require(false, error.what());
   }

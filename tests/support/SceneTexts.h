@@ -29,7 +29,7 @@ inline Scene Read(const std::string& text) {
 inline std::string DefectOf(const std::string& text, std::uint64_t mostItems = UINT64_MAX) {
   const ScratchFile file(text);
   try {
-    ReadSceneFile(file.Path(), mostItems);
+    ReadSceneFile(file.Path(), {.mostItems = mostItems});
   } catch (const SceneError& error) {
     const std::string message = error.what();
     EXPECT_TRUE(message.starts_with(file.Path() + ": ")) << message;

@@ -1,0 +1,72 @@
+// The parts of a binary scene file (.scene.bin): header, JSON document, block of lists.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "system/Descriptor.h"
+
+namespace mapexport {
+
+// A file begins with this header. The JSON follows it; the lists begin at the next multiple of
+// kListAlignment, counted from the start of the file, and reach to its end. All numbers are
+// little-endian.
+inline constexpr std::string_view kBinarySceneMagic("mapexport-scene\0", 16);
+inline constexpr std::uint32_t kBinarySceneVersion = 1;
+struct BinarySceneHeader {
+  char magic[16];
+  std::uint32_t version;
+  std::uint32_t reserved;  ///< 0
+  std::uint64_t jsonBytes;
+  std::uint64_t listBytes;
+};
+static_assert(sizeof(BinarySceneHeader) == 40);
+
+inline constexpr std::uint64_t kListAlignment = 16;
+constexpr std::uint64_t AlignList(std::uint64_t offset) {
+  return (offset + kListAlignment - 1) / kListAlignment * kListAlignment;
+}
+
+/// These turn numbers of this processor into those of a file, or back.
+inline void ToFileOrder([[maybe_unused]] std::span<std::uint32_t> words) {
+  if constexpr (std::endian::native == std::endian::big) {
+    for (std::uint32_t& word : words) word = __builtin_bswap32(word);
+  }
+}
+inline void ToFileOrder([[maybe_unused]] BinarySceneHeader& header) {
+  if constexpr (std::endian::native == std::endian::big) {
+    header.version = __builtin_bswap32(header.version);
+    header.jsonBytes = __builtin_bswap64(header.jsonBytes);
+    header.listBytes = __builtin_bswap64(header.listBytes);
+  }
+}
+
+/// A file whose header and sizes are checked and whose JSON is read. It is read, not mapped:
+/// another program may cut it meanwhile, and a mapped file that becomes shorter is a signal.
+class BinarySceneFile {
+ public:
+  /// `file` must outlive this object; if it isn't open, errno says why. Messages begin with `name`.
+  /// Throws SceneError.
+  BinarySceneFile(const Descriptor& file, const std::string& name);
+
+  std::string_view Json() const { return json_; }
+  std::uint64_t ListBytes() const { return listBytes_; }
+  /// Reads words of the lists from byte `offset` on. They must lie in the lists. Throws SceneError.
+  void Read(std::uint64_t offset, std::span<std::uint32_t> words) const;
+
+ private:
+  void ReadAt(std::uint64_t offset, void* bytes, std::uint64_t size) const;
+  [[noreturn]] void Fail(std::string_view reason) const;
+
+  const Descriptor& file_;
+  std::string name_;
+  std::string json_;
+  std::uint64_t listsBegin_ = 0;
+  std::uint64_t listBytes_ = 0;
+};
+
+}  // namespace mapexport

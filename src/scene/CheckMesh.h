@@ -1,0 +1,21 @@
+// The checks of a scene file's mesh that need more than one of its lists.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "host/Mesh.h"
+#include "scene/JsonValue.h"
+
+namespace mapexport {
+
+/// Throws SceneError unless each index of `mesh`, which was read from `value`, refers to something
+/// and each face has texture corners where there are texture vertices. `hasTextureFaces` tells an
+/// empty list from none. Texture faces without texture vertices are dropped.
+void FinishMesh(const JsonValue& value, Mesh& mesh, bool hasTextureFaces);
+
+/// "8 vertices", "1 vertex", "no vertices".
+std::string Count(std::size_t count, std::string_view one, std::string_view many);
+
+}  // namespace mapexport

@@ -1,0 +1,137 @@
+// Scene files in binary.
+#include <bit>
+#include <limits>
+#include <vector>
+
+#include "scene/BinarySceneFile.h"
+#include "support/SceneTexts.h"
+#include "system/Descriptor.h"
+
+namespace mapexport {
+namespace {
+
+using Words = std::vector<std::uint32_t>;
+
+std::uint32_t Bits(float number) {
+  return std::bit_cast<std::uint32_t>(number);
+}
+
+/// The lists of a triangle: three points, at byte 48 a face, at 80 three texture corners.
+Words Lists() {
+  Words words(24, 0);
+  words[3] = words[7] = Bits(1);
+  words[13] = words[20] = 1;
+  words[14] = words[21] = 2;
+  words[16] = 7;
+  return words;
+}
+
+const std::string kMesh =
+    R"("vertices": {"offset": 0, "count": 3}, "faces": {"offset": 48, "count": 1})";
+
+std::string Binary(const std::string& json, const Words& lists, std::uint32_t version = 1) {
+  BinarySceneHeader header{{}, version, 0, json.size(), lists.size() * sizeof(Words::value_type)};
+  kBinarySceneMagic.copy(header.magic, sizeof header.magic);
+  std::string file(reinterpret_cast<const char*>(&header), sizeof header);
+  file += json;
+  file.resize(AlignList(file.size()));
+  return file.append(reinterpret_cast<const char*>(lists.data()), header.listBytes);
+}
+
+Scene ReadBinary(const std::string& bytes, const SceneLimits& limits = {}) {
+  const ScratchFile file(bytes);
+  return ReadBinaryScene(OpenToRead(file.Path()), "a", limits);
+}
+
+std::string BinaryDefect(const std::string& bytes, const SceneLimits& limits = {}) {
+  try {
+    ReadBinary(bytes, limits);
+  } catch (const SceneError& error) {
+    return std::string(error.what()).substr(3);
+  }
+  return "";
+}
+
+TEST(BinarySceneTest, IsReadAsItIsWritten) {
+  const std::string twoNodes =
+      Root(R"("children": [{"mesh": {)" + kMesh + R"(}}, {"mesh": {)" + kMesh + "}}]");
+  const Scene scene = ReadBinary(Binary(twoNodes, Lists()));
+  const auto& nodes = scene.root.children;
+  ASSERT_EQ(nodes.size(), 2u);
+  EXPECT_EQ(nodes[0].mesh, nodes[1].mesh) << "the same lists are one mesh";
+  EXPECT_EQ(nodes[0].mesh->verts[1], (Point3{1, 0, 0}));
+  EXPECT_EQ(nodes[0].mesh->faces[0].v, (std::array<std::uint32_t, 3>{0, 1, 2}));
+  EXPECT_EQ(nodes[0].mesh->faces[0].MatID(), 7);
+  std::ostringstream out;
+  WriteBinaryScene(scene, out);
+  const std::string again = out.str();
+  EXPECT_EQ(Write(ReadBinary(again)), Write(scene));
+  // The lists, once, on both sides.
+  EXPECT_EQ(again.substr(again.size() - 80), Binary("", Lists()).substr(48, 80));
+}
+
+TEST(BinarySceneTest, NamesPlaceAndDefect) {
+  const auto with = [](std::size_t word, std::uint32_t value) {
+    Words words = Lists();
+    words[word] = value;
+    return words;
+  };
+  const struct {
+    std::string mesh;
+    Words lists;
+    std::string defect;
+  } rows[] = {
+      {kMesh, with(4, Bits(std::numeric_limits<float>::infinity())),
+       "root.mesh.vertices[1]: is not finite"},
+      {kMesh, with(13, 3),
+       "root.mesh.faces[0]: vertex index 3 is out of range (the mesh has 3 vertices)"},
+      {kMesh, with(16, 65536), "root.mesh.faces[0]: material id 65536 must be 0 to 65535"},
+      {kMesh + R"(, "textureVertices": {"offset": 80, "count": 1})", with(20, 0),
+       "root.mesh.textureFaces: is required with texture vertices, but missing"},
+      {R"("vertices": {"offset": 2, "count": 3})", Lists(),
+       "root.mesh.vertices: offset 2 is no multiple of 4"},
+      {R"("vertices": {"offset": 60, "count": 4})", Lists(),
+       "root.mesh.vertices: 4 entries of 12 bytes from byte 60 on reach beyond the lists, which "
+       "have "
+       "96 bytes"},
+      {R"("faces": {"offset": 0, "count": 9223372036854775807})", Lists(),
+       "root.mesh.faces: 9223372036854775807 entries of 20 bytes from byte 0 on reach beyond the "
+       "lists, which have 96 bytes"},
+      {R"("vertices": {"offset": 9223372036854775804, "count": 1})", Lists(),
+       "root.mesh.vertices: 1 entries of 12 bytes from byte 9223372036854775804 on reach beyond "
+       "the "
+       "lists, which have 96 bytes"},
+      {R"("vertices": {"offset": 0, "count": 3}, "faces": {"offset": 32, "count": 1})", Lists(),
+       "root.mesh.faces: bytes 32 to 52 are in another list, too"},
+      {R"("vertices": {"offset": 0, "count": 3}, "textureVertices": {"offset": 0, "count": 3})",
+       Lists(), "root.mesh.textureVertices: bytes 0 to 36 are in another list, too"},
+      {R"("vertices": {"count": 3})", Lists(), "root.mesh.vertices: needs \"offset\""},
+      {R"("vertices": {"offset": 3})", Lists(), "root.mesh.vertices: needs \"count\""},
+      {R"("vertices": [[0, 0, 0]])", Lists(),
+       "root.mesh.vertices: must be an object, not an array"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(BinaryDefect(Binary(OfMesh(row.mesh), row.lists)), row.defect);
+  }
+  const std::string shared =
+      Root(R"("children": [{"mesh": {)" + kMesh + R"(}}, {"mesh": {)" + kMesh + "}}]");
+  EXPECT_EQ(BinaryDefect(Binary(shared, Lists()), {.mostBytes = 112}), "");
+  EXPECT_THAT(BinaryDefect(Binary(shared, Lists()), {.mostBytes = 111}),
+              testing::StartsWith("root.children[1].mesh: is too much: the meshes of all nodes may "
+                                  "have 111 bytes together"));
+}
+
+TEST(BinarySceneTest, RefusesFilesOfOtherSizesAndVersions) {
+  const std::string sound = Binary(OfMesh(kMesh), Lists());
+  EXPECT_EQ(BinaryDefect(sound), "");
+  for (std::size_t size = 0; size < sound.size(); ++size) {
+    EXPECT_NE(BinaryDefect(sound.substr(0, size)), "") << size;
+  }
+  EXPECT_THAT(BinaryDefect(sound + "x"), testing::HasSubstr("its header says that the lists are"));
+  EXPECT_EQ(BinaryDefect(Binary(OfMesh(kMesh), Lists(), 2)), "version 2 is not known, only 1 is");
+  EXPECT_EQ(BinaryDefect(OfMesh(kMesh)), "is no binary scene file: it begins with other bytes");
+  EXPECT_EQ(BinaryDefect(""), "the file is empty");
+}
+
+}  // namespace
+}  // namespace mapexport
