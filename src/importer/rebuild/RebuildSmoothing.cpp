@@ -22,32 +22,63 @@ bool Agree(const Point3& a, const Point3& b) {
   return DotProd(a, b) > kAgreeingDot;  // false for NaN and null vectors
 }
 
-/// One side of a face, named from its vertex of the lower index to the other.
+/// One side of a face, kept at its vertex of the lower index.
 struct Side {
-  std::uint64_t edge;
+  std::uint32_t high;  ///< the other vertex
   std::uint32_t face;
   std::uint8_t lowCorner, highCorner;
 };
 
-std::vector<Side> SortedSides(const std::vector<Face>& faces) {
-  std::vector<Side> sides;
-  sides.reserve(3 * faces.size());
-  for (std::size_t f = 0; f < faces.size(); ++f) {
-    for (std::uint8_t corner = 0; corner < 3; ++corner) {
-      std::uint8_t low = corner;
-      std::uint8_t high = corner == 2 ? std::uint8_t{0} : static_cast<std::uint8_t>(corner + 1);
-      const std::array<std::uint32_t, 3>& v = faces[f].v;
-      if (v[low] == v[high]) continue;
-      if (v[low] > v[high]) std::swap(low, high);
-      sides.push_back(
-          {(std::uint64_t{v[low]} << 32) | v[high], static_cast<std::uint32_t>(f), low, high});
+/// The sides of all faces by their edges: ordered by lower vertex, higher vertex, face. Most
+/// vertices have a few sides, so these are counted out to them before they are sorted.
+class SortedSides {
+ public:
+  explicit SortedSides(const Mesh& mesh) : ends_(mesh.verts.size() + 1, 0) {
+    // ends_[v + 1] is first how many sides v has, then where the next of them goes.
+    ForEachSide(mesh.faces, [&](std::uint32_t low, const Side&) { ++ends_[low + 1]; });
+    std::uint32_t total = 0;
+    for (std::uint32_t& end : ends_) total += std::exchange(end, total);
+    sides_.resize(total);
+    ForEachSide(mesh.faces,
+                [&](std::uint32_t low, const Side& side) { sides_[ends_[low + 1]++] = side; });
+    for (std::size_t v = 0; v + 1 < ends_.size(); ++v) {
+      std::sort(sides_.begin() + ends_[v], sides_.begin() + ends_[v + 1],
+                [](const Side& a, const Side& b) {
+                  return a.high != b.high ? a.high < b.high : a.face < b.face;
+                });
     }
   }
-  std::ranges::sort(sides, [](const Side& a, const Side& b) {
-    return a.edge != b.edge ? a.edge < b.edge : a.face < b.face;
-  });
-  return sides;
-}
+
+  /// Calls `visit` with the sides on each edge of at least two.
+  void ForEachEdge(const auto& visit) const {
+    for (std::size_t v = 0; v + 1 < ends_.size(); ++v) {
+      const std::span<const Side> atVertex(sides_.begin() + ends_[v],
+                                           sides_.begin() + ends_[v + 1]);
+      for (auto begin = atVertex.begin(); begin != atVertex.end();) {
+        const auto end = std::find_if(begin, atVertex.end(),
+                                      [&](const Side& side) { return side.high != begin->high; });
+        if (end - begin > 1) visit(std::span<const Side>(begin, end));
+        begin = end;
+      }
+    }
+  }
+
+ private:
+  static void ForEachSide(const std::vector<Face>& faces, const auto& visit) {
+    for (std::uint32_t f = 0; f < faces.size(); ++f) {
+      const std::array<std::uint32_t, 3>& v = faces[f].v;
+      for (std::uint8_t corner = 0; corner < 3; ++corner) {
+        const std::uint8_t next =
+            corner == 2 ? std::uint8_t{0} : static_cast<std::uint8_t>(corner + 1);
+        if (v[corner] < v[next]) visit(v[corner], Side{v[next], f, corner, next});
+        if (v[corner] > v[next]) visit(v[next], Side{v[corner], f, next, corner});
+      }
+    }
+  }
+
+  std::vector<std::uint32_t> ends_;
+  std::vector<Side> sides_;
+};
 
 /// Disjoint sets of faces; the representative of a set is its lowest face.
 class Surfaces {
@@ -74,8 +105,8 @@ class Surfaces {
   std::vector<std::uint32_t> parent_;
 };
 
-/// Joins those of the faces on one edge that are smooth across it.
-void JoinAcrossEdge(std::span<const Side> sides, const std::vector<CornerNormals>& normals,
+/// Joins those of the faces on one edge that are smooth across it. Whether all are.
+bool JoinAcrossEdge(std::span<const Side> sides, const std::vector<CornerNormals>& normals,
                     Surfaces& surfaces) {
   std::array<const Side*, kMostWaysAcrossEdge> ways{};
   std::size_t wayCount = 0;
@@ -92,16 +123,7 @@ void JoinAcrossEdge(std::span<const Side> sides, const std::vector<CornerNormals
     else if (wayCount < ways.size())
       ways[wayCount++] = &side;
   }
-}
-
-/// Calls `visit` with the sides on each edge.
-void ForEachEdge(const std::vector<Side>& sides, const auto& visit) {
-  for (auto begin = sides.begin(); begin != sides.end();) {
-    const auto end = std::find_if(begin, sides.end(),
-                                  [&](const Side& side) { return side.edge != begin->edge; });
-    visit(std::span<const Side>(begin, end));
-    begin = end;
-  }
+  return wayCount == 1;
 }
 
 /// Whether faces on the edge are one surface, though the normals break there.
@@ -124,39 +146,41 @@ bool IsFlatWith(const Point3& first, const CornerNormals& normals) {
 
 }  // namespace
 
-SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, const std::vector<CornerNormals>& normals) {
-  std::vector<CornerNormals> unit = normals;
+SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, std::vector<CornerNormals> unit) {
   for (CornerNormals& corners : unit) {
     for (Point3& normal : corners) normal = Normalize(normal);
   }
   Surfaces surfaces(mesh.faces.size());
-  const std::vector<Side> sides = SortedSides(mesh.faces);
-  ForEachEdge(sides, [&](std::span<const Side> edge) { JoinAcrossEdge(edge, unit, surfaces); });
-  SmoothSurfaces result;
-  ForEachEdge(sides, [&](std::span<const Side> edge) {
-    if (IsLostCrease(edge, unit, surfaces)) ++result.lostCreases;
+  const SortedSides sides(mesh);
+  std::vector<std::span<const Side>> broken;
+  sides.ForEachEdge([&](std::span<const Side> edge) {
+    if (!JoinAcrossEdge(edge, unit, surfaces)) broken.push_back(edge);
   });
+  SmoothSurfaces result;
+  for (const std::span<const Side> edge : broken) {
+    if (IsLostCrease(edge, unit, surfaces)) ++result.lostCreases;
+  }
   std::vector<std::uint32_t>& surfaceOf = result.surfaceOf;
   surfaceOf.resize(mesh.faces.size());
   for (std::uint32_t face = 0; face < surfaceOf.size(); ++face)
     surfaceOf[face] = surfaces.Find(face);
 
   // No grouping can show on a surface that is flat.
-  std::vector<bool> isCurved(surfaceOf.size());  // by the surface's representative
+  std::vector<std::uint8_t> isCurved(surfaceOf.size());  // by the surface's representative
   for (std::size_t face = 0; face < surfaceOf.size(); ++face) {
     const std::uint32_t surface = surfaceOf[face];
-    if (surface == face || isCurved[surface]) continue;
-    isCurved[surface] =
-        !IsFlatWith(unit[surface][0], unit[face]) || !IsFlatWith(unit[surface][0], unit[surface]);
+    if (surface == face || isCurved[surface] != 0) continue;
+    const Point3& first = unit[surface][0];
+    isCurved[surface] = !IsFlatWith(first, unit[face]) || !IsFlatWith(first, unit[surface]) ? 1 : 0;
   }
   for (std::uint32_t& surface : surfaceOf) {
-    if (!isCurved[surface]) surface = kFlatFace;
+    if (isCurved[surface] == 0) surface = kFlatFace;
   }
   return result;
 }
 
-std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals) {
-  const SmoothSurfaces surfaces = FindSmoothSurfaces(mesh, normals);
+std::size_t RebuildSmoothing(Mesh& mesh, std::vector<CornerNormals> normals) {
+  const SmoothSurfaces surfaces = FindSmoothSurfaces(mesh, std::move(normals));
   AssignSmoothingBits(mesh, surfaces.surfaceOf);
   return surfaces.lostCreases;
 }

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
-#include <numeric>
 #include <span>
+#include <utility>
 
 namespace mapexport {
 namespace {
@@ -19,13 +19,30 @@ unsigned ChooseBit(std::uint32_t taken, std::size_t group) {
   return kFirstSmoothingBit + static_cast<unsigned>(group % kBits);
 }
 
+/// The faces in the order of their groups, those of one group in their own order. Flat ones are
+/// left out.
+std::vector<std::uint32_t> OrderByGroup(const std::vector<std::uint32_t>& groupOf) {
+  std::vector<std::uint32_t> places;  // of each group: its size, then where its next face goes
+  for (const std::uint32_t group : groupOf) {
+    if (group == kFlatFace) continue;
+    if (group >= places.size()) places.resize(std::size_t{group} + 1, 0);
+    ++places[group];
+  }
+  std::uint32_t total = 0;
+  for (std::uint32_t& place : places) total += std::exchange(place, total);
+  std::vector<std::uint32_t> order(total);
+  for (std::uint32_t face = 0; face < groupOf.size(); ++face) {
+    if (groupOf[face] != kFlatFace) order[places[groupOf[face]]++] = face;
+  }
+  return order;
+}
+
 }  // namespace
 
 void AssignSmoothingBits(Mesh& mesh, const std::vector<std::uint32_t>& groupOf) {
-  std::vector<std::uint32_t> order(mesh.faces.size());
-  std::iota(order.begin(), order.end(), std::uint32_t{0});
-  std::ranges::stable_sort(order, {}, [&](std::uint32_t face) { return groupOf[face]; });
+  const std::vector<std::uint32_t> order = OrderByGroup(groupOf);
 
+  for (Face& face : mesh.faces) face.smGroup = 0;
   std::vector<std::uint32_t> bitsAtVertex(mesh.verts.size(), 0);
   std::size_t groupCount = 0;
   for (auto begin = order.begin(); begin != order.end();) {
@@ -34,14 +51,11 @@ void AssignSmoothingBits(Mesh& mesh, const std::vector<std::uint32_t>& groupOf) 
                                   [&](std::uint32_t face) { return groupOf[face] != group; });
     const std::span<const std::uint32_t> faces(begin, end);
     begin = end;
-    std::uint32_t bits = 0;
-    if (group != kFlatFace) {
-      std::uint32_t taken = 0;
-      for (const std::uint32_t face : faces) {
-        for (const std::uint32_t vertex : mesh.faces[face].v) taken |= bitsAtVertex[vertex];
-      }
-      bits = 1u << ChooseBit(taken, groupCount++);
+    std::uint32_t taken = 0;
+    for (const std::uint32_t face : faces) {
+      for (const std::uint32_t vertex : mesh.faces[face].v) taken |= bitsAtVertex[vertex];
     }
+    const std::uint32_t bits = 1u << ChooseBit(taken, groupCount++);
     for (const std::uint32_t face : faces) {
       mesh.faces[face].smGroup = bits;
       for (const std::uint32_t vertex : mesh.faces[face].v) bitsAtVertex[vertex] |= bits;

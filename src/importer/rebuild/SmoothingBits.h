@@ -16,7 +16,8 @@ inline constexpr std::uint32_t kFlatFace = std::numeric_limits<std::uint32_t>::m
 /// Sets the smoothing groups of all faces of `mesh`: faces with the same number in `groupOf` (one
 /// per face) get the same bit, those with kFlatFace get 0. Groups that meet at a vertex get
 /// different bits as long as these suffice; others may share one. Groups choose in the order of
-/// their numbers, each the lowest bit that is free. Cost: n log n.
+/// their numbers, each the lowest bit that is free. Cost: linear in the faces, the vertices and the
+/// highest number.
 void AssignSmoothingBits(Mesh& mesh, const std::vector<std::uint32_t>& groupOf);
 
 }  // namespace mapexport
