@@ -12,11 +12,14 @@ std::optional<float> DecimalNumber(std::string_view word) {
     word.remove_prefix(1);
     if (word.starts_with('-')) return std::nullopt;
   }
-  if (word.find(".#") != std::string_view::npos) return std::numeric_limits<float>::quiet_NaN();
   const char* const end = word.data() + word.size();
   float value = 0;
   const auto [stop, error] = std::from_chars(word.data(), end, value);
-  if (word.empty() || stop != end || error == std::errc::invalid_argument) return std::nullopt;
+  if (word.empty()) return std::nullopt;
+  if (stop != end || error == std::errc::invalid_argument) {
+    if (word.find(".#") == std::string_view::npos) return std::nullopt;
+    return std::numeric_limits<float>::quiet_NaN();
+  }
   if (error == std::errc{}) return value;
 
   // Out of range; which end of it shows in the wider range, or else in the exponent's sign.

@@ -5,12 +5,10 @@
 namespace mapexport {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\v\f";
-
 std::string_view Trimmed(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(kBlanks);
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
+  DropBlanks(text);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 }  // namespace
@@ -36,23 +34,16 @@ bool StatementLines::Next() {
 }
 
 std::string_view StatementLines::TakeLine() {
-  const std::size_t end = std::min(rest_.find_first_of("\r\n"), rest_.size());
+  // A text may have no line feed for long, so that it is searched only once.
+  if (toFeed_ == kUnknown) toFeed_ = std::min(rest_.find('\n'), rest_.size());
+  const std::size_t end = std::min(rest_.substr(0, toFeed_).find('\r'), toFeed_);
   const std::string_view line = rest_.substr(0, end);
-  rest_.remove_prefix(end);
-  if (rest_.starts_with("\r\n"))
-    rest_.remove_prefix(2);
-  else if (!rest_.empty())
-    rest_.remove_prefix(1);
+  const bool isCrLf = end < toFeed_ && end + 1 == toFeed_ && toFeed_ < rest_.size();
+  const std::size_t taken = std::min(end + (isCrLf ? 2 : 1), rest_.size());
+  toFeed_ = taken > toFeed_ ? kUnknown : toFeed_ - taken;
+  rest_.remove_prefix(taken);
   ++linesTaken_;
   return line;
-}
-
-std::string_view TakeWord(std::string_view& rest) {
-  rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
-  const std::string_view word = rest.substr(0, rest.find_first_of(kBlanks));
-  rest.remove_prefix(word.size());
-  rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
-  return word;
 }
 
 }  // namespace mapexport
