@@ -70,6 +70,7 @@ void SilenceStandardStreams() {
 
 void BecomeChild(pid_t parent, const ChildTask& task, const HandOverFiles& files) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
+  prctl(PR_SET_NAME, "mapexport-child");
   if (getppid() != parent) _exit(0);  // the parent died before that
   LetSignalsEnd();
   LeaveNoCore();

@@ -58,7 +58,7 @@ RebuiltMesh MeshBuilder::Finish() {
     mesh_.tVerts = textureVertices_.TakePoints();
   else
     mesh_.tvFace.clear();
-  if (hasNormals_) leftOut_.creases += RebuildSmoothing(mesh_, std::move(normals_));
+  if (hasNormals_) leftOut_.creases += RebuildSmoothing(mesh_, normals_);
   return {std::make_shared<const Mesh>(std::move(mesh_)), materials_.Take()};
 }
 

@@ -18,8 +18,13 @@ constexpr float kAgreeingDot = 0.9998f;
 /// edge that thousands of faces share.
 constexpr std::size_t kMostWaysAcrossEdge = 16;
 
+/// Whether the directions are about the same; never with a null vector or numbers that aren't
+/// finite.
 bool Agree(const Point3& a, const Point3& b) {
-  return DotProd(a, b) > kAgreeingDot;  // false for NaN and null vectors
+  // Mostly they are equal. With a length far from overflow and underflow, no rounding matters then.
+  const float square = DotProd(a, a);
+  if (a == b && square > 1e-6f && square < 1e6f) return true;
+  return DotProd(Normalize(a), Normalize(b)) > kAgreeingDot;
 }
 
 /// One side of a face, kept at its vertex of the lower index.
@@ -146,19 +151,16 @@ bool IsFlatWith(const Point3& first, const CornerNormals& normals) {
 
 }  // namespace
 
-SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, std::vector<CornerNormals> unit) {
-  for (CornerNormals& corners : unit) {
-    for (Point3& normal : corners) normal = Normalize(normal);
-  }
+SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, const std::vector<CornerNormals>& normals) {
   Surfaces surfaces(mesh.faces.size());
   const SortedSides sides(mesh);
   std::vector<std::span<const Side>> broken;
   sides.ForEachEdge([&](std::span<const Side> edge) {
-    if (!JoinAcrossEdge(edge, unit, surfaces)) broken.push_back(edge);
+    if (!JoinAcrossEdge(edge, normals, surfaces)) broken.push_back(edge);
   });
   SmoothSurfaces result;
   for (const std::span<const Side> edge : broken) {
-    if (IsLostCrease(edge, unit, surfaces)) ++result.lostCreases;
+    if (IsLostCrease(edge, normals, surfaces)) ++result.lostCreases;
   }
   std::vector<std::uint32_t>& surfaceOf = result.surfaceOf;
   surfaceOf.resize(mesh.faces.size());
@@ -170,8 +172,9 @@ SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, std::vector<CornerNormals> u
   for (std::size_t face = 0; face < surfaceOf.size(); ++face) {
     const std::uint32_t surface = surfaceOf[face];
     if (surface == face || isCurved[surface] != 0) continue;
-    const Point3& first = unit[surface][0];
-    isCurved[surface] = !IsFlatWith(first, unit[face]) || !IsFlatWith(first, unit[surface]) ? 1 : 0;
+    const Point3& first = normals[surface][0];
+    isCurved[surface] =
+        !IsFlatWith(first, normals[face]) || !IsFlatWith(first, normals[surface]) ? 1 : 0;
   }
   for (std::uint32_t& surface : surfaceOf) {
     if (isCurved[surface] == 0) surface = kFlatFace;
@@ -179,8 +182,8 @@ SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, std::vector<CornerNormals> u
   return result;
 }
 
-std::size_t RebuildSmoothing(Mesh& mesh, std::vector<CornerNormals> normals) {
-  const SmoothSurfaces surfaces = FindSmoothSurfaces(mesh, std::move(normals));
+std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals) {
+  const SmoothSurfaces surfaces = FindSmoothSurfaces(mesh, normals);
   AssignSmoothingBits(mesh, surfaces.surfaceOf);
   return surfaces.lostCreases;
 }

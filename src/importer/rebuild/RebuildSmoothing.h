@@ -25,11 +25,11 @@ struct SmoothSurfaces {
 /// edge when their normals agree at both of its ends (within about one degree). Faces that are
 /// connected by such edges are one surface. `normals` has one entry per face. Cost: linear where
 /// few faces meet at a vertex, n log n at worst.
-SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, std::vector<CornerNormals> normals);
+SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, const std::vector<CornerNormals>& normals);
 
 /// Sets the smoothing groups of all faces of `mesh` so that normals computed from them break where
 /// the stored ones do: one bit for each surface (FindSmoothSurfaces, AssignSmoothingBits). Returns
 /// the number of lost creases.
-std::size_t RebuildSmoothing(Mesh& mesh, std::vector<CornerNormals> normals);
+std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals);
 
 }  // namespace mapexport
