@@ -23,6 +23,64 @@ struct Triangle {
   const ObjFace* face;
 };
 
+/// The entries of one of the file's lists that triangles use, and a number for each.
+class UsedEntries {
+ public:
+  static constexpr std::uint32_t kUsed = 0xFFFF'FFFE;  ///< the first number of what is used
+
+  UsedEntries(const std::vector<Triangle>& triangles, std::uint32_t ObjCorner::*list) {
+    std::uint32_t last = 0;
+    std::size_t corners = 0;
+    ForEach(triangles, list, [&](std::uint32_t index) {
+      first_ = std::min(first_, index);
+      last = std::max(last, index);
+      ++corners;
+    });
+    if (corners == 0) return;
+    // A part mostly uses a run of the list; else what it uses is sorted.
+    const std::size_t span = std::size_t{last} - first_ + 1;
+    if (span > kSparse * corners) {
+      ForEach(triangles, list, [&](std::uint32_t index) { sorted_.push_back(index); });
+      std::ranges::sort(sorted_);
+      sorted_.erase(std::unique(sorted_.begin(), sorted_.end()), sorted_.end());
+    }
+    numbers_.assign(sorted_.empty() ? span : sorted_.size(), kNotUsed);
+    ForEach(triangles, list, [&](std::uint32_t index) { NumberOf(index) = kUsed; });
+  }
+
+  /// The number of an entry that is used.
+  std::uint32_t& NumberOf(std::uint32_t index) {
+    if (sorted_.empty()) return numbers_[index - first_];
+    const auto place = std::ranges::lower_bound(sorted_, index) - sorted_.begin();
+    return numbers_[static_cast<std::size_t>(place)];
+  }
+
+  /// Numbers what is used, in the order of the list.
+  void NumberInOrder(const auto& numberOf) {
+    for (std::size_t i = 0; i < numbers_.size(); ++i) {
+      if (numbers_[i] != kUsed) continue;
+      numbers_[i] = numberOf(sorted_.empty() ? first_ + static_cast<std::uint32_t>(i) : sorted_[i]);
+    }
+  }
+
+ private:
+  static constexpr std::uint32_t kNotUsed = 0xFFFF'FFFF;
+  static constexpr std::size_t kSparse = 8;
+
+  static void ForEach(const std::vector<Triangle>& triangles, std::uint32_t ObjCorner::*list,
+                      const auto& visit) {
+    for (const Triangle& triangle : triangles) {
+      for (const ObjCorner& corner : triangle.corners) {
+        if (corner.*list != kNoObjIndex) visit(corner.*list);
+      }
+    }
+  }
+
+  std::uint32_t first_ = kNotUsed;     ///< the lowest entry
+  std::vector<std::uint32_t> sorted_;  ///< empty: the numbers are those of a run of the list
+  std::vector<std::uint32_t> numbers_;
+};
+
 class Builder {
  public:
   Builder(const ObjFile& file, LeftOut& leftOut) : file_(file), leftOut_(leftOut) {}
@@ -62,41 +120,29 @@ class Builder {
     }
   }
 
+  /// Vertices come in the order of the file.
   void AddVertices(Mesh& mesh) const {
-    std::vector<std::uint32_t> used;
-    used.reserve(3 * triangles_.size());
-    for (const Triangle& triangle : triangles_) {
-      for (const ObjCorner& corner : triangle.corners) used.push_back(corner.position);
-    }
-    std::ranges::sort(used);
-    used.erase(std::unique(used.begin(), used.end()), used.end());
+    UsedEntries used(triangles_, &ObjCorner::position);
     PointTable table;
-    std::vector<std::uint32_t> vertexOf;  // by the place in `used`
-    vertexOf.reserve(used.size());
-    for (const std::uint32_t position : used) {
-      vertexOf.push_back(table.Add(file_.positions[position]));
-    }
-    // A part mostly uses a run of the file's vertices, so the place is often known at once.
-    const auto placeOf = [&used](std::uint32_t position) -> std::size_t {
-      const std::size_t guess = position - used.front();
-      if (guess < used.size() && used[guess] == position) return guess;
-      return static_cast<std::size_t>(std::ranges::lower_bound(used, position) - used.begin());
-    };
+    used.NumberInOrder(
+        [&](std::uint32_t position) { return table.Add(file_.positions[position]); });
     mesh.faces.resize(triangles_.size());
     for (std::size_t t = 0; t < triangles_.size(); ++t) {
       for (std::size_t k = 0; k < 3; ++k) {
-        mesh.faces[t].v[k] = vertexOf[placeOf(triangles_[t].corners[k].position)];
+        mesh.faces[t].v[k] = used.NumberOf(triangles_[t].corners[k].position);
       }
     }
     mesh.verts = table.TakePoints();
   }
 
+  /// Texture vertices come in the order of their first use.
   void AddTextureFaces(Mesh& mesh) const {
     const auto isTextured = [](const Triangle& triangle) {
       return std::ranges::any_of(triangle.corners,
                                  [](const ObjCorner& c) { return c.texture != kNoObjIndex; });
     };
     if (std::ranges::none_of(triangles_, isTextured)) return;
+    UsedEntries used(triangles_, &ObjCorner::texture);
     PointTable table;
     mesh.tvFace.resize(triangles_.size());
     for (std::size_t t = 0; t < triangles_.size(); ++t) {
@@ -108,7 +154,10 @@ class Builder {
           uvw = {};
           ++leftOut_.textureCorners;
         }
-        mesh.tvFace[t].t[k] = table.Add(uvw);
+        std::uint32_t none = UsedEntries::kUsed;
+        std::uint32_t& number = index == kNoObjIndex ? none : used.NumberOf(index);
+        if (number == UsedEntries::kUsed) number = table.Add(uvw);
+        mesh.tvFace[t].t[k] = number;
       }
     }
     mesh.tVerts = table.TakePoints();
