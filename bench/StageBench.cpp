@@ -12,6 +12,7 @@
 #include "Level.h"
 #include "LevelStages.h"
 #include "MeasuredRun.h"
+#include "RebuildRuns.h"
 #include "RivalRuns.h"
 #include "StageRuns.h"
 
@@ -30,6 +31,7 @@ void Run(const std::string& size, const std::string& folder) {
   context("vertices", stages.gathered.group.vertices.size());
   context("welded_vertices", stages.welded.vertices.size());
   RegisterStages(stages, size + ".scene.json");
+  RegisterRebuilding(stages.scene);
   RegisterRivals(stages, size + ".obj");
   benchmark::RunSpecifiedBenchmarks();
 }

@@ -44,6 +44,7 @@ void Make(const std::string& name, const std::string& folder, std::uint32_t seed
   if (!size && name != "box") throw std::runtime_error("there is no size \"" + name + '"');
   const Scene scene = size ? MakeLevel(*size, seed) : BoxScene();
   WriteFile(path + ".scene.json", [&](std::ostream& out) { WriteSceneFile(scene, out); });
+  WriteFile(path + ".scene.bin", [&](std::ostream& out) { WriteBinaryScene(scene, out); });
   if (size) {
     WriteFile(path + ".obj", [&](std::ostream& out) { WriteObj(scene, name + ".mtl", out); });
     WriteFile(path + ".mtl", [&](std::ostream& out) { WriteMtl(scene, out); });

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Measures whole processes: exports, and the import library's own program on the same level.
+"""Measures whole processes: exports, and other programs on the same files.
 
     bench/measure_processes.py MAPEXPORT FOLDER RESULT --sizes 130k 1M --runs 5
 
@@ -17,7 +17,9 @@ import sys
 import time
 
 BOX_RUNS = 21
-DONE = {"mapexport": (0, 4), "assimp": (0,)}  # 4: done, but a list is too long
+DONE = {"mapexport": (0, 4)}  # 4: done, but a list is too long
+FORMATS = ("scene.json", "scene.bin", "glb", "obj")
+SAVED_BY_BLENDER = {"130k": ("blender.glb", "blender.fbx")}
 
 
 def start(command, folder):
@@ -29,7 +31,7 @@ def finish(process, command):
     """Waits; returns what the process and its children used."""
     _, status, usage = os.wait4(process.pid, 0)
     process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode not in DONE[pathlib.Path(command[0]).name]:
+    if process.returncode not in DONE.get(pathlib.Path(command[0]).name, (0,)):
         sys.exit(f"measure_processes.py: {' '.join(command)}: exit status {process.returncode}")
     return usage
 
@@ -86,21 +88,28 @@ def main():
     parser.add_argument("--sizes", nargs="+", default=["130k", "1M"])
     parser.add_argument("--runs", type=int, default=5)
     arguments = parser.parse_args()
-    assimp = shutil.which("assimp")
-    if assimp is None:
-        sys.exit("measure_processes.py: the program assimp is not there")
+    for rival in ("assimp", "gltfpack"):
+        if shutil.which(rival) is None:
+            sys.exit(f"measure_processes.py: the program {rival} is not there")
     triangles = json.loads((arguments.folder / "sizes.json").read_text())
 
     def export(scene):
+        # The levels are in centimetres already, but for what Blender says of its own.
+        scale = "0.01" if scene.endswith(".fbx") else "1"
+        options = [] if ".scene." in scene else ["--scale", scale]
         return [str(arguments.mapexport.resolve()), "export", scene, "process.kob", "--fresh",
-                "--seed", "1", "--quiet"]
+                "--seed", "1", "--quiet", *options]
 
     result = {"box": measure({"box": export("box.scene.json")}, arguments.folder, BOX_RUNS)["box"]}
     for size in arguments.sizes:
-        commands = {extension: export(f"{size}.{extension}")
-                    for extension in ("scene.json", "glb", "obj")}
-        commands["assimp"] = [assimp, "export", f"{size}.obj", "process.assbin",
-                              "-tri", "-gsn", "-jiv"]
+        commands = {}
+        for form in (*FORMATS, *SAVED_BY_BLENDER.get(size, ())):
+            scene = f"{size}.{form}"
+            commands[form] = export(scene)
+            if not form.startswith("scene."):
+                commands["assimp " + form] = ["assimp", "export", scene, "process.assbin"]
+            if form.endswith("glb"):
+                commands["gltfpack " + form] = ["gltfpack", "-i", scene, "-o", "process.glb", "-noq"]
         measured = measure(commands, arguments.folder, arguments.runs)
         for name, command in commands.items():
             measured[name]["all"] = most_in_all(command, arguments.folder)

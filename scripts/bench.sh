@@ -59,6 +59,13 @@ for size in box 10k 130k 1M; do
   printf '"%s": %d\n' "$size" "$("$programs/make_level" "$size" "$levels")"
 done | paste -sd, | sed 's/.*/{&}/' >"$levels/sizes.json"
 
+blender -b --python bench/save_with_blender.py -- "$levels/130k.obj" \
+  "$levels/130k.blender.fbx" "$levels/130k.blender.glb" >"$results/blender.log" 2>&1
+if [[ ! -s $levels/130k.blender.glb ]]; then
+  cat -- "$results/blender.log" >&2
+  exit 1
+fi
+
 for size in "${sizes[@]}"; do
   echo "stages, $size"
   times=$repetitions
