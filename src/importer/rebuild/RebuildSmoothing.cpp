@@ -18,12 +18,25 @@ constexpr float kAgreeingDot = 0.9998f;
 /// edge that thousands of faces share.
 constexpr std::size_t kMostWaysAcrossEdge = 16;
 
+/// Far from overflow and underflow, also its product with another such number.
+bool IsOrdinary(float square) {
+  return square > 1e-6f && square < 1e6f;
+}
+
 /// Whether the directions are about the same; never with a null vector or numbers that aren't
 /// finite.
 bool Agree(const Point3& a, const Point3& b) {
-  // Mostly they are equal. With a length far from overflow and underflow, no rounding matters then.
-  const float square = DotProd(a, a);
-  if (a == b && square > 1e-6f && square < 1e6f) return true;
+  const float aa = DotProd(a, a);
+  const float bb = DotProd(b, b);
+  if (IsOrdinary(aa) && IsOrdinary(bb)) {
+    // Mostly it is clear without the roots, whose rounding matters only near the limit.
+    constexpr float kNear = 1e-4f;
+    constexpr float kSurely = (kAgreeingDot + kNear) * (kAgreeingDot + kNear);
+    constexpr float kPerhaps = (kAgreeingDot - kNear) * (kAgreeingDot - kNear);
+    const float dot = DotProd(a, b);
+    if (dot <= 0.0f || dot * dot < kPerhaps * (aa * bb)) return false;
+    if (dot * dot > kSurely * (aa * bb)) return true;
+  }
   return DotProd(Normalize(a), Normalize(b)) > kAgreeingDot;
 }
 
@@ -110,19 +123,26 @@ class Surfaces {
   std::vector<std::uint32_t> parent_;
 };
 
+/// Whether the normals of two faces agree at both ends of their edge.
+bool AreSmooth(const Side& a, const Side& b, const std::vector<CornerNormals>& normals) {
+  return Agree(normals[a.face][a.lowCorner], normals[b.face][b.lowCorner]) &&
+         Agree(normals[a.face][a.highCorner], normals[b.face][b.highCorner]);
+}
+
 /// Joins those of the faces on one edge that are smooth across it. Whether all are.
 bool JoinAcrossEdge(std::span<const Side> sides, const std::vector<CornerNormals>& normals,
                     Surfaces& surfaces) {
+  if (sides.size() == 2) {
+    const bool isSmooth = AreSmooth(sides[0], sides[1], normals);
+    if (isSmooth) surfaces.Join(sides[0].face, sides[1].face);
+    return isSmooth;
+  }
   std::array<const Side*, kMostWaysAcrossEdge> ways{};
   std::size_t wayCount = 0;
   for (const Side& side : sides) {
-    const CornerNormals& mine = normals[side.face];
     const auto end = ways.begin() + static_cast<std::ptrdiff_t>(wayCount);
-    const auto smooth = std::find_if(ways.begin(), end, [&](const Side* other) {
-      const CornerNormals& theirs = normals[other->face];
-      return Agree(mine[side.lowCorner], theirs[other->lowCorner]) &&
-             Agree(mine[side.highCorner], theirs[other->highCorner]);
-    });
+    const auto smooth = std::find_if(
+        ways.begin(), end, [&](const Side* other) { return AreSmooth(side, *other, normals); });
     if (smooth != end)
       surfaces.Join(side.face, (*smooth)->face);
     else if (wayCount < ways.size())
@@ -135,12 +155,9 @@ bool JoinAcrossEdge(std::span<const Side> sides, const std::vector<CornerNormals
 bool IsLostCrease(std::span<const Side> sides, const std::vector<CornerNormals>& normals,
                   Surfaces& surfaces) {
   const Side& first = sides.front();
-  const CornerNormals& mine = normals[first.face];
   return std::ranges::any_of(sides.subspan(1), [&](const Side& side) {
-    const CornerNormals& theirs = normals[side.face];
-    const bool isSmooth = Agree(mine[first.lowCorner], theirs[side.lowCorner]) &&
-                          Agree(mine[first.highCorner], theirs[side.highCorner]);
-    return !isSmooth && surfaces.Find(first.face) == surfaces.Find(side.face);
+    return !AreSmooth(first, side, normals) &&
+           surfaces.Find(first.face) == surfaces.Find(side.face);
   });
 }
 
