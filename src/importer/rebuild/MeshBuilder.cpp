@@ -24,9 +24,70 @@ void MakeRoom(std::vector<Element>& list, std::size_t more) {
   list.reserve(std::max(2 * list.capacity(), list.size() + more));
 }
 
+bool Exists(const MeshPart& part, const CornerIndices& corners) {
+  const std::size_t count = part.positions.size();
+  return std::ranges::all_of(corners, [count](std::uint32_t v) { return v < count; });
+}
+
 }  // namespace
 
 void MeshBuilder::Add(const MeshPart& part) {
+  // Parts often use a short run of a long list.
+  lowest_ = std::numeric_limits<std::uint32_t>::max();
+  std::uint32_t highest = 0;
+  for (const CornerIndices& corners : part.triangles) {
+    if (!Exists(part, corners)) continue;
+    const auto [low, high] = std::minmax({corners[0], corners[1], corners[2]});
+    lowest_ = std::min(lowest_, low);
+    highest = std::max(highest, high);
+  }
+  span_ = lowest_ <= highest ? std::size_t{highest} - lowest_ + 1 : 0;
+  if (span_ / 16 > part.triangles.size())
+    AddSparse(part);
+  else
+    AddDense(part);
+}
+
+/// The same of a part whose vertices are far apart in the list: of a part with only these.
+void MeshBuilder::AddSparse(const MeshPart& part) {
+  std::vector<std::uint32_t> used;
+  used.reserve(3 * part.triangles.size());
+  for (const CornerIndices& corners : part.triangles) {
+    if (Exists(part, corners)) used.insert(used.end(), corners.begin(), corners.end());
+  }
+  std::ranges::sort(used);
+  used.erase(std::unique(used.begin(), used.end()), used.end());
+
+  const auto those = [&used](std::span<const Point3> points) {
+    std::vector<Point3> taken;
+    if (points.empty()) return taken;
+    taken.reserve(used.size());
+    for (const std::uint32_t v : used) taken.push_back(points[v]);
+    return taken;
+  };
+  const std::vector<Point3> positions = those(part.positions);
+  const std::vector<Point3> normals = those(part.normals);
+  const std::vector<Point3> textureCoordinates = those(part.textureCoordinates);
+  std::vector<CornerIndices> triangles(part.triangles.begin(), part.triangles.end());
+  for (CornerIndices& corners : triangles) {
+    // What isn't there still isn't.
+    const bool exists = Exists(part, corners);
+    for (std::uint32_t& v : corners) {
+      v = exists ? static_cast<std::uint32_t>(std::ranges::lower_bound(used, v) - used.begin())
+                 : std::numeric_limits<std::uint32_t>::max();
+    }
+  }
+  MeshPart dense = part;
+  dense.positions = positions;
+  dense.normals = normals;
+  dense.textureCoordinates = textureCoordinates;
+  dense.triangles = triangles;
+  lowest_ = 0;
+  span_ = used.size();
+  AddDense(dense);
+}
+
+void MeshBuilder::AddDense(const MeshPart& part) {
   KeepSoundTriangles(part);
   if (kept_.empty()) return;
   const std::uint16_t materialId = materials_.IdOf(part.material);
@@ -64,25 +125,12 @@ RebuiltMesh MeshBuilder::Finish() {
 
 /// Sets kept_, and indexOf_ to which vertices they use. Counts what is left out.
 void MeshBuilder::KeepSoundTriangles(const MeshPart& part) {
-  const std::size_t count = part.positions.size();
-  const auto exists = [count](const CornerIndices& corners) {
-    return std::ranges::all_of(corners, [count](std::uint32_t v) { return v < count; });
-  };
-  // Parts often use a short run of a long list.
-  lowest_ = std::numeric_limits<std::uint32_t>::max();
-  std::uint32_t highest = 0;
-  for (const CornerIndices& corners : part.triangles) {
-    if (!exists(corners)) continue;
-    const auto [low, high] = std::minmax({corners[0], corners[1], corners[2]});
-    lowest_ = std::min(lowest_, low);
-    highest = std::max(highest, high);
-  }
-  indexOf_.assign(lowest_ <= highest ? std::size_t{highest} - lowest_ + 1 : 0, kUnused);
+  indexOf_.assign(span_, kUnused);
   kept_.clear();
   kept_.reserve(part.triangles.size());
   for (std::size_t t = 0; t < part.triangles.size(); ++t) {
     const CornerIndices& corners = part.triangles[t];
-    bool isSound = exists(corners);
+    bool isSound = Exists(part, corners);
     if (isSound) {
       for (const std::uint32_t v : corners) {
         std::uint32_t& state = indexOf_[v - lowest_];

@@ -46,12 +46,15 @@ class MeshBuilder {
   /// `leftOut` must outlive this object.
   explicit MeshBuilder(LeftOut& leftOut) : leftOut_(leftOut) {}
 
+  /// Takes time for the triangles of `part`, whatever the lists hold that they use a few vertices of.
   void Add(const MeshPart& part);
   /// The mesh, with smoothing groups rebuilt from the normals (RebuildSmoothing), in which flat
   /// triangles and those of parts without normals have no share.
   RebuiltMesh Finish();
 
  private:
+  void AddDense(const MeshPart& part);
+  void AddSparse(const MeshPart& part);
   void KeepSoundTriangles(const MeshPart& part);
   void AddVertices(const MeshPart& part);
   void AddTextureFaces(const MeshPart& part);
@@ -65,10 +68,11 @@ class MeshBuilder {
   bool hasTexture_ = false;
   MaterialParts materials_;
 
-  // Of the part at hand: its sound triangles, and for each vertex from the lowest one on that they
-  // use the index in the mesh.
+  // Of the part at hand: its sound triangles, the run of vertices that they use, and for each of
+  // these the index in the mesh.
   std::vector<std::uint32_t> kept_;
   std::uint32_t lowest_ = 0;
+  std::size_t span_ = 0;
   std::vector<std::uint32_t> indexOf_;
 };
 
