@@ -6,6 +6,8 @@
 namespace mapexport {
 namespace {
 
+using namespace std::string_literals;
+
 const fs::path kModels = MAPEXPORT_SOURCE_DIR "/tests/models/gltf";
 
 // --- files of other programs ---
@@ -165,6 +167,108 @@ TEST_F(GltfTest, MeshoptStreamsAreHeldAgainstTheirCounts) {
       {R"("count":3,"byteStride":2,"mode":"INDICES","filter":"OCTAHEDRAL")", ".filter: is not"},
       {R"("count":3,"byteStride":12,"mode":"SOMETHING")", ".mode: \"SOMETHING\" is not known"},
       {R"("count":3,"byteStride":12,"mode":"ATTRIBUTES")", ": its data is damaged"}};
+TEST_F(GltfTest, ChunksOfBinaryFiles) {
+  const json document = WithPositions();
+  const std::string odd = Chunk("odd ", "1234");
+  const std::pair<std::string, const char*> cases[] = {
+      {Glb(document, ""), "not refused"},
+      {Glb(document, odd), "not refused"},
+      {Glb(document, "") + "trailing", "not refused"},
+      {Glb(document, "123"), ": there is no BIN chunk"},
+      {Glb(document, odd.substr(0, 9)), "not refused"},
+      {Glb(document, Chunk("BIN\0"s, "1234").substr(0, 11)),
+       "the BIN chunk says 4 bytes, 3 are left"},
+      {"glTF\2\0\0\0\5\0\0\0"s, "byte 12: there is no JSON chunk"},
+      {"glTF\2\0\0\0\x14\0\0\0"s + odd, "byte 12: is no JSON chunk"}};
+  for (const auto& [bytes, reason] : cases) {
+    EXPECT_THAT(Refusal(Write("a.glb", bytes)), HasSubstr(reason)) << testing::PrintToString(bytes);
+  }
+}
+
+// --- sharing, and too much of it ---
+
+TEST_F(GltfTest, CompressedDataIsSharedAndHeldAgainstItsAccessors) {
+  // The first primitive once more, with other accessors of the same stream or view.
+  constexpr const char* kDracoTwice = R"([{"op":"copy","from":"/accessors/0","path":"/accessors/-"},
+    {"op":"copy","from":"/accessors/1","path":"/accessors/-"},
+    {"op":"copy","from":"/meshes/0/primitives/0","path":"/meshes/0/primitives/-"},
+    {"op":"replace","path":"/meshes/0/primitives/1/indices","value":4},
+    {"op":"replace","path":"/meshes/0/primitives/1/attributes/POSITION","value":5}])";
+  constexpr const char* kMeshoptTwice =
+      R"([{"op":"copy","from":"/bufferViews/0","path":"/bufferViews/-"},
+    {"op":"copy","from":"/accessors/0","path":"/accessors/-"},
+    {"op":"replace","path":"/accessors/3/bufferView","value":3},
+    {"op":"copy","from":"/meshes/0/primitives/0","path":"/meshes/0/primitives/-"},
+    {"op":"replace","path":"/meshes/0/primitives/1/attributes/POSITION","value":3}])";
+  struct Case {
+    const char* file;
+    const char* patch;
+    const char* reason;
+    std::size_t triangles = 0;
+  };
+  const Case cases[] = {
+      {"draco.glb", kDracoTwice, "not refused", 192},
+      {"meshopt.glb", kMeshoptTwice, "not refused", 192},
+      {"draco.glb", R"([{"op":"replace","path":"/accessors/0/count","value":93}])",
+       "accessors[0].count: 93, its Draco data has 96 indices"},
+      {"draco.glb", R"([{"op":"replace","path":"/accessors/2/count","value":26}])",
+       "accessors[2].count: 26, its Draco data has 25 vertices"},
+      {"draco.glb", R"([{"op":"replace","path":"/accessors/1/componentType","value":7}])",
+       "accessors[1].componentType: 7 is not known"},
+      {"draco.glb", R"([{"op":"replace","path":"/bufferViews/0/byteLength","value":100}])",
+       "meshes[0].primitives[0].extensions.KHR_draco_mesh_compression: its data is damaged"},
+      {"draco.glb",
+       R"([{"op":"replace","value":9,"path":"/meshes/0/primitives/0/extensions/)"
+       R"(KHR_draco_mesh_compression/attributes/POSITION"}])",
+       "KHR_draco_mesh_compression.attributes.POSITION: its data has no attribute 9"},
+      {"draco.glb",
+       R"([{"op":"remove",
+            "path":"/meshes/0/primitives/0/extensions/KHR_draco_mesh_compression/bufferView"}])",
+       "KHR_draco_mesh_compression.bufferView: is missing"},
+      {"draco.glb", R"([{"op":"remove","path":"/meshes/0/primitives/0/indices"}])",
+       "meshes[0].primitives[0].indices: is missing"}};
+  for (const Case& row : cases) {
+    const auto [document, binary] = PartsOfGlb(kModels / row.file);
+    const std::string path =
+        Write("a.glb", Glb(document.patch(json::parse(row.patch)), Chunk("BIN\0"s, binary)));
+    EXPECT_THAT(Refusal(path), HasSubstr(row.reason));
+    if (row.triangles > 0) {
+      EXPECT_EQ(TrianglesOf(ImportScene(path, {})), row.triangles) << row.file;
+    }
+  }
+}
+
+TEST_F(GltfTest, FewBytesDoNotMakeMuch) {
+  // Points without data, in ever more primitives.
+  json points = json::parse(R"({"asset":{"version":"2.0"},"nodes":[{"mesh":0}],"meshes":[{}],
+      "accessors":[{"componentType":5121,"count":65536,"type":"VEC3"}]})");
+  const json primitive = {{"mode", 0}, {"attributes", {{"POSITION", 0}}}};
+  points["meshes"][0]["primitives"] = json::array();
+  for (int i = 0; i < 600; ++i) points["meshes"][0]["primitives"].push_back(primitive);
+  // A long text for many nodes.
+  json texts =
+      json::parse(R"({"asset":{"version":"2.0"},"nodes":[],"meshes":[{"primitives":[]}]})");
+  texts["meshes"][0]["extras"]["userProperties"] = std::string(1U << 20, 'a');
+  for (int i = 0; i < 100; ++i) texts["nodes"].push_back({{"mesh", 0}});
+  // One stream by many ranges of bytes.
+  auto [streams, binary] = PartsOfGlb(kModels / "draco.glb");
+  json& primitives = streams["meshes"][0]["primitives"];
+  for (std::size_t i = 1; i < 40; ++i) {
+    streams["bufferViews"].push_back({{"buffer", 0}, {"byteLength", 360 + i}});
+    primitives.push_back(primitives[0]);
+    primitives[i]["extensions"]["KHR_draco_mesh_compression"]["bufferView"] = i;
+  }
+  streams["buffers"][0]["byteLength"] = 400;
+  const std::pair<std::string, const char*> cases[] = {
+      {Glb(points, ""), "values in all, more than a file of this size can hold"},
+      {Glb(texts, ""), "bytes of names and keywords in all, more than a file"},
+      {Glb(streams, Chunk("BIN\0"s, binary + std::string(40, ' '))),
+       "compressed bytes, more than a file"}};
+  for (const auto& [bytes, reason] : cases) {
+    EXPECT_THAT(Refusal(Write("a.glb", bytes)), HasSubstr(reason));
+  }
+}
+
   for (const auto& [members, reason] : cases) {
     json document = WithPositions();
     document["bufferViews"][0]["extensions"]["EXT_meshopt_compression"] =

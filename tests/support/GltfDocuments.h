@@ -56,6 +56,34 @@ inline json WithPositions(const std::vector<float>& positions = {0, 0, 0, 1, 0, 
   Primitive(document)["attributes"]["POSITION"] = accessor;
   return document;
 }
+
+/// A chunk of a .glb file; `type` has four characters.
+inline std::string Chunk(const std::string& type, const std::string& content) {
+  const auto size = static_cast<std::uint32_t>(content.size());
+  std::string bytes(sizeof size, ' ');
+  std::memcpy(bytes.data(), &size, sizeof size);
+  return bytes + type + content;
+}
+
+/// A .glb file with what follows its JSON chunk.
+inline std::string Glb(const json& document, const std::string& rest) {
+  const std::string chunks = Chunk("JSON", document.dump()) + rest;
+  std::string bytes("glTF\2\0\0\0    ", 12);
+  const auto size = static_cast<std::uint32_t>(bytes.size() + chunks.size());
+  std::memcpy(bytes.data() + 8, &size, sizeof size);
+  return bytes + chunks;
+}
+
+/// The document and the binary chunk of a .glb file.
+inline std::pair<json, std::string> PartsOfGlb(const fs::path& path) {
+  std::stringstream stream;
+  stream << std::ifstream(path, std::ios::binary).rdbuf();
+  const std::string bytes = stream.str();
+  std::uint32_t size = 0;
+  std::memcpy(&size, bytes.data() + 12, sizeof size);
+  return {json::parse(bytes.substr(20, size)), bytes.substr(20 + size + 8)};
+}
+
 class GltfTest : public ImporterTest {
  protected:
   using ImporterTest::Import;

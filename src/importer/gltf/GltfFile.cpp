@@ -47,16 +47,18 @@ void GltfFile::SplitBinary(std::string_view bytes) {
     RefuseFile(path_,
                fmt::format("is cut: its header says {} bytes, it has {}", length, bytes.size()));
   }
+  bytes = bytes.substr(0, length);
   // Only the first two chunks mean anything; others may follow.
   std::size_t at = kHeader;
   for (const std::string_view type : {kJsonType, kBinaryType}) {
     if (at == bytes.size() && type == kBinaryType) break;
     const std::string_view name(type.data());
-    if (bytes.size() - at < kChunkHeader) {
+    if (bytes.size() < at + kChunkHeader) {
       RefuseFile(path_, fmt::format("byte {}: there is no {} chunk", at, name));
     }
     const std::size_t size = *NumberAt<std::uint32_t>(bytes, at);
     if (bytes.substr(at + 4, 4) != type) {
+      if (type == kBinaryType) break;  // of an extension
       RefuseFile(path_, fmt::format("byte {}: is no {} chunk", at, name));
     }
     const std::string_view content = bytes.substr(at + kChunkHeader, size);
