@@ -149,6 +149,7 @@ TEST_F(GltfTest, LooksOfMaterials) {
            "emissiveTexture":{"index":0}})",
        {1, 0.5f, 0},
        "a b.png",
+    float opacity = 1;
        0,
        11},
       {R"({"emissiveFactor":[1,0,0],"emissiveTexture":{"index":0}})", {1, 1, 1}, "", 0, 11},
@@ -176,6 +177,31 @@ TEST_F(GltfTest, ScenesInstancesAndHiddenNodes) {
   json document = WithPositions();
   document["nodes"].push_back({{"name", "B"},
                                {"extensions", {{"KHR_node_visibility", {{"visible", false}}}}},
+       11},
+      {R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0,"texCoord":1}},
+           "extensions":{"KHR_materials_pbrSpecularGlossiness":{}}})",
+       {1, 1, 1},
+       "",
+       0,
+       11},
+      {R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]}})", {1, 1, 1}, "", 0, 11},
+      {R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]},"alphaMode":"BLEND"})",
+       {1, 1, 1},
+       "",
+       0,
+       11,
+       0.25f},
+      {R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]},"alphaMode":"MASK"})",
+       {1, 1, 1},
+       "",
+       0,
+       11,
+       0},
+      {R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]},"alphaMode":"MASK",
+           "alphaCutoff":0.25})",
+       {1, 1, 1},
+       "",
+       0,
                                {"children", {2}}});
   document["nodes"].push_back({{"name", "C"}, {"mesh", 0}});
   document["scenes"] = json::parse(R"([{"nodes":[0]},{"nodes":[0,1]},{}])");
@@ -185,6 +211,7 @@ TEST_F(GltfTest, ScenesInstancesAndHiddenNodes) {
       R"({"KHR_lights_punctual":{"lights":[{},{}]},"KHR_materials_variants":{"variants":[{}]}})");
   document["cameras"] = {json::object()};
   const ImportedScene kept = Import(document);
+    EXPECT_EQ(material.opacity, row.opacity) << row.material;
   EXPECT_EQ(kept.scene.root.children.at(1).children.at(0).mesh, First(kept).mesh) << "shared";
   EXPECT_THAT(RemarksOf(kept),
               Contains("note hidden-nodes: 1 mesh is hidden in the file and kept: \"C\""));

@@ -41,10 +41,12 @@ struct GltfMaterial {
   std::string name;
   std::array<float, 4> baseColor{1, 1, 1, 1};
   GltfTextureUse baseColorTexture;
+  enum class Alpha { kOpaque, kMask, kBlend };
   float roughness = 1;
   std::array<float, 3> emissive{};
   GltfTextureUse emissiveTexture;
-  bool isOpaque = true;  ///< alphaMode: the alpha of the colour means nothing
+  Alpha alpha = Alpha::kOpaque;
+  float alphaCutoff = 0.5f;  ///< what Alpha::kMask shows begins there
   bool doubleSided = false;
   bool isUnlit = false;
   std::optional<GltfSpecularGlossiness> specularGlossiness;

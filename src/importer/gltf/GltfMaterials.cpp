@@ -96,7 +96,8 @@ SceneMaterial MakeMaterial(const GltfDocument& document, std::size_t index) {
     host.diffuse = {source.emissive[0], source.emissive[1], source.emissive[2]};
   }
   if (!std::isfinite(host.shininess)) host.shininess = 0;
-  if (!source.isOpaque) host.opacity = std::clamp(alpha, 0.0f, 1.0f);
+  if (source.alpha == GltfMaterial::Alpha::kBlend) host.opacity = std::clamp(alpha, 0.0f, 1.0f);
+  if (source.alpha == GltfMaterial::Alpha::kMask && alpha < source.alphaCutoff) host.opacity = 0;
   host.shading = source.isUnlit ? kUnlit : kPhysicallyBased;
   host.twoSided = source.doubleSided;
   host.diffuseMap = DiffuseMap(document, source);
@@ -109,9 +110,7 @@ const GltfTextureUse* ShownTexture(const GltfMaterial& material) {
   const auto there = [](const GltfTextureUse& use) {
     return use.texture == kNoGltfIndex ? nullptr : &use;
   };
-  if (material.specularGlossiness) {
-    if (const auto* const use = there(material.specularGlossiness->diffuseTexture)) return use;
-  }
+  if (material.specularGlossiness) return there(material.specularGlossiness->diffuseTexture);
   return there(OnlyEmits(material) ? material.emissiveTexture : material.baseColorTexture);
 }
 

@@ -21,6 +21,12 @@ auto TextureMember(const char* name, GltfTextureUse& into) {
                     }};
 }
 
+/// What isn't known is opaque, as what isn't said.
+GltfMaterial::Alpha AlphaOf(std::string_view mode) {
+  if (mode == "MASK") return GltfMaterial::Alpha::kMask;
+  return mode == "BLEND" ? GltfMaterial::Alpha::kBlend : GltfMaterial::Alpha::kOpaque;
+}
+
 }  // namespace
 
 void ReadGltfMaterial(JsonValue& value, GltfMaterial& material) {
@@ -35,7 +41,8 @@ void ReadGltfMaterial(JsonValue& value, GltfMaterial& material) {
       FloatsMember("emissiveFactor", material.emissive),
       TextureMember("emissiveTexture", material.emissiveTexture),
       JsonMember{"alphaMode",
-                 [&](JsonValue& member) { material.isOpaque = member.ReadText() == "OPAQUE"; }},
+                 [&](JsonValue& member) { material.alpha = AlphaOf(member.ReadText()); }},
+      FloatMember("alphaCutoff", material.alphaCutoff),
       BoolMember("doubleSided", material.doubleSided),
       ExtensionsMember(
           JsonMember{"KHR_materials_unlit",
