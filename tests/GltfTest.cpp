@@ -276,3 +276,13 @@ TEST_F(GltfTest, KeywordsInExtras) {
 
 }  // namespace
 }  // namespace mapexport
+
+  // Said once of a parent, whose keywords count for its nameless child; and of a root, which is kept.
+  json document = WithPositions();
+  document["nodes"] = json::parse(R"([{"name":"root","children":[1],
+      "extras":{"climbable":true,"floor_face":true}},{"mesh":0}])");
+  const ImportedScene imported = Import(document);
+  EXPECT_EQ(First(imported).children.at(0).userProperties, "climbable\r\n");
+  EXPECT_THAT(RemarksOf(imported), ElementsAre(HasSubstr("scale: "), HasSubstr("node \"root\"")));
+  document["nodes"][0]["extras"].erase("climbable");
+  EXPECT_THAT(RemarksOf(Import(document)), Contains(HasSubstr("node \"root\"")));

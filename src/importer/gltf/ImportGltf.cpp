@@ -130,7 +130,7 @@ class Importer {
 
   UserText TextOf(const GltfNode& node) const {
     UserText text;
-    if (IsMeshOfParent(node)) text.Add(NodeAt(node.parent).extras);
+    if (IsMeshOfParent(node)) text.AddEffects(NodeAt(node.parent).extras);
     text.Add(node.extras);
     if (node.mesh != kNoGltfIndex) {
       text.Add(document_.meshes[static_cast<std::size_t>(node.mesh)].extras);

@@ -104,9 +104,13 @@ void UserText::AddProperty(std::string_view name, const PropertyValue& value) {
 }
 
 void UserText::Add(const UserText& other) {
+  AddEffects(other);
+  idle_.insert(idle_.end(), other.idle_.begin(), other.idle_.end());
+}
+
+void UserText::AddEffects(const UserText& other) {
   AddLines(other.text_);
   for (const std::string_view keyword : other.keywords_) AddKeyword(keyword);
-  idle_.insert(idle_.end(), other.idle_.begin(), other.idle_.end());
 }
 
 std::string UserText::Text() const {

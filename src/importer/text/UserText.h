@@ -43,8 +43,11 @@ class UserText {
   void AddProperty(std::string_view name, const PropertyValue& value);
   /// Adds all that `other` holds.
   void Add(const UserText& other);
+  /// Adds what has an effect.
+  void AddEffects(const UserText& other);
 
-  bool IsEmpty() const { return text_.empty() && keywords_.empty(); }
+  /// Whether there is neither an effect nor a remark.
+  bool IsEmpty() const { return text_.empty() && keywords_.empty() && idle_.empty(); }
   /// Lines of text end as in the file, those of keywords with CR LF.
   std::string Text() const;
   /// A warning for each property without effect, with its value and the reason.
