@@ -97,6 +97,8 @@ TEST_F(GltfTest, RefusalsNameThePlaceInTheWordsOfTheFile) {
       {"/asset/version", "\"3.0\"", "is glTF of version \"3.0\""},
       {"/asset/version", "2", "asset.version: must be text, not a number"},
       {"/extensionsRequired", R"(["KHR_x"])", "extensionsRequired[0]: the extension \"KHR_x\""},
+      {"/extensionsRequired", R"(["KHR_materials_volume","KHR_materials_x"])",
+       "extensionsRequired[1]: the extension \"KHR_materials_x\" is not understood"},
       {"/scene", "7", "scene: 7, there is only one"},
       {"/scenes/0/nodes", "[4]", "scenes[0].nodes[0]: 4, there is only one"},
       {"/scenes/0/nodes", "[0,0]", "scenes[0].nodes[1]: names nodes[0] once more"},
@@ -112,8 +114,6 @@ TEST_F(GltfTest, RefusalsNameThePlaceInTheWordsOfTheFile) {
       {"/nodes/0/matrix", "[1,2,3]", "nodes[0].matrix: has 3 elements, must have 16"},
       {"/nodes/0/translation", "[1e39,0,0]", "nodes[0].translation[0]: 1e+39 is out of the range"},
       {"/meshes/0/primitives/0/mode", "7", "meshes[0].primitives[0].mode: 7 is out of range"},
-      {"/meshes/0/primitives/0/attributes", "{}",
-       "meshes[0].primitives[0].attributes.POSITION: is missing"},
       {"/meshes/0/primitives/0/attributes/POSITION", "3",
        "meshes[0].primitives[0].attributes.POSITION: 3, there is only one"},
       {"/meshes/0/primitives/0/indices", "0",
@@ -133,12 +133,19 @@ TEST_F(GltfTest, RefusalsNameThePlaceInTheWordsOfTheFile) {
        R"({"count":1,"indices":{"bufferView":0,"byteOffset":12,"componentType":5125},
            "values":{"bufferView":0}})",
        "accessors[0].sparse.indices: 1065353216, there are 3 elements"},
+      {"/accessors/0/sparse",
+       R"({"count":4,"indices":{"bufferView":0,"componentType":5121},"values":{"bufferView":0}})",
+       "accessors[0].sparse.count: 4, there are 3 elements"},
+      {"/accessors/0", R"({"componentType":5126,"type":"VEC3"})", "accessors[0].count: is missing"},
       {"/bufferViews/0/byteStride", "8", "bufferViews[0].byteStride: 8, the elements of"},
+      {"/bufferViews/0", R"({"buffer":0})", "bufferViews[0].byteLength: is missing"},
       {"/bufferViews/0/byteLength", "37", "bufferViews[0]: bytes 0 to 37, buffers[0] has 36"},
       {"/bufferViews/0/byteOffset", "1", "bufferViews[0]: bytes 1 to 37"},
       {"/buffers/0/byteLength", "37", "buffers[0].byteLength: 37, its data has 36 bytes"},
       {"/buffers/0/uri", "\"data:;base64,@@@@\"", "buffers[0].uri: its base64 data"},
       {"/buffers/0/uri", "\"http://h/a\"", "\"http://h/a\" is none beside the scene"},
+      {"/buffers/0", R"({"byteLength":2,"uri":"data:;base64,AAA%3D AAAA"})", "its base64 data"},
+      {"/buffers/0", R"({"byteLength":1,"uri":"data:;base64,A\r\n A%3D%3D"})", "buffers[0] has 1"},
       {"/buffers/0/uri", "\"a%20b.bin\"", "the file \"a%20b.bin\" can't be opened: No such file"},
       {"/buffers/0/uri", "\".\"", "the file \".\" is not a regular file"},
       {"/buffers/0", R"({"byteLength":36})", "buffers[0].uri: is missing"},
@@ -152,6 +159,10 @@ TEST_F(GltfTest, RefusalsNameThePlaceInTheWordsOfTheFile) {
     EXPECT_THAT(Refusal(Write("a.gltf", document.dump())), HasSubstr(row.reason)) << row.place;
   }
   EXPECT_EQ(Refusal(Write("a.gltf", "{\"a\":1,\n\"b\":2,,}")),
+  std::string twice = WithPositions().dump();
+  twice.insert(twice.find("\"POSITION\""), "\"POSITION\":0,");
+  EXPECT_EQ(Refusal(Write("a.gltf", twice)),
+            "meshes[0].primitives[0].attributes.POSITION: is given twice");
             "line 2, column 7: a member's name in quotes was expected");
 }
 

@@ -15,15 +15,36 @@ namespace mapexport {
 namespace {
 
 /// Required extensions that are read, or whose loss changes no triangle.
-constexpr std::array<std::string_view, 16> kKnownExtensions{
-    "EXT_mesh_gpu_instancing", "EXT_meshopt_compression", "EXT_texture_avif",
-    "EXT_texture_webp",        "KHR_animation_pointer",   "KHR_draco_mesh_compression",
-    "KHR_lights_punctual",     "KHR_mesh_quantization",   "KHR_node_visibility",
-    "KHR_technique_webgl",     "KHR_techniques_webgl",    "KHR_texture_basisu",
-    "KHR_texture_transform",   "KHR_xmp_json_ld",         "MSFT_lod",
-    "MSFT_texture_dds"};
-constexpr std::size_t kMostAttributes = 256;
-constexpr std::string_view kMaterialExtension = "KHR_materials_";
+constexpr std::array<std::string_view, 30> kKnownExtensions{"EXT_mesh_gpu_instancing",
+                                                            "EXT_meshopt_compression",
+                                                            "EXT_texture_avif",
+                                                            "EXT_texture_webp",
+                                                            "KHR_animation_pointer",
+                                                            "KHR_draco_mesh_compression",
+                                                            "KHR_lights_punctual",
+                                                            "KHR_materials_anisotropy",
+                                                            "KHR_materials_clearcoat",
+                                                            "KHR_materials_diffuse_transmission",
+                                                            "KHR_materials_dispersion",
+                                                            "KHR_materials_emissive_strength",
+                                                            "KHR_materials_ior",
+                                                            "KHR_materials_iridescence",
+                                                            "KHR_materials_pbrSpecularGlossiness",
+                                                            "KHR_materials_sheen",
+                                                            "KHR_materials_specular",
+                                                            "KHR_materials_transmission",
+                                                            "KHR_materials_unlit",
+                                                            "KHR_materials_variants",
+                                                            "KHR_materials_volume",
+                                                            "KHR_mesh_quantization",
+                                                            "KHR_node_visibility",
+                                                            "KHR_technique_webgl",
+                                                            "KHR_techniques_webgl",
+                                                            "KHR_texture_basisu",
+                                                            "KHR_texture_transform",
+                                                            "KHR_xmp_json_ld",
+                                                            "MSFT_lod",
+                                                            "MSFT_texture_dds"};
 
 class Checker {
  public:
@@ -83,7 +104,6 @@ class Checker {
   void CheckExtensions() const {
     for (std::size_t i = 0; i < d_.extensionsRequired.size(); ++i) {
       const std::string& name = d_.extensionsRequired[i];
-      if (name.starts_with(kMaterialExtension)) continue;
       if (std::ranges::find(kKnownExtensions, std::string_view(name)) != kKnownExtensions.end())
         continue;
       Fail(fmt::format("extensionsRequired[{}]", i),
@@ -108,11 +128,6 @@ class Checker {
       for (std::size_t k = 0; k < d_.meshes[i].primitives.size(); ++k) {
         const GltfPrimitive& primitive = d_.meshes[i].primitives[k];
         const auto place = [&] { return fmt::format("meshes[{}].primitives[{}]", i, k); };
-        // They are looked for by their names.
-        if (primitive.attributes.size() > kMostAttributes) {
-          Fail(place() + ".attributes", fmt::format("are {}, at most {} are read",
-                                                    primitive.attributes.size(), kMostAttributes));
-        }
         CheckAttributes(primitive.attributes, [&] { return place() + ".attributes"; });
         CheckIndex(primitive.indices, d_.accessors.size(), "accessors", place, ".indices");
         CheckIndex(primitive.material, d_.materials.size(), "materials", place, ".material");
@@ -150,10 +165,19 @@ class Checker {
     }
   }
 
+  template <class Place>
+  void CheckSize(std::size_t size, const Place& place) const {
+    if (size == kNoGltfSize) Fail(place(), "is missing");
+  }
+
   void CheckData() const {
     const std::size_t views = d_.bufferViews.size();
+    for (std::size_t i = 0; i < d_.buffers.size(); ++i) {
+      CheckSize(d_.buffers[i].byteLength, [i] { return fmt::format("buffers[{}].byteLength", i); });
+    }
     for (std::size_t i = 0; i < d_.accessors.size(); ++i) {
       const auto place = [i] { return fmt::format("accessors[{}]", i); };
+      CheckSize(d_.accessors[i].count, [&] { return place() + ".count"; });
       CheckIndex(d_.accessors[i].bufferView, views, "bufferViews", place, ".bufferView");
       if (!d_.accessors[i].sparse) continue;
       const GltfSparse& sparse = *d_.accessors[i].sparse;
@@ -163,6 +187,7 @@ class Checker {
     for (std::size_t i = 0; i < views; ++i) {
       const auto place = [i] { return fmt::format("bufferViews[{}]", i); };
       const GltfBufferView& view = d_.bufferViews[i];
+      CheckSize(view.byteLength, [&] { return place() + ".byteLength"; });
       CheckIndex(view.buffer, d_.buffers.size(), "buffers", place, ".buffer");
       if (!view.meshopt) continue;
       CheckIndex(view.meshopt->buffer, d_.buffers.size(), "buffers", place,
@@ -182,13 +207,13 @@ class Checker {
 
   /// Roots are no node's children, and each is named once.
   void CheckRoots() const {
+    std::vector<std::size_t> namedBy(d_.nodes.size(), d_.scenes.size());
     for (std::size_t i = 0; i < d_.scenes.size(); ++i) {
-      std::vector<bool> isNamed(d_.nodes.size());
       for (std::size_t k = 0; k < d_.scenes[i].size(); ++k) {
         const auto root = static_cast<std::size_t>(d_.scenes[i][k]);
         const auto place = [&] { return fmt::format("scenes[{}].nodes[{}]", i, k); };
-        if (isNamed[root]) Fail(place(), fmt::format("names nodes[{}] once more", root));
-        isNamed[root] = true;
+        if (namedBy[root] == i) Fail(place(), fmt::format("names nodes[{}] once more", root));
+        namedBy[root] = i;
         if (d_.nodes[root].parent == kNoGltfIndex) continue;
         Fail(place(),
              fmt::format("nodes[{}] is a child of nodes[{}]", root, d_.nodes[root].parent));

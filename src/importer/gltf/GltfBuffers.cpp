@@ -48,8 +48,12 @@ std::optional<std::string> ContentOf(std::string_view uri) {
   const std::size_t comma = uri.find(',');
   if (comma == std::string_view::npos) return std::nullopt;
   const std::string_view content = uri.substr(comma + 1);
-  if (uri.substr(0, comma).ends_with(kBase64)) return DecodeBase64(content);
-  return DecodePercents(content);
+  if (!uri.substr(0, comma).ends_with(kBase64)) return DecodePercents(content);
+  if (std::optional<std::string> bytes = DecodeBase64(content)) return bytes;
+  // Some write it in lines, or its "=" as "%3D".
+  std::string digits = DecodePercents(content);
+  std::erase_if(digits, [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
+  return DecodeBase64(digits);
 }
 
 /// The first `length` bytes of an open file, or all when there are fewer.

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +16,8 @@
 namespace mapexport {
 
 inline constexpr int kNoGltfIndex = -1;
+/// A size that must be given and isn't; CheckGltfDocument refuses it.
+inline constexpr std::size_t kNoGltfSize = std::numeric_limits<std::size_t>::max();
 
 /// KHR_texture_transform.
 struct GltfTextureTransform {
@@ -118,7 +121,7 @@ struct GltfAccessor {
   std::size_t byteOffset = 0;
   int componentType = 0;
   bool isNormalized = false;
-  std::size_t count = 0;
+  std::size_t count = kNoGltfSize;
   std::string type;
   std::optional<GltfSparse> sparse;
 };
@@ -139,14 +142,14 @@ struct GltfMeshopt {
 struct GltfBufferView {
   int buffer = kNoGltfIndex;
   std::size_t byteOffset = 0;
-  std::size_t byteLength = 0;
+  std::size_t byteLength = kNoGltfSize;
   std::size_t byteStride = 0;  ///< 0: elements follow each other
   std::optional<GltfMeshopt> meshopt;
 };
 
 struct GltfBuffer {
   std::optional<std::string> uri;  ///< empty: the binary chunk of a .glb
-  std::size_t byteLength = 0;
+  std::size_t byteLength = kNoGltfSize;
 };
 
 struct GltfDocument {

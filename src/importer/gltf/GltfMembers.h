@@ -80,13 +80,7 @@ auto ExtensionsMember(const JsonMember<Reads>&... extensions) {
 }
 
 /// An object of indices: a primitive's attributes and the like.
-inline void ReadGltfAttributes(JsonValue& value, GltfAttributes& into) {
-  JsonObject object(value);
-  while (object.ReadAnyMember([&into](std::string_view name, JsonValue& index) {
-    into.push_back({std::string(name), ReadGltfIndex(index)});
-  })) {
-  }
-}
+void ReadGltfAttributes(JsonValue& value, GltfAttributes& into);
 
 inline auto AttributesMember(const char* name, GltfAttributes& into) {
   return JsonMember{name, [&into](JsonValue& value) { ReadGltfAttributes(value, into); }};

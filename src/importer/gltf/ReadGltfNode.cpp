@@ -1,4 +1,8 @@
 // The nodes, meshes and extras of a glTF document.
+#include <algorithm>
+
+#include <fmt/format.h>
+
 #include "importer/gltf/GltfMembers.h"
 #include "importer/gltf/GltfTransform.h"
 
@@ -37,6 +41,19 @@ void ReadPrimitive(JsonValue& value, GltfPrimitive& primitive) {
 }
 
 }  // namespace
+
+void ReadGltfAttributes(JsonValue& value, GltfAttributes& into) {
+  constexpr std::size_t kMost = 256;  // they are looked for by their names
+  JsonObject object(value);
+  while (object.ReadAnyMember([&](std::string_view name, JsonValue& index) {
+    if (std::ranges::find(into, name, &GltfAttribute::name) != into.end()) {
+      index.Fail("is given twice");
+    }
+    if (into.size() == kMost) index.Fail(fmt::format("is one too many, {} are read", kMost));
+    into.push_back({std::string(name), ReadGltfIndex(index)});
+  })) {
+  }
+}
 
 void ReadGltfExtras(JsonValue& value, UserText& extras) {
   if (value.Kind() != "an object") return value.Skip();
