@@ -60,6 +60,7 @@ struct GltfImage {
   std::string uri;          ///< empty when the image is in the file
   std::string_view ending;  ///< of its kind of file: "png", "jpg", ...
   bool isInFile = false;
+  std::size_t number = 0;  ///< among those in the file
 };
 
 /// An attribute's name and its accessor, or its id in a Draco stream.

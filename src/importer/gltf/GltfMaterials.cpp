@@ -35,10 +35,7 @@ std::string FileOf(const GltfDocument& document, std::size_t image) {
   const GltfImage& source = document.images[image];
   if (!source.isInFile) return ValidUtf8(DecodePercents(source.uri));
   if (!source.name.empty()) return source.name;
-  const auto before = document.images.begin() + static_cast<std::ptrdiff_t>(image);
-  const auto number = std::count_if(document.images.begin(), before,
-                                    [](const GltfImage& other) { return other.isInFile; });
-  return fmt::format("embedded{}.{}", number, source.ending);
+  return fmt::format("embedded{}.{}", source.number, source.ending);
 }
 
 /// What turns mesh coordinates, v up, into the map's. The extension has v down, about the upper

@@ -129,6 +129,7 @@ void ReadBuffer(JsonValue& value, GltfBuffer& buffer) {
 
 GltfDocument ReadGltfDocument(const std::string& path, std::string_view json) {
   GltfDocument read;
+  std::size_t imagesInFile = 0;
   JsonDocument document(path, json, kDepth);
   JsonObject(document).ReadMembers(
       JsonMember{"asset",
@@ -144,7 +145,11 @@ GltfDocument ReadGltfDocument(const std::string& path, std::string_view json) {
                  }),
       ListMember("materials", read.materials, ReadGltfMaterial),
       ListMember("textures", read.textures, ReadTexture),
-      ListMember("images", read.images, ReadImage),
+      ListMember("images", read.images,
+                 [&](JsonValue& value, GltfImage& image) {
+                   ReadImage(value, image);
+                   if (image.isInFile) image.number = imagesInFile++;
+                 }),
       ListMember("accessors", read.accessors, ReadAccessor),
       ListMember("bufferViews", read.bufferViews, ReadBufferView),
       ListMember("buffers", read.buffers, ReadBuffer), CountMember("cameras", read.cameras),
