@@ -68,6 +68,25 @@ TEST_F(GltfTest, ValuesOfAllKindsOfAccessors) {
   EXPECT_THAT(LeftOutOf(Import(sparse)), ElementsAre("triangles 2"));
 }
 
+TEST_F(GltfTest, PrimitivesOfFewVerticesOfALongListAndOfNone) {
+  std::vector<float> positions(3 * 100);
+  for (std::size_t v = 0; v < 100; ++v) positions[3 * v] = static_cast<float>(v);
+  positions[3 * 50] = std::numeric_limits<float>::infinity();
+  json document = WithPositions(positions);
+  Primitive(document)["indices"] = Add<std::uint8_t>(
+      document, {99, 7, 30, 7, 30, 50, 7, 30, 100, 30, 99, 7}, "SCALAR", 12, 5121);
+  json& primitives = document["meshes"][0]["primitives"];
+  primitives.push_back({{"attributes", {{"NORMAL", 0}}}});
+  const ImportedScene imported = Import(document);
+  EXPECT_THAT(FirstVertices(imported),
+              ElementsAre(Point3{7, 0, 0}, Point3{30, 0, 0}, Point3{99, 0, 0}));
+  using Corners = std::array<std::uint32_t, 3>;
+  const std::vector<Face>& faces = First(imported).mesh->faces;
+  EXPECT_THAT((std::vector<Corners>{faces.at(0).v, faces.at(1).v}),
+              ElementsAre(Corners{2, 0, 1}, Corners{1, 2, 0}));
+  EXPECT_THAT(LeftOutOf(imported), ElementsAre("primitives 1", "vertices 1", "triangles 2"));
+}
+
 TEST_F(GltfTest, SkinnedMeshesStandWhereTheirJointsAre) {
   json document = WithPositions();
   json& attributes = Primitive(document)["attributes"];
@@ -130,6 +149,7 @@ TEST_F(GltfTest, LooksOfMaterials) {
     const char* file;
     float u;  ///< of the first texture vertex
     int shading;
+    float opacity = 1;
   };
   const Case cases[] = {
       {R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}})", {1, 1, 1}, "a b.png", 0, 11},
@@ -149,7 +169,6 @@ TEST_F(GltfTest, LooksOfMaterials) {
            "emissiveTexture":{"index":0}})",
        {1, 0.5f, 0},
        "a b.png",
-    float opacity = 1;
        0,
        11},
       {R"({"emissiveFactor":[1,0,0],"emissiveTexture":{"index":0}})", {1, 1, 1}, "", 0, 11},
@@ -158,25 +177,6 @@ TEST_F(GltfTest, LooksOfMaterials) {
        {0.5f, 0.5f, 0},
        "b.ktx2",
        0,
-       11}};
-  for (const Case& row : cases) {
-    document["materials"] = {json::parse(row.material)};
-    const ImportedScene imported = Import(document);
-    const SceneMaterial& material = imported.scene.materials.at(0);
-    EXPECT_EQ(material.diffuse, row.diffuse) << row.material;
-    EXPECT_EQ(material.diffuseMap ? material.diffuseMap->file : "", row.file) << row.material;
-    EXPECT_EQ(First(imported).mesh->tVerts.at(0), (Point3{row.u, 1, 0})) << row.material;
-    EXPECT_EQ(material.shading, row.shading) << row.material;
-    EXPECT_THAT(LeftOutOf(imported), ElementsAre("channels 1"));
-  }
-}
-
-// --- nodes ---
-
-TEST_F(GltfTest, ScenesInstancesAndHiddenNodes) {
-  json document = WithPositions();
-  document["nodes"].push_back({{"name", "B"},
-                               {"extensions", {{"KHR_node_visibility", {{"visible", false}}}}},
        11},
       {R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0,"texCoord":1}},
            "extensions":{"KHR_materials_pbrSpecularGlossiness":{}}})",
@@ -202,6 +202,26 @@ TEST_F(GltfTest, ScenesInstancesAndHiddenNodes) {
        {1, 1, 1},
        "",
        0,
+       11}};
+  for (const Case& row : cases) {
+    document["materials"] = {json::parse(row.material)};
+    const ImportedScene imported = Import(document);
+    const SceneMaterial& material = imported.scene.materials.at(0);
+    EXPECT_EQ(material.diffuse, row.diffuse) << row.material;
+    EXPECT_EQ(material.diffuseMap ? material.diffuseMap->file : "", row.file) << row.material;
+    EXPECT_EQ(First(imported).mesh->tVerts.at(0), (Point3{row.u, 1, 0})) << row.material;
+    EXPECT_EQ(material.shading, row.shading) << row.material;
+    EXPECT_EQ(material.opacity, row.opacity) << row.material;
+    EXPECT_THAT(LeftOutOf(imported), ElementsAre("channels 1"));
+  }
+}
+
+// --- nodes ---
+
+TEST_F(GltfTest, ScenesInstancesAndHiddenNodes) {
+  json document = WithPositions();
+  document["nodes"].push_back({{"name", "B"},
+                               {"extensions", {{"KHR_node_visibility", {{"visible", false}}}}},
                                {"children", {2}}});
   document["nodes"].push_back({{"name", "C"}, {"mesh", 0}});
   document["scenes"] = json::parse(R"([{"nodes":[0]},{"nodes":[0,1]},{}])");
@@ -211,7 +231,6 @@ TEST_F(GltfTest, ScenesInstancesAndHiddenNodes) {
       R"({"KHR_lights_punctual":{"lights":[{},{}]},"KHR_materials_variants":{"variants":[{}]}})");
   document["cameras"] = {json::object()};
   const ImportedScene kept = Import(document);
-    EXPECT_EQ(material.opacity, row.opacity) << row.material;
   EXPECT_EQ(kept.scene.root.children.at(1).children.at(0).mesh, First(kept).mesh) << "shared";
   EXPECT_THAT(RemarksOf(kept),
               Contains("note hidden-nodes: 1 mesh is hidden in the file and kept: \"C\""));
@@ -272,10 +291,6 @@ TEST_F(GltfTest, KeywordsInExtras) {
       EXPECT_THAT(RemarksOf(imported), Contains(HasSubstr(row.remark))) << row.node;
     }
   }
-}
-
-}  // namespace
-}  // namespace mapexport
 
   // Said once of a parent, whose keywords count for its nameless child; and of a root, which is kept.
   json document = WithPositions();
@@ -286,3 +301,7 @@ TEST_F(GltfTest, KeywordsInExtras) {
   EXPECT_THAT(RemarksOf(imported), ElementsAre(HasSubstr("scale: "), HasSubstr("node \"root\"")));
   document["nodes"][0]["extras"].erase("climbable");
   EXPECT_THAT(RemarksOf(Import(document)), Contains(HasSubstr("node \"root\"")));
+}
+
+}  // namespace
+}  // namespace mapexport

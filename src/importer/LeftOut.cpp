@@ -23,6 +23,8 @@ Remarks LeftOut::Items() const {
       {objects, "left-out-objects", "object of an unknown kind", "objects of unknown kinds"},
       {polygons, "left-out-polygons", "polygon that can't be triangulated",
        "polygons that can't be triangulated"},
+      {primitives, "left-out-primitives", "part of a mesh without positions",
+       "parts of meshes without positions"},
       {vertices, "left-out-vertices", "vertex that isn't finite", "vertices that aren't finite"},
       {faces, "left-out-triangles", "triangle with a corner that is missing or not finite",
        "triangles with a corner that is missing or not finite"},

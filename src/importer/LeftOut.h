@@ -16,6 +16,7 @@ struct LeftOut {
   std::size_t curves = 0;          ///< free-form curves and surfaces
   std::size_t polygons = 0;        ///< that could not be triangulated
   std::size_t vertices = 0;        ///< with a coordinate that isn't finite
+  std::size_t primitives = 0;      ///< parts of meshes without positions
   std::size_t faces = 0;           ///< triangles with such a corner, or one that isn't there
   std::size_t textureCorners = 0;  ///< texture coordinates that aren't finite: replaced by 0
   std::size_t creases = 0;         ///< edges that are creases within smooth surfaces

@@ -49,6 +49,7 @@ inline constexpr std::string_view kRemarkCodes[] = {
     "left-out-objects",
     "left-out-points",
     "left-out-polygons",
+    "left-out-primitives",
     "left-out-scenes",
     "left-out-texture-coordinates",
     "left-out-transforms",

@@ -2,29 +2,41 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
+
+namespace draco {
+class Mesh;
+}
 
 namespace mapexport {
 
-/// An attribute of a Draco mesh, wanted with these components.
-struct DracoAttribute {
-  std::uint32_t id = 0;
-  int componentType = 0;  ///< of glTF
-  std::size_t components = 0;
-  std::string bytes;  ///< set by DecodeDraco: an element for each vertex
-};
+/// A mesh that a Draco stream holds.
+class DracoMesh {
+ public:
+  DracoMesh();
+  DracoMesh(const DracoMesh&) = delete;
+  DracoMesh& operator=(const DracoMesh&) = delete;
+  ~DracoMesh();
 
-struct DracoMesh {
-  std::size_t vertices = 0;
-  std::string indices;  ///< 32-bit numbers, three for each triangle, all below `vertices`
-};
+  /// False when `data` is damaged. All else needs a mesh.
+  bool Decode(std::string_view data);
 
-/// Decodes `data`. Returns what is wrong with it, or nothing, and then has set `mesh` and the bytes
-/// of `attributes`.
-std::string DecodeDraco(std::string_view data, std::vector<DracoAttribute>& attributes,
-                        DracoMesh& mesh);
+  std::size_t VertexCount() const;
+  std::size_t IndexCount() const;
+  bool HasAttribute(int id) const;
+  /// How many bytes it holds.
+  std::size_t Size() const;
+
+  /// 32-bit numbers, three for each triangle, all below VertexCount.
+  std::string Indices() const;
+  /// An attribute's values for each vertex, in components of that type of glTF, which is a known
+  /// one; empty when they can't be turned into these.
+  std::string Values(int id, int componentType, std::size_t components) const;
+
+ private:
+  std::unique_ptr<const draco::Mesh> mesh_;
+};
 
 }  // namespace mapexport

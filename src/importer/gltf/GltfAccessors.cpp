@@ -16,12 +16,6 @@
 namespace mapexport {
 namespace {
 
-/// Values that any document may have without data for them.
-constexpr std::size_t kFreeZeros = std::size_t{1} << 16;
-/// Values that any document may have read or kept, and how many for each byte of its data.
-constexpr std::size_t kFreeValues = std::size_t{1} << 22;
-constexpr std::size_t kReadValuesOfByte = 16;
-
 template <class Number, class Component>
 Number ToNumber(Component component, bool isNormalized) {
   if constexpr (std::is_unsigned_v<Number> && !std::is_unsigned_v<Component>) {
@@ -41,19 +35,29 @@ std::size_t ComponentSize(int componentType) {
   return size;
 }
 
+/// A value of its components. Two are texture coordinates, which glTF has with v down.
+template <class Value, class Number, std::size_t components>
+Value Made(const std::array<Number, components>& numbers) {
+  if constexpr (components == 2) {
+    return {numbers[0], 1 - numbers[1], 0};
+  } else {
+    return std::bit_cast<Value>(numbers);
+  }
+}
+
 /// The value whose components begin at `from`.
 template <class Value, class Number, std::size_t components, class Component>
 Value ValueAt(const char* from, bool isNormalized) {
   std::array<Component, components> stored;
   std::memcpy(stored.data(), from, sizeof stored);
   if constexpr (std::is_same_v<Number, Component>) {
-    return std::bit_cast<Value>(stored);
+    return Made<Value, Number, components>(stored);
   } else {
     std::array<Number, components> numbers;
     for (std::size_t k = 0; k < components; ++k) {
       numbers[k] = ToNumber<Number>(stored[k], isNormalized);
     }
-    return std::bit_cast<Value>(numbers);
+    return Made<Value, Number, components>(numbers);
   }
 }
 
@@ -72,19 +76,28 @@ struct GltfAccessors::Elements {
 };
 
 GltfPoints GltfAccessors::Points(int accessor) {
-  CheckType(accessor, "VEC3");
-  return Kept(accessor, [&] { return Read<Point3, float, 3>(accessor); });
+  return Kept<Point3, float, 3>(accessor, "VEC3");
 }
 
 GltfPoints GltfAccessors::TexturePoints(int accessor) {
-  CheckType(accessor, "VEC2");
-  return Kept(accessor, [&] {
-    std::vector<Point3> points;
-    const auto pairs = Read<std::array<float, 2>, float, 2>(accessor);
-    points.reserve(pairs.size());
-    for (const auto& [u, v] : pairs) points.push_back({u, 1.0f - v, 0.0f});
-    return points;
-  });
+  return Kept<Point3, float, 2>(accessor, "VEC2");
+}
+
+GltfValues<std::array<float, 4>> GltfAccessors::Quadruples(int accessor) {
+  return Kept<std::array<float, 4>, float, 4>(accessor, "VEC4");
+}
+
+GltfValues<std::uint32_t> GltfAccessors::Indices(int accessor) {
+  return Kept<std::uint32_t, std::uint32_t, 1>(accessor, "SCALAR");
+}
+
+GltfValues<std::array<std::uint32_t, 4>> GltfAccessors::Joints(int accessor) {
+  return Kept<std::array<std::uint32_t, 4>, std::uint32_t, 4>(accessor, "VEC4");
+}
+
+std::vector<std::array<float, 16>> GltfAccessors::Matrices(int accessor) {
+  CheckType(accessor, "MAT4");
+  return Read<std::array<float, 16>, float, 16>(accessor);
 }
 
 void GltfAccessors::CheckType(int accessor, std::string_view type) const {
@@ -94,48 +107,46 @@ void GltfAccessors::CheckType(int accessor, std::string_view type) const {
                                 PlaceOf(accessor), FirstLine(source.type), type));
 }
 
-template <class Make>
-GltfPoints GltfAccessors::Kept(int accessor, const Make& make) {
-  if (const auto known = points_.find(accessor); known != points_.end()) return known->second;
-  auto points = std::make_shared<const std::vector<Point3>>(make());
-  kept_ += points->size();
-  if (kept_ > kFreeValues + buffers_.Size()) {
-    points_.clear();
-    kept_ = points->size();
+template <class Value, class Number, std::size_t components>
+GltfValues<Value> GltfAccessors::Kept(int accessor, std::string_view type) {
+  CheckType(accessor, type);
+  KeptValues<Value>& kept = std::get<KeptValues<Value>>(kept_);
+  if (const auto known = kept.find(accessor); known != kept.end()) return known->second;
+  auto values =
+      std::make_shared<const std::vector<Value>>(Read<Value, Number, components>(accessor));
+  // Most are read once: only what is read again is kept, so that memory is used again.
+  if (!wasRead_[static_cast<std::size_t>(accessor)]) {
+    wasRead_[static_cast<std::size_t>(accessor)] = true;
+    return values;
   }
-  points_[accessor] = points;
-  return points;
+  keptCount_ += values->size();
+  if (keptCount_ > budget_.MostKept()) {
+    std::apply([](auto&... lists) { (lists.clear(), ...); }, kept_);
+    keptCount_ = values->size();
+  }
+  kept.emplace(accessor, values);
+  return values;
 }
 
-std::vector<std::array<float, 4>> GltfAccessors::Quadruples(int accessor) {
-  CheckType(accessor, "VEC4");
-  return Read<std::array<float, 4>, float, 4>(accessor);
-}
-
-std::vector<std::array<float, 16>> GltfAccessors::Matrices(int accessor) {
-  CheckType(accessor, "MAT4");
-  return Read<std::array<float, 16>, float, 16>(accessor);
-}
-
-std::vector<std::uint32_t> GltfAccessors::Indices(int accessor) {
-  CheckType(accessor, "SCALAR");
-  return Read<std::uint32_t, std::uint32_t, 1>(accessor);
-}
-
-std::vector<std::array<std::uint32_t, 4>> GltfAccessors::Joints(int accessor) {
-  CheckType(accessor, "VEC4");
-  return Read<std::array<std::uint32_t, 4>, std::uint32_t, 4>(accessor);
-}
-
-void GltfAccessors::Replace(int accessor, int componentType, std::string bytes) {
-  points_.erase(accessor);
-  replaced_[accessor] = {componentType, std::move(bytes)};
+void GltfAccessors::TakeFromDraco(int accessor, const DracoMesh& mesh, int attribute) {
+  const bool isIndices = attribute == kNoGltfIndex;
+  const std::size_t count = isIndices ? mesh.IndexCount() : mesh.VertexCount();
+  const std::size_t wanted = document_.accessors[static_cast<std::size_t>(accessor)].count;
+  if (count != wanted) {
+    RefuseFile(path_, fmt::format("{}.count: {}, its Draco data has {} {}", PlaceOf(accessor),
+                                  wanted, count, isIndices ? "indices" : "vertices"));
+  }
+  DracoSource& source = draco_[accessor];
+  if (source == DracoSource{&mesh, attribute}) return;
+  source = {&mesh, attribute};
+  std::apply([&](auto&... lists) { (lists.erase(accessor), ...); }, kept_);
 }
 
 template <class Value, class Number, std::size_t components>
 std::vector<Value> GltfAccessors::Read(int accessor) {
   const GltfAccessor& source = document_.accessors[static_cast<std::size_t>(accessor)];
-  const Elements elements = Find(accessor, components);
+  std::string decoded;
+  const Elements elements = Find(accessor, components, decoded);
   const bool isSigned = elements.componentType == kGltfByte || elements.componentType == kGltfShort;
   if (std::is_integral_v<Number> && (isSigned || elements.componentType == kGltfFloat)) {
     RefuseFile(path_, fmt::format("{}.componentType: {} is none of an index", PlaceOf(accessor),
@@ -144,6 +155,12 @@ std::vector<Value> GltfAccessors::Read(int accessor) {
   std::vector<Value> values(elements.count);
   if (elements.first != nullptr) {
     WithGltfComponent(elements.componentType, [&](auto component) {
+      if constexpr (std::is_same_v<Number, decltype(component)> && components != 2) {
+        if (elements.stride == sizeof(Value) && !values.empty()) {
+          std::memcpy(values.data(), elements.first, values.size() * sizeof(Value));
+          return;
+        }
+      }
       const char* from = elements.first;
       for (Value& value : values) {
         value = ValueAt<Value, Number, components, decltype(component)>(from, source.isNormalized);
@@ -151,7 +168,7 @@ std::vector<Value> GltfAccessors::Read(int accessor) {
       }
     });
   }
-  if (source.sparse && !replaced_.contains(accessor)) {
+  if (source.sparse && !draco_.contains(accessor)) {
     ApplySparse<Value, Number, components>(accessor, values);
   }
   return values;
@@ -162,6 +179,10 @@ void GltfAccessors::ApplySparse(int accessor, std::vector<Value>& values) {
   const GltfAccessor& source = document_.accessors[static_cast<std::size_t>(accessor)];
   const GltfSparse& sparse = *source.sparse;
   const std::string place = PlaceOf(accessor) + ".sparse";
+  if (sparse.count > source.count) {
+    RefuseFile(path_, fmt::format("{}.count: {}, there are {} elements", place, sparse.count,
+                                  source.count));
+  }
   std::size_t indexStride = ComponentSize(sparse.indexType);
   if (sparse.indexType != kGltfUnsignedByte && sparse.indexType != kGltfUnsignedShort &&
       sparse.indexType != kGltfUnsignedInt) {
@@ -187,29 +208,38 @@ void GltfAccessors::ApplySparse(int accessor, std::vector<Value>& values) {
   });
 }
 
-GltfAccessors::Elements GltfAccessors::Find(int accessor, std::size_t components) {
+/// `decoded` gets the bytes of an accessor whose data is compressed.
+GltfAccessors::Elements GltfAccessors::Find(int accessor, std::size_t components,
+                                            std::string& decoded) {
   const GltfAccessor& source = document_.accessors[static_cast<std::size_t>(accessor)];
-  const auto replaced = replaced_.find(accessor);
-  CountUse(accessor);
+  const auto draco = draco_.find(accessor);
+  const bool isDraco = draco != draco_.end();
+  const std::string place = PlaceOf(accessor);
   Elements elements{.count = source.count, .componentType = source.componentType};
-  if (replaced != replaced_.end()) elements.componentType = replaced->second.componentType;
+  if (isDraco && draco->second.attribute == kNoGltfIndex) elements.componentType = kGltfUnsignedInt;
   const std::size_t size = components * ComponentSize(elements.componentType);
   if (size == 0) {
-    RefuseFile(path_, fmt::format("{}.componentType: {} is not known", PlaceOf(accessor),
-                                  elements.componentType));
+    RefuseFile(path_,
+               fmt::format("{}.componentType: {} is not known", place, elements.componentType));
   }
   elements.stride = size;
-  if (replaced != replaced_.end()) {
-    const std::string& bytes = replaced->second.bytes;
-    if (bytes.size() / size < source.count) {
-      RefuseFile(path_, fmt::format("{}.count: {}, its data has {} elements", PlaceOf(accessor),
-                                    source.count, bytes.size() / size));
+  budget_.TakeValues(source.count, place);
+  if (isDraco) {
+    const auto [mesh, attribute] = draco->second;
+    decoded = attribute == kNoGltfIndex
+                  ? mesh->Indices()
+                  : mesh->Values(attribute, elements.componentType, components);
+    // Empty, or an accessor that serves for indices and an attribute.
+    if (decoded.size() / size < source.count) {
+      RefuseFile(path_, place + ": its Draco data does not fit its type");
     }
-    elements.first = bytes.data();
+    elements.first = decoded.data();
   } else if (source.bufferView != kNoGltfIndex) {
     elements.stride = document_.bufferViews[static_cast<std::size_t>(source.bufferView)].byteStride;
-    elements.first = Range(source.bufferView, source.byteOffset, source.count, elements.stride,
-                           size, PlaceOf(accessor));
+    elements.first =
+        Range(source.bufferView, source.byteOffset, source.count, elements.stride, size, place);
+  } else {
+    budget_.CheckZeros(source.count, place);
   }
   return elements;
 }
@@ -236,19 +266,6 @@ const char* GltfAccessors::Range(int view, std::size_t offset, std::size_t count
                            place, count, stride, offset, view, bytes.size()));
   }
   return count == 0 ? bytes.data() : bytes.data() + offset;
-}
-
-void GltfAccessors::CountUse(int accessor) {
-  const GltfAccessor& source = document_.accessors[static_cast<std::size_t>(accessor)];
-  const std::size_t count = source.count;
-  const bool hasData = source.bufferView != kNoGltfIndex || replaced_.contains(accessor);
-  read_ += count;
-  const std::size_t size = buffers_.Size();
-  const bool isPlausible =
-      read_ <= kFreeValues + kReadValuesOfByte * size && (hasData || count <= kFreeZeros + size);
-  if (isPlausible) return;
-  RefuseFile(path_, fmt::format("{}.count: {}, more than a file of this size can hold",
-                                PlaceOf(accessor), count));
 }
 
 }  // namespace mapexport

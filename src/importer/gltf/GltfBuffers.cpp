@@ -72,35 +72,48 @@ std::string ReadBeginning(int descriptor, std::size_t fileSize, std::size_t leng
 
 }  // namespace
 
-GltfBuffers::GltfBuffers(const GltfFile& file, const GltfDocument& document,
+GltfBuffers::GltfBuffers(const GltfFile& file, const GltfDocument& document, GltfBudget& budget,
                          std::vector<std::string>& sideFiles)
     : file_(file),
       document_(document),
+      budget_(budget),
       sideFiles_(sideFiles),
-      buffers_(document.buffers.size()),
-      decompressed_(document.bufferViews.size()),
-      size_(file.Json().size() + file.Binary().value_or(std::string_view()).size()) {}
+      buffers_(document.buffers.size()) {
+  budget_.AddFile(file.Json().size() + file.Binary().value_or(std::string_view()).size());
+}
 
 std::string_view GltfBuffers::View(int view) {
   const auto index = static_cast<std::size_t>(view);
   const GltfBufferView& source = document_.bufferViews[index];
-  if (!source.meshopt) {
-    return Part(source.buffer, source.byteOffset, source.byteLength,
-                fmt::format("bufferViews[{}]", index));
-  }
-  if (!decompressed_[index]) decompressed_[index] = Decompress(index);
-  return *decompressed_[index];
+  if (source.meshopt) return Decompress(index);
+  return Part(source.buffer, source.byteOffset, source.byteLength,
+              fmt::format("bufferViews[{}]", index));
 }
 
-std::string GltfBuffers::Decompress(std::size_t view) {
+const std::string& GltfBuffers::Decompress(std::size_t view) {
   const std::string place = fmt::format("bufferViews[{}].extensions.EXT_meshopt_compression", view);
   const GltfMeshopt& source = *document_.bufferViews[view].meshopt;
-  std::string bytes;
-  const std::string reason = DecodeMeshopt(
-      source, Part(source.buffer, source.byteOffset, source.byteLength, place), bytes);
+  const std::string_view data = Part(source.buffer, source.byteOffset, source.byteLength, place);
+  const auto [entry, isNew] = decompressed_.try_emplace(
+      {{data.data(), data.size()}, source.count, source.byteStride, source.mode, source.filter});
+  std::string& bytes = entry->second;
+  if (!isNew) return bytes;
+  budget_.TakeCompressed(data.size(), place);
+  const std::string reason = DecodeMeshopt(source, data, bytes);
   if (!reason.empty()) RefuseFile(file_.Path(), fmt::format("{}{}", place, reason));
-  size_ += bytes.size();
+  budget_.AddDecoded(bytes.size());
   return bytes;
+}
+
+const DracoMesh& GltfBuffers::Draco(int view, const std::string& user) {
+  const std::string_view data = View(view);
+  const auto [entry, isNew] = draco_.try_emplace({data.data(), data.size()});
+  DracoMesh& mesh = entry->second;
+  if (!isNew) return mesh;
+  budget_.TakeCompressed(data.size(), user);
+  if (!mesh.Decode(data)) RefuseFile(file_.Path(), user + ": its data is damaged");
+  budget_.AddDecoded(mesh.Size());
+  return mesh;
 }
 
 std::string_view GltfBuffers::Part(int buffer, std::size_t offset, std::size_t length,
@@ -123,7 +136,7 @@ std::string_view GltfBuffers::Buffer(int buffer, const std::string& user) {
   } else {
     if (!buffers_[index]) {
       buffers_[index] = Load(index);
-      size_ += buffers_[index]->size();
+      budget_.AddFile(buffers_[index]->size());
     }
     bytes = *buffers_[index];
   }

@@ -43,10 +43,10 @@ bool Blend(const GltfInfluences& influences, std::size_t vertex,
   double sum = 0;
   for (std::size_t set = 0; set < influences.joints.size(); ++set) {
     for (std::size_t k = 0; k < 4; ++k) {
-      const auto weight = static_cast<double>(influences.weights[set][vertex][k]);
+      const auto weight = static_cast<double>((*influences.weights[set])[vertex][k]);
       if (weight == 0) continue;
       sum += weight;
-      const Rows& joint = matrices[influences.joints[set][vertex][k]].rows;
+      const Rows& joint = matrices[(*influences.joints[set])[vertex][k]].rows;
       for (std::size_t r = 0; r < 3; ++r) {
         for (std::size_t c = 0; c < 4; ++c) blend[r][c] += weight * joint[r][c];
       }

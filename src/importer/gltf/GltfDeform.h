@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/Point3.h"
+#include "importer/gltf/GltfAccessors.h"
 #include "importer/rebuild/AffineMatrix.h"
 
 namespace mapexport {
@@ -16,8 +17,8 @@ void AddMorph(std::vector<Point3>& points, std::span<const Point3> displacements
 
 /// The influences on the vertices of a mesh, four in each set.
 struct GltfInfluences {
-  std::vector<std::vector<std::array<std::uint32_t, 4>>> joints;  ///< by set; indices in range
-  std::vector<std::vector<std::array<float, 4>>> weights;         ///< as many
+  std::vector<GltfValues<std::array<std::uint32_t, 4>>> joints;  ///< by set; indices in range
+  std::vector<GltfValues<std::array<float, 4>>> weights;         ///< as many
 };
 
 /// Takes the vertices to where the joints have them. A vertex's weights count by their sum; one

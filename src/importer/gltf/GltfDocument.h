@@ -41,10 +41,10 @@ struct GltfSpecularGlossiness {
 };
 
 struct GltfMaterial {
+  enum class Alpha { kOpaque, kMask, kBlend };
   std::string name;
   std::array<float, 4> baseColor{1, 1, 1, 1};
   GltfTextureUse baseColorTexture;
-  enum class Alpha { kOpaque, kMask, kBlend };
   float roughness = 1;
   std::array<float, 3> emissive{};
   GltfTextureUse emissiveTexture;

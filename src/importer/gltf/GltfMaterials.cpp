@@ -111,11 +111,13 @@ const GltfTextureUse* ShownTexture(const GltfMaterial& material) {
   return there(OnlyEmits(material) ? material.emissiveTexture : material.baseColorTexture);
 }
 
-std::vector<SceneMaterial> MakeGltfMaterials(const GltfDocument& document) {
+std::vector<SceneMaterial> MakeGltfMaterials(const GltfDocument& document, GltfBudget& budget) {
   std::vector<SceneMaterial> materials;
   materials.reserve(document.materials.size());
   for (std::size_t i = 0; i < document.materials.size(); ++i) {
-    materials.push_back(MakeMaterial(document, i));
+    const SceneMaterial& made = materials.emplace_back(MakeMaterial(document, i));
+    const std::size_t file = made.diffuseMap ? made.diffuseMap->file.size() : 0;
+    budget.TakeText(made.name.size() + file, fmt::format("materials[{}]", i));
   }
   return materials;
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "importer/gltf/GltfBudget.h"
 #include "importer/gltf/GltfDocument.h"
 #include "scene/Scene.h"
 
@@ -16,7 +17,8 @@ const GltfTextureUse* ShownTexture(const GltfMaterial& material);
 /// The host's materials, one for each of `document`, whose indices are in range. One without a name
 /// is called "Material N" (N from 1), since equal names mean one material to the host's exporters.
 /// The colour is the base colour, or where that is black the emission, as other formats have it.
-/// Materials without the specular-glossiness extension are as shiny as they are smooth.
-std::vector<SceneMaterial> MakeGltfMaterials(const GltfDocument& document);
+/// Materials without the specular-glossiness extension are as shiny as they are smooth. Their texts
+/// are taken from `budget`.
+std::vector<SceneMaterial> MakeGltfMaterials(const GltfDocument& document, GltfBudget& budget);
 
 }  // namespace mapexport

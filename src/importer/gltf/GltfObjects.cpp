@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <numeric>
 #include <utility>
 
 #include <fmt/format.h>
@@ -26,18 +27,13 @@ constexpr int kLineLoop = 2;
 constexpr int kTriangles = 4;
 constexpr int kTriangleStrip = 5;
 
+/// What an empty primitive takes of the budget.
+constexpr std::size_t kValuesOfPrimitive = 16;
+
 /// The index of the attribute, kNoGltfIndex when there is none.
 int Find(const GltfAttributes& attributes, std::string_view name) {
   const auto found = std::ranges::find(attributes, name, &GltfAttribute::name);
   return found == attributes.end() ? kNoGltfIndex : found->index;
-}
-
-/// 0 for a type that no attribute of vertices has.
-std::size_t ComponentsOf(std::string_view type) {
-  if (type == "SCALAR") return 1;
-  constexpr std::array<std::string_view, 3> kVectors{"VEC2", "VEC3", "VEC4"};
-  const auto found = std::ranges::find(kVectors, type);
-  return found == kVectors.end() ? 0 : 2 + static_cast<std::size_t>(found - kVectors.begin());
 }
 
 std::size_t LineCount(int mode, std::size_t corners) {
@@ -50,7 +46,7 @@ std::size_t LineCount(int mode, std::size_t corners) {
 struct GltfObjects::Deformation {
   std::span<const float> weights;  // of the morph targets
   bool isSkinned = false;
-  std::vector<AffineMatrix> matrices;  // of the joints
+  std::span<const AffineMatrix> matrices;  // of the joints
 };
 
 NodeObject GltfObjects::Find(const GltfNode& node, const std::string& nodeName) {
@@ -84,13 +80,14 @@ RebuiltMesh GltfObjects::Make(const GltfNode& node) {
 
 void GltfObjects::AddPrimitive(const GltfPrimitive& primitive, const std::string& place,
                                const Deformation& deformation, MeshBuilder& builder) {
-  if (primitive.draco) ReadDraco(primitive, place);
   const int positionAccessor = mapexport::Find(primitive.attributes, "POSITION");
-  if (positionAccessor == kNoGltfIndex)
-    RefuseFile(path_, place + ".attributes.POSITION: is missing");
-  GltfPoints positions = accessors_.Points(positionAccessor);
-  const std::vector<CornerIndices> triangles =
-      Triangles(primitive, positionAccessor, positions->size());
+  if (positionAccessor == kNoGltfIndex) {
+    ++leftOut_.primitives;
+    return;
+  }
+  if (primitive.draco) ReadDraco(primitive, place);
+  const GltfPoints positions = accessors_.Points(positionAccessor);
+  const std::vector<CornerIndices> triangles = Triangles(primitive, place, positions->size());
   if (triangles.empty()) return;
 
   const int normalAccessor = mapexport::Find(primitive.attributes, "NORMAL");
@@ -109,8 +106,8 @@ void GltfObjects::AddPrimitive(const GltfPrimitive& primitive, const std::string
       std::ranges::any_of(deformation.weights, [](float weight) { return weight != 0; });
   const bool isDeformed = deformation.isSkinned || (isMorphed && !primitive.targets.empty());
   if (isDeformed) {
-    ownPositions = Morphed(primitive, "POSITION", *positions, deformation);
-    if (normals != nullptr) ownNormals = Morphed(primitive, "NORMAL", *normals, deformation);
+    ownPositions = Morphed(primitive, place, "POSITION", *positions, deformation);
+    if (normals != nullptr) ownNormals = Morphed(primitive, place, "NORMAL", *normals, deformation);
     if (deformation.isSkinned) Skin(primitive, place, deformation, ownPositions, ownNormals);
   }
   MeshPart part;
@@ -123,60 +120,48 @@ void GltfObjects::AddPrimitive(const GltfPrimitive& primitive, const std::string
   builder.Add(part);
 }
 
-/// Puts what a Draco stream holds in the place of the primitive's accessors.
+/// Puts what a Draco stream holds in the place of what the primitive's accessors do.
 void GltfObjects::ReadDraco(const GltfPrimitive& primitive, const std::string& place) {
   const GltfDraco& draco = *primitive.draco;
   const std::string here = place + ".extensions.KHR_draco_mesh_compression";
   if (draco.bufferView == kNoGltfIndex) RefuseFile(path_, here + ".bufferView: is missing");
-  std::vector<DracoAttribute> attributes;
-  std::vector<int> targets;
-  for (const GltfAttribute& attribute : draco.attributes) {
-    const int target = mapexport::Find(primitive.attributes, attribute.name);
-    if (target == kNoGltfIndex) continue;
-    const GltfAccessor& accessor = document_.accessors[static_cast<std::size_t>(target)];
-    const std::size_t components = ComponentsOf(accessor.type);
-    if (components == 0) {
-      RefuseFile(path_, fmt::format("accessors[{}].type: \"{}\" is not a type of vertex attributes",
-                                    target, FirstLine(accessor.type)));
-    }
-    targets.push_back(target);
-    attributes.push_back({.id = static_cast<std::uint32_t>(attribute.index),
-                          .componentType = accessor.componentType,
-                          .components = components,
-                          .bytes = {}});
-  }
-  DracoMesh mesh;
-  const std::string defect = DecodeDraco(accessors_.Bytes(draco.bufferView), attributes, mesh);
-  if (!defect.empty()) RefuseFile(path_, fmt::format("{}: {}", here, defect));
-  for (std::size_t i = 0; i < targets.size(); ++i) {
-    accessors_.Replace(targets[i], attributes[i].componentType, std::move(attributes[i].bytes));
-  }
   if (primitive.indices == kNoGltfIndex) RefuseFile(path_, place + ".indices: is missing");
-  accessors_.Replace(primitive.indices, kGltfUnsignedInt, std::move(mesh.indices));
+  const DracoMesh& mesh = buffers_.Draco(draco.bufferView, here);
+  for (const GltfAttribute& attribute : draco.attributes) {
+    const int accessor = mapexport::Find(primitive.attributes, attribute.name);
+    if (accessor == kNoGltfIndex) continue;
+    if (!mesh.HasAttribute(attribute.index)) {
+      RefuseFile(path_, fmt::format("{}.attributes.{}: its data has no attribute {}", here,
+                                    FirstLine(attribute.name), attribute.index));
+    }
+    accessors_.TakeFromDraco(accessor, mesh, attribute.index);
+  }
+  accessors_.TakeDracoIndices(primitive.indices, mesh);
 }
 
 /// Counts points and lines.
-std::vector<CornerIndices> GltfObjects::Triangles(const GltfPrimitive& primitive, int positions,
-                                                  std::size_t vertices) {
-  std::vector<std::uint32_t> corners;
+std::vector<CornerIndices> GltfObjects::Triangles(const GltfPrimitive& primitive,
+                                                  const std::string& place, std::size_t vertices) {
+  GltfValues<std::uint32_t> indices;
+  std::vector<std::uint32_t> ownIndices;
   if (primitive.indices != kNoGltfIndex) {
-    corners = accessors_.Indices(primitive.indices);
+    indices = accessors_.Indices(primitive.indices);
   } else {
-    accessors_.CountUse(positions);
-    corners.resize(vertices);
-    for (std::size_t i = 0; i < vertices; ++i) corners[i] = static_cast<std::uint32_t>(i);
+    ownIndices.resize(vertices);
+    std::iota(ownIndices.begin(), ownIndices.end(), 0);
   }
+  const std::vector<std::uint32_t>& corners = indices == nullptr ? ownIndices : *indices;
   std::vector<CornerIndices> triangles;
   const std::size_t count = corners.size();
+  budget_.TakeValues(kValuesOfPrimitive + count, place);
   if (primitive.mode < kLines) {
     leftOut_.points += count;
   } else if (primitive.mode < kTriangles) {
     leftOut_.lines += LineCount(primitive.mode, count);
   } else if (primitive.mode == kTriangles) {
-    triangles.reserve(count / 3);
-    for (std::size_t i = 0; i + 2 < count; i += 3) {
-      triangles.push_back({corners[i], corners[i + 1], corners[i + 2]});
-    }
+    triangles.resize(count / 3);
+    if (count >= 3)
+      std::memcpy(triangles.data(), corners.data(), triangles.size() * sizeof(CornerIndices));
     if (count % 3 != 0) ++leftOut_.faces;
   } else if (count > 2) {
     triangles.reserve(count - 2);
@@ -217,22 +202,27 @@ GltfPoints GltfObjects::TexturePoints(const GltfPrimitive& primitive, std::size_
   return OfVertices(accessors_.TexturePoints(accessor), vertices);
 }
 
-std::vector<Point3> GltfObjects::Morphed(const GltfPrimitive& primitive, std::string_view attribute,
+std::vector<Point3> GltfObjects::Morphed(const GltfPrimitive& primitive, const std::string& place,
+                                         std::string_view attribute,
                                          const std::vector<Point3>& points,
                                          const Deformation& deformation) {
+  budget_.TakeValues(points.size(), place);
   std::vector<Point3> morphed = points;
   const std::size_t count = std::min(deformation.weights.size(), primitive.targets.size());
   for (std::size_t t = 0; t < count; ++t) {
     const int accessor = mapexport::Find(primitive.targets[t], attribute);
     if (deformation.weights[t] == 0 || accessor == kNoGltfIndex) continue;
+    budget_.TakeValues(points.size(), place);
     AddMorph(morphed, *accessors_.Points(accessor), deformation.weights[t]);
   }
   return morphed;
 }
 
-std::vector<AffineMatrix> GltfObjects::JointMatrices(int skin) {
+const std::vector<AffineMatrix>& GltfObjects::JointMatrices(int skin) {
+  const auto [entry, isNew] = jointMatrices_.try_emplace(skin);
+  std::vector<AffineMatrix>& matrices = entry->second;
+  if (!isNew) return matrices;
   const GltfSkin& source = document_.skins[static_cast<std::size_t>(skin)];
-  std::vector<AffineMatrix> matrices;
   for (const int joint : source.joints)
     matrices.push_back(worlds_[static_cast<std::size_t>(joint)]);
   if (source.inverseBindMatrices == kNoGltfIndex) return matrices;
@@ -256,14 +246,15 @@ void GltfObjects::Skin(const GltfPrimitive& primitive, const std::string& place,
     const int joints = mapexport::Find(primitive.attributes, name);
     const int weights = mapexport::Find(primitive.attributes, fmt::format("WEIGHTS_{}", set));
     if (joints == kNoGltfIndex || weights == kNoGltfIndex) break;
+    budget_.TakeValues(positions.size(), place);
     influences.joints.push_back(accessors_.Joints(joints));
     influences.weights.push_back(accessors_.Quadruples(weights));
-    const auto& used = influences.joints.back();
-    if (used.size() != positions.size() || influences.weights.back().size() != positions.size()) {
+    const auto& used = *influences.joints.back();
+    const std::size_t weightCount = influences.weights.back()->size();
+    if (used.size() != positions.size() || weightCount != positions.size()) {
       RefuseFile(path_, fmt::format("{}.attributes.{}: {} joints and {} weights, there are {} "
                                     "positions",
-                                    place, name, used.size(), influences.weights.back().size(),
-                                    positions.size()));
+                                    place, name, used.size(), weightCount, positions.size()));
     }
     for (const std::array<std::uint32_t, 4>& ofVertex : used) {
       const std::uint32_t highest = std::ranges::max(ofVertex);

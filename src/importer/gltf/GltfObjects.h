@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "importer/gltf/GltfAccessors.h"
+#include "importer/gltf/GltfBudget.h"
+#include "importer/gltf/GltfBuffers.h"
 #include "importer/gltf/GltfDocument.h"
 #include "importer/rebuild/AffineMatrix.h"
 #include "importer/rebuild/MeshBuilder.h"
@@ -23,11 +25,14 @@ class GltfObjects {
  public:
   /// All must outlive this object. `materials` begins with those of the document, `worlds` are the
   /// world transforms of its nodes.
-  GltfObjects(const std::string& path, const GltfDocument& document, GltfAccessors& accessors,
-              const std::vector<AffineMatrix>& worlds, MaterialTable& materials, LeftOut& leftOut)
+  GltfObjects(const std::string& path, const GltfDocument& document, GltfBuffers& buffers,
+              GltfAccessors& accessors, GltfBudget& budget, const std::vector<AffineMatrix>& worlds,
+              MaterialTable& materials, LeftOut& leftOut)
       : path_(path),
         document_(document),
+        buffers_(buffers),
         accessors_(accessors),
+        budget_(budget),
         worlds_(worlds),
         materials_(materials),
         leftOut_(leftOut) {}
@@ -43,26 +48,30 @@ class GltfObjects {
   RebuiltMesh Make(const GltfNode& node);
   void AddPrimitive(const GltfPrimitive& primitive, const std::string& place,
                     const Deformation& deformation, MeshBuilder& builder);
-  std::vector<AffineMatrix> JointMatrices(int skin);
+  const std::vector<AffineMatrix>& JointMatrices(int skin);
   void ReadDraco(const GltfPrimitive& primitive, const std::string& place);
-  std::vector<CornerIndices> Triangles(const GltfPrimitive& primitive, int positions,
+  std::vector<CornerIndices> Triangles(const GltfPrimitive& primitive, const std::string& place,
                                        std::size_t vertices);
   GltfPoints OfVertices(GltfPoints points, std::size_t vertices);
   GltfPoints TexturePoints(const GltfPrimitive& primitive, std::size_t vertices);
-  std::vector<Point3> Morphed(const GltfPrimitive& primitive, std::string_view attribute,
-                              const std::vector<Point3>& points, const Deformation& deformation);
+  std::vector<Point3> Morphed(const GltfPrimitive& primitive, const std::string& place,
+                              std::string_view attribute, const std::vector<Point3>& points,
+                              const Deformation& deformation);
   void Skin(const GltfPrimitive& primitive, const std::string& place,
             const Deformation& deformation, std::vector<Point3>& positions,
             std::vector<Point3>& normals);
 
   const std::string& path_;
   const GltfDocument& document_;
+  GltfBuffers& buffers_;
   GltfAccessors& accessors_;
+  GltfBudget& budget_;
   const std::vector<AffineMatrix>& worlds_;
   MaterialTable& materials_;
   LeftOut& leftOut_;
   /// By mesh, skin and weights.
   std::map<std::tuple<int, int, std::vector<float>>, NodeObject> objects_;
+  std::map<int, std::vector<AffineMatrix>> jointMatrices_;  // by skin
 };
 
 }  // namespace mapexport

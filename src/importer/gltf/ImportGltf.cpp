@@ -56,10 +56,11 @@ class Importer {
         result_(result),
         leftOut_(leftOut),
         placement_(FindWorldPlacement(SourceFormat::kGltf2, nullptr, options, result.remarks)),
-        buffers_(file, document_, result.sideFiles),
-        accessors_(path_, document_, buffers_),
-        materials_(MakeGltfMaterials(document_)),
-        objects_(path_, document_, accessors_, worlds_, materials_, leftOut) {}
+        budget_(path_),
+        buffers_(file, document_, budget_, result.sideFiles),
+        accessors_(path_, document_, buffers_, budget_),
+        materials_(MakeGltfMaterials(document_, budget_)),
+        objects_(path_, document_, buffers_, accessors_, budget_, worlds_, materials_, leftOut) {}
 
   void Run() {
     leftOut_.cameras = document_.cameras;
@@ -146,7 +147,11 @@ class Importer {
     if (isHidden && source.mesh != kNoGltfIndex) hidden_.push_back(node.name);
     if (!isHidden || !options_.skipHidden) {
       const UserText text = TextOf(source);
+      const std::size_t remarks = result_.remarks.size();
       text.AddRemarks(node.name, result_.remarks);
+      for (std::size_t i = remarks; i < result_.remarks.size(); ++i) {
+        TakeText(visit.node, result_.remarks[i].text.size() + node.name.size());
+      }
       node.userProperties = text.Text();
       NodeObject object = objects_.Find(source, node.name);
       node.object = object.object;
@@ -155,11 +160,16 @@ class Importer {
     }
     const std::vector<AffineMatrix> places = PlacesOf(source, visit.node);
     // The first place is the node's own, the others are of nodes like it below it.
+    TakeText(visit.node, places.size() * (node.name.size() + node.userProperties.size()));
     const int self = Add(visit.parent, visit.depth, places.front(), node);
     for (std::size_t i = 1; i < places.size(); ++i) Add(self, visit.depth + 1, places[i], node);
     for (std::size_t i = source.children.size(); i-- > 0;) {
       visits_.push_back({source.children[i], self, visit.depth + 1, isHidden});
     }
+  }
+
+  void TakeText(int node, std::size_t bytes) {
+    budget_.TakeText(bytes, fmt::format("nodes[{}]", node));
   }
 
   int Add(int parent, int depth, const AffineMatrix& world, const SceneNode& node) {
@@ -190,11 +200,11 @@ class Importer {
   LeftOut& leftOut_;
   WorldPlacement placement_;
   std::vector<AffineMatrix> worlds_;
+  GltfBudget budget_;
   GltfBuffers buffers_;
   GltfAccessors accessors_;
   MaterialTable materials_;
   GltfObjects objects_;
-  std::size_t instances_ = 0;
   std::vector<Visit> visits_;        // the next one at the back
   std::vector<SceneNode> nodes_;     // in pre-order
   std::vector<int> parents_;         // of these
@@ -212,7 +222,7 @@ std::vector<AffineMatrix> Importer::InstancesOf(const GltfNode& node, int index,
     if (attribute.name == "TRANSLATION")
       size = (translations = *accessors_.Points(attribute.index)).size();
     else if (attribute.name == "ROTATION")
-      size = (rotations = accessors_.Quadruples(attribute.index)).size();
+      size = (rotations = *accessors_.Quadruples(attribute.index)).size();
     else if (attribute.name == "SCALE")
       size = (scales = *accessors_.Points(attribute.index)).size();
     if (count != 0 && size != count) {
@@ -223,14 +233,7 @@ std::vector<AffineMatrix> Importer::InstancesOf(const GltfNode& node, int index,
     count = size;
   }
   // Each one becomes a node, and nodes may share their lists of instances.
-  constexpr std::size_t kFreeInstances = 65536;
-  instances_ += count;
-  if (instances_ > kFreeInstances + buffers_.Size()) {
-    RefuseFile(path_,
-               fmt::format("nodes[{}].extensions.EXT_mesh_gpu_instancing: {} instances, more "
-                           "than a file of this size can hold",
-                           index, instances_));
-  }
+  budget_.TakeNodes(count, fmt::format("nodes[{}].extensions.EXT_mesh_gpu_instancing", index));
   std::vector<AffineMatrix> places;
   for (std::size_t i = 0; i < count; ++i) {
     const Point3 t = translations.empty() ? Point3{} : translations[i];
