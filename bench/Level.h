@@ -1,4 +1,4 @@
-// Levels to measure with: seeded, with the proportions of real ones, in three sizes.
+// Levels to measure with: seeded, with the proportions of real ones, in four sizes.
 #pragma once
 
 #include <cstdint>
@@ -20,12 +20,13 @@ struct LevelSize {
   int blockers;  ///< "notrendered"
 };
 
-/// The sizes of all measurements. Welded at the initial distance, the middle one has just less than
-/// the 65,536 vertices that a model file can address.
-inline constexpr std::array<LevelSize, 3> kLevelSizes{{
+/// The sizes of all measurements. Welded at the initial distance, the second one has just less than
+/// the 65,536 vertices that a model file can address. The last one is measured only on demand.
+inline constexpr std::array<LevelSize, 4> kLevelSizes{{
     {"10k", 3, 5, 3, 1, 1},
     {"130k", 12, 48, 36, 10, 10},
     {"1M", 33, 370, 290, 80, 80},
+    {"10M", 104, 3700, 2900, 800, 800},
 }};
 
 std::optional<LevelSize> FindLevelSize(std::string_view name);

@@ -3,7 +3,7 @@
 //   make_level SIZE FOLDER [SEED]
 //
 // makes FOLDER/SIZE.scene.json, .obj with .mtl, and .glb. SIZE is one of Level.h's, or "box" for a
-// scene of twelve triangles (only .scene.json).
+// scene of twelve triangles. Of that and of levels of more than two million only .scene.json.
 #include <charconv>
 #include <cstdio>
 #include <exception>
@@ -45,7 +45,8 @@ void Make(const std::string& name, const std::string& folder, std::uint32_t seed
   const Scene scene = size ? MakeLevel(*size, seed) : BoxScene();
   WriteFile(path + ".scene.json", [&](std::ostream& out) { WriteSceneFile(scene, out); });
   WriteFile(path + ".scene.bin", [&](std::ostream& out) { WriteBinaryScene(scene, out); });
-  if (size) {
+  constexpr std::size_t kMostInAllFormats = 2'000'000;
+  if (size && TriangleCount(scene) <= kMostInAllFormats) {
     WriteFile(path + ".obj", [&](std::ostream& out) { WriteObj(scene, name + ".mtl", out); });
     WriteFile(path + ".mtl", [&](std::ostream& out) { WriteMtl(scene, out); });
     WriteFile(path + ".glb", [&](std::ostream& out) { WriteGlb(scene, out); });

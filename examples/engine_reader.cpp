@@ -1,5 +1,5 @@
 // How an engine reads a model file: makes a vertex buffer and an index buffer of each batch, and
-// prints how large they are and what the surface sets hold.
+// prints how large they are and what the surface sets hold, group by group.
 // engine_reader FILE
 #include <cstdio>
 #include <fstream>
@@ -74,7 +74,9 @@ int main(int argc, char** argv) {
 
   // Batches look their materials up, so those are put where an index finds them at once.
   const std::vector<reader::Material> materials(model.materials.begin(), model.materials.end());
+  // A large level is divided into many groups, each with indices into its own lists.
   for (const reader::Group& group : model.groups) {
+    std::printf("group %s\n", std::string(group.header.name).c_str());
     for (const reader::Batch& batch : group.batches) {
       const Buffers buffers = BuffersOf(group, batch);
       std::string look = "no material";

@@ -3,8 +3,10 @@
 # whole exports, and what other libraries and programs need for the same work in the same run.
 #
 #   bench.sh [--quick] [--renew]
+#   bench.sh --split
 #
 # --quick measures only the 130k level, with fewer repetitions: one minute instead of five.
+# --split measures only exports with --split beside those without, up to ten million triangles.
 # --renew puts the table into docs/performance.md. Results are in build/bench/results.
 set -euo pipefail
 unset CDPATH
@@ -17,6 +19,7 @@ repetitions=21
 long_repetitions=15 # what takes long, or is many
 runs=7
 report=()
+split=
 for argument in "$@"; do
   case $argument in
     --quick)
@@ -25,9 +28,10 @@ for argument in "$@"; do
       long_repetitions=3
       runs=3
       ;;
+    --split) split=1 ;;
     --renew) report=(--renew "$root/docs/performance.md") ;;
     *)
-      echo "usage: bench.sh [--quick] [--renew]" >&2
+      echo "usage: bench.sh [--quick] [--renew] | --split" >&2
       exit 2
       ;;
   esac
@@ -44,6 +48,9 @@ levels=build/bench/levels
 results=build/bench/results
 rm -rf -- "$levels" "$results"
 mkdir -p -- "$levels" "$results"
+if [[ -n $split ]]; then
+  exec python3 -B bench/measure_split.py build/bench/bin/mapexport "$programs/make_level" "$levels"
+fi
 
 # measure RESULT REPETITIONS PROGRAM ARGUMENT...: repetitions of different benchmarks take turns.
 measure() {

@@ -12,6 +12,7 @@
 #include "cli/OptionReading.h"
 #include "cli/OptionValues.h"
 #include "cli/SharedOptions.h"
+#include "modelreader/ModelFile.h"
 #include "output/OutputTarget.h"
 #include "system/RunError.h"
 
@@ -80,6 +81,15 @@ constexpr std::array kOptions{
                .help = "\"Texture Coordinates\"",
                .control = kTextureCoordinatesControl,
                .rows = kTextureModes},
+    OptionInfo{.name = "split",
+               .kind = kFlag,
+               .help = "divide a group with a list longer than 16-bit indices can address into "
+                       "groups NAME, NAME_2, ... whose lists fit; a loader must loop over the "
+                       "groups, and material indices are the file's"},
+    OptionInfo{.name = "longest-list",
+               .kind = kText,
+               .argument = "N",
+               .help = "3 to 65536: --split with lists of at most N entries"},
     OptionInfo{
         .name = "dialog",
         .kind = kFlag,
@@ -177,6 +187,18 @@ DialogAction ActionOf(const CommandLine& line, const OptionInfo& option, const s
   throw std::logic_error("a flag operates no control");
 }
 
+/// The most entries that a list may have, 0 for any number.
+std::uint32_t LongestList(const CommandLine& line) {
+  constexpr std::uint32_t kFaceVertices = 3;
+  constexpr auto kMost = static_cast<std::uint32_t>(kModelIndexLimit);
+  const std::optional<std::uint32_t> given = WholeValue(line, "longest-list");
+  if (!given) return line.Has("split") ? kMost : 0;
+  if (*given >= kFaceVertices && *given <= kMost) return *given;
+  throw UsageError(
+      fmt::format("--longest-list: {} is out of range ({} to {})", *given, kFaceVertices, kMost),
+      line.command);
+}
+
 }  // namespace
 
 std::span<const OptionInfo> ExportOptions() {
@@ -193,6 +215,7 @@ ExportArguments ReadExportArguments(const CommandLine& line) {
     arguments.actions.push_back(ActionOf(line, option, *value));
     if (option.control == kWeldControl) arguments.unweld = value == "off";
   }
+  arguments.longestList = LongestList(line);
   arguments.dialog = line.Has("dialog");
   arguments.settings = PathValue(line, "settings");
   arguments.fresh = line.Has("fresh");

@@ -17,6 +17,7 @@ struct ExportArguments {
   SceneSource scene;
   std::string output;
   std::vector<DialogAction> actions;  ///< in the order of the dialog's control table
+  std::uint32_t longestList = 0;      ///< most entries of a list of the output; 0: any number
   bool unweld = false;                ///< welding is to be switched off
   bool dialog = false;                ///< show the dialog to the user
   std::optional<std::string> settings;

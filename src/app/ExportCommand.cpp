@@ -98,16 +98,17 @@ ConsoleSystem::Options SystemOptions(const ExportRun& run, ExporterTalk& talk) {
   return options;
 }
 
-/// Lets the exporter write the scene to the file `name` of `folder`, as the host would.
-void CallExporter(const Scene& scene, const std::string& folder, const std::string& name,
-                  System& system, ExporterLog& log) {
+/// Lets the exporter write the scene to the file `name` of `folder`, as the host would, with lists
+/// of at most `longestList` entries, 0 for any number.
+void CallExporter(const Scene& scene, std::size_t longestList, const std::string& folder,
+                  const std::string& name, System& system, ExporterLog& log) {
   struct Installed {
     explicit Installed(System& system) { InstallSystem(&system); }
     ~Installed() { InstallSystem(nullptr); }
   };
   const Installed installed(system);
   const PluginLibrary library(PluginLibrary::Path());
-  HostScene host(scene);
+  HostScene host(scene, longestList);
   ExpInterface enumeration;
   const std::unique_ptr<SceneExport> exporter = library.CreateExporter();
   const std::string path = folder + name;
@@ -205,7 +206,7 @@ void Export(ExportRun& run) {
   ExporterTalk talk(run.messages, log, BoxesOf(run));
   ExportSystem system(SystemOptions(run, talk), settings, run.stages, log);
   run.stages.Begin("exporting");
-  CallExporter(loaded.scene, place.Folder(), givenName, system, log);
+  CallExporter(loaded.scene, arguments.longestList, place.Folder(), givenName, system, log);
   loaded.scene = {};  // free memory for the check
   const ExportSystem::Values values = system.DialogValues().value_or(ExportSystem::Values());
   AddCxp(values.cxp, run.inputs);

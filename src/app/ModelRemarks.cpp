@@ -34,8 +34,8 @@ ExitStatus WarnOfModel(std::span<const ModelProblem> problems, const ModelLength
   }
   for (const OverlongList& list : overlong) {
     messages.Warning("list-too-long",
-                     fmt::format("{}: {}{}", name, ToLine(list),
-                                 census == nullptr ? "" : Culprits(list, *census)));
+                     fmt::format("{}: {}{}; the export's --split divides the group", name,
+                                 ToLine(list), census == nullptr ? "" : Culprits(list, *census)));
   }
   return overlong.empty() ? ExitStatus::kDone : ExitStatus::kOverlongLists;
 }

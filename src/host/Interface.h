@@ -1,6 +1,8 @@
 // What the host offers an exporter during an export.
 #pragma once
 
+#include <cstddef>
+
 #include "host/INode.h"
 #include "host/Types.h"
 
@@ -16,6 +18,10 @@ class Interface {
   virtual INode* GetRootNode() const = 0;
   /// The host's main window, the owner of dialogs; null when the host has no window.
   virtual HWND GetMAXHWnd() const = 0;
+  /// The most entries that a list of a geometry group may have for the programs that read the
+  /// export: an exporter divides groups with longer lists. 0, unless a host says otherwise: any
+  /// number.
+  virtual std::size_t GetLongestList() const { return 0; }
 };
 
 /// The host's enumeration service for exporters. This exporter walks the node tree itself.

@@ -46,14 +46,16 @@ ModelSummary Summarise(const ModelFile& model) {
   return summary;
 }
 
-std::vector<KeywordUse> KeywordUses(const ModelGroup& group) {
+std::vector<KeywordUse> KeywordUses(std::span<const ModelGroup> groups) {
   std::vector<KeywordUse> uses;
   const auto count = [&](std::string_view keyword, const auto& has) {
     KeywordUse use{keyword, 0, 0};
-    for (const ModelSurfaceSet& set : group.surfaceSets) {
-      if (!has(set.flags)) continue;
-      ++use.sets;
-      use.faces += set.faces.size();
+    for (const ModelGroup& group : groups) {
+      for (const ModelSurfaceSet& set : group.surfaceSets) {
+        if (!has(set.flags)) continue;
+        ++use.sets;
+        use.faces += set.faces.size();
+      }
     }
     if (use.sets > 0) uses.push_back(use);
   };

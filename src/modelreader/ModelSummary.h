@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,8 +36,8 @@ struct ModelSummary {
 
 ModelSummary Summarise(const ModelFile& model);
 
-/// The use of each flag by the faces of `group`, in the order of the flags, then "none". A set with
-/// several flags counts for each. Unused flags are left out.
-std::vector<KeywordUse> KeywordUses(const ModelGroup& group);
+/// The use of each flag by the faces of the groups, in the order of the flags, then "none". A set
+/// with several flags counts for each. Unused flags are left out.
+std::vector<KeywordUse> KeywordUses(std::span<const ModelGroup> groups);
 
 }  // namespace mapexport

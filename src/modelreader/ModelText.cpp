@@ -2,6 +2,7 @@
 #include <limits>
 #include <numeric>
 #include <ostream>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -21,7 +22,7 @@ namespace {
 // What a table or page shows at most; then it says how many more there are.
 constexpr std::size_t kMaxRows = 40;
 constexpr std::size_t kMaxBatchRows = 10;
-constexpr std::size_t kMaxGroups = 20;
+constexpr std::size_t kMaxGroups = 4;  // in detail
 constexpr std::size_t kMaxNameColumns = 32;
 
 constexpr TextAlign kRight = TextAlign::kRight;
@@ -201,8 +202,8 @@ void WriteSurfaceSets(const ModelGroup& group, std::ostream& out) {
   WriteMore(group.surfaceSets.size(), shown, out);
 }
 
-void WriteKeywords(const ModelGroup& group, std::ostream& out) {
-  const std::vector<KeywordUse> uses = KeywordUses(group);
+void WriteKeywords(std::span<const ModelGroup> groups, std::ostream& out) {
+  const std::vector<KeywordUse> uses = KeywordUses(groups);
   if (uses.empty()) return;
   TextTable table({{"keyword"}, {"sets", kRight}, {"faces", kRight}});
   for (const KeywordUse& use : uses) {
@@ -228,7 +229,31 @@ void WriteGroup(std::size_t index, const ModelFile& model, std::ostream& out) {
   WriteLimits(group, model.layout, out);
   WriteBatches(group, model, out);
   WriteSurfaceSets(group, out);
-  WriteKeywords(group, out);
+  WriteKeywords({&group, 1}, out);
+}
+
+/// The groups side by side, and the sum of what is counted by keyword.
+void WriteGroups(const ModelFile& model, std::ostream& out) {
+  const bool isKob = model.layout == ModelLayout::kKob;
+  TextTable table({{"#", kRight},
+                   {"name"},
+                   {"batches", kRight},
+                   {"drawn triangles", kRight},
+                   {"undrawn", kRight},
+                   {"vertices", kRight},
+                   {isKob ? "faces" : "", kRight}});
+  const std::size_t shown = std::min(model.groups.size(), kMaxRows);
+  for (std::size_t i = 0; i < shown; ++i) {
+    const ModelGroup& group = model.groups[i];
+    table.AddRow({std::to_string(i), Name(group.header.name), std::to_string(group.batches.size()),
+                  std::to_string(Triangles(group)), std::to_string(group.planes.size()),
+                  Percent(group.vertices.size()), isKob ? Percent(group.faces.size()) : ""});
+  }
+  out << fmt::format("\nGroups, their lists in percent of the {} that 16-bit indices address\n",
+                     kModelIndexLimit);
+  table.Write(2, out);
+  WriteMore(model.groups.size(), shown, out);
+  WriteKeywords(model.groups, out);
 }
 
 /// The names of the materials with these indices, as many as fit into a line.
@@ -274,6 +299,7 @@ void WriteSummary(const ModelFile& model, std::ostream& out) {
 void WriteModelText(const ModelFile& model, std::ostream& out) {
   WriteSummary(model, out);
   if (!model.materials.empty()) WriteMaterials(model, out);
+  if (model.groups.size() > 1) WriteGroups(model, out);
   const std::size_t shown = std::min(model.groups.size(), kMaxGroups);
   for (std::size_t i = 0; i < shown; ++i) WriteGroup(i, model, out);
   if (model.groups.size() > shown) {

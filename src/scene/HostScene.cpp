@@ -199,7 +199,8 @@ struct HostScene::Content {
   std::vector<HostNode> nodes;  // the root first
 };
 
-HostScene::HostScene(const Scene& scene) : content_(std::make_unique<Content>()) {
+HostScene::HostScene(const Scene& scene, std::size_t longestList)
+    : content_(std::make_unique<Content>()), longestList_(longestList) {
   content_->materials.Build(scene.materials);
   content_->nodes = BuildNodes(scene.root, content_->materials);
 }
@@ -216,6 +217,10 @@ INode* HostScene::GetRootNode() const {
 
 HWND HostScene::GetMAXHWnd() const {
   return nullptr;
+}
+
+std::size_t HostScene::GetLongestList() const {
+  return longestList_;
 }
 
 }  // namespace mapexport

@@ -1,6 +1,7 @@
 // Shows a Scene to an exporter through the host's interfaces.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 
 #include "host/Interface.h"
@@ -13,7 +14,8 @@ namespace mapexport {
 /// Its indices must be in range. Everything is made once, by the constructor, without recursion.
 class HostScene : public Interface {
  public:
-  explicit HostScene(const Scene& scene);
+  /// `longestList` is the most entries that a list of the export may have; 0: any number.
+  explicit HostScene(const Scene& scene, std::size_t longestList = 0);
   HostScene(const HostScene&) = delete;
   HostScene& operator=(const HostScene&) = delete;
   ~HostScene() override;
@@ -21,10 +23,12 @@ class HostScene : public Interface {
   TimeValue GetTime() const override;
   INode* GetRootNode() const override;
   HWND GetMAXHWnd() const override;
+  std::size_t GetLongestList() const override;
 
  private:
   struct Content;
   std::unique_ptr<Content> content_;
+  std::size_t longestList_;
 };
 
 }  // namespace mapexport

@@ -168,7 +168,7 @@ def make_cases(program, tally):
     scene = {"transparent.scene.json": golden / "transparent.scene.json"}
     room = {name: models / name for name in ("room.obj", "room.mtl")}
     folder = tally.folder()
-    run_well(program, folder, ["export", *scene.values(), "model.kob", "--fresh"])
+    run_well(program, folder, ["export", *scene.values(), "model.kob", "--fresh", "--longest-list", "4"])
     model = {"model.kob": (folder / "model.kob").read_bytes()}
     shutil.rmtree(folder)
     export = ["export", "transparent.scene.json", "out.kob", "--settings", "set.reg", "--cxp",
@@ -180,7 +180,8 @@ def make_cases(program, tally):
              settings="set.reg", report="out.json", existing=True),
         Case("export to a new output", export, scene, ["out.kob", "out.d"], settings="set.reg",
              report="out.json"),
-        Case("export of .obj", ["export", "room.obj", "out.qob", "--fresh", "--seed", "1", "--quiet"],
+        Case("export of .obj", ["export", "room.obj", "out.qob", "--fresh", "--seed", "1", "--quiet",
+                                "--longest-list", "12"],
              room, ["out.qob"], existing=True, reader=True),
         Case("export of .gltf", ["export", "room.gltf", "out.qob", "--fresh", "--seed", "1",
                                  "--quiet"],

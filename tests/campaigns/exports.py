@@ -8,13 +8,13 @@ SANITIZERS = {"ASAN_OPTIONS": f"exitcode={SANITIZER_STATUS}:detect_leaks=0",
               "UBSAN_OPTIONS": f"exitcode={SANITIZER_STATUS}:print_stacktrace=1"}
 
 
-def fault_of_export(program, folder, scene):
+def fault_of_export(program, folder, scene, *options):
     """Exports `scene` and looks at what came out: what is wrong, and how it ended."""
     log = folder.parent / f"{folder.name}.sanitizer"
     before = {path.name for path in folder.iterdir()} | {"ExportDebug.txt"}
     # The process that reads has no standard streams; a sanitizer's report there goes to a file.
     outcome = run(program, folder, ["export", scene, "out.kob", "--seed", "0", "--quiet",
-                                    "--read-limit", READ_SECONDS, "--fresh"],
+                                    "--read-limit", READ_SECONDS, "--fresh", *options],
                   {name: f"{value}:log_path='{log}'" for name, value in SANITIZERS.items()})
     left = {path.name for path in folder.iterdir()} - before
     fault = messages_fault(outcome, (0, 1, 4)) or own_frames(log)

@@ -86,7 +86,9 @@ def run(tally, what, program, numbers, seed):
         kind = kinds[i % len(kinds)]
         folder = tally.folder()
         scene = make_copy(folder, rng.choice(sources[kind]), rng)
-        fault, _ = fault_of_export(program, folder, scene.name)
+        # Some into files of many groups.
+        split = ["--longest-list", rng.randint(3, 60)] if rng.random() < 0.5 else []
+        fault, _ = fault_of_export(program, folder, scene.name, *split)
         tally.add(what, folder, fault, f"{kind}, --only {i}")
 
     in_parallel(attempt, numbers)

@@ -1,6 +1,6 @@
 // Any scene with any options through the whole exporter, to both layouts.
 //
-// What is written must be sound and hold what was counted.
+// What is written must be sound and hold what was counted, also when it is divided into groups.
 // The exporter writes into the current folder, which becomes one of the program's own: paths on
 // the command line must be absolute.
 
@@ -20,6 +20,7 @@
 #include "fuzz/FuzzScene.h"
 #include "fuzz/ReadersAgree.h"
 #include "modelreader/OverlongLists.h"
+#include "reference/LiteralSplit.h"
 #include "scene/HostScene.h"
 #include "support/TempFolder.h"
 #include "support/TestSystem.h"
@@ -57,7 +58,8 @@ struct Exported {
 };
 
 /// As the host does it, the dialog included.
-Exported Export(const Scene& scene, const Options& options, const char* file) {
+Exported Export(const Scene& scene, const Options& options, const char* file,
+                std::size_t longestList = 0) {
   TestSystem system;
   ProcessState& state = State();
   state.options = ExportOptions();
@@ -72,7 +74,7 @@ Exported Export(const Scene& scene, const Options& options, const char* file) {
     system.controls[kVoxelSizeEdit].text = TextOf(options.voxelSize);
     system.controls[kCxpFilenameEdit].text = options.cxp ? "textures.cxp" : "NONE";
   };
-  HostScene host(scene);
+  HostScene host(scene, longestList);
   MapExporter exporter;
   exporter.DoExport(file, nullptr, &host, true);
   Require(!system.messageBoxes.empty() && system.messageBoxes.back().title == "Text Scene Export",
@@ -88,8 +90,24 @@ ModelReadResult ReadSound(const Exported& exported, ModelLayout layout) {
   for (const ModelProblem& problem : read.problems) {
     Require(problem.severity == ModelSeverity::kWarning, ToLine(problem));
   }
-  Require(read.model.groups.size() == 1, "there is one group");
   return read;
+}
+
+/// A file that is divided into groups has the same faces as one that is not, in shorter lists.
+void CheckParts(const Exported& whole, const Exported& parts, std::size_t longest,
+                ModelLayout layout) {
+  const ModelReadResult one = ReadSound(whole, layout);
+  const ModelReadResult many = ReadSound(parts, layout);
+  Require(whole.results == parts.results, "what is counted is not divided");
+  for (const GroupLengths& group : many.lengths.groups) {
+    Require(std::max({group.vertices, group.collisionPoints, group.faces}) <= longest,
+            "the group's lists fit");
+    for (const BatchLengths& batch : group.batches) {
+      Require(batch.corners <= longest, "the batch's corners fit");
+    }
+  }
+  if (!OverlongLists(one.lengths).empty()) return;
+  Require(literal::FacesOf(one.model) == literal::FacesOf(many.model), "every face is there once");
 }
 
 std::size_t BatchFaces(const ModelGroup& group) {
@@ -101,6 +119,7 @@ std::size_t BatchFaces(const ModelGroup& group) {
 void CheckCounts(const Exported& first, const Exported& second) {
   const ModelReadResult qob = ReadSound(first, ModelLayout::kQob);
   const ModelReadResult kob = ReadSound(second, ModelLayout::kKob);
+  Require(qob.model.groups.size() == 1 && kob.model.groups.size() == 1, "there is one group");
   const ModelGroup& drawn = qob.model.groups[0];
   const ModelGroup& group = kob.model.groups[0];
   Require(qob.model.materials.size() == kob.model.materials.size(),
@@ -146,6 +165,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Exported qob = Export(scene, options, "fuzz.qob");
   const Exported kob = Export(scene, options, "fuzz.kob");
   CheckCounts(qob, kob);
+  const std::size_t longest = 3 + options.seed % 61;
+  CheckParts(qob, Export(scene, options, "parts.qob", longest), longest, ModelLayout::kQob);
+  CheckParts(kob, Export(scene, options, "parts.kob", longest), longest, ModelLayout::kKob);
   if (options.seed % 8 == 0) {
     Require(Export(scene, options, "fuzz.kob").bytes == kob.bytes, "the same bytes once more");
   }

@@ -1,4 +1,5 @@
-// The colours of faces: those of the file, or colours that separate materials, batches or flags.
+// The colours of faces: those of the file, or colours that separate materials, batches, flags or
+// groups.
 
 /** [r, g, b], each 0 to 255. */
 function fromHsl(hue, saturation, lightness) {
@@ -56,6 +57,7 @@ export function colouringsOf(model) {
     name: 'Texture coordinates',
     hint: 'a checkered texture, a tile per unit',
   });
+  if (model.groups.length > 1) list.push({ id: 'group', name: 'Groups', hint: 'a colour each' });
   return list;
 }
 
@@ -73,6 +75,10 @@ export function firstColouring(model) {
 
 /** The colour that a colouring gives to a whole thing; null when its parts have different ones. */
 export function swatchOf(model, colouring, kind, thing) {
+  if (colouring === 'group') {
+    if (kind === 'group') return distinct(thing.id);
+    return kind === 'material' ? null : distinct(thing.group);
+  }
   if (kind === 'material') {
     if (colouring === 'diffuse') return thing.diffuse ? diffuseOf(thing) : null;
     if (colouring === 'material') return distinct(thing.id);

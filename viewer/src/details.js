@@ -1,7 +1,8 @@
 // The text about the selection.
 import { keywordsOf } from './colours.js';
 import { cornersOf, planeOf, pointsOf } from './faces.js';
-import { materialName } from './tables.js';
+import { limitsOfGroup, shareOf } from './limits.js';
+import { materialName, trianglesOf } from './tables.js';
 import { countedAs, element, named, point, rounded, visible } from './text.js';
 
 /** A <dl>; rows without a value are left out. */
@@ -27,6 +28,7 @@ function faceDetails(model, faces, { faceKind, entry }, choose) {
   const points = pointsOf(model, faceKind, own, entry);
   const batch = model.batches[own.batch[entry]] ?? null;
   const set = model.sets[own.set[entry]] ?? null;
+  const group = model.groups[own.group[entry]];
   const material = batch && (model.materials[batch.material] ?? { id: -1 });
   return list([
     ['Face', batch ? `${own.face[entry]} of batch ${batch.label}` : 'not drawn, collision only'],
@@ -47,6 +49,10 @@ function faceDetails(model, faces, { faceKind, entry }, choose) {
         ),
     ],
     ['Flags', set && flagWords(model, set)],
+    [
+      'Group',
+      model.groups.length > 1 ? link(visible(group.name), () => choose('group', group)) : null,
+    ],
     ['Normal', point(plane.subarray(0, 3))],
     ['Plane d', rounded(plane[3])],
     ...vertices.map((index) => [
@@ -101,6 +107,14 @@ function setDetails(model, set) {
   ]);
 }
 
+function groupDetails(model, group) {
+  return list([
+    ['Group', named(group.name)],
+    ['Drawn', countedAs(trianglesOf(group), 'triangle', 'triangles')],
+    ...limitsOfGroup(model, group).map(({ name, count }) => [name, shareOf(model, count)]),
+  ]);
+}
+
 /** The details of `choice`, null for none; its links call `choose(kind, thing)`. */
 export function detailsOf(model, faces, choice, choose) {
   switch (choice?.kind) {
@@ -112,6 +126,8 @@ export function detailsOf(model, faces, choice, choose) {
       return batchDetails(model, choice.thing, choose);
     case 'set':
       return setDetails(model, choice.thing);
+    case 'group':
+      return groupDetails(model, choice.thing);
     default:
       return element('p', {}, 'Click a face in the picture, or a row of a table.');
   }
@@ -138,6 +154,8 @@ export function lineOf(model, faces, choice) {
       const name = choice.thing.name === 'NONE' ? '' : ` ${visible(choice.thing.name)}`;
       return `Surface set ${choice.thing.label}${name}: ${flagWords(model, choice.thing)}`;
     }
+    case 'group':
+      return `Group: ${visible(choice.thing.name)}`;
     default:
       return '';
   }

@@ -48,9 +48,25 @@ export function limitsOf(model) {
   ]);
 }
 
+/** The same of one group. */
+export const limitsOfGroup = (model, group) =>
+  limitsOf({ ...model, groups: [group], batches: group.batches });
+
+/** The limit of which most is used. */
+export const fullestOf = (limits) =>
+  limits.reduce((fullest, limit) => (limit.count > fullest.count ? limit : fullest));
+
 function percentage(share) {
   if (share > 0 && share < 0.001) return 'below 0.1 %';
   return `${(100 * share).toFixed(1)} %`;
+}
+
+/** "1,000 of 65,536 (1.5 %)" */
+export function shareOf(model, count) {
+  const excess = count - model.indexLimit;
+  return `${counted(count)} of ${counted(model.indexLimit)} (${percentage(
+    count / model.indexLimit,
+  )})${excess > 0 ? `, ${counted(excess)} too many` : ''}`;
 }
 
 /** A bar for each limit. */
@@ -58,9 +74,7 @@ export function limitBars(model) {
   return limitsOf(model).map(({ name, count }) => {
     const share = count / model.indexLimit;
     const over = count > model.indexLimit;
-    const value = `${counted(count)} of ${counted(model.indexLimit)} (${percentage(share)})${
-      over ? `, ${counted(count - model.indexLimit)} too many` : ''
-    }`;
+    const value = shareOf(model, count);
     const fill = element('div', { className: 'fill' });
     fill.style.width = `${100 * Math.min(1, share)}%`;
     return element(

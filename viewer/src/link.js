@@ -1,5 +1,6 @@
 // What is chosen, as the part of the page's address behind "#", so that a link can show it:
-//   #material=3   #batch=12   #batch=12&face=7   #set=1   #face=231 (of the face table) &group=0
+//   #material=3   #batch=12   #batch=12&face=7   #set=1   #group=2   #face=231&group=2 (of the face
+//   table)
 
 /** The selection that `hash` names; null when the model does not have it. */
 export function choiceOfHash(hash, model, materials, faces) {
@@ -12,7 +13,12 @@ export function choiceOfHash(hash, model, materials, faces) {
   };
   const face = number('face');
   if (face === null) {
-    return find('material', materials) ?? find('batch', model.batches) ?? find('set', model.sets);
+    return (
+      find('material', materials) ??
+      find('batch', model.batches) ??
+      find('set', model.sets) ??
+      find('group', model.groups)
+    );
   }
   const batch = number('batch');
   if (batch !== null) {

@@ -83,11 +83,9 @@ function entriesOf(choice) {
     return entries;
   };
   const { id } = choice.thing;
-  if (choice.kind === 'set') {
-    return {
-      drawn: where(drawn, (entry) => drawn.set[entry] === id),
-      undrawn: where(undrawn, (entry) => undrawn.set[entry] === id),
-    };
+  if (choice.kind === 'set' || choice.kind === 'group') {
+    const own = (list) => where(list, (entry) => list[choice.kind][entry] === id);
+    return { drawn: own(drawn), undrawn: own(undrawn) };
   }
   if (choice.kind === 'batch')
     return { ...none, drawn: where(drawn, (entry) => drawn.batch[entry] === id) };
@@ -114,7 +112,7 @@ function choose(choice) {
   const same = choice && choice.kind !== 'face' && state.choice?.thing === choice.thing;
   state.choice = same ? null : choice; // a second click on a row deselects it
   const now = state.choice;
-  const ofFace = { material: null, batch: null, set: null };
+  const ofFace = { material: null, batch: null, set: null, group: null };
   if (now?.kind === 'face') {
     const own = faces[now.faceKind];
     if (now.faceKind === 'drawn') {
@@ -122,6 +120,7 @@ function choose(choice) {
       ofFace.material = model.batches[ofFace.batch].material;
     }
     ofFace.set = own.set[now.entry];
+    ofFace.group = own.group[now.entry];
   }
   for (const [kind, table] of Object.entries(tables)) {
     table.mark(now?.kind === kind ? now.thing.id : null, ofFace[kind]);

@@ -150,6 +150,7 @@ export function readModel(bytes) {
   };
   model.batches = flatten(model.groups, 'batches');
   model.sets = flatten(model.groups, 'sets');
+  model.groups.forEach((group, id) => Object.assign(group, { id, label: `${id}` }));
   return model;
 }
 

@@ -1,5 +1,6 @@
-// The tables of materials, batches and surface sets.
+// The tables of materials, batches, surface sets and groups.
 import { keywordsOf } from './colours.js';
+import { fullestOf, limitsOfGroup } from './limits.js';
 import { ThingTable } from './table.js';
 import { counted, element, visible } from './text.js';
 
@@ -97,6 +98,31 @@ function setTable(model, choose) {
   );
 }
 
+/** The drawn triangles of a group. */
+export const trianglesOf = (group) =>
+  group.batches.reduce((sum, batch) => sum + batch.faceCount, 0);
+
+function groupTable(model, choose) {
+  return new ThingTable(
+    {
+      id: 'groups',
+      title: 'Groups',
+      things: model.groups,
+      open: true,
+      columns: [
+        {
+          title: 'Group',
+          cell: (group) => visible(group.name) || '(no name)',
+          key: (group) => group.id,
+        },
+        number('Triangles', trianglesOf),
+        number('Longest list', (group) => fullestOf(limitsOfGroup(model, group)).count),
+      ],
+    },
+    choose,
+  );
+}
+
 /** The tables of a model, by kind of thing; a row calls `choose(kind, thing)`. */
 export function makeTables(model, materials, choose) {
   const tables = {
@@ -104,5 +130,8 @@ export function makeTables(model, materials, choose) {
     batch: batchTable(model, (thing) => choose('batch', thing)),
   };
   if (model.hasFaceTable) tables.set = setTable(model, (thing) => choose('set', thing));
+  if (model.groups.length > 1) {
+    tables.group = groupTable(model, (thing) => choose('group', thing));
+  }
   return tables;
 }

@@ -1,6 +1,7 @@
 #include "exporter/plugin/CurrentExport.h"
 
 #include "exporter/base/ProcessState.h"
+#include "exporter/base/StopWatch.h"
 #include "exporter/geometry/CleanVertexAttributes.h"
 #include "exporter/geometry/CollisionLists.h"
 #include "exporter/geometry/ConvertCoordinates.h"
@@ -52,6 +53,21 @@ void DuplicateTwoSidedFaces(GeometryGroup& group) {
 
 void CleanVertexAttributes(GeometryGroup& group) {
   CleanVertexAttributes(group, State().voxelCellSize);
+}
+
+GroupParts SplitGroup(GeometryGroup& group, bool hasFaceTable) {
+  const ProcessState& state = State();
+  const Interface* const host = state.currentInterface;
+  const std::size_t longest = host == nullptr ? 0 : host->GetLongestList();
+  if (longest == 0) return {};
+  MergeCollisionLists(group);
+  StopWatch watch;
+  watch.Start();
+  GroupParts parts =
+      SplitGroup(group, VoxelGrid(group, state.options.geometryVoxelSize), {longest, hasFaceTable});
+  watch.Stop();
+  watch.Report("\t\tSplitGroup()");
+  return parts;
 }
 
 void WriteQobRecord(GeometryGroup& group, BinaryWriter& out) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "exporter/geometry/GroupList.h"
+#include "exporter/geometry/SplitGroup.h"
 #include "exporter/modelwriter/BinaryWriter.h"
 #include "host/INode.h"
 
@@ -26,6 +27,10 @@ void GatherNode(GroupList& groupList, GeometryGroup& group, INode& node);
 void DuplicateTwoSidedFaces(GeometryGroup& group);
 /// By the cell size of the voxel grid built last.
 void CleanVertexAttributes(GeometryGroup& group);
+
+/// By the longest list that the host wants and the options' voxel size. `hasFaceTable`: for the
+/// second layout. Draws all faces of a group that the host may want divided.
+GroupParts SplitGroup(GeometryGroup& group, bool hasFaceTable);
 
 /// Draws all faces: builds the voxel partition and the render batches by the options' voxel size,
 /// the random generator and the current scene's materials, then writes the QOB group record. The
