@@ -19,9 +19,13 @@ PartMaker::PartMaker(const GeometryGroup& group)
     : group_(group),
       vertices_(group.vertices.size()),
       attributes_(group.attributes.size()),
-      sets_(group.surfaceSets.size()) {}
+      sets_(group.surfaceSets.size()) {
+  part_.boundsMin = group.boundsMin;
+  part_.boundsMax = group.boundsMax;
+  part_.nodeCounter = group.nodeCounter;
+}
 
-GeometryGroup PartMaker::Make(std::span<const std::uint32_t> faces) {
+void PartMaker::UseLists(std::span<const std::uint32_t> faces) {
   for (PartIndices* indices : {&vertices_, &attributes_, &sets_}) indices->Clear();
   for (std::size_t i = 0; i < faces.size(); ++i) {
     FetchAhead(group_.faces, faces, i);
@@ -34,25 +38,31 @@ GeometryGroup PartMaker::Make(std::span<const std::uint32_t> faces) {
     if (group_.surfaceSets[s].faces.empty()) sets_.Use(s);
   }
   isFirst_ = false;
+}
 
-  GeometryGroup part;
-  part.name = group_.name;
-  part.boundsMin = group_.boundsMin;
-  part.boundsMax = group_.boundsMax;
-  part.nodeCounter = group_.nodeCounter;
+void PartMaker::CopyLists() {
+  part_.surfaceSets.clear();
   for (const std::uint32_t s : sets_.Number()) {
-    SurfaceSet& set = part.surfaceSets.emplace_back();
+    SurfaceSet& set = part_.surfaceSets.emplace_back();
     set.name = group_.surfaceSets[s].name;
     set.flags = group_.surfaceSets[s].flags;
     set.smoothing = group_.surfaceSets[s].smoothing;
   }
-  const std::span<const std::uint32_t> vertices = vertices_.Number();
-  part.vertices.Reserve(vertices.size());
-  for (const std::uint32_t v : vertices) part.vertices.Append(group_.vertices[v]);
-  const std::span<const std::uint32_t> attributes = attributes_.Number();
-  part.attributes.Reserve(attributes.size());
-  for (const std::uint32_t a : attributes) part.attributes.Append(group_.attributes[a]);
-  part.faces.Reserve(faces.size());
+  part_.vertices.Clear();
+  for (const std::uint32_t v : vertices_.Number()) part_.vertices.Append(group_.vertices[v]);
+  part_.attributes.Clear();
+  for (const std::uint32_t a : attributes_.Number()) part_.attributes.Append(group_.attributes[a]);
+}
+
+GeometryGroup& PartMaker::Make(std::span<const std::uint32_t> faces) {
+  UseLists(faces);
+  CopyLists();
+  part_.name = group_.name;
+  part_.batches = {};
+  part_.collisionPoints.clear();
+  part_.collisionPlanes.clear();
+  part_.faces.Clear();
+  part_.faces.Reserve(faces.size());
   for (std::uint32_t i = 0; i < faces.size(); ++i) {
     FetchAhead(group_.faces, faces, i);
     GroupFace face = group_.faces[faces[i]];
@@ -60,12 +70,12 @@ GeometryGroup PartMaker::Make(std::span<const std::uint32_t> faces) {
     for (std::uint32_t& a : face.a) a = attributes_.Of(a);
     const std::uint32_t set = sets_.Of(static_cast<std::uint32_t>(face.surfaceSet));
     face.surfaceSet = static_cast<std::int32_t>(set);
-    part.surfaceSets[set].faces.Append(i);
-    part.faces.Append(face);
+    part_.surfaceSets[set].faces.Append(i);
+    part_.faces.Append(face);
   }
-  part.vertexCounter = static_cast<std::uint32_t>(part.vertices.size());
-  part.faceCounter = static_cast<std::uint32_t>(part.faces.size());
-  return part;
+  part_.vertexCounter = static_cast<std::uint32_t>(part_.vertices.size());
+  part_.faceCounter = static_cast<std::uint32_t>(part_.faces.size());
+  return part_;
 }
 
 }  // namespace mapexport

@@ -39,13 +39,18 @@ class PartMaker {
   /// `group` stays as it is, with every face in the list of its surface set.
   explicit PartMaker(const GeometryGroup& group);
 
-  /// A group of these faces, given in ascending order, with the vertices, attributes and surface
-  /// sets that they use, all in the order of the group, bit by bit. The first part also gets the
-  /// sets that have no face. It has the group's name and bounds, and so its voxel grid.
-  GeometryGroup Make(std::span<const std::uint32_t> faces);
+  /// The next part: a group of these faces, given in ascending order, with the vertices, attributes
+  /// and surface sets that they use, all in the order of the group, bit by bit. The first part also
+  /// gets the sets that have no face. It has the group's name and bounds, and so its voxel grid.
+  /// Valid until the next part, which reuses its memory.
+  GeometryGroup& Make(std::span<const std::uint32_t> faces);
 
  private:
+  void UseLists(std::span<const std::uint32_t> faces);
+  void CopyLists();
+
   const GeometryGroup& group_;
+  GeometryGroup part_;
   bool isFirst_ = true;
   PartIndices vertices_;
   PartIndices attributes_;

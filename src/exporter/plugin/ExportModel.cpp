@@ -43,7 +43,7 @@ void WriteParts(const GeometryGroup& group, const GroupParts& parts, PartNames& 
                 WriteGroup* writeGroup, BinaryWriter& out) {
   PartMaker maker(group);
   for (std::size_t i = 0; i < parts.Count(); ++i) {
-    GeometryGroup part = maker.Make(parts.FacesOf(i));
+    GeometryGroup& part = maker.Make(parts.FacesOf(i));
     part.name = names.NameOf(group.name, i);
     writeGroup(part, out);
   }
