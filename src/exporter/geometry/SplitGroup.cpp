@@ -4,6 +4,9 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
+#include <optional>
+#include <tuple>
 #include <utility>
 
 #include "exporter/geometry/FaceFlags.h"
@@ -34,12 +37,6 @@ float MiddleOf(float a, float b, float c) {
   return std::isnan(middle) ? 0.0f : std::clamp(middle, -kMost, kMost);
 }
 
-/// A face and the middle of its bounds, which its reversed copy shares.
-struct CentredFace {
-  std::uint32_t face;
-  Point3 centre;
-};
-
 /// How long the lists of some faces are.
 struct PartLengths {
   std::size_t faces = 0;
@@ -60,43 +57,43 @@ class GroupSplitter {
   }
 
   GroupParts Split() {
-    PlaceFaces();
-    const PartLengths lengths = LengthsOf(placed_);
+    parts_.faces.resize(group_.faces.size());
+    std::iota(parts_.faces.begin(), parts_.faces.end(), 0u);
+    const PartLengths lengths = LengthsOf(parts_.faces);
     // The first layout has the vertices that no face uses, too.
     const bool fits = limit_.hasFaceTable || group_.vertices.size() <= limit_.longest;
     if (fits && Fits(lengths)) return {};
-    partOf_.resize(placed_.size());
-    Divide(placed_, lengths, std::numeric_limits<std::size_t>::max());
-    placed_ = {};  // free memory for the lists
-    return ListParts();
+    FindCentres();
+    keys_.resize(group_.faces.size());
+    after_.resize(group_.faces.size());
+    parts_.starts.push_back(0);
+    Divide(parts_.faces, lengths, std::numeric_limits<std::size_t>::max());
+    return std::move(parts_);
   }
 
  private:
-  using Faces = std::span<CentredFace>;
+  /// Faces that follow each other in the list of all parts, in ascending order.
+  using Faces = std::span<std::uint32_t>;
 
-  void PlaceFaces() {
-    placed_.reserve(group_.faces.size());
-    for (std::uint32_t f = 0; f < group_.faces.size(); ++f) {
-      const auto& v = group_.faces[f].v;
-      const Point3& a = group_.vertices[v[0]];
-      const Point3& b = group_.vertices[v[1]];
-      const Point3& c = group_.vertices[v[2]];
-      placed_.push_back(
-          {f, {MiddleOf(a.x, b.x, c.x), MiddleOf(a.y, b.y, c.y), MiddleOf(a.z, b.z, c.z)}});
+  void FindCentres() {
+    centres_.reserve(group_.faces.size());
+    for (const GroupFace& face : group_.faces) {
+      const Point3& a = group_.vertices[face.v[0]];
+      const Point3& b = group_.vertices[face.v[1]];
+      const Point3& c = group_.vertices[face.v[2]];
+      centres_.push_back(
+          {MiddleOf(a.x, b.x, c.x), MiddleOf(a.y, b.y, c.y), MiddleOf(a.z, b.z, c.z)});
     }
   }
 
   /// A batch has one corner per vertex, unless a face has a vertex twice, with other attributes:
   /// such a vertex counts twice.
-  PartLengths LengthsOf(std::span<const CentredFace> faces) {
+  PartLengths LengthsOf(std::span<const std::uint32_t> faces) {
     PartLengths lengths{faces.size()};
     ++stamp_;
     for (std::size_t i = 0; i < faces.size(); ++i) {
-      constexpr std::size_t kAhead = 12;
-      if (i + kAhead < faces.size()) {
-        __builtin_prefetch(group_.faces.data() + faces[i + kAhead].face);
-      }
-      const GroupFace& face = group_.faces[faces[i].face];
+      FetchAhead(group_.faces, faces, i);
+      const GroupFace& face = group_.faces[faces[i]];
       const bool undrawn = isUndrawn_[static_cast<std::size_t>(face.surfaceSet)];
       std::vector<std::uint32_t>& seen = undrawn ? seenPoints_ : seen_;
       std::size_t& count = undrawn ? lengths.points : lengths.vertices;
@@ -127,8 +124,7 @@ class GroupSplitter {
   /// `allotted` is the number of parts that the cuts around these faces were made for.
   void Divide(Faces faces, const PartLengths& lengths, std::size_t allotted) {
     if (Fits(lengths) || faces.size() == 1) {
-      for (const CentredFace& placed : faces) partOf_[placed.face] = partCount_;
-      ++partCount_;
+      parts_.starts.push_back(parts_.starts.back() + static_cast<std::uint32_t>(faces.size()));
       return;
     }
     const std::size_t demanded = PartsFor(lengths);
@@ -139,89 +135,130 @@ class GroupSplitter {
     Divide(faces.subspan(cut), LengthsOf(faces.subspan(cut)), parts - before);
   }
 
-  /// Sorts the faces of the first `before` of the parts before those of the other `after`, and
+  /// Where some faces are cut.
+  struct CutRange {
+    std::size_t least;
+    std::size_t exact;
+    std::size_t most;
+
+    /// The nearer of two places around the exact one, if it is allowed, else the other.
+    std::optional<std::size_t> Nearer(std::size_t low, std::size_t high) const {
+      if (high - exact < exact - low) std::swap(low, high);
+      for (const std::size_t place : {low, high}) {
+        if (place >= least && place <= most) return place;
+      }
+      return std::nullopt;
+    }
+  };
+
+  CutRange RangeOf(std::size_t count, std::size_t before, std::size_t after) const {
+    const double share = static_cast<double>(before) / static_cast<double>(before + after);
+    const std::size_t exact = std::clamp<std::size_t>(
+        static_cast<std::size_t>(share * static_cast<double>(count)), 1, count - 1);
+    CutRange range{exact - std::min(exact - 1, count / kNearby), exact,
+                   std::min(count - 1, exact + count / kNearby)};
+    if (limit_.hasFaceTable) {  // neither side may get more faces than its parts can hold
+      range.least = std::max(range.least, count - std::min(count, after * limit_.longest));
+      range.most = std::min(range.most, before * limit_.longest);
+    }
+    return range;
+  }
+
+  /// Moves the faces for the first `before` of the parts before those for the other `after`, and
   /// returns their number.
   std::size_t Cut(Faces faces, std::size_t before, std::size_t after) {
+    const CutRange range = RangeOf(faces.size(), before, after);
     const std::size_t axis = LongestAxis(faces);
-    // Along the axis, then along the other two, so that only faces in one place are equal.
-    const auto key = [axis](const CentredFace& placed) {
-      return std::array{CoordinateOf(placed.centre, axis),
-                        CoordinateOf(placed.centre, (axis + 1) % 3),
-                        CoordinateOf(placed.centre, (axis + 2) % 3)};
-    };
-    const auto sortAt = [&](std::size_t place) {
-      std::ranges::nth_element(
-          faces, faces.begin() + static_cast<std::ptrdiff_t>(place), {},
-          [&](const CentredFace& placed) { return std::pair(key(placed), placed.face); });
-    };
-    const std::size_t count = faces.size();
-    const std::size_t exact = std::clamp<std::size_t>(
-        static_cast<std::size_t>(static_cast<double>(count) * static_cast<double>(before) /
-                                 static_cast<double>(before + after)),
-        1, count - 1);
-    std::size_t least = std::max<std::size_t>(1, exact - std::min(exact, count / kNearby));
-    std::size_t most = std::min(count - 1, exact + count / kNearby);
-    if (limit_.hasFaceTable) {  // neither side may get more faces than its parts can hold
-      least = std::max(least, count - std::min(count, after * limit_.longest));
-      most = std::min(most, before * limit_.longest);
-    }
+    const std::span<float> keys = std::span(keys_).first(faces.size());
+    std::ranges::transform(faces, keys.begin(),
+                           [&](std::uint32_t f) { return CoordinateOf(centres_[f], axis); });
+    const auto exact = keys.begin() + static_cast<std::ptrdiff_t>(range.exact);
+    std::ranges::nth_element(keys, exact);
+    const float middle = *exact;
 
-    sortAt(exact);
-    const std::array<float, 3> middle = key(faces[exact]);
-    const std::int32_t cell = grid_.CellOf(faces[exact].centre)[axis];
-    // How many faces lie before the voxel plane and up to the next one, and before the face at the
-    // exact place and up to the last one that is in the same place.
-    std::array<std::size_t, 2> planes{};
-    std::array<std::size_t, 2> equals{};
-    for (const CentredFace& placed : faces) {
-      const std::int32_t own = grid_.CellOf(placed.centre)[axis];
-      planes[0] += own < cell;
-      planes[1] += own <= cell;
-      equals[0] += key(placed) < middle;
-      equals[1] += key(placed) <= middle;
+    const std::int32_t cell = grid_.CellOf(middle, axis);
+    std::size_t low = 0;   // faces before the voxel plane
+    std::size_t high = 0;  // and before the next one
+    for (const float key : keys) {
+      const std::int32_t own = grid_.CellOf(key, axis);
+      low += own < cell;
+      high += own <= cell;
     }
-    for (std::array<std::size_t, 2>* places : {&planes, &equals}) {
-      auto& [first, second] = *places;
-      if (second - exact < exact - first) std::swap(first, second);
-      for (const std::size_t place : *places) {
-        if (place < least || place > most) continue;
-        sortAt(place);
-        return place;
-      }
+    if (const std::optional<std::size_t> place = range.Nearer(low, high)) {
+      const std::int32_t end = *place == low ? cell : cell + 1;
+      return MoveBefore(faces, [&](std::uint32_t f) {
+        return grid_.CellOf(CoordinateOf(centres_[f], axis), axis) < end;
+      });
     }
-    return exact;
+    return CutAtFace(faces, axis, middle, range);
   }
 
-  static std::size_t LongestAxis(std::span<const CentredFace> faces) {
-    std::size_t longest = 0;
-    double length = -1;
+  /// Cuts at the exact place, whose coordinate is `middle`. Faces with equal centres stay together
+  /// if the range allows that.
+  std::size_t CutAtFace(Faces faces, std::size_t axis, float middle, const CutRange& range) {
+    // Along the axis, along the other two, and the face.
+    using Key = std::tuple<float, float, float, std::uint32_t>;
+    const auto keyOf = [&](std::uint32_t f) {
+      return Key(CoordinateOf(centres_[f], axis), CoordinateOf(centres_[f], (axis + 1) % 3),
+                 CoordinateOf(centres_[f], (axis + 2) % 3), f);
+    };
+    std::size_t low = 0;
+    std::vector<std::uint32_t> level;  // faces with that coordinate
+    for (const std::uint32_t f : faces) {
+      const float key = CoordinateOf(centres_[f], axis);
+      low += key < middle;
+      if (key == middle) level.push_back(f);
+    }
+    const auto exact = level.begin() + static_cast<std::ptrdiff_t>(range.exact - low);
+    std::ranges::nth_element(level, exact, {}, keyOf);
+    Key end = keyOf(*exact);
+    Key first = end;
+    Key last = end;
+    std::get<3>(first) = 0;
+    std::get<3>(last) = std::numeric_limits<std::uint32_t>::max();
+    std::size_t high = low;
+    for (const std::uint32_t f : level) {
+      low += keyOf(f) < first;
+      high += keyOf(f) < last;
+    }
+    if (const std::optional<std::size_t> place = range.Nearer(low, high)) {
+      end = *place == low ? first : last;
+    }
+    return MoveBefore(faces, [&](std::uint32_t f) { return keyOf(f) < end; });
+  }
+
+  /// Moves the faces for which `isBefore` holds before the others, all in their order, and returns
+  /// their number.
+  template <typename IsBefore>
+  std::size_t MoveBefore(Faces faces, const IsBefore& isBefore) {
+    std::size_t before = 0;
+    std::size_t after = 0;
+    for (const std::uint32_t f : faces) {
+      if (isBefore(f)) {
+        faces[before++] = f;
+      } else {
+        after_[after++] = f;
+      }
+    }
+    std::ranges::copy(std::span(after_).first(after),
+                      faces.begin() + static_cast<std::ptrdiff_t>(before));
+    return before;
+  }
+
+  std::size_t LongestAxis(std::span<const std::uint32_t> faces) const {
+    Point3 least = centres_[faces[0]];
+    Point3 most = least;
+    for (const std::uint32_t f : faces) {
+      const Point3& c = centres_[f];
+      least = {std::min(least.x, c.x), std::min(least.y, c.y), std::min(least.z, c.z)};
+      most = {std::max(most.x, c.x), std::max(most.y, c.y), std::max(most.z, c.z)};
+    }
+    std::array<double, 3> lengths{};
     for (std::size_t axis = 0; axis < 3; ++axis) {
-      float least = CoordinateOf(faces[0].centre, axis);
-      float most = least;
-      for (const CentredFace& placed : faces) {
-        least = std::min(least, CoordinateOf(placed.centre, axis));
-        most = std::max(most, CoordinateOf(placed.centre, axis));
-      }
-      const double own = static_cast<double>(most) - static_cast<double>(least);
-      if (own > length) {
-        longest = axis;
-        length = own;
-      }
+      lengths[axis] = static_cast<double>(CoordinateOf(most, axis)) -
+                      static_cast<double>(CoordinateOf(least, axis));
     }
-    return longest;
-  }
-
-  GroupParts ListParts() const {
-    GroupParts parts;
-    parts.starts.resize(partCount_ + 1);
-    for (const std::uint32_t part : partOf_) ++parts.starts[part];
-    std::uint32_t end = 0;
-    for (std::uint32_t& start : parts.starts) start = end += start;
-    parts.faces.resize(partOf_.size());
-    for (auto f = static_cast<std::uint32_t>(partOf_.size()); f-- > 0;) {
-      parts.faces[--parts.starts[partOf_[f]]] = f;
-    }
-    return parts;
+    return static_cast<std::size_t>(std::ranges::max_element(lengths) - lengths.begin());
   }
 
   const GeometryGroup& group_;
@@ -231,9 +268,11 @@ class GroupSplitter {
   std::vector<std::uint32_t> seen_;        ///< per vertex the stamp of the last count that has it
   std::vector<std::uint32_t> seenPoints_;  ///< the same as a collision point
   std::uint32_t stamp_ = 0;
-  std::vector<CentredFace> placed_;
-  std::vector<std::uint32_t> partOf_;  ///< per face
-  std::uint32_t partCount_ = 0;
+  std::vector<Point3>
+      centres_;              ///< per face the middle of its bounds: that of a reversed copy, too
+  std::vector<float> keys_;  ///< scratch of Cut
+  std::vector<std::uint32_t> after_;  ///< scratch of MoveBefore
+  GroupParts parts_;
 };
 
 }  // namespace

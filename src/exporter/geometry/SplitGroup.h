@@ -41,7 +41,7 @@ struct GroupParts {
 /// Lists are the vertices that the part's faces use, and the corners of its batches. With a face
 /// table, also its faces, and collision points are counted separately. Vertices that no face uses
 /// are in no part. Every face must be in the list of its surface set, and all index
-/// `group.vertices` (MergeCollisionLists). Takes n log n time and 20 bytes per face.
+/// `group.vertices` (MergeCollisionLists). Takes n log n time and some 30 bytes per face.
 GroupParts SplitGroup(const GeometryGroup& group, const VoxelGrid& grid, const ListLimit& limit);
 
 }  // namespace mapexport

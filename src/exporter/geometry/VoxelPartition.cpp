@@ -220,6 +220,10 @@ VoxelCell VoxelGrid::CellOf(const Point3& p) const {
           CellOnAxis(p.z, boundsMin.z, cellSize.z, counts[2])};
 }
 
+std::int32_t VoxelGrid::CellOf(float coordinate, std::size_t axis) const {
+  return CellOnAxis(coordinate, AxisOf(boundsMin, axis), AxisOf(cellSize, axis), counts[axis]);
+}
+
 VoxelPartition BuildVoxelPartition(const GeometryGroup& group, const VoxelGrid& grid,
                                    RandomGenerator& random) {
   const VoxelCell last{grid.counts[0] - 1, grid.counts[1] - 1, grid.counts[2] - 1};

@@ -26,6 +26,8 @@ struct VoxelGrid {
   /// The cell a point lies in; the nearest one for a point outside, cell 0 on a flat axis and for
   /// NaN.
   VoxelCell CellOf(const Point3& p) const;
+  /// The same on one axis.
+  std::int32_t CellOf(float coordinate, std::size_t axis) const;
 
   Point3 boundsMin;
   Point3 cellSize;
