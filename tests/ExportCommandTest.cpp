@@ -175,8 +175,9 @@ TEST_F(ProgramTest, ListsBeyond16BitIndicesEndWith4) {
   EXPECT_THAT(exported.err, AllOf(HasSubstr("vertices: 65538 entries, 2 more than"),
                                   HasSubstr("corners: 65538 entries, 2 more than")));
   EXPECT_EQ(Lines(exported.err), 2) << "each list is told of once";
-  EXPECT_THAT(exported.err, AllOf(HasSubstr("most vertices in \"Big\" (65538)\n"),
-                                  HasSubstr("most triangles in \"Big\" (21846)\n")));
+  EXPECT_THAT(exported.err,
+              AllOf(HasSubstr("most vertices in \"Big\" (65538); the export's --split"),
+                    HasSubstr("most triangles in \"Big\" (21846); the export's")));
   const Outcome inspected = Run({"inspect", "long.qob", "--summary"});
   EXPECT_EQ(inspected.status, 4);
   EXPECT_THAT(inspected.err, HasSubstr("65538"));
@@ -187,6 +188,18 @@ TEST_F(ProgramTest, ListsBeyond16BitIndicesEndWith4) {
   const Outcome viewed = Run({"view", "long.qob"});
   EXPECT_EQ(viewed.status, viewed.err.find("without the page") == std::string::npos ? 4 : 1);
   EXPECT_THAT(inspected.out, Not(IsEmpty()));
+
+  const Outcome split = Export("split.qob", {"--fresh", "--no-weld", "--quiet", "--split"});
+  EXPECT_EQ(split.status, 0);
+  EXPECT_EQ(split.err, "");
+  EXPECT_THAT(Run({"inspect", "split.qob"}).out,
+              HasSubstr("21846 triangles in 22 batches, 65538 vertices\n"));
+  ASSERT_EQ(Run({"convert", "split.qob", "split.gltf"}).status, 0);
+  EXPECT_THAT(Content(work_ / "split.gltf"),
+              AllOf(HasSubstr("\"NONE\""), HasSubstr("\"NONE_2\""), Not(HasSubstr("NONE_3"))));
+  for (const std::string number : {"2", "65537", "-1", "many"}) {
+    EXPECT_EQ(Export("none.qob", {"--longest-list", number}).status, 2);
+  }
 }
 
 TEST_F(ProgramTest, ForeignNamesBringNoControlCharacters) {

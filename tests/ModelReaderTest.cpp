@@ -193,6 +193,15 @@ TEST(ModelReaderTest, OutputStaysValidForAnyNameAndNumber) {
     EXPECT_THAT(out.str(), HasSubstr(part));
   }
   EXPECT_THAT(out.str(), Not(AnyOf(HasSubstr("NULL"), HasSubstr("NONE"), HasSubstr(" 0.0 %"))));
+
+  model.groups.resize(50, model.groups[0]);  // the table sums up what they have
+  out.str("");
+  WriteModelText(model, out);
+  for (const char* part :
+       {"    notrendered   100     50\n", "\nGroup 3 ", "... and 46 more\n", "... and 10 more\n"}) {
+    EXPECT_THAT(out.str(), HasSubstr(part));
+  }
+  EXPECT_THAT(out.str(), Not(HasSubstr("\nGroup 4 ")));
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -235,21 +237,26 @@ void WriteGroup(std::size_t index, const ModelFile& model, std::ostream& out) {
 /// The groups side by side, and the sum of what is counted by keyword.
 void WriteGroups(const ModelFile& model, std::ostream& out) {
   const bool isKob = model.layout == ModelLayout::kKob;
-  TextTable table({{"#", kRight},
-                   {"name"},
-                   {"batches", kRight},
-                   {"drawn triangles", kRight},
-                   {"undrawn", kRight},
-                   {"vertices", kRight},
-                   {isKob ? "faces" : "", kRight}});
+  std::vector<TextTable::Column> columns{{"#", kRight},
+                                         {"name"},
+                                         {"batches", kRight},
+                                         {"drawn triangles", kRight},
+                                         {"vertices", kRight}};
+  if (isKob) columns.insert(columns.end(), {{"faces", kRight}, {"undrawn", kRight}});
+  TextTable table(std::move(columns));
   const std::size_t shown = std::min(model.groups.size(), kMaxRows);
   for (std::size_t i = 0; i < shown; ++i) {
     const ModelGroup& group = model.groups[i];
-    table.AddRow({std::to_string(i), Name(group.header.name), std::to_string(group.batches.size()),
-                  std::to_string(Triangles(group)), std::to_string(group.planes.size()),
-                  Percent(group.vertices.size()), isKob ? Percent(group.faces.size()) : ""});
+    std::vector<std::string> row{std::to_string(i), Name(group.header.name),
+                                 std::to_string(group.batches.size()),
+                                 std::to_string(Triangles(group)), Percent(group.vertices.size())};
+    if (isKob) {
+      row.push_back(Percent(group.faces.size()));
+      row.push_back(std::to_string(group.planes.size()));
+    }
+    table.AddRow(std::move(row));
   }
-  out << fmt::format("\nGroups, their lists in percent of the {} that 16-bit indices address\n",
+  out << fmt::format("\nGroups, lists in percent of the {} entries that 16-bit indices address\n",
                      kModelIndexLimit);
   table.Write(2, out);
   WriteMore(model.groups.size(), shown, out);

@@ -111,8 +111,9 @@ class GroupSplitter {
            lengths.vertices <= limit_.longest && lengths.points <= limit_.longest;
   }
 
-  /// The parts that lists which don't fit demand.
+  /// The parts that the lists demand.
   std::size_t PartsFor(const PartLengths& lengths) const {
+    if (Fits(lengths)) return 1;
     const auto parts = [](std::size_t count, std::size_t most) {
       return (count + most - 1) / most;
     };
@@ -130,9 +131,19 @@ class GroupSplitter {
     const std::size_t demanded = PartsFor(lengths);
     const std::size_t parts = std::clamp(allotted, demanded, demanded + demanded / kPartsPerSpare);
     const std::size_t before = parts / 2;
-    const std::size_t cut = Cut(faces, before, parts - before);
-    Divide(faces.first(cut), LengthsOf(faces.first(cut)), before);
-    Divide(faces.subspan(cut), LengthsOf(faces.subspan(cut)), parts - before);
+    const std::size_t after = parts - before;
+    std::size_t cut = Cut(faces, RangeOf(faces.size(), before, after));
+    PartLengths low = LengthsOf(faces.first(cut));
+    PartLengths high = LengthsOf(faces.subspan(cut));
+    if (PartsFor(low) > before || PartsFor(high) > after) {
+      // The vertices are not spread evenly over the faces: cut again, where they are.
+      std::ranges::inplace_merge(faces, faces.begin() + static_cast<std::ptrdiff_t>(cut));
+      cut = Cut(faces, EvenRangeOf(low, before, high, after));
+      low = LengthsOf(faces.first(cut));
+      high = LengthsOf(faces.subspan(cut));
+    }
+    Divide(faces.first(cut), low, before);
+    Divide(faces.subspan(cut), high, after);
   }
 
   /// Where some faces are cut.
@@ -151,23 +162,47 @@ class GroupSplitter {
     }
   };
 
-  CutRange RangeOf(std::size_t count, std::size_t before, std::size_t after) const {
-    const double share = static_cast<double>(before) / static_cast<double>(before + after);
-    const std::size_t exact = std::clamp<std::size_t>(
-        static_cast<std::size_t>(share * static_cast<double>(count)), 1, count - 1);
-    CutRange range{exact - std::min(exact - 1, count / kNearby), exact,
-                   std::min(count - 1, exact + count / kNearby)};
-    if (limit_.hasFaceTable) {  // neither side may get more faces than its parts can hold
-      range.least = std::max(range.least, count - std::min(count, after * limit_.longest));
-      range.most = std::min(range.most, before * limit_.longest);
-    }
-    return range;
+  /// The least and the most faces before a cut: each side gets some, and none more than its parts
+  /// can hold.
+  std::pair<std::size_t, std::size_t> FacesThatFit(std::size_t count, std::size_t before,
+                                                   std::size_t after) const {
+    if (!limit_.hasFaceTable) return {1, count - 1};
+    return {std::max<std::size_t>(1, count - std::min(count, after * limit_.longest)),
+            std::min(count - 1, before * limit_.longest)};
   }
 
-  /// Moves the faces for the first `before` of the parts before those for the other `after`, and
-  /// returns their number.
-  std::size_t Cut(Faces faces, std::size_t before, std::size_t after) {
-    const CutRange range = RangeOf(faces.size(), before, after);
+  /// A cut that divides the faces as the parts are, or near that.
+  CutRange RangeOf(std::size_t count, std::size_t before, std::size_t after) const {
+    const double share = static_cast<double>(before) / static_cast<double>(before + after);
+    const auto [least, most] = FacesThatFit(count, before, after);
+    const std::size_t exact =
+        std::clamp(static_cast<std::size_t>(share * static_cast<double>(count)), least, most);
+    const std::size_t nearby = count / kNearby;
+    return {std::max(least, exact - std::min(exact, nearby)), exact,
+            std::min(most, exact + nearby)};
+  }
+
+  /// The place where the sides would have vertices as they have parts, if these were spread evenly
+  /// over the faces on either side of the earlier cut between `low` and `high`.
+  CutRange EvenRangeOf(const PartLengths& low, std::size_t before, const PartLengths& high,
+                       std::size_t after) const {
+    const auto verticesOf = [](const PartLengths& lengths) {
+      return static_cast<double>(std::max(lengths.vertices, lengths.points));
+    };
+    const double all = verticesOf(low) + verticesOf(high);
+    const double share = static_cast<double>(before) / static_cast<double>(before + after);
+    const double missing = share * all - verticesOf(low);
+    const PartLengths& side = missing < 0 ? low : high;
+    const double place = static_cast<double>(low.faces) +
+                         missing * static_cast<double>(side.faces) / verticesOf(side);
+    const auto [least, most] = FacesThatFit(low.faces + high.faces, before, after);
+    const auto exact = static_cast<std::size_t>(
+        std::clamp(place, static_cast<double>(least), static_cast<double>(most)));
+    return {exact, exact, exact};
+  }
+
+  /// Moves as many faces as the range says before the others, and returns their number.
+  std::size_t Cut(Faces faces, const CutRange& range) {
     const std::size_t axis = LongestAxis(faces);
     const std::span<float> keys = std::span(keys_).first(faces.size());
     std::ranges::transform(faces, keys.begin(),
