@@ -259,6 +259,31 @@ test('a click on a known face shows its record and marks its rows', async () => 
   await page.close();
 });
 
+test('a divided level is coloured by group and shows the limits of each', async () => {
+  const file = makePage('parts.kob', yard, ['--longest-list', '300']);
+  const { groups } = inspect('parts.kob');
+  const { page, trouble } = await openPage(browser, file, { width: 900, height: 500 });
+  const before = await picture(page);
+  await press(page, '7');
+  assert.ok((await comparePictures(page, before, await picture(page))).different > 0.02);
+  const drawn = (group) => group.batches.reduce((sum, { faces }) => sum + faces.length, 0);
+  assert.deepEqual(
+    (await cells(page, 'groups')).map((row) => row.slice(0, 2)),
+    groups.map((group) => [group.name, `${drawn(group)}`]),
+  );
+  await page.click('#groups tbody tr:last-child button');
+  const shown = await record(page);
+  assert.equal(shown.Group, groups.at(-1).name);
+  assert.match(shown.Faces, new RegExp(`^${groups.at(-1).faces.length} of 65,536 \\(`));
+  await page.evaluate(() => {
+    location.hash = 'face=3&group=1';
+  });
+  await settle(page);
+  assert.equal((await record(page)).Group, groups[1].name);
+  assert.deepEqual(trouble, []);
+  await page.close();
+});
+
 test('names are text, and a narrow window needs no sideways scrolling', async () => {
   const name = '<img src=x onerror=alert(1)>.kob';
   const file = makePage(name, walls);
