@@ -51,7 +51,8 @@ class RandomGroupMaker {
 
   void AddVertex(GeometryGroup& group, std::uint32_t v, std::uint32_t width) {
     Point3 p{Coordinate(), Coordinate(), Coordinate()};
-    if (shape_ == kSheet) p = {float(v % width), float(v / width), Unit()};
+    const std::uint32_t row = v / width;
+    if (shape_ == kSheet) p = {float(v - row * width), float(row), Unit()};
     if (shape_ == kSpot) p = {5, 5, 5};
     if (shape_ == kLine) p.y = p.z = -0.0f;
     group.vertices.Append(p);

@@ -9,6 +9,9 @@
 //     for (const auto& batch : group.batches) Upload(model.materials, group, batch);
 //   }
 //
+// A large level can be divided into many groups (the export's option --split), so loop over all of
+// them. Material indices are the file's, all others those of the group.
+//
 // Open checks the whole file once: tags, sizes within sizes, every count against the bytes that are
 // left, every index against its list except the positions of drawn faces (see Group::faces). The
 // model then refers to the bytes, which must stay unchanged; they need no alignment. Numbers are
