@@ -18,6 +18,8 @@ namespace {
 constexpr std::size_t kNearby = 20;
 /// One part more than is demanded for each so many, so that cuts can be at voxel planes.
 constexpr std::size_t kPartsPerSpare = 16;
+/// Where faces alone demand more parts than this, vertices are estimated, not counted.
+constexpr std::size_t kPartsToEstimate = 8;
 
 /// The vertices that a part of a surface can have for itself when its list is full: those along its
 /// edges, half of four times the root, are in its neighbours' lists, too.
@@ -106,6 +108,19 @@ class GroupSplitter {
     return lengths;
   }
 
+  /// The same for one side of a cut through faces with the lists `whole`; estimated while it is to
+  /// be cut again anyway.
+  PartLengths LengthsOfSide(std::span<const std::uint32_t> faces, const PartLengths& whole) {
+    if (!limit_.hasFaceTable || faces.size() <= kPartsToEstimate * limit_.longest) {
+      return LengthsOf(faces);
+    }
+    const double share = static_cast<double>(faces.size()) / static_cast<double>(whole.faces);
+    const auto estimate = [share](std::size_t count) {
+      return static_cast<std::size_t>(share * static_cast<double>(count));
+    };
+    return {faces.size(), estimate(whole.vertices), estimate(whole.points)};
+  }
+
   bool Fits(const PartLengths& lengths) const {
     return (!limit_.hasFaceTable || lengths.faces <= limit_.longest) &&
            lengths.vertices <= limit_.longest && lengths.points <= limit_.longest;
@@ -133,14 +148,14 @@ class GroupSplitter {
     const std::size_t before = parts / 2;
     const std::size_t after = parts - before;
     std::size_t cut = Cut(faces, RangeOf(faces.size(), before, after));
-    PartLengths low = LengthsOf(faces.first(cut));
-    PartLengths high = LengthsOf(faces.subspan(cut));
+    PartLengths low = LengthsOfSide(faces.first(cut), lengths);
+    PartLengths high = LengthsOfSide(faces.subspan(cut), lengths);
     if (PartsFor(low) > before || PartsFor(high) > after) {
       // The vertices are not spread evenly over the faces: cut again, where they are.
       std::ranges::inplace_merge(faces, faces.begin() + static_cast<std::ptrdiff_t>(cut));
       cut = Cut(faces, EvenRangeOf(low, before, high, after));
-      low = LengthsOf(faces.first(cut));
-      high = LengthsOf(faces.subspan(cut));
+      low = LengthsOfSide(faces.first(cut), lengths);
+      high = LengthsOfSide(faces.subspan(cut), lengths);
     }
     Divide(faces.first(cut), low, before);
     Divide(faces.subspan(cut), high, after);
