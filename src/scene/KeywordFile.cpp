@@ -17,9 +17,9 @@ namespace mapexport {
 namespace {
 
 std::string_view Trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r";
-  const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
-  return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
+  constexpr std::string_view kSpace = " \t\r";
+  const std::size_t begin = std::min(text.find_first_not_of(kSpace), text.size());
+  return text.substr(begin, text.find_last_not_of(kSpace) + 1 - begin);
 }
 
 /// Calls `visit` with each part of `text` between separators, blanks at its ends taken off; what has

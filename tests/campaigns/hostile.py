@@ -144,8 +144,10 @@ CASES = [
             "EXT_meshopt_compression": {"buffer": 0, "byteLength": 36, "byteStride": 12,
                                         "count": 10**12, "mode": "ATTRIBUTES"}}}]))),
     ("a Draco stream that is none", REFUSED, "its data is damaged", write(
-        "a.gltf", gltf(meshes=[{"primitives": [{"attributes": {"POSITION": 0}, "extensions": {
-            "KHR_draco_mesh_compression": {"bufferView": 0, "attributes": {}}}}]}]))),
+        "a.gltf", gltf(
+            meshes=[{"primitives": [{"attributes": {"POSITION": 0}, "indices": 1, "extensions": {
+                "KHR_draco_mesh_compression": {"bufferView": 0, "attributes": {"POSITION": 0}}}}]}],
+            accessors=accessor() + [{"componentType": 5123, "count": 3, "type": "SCALAR"}]))),
     ("a glTF node that has 2^40 ways to it", REFUSED, "is a child of nodes[0] already", write(
         "a.gltf", gltf(nodes=[{"children": [min(i + 1, 40)] * 2} for i in range(40)]
                        + [{"mesh": 0}]))),

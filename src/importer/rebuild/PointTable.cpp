@@ -44,7 +44,7 @@ std::size_t PointTable::FreeSlotOrMatch(const Point3& point) const {
 }
 
 void PointTable::Grow() {
-  slots_.assign(slots_.empty() ? kFirstSlots : 2 * slots_.size(), 0);
+  slots_.assign(slots_.empty() ? kFirstSlots : 4 * slots_.size(), 0);
   for (std::size_t i = 0; i < points_.size(); ++i) {
     slots_[FreeSlotOrMatch(points_[i])] = static_cast<std::uint32_t>(i + 1);
   }

@@ -27,6 +27,7 @@ bool IsOrdinary(float square) {
 /// finite.
 bool Agree(const Point3& a, const Point3& b) {
   const float aa = DotProd(a, a);
+  if (a == b && IsOrdinary(aa)) return true;
   const float bb = DotProd(b, b);
   if (IsOrdinary(aa) && IsOrdinary(bb)) {
     // Mostly it is clear without the roots, whose rounding matters only near the limit.
@@ -59,19 +60,13 @@ class SortedSides {
     sides_.resize(total);
     ForEachSide(mesh.faces,
                 [&](std::uint32_t low, const Side& side) { sides_[ends_[low + 1]++] = side; });
-    for (std::size_t v = 0; v + 1 < ends_.size(); ++v) {
-      std::sort(sides_.begin() + ends_[v], sides_.begin() + ends_[v + 1],
-                [](const Side& a, const Side& b) {
-                  return a.high != b.high ? a.high < b.high : a.face < b.face;
-                });
-    }
+    for (std::size_t v = 0; v + 1 < ends_.size(); ++v) SortByHigh(AtVertex(v));
   }
 
   /// Calls `visit` with the sides on each edge of at least two.
   void ForEachEdge(const auto& visit) const {
     for (std::size_t v = 0; v + 1 < ends_.size(); ++v) {
-      const std::span<const Side> atVertex(sides_.begin() + ends_[v],
-                                           sides_.begin() + ends_[v + 1]);
+      const std::span<const Side> atVertex = AtVertex(v);
       for (auto begin = atVertex.begin(); begin != atVertex.end();) {
         const auto end = std::find_if(begin, atVertex.end(),
                                       [&](const Side& side) { return side.high != begin->high; });
@@ -82,6 +77,30 @@ class SortedSides {
   }
 
  private:
+  std::span<Side> AtVertex(std::size_t v) {
+    return std::span(sides_).subspan(ends_[v], ends_[v + 1] - ends_[v]);
+  }
+  std::span<const Side> AtVertex(std::size_t v) const {
+    return std::span(sides_).subspan(ends_[v], ends_[v + 1] - ends_[v]);
+  }
+
+  /// Keeps the order of the faces. Mostly there are about three sides.
+  static void SortByHigh(std::span<Side> sides) {
+    constexpr std::size_t kFew = 16;
+    if (sides.size() > kFew) {
+      std::ranges::stable_sort(sides, {}, &Side::high);
+      return;
+    }
+    for (std::size_t i = 1; i < sides.size(); ++i) {
+      const Side side = sides[i];
+      std::size_t place = i;
+      for (; place > 0 && sides[place - 1].high > side.high; --place) {
+        sides[place] = sides[place - 1];
+      }
+      sides[place] = side;
+    }
+  }
+
   static void ForEachSide(const std::vector<Face>& faces, const auto& visit) {
     for (std::uint32_t f = 0; f < faces.size(); ++f) {
       const std::array<std::uint32_t, 3>& v = faces[f].v;
