@@ -44,7 +44,8 @@ namespace mapexport {
 namespace {
 
 constexpr std::array kPositionals{
-    PositionalInfo{"SCENE", "a .scene.json or .scene.bin, or FBX, glTF, OBJ, 3DS, ASE, DAE and more"},
+    PositionalInfo{"SCENE",
+                   "a .scene.json or .scene.bin, or FBX, glTF, OBJ, 3DS, ASE, DAE and more"},
     PositionalInfo{"OUTPUT",
                    "the model file; \".qob\" gets the first layout, every other extension the "
                    "second; without one, \".map\" is appended"},
