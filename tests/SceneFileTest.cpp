@@ -3,7 +3,6 @@
 #include "fuzz/FuzzScene.h"
 #include "scene/HostScene.h"
 #include "scene/IdleKeywords.h"
-#include "scene/JsonSyntax.h"
 #include "scene/KeywordFile.h"
 #include "support/SceneTexts.h"
 #include "system/ShellPattern.h"
@@ -160,36 +159,6 @@ TEST(ReadSceneFile, ReadsTheListsOfMeshesTheSameOnBothWays) {
   }
   EXPECT_GT(sound, 200);
   EXPECT_LT(sound, 1800);
-}
-
-// Cut and changed bytes: the text is either read, and then is sound JSON, or refused.
-TEST(ReadSceneFile, SurvivesDamage) {
-  const std::string sound = kBackwards;
-  for (std::size_t length = 0; length < sound.size(); ++length) {
-    EXPECT_NE(DefectOf(sound.substr(0, length)), "") << length;
-  }
-  const std::string bytes = "{}[]:,\"\\-01e. ntf\x01\x0C\xED\xFF";
-  Random random(20);
-  for (int i = 0; i < 4000; ++i) {
-    std::string text = sound;
-    for (unsigned changes = 1 + random.Below(3); changes > 0; --changes) {
-      const std::size_t position = random.Below(text.size());
-      const char byte = bytes[random.Below(bytes.size())];
-      switch (random.Below(3)) {
-        case 0:
-          text[position] = byte;
-          break;
-        case 1:
-          text.insert(position, 1, byte);
-          break;
-        default:
-          text.erase(position, 1);
-      }
-    }
-    if (DefectOf(text).empty()) {
-      EXPECT_EQ(CheckJsonDocument(text).defect, nullptr) << text;
-    }
-  }
 }
 
 /// Names that a JSON text must escape, or need not.

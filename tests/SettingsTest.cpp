@@ -10,8 +10,6 @@
 
 #include "settings/LockedSettingsFile.h"
 #include "settings/ReadSettingsFile.h"
-#include "settings/RegistryChanges.h"
-#include "settings/RegistryText.h"
 #include "settings/SettingsError.h"
 #include "settings/SettingsStore.h"
 #include "support/Testing.h"
@@ -348,42 +346,6 @@ TEST_F(SettingsTest, DefaultPathFollowsTheEnvironment) {
   EXPECT_EQ(pathWith("/c", "/h"), "/c/mapexport/settings.reg");
   EXPECT_EQ(pathWith("c", "/h"), "/h/.config/mapexport/settings.reg");
   EXPECT_EQ(pathWith("", ""), "");
-}
-
-// Whatever the bytes are: they are refused, or a value can be set among them and everything stays
-// of the form.
-TEST(RegistryTextTest, ChangedAndCutBytesAreRefusedOrKept) {
-  const std::string good =
-      "REGEDIT4\r\n[HKEY_A\\b]\r\n\"n\"=\"v\\\\\"\r\n\"h\"=hex(1):41,\\\r\n 00\n"
-      "[-HKEY_A]\n@=-\n;c\n[HKEY_A]\n\"d\"=dword:1";
-  std::vector<std::string> variants;
-  for (std::size_t i = 0; i < good.size(); ++i) {
-    variants.push_back(good.substr(0, i));
-    variants.push_back(good.substr(0, i) + good.substr(i + 1));
-    for (const char c : std::string("\0\n\r\"\\[];=,-x\xC3", 13)) {
-      variants.push_back(good);
-      variants.back()[i] = c;
-    }
-  }
-  RegistryChanges changes;
-  changes.Set("HKEY_A", "n", "new");
-  changes.Set("HKEY_A\\b", "h", 7u);
-  std::size_t kept = 0;
-  for (const std::string& bytes : variants) {
-    std::optional<RegistryText> text;
-    try {
-      text = ParseRegistryText(bytes);
-    } catch (const SettingsError&) {
-      continue;
-    }
-    ++kept;
-    const RegistryText after = ParseRegistryText(changes.MergedInto(*text));
-    const RegistryValue* number = after.Find("HKEY_A\\b", "h");
-    ASSERT_TRUE(after.Find("HKEY_A", "n") != nullptr && number != nullptr) << bytes;
-    EXPECT_EQ(*number, RegistryValue(7u));
-    EXPECT_EQ(changes.MergedInto(after), after.bytes);
-  }
-  EXPECT_GT(kept, variants.size() / 10);
 }
 
 }  // namespace

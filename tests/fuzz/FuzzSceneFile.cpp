@@ -1,11 +1,12 @@
 // Any bytes as a scene file, as text or in binary; a scene that was read must survive being written.
 
-#include <algorithm>
 #include <string_view>
 
 #include "fuzz/SceneRoundTrip.h"
 #include "scene/BinarySceneFile.h"
 #include "scene/HostScene.h"
+#include "scene/JsonSyntax.h"
+#include "system/Utf8.h"
 
 namespace mapexport {
 namespace {
@@ -17,7 +18,12 @@ Scene ReadAny(std::string_view bytes) {
   }
   // JSON and lists around a zero byte, for which a sound header is made.
   const std::size_t zero = bytes.find('\0');
-  if (zero == bytes.npos) return ReadSceneFile(MemoryFile(bytes).Path());
+  if (zero == bytes.npos) {
+    Scene scene = ReadSceneFile(MemoryFile(bytes).Path());
+    if (bytes.starts_with(kByteOrderMark)) bytes.remove_prefix(kByteOrderMark.size());
+    Require(CheckJsonDocument(bytes).defect == nullptr, "what is read is sound JSON");
+    return scene;
+  }
   BinarySceneHeader header{{}, kBinarySceneVersion, 0, zero, bytes.size() - zero - 1};
   kBinarySceneMagic.copy(header.magic, sizeof header.magic);
   std::string whole(reinterpret_cast<const char*>(&header), sizeof header);
