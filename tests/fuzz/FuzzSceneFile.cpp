@@ -1,4 +1,4 @@
-// Any bytes as a scene file, as text or in binary; a scene that was read must survive being written.
+// Any bytes as a scene file, text or binary; a scene that was read must survive being written.
 
 #include <string_view>
 
