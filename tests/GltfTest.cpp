@@ -292,7 +292,8 @@ TEST_F(GltfTest, KeywordsInExtras) {
     }
   }
 
-  // Said once of a parent, whose keywords count for its nameless child; and of a root, which is kept.
+  // Said once of a parent, whose keywords count for its nameless child; and of a root, which is
+  // kept.
   json document = WithPositions();
   document["nodes"] = json::parse(R"([{"name":"root","children":[1],
       "extras":{"climbable":true,"floor_face":true}},{"mesh":0}])");

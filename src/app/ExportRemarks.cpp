@@ -12,8 +12,8 @@
 namespace mapexport {
 namespace {
 
-// The parts of the triangles, as divisors, that may be lost without a warning. A few degenerate ones
-// may be lost anyway: nobody sees them.
+// The parts of the triangles, as divisors, that may be lost without a warning. A few degenerate
+// ones may be lost anyway: nobody sees them.
 constexpr std::uint64_t kWeldedPart = 50;
 constexpr std::uint64_t kDegeneratePart = 10;
 constexpr std::uint64_t kFewDegenerate = 10;

@@ -21,13 +21,14 @@ std::optional<std::string> PatchAc3d(std::string_view text);
 /// instances share only some materials. In the changed text, triangles without a material have one
 /// with the library's default name. A two-sided mark in the extras of an effect is repeated where
 /// the library looks for it. A skin's bind shape matrix, which the library leaves out, becomes a
-/// transform of a node. Blanks before the first number of a list are dropped. Empty when nothing needs a change, and when the text is no sound XML.
+/// transform of a node. Blanks before the first number of a list are dropped. Empty when nothing
+/// needs a change, and when the text is no sound XML.
 std::optional<std::string> PatchCollada(std::string_view text);
 
-/// `text`, an X3D document, with a copy in place of each group that is used again (USE): the library
-/// loses its place in the tree there, and the rest of the scene. Throws std::length_error when the
-/// copies would take too much memory. Empty when nothing is used again, and when the text is no
-/// sound XML.
+/// `text`, an X3D document, with a copy in place of each group that is used again (USE): the
+/// library loses its place in the tree there, and the rest of the scene. Throws std::length_error
+/// when the copies would take too much memory. Empty when nothing is used again, and when the text
+/// is no sound XML.
 std::optional<std::string> PatchX3d(std::string_view text);
 
 struct PatchedAse {

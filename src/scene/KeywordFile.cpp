@@ -22,8 +22,8 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(begin, text.find_last_not_of(kSpace) + 1 - begin);
 }
 
-/// Calls `visit` with each part of `text` between separators, blanks at its ends taken off; what has
-/// no separator is one part.
+/// Calls `visit` with each part of `text` between separators, blanks at its ends taken off; what
+/// has no separator is one part.
 template <class Visitor>
 void VisitParts(std::string_view text, char separator, const Visitor& visit) {
   while (true) {

@@ -18,9 +18,9 @@ struct KeywordRule {
   std::vector<std::string_view> keywords;  ///< each is one of kFaceKeywords
 };
 
-/// Reads lines "PATTERN: keyword, keyword". The last ":" of a line ends the pattern; keywords may be
-/// in any case. Blank lines and lines that begin with "#" are ignored. Throws SceneError with the
-/// line's number for any other line.
+/// Reads lines "PATTERN: keyword, keyword". The last ":" of a line ends the pattern; keywords may
+/// be in any case. Blank lines and lines that begin with "#" are ignored. Throws SceneError with
+/// the line's number for any other line.
 std::vector<KeywordRule> ReadKeywordFile(const std::string& path);
 
 /// Adds the keywords of each rule, one per line, to the user properties of all nodes with a mesh

@@ -37,8 +37,8 @@ class GroupList {
   std::int32_t staticSetIndex = 0;
 
   /// Per host material that the walk met, null for none: thousands of nodes can share a material
-  /// with thousands of sub-materials. Only for that walk: GatherGroup empties it, since the host may
-  /// delete materials afterwards, and reuse their addresses.
+  /// with thousands of sub-materials. Only for that walk: GatherGroup empties it, since the host
+  /// may delete materials afterwards, and reuse their addresses.
   std::unordered_map<Mtl*, NodeMaterials> materials;
 
  private:

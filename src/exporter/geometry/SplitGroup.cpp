@@ -318,9 +318,9 @@ class GroupSplitter {
   std::vector<std::uint32_t> seen_;        ///< per vertex the stamp of the last count that has it
   std::vector<std::uint32_t> seenPoints_;  ///< the same as a collision point
   std::uint32_t stamp_ = 0;
-  std::vector<Point3>
-      centres_;              ///< per face the middle of its bounds: that of a reversed copy, too
-  std::vector<float> keys_;  ///< scratch of Cut
+  /// Per face the middle of its bounds, which is that of a reversed copy, too.
+  std::vector<Point3> centres_;
+  std::vector<float> keys_;           ///< scratch of Cut
   std::vector<std::uint32_t> after_;  ///< scratch of MoveBefore
   GroupParts parts_;
 };

@@ -34,10 +34,10 @@ struct GroupParts {
 /// Divides the group by space: a part with a list that is too long is to become n parts, as many as
 /// its lists demand and a few to spare, and is cut across its longest axis, so that the sides have
 /// n / 2 : n - n / 2 of its faces. The cut is at the nearest voxel plane of `grid`, or when none is
-/// within 5 % of the faces, at the exact place; then faces with equal centres, such as the copies of
-/// two-sided ones, stay together unless they are more than that. When a side has more vertices than
-/// its parts can hold, the cut is made anew, so that the sides share the vertices. Each face is in
-/// one part, and a face alone is never divided.
+/// within 5 % of the faces, at the exact place; then faces with equal centres, such as the copies
+/// of two-sided ones, stay together unless they are more than that. When a side has more vertices
+/// than its parts can hold, the cut is made anew, so that the sides share the vertices. Each face
+/// is in one part, and a face alone is never divided.
 ///
 /// Lists are the vertices that the part's faces use, and the corners of its batches. With a face
 /// table, also its faces, and collision points are counted separately. Vertices that no face uses

@@ -46,7 +46,8 @@ class MeshBuilder {
   /// `leftOut` must outlive this object.
   explicit MeshBuilder(LeftOut& leftOut) : leftOut_(leftOut) {}
 
-  /// Takes time for the triangles of `part`, whatever the lists hold that they use a few vertices of.
+  /// Takes time for the triangles of `part`, whatever the lists hold that they use a few vertices
+  /// of.
   void Add(const MeshPart& part);
   /// The mesh, with smoothing groups rebuilt from the normals (RebuildSmoothing), in which flat
   /// triangles and those of parts without normals have no share.
