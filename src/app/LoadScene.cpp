@@ -9,7 +9,6 @@
 #include "scene/KeywordFile.h"
 #include "scene/NearKeywords.h"
 #include "scene/SceneFile.h"
-#include "worker/LimitProcess.h"
 #include "worker/ReadForeignScene.h"
 
 namespace mapexport {
@@ -50,7 +49,7 @@ LoadedScene LoadSceneFile(const SceneSource& source, Messages& messages) {
                     "the scene as the exporter sees it",
                     source.path));
   }
-  LoadedScene loaded{ReadSceneFile(source.path, {.mostBytes = MemoryLimit()}), {}, {}, {}};
+  LoadedScene loaded{ReadSceneFile(source.path, {.mostBytes = LargestScene()}), {}, {}, {}};
   Remarks remarks;
   for (NearKeyword& near : FindNearKeywords(loaded.scene)) {
     remarks.push_back(Describe(std::move(near)));

@@ -44,13 +44,7 @@ constexpr std::uint64_t kMostOpenFiles = 64;
   throw SceneError(fmt::format("{}: {}", path, reason));
 }
 
-/// The most bytes of meshes that a foreign scene may have, where a mesh counts for each node that
-/// shows it: the exporter makes several times as much of them.
-std::uint64_t LargestScene() {
-  return MemoryLimit() / 4;
-}
-
-/// Throws ChildError when the scene has more than that.
+/// Throws ChildError when the scene has more than LargestScene.
 void RequireSize(const Scene& scene) {
   if (ListBytes(scene) <= LargestScene()) return;
   throw ChildError(fmt::format("it is too large, with {} triangles where each instance counts",
@@ -187,6 +181,10 @@ Scene ReadHandedOver(const std::string& path, const Descriptor& file) {
 }
 
 }  // namespace
+
+std::uint64_t LargestScene() {
+  return MemoryLimit() / 4;
+}
 
 ForeignScene ReadForeignScene(const std::string& path, const ImportOptions& options,
                               std::uint32_t seconds,

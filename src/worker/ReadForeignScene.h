@@ -15,6 +15,10 @@ struct ForeignScene {
   Confinement confinement;  ///< how the reading process was confined
 };
 
+/// The most bytes of meshes that a scene of unknown origin may have, where a mesh counts for each
+/// node that shows it: the exporter makes several times as much of them.
+std::uint64_t LargestScene();
+
 /// The result of ImportScene. The readers run in a child process, so a crash, an endless loop or
 /// exhausted memory ends only that. The child may take `seconds` of processor time and ten times
 /// that of elapsed time (0: no limit), and, except under AddressSanitizer, nearly three quarters of
