@@ -2,11 +2,11 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "host/Mesh.h"
@@ -35,7 +35,9 @@ class BinaryLists {
     std::uint64_t count = 0;
     bool isGiven = false;
 
-    friend auto operator<=>(const Range&, const Range&) = default;
+    friend bool operator<(const Range& a, const Range& b) {
+      return std::tie(a.offset, a.count, a.isGiven) < std::tie(b.offset, b.count, b.isGiven);
+    }
   };
   using Ranges = std::array<Range, 4>;
 
