@@ -1,4 +1,6 @@
 // Collada and X3D files: what arrives in the host's scene.
+#include <fmt/format.h>
+
 #include "support/ImportedScenes.h"
 
 namespace mapexport {
@@ -79,8 +81,8 @@ TEST_F(ImporterTest, X3dGroupsThatAreUsedAgain) {
   std::string levels = group;
   for (int i = 0; i < 40; ++i) {
     const std::string last = i == 0 ? "Stone" : "L" + std::to_string(i - 1);
-    levels += "<Group DEF=\"L" + std::to_string(i) + "\"><Group USE=\"" + last +
-              "\"/><Group USE=\"" + last + "\"/></Group>";
+    levels +=
+        fmt::format(R"(<Group DEF="L{0}"><Group USE="{1}"/><Group USE="{1}"/></Group>)", i, last);
   }
   EXPECT_THAT(Refusal(Write("levels.x3d", document(levels))), HasSubstr("used again too often"));
 }
