@@ -131,6 +131,23 @@ TEST(BinarySceneTest, RefusesFilesOfOtherSizesAndVersions) {
   EXPECT_EQ(BinaryDefect(Binary(OfMesh(kMesh), Lists(), 2)), "version 2 is not known, only 1 is");
   EXPECT_EQ(BinaryDefect(OfMesh(kMesh)), "is no binary scene file: it begins with other bytes");
   EXPECT_EQ(BinaryDefect(""), "the file is empty");
+  std::string reserved = sound;
+  reserved[20] = 7;
+  EXPECT_EQ(BinaryDefect(reserved), "bytes 20 to 24 are reserved and must be 0, not 7");
+  EXPECT_EQ(BinaryDefect(sound, {.mostJson = 20}),
+            "its JSON has 139 bytes, more than the 20 that are allowed");
+  // No more is read than the block with the first zero.
+  std::string hole = Binary("", {});
+  const std::uint64_t claimed = std::uint64_t{1} << 31;
+  hole.replace(24, 8, reinterpret_cast<const char*>(&claimed), 8);
+  const ScratchFile file(hole);
+  fs::resize_file(file.Path(), AlignList(40 + claimed));
+  try {
+    ReadBinaryScene(OpenToRead(file.Path()), "a");
+    ADD_FAILURE() << "a hole is a scene";
+  } catch (const SceneError& error) {
+    EXPECT_THAT(error.what(), testing::StartsWith("a: line 1, column 1: "));
+  }
 }
 
 }  // namespace

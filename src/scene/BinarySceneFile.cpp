@@ -1,10 +1,13 @@
 #include "scene/BinarySceneFile.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include <fmt/format.h>
 #include <sys/stat.h>
 
+#include "scene/JsonDocument.h"
 #include "scene/SceneError.h"
 #include "system/RunError.h"
 
@@ -13,10 +16,13 @@ namespace {
 
 // The JSON parser takes no more.
 constexpr std::uint64_t kLargestJson = 0xFFFF'FF00;
+constexpr std::uint64_t kFirstOfJson = std::uint64_t{64} << 10;
+constexpr std::uint64_t kMostOfJson = std::uint64_t{16} << 20;
 
 }  // namespace
 
-BinarySceneFile::BinarySceneFile(const Descriptor& file, const std::string& name)
+BinarySceneFile::BinarySceneFile(const Descriptor& file, const std::string& name,
+                                 std::uint64_t mostJson)
     : file_(file), name_(name) {
   struct stat status {};
   if (!file_.IsOpen() || fstat(file_.Get(), &status) != 0) {
@@ -36,7 +42,10 @@ BinarySceneFile::BinarySceneFile(const Descriptor& file, const std::string& name
   if (header.version != kBinarySceneVersion) {
     Fail(fmt::format("version {} is not known, only {} is", header.version, kBinarySceneVersion));
   }
-  if (header.jsonBytes > size - sizeof header || header.jsonBytes > kLargestJson) {
+  if (header.reserved != 0) {
+    Fail(fmt::format("bytes 20 to 24 are reserved and must be 0, not {}", header.reserved));
+  }
+  if (header.jsonBytes > size - sizeof header) {
     Fail(fmt::format("its header says that the JSON has {} bytes, but the file has {}",
                      header.jsonBytes, size));
   }
@@ -48,8 +57,24 @@ BinarySceneFile::BinarySceneFile(const Descriptor& file, const std::string& name
                     "has {} bytes",
                     listBytes_, listsBegin_, size));
   }
-  json_.resize(header.jsonBytes);
-  ReadAt(sizeof header, json_.data(), json_.size());
+  const std::uint64_t most = std::min(mostJson, kLargestJson);
+  if (header.jsonBytes > most) {
+    Fail(fmt::format("its JSON has {} bytes, more than the {} that are allowed", header.jsonBytes,
+                     most));
+  }
+  ReadJson(header.jsonBytes);
+}
+
+/// A hole in a file costs no disk. No text holds NUL: nothing behind the first can be right.
+void BinarySceneFile::ReadJson(std::uint64_t size) {
+  while (json_.size() < size) {
+    const std::size_t done = json_.size();
+    const std::size_t count = std::min(done == 0 ? kFirstOfJson : kMostOfJson, size - done);
+    json_.resize(done + count);
+    ReadAt(sizeof(BinarySceneHeader) + done, json_.data() + done, count);
+    if (std::memchr(json_.data() + done, '\0', count) != nullptr) break;
+    if (done == 0 && count < size) JsonDocument::CheckBeginning(name_, json_);
+  }
 }
 
 void BinarySceneFile::Read(std::uint64_t offset, std::span<std::uint32_t> words) const {

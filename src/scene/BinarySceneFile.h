@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "system/Descriptor.h"
 
@@ -40,6 +41,7 @@ inline void ToFileOrder([[maybe_unused]] std::span<std::uint32_t> words) {
 inline void ToFileOrder([[maybe_unused]] BinarySceneHeader& header) {
   if constexpr (std::endian::native == std::endian::big) {
     header.version = __builtin_bswap32(header.version);
+    header.reserved = __builtin_bswap32(header.reserved);
     header.jsonBytes = __builtin_bswap64(header.jsonBytes);
     header.listBytes = __builtin_bswap64(header.listBytes);
   }
@@ -50,15 +52,17 @@ inline void ToFileOrder([[maybe_unused]] BinarySceneHeader& header) {
 class BinarySceneFile {
  public:
   /// `file` must outlive this object; if it isn't open, errno says why. Messages begin with `name`.
-  /// Throws SceneError.
-  BinarySceneFile(const Descriptor& file, const std::string& name);
+  /// The JSON may have `mostJson` bytes; it is not read beyond a zero byte. Throws SceneError.
+  BinarySceneFile(const Descriptor& file, const std::string& name, std::uint64_t mostJson);
 
-  std::string_view Json() const { return json_; }
+  /// May be called once.
+  std::string TakeJson() { return std::move(json_); }
   std::uint64_t ListBytes() const { return listBytes_; }
   /// Reads words of the lists from byte `offset` on. They must lie in the lists. Throws SceneError.
   void Read(std::uint64_t offset, std::span<std::uint32_t> words) const;
 
  private:
+  void ReadJson(std::uint64_t size);
   void ReadAt(std::uint64_t offset, void* bytes, std::uint64_t size) const;
   [[noreturn]] void Fail(std::string_view reason) const;
 

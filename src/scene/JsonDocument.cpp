@@ -3,6 +3,7 @@
 
 #include <new>
 #include <string>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -46,6 +47,13 @@ JsonDocument::JsonDocument(const std::string& file, const FileText& text, std::s
 
 JsonDocument::JsonDocument(const std::string& file, std::string_view text, std::size_t maxDepth)
     : file_(file), text_(text), rest_(text) {
+  StartParsing(maxDepth);
+}
+
+JsonDocument::JsonDocument(const std::string& file, std::string&& text, std::size_t maxDepth)
+    : file_(file), rest_(std::move(text)) {
+  rest_.reserve(rest_.size() + simdjson::SIMDJSON_PADDING);
+  text_ = rest_;
   StartParsing(maxDepth);
 }
 

@@ -33,6 +33,8 @@ class JsonDocument {
   /// The same for a text that is no scene file's: none of its lists is parsed beforehand. `text`
   /// must live as long as the document.
   JsonDocument(const std::string& file, std::string_view text, std::size_t maxDepth);
+  /// The same with a text of its own, so that there is only one copy.
+  JsonDocument(const std::string& file, std::string&& text, std::size_t maxDepth);
   JsonDocument(const JsonDocument&) = delete;
   JsonDocument& operator=(const JsonDocument&) = delete;
   ~JsonDocument() = default;

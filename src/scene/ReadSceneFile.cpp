@@ -272,11 +272,15 @@ Scene ReadSceneFile(const std::string& path, const SceneLimits& limits) {
 }
 
 Scene ReadBinaryScene(const Descriptor& file, const std::string& name, const SceneLimits& limits) {
-  BinarySceneFile binary(file, name);
-  JsonDocument document(name, binary.Json(), kMaxJsonDepth);
-  BinaryLists lists(binary, limits.mostBytes);
-  return ReadScene(
-      document, [&lists](JsonValue& v) { return lists.ReadMesh(v); }, limits.mostItems);
+  try {
+    BinarySceneFile binary(file, name, limits.mostJson);
+    JsonDocument document(name, binary.TakeJson(), kMaxJsonDepth);
+    BinaryLists lists(binary, limits.mostBytes);
+    return ReadScene(
+        document, [&lists](JsonValue& v) { return lists.ReadMesh(v); }, limits.mostItems);
+  } catch (const std::bad_alloc&) {
+    throw SceneError(name + ": there is not enough memory to read it");
+  }
 }
 
 }  // namespace mapexport

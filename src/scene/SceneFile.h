@@ -27,6 +27,7 @@ struct SceneLimits {
   std::uint64_t mostItems = UINT64_MAX;  ///< nodes and materials together
   /// Bytes of the lists of meshes in binary form, where a shared one counts for each node.
   std::uint64_t mostBytes = UINT64_MAX;
+  std::uint64_t mostJson = UINT64_MAX;  ///< bytes of the JSON in binary form
 };
 
 /// Reads and checks the scene file at `path`, a regular file or (as text) standard input. Throws

@@ -44,9 +44,7 @@ constexpr std::uint64_t kMostOpenFiles = 64;
   throw SceneError(fmt::format("{}: {}", path, reason));
 }
 
-/// Throws ChildError when the scene has more than LargestScene.
-void RequireSize(const Scene& scene) {
-  if (ListBytes(scene) <= LargestScene()) return;
+[[noreturn]] void FailTooLarge(const Scene& scene) {
   throw ChildError(fmt::format("it is too large, with {} triangles where each instance counts",
                                CountScene(scene).triangles));
 }
@@ -70,9 +68,10 @@ ProcessLimits LimitsOfReader(std::uint32_t seconds) {
 }
 
 /// Reads the scene and writes it as a scene file, with one byte to `stage` in between. Returns a
-/// ReaderMessage. For a process that ends without cleaning up.
-std::string Read(const std::string& path, const ImportOptions& options, int stage,
-                 FdOutput& output) {
+/// ReaderMessage. `most` is LargestScene, which can't be found out in there. For a process that ends
+/// without cleaning up.
+std::string Read(const std::string& path, const ImportOptions& options, std::uint64_t most,
+                 int stage, FdOutput& output) {
   // The import library parses numbers, and makes some names, by the current locale.
   std::locale::global(std::locale::classic());
   ImportOptions whole = options;
@@ -88,9 +87,10 @@ std::string Read(const std::string& path, const ImportOptions& options, int stag
     Fail(path, fmt::format("is read from {} files, more than the {} that are allowed",
                            imported.sideFiles.size(), kMostSideFiles));
   }
-  RequireSize(imported.scene);
+  if (ListBytes(imported.scene) > most) FailTooLarge(imported.scene);
   std::ostream out(&output);
   WriteBinaryScene(imported.scene, out);
+  if (output.Finish() == EFBIG) FailTooLarge(imported.scene);
   return ToBytes(ReaderMessage{std::move(imported.remarks), std::move(imported.leftOut),
                                std::move(imported.sideFiles)});
 }
@@ -176,8 +176,11 @@ std::uint64_t MostItems(std::uint64_t size) {
 Scene ReadHandedOver(const std::string& path, const Descriptor& file) {
   struct stat info {};
   if (fstat(file.Get(), &info) != 0) Fail(path, "can't be read: " + ErrnoText(errno));
+  // Brackets cost the parser several times their size; a real tree is small.
   return ReadBinaryScene(file, path,
-                         {MostItems(static_cast<std::uint64_t>(info.st_size)), LargestScene()});
+                         {.mostItems = MostItems(static_cast<std::uint64_t>(info.st_size)),
+                          .mostBytes = LargestScene(),
+                          .mostJson = MemoryLimit() / 16});
 }
 
 }  // namespace
@@ -191,7 +194,9 @@ ForeignScene ReadForeignScene(const std::string& path, const ImportOptions& opti
                               const std::function<void(const char* name)>& stage) {
   Pipe pipe = MakePipe(path);
   ChildTask task;
-  task.run = [&](FdOutput& output) { return Read(path, options, pipe.writing.Get(), output); };
+  task.run = [&, most = LargestScene()](FdOutput& output) {
+    return Read(path, options, most, pipe.writing.Get(), output);
+  };
   task.meanwhile = [&] {
     pipe.writing = Descriptor();
     stage("reading");
