@@ -111,7 +111,9 @@ std::optional<double> SensibleVoxelSize(const RunReport& report, float voxelSize
 void WarnOfBatches(const RunReport& report, float voxelSize, Messages& messages) {
   const ModelCounts& counts = report.after;
   if (counts.batchFaces <= kFewTriangles) return;
-  if (counts.batches * kTrianglesPerBatch <= counts.batchFaces) return;
+  // A group has at least one, however large the cells are.
+  const std::uint64_t further = counts.batches - std::min(counts.groups, counts.batches);
+  if (further * kTrianglesPerBatch <= counts.batchFaces) return;
   const std::optional<double> size = SensibleVoxelSize(report, voxelSize);
   messages.Warning(
       "many-batches",

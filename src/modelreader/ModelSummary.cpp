@@ -1,5 +1,9 @@
 #include "modelreader/ModelSummary.h"
 
+#include <cstdint>
+#include <set>
+#include <utility>
+
 #include "modelreader/ModelFaceFlags.h"
 #include "modelreader/Place.h"
 
@@ -50,10 +54,13 @@ std::vector<KeywordUse> KeywordUses(std::span<const ModelGroup> groups) {
   std::vector<KeywordUse> uses;
   const auto count = [&](std::string_view keyword, const auto& has) {
     KeywordUse use{keyword, 0, 0};
+    std::set<std::pair<std::string_view, std::uint32_t>> known;
     for (const ModelGroup& group : groups) {
       for (const ModelSurfaceSet& set : group.surfaceSets) {
         if (!has(set.flags)) continue;
-        ++use.sets;
+        // Several groups are mostly parts of one, which have parts of its sets.
+        const bool isNew = known.emplace(std::string_view(set.name), set.flags).second;
+        if (isNew || groups.size() == 1) ++use.sets;
         use.faces += set.faces.size();
       }
     }

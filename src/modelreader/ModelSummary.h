@@ -15,7 +15,7 @@ namespace mapexport {
 /// Faces of the surface sets with a flag.
 struct KeywordUse {
   std::string_view keyword;  ///< of kModelFaceFlags; "none" for sets without flags
-  std::size_t sets = 0;
+  std::size_t sets = 0;      ///< in several groups, those of one name and flags are one
   std::uint64_t faces = 0;
 };
 
