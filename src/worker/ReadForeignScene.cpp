@@ -68,8 +68,8 @@ ProcessLimits LimitsOfReader(std::uint32_t seconds) {
 }
 
 /// Reads the scene and writes it as a scene file, with one byte to `stage` in between. Returns a
-/// ReaderMessage. `most` is LargestScene, which can't be found out in there. For a process that ends
-/// without cleaning up.
+/// ReaderMessage. `most` is LargestScene, which can't be found out in there. For a process that
+/// ends without cleaning up.
 std::string Read(const std::string& path, const ImportOptions& options, std::uint64_t most,
                  int stage, FdOutput& output) {
   // The import library parses numbers, and makes some names, by the current locale.
