@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <utility>
 
 #include "exporter/geometry/AttributeCells.h"
 
@@ -97,8 +98,7 @@ std::uint32_t AttributeIndex::FirstOfNeighbours(const VertexAttribute& x, std::u
     const Entry& entry = table_[PlaceInTable(Upper(hash))];
     if (entry.cell == 0 || entry.cell - 1 == ownCell) return;
     const bool isCrowded = chains_[entry.cell - 1].newest == kCrowdedCell;
-    if (isCrowded && crowdedDone) return;
-    crowdedDone |= isCrowded;
+    if (isCrowded && std::exchange(crowdedDone, true)) return;
     best = FirstOfCell(entry.cell - 1, x, attributes, best);
   });
   return best;
