@@ -104,6 +104,15 @@ TEST_F(ImporterTest, ObjStatementsInAllTheirForms) {
   EXPECT_EQ(imported.leftOut.size(), 2u);
 }
 
+TEST_F(ImporterTest, CornersThatTheLibraryCutsOffPolygonsAreCounted) {
+  const ImportedScene imported =
+      Import("folded.off",
+             "OFF\n6 1 0\n20 40 20\n40 20 0\n10 30 0\n30 0 20\n10 10 0\n40 0 0\n6 0 1 2 3 4 5\n");
+  EXPECT_EQ(TrianglesOf(imported), 2u);
+  EXPECT_THAT(RemarksOf(imported), ElementsAre("left-out: left out: 2 corners of polygons that "
+                                               "can't be triangulated as a whole"));
+}
+
 TEST(TriangulatePolygonTest, TrianglesCoverThePolygon) {
   const std::vector<std::vector<Point3>> polygons{
       {{0, 0, 5}, {4, 0, 5}, {4, 4, 5}, {0, 4, 5}},

@@ -25,6 +25,8 @@ Remarks LeftOut::Items() const {
        "polygons that can't be triangulated"},
       {primitives, "left-out-primitives", "part of a mesh without positions",
        "parts of meshes without positions"},
+      {corners, "left-out-corners", "corner of a polygon that can't be triangulated as a whole",
+       "corners of polygons that can't be triangulated as a whole"},
       {vertices, "left-out-vertices", "vertex that isn't finite", "vertices that aren't finite"},
       {faces, "left-out-triangles", "triangle with a corner that is missing or not finite",
        "triangles with a corner that is missing or not finite"},

@@ -15,6 +15,7 @@ struct LeftOut {
   std::size_t objects = 0;         ///< of unknown kinds
   std::size_t curves = 0;          ///< free-form curves and surfaces
   std::size_t polygons = 0;        ///< that could not be triangulated
+  std::size_t corners = 0;         ///< cut off polygons that could not be triangulated as a whole
   std::size_t vertices = 0;        ///< with a coordinate that isn't finite
   std::size_t primitives = 0;      ///< parts of meshes without positions
   std::size_t faces = 0;           ///< triangles with such a corner, or one that isn't there

@@ -89,6 +89,21 @@ bool IsEmpty(const aiScene& scene) {
          scene.mNumLights == 0 && scene.mNumAnimations == 0;
 }
 
+/// The triangles that the scene's polygons are cut into when none is lost.
+std::size_t TrianglesOf(const aiScene& scene) {
+  std::size_t count = 0;
+  if (scene.mMeshes == nullptr) return 0;
+  for (unsigned m = 0; m < scene.mNumMeshes; ++m) {
+    const aiMesh* mesh = scene.mMeshes[m];
+    if (mesh == nullptr || mesh->mFaces == nullptr) continue;
+    for (unsigned f = 0; f < mesh->mNumFaces; ++f) {
+      const unsigned corners = mesh->mFaces[f].mNumIndices;
+      if (corners >= 3) count += corners - 2;
+    }
+  }
+  return count;
+}
+
 std::string MetadataText(const aiScene& scene, const char* key) {
   aiString text;
   if (scene.mMetaData == nullptr || !scene.mMetaData->Get(key, text)) return {};
@@ -166,7 +181,12 @@ LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& optio
   const std::shared_ptr<Assimp::Importer> importer = MakeImporter(options);
   importer->SetIOHandler(MakeRecordingFiles(files, ChangedForm(path, beginning, result)).release());
   Configure(*importer, options);
-  const aiScene* scene = importer->ReadFile(path, aiProcess_Triangulate);
+  const aiScene* scene = importer->ReadFile(path, 0);
+  if (scene != nullptr) {
+    const std::size_t triangles = TrianglesOf(*scene);
+    scene = importer->ApplyPostProcessing(aiProcess_Triangulate);
+    if (scene != nullptr) result.cutCorners = triangles - std::min(triangles, TrianglesOf(*scene));
+  }
   if (IsUtf16(beginning) && (scene == nullptr || scene->mNumMeshes == 0)) RefuseUtf16(path);
   if (scene == nullptr) RefuseBroken(path, ReasonFrom(importer->GetErrorString()));
   if (scene->mRootNode == nullptr) RefuseFile(path, "holds no nodes");

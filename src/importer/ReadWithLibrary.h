@@ -27,6 +27,7 @@ struct LibraryScene {
 
   std::size_t cutShapes = 0;  ///< curves that PatchAse cut out
   std::size_t cutBlocks = 0;  ///< blocks of unknown kinds that it cut out
+  std::size_t cutCorners = 0;  ///< of polygons, each a triangle that the library didn't make
 
   /// A text of this scene, or bytes of it, as valid UTF-8.
   std::string Text(const aiString& text) const;

@@ -36,6 +36,7 @@ inline constexpr std::string_view kRemarkCodes[] = {
     "left-out-cameras",
     "left-out-channels",
     "left-out-colours",
+    "left-out-corners",
     "left-out-creases",
     "left-out-curves",
     "left-out-degenerate-triangles",

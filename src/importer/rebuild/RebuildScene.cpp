@@ -123,6 +123,7 @@ void RebuildScene(const LibraryScene& source, const ImportOptions& options, Impo
   }
   leftOut.curves = source.cutShapes;
   leftOut.objects = source.cutBlocks;
+  leftOut.corners = source.cutCorners;
   leftOut.cameras = source.scene->mNumCameras;
   leftOut.lights = source.scene->mNumLights;
   leftOut.animations = source.scene->mNumAnimations;
