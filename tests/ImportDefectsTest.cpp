@@ -119,7 +119,7 @@ TEST(RebuildMeshTest, DamagedMeshesLoseOnlyTheirDamage) {
   scene.mMeshes[2]->mMaterialIndex = 77;
   LeftOut leftOut;
   const std::vector<unsigned> meshes{0, 1, 2, 3, 4};
-  const RebuiltMesh rebuilt = RebuildMesh(scene, meshes, {0}, {}, leftOut);
+  const RebuiltMesh rebuilt = RebuildMesh(scene, meshes, {0}, {}, {}, leftOut);
   ASSERT_NE(rebuilt.mesh, nullptr);
   EXPECT_EQ(rebuilt.mesh->faces.size(), 3u);
   EXPECT_EQ(rebuilt.mesh->verts.size(), 3u);

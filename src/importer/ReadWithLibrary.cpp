@@ -90,7 +90,7 @@ bool IsEmpty(const aiScene& scene) {
 }
 
 /// The triangles that the scene's polygons are cut into when none is lost.
-std::size_t TrianglesOf(const aiScene& scene) {
+std::size_t WholeTriangles(const aiScene& scene) {
   std::size_t count = 0;
   if (scene.mMeshes == nullptr) return 0;
   for (unsigned m = 0; m < scene.mNumMeshes; ++m) {
@@ -183,9 +183,10 @@ LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& optio
   Configure(*importer, options);
   const aiScene* scene = importer->ReadFile(path, 0);
   if (scene != nullptr) {
-    const std::size_t triangles = TrianglesOf(*scene);
+    const std::size_t triangles = WholeTriangles(*scene);
     scene = importer->ApplyPostProcessing(aiProcess_Triangulate);
-    if (scene != nullptr) result.cutCorners = triangles - std::min(triangles, TrianglesOf(*scene));
+    if (scene != nullptr)
+      result.cutCorners = triangles - std::min(triangles, WholeTriangles(*scene));
   }
   if (IsUtf16(beginning) && (scene == nullptr || scene->mNumMeshes == 0)) RefuseUtf16(path);
   if (scene == nullptr) RefuseBroken(path, ReasonFrom(importer->GetErrorString()));

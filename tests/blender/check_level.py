@@ -38,9 +38,6 @@ REASONS = (
     (GLTF + " level.fbx level.x3d", "missing extra", ["Sheared itself"],
      "The node's own shear. These formats hold place, turn and scale; Blender writes what comes "
      "nearest."),
-    ("level.fbx", "missing extra", ["Flag", "Bump"],
-     "A skin stands as it was bound, a mesh with shape keys without them. The line `left out` counts "
-     "both."),
     ("level.obj level.x3d", "missing", ["Hull_hidden"], "Blender leaves out hidden objects."),
     ("level.obj", "extra", ["Pipe"],
      "Blender 3.4 writes the mesh of a curve twice: convert curves to meshes first."),

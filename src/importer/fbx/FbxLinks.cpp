@@ -51,11 +51,12 @@ std::optional<FbxObject::Kind> KindNamed(std::string_view name) {
   if (name == "Model") return FbxObject::Kind::kModel;
   if (name == "Material") return FbxObject::Kind::kMaterial;
   if (name == "Geometry") return FbxObject::Kind::kGeometry;
+  if (name == "Deformer") return FbxObject::Kind::kDeformer;
   return std::nullopt;
 }
 
 bool HasKeptProperties(std::string_view kind) {
-  return kind == "Model" || kind == "Geometry";
+  return kind == "Model" || kind == "Geometry" || kind == "Deformer";
 }
 
 /// Takes a property of the object that was taken last: P: "Name", "Type", "Label", "Flags", VALUE.
@@ -74,6 +75,15 @@ void TakeProperty(const Statement& statement, FbxLinks& into) {
     property.text = p[4].text;
   else
     property.number = p[4].number;
+}
+
+/// Takes the value of a shape key that was taken last: DeformPercent: 50.
+void TakeShapeValue(const Statement& statement, FbxLinks& into) {
+  if (statement.name != "DeformPercent" || into.objects.empty() ||
+      into.objects.back().kind != FbxObject::Kind::kDeformer)
+    return;
+  into.objects.back().properties.push_back(
+      {std::string(statement.name), {}, statement.properties[0].number});
 }
 
 /// Takes what the statement of a section says; `text` is the whole file's. False when the statement
@@ -156,6 +166,8 @@ std::optional<FbxLinks> ReadAscii(std::string_view text) {
       const Statement statement = ParseLine(line);
       if (!Take(section, statement, text, links)) return std::nullopt;
       hasKeptProperties = section == Section::kObjects && HasKeptProperties(statement.name);
+    } else if (depth == 2 && hasKeptProperties && line.starts_with("DeformPercent")) {
+      TakeShapeValue(ParseLine(line), links);
     } else if (depth == 3 && hasKeptProperties && line.starts_with("P:")) {
       TakeProperty(ParseLine(line), links);
     }
@@ -203,6 +215,7 @@ class BinaryReader {
   void TakeProperties(const Record& object) {
     at_ = object.content;
     while (const std::optional<Record> list = NextRecord(object.end)) {
+      TakeShapeValue(list->statement, links_);
       if (list->statement.name == "Properties70") {
         at_ = list->content;
         while (const std::optional<Record> property = NextRecord(list->end)) {

@@ -10,7 +10,7 @@
 
 namespace mapexport {
 
-/// A property that may matter for nodes: one for UserText, or on visibility.
+/// A property that may matter: one for UserText, on visibility, or a shape key's value.
 struct FbxProperty {
   std::string name;  ///< bytes of the file, like the text
   std::optional<std::string> text;
@@ -18,12 +18,12 @@ struct FbxProperty {
 };
 
 struct FbxObject {
-  enum class Kind { kModel, kMaterial, kGeometry };
+  enum class Kind { kModel, kMaterial, kGeometry, kDeformer };
   Kind kind = Kind::kModel;
   std::int64_t id = 0;
   std::string name;            ///< bytes of the file, without the class before or behind it
   std::string className = {};  ///< "Mesh", "NurbsCurve", ...
-  std::vector<FbxProperty> properties = {};  ///< of models and geometries
+  std::vector<FbxProperty> properties = {};  ///< of all but materials
 };
 
 struct FbxLink {
@@ -34,8 +34,8 @@ struct FbxLink {
 
 /// What the sections "Objects" and "Connections" say, in the file's order.
 struct FbxLinks {
-  std::vector<FbxObject> objects;  ///< models, materials and geometries
-  std::vector<FbxLink> links;      ///< of one object to another ("OO")
+  std::vector<FbxObject> objects;
+  std::vector<FbxLink> links;  ///< of one object to another ("OO")
 };
 
 /// Reads both sections of the text of an FBX file, ASCII or binary, of version 7.0 or later. Empty

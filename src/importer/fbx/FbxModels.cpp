@@ -45,6 +45,7 @@ void FbxModels::FollowLinks() {
     const FbxObject::Kind kind = child->second->kind;
     (kind == FbxObject::Kind::kModel      ? modelsBelow_
      : kind == FbxObject::Kind::kMaterial ? materialsOf_
+     : kind == FbxObject::Kind::kDeformer ? deformersOf_
                                           : geometriesOf_)[link.parent]
         .push_back(link.child);
   }
@@ -73,6 +74,22 @@ void FbxModels::MatchNodes(const std::vector<FoldedNode>& nodes) {
       for (std::size_t i = 0; i < same.nodes.size(); ++i) modelOf_[same.nodes[i]] = same.models[i];
     }
   }
+}
+
+std::unordered_map<std::string_view, double> FbxModels::ShapeWeightsOf(
+    const FbxObject& model) const {
+  std::unordered_map<std::string_view, double> weights;
+  for (const std::int64_t geometry : GeometriesOf(model.id)) {
+    for (const std::int64_t deformer : Below(deformersOf_, geometry)) {
+      for (const std::int64_t channel : Below(deformersOf_, deformer)) {
+        const Ids& shapes = GeometriesOf(channel);
+        if (shapes.size() != 1) continue;
+        weights.emplace(objectOf_.at(shapes[0])->name,
+                        NumberOf(*objectOf_.at(channel), "DeformPercent", 0) / 100);
+      }
+    }
+  }
+  return weights;
 }
 
 UserText FbxModels::TextOf(const FbxObject& model) const {

@@ -2,6 +2,7 @@
 #include "importer/rebuild/ObjectTable.h"
 
 #include "importer/ReadWithLibrary.h"
+#include "importer/fbx/FbxDeform.h"
 #include "importer/rebuild/FlatFaces.h"
 #include "importer/rebuild/MaterialTable.h"
 #include "importer/rebuild/RebuildMesh.h"
@@ -9,9 +10,10 @@
 namespace mapexport {
 
 ObjectTable::ObjectTable(const LibraryScene& source, const std::vector<int>& hostMaterials,
-                         MaterialTable& materials, LeftOut& leftOut)
+                         const FbxDeform* fbxDeform, MaterialTable& materials, LeftOut& leftOut)
     : source_(source),
       hostMaterials_(hostMaterials),
+      fbxDeform_(fbxDeform),
       materials_(materials),
       leftOut_(leftOut),
       flatFaces_(FlatFaces(source)) {}
@@ -30,7 +32,15 @@ NodeObject ObjectTable::Find(std::span<const unsigned> meshes, std::size_t node,
 
 ObjectTable::Entry ObjectTable::Make(std::span<const unsigned> meshes, std::size_t node,
                                      const std::string& nodeName) {
-  RebuiltMesh rebuilt = RebuildMesh(*source_.scene, meshes, hostMaterials_, flatFaces_, leftOut_);
+  Deform deform;
+  if (fbxDeform_ != nullptr) {
+    deform = [this, node](const aiMesh& mesh, std::vector<Point3>& positions,
+                          std::vector<Point3>& normals) {
+      fbxDeform_->Apply(mesh, node, positions, normals);
+    };
+  }
+  RebuiltMesh rebuilt =
+      RebuildMesh(*source_.scene, meshes, hostMaterials_, flatFaces_, deform, leftOut_);
   Entry entry;
   entry.firstNode = node;
   entry.object.object = SceneObject::kHelper;

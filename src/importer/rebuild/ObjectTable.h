@@ -14,6 +14,7 @@ namespace mapexport {
 
 struct LeftOut;
 struct LibraryScene;
+class FbxDeform;
 class MaterialTable;
 
 /// What a node shows.
@@ -34,8 +35,9 @@ struct MeshInstance {
 class ObjectTable {
  public:
   /// All must outlive the table. `hostMaterials` gives the index in `materials` by the library's.
+  /// `fbxDeform` is null for other formats.
   ObjectTable(const LibraryScene& source, const std::vector<int>& hostMaterials,
-              MaterialTable& materials, LeftOut& leftOut);
+              const FbxDeform* fbxDeform, MaterialTable& materials, LeftOut& leftOut);
 
   /// The object of a node with these meshes (indices of the library's). Without meshes there is
   /// none; when their triangles are all left out it is a helper, since an empty mesh would hide the
@@ -56,6 +58,7 @@ class ObjectTable {
 
   const LibraryScene& source_;
   const std::vector<int>& hostMaterials_;
+  const FbxDeform* fbxDeform_;
   MaterialTable& materials_;
   LeftOut& leftOut_;
   std::vector<std::vector<bool>> flatFaces_;  // by the library's mesh

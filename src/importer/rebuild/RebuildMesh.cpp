@@ -25,7 +25,7 @@ std::vector<Point3> PointsOf(const aiVector3D* vectors, std::size_t count) {
 
 /// Adds the triangles of `mesh`; counts everything else. `isFlat` by the mesh's face, or empty.
 void AddTo(MeshBuilder& builder, const aiMesh& mesh, int material, const std::vector<bool>& isFlat,
-           LeftOut& leftOut) {
+           const Deform& deform, LeftOut& leftOut) {
   std::vector<CornerIndices> triangles;
   std::vector<std::uint8_t> flatTriangles;
   const unsigned faceCount = mesh.mFaces == nullptr ? 0 : mesh.mNumFaces;
@@ -44,11 +44,12 @@ void AddTo(MeshBuilder& builder, const aiMesh& mesh, int material, const std::ve
   if (mesh.mColors[0] != nullptr) leftOut.colours += mesh.mNumVertices;
   if (mesh.mTextureCoords[1] != nullptr) ++leftOut.channels;
 
-  const std::vector<Point3> positions = PointsOf(mesh.mVertices, mesh.mNumVertices);
+  std::vector<Point3> positions = PointsOf(mesh.mVertices, mesh.mNumVertices);
   if (triangles.empty()) {  // else those of the triangles are counted
     for (const Point3& position : positions) leftOut.vertices += IsFinite(position) ? 0U : 1U;
   }
-  const std::vector<Point3> normals = PointsOf(mesh.mNormals, positions.size());
+  std::vector<Point3> normals = PointsOf(mesh.mNormals, positions.size());
+  if (deform) deform(mesh, positions, normals);
   std::vector<Point3> coordinates = PointsOf(mesh.mTextureCoords[0], positions.size());
   if (mesh.mNumUVComponents[0] != 3) {
     for (Point3& uvw : coordinates) uvw.z = 0.0f;
@@ -65,7 +66,8 @@ void AddTo(MeshBuilder& builder, const aiMesh& mesh, int material, const std::ve
 
 RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndices,
                         const std::vector<int>& hostMaterials,
-                        const std::vector<std::vector<bool>>& flatFaces, LeftOut& leftOut) {
+                        const std::vector<std::vector<bool>>& flatFaces, const Deform& deform,
+                        LeftOut& leftOut) {
   MeshBuilder builder(leftOut);
   unsigned morphs = 0;  // readers give each part of a node's mesh all of them
   for (const unsigned index : meshIndices) {
@@ -78,7 +80,7 @@ RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndi
     morphs = std::max(morphs, mesh->mNumAnimMeshes);
     const unsigned material = mesh->mMaterialIndex;
     AddTo(builder, *mesh, material < hostMaterials.size() ? hostMaterials[material] : -1,
-          index < flatFaces.size() ? flatFaces[index] : std::vector<bool>(), leftOut);
+          index < flatFaces.size() ? flatFaces[index] : std::vector<bool>(), deform, leftOut);
   }
   leftOut.morphs += morphs;
   return builder.Finish();

@@ -17,6 +17,7 @@
 #include "importer/LeftOut.h"
 #include "importer/ReadWithLibrary.h"
 #include "importer/ase/ReadAse.h"
+#include "importer/fbx/FbxDeform.h"
 #include "importer/fbx/FbxModels.h"
 #include "importer/fbx/FoldHelperNodes.h"
 #include "importer/fbx/InstanceMaterials.h"
@@ -137,7 +138,9 @@ void RebuildScene(const LibraryScene& source, const ImportOptions& options, Impo
   }
   ImportedMaterials imported = ImportMaterials(source);
   MaterialTable materials(std::move(imported.materials));
-  ObjectTable objects(source, imported.hostIndex, materials, leftOut);
+  std::optional<FbxDeform> deform;
+  if (fbx) deform.emplace(*fbx, folded);
+  ObjectTable objects(source, imported.hostIndex, deform ? &*deform : nullptr, materials, leftOut);
 
   std::vector<SceneNode> nodes(folded.size());
   for (std::size_t i = 0; i < folded.size(); ++i) {
