@@ -59,6 +59,7 @@ TEST_P(PackedTest, TrianglesAreThoseOfThePlainFile) {
   if (GetParam() == std::string("quantized")) {
     EXPECT_EQ(node->name, "Bump") << "a nameless child holds the mesh";
     EXPECT_EQ(node->userProperties, "floorface\r\n");
+    EXPECT_EQ(First(imported).userProperties, "") << "there it would have no effect";
   }
 }
 

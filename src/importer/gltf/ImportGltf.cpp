@@ -123,6 +123,12 @@ class Importer {
            !NodeAt(node.parent).name.empty() && NodeAt(node.parent).mesh == kNoGltfIndex;
   }
 
+  /// Whether the properties of the node count at its children that hold its mesh instead.
+  bool HandsDownText(const GltfNode& node) const {
+    return std::ranges::any_of(node.children,
+                               [this](int child) { return IsMeshOfParent(NodeAt(child)); });
+  }
+
   std::string NameOf(int index) const {
     const GltfNode& node = NodeAt(index);
     if (IsMeshOfParent(node)) return NodeAt(node.parent).name;
@@ -152,7 +158,7 @@ class Importer {
       for (std::size_t i = remarks; i < result_.remarks.size(); ++i) {
         TakeText(visit.node, result_.remarks[i].text.size() + node.name.size());
       }
-      node.userProperties = text.Text();
+      if (!HandsDownText(source)) node.userProperties = text.Text();
       NodeObject object = objects_.Find(source, node.name);
       node.object = object.object;
       node.mesh = std::move(object.mesh);
