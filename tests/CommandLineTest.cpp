@@ -33,6 +33,8 @@ TEST_F(ProgramTest, WrongCommandLinesEndWith2) {
       {{"export", "a", "b", "--seed", "4294967296"}, "4294967295"},
       {{"export", "a", "b", "--seed", "-1"}, "\"-1\""},
       {{"export", "a", "b", "--voxel-size", std::string(256, '1')}, "255"},
+      {{"export", "a", "b", "--allow", "scale", "--allow", "any"},
+       "--allow: there is no CODE \"any"},
       {{"export", "a", "b", "--up", "x"}, "auto, y, z"},
       {{"export", "a", "b", "--scale", "0"}, "--scale: \"0\""},
       {{"export", "a", "b", "--scale", "1e-99"}, "--scale: \"1e-99\""},

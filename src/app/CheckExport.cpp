@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
+#include <map>
 #include <ostream>
+#include <string_view>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -29,6 +32,13 @@ std::string WriteTrouble(const std::string& path) {
   return fsync(file.Get()) == 0 ? "" : ErrnoText(errno);
 }
 
+/// Whether warnings of `code` are about putting files in place: output, log or settings.
+bool IsOfPlacing(std::string_view code) {
+  constexpr RemarkCode kCodes[] = {"attributes-not-kept", "folder-not-synced", "output-not-locked",
+                                   "settings-not-saved"};
+  return std::ranges::find(kCodes, code, &RemarkCode::Text) != std::ranges::end(kCodes);
+}
+
 }  // namespace
 
 void ThrowNotExported(const std::string& output, const std::string& path,
@@ -44,6 +54,27 @@ ModelCheckResult CheckExport(const std::string& output, const std::string& path)
       std::ranges::find(checked.problems, ModelSeverity::kError, &ModelProblem::severity);
   if (error != checked.problems.end()) ThrowNotExported(output, path, ToLine(*error));
   return checked;
+}
+
+void RequireNoWarning(const std::string& output, std::span<const Remark> told,
+                      std::span<const std::string> allowed) {
+  std::map<std::string_view, std::uint64_t> counts;
+  for (const Remark& remark : told) {
+    if (remark.kind != RemarkKind::kWarning || IsOfPlacing(remark.code)) continue;
+    if (std::ranges::find(allowed, remark.code) != allowed.end()) continue;
+    std::uint64_t& count = counts[remark.code];
+    count = AddCounts(count, remark.stands);
+  }
+  if (counts.empty()) return;
+  std::string list;
+  for (const auto& [code, count] : counts) {
+    list += fmt::format("{}{}", list.empty() ? "" : ", ", code);
+    if (count > 1) list += fmt::format(" ({})", count);
+  }
+  throw RunError(
+      fmt::format("{}: not exported: with --strict, warnings are errors: {}; --allow CODE lets one "
+                  "pass",
+                  output, list));
 }
 
 void WarnOfWelding(const ExportArguments& arguments, const ExportSystem::Values& values,

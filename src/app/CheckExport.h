@@ -1,6 +1,7 @@
 // Checks the result of an export.
 #pragma once
 
+#include <span>
 #include <string>
 
 #include "app/ExportArguments.h"
@@ -19,6 +20,11 @@ namespace mapexport {
 /// Checks the model file at `path`, with the layout of `output`. Throws RunError about `output`
 /// when it is defective.
 ModelCheckResult CheckExport(const std::string& output, const std::string& path);
+
+/// Throws RunError about `output` when there is a warning among `told` whose code is not one of
+/// `allowed`, except for those about putting files in place: an output must not depend on them.
+void RequireNoWarning(const std::string& output, std::span<const Remark> told,
+                      std::span<const std::string> allowed);
 
 /// Warns when the dialog's final welding is not what was asked for, or when it is coarse for the
 /// scene.

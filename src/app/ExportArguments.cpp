@@ -14,12 +14,22 @@
 #include "cli/SharedOptions.h"
 #include "modelreader/ModelFile.h"
 #include "output/OutputTarget.h"
+#include "system/RemarkCode.h"
 #include "system/RunError.h"
 
 namespace mapexport {
 namespace {
 
 using enum OptionKind;
+
+constexpr OptionInfo kAllowOption{
+    .name = "allow",
+    .kind = kText,
+    .argument = "CODE",
+    .help =
+        "let warnings of that code pass --strict, for example list-too-long; can be repeated; "
+        "--report writes the codes",
+    .words = kRemarkCodes};
 
 constexpr std::array kOptions{
     OptionInfo{
@@ -114,6 +124,12 @@ constexpr std::array kOptions{
     kReadLimitOption,
     kKeywordsOption,
     kOneSidedOption,
+    OptionInfo{
+        .name = "strict",
+        .kind = kFlag,
+        .help = "a warning is an error: status 1, and nothing is replaced; lists that are too long "
+                "and an output without triangles are warnings here"},
+    kAllowOption,
     OptionInfo{.name = "depfile",
                .kind = kText,
                .argument = "FILE",
@@ -220,6 +236,9 @@ ExportArguments ReadExportArguments(const CommandLine& line) {
   arguments.settings = PathValue(line, "settings");
   arguments.fresh = line.Has("fresh");
   arguments.seed = WholeValue(line, "seed");
+  arguments.strict = line.Has("strict");
+  const std::span<const std::string> allowed = WordValues(line, kAllowOption);
+  arguments.allowed.assign(allowed.begin(), allowed.end());
   arguments.depFile = PathValue(line, "depfile");
   arguments.report = PathValue(line, "report");
   if (line.Has("log") && line.Has("no-log")) {

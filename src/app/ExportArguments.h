@@ -23,6 +23,8 @@ struct ExportArguments {
   std::optional<std::string> settings;
   bool fresh = false;
   std::optional<std::uint32_t> seed;
+  bool strict = false;               ///< warnings are errors
+  std::vector<std::string> allowed;  ///< codes of warnings that are none even then
   std::optional<std::string> depFile;
   std::optional<std::string> report;
   std::optional<std::string> log;

@@ -241,6 +241,7 @@ void Export(ExportRun& run) {
   run.report.dependencies = Dependencies(arguments, std::move(loaded.sideFiles),
                                          talk.CxpFailed() ? std::string() : values.cxp);
   run.stages.End();
+  if (arguments.strict) RequireNoWarning(output, run.messages.Told(), arguments.allowed);
   PutInPlace(run, place, depFile, [&] {
     ShowStatus(run, "Exported " + sceneName);
     talk.TellSuccess();

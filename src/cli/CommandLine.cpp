@@ -92,13 +92,14 @@ CommandLine Collect(const CommandParser& parser) {
   for (std::size_t i = 0; i < parser.options.size(); ++i) {
     // The results as given on the command line: the parser's own conversions treat some texts
     // specially.
-    const CLI::results_t& results = parser.options[i]->results();
+    CLI::results_t results = parser.options[i]->results();
     if (results.empty()) continue;
     const OptionInfo& option = parser.info->options[i];
-    std::string value = results.back();
-    if (option.kind == OptionKind::kFlag) value.clear();
-    if (option.kind == OptionKind::kSwitch) value = value == "true" ? "on" : "off";
-    line.options.emplace(option.name, std::move(value));
+    for (std::string& value : results) {
+      if (option.kind == OptionKind::kFlag) value.clear();
+      if (option.kind == OptionKind::kSwitch) value = value == "true" ? "on" : "off";
+    }
+    line.options.emplace(option.name, std::move(results));
   }
   return line;
 }
@@ -108,6 +109,12 @@ CommandLine Collect(const CommandParser& parser) {
 std::optional<std::string> CommandLine::Value(std::string_view option) const {
   const auto found = options.find(option);
   if (found == options.end()) return std::nullopt;
+  return found->second.back();
+}
+
+std::span<const std::string> CommandLine::Values(std::string_view option) const {
+  const auto found = options.find(option);
+  if (found == options.end()) return {};
   return found->second;
 }
 

@@ -18,15 +18,18 @@ namespace mapexport {
 struct CommandLine {
   const CommandInfo* command = nullptr;  ///< null: help or version without a command
   std::vector<std::string> positionals;  ///< as many as the command has
-  /// The given options by name with the last value of each; "on" or "off" for a kSwitch, "" for a
-  /// kFlag.
-  std::map<std::string, std::string, std::less<>> options;
+  /// The given options by name with their values, at least one, in the order of the command line;
+  /// "on" or "off" for a kSwitch, "" for a kFlag.
+  std::map<std::string, std::vector<std::string>, std::less<>> options;
 
   enum class Wanted { kCommand, kHelp, kVersion };
   Wanted wanted = Wanted::kCommand;  ///< with kHelp, the help of `command` or of the program
 
   bool Has(std::string_view option) const { return options.contains(option); }
+  /// The last value; nothing for an option that is not given.
   std::optional<std::string> Value(std::string_view option) const;
+  /// All values of an option that can be repeated.
+  std::span<const std::string> Values(std::string_view option) const;
 };
 
 /// A wrong command line; what() is one line that says what is wrong.

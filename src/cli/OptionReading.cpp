@@ -60,6 +60,17 @@ std::optional<std::size_t> WordValue(const CommandLine& line, const OptionInfo& 
   return static_cast<std::size_t>(found - option.words.begin());
 }
 
+std::span<const std::string> WordValues(const CommandLine& line, const OptionInfo& option) {
+  const std::span<const std::string> values = line.Values(option.name);
+  for (const std::string& value : values) {
+    if (std::ranges::find(option.words, value) != option.words.end()) continue;
+    throw UsageError(
+        fmt::format("--{}: there is no {} \"{}\"", option.name, option.argument, value),
+        line.command);
+  }
+  return values;
+}
+
 std::optional<int> RowValue(const CommandLine& line, const OptionInfo& option) {
   const std::optional<std::string> value = line.Value(option.name);
   if (!value) return std::nullopt;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -28,6 +29,9 @@ std::optional<float> ScaleValue(const CommandLine& line);
 
 /// The index of the value among the option's words; other values are refused.
 std::optional<std::size_t> WordValue(const CommandLine& line, const OptionInfo& option);
+
+/// All values of an option that can be repeated, each one of its words.
+std::span<const std::string> WordValues(const CommandLine& line, const OptionInfo& option);
 
 /// The index of the row that the value names.
 std::optional<int> RowValue(const CommandLine& line, const OptionInfo& option);

@@ -8,7 +8,7 @@
 
 namespace mapexport {
 
-inline constexpr std::string_view kRemarkCodes[] = {
+inline constexpr const char* kRemarkCodes[] = {
     "attributes-not-kept",
     "axes",
     "cancelled",

@@ -1,0 +1,44 @@
+// Warnings as errors: --strict and --allow.
+#include "support/ProgramRun.h"
+
+namespace mapexport {
+namespace {
+
+TEST_F(ProgramTest, StrictExportsReplaceNothingWhenThereIsAWarning) {
+  struct Case {
+    std::vector<std::string> options;
+    std::string codes;  ///< as the error lists them; empty when there is none
+  };
+  const std::vector<std::string> doubtful{"--weld-distance", "30", "--cxp", "none.cxp"};
+  const std::vector<Case> cases{
+      {{}, ""},  // notes are no warnings
+      {doubtful, "cxp-unreadable, few-triangles-left, no-triangle, small-for-welding"},
+      {{"--up", "y", "--allow", "no-triangle"}, "option-without-effect"},
+      {{"--up", "y", "--allow", "no-triangle", "--allow", "option-without-effect"}, ""},
+      {{"--settings", "/dev/full/s.reg"}, "settings-unreadable"},
+      {{"--settings", "none/s.reg"}, ""},  // it can't be saved, which no output depends on
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(testing::PrintToString(each.options));
+    for (const char* name : {"a.kob", "a.d", "r.json"}) Write(work_ / name, "old");
+    std::vector<std::string> options = each.options;
+    options.insert(options.end(), {"--strict", "--depfile", "a.d", "--report", "r.json"});
+    if (std::ranges::find(options, "--settings") == options.end()) options.push_back("--fresh");
+    const Outcome outcome = Export("a.kob", options);
+    EXPECT_EQ(outcome.status, each.codes.empty() ? 0 : 1) << outcome.err;
+    EXPECT_EQ(Content(work_ / "a.kob") == "old", !each.codes.empty());
+    EXPECT_EQ(Content(work_ / "a.d") == "old", !each.codes.empty());
+    const std::string report = Content(work_ / "r.json");
+    EXPECT_EQ(report.find("sha256") == std::string::npos, !each.codes.empty());
+    if (each.codes.empty()) continue;
+    const std::string error =
+        "a.kob: not exported: with --strict, warnings are errors: " + each.codes +
+        "; --allow CODE lets one pass";
+    EXPECT_THAT(outcome.err, EndsWith("\nmapexport: error: " + error + "\n"));
+    EXPECT_THAT(report, AllOf(HasSubstr("\"error\": \"" + error), HasSubstr("\"status\": 1")));
+    EXPECT_THAT(Names(work_), Not(testing::Contains(testing::StartsWith(".a.kob"))));
+  }
+}
+
+}  // namespace
+}  // namespace mapexport
