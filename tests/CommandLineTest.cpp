@@ -139,6 +139,25 @@ TEST_F(ProgramTest, InspectTellsOfDamage) {
   }
 }
 
+TEST_F(ProgramTest, DiffEndsWithItsAnswer) {
+  const std::vector<std::string> cells{"--fresh", "--voxel-size", "2"};
+  ASSERT_EQ(Export("a.kob", {"--fresh"}).status + Export("cells.kob", cells).status +
+                Export("other.kob", {"--fresh", "--coordinates", "max"}).status,
+            0);
+  Write(work_ / "cut.kob", Content(work_ / "a.kob").substr(0, 500));
+  EXPECT_EQ(Run({"diff", "a.kob", "./a.kob"}).out, "equal: 3 triangles\n");
+  const Outcome order = Run({"diff", "a.kob", "cells.kob"});
+  EXPECT_EQ(order.status, 0);
+  EXPECT_THAT(order.out, AllOf(StartsWith("only the order differs"), HasSubstr("batches  1  2")));
+  for (const char* option : {"--json", "--"}) {
+    EXPECT_EQ(Run({"diff", option, "a.kob", "other.kob"}).status, 5);
+  }
+  ExpectRefusal(Run({"diff", "a.kob", "cut.kob"}), Run({"inspect", "cut.kob"}).err);
+  ExpectRefusal(Run({"diff", "missing.kob", "a.kob"}), "missing.kob: ");
+  const auto full = [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); };
+  EXPECT_EQ(Run({"diff", "a.kob", "other.kob"}, full).status, 1);
+}
+
 TEST_F(ProgramTest, PagesAreWrittenSafely) {
   ASSERT_EQ(Export("a.qob").status, 0);
   const Outcome outcome = Run({"view", "a.qob", "-o", "a\x1b[2J\n.html"});

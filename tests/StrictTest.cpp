@@ -23,7 +23,7 @@ TEST_F(ProgramTest, StrictExportsReplaceNothingWhenThereIsAWarning) {
     for (const char* name : {"a.kob", "a.d", "r.json"}) Write(work_ / name, "old");
     std::vector<std::string> options = each.options;
     options.insert(options.end(), {"--strict", "--depfile", "a.d", "--report", "r.json"});
-    if (std::ranges::find(options, "--settings") == options.end()) options.push_back("--fresh");
+    if (std::ranges::find(options, "--settings") == options.end()) options.emplace_back("--fresh");
     const Outcome outcome = Export("a.kob", options);
     EXPECT_EQ(outcome.status, each.codes.empty() ? 0 : 1) << outcome.err;
     EXPECT_EQ(Content(work_ / "a.kob") == "old", !each.codes.empty());

@@ -12,14 +12,16 @@ namespace mapexport {
 CommandInfo ExportCommand();
 CommandInfo SceneCommand();
 CommandInfo InspectCommand();
+CommandInfo DiffCommand();
 CommandInfo ConvertCommand();
 CommandInfo ViewCommand();
 CommandInfo FormatsCommand();
 
 /// Every command, in the order in which they are listed.
 inline std::span<const CommandInfo> Commands() {
-  static const std::array commands{ExportCommand(),  SceneCommand(), InspectCommand(),
-                                   ConvertCommand(), ViewCommand(),  FormatsCommand()};
+  static const std::array commands{ExportCommand(), SceneCommand(),   InspectCommand(),
+                                   DiffCommand(),   ConvertCommand(), ViewCommand(),
+                                   FormatsCommand()};
   return commands;
 }
 

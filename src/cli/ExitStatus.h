@@ -11,6 +11,7 @@ enum class ExitStatus {
   kWrongUsage = 2,     ///< the command line is wrong
   kCancelled = 3,      ///< the export was cancelled in the dialog
   kOverlongLists = 4,  ///< done, but a list is longer than 16-bit indices can address
+  kDifferent = 5,      ///< by `diff`: the two files differ in content
 };
 
 struct ExitStatusInfo {
@@ -28,6 +29,7 @@ inline constexpr std::array kExitStatuses{
     ExitStatusInfo{ExitStatus::kCancelled, "the export was cancelled in the dialog"},
     ExitStatusInfo{ExitStatus::kOverlongLists,
                    "done, but a list is longer than the file's 16-bit indices can address"},
+    ExitStatusInfo{ExitStatus::kDifferent, "`diff`: the files differ in more than the order"},
 };
 
 }  // namespace mapexport

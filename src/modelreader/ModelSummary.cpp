@@ -1,5 +1,7 @@
 #include "modelreader/ModelSummary.h"
 
+#include <fmt/format.h>
+
 #include <cstdint>
 #include <set>
 #include <utility>
@@ -48,6 +50,21 @@ ModelSummary Summarise(const ModelFile& model) {
     if (!isUsed[i]) summary.unused.push_back(i);
   }
   return summary;
+}
+
+std::string FlagKeywords(std::uint32_t flags) {
+  std::string keywords;
+  const auto add = [&keywords](std::string_view keyword) {
+    if (!keywords.empty()) keywords += ' ';
+    keywords += keyword;
+  };
+  for (const ModelFaceFlag& flag : kModelFaceFlags) {
+    if ((flags & flag.bit) == 0) continue;
+    add(flag.keyword);
+    flags &= ~flag.bit;
+  }
+  if (flags != 0) add(fmt::format("{:#x}", flags));
+  return keywords.empty() ? "-" : keywords;
 }
 
 std::vector<KeywordUse> KeywordUses(std::span<const ModelGroup> groups) {

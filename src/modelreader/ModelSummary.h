@@ -36,6 +36,9 @@ struct ModelSummary {
 
 ModelSummary Summarise(const ModelFile& model);
 
+/// "climbable floorface"; "-" for no flag.
+std::string FlagKeywords(std::uint32_t flags);
+
 /// The use of each flag by the faces of the groups, in the order of the flags, then "none". A set
 /// with several flags counts for each. Unused flags are left out.
 std::vector<KeywordUse> KeywordUses(std::span<const ModelGroup> groups);

@@ -10,7 +10,6 @@
 
 #include <fmt/format.h>
 
-#include "modelreader/ModelFaceFlags.h"
 #include "modelreader/ModelSummary.h"
 #include "modelreader/TextTable.h"
 #include "modelreader/WriteModel.h"
@@ -175,21 +174,6 @@ void WriteBatches(const ModelGroup& group, const ModelFile& model, std::ostream&
   WriteMore(order.size(), shown, out);
 }
 
-std::string Keywords(std::uint32_t flags) {
-  std::string keywords;
-  const auto add = [&keywords](std::string_view keyword) {
-    if (!keywords.empty()) keywords += ' ';
-    keywords += keyword;
-  };
-  for (const ModelFaceFlag& flag : kModelFaceFlags) {
-    if ((flags & flag.bit) == 0) continue;
-    add(flag.keyword);
-    flags &= ~flag.bit;
-  }
-  if (flags != 0) add(fmt::format("{:#x}", flags));
-  return keywords.empty() ? "-" : keywords;
-}
-
 void WriteSurfaceSets(const ModelGroup& group, std::ostream& out) {
   if (group.surfaceSets.empty()) return;
   TextTable table({{"set", kRight}, {"name"}, {"faces", kRight}, {"flags"}});
@@ -197,7 +181,7 @@ void WriteSurfaceSets(const ModelGroup& group, std::ostream& out) {
   for (std::size_t i = 0; i < shown; ++i) {
     const ModelSurfaceSet& set = group.surfaceSets[i];
     table.AddRow({std::to_string(i), NameUnless("NONE", set.name), std::to_string(set.faces.size()),
-                  Keywords(set.flags)});
+                  FlagKeywords(set.flags)});
   }
   out << "\n  Surface sets\n";
   table.Write(4, out);
