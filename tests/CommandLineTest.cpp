@@ -12,6 +12,16 @@ TEST_F(ProgramTest, WrongCommandLinesEndWith2) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
       {{}, "command"},
       {{"turn", "a", "b"}, "\"turn\""},
+      {{"exprot", "a", "b"}, "no command \"exprot\"; did you mean \"export\"?\n"},
+      {{"help", "inspct"}, "did you mean \"inspect\"?\n"},
+      {{"xyz"}, "no command \"xyz\"\n"},
+      {{"--versoin"}, "did you mean \"--version\"?\n"},
+      {{"export", "a", "--no-wedl"},
+       "export has no option \"--no-wedl\"; did you mean \"--no-weld\"?\n"},
+      {{"export", "a", "b", "--texture=max"}, "did you mean \"--texture-coordinates\"?\n"},
+      {{"export", "a", "b", "--allow", "axis"}, "did you mean \"axes\"?\n"},
+      {{"inspect", "a", "--" + std::string(100000, 'x')}, "xxx\"\n"},
+      {{"help", "export", "scene"}, "scene"},
       {{"convert", "a", "b.max"}, ".glb, .gltf, .obj, .ply, .stl"},
       {{"convert", "a", "b.glb", "--coordinates", "4"}, "0 to 3, left-handed"},
       {{"--bogus"}, "--bogus"},
@@ -82,6 +92,9 @@ TEST_F(ProgramTest, NumbersAreTypedAsGiven) {
 TEST_F(ProgramTest, HelpAndVersion) {
   EXPECT_THAT(Run({"--version"}).out, HasSubstr("1.0.0"));
   EXPECT_THAT(Run({"formats"}).out, AllOf(HasSubstr(".scene.json"), HasSubstr("\n.fbx ")));
+  EXPECT_EQ(Run({"help"}).out, Run({"--help"}).out);
+  EXPECT_EQ(Run({"help", "export"}).out, Run({"export", "-h"}).out);
+  EXPECT_THAT(Run({"help", "help"}).out, HasSubstr("usage: mapexport help [COMMAND] [options]\n"));
   const Outcome help = Run({"inspect", "--bogus", "--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.out, AllOf(HasSubstr("FILE"), HasSubstr("--layout")));

@@ -72,6 +72,8 @@ TEST(Pages, TellOfTheSameOptionsAsHelp) {
     EXPECT_EQ(Completions(std::string("mapexport ") + command.name + " --"), options);
   }
   EXPECT_THAT(Completions("mapexport \"\""), IsSupersetOf(commands));
+  commands.insert("--help");
+  EXPECT_EQ(Completions("mapexport help \"\""), commands);
 }
 
 TEST(Pages, CompletionOffersTheWordsOfOptions) {

@@ -16,12 +16,13 @@ CommandInfo DiffCommand();
 CommandInfo ConvertCommand();
 CommandInfo ViewCommand();
 CommandInfo FormatsCommand();
+CommandInfo HelpCommand();
 
 /// Every command, in the order in which they are listed.
 inline std::span<const CommandInfo> Commands() {
-  static const std::array commands{ExportCommand(), SceneCommand(),   InspectCommand(),
-                                   DiffCommand(),   ConvertCommand(), ViewCommand(),
-                                   FormatsCommand()};
+  static const std::array commands{ExportCommand(),  SceneCommand(),   InspectCommand(),
+                                   DiffCommand(),    ConvertCommand(), ViewCommand(),
+                                   FormatsCommand(), HelpCommand()};
   return commands;
 }
 

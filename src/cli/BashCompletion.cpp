@@ -74,9 +74,11 @@ std::string ValueCase(const CommandInfo& command, const OptionInfo& option) {
 
 std::string BashCompletion(std::span<const CommandInfo> commands) {
   std::string script(kBegin);
-  for (const CommandInfo& command : commands) script += fmt::format("{} ", command.name);
-  script += NamesOf(kProgramOptions);
+  std::string all;
+  for (const CommandInfo& command : commands) all += fmt::format("{} ", command.name);
+  script += all + NamesOf(kProgramOptions);
   script += kValues;
+  script += fmt::format("    'help help') words='{}--help' ;;\n", all);
   for (const CommandInfo& command : commands) {
     for (const OptionInfo& option : command.options) script += ValueCase(command, option);
   }

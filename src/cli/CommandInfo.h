@@ -34,12 +34,13 @@ struct OptionInfo {
 struct PositionalInfo {
   const char* name;
   const char* help;
+  bool isOptional = false;  ///< only of a command's last one
 };
 
 struct CommandInfo {
   const char* name;
   const char* summary;
-  std::span<const PositionalInfo> positionals = {};  ///< each is required
+  std::span<const PositionalInfo> positionals = {};
   /// Options that operate controls come in the order of the dialog's control table.
   std::span<const OptionInfo> options = {};
   /// Runs the command. Throws UsageError for a wrong value, and other exceptions when it fails.

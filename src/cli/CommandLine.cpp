@@ -5,6 +5,8 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "cli/NearestName.h"
+
 namespace mapexport {
 namespace {
 
@@ -39,19 +41,28 @@ void CheckEqualSigns(const std::vector<std::string>& arguments, const CommandInf
   }
 }
 
+/// The forms of all options, as they are typed.
+std::vector<std::string> FormsOf(std::span<const OptionInfo> options) {
+  std::vector<std::string> forms;
+  for (const OptionInfo& option : options) {
+    forms.push_back(fmt::format("--{}", option.name));
+    if (option.kind == OptionKind::kSwitch) forms.push_back(fmt::format("--no-{}", option.name));
+    if (option.letter != '\0') forms.push_back(fmt::format("-{}", option.letter));
+  }
+  return forms;
+}
+
 /// Without a command, the first argument must be an option of the program itself.
-void CheckProgramOption(const std::vector<std::string>& arguments) {
+void CheckProgramOption(std::span<const CommandInfo> commands,
+                        const std::vector<std::string>& arguments) {
   if (arguments.empty()) throw UsageError("a command is missing", nullptr);
   const std::string& first = arguments.front();
-  const auto isFirst = [&](const OptionInfo& option) {
-    return first == fmt::format("--{}", option.name) ||
-           (option.letter != '\0' && first == fmt::format("-{}", option.letter));
-  };
-  if (std::ranges::any_of(kProgramOptions, isFirst)) return;
-  throw UsageError(first.starts_with('-')
-                       ? fmt::format("\"{}\" is given instead of a command", first)
-                       : fmt::format("there is no command \"{}\"", first),
-                   nullptr);
+  if (!first.starts_with('-')) RequireCommand(commands, first);
+  const std::vector<std::string> forms = FormsOf(kProgramOptions);
+  if (std::ranges::find(forms, first) != forms.end()) return;
+  throw UsageError(
+      fmt::format("\"{}\" is given instead of a command{}", first, Suggestion(first, forms)),
+      nullptr);
 }
 
 std::string ParserNames(const OptionInfo& option) {
@@ -72,7 +83,8 @@ struct CommandParser {
 CommandParser AddCommand(CLI::App& program, const CommandInfo& info) {
   CommandParser parser{&info, program.add_subcommand(info.name), {}, {}};
   for (const PositionalInfo& positional : info.positionals) {
-    parser.positionals.push_back(parser.app->add_option(positional.name)->required());
+    parser.positionals.push_back(
+        parser.app->add_option(positional.name)->required(!positional.isOptional));
   }
   for (const OptionInfo& option : info.options) {
     CLI::Option* added = TakesValue(option.kind) ? parser.app->add_option(ParserNames(option))
@@ -83,11 +95,24 @@ CommandParser AddCommand(CLI::App& program, const CommandInfo& info) {
   return parser;
 }
 
+/// Refuses what the parser left over when it looks like an option.
+void CheckUnknownOption(const CommandParser& parser) {
+  for (const std::string& argument : parser.app->remaining()) {
+    if (!argument.starts_with('-')) continue;
+    std::vector<std::string> forms = FormsOf(parser.info->options);
+    forms.push_back(fmt::format("--{}", kHelpOption.name));
+    const std::string name = argument.substr(0, argument.find('='));
+    throw UsageError(
+        fmt::format("{} has no option \"{}\"{}", parser.info->name, name, Suggestion(name, forms)),
+        parser.info);
+  }
+}
+
 CommandLine Collect(const CommandParser& parser) {
   CommandLine line;
   line.command = parser.info;
   for (const CLI::Option* positional : parser.positionals) {
-    line.positionals.push_back(positional->results().back());
+    if (positional->count() > 0) line.positionals.push_back(positional->results().back());
   }
   for (std::size_t i = 0; i < parser.options.size(); ++i) {
     // The results as given on the command line: the parser's own conversions treat some texts
@@ -118,12 +143,20 @@ std::span<const std::string> CommandLine::Values(std::string_view option) const 
   return found->second;
 }
 
+const CommandInfo& RequireCommand(std::span<const CommandInfo> commands, std::string_view name) {
+  if (const CommandInfo* const command = FindCommand(commands, name)) return *command;
+  std::vector<std::string> names;
+  for (const CommandInfo& command : commands) names.emplace_back(command.name);
+  throw UsageError(fmt::format("there is no command \"{}\"{}", name, Suggestion(name, names)),
+                   nullptr);
+}
+
 CommandLine ParseCommandLine(std::span<const CommandInfo> commands,
                              const std::vector<std::string>& arguments) {
   const CommandInfo* command =
       arguments.empty() ? nullptr : FindCommand(commands, arguments.front());
   CheckEqualSigns(arguments, command);
-  if (command == nullptr) CheckProgramOption(arguments);
+  if (command == nullptr) CheckProgramOption(commands, arguments);
 
   CLI::App program;
   program.set_help_flag("-h,--help");
@@ -149,6 +182,7 @@ CommandLine ParseCommandLine(std::span<const CommandInfo> commands,
     // Only when the arguments ran out: the last one is an option without its value.
     throw UsageError(fmt::format("{}: a value is missing", arguments.back()), command);
   } catch (const CLI::ParseError& error) {
+    if (used() != parsers.end()) CheckUnknownOption(*used());
     throw UsageError(error.what(), command);
   }
   return line;

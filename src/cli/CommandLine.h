@@ -17,7 +17,7 @@ namespace mapexport {
 /// The parts of a command line; the meaning of values is not checked here.
 struct CommandLine {
   const CommandInfo* command = nullptr;  ///< null: help or version without a command
-  std::vector<std::string> positionals;  ///< as many as the command has
+  std::vector<std::string> positionals;  ///< those that are given
   /// The given options by name with their values, at least one, in the order of the command line;
   /// "on" or "off" for a kSwitch, "" for a kFlag.
   std::map<std::string, std::vector<std::string>, std::less<>> options;
@@ -41,6 +41,9 @@ class UsageError : public std::runtime_error {
 
   const CommandInfo* command;  ///< the command whose usage line helps
 };
+
+/// The command of that name. Throws UsageError, which suggests one.
+const CommandInfo& RequireCommand(std::span<const CommandInfo> commands, std::string_view name);
 
 /// `arguments` are those after the program's name. Names can't be abbreviated; "--" ends the
 /// options. A request for help precedes every error except malformed options. The result points

@@ -47,9 +47,13 @@ std::string UsageLine(const CommandInfo* command) {
   if (command == nullptr) return "usage: mapexport COMMAND ARGUMENTS... [options]";
   std::string line = fmt::format("usage: mapexport {}", command->name);
   for (const PositionalInfo& positional : command->positionals) {
-    line += fmt::format(" {}", positional.name);
+    line += ' ' + PositionalHead(positional);
   }
   return line + " [options]";
+}
+
+std::string PositionalHead(const PositionalInfo& positional) {
+  return positional.isOptional ? fmt::format("[{}]", positional.name) : positional.name;
 }
 
 std::string OptionHead(const OptionInfo& option) {
@@ -78,7 +82,7 @@ std::string ProgramHelp(std::span<const CommandInfo> commands) {
   for (const ExitStatusInfo& info : kExitStatuses) {
     AppendEntry(out, fmt::format("{}", static_cast<int>(info.status)), info.meaning);
   }
-  out += "\n`mapexport COMMAND --help` lists a command's arguments and options.\n";
+  out += "\n`mapexport help COMMAND` lists a command's arguments and options.\n";
   return out;
 }
 

@@ -11,6 +11,9 @@ namespace mapexport {
 /// "usage: mapexport export SCENE OUTPUT [options]"; with null the program's own. No newline.
 std::string UsageLine(const CommandInfo* command);
 
+/// "SCENE", or "[COMMAND]" for one that is optional.
+std::string PositionalHead(const PositionalInfo& positional);
+
 /// The forms of an option: "-o, --output FILE", "--weld, --no-weld".
 std::string OptionHead(const OptionInfo& option);
 /// The meaning of an option, with the names of a list box's rows.

@@ -75,7 +75,7 @@ void AppendSynopsis(std::string& page, std::span<const CommandInfo> commands) {
   for (const CommandInfo& command : commands) {
     page += fmt::format("\\fBmapexport {}\\fR", command.name);
     for (const PositionalInfo& positional : command.positionals) {
-      page += fmt::format(" \\fI{}\\fR", Escaped(positional.name));
+      page += fmt::format(" \\fI{}\\fR", Escaped(PositionalHead(positional)));
     }
     page += " [options]\n.br\n";
   }

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "cli/NearestName.h"
 #include "cli/OptionValues.h"
 
 namespace mapexport {
@@ -64,9 +65,10 @@ std::span<const std::string> WordValues(const CommandLine& line, const OptionInf
   const std::span<const std::string> values = line.Values(option.name);
   for (const std::string& value : values) {
     if (std::ranges::find(option.words, value) != option.words.end()) continue;
-    throw UsageError(
-        fmt::format("--{}: there is no {} \"{}\"", option.name, option.argument, value),
-        line.command);
+    const std::vector<std::string> words(option.words.begin(), option.words.end());
+    throw UsageError(fmt::format("--{}: there is no {} \"{}\"{}", option.name, option.argument,
+                                 value, Suggestion(value, words)),
+                     line.command);
   }
   return values;
 }
