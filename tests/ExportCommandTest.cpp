@@ -120,9 +120,11 @@ TEST_F(ProgramTest, SettingsAreRemembered) {
 
 TEST_F(ProgramTest, WhatAnExportSays) {
   const Outcome loud = Export("a.qob", {"--fresh"});
-  EXPECT_THAT(loud.err, AllOf(HasSubstr("Results: 3 faces, 7 vertices"), HasSubstr("(Change = "),
-                              HasSubstr("1 degenerate triangle was left out"),
-                              EndsWith("\nText Scene Export: Scene exported successfully.\n")));
+  EXPECT_THAT(loud.err,
+              AllOf(HasSubstr("Results: 3 faces, 7 vertices"), HasSubstr("(Change = "),
+                    HasSubstr("1 degenerate triangle was left out"),
+                    EndsWith("\nText Scene Export: Scene exported successfully.\n"
+                             "mapexport: note: a.qob: 3 triangles in 2 batches, 661 bytes\n")));
   EXPECT_EQ(loud.out, "");
   EXPECT_EQ(Export("a.qob", {"--fresh", "--quiet"}).err, "");
   EXPECT_THAT(Export("a.qob", {"--fresh", "--no-weld"}).err, Not(HasSubstr("Results")));

@@ -129,10 +129,8 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
       out << DepFileText(run.report.output, run.report.dependencies);
     });
   }
-  if (run.arguments.report) {
-    run.report.sha256 = Sha256OfFile(model.File());
-    run.report.bytes = std::filesystem::file_size(model.File());
-  }
+  run.report.bytes = std::filesystem::file_size(model.File());
+  if (run.arguments.report) run.report.sha256 = Sha256OfFile(model.File());
   const std::unique_ptr<OutputPlace> reportPlace = run.reportOutput.Prepare();
   std::vector<OutputPlace*> places{&model};
   if (depFilePlace) places.push_back(depFilePlace.get());
@@ -245,6 +243,7 @@ void Export(ExportRun& run) {
   PutInPlace(run, place, depFile, [&] {
     ShowStatus(run, "Exported " + sceneName);
     talk.TellSuccess();
+    NoteExported(run.report, run.messages);
   });
 }
 

@@ -31,6 +31,14 @@ std::string Counted(std::uint64_t count, std::string_view thing) {
   return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
 }
 
+/// "512 bytes", "74 KB", "1.2 MB"
+std::string SizeText(std::uint64_t bytes) {
+  constexpr std::uint64_t kKilo = 1000;
+  if (bytes < kKilo) return Counted(bytes, "byte");
+  if (bytes < kKilo * kKilo) return fmt::format("{} KB", (bytes + kKilo / 2) / kKilo);
+  return fmt::format("{:.1f} MB", static_cast<double>(bytes) / (kKilo * kKilo));
+}
+
 bool WasTold(std::string_view code, const Messages& messages) {
   return std::ranges::find(messages.Told(), code, &Remark::code) != messages.Told().end();
 }
@@ -151,6 +159,19 @@ void RemarkOnExport(const RunReport& report, const ExportSystem::Values& values,
       !WasTold("no-triangle", messages)) {
     messages.Warning("no-triangle", fmt::format("{}: there is no triangle in it", report.output));
   }
+}
+
+void NoteExported(const RunReport& report, Messages& messages) {
+  const ModelCounts& counts = report.after;
+  const std::string undrawn =
+      counts.faces > counts.batchFaces
+          ? fmt::format(", {} for collision only", counts.faces - counts.batchFaces)
+          : "";
+  messages.Note(
+      "exported",
+      fmt::format("{}: {} in {}{}, {}", report.output, Counted(counts.batchFaces, "triangle"),
+                  counts.batches == 1 ? "1 batch" : fmt::format("{} batches", counts.batches),
+                  undrawn, SizeText(report.bytes)));
 }
 
 }  // namespace mapexport

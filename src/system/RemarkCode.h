@@ -21,6 +21,7 @@ inline constexpr const char* kRemarkCodes[] = {
     "doubled-triangles",
     "equal-material-names",
     "export-log-cut",
+    "exported",
     "faces-lost",
     "few-triangles-left",
     "file-unit",
