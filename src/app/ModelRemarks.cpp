@@ -1,6 +1,8 @@
 #include "app/ModelRemarks.h"
 
 #include <algorithm>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -32,10 +34,11 @@ ExitStatus WarnOfModel(std::span<const ModelProblem> problems, const ModelLength
     messages.Warning(isCut ? RemarkCode("indices-cut") : RemarkCode("not-finite"),
                      fmt::format("{}: {}", name, ToLine(problem)));
   }
+  std::string_view advice = "; the export's --split divides the group";
   for (const OverlongList& list : overlong) {
-    messages.Warning("list-too-long",
-                     fmt::format("{}: {}{}; the export's --split divides the group", name,
-                                 ToLine(list), census == nullptr ? "" : Culprits(list, *census)));
+    messages.Warning("list-too-long", fmt::format("{}: {}{}{}", name, ToLine(list),
+                                                  census == nullptr ? "" : Culprits(list, *census),
+                                                  std::exchange(advice, "")));
   }
   return overlong.empty() ? ExitStatus::kDone : ExitStatus::kOverlongLists;
 }

@@ -32,7 +32,7 @@ float CoordinateOf(const Point3& p, std::size_t axis) {
   return axis == 0 ? p.x : axis == 1 ? p.y : p.z;
 }
 
-/// The middle of three numbers' range, whatever their order; finite, 0 for what is no number.
+/// The middle of the range of three numbers; finite even where one is infinite or no number.
 float MiddleOf(float a, float b, float c) {
   const float middle = 0.5f * std::min({a, b, c}) + 0.5f * std::max({a, b, c});
   constexpr float kMost = std::numeric_limits<float>::max();
@@ -89,7 +89,7 @@ class GroupSplitter {
   }
 
   /// A batch has one corner per vertex, unless a face has a vertex twice, with other attributes:
-  /// such a vertex counts twice.
+  /// each such pair counts as one corner more, which is enough.
   PartLengths LengthsOf(std::span<const std::uint32_t> faces) {
     PartLengths lengths{faces.size()};
     ++stamp_;
