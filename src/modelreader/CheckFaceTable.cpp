@@ -14,8 +14,8 @@ std::string Shown(const std::array<std::uint16_t, 3>& triple) {
   return fmt::format("{}, {}, {}", triple[0], triple[1], triple[2]);
 }
 
-/// Which places in the batches' face lists are taken by faces of the table. A position of 16 bits
-/// stands for every place of a long list that has these low bits, so it can be taken as often.
+/// Which places in the batches' face lists are taken by faces of the table. A 16-bit position means
+/// every place of a long list with these low bits, so it can be taken that many times.
 class BatchPlaces {
  public:
   explicit BatchPlaces(const std::vector<reader::List<reader::Triple>>& batches)
@@ -30,7 +30,8 @@ class BatchPlaces {
     facesTaken_.resize(batches.size());
   }
 
-  /// Takes a place of `batch` at a position below its face count; false when none is left there.
+  /// Takes a place of `batch` at `position`, which is below its face count. False when none is
+  /// left.
   bool Take(std::size_t batch, std::uint16_t position) {
     const std::uint64_t last = batches_[batch].size() - 1;
     const std::uint64_t places = (last - position) / kModelIndexLimit + 1;
@@ -65,13 +66,13 @@ class FaceTableCheck {
   void Run() {
     const std::uint64_t errorsBefore = problems_.Errors();
     for (std::size_t i = 0; i < group_.faces.size(); ++i) CheckFace(i);
-    // The totals say nothing new once a single face was found wrong.
+    // Once a single face is wrong, wrong totals say nothing new.
     if (problems_.Errors() == errorsBefore) CheckTotals();
     CheckSets();
   }
 
  private:
-  // The fields of entry i of the table, by their offset in the entry.
+  // The fields of entry i, at their offsets.
   enum Field : std::uint64_t { kVertices = 0, kPosition = 6, kSurfaceSet = 8, kBatch = 12 };
 
   template <typename... Values>
@@ -153,7 +154,7 @@ class FaceTableCheck {
     }
   }
 
-  /// Holds the faces that name a surface set against those that it lists, both by their low 16
+  /// Compares the faces that name a surface set with those that the set lists, by their low 16
   /// bits.
   void CheckSets() {
     const std::size_t setCount = parts_.surfaceSets.size();
@@ -169,7 +170,7 @@ class FaceTableCheck {
       if (set < setCount) bySet[next[set]++] = static_cast<std::uint32_t>(i);
     }
 
-    // Faces of the set at hand, by their low 16 bits.
+    // Faces of the current set, by their low 16 bits.
     std::vector<std::uint32_t> unlisted(
         std::min<std::uint64_t>(group_.faces.size(), kModelIndexLimit));
     for (std::size_t s = 0; s < setCount; ++s) {
@@ -199,8 +200,7 @@ class FaceTableCheck {
     }
   }
 
-  /// Says what is wrong with entry k of set s, which is no face that names the set, or one too
-  /// many.
+  /// Reports entry k of set s, which is a face that does not name the set, or one too many.
   void AddToSetEntry(std::size_t s, std::size_t k, const Place& list) {
     const std::uint16_t face = parts_.surfaceSets[s].faces[k];
     const std::uint64_t offset = parts_.setOffsets[s] + 2 * k;

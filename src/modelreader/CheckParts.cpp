@@ -34,7 +34,7 @@ void CheckParts::Take(StrictSource&, const reader::Material& material) {
 void CheckParts::Take(StrictSource& in, const reader::Batch& batch) {
   group_.batches.push_back({batch.planes.size(), batch.normals.size()});
   parts_.batches.push_back(batch.vertexIndices);
-  // The block begins with the material and the count of faces.
+  // The block begins with the material and the face count.
   parts_.batchOffsets.push_back(in.OffsetOf(batch.planes.data()) - 2 * kCountBytes);
 }
 

@@ -37,7 +37,7 @@ std::optional<LoadedBytes> LoadBytes(const std::string& path,
     return std::nullopt;
   }
 
-  // First the beginning, then the whole file.
+  // The beginning alone first: it shows whether the rest is worth reading.
   LoadedBytes bytes;
   for (const std::uint64_t wanted : {std::min(size, kBeginning), size}) {
     auto data = std::make_unique_for_overwrite<std::byte[]>(wanted);

@@ -33,7 +33,7 @@ class ModelWriter {
     json_.Close(']');
   }
 
-  /// A list that can be long: the member `list`, or in a summary its count as the member `count`.
+  /// Writes a list that can be long as the member `list`; a summary has its length as `count`.
   template <typename List, typename WriteEntry>
   void LongList(std::string_view list, std::string_view count, const List& entries,
                 WriteEntry writeEntry) {

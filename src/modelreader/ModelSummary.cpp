@@ -1,10 +1,10 @@
 #include "modelreader/ModelSummary.h"
 
-#include <fmt/format.h>
-
 #include <cstdint>
 #include <set>
 #include <utility>
+
+#include <fmt/format.h>
 
 #include "modelreader/ModelFaceFlags.h"
 #include "modelreader/Place.h"
@@ -75,7 +75,7 @@ std::vector<KeywordUse> KeywordUses(std::span<const ModelGroup> groups) {
     for (const ModelGroup& group : groups) {
       for (const ModelSurfaceSet& set : group.surfaceSets) {
         if (!has(set.flags)) continue;
-        // Several groups are mostly parts of one, which have parts of its sets.
+        // Several groups are mostly parts of one divided group, and each has its own part of a set.
         const bool isNew = known.emplace(std::string_view(set.name), set.flags).second;
         if (isNew || groups.size() == 1) ++use.sets;
         use.faces += set.faces.size();

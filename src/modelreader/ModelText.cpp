@@ -20,7 +20,7 @@ namespace mapexport {
 
 namespace {
 
-// What a table or page shows at most; then it says how many more there are.
+// How many rows a table shows at most; after them it says how many more there are.
 constexpr std::size_t kMaxRows = 40;
 constexpr std::size_t kMaxBatchRows = 10;
 constexpr std::size_t kMaxGroups = 4;  // in detail
@@ -36,7 +36,7 @@ std::string Name(std::string_view name) {
   return PrintableText(name, kMaxNameColumns);
 }
 
-/// A name for which the file holds the text `none` when there is none.
+/// A name; the file holds the text `none` when there is no name.
 std::string NameUnless(std::string_view none, std::string_view name) {
   return name == none ? "-" : Name(name);
 }
@@ -80,7 +80,7 @@ void WriteMaterials(const ModelFile& model, std::ostream& out) {
   WriteMore(model.materials.size(), shown, out);
 }
 
-/// "(x, y, z) to (x, y, z)" around the finite points.
+/// "(x, y, z) to (x, y, z)", the bounds of the finite points.
 std::string Bounds(const std::vector<ModelPoint>& points) {
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
   ModelPoint least{kInfinity, kInfinity, kInfinity};
@@ -95,7 +95,7 @@ std::string Bounds(const std::vector<ModelPoint>& points) {
                      most.z);
 }
 
-/// How much of the reach of 16-bit indices a list with that many entries uses.
+/// What share of the entries that 16-bit indices can address such a list has.
 std::string Percent(std::size_t count) {
   const double percent = 100.0 * static_cast<double>(count) / static_cast<double>(kModelIndexLimit);
   return count > 0 && percent < 0.1 ? "<0.1 %" : fmt::format("{:.1f} %", percent);
@@ -106,7 +106,7 @@ std::string ShareOfLimit(std::size_t count) {
   return fmt::format("{} of {}", Percent(count), kModelIndexLimit);
 }
 
-/// Rows of the lists that 16-bit indices address, with how much of their reach is used.
+/// Rows of the lists that 16-bit indices address, with the share that is used.
 class LimitTable {
  public:
   void Add(std::string_view list, std::size_t count) {
@@ -218,7 +218,7 @@ void WriteGroup(std::size_t index, const ModelFile& model, std::ostream& out) {
   WriteKeywords({&group, 1}, out);
 }
 
-/// The groups side by side, and the sum of what is counted by keyword.
+/// A row per group, and the sums by keyword.
 void WriteGroups(const ModelFile& model, std::ostream& out) {
   const bool isKob = model.layout == ModelLayout::kKob;
   std::vector<TextTable::Column> columns{{"#", kRight},

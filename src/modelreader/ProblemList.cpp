@@ -21,7 +21,7 @@ constexpr Entry Warning(const char* sentence) {
   return {ModelSeverity::kWarning, sentence};
 }
 
-/// The catalogue.
+/// All faults, with their codes and texts.
 constexpr Entry EntryOf(ModelFault fault) {
   using enum ModelFault;
   switch (fault) {

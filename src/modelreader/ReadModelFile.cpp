@@ -15,7 +15,7 @@ namespace mapexport {
 
 namespace {
 
-/// Has `sink` take the parts of the file. Returns what is wrong with it.
+/// Hands the parts of the file to `sink`. Returns what is wrong with the file.
 template <class Sink>
 std::vector<ModelProblem> ReadBytes(std::span<const std::byte> bytes, ModelLayout layout,
                                     Sink& sink) {
@@ -49,8 +49,9 @@ bool BeginsAsModel(std::span<const std::byte> beginning) {
       .StandsAt(0, reader::detail::kStartTag);
 }
 
-/// What `read` makes of the bytes of the file at `path`. Without the start tag these are the first
-/// ones alone, as nothing else counts then. When the bytes can't be had, that is the only problem.
+/// What `read` returns for the bytes of the file at `path`; for the first ones alone when they are
+/// not the start tag, because nothing else counts then. A file that can't be read has this one
+/// problem.
 template <class Result>
 Result ReadFile(const std::string& path, ModelLayout layout,
                 Result (*read)(std::span<const std::byte>, ModelLayout)) {

@@ -7,7 +7,7 @@
 namespace mapexport {
 namespace {
 
-/// Calls `read` with how much is done until that is `size`; as ReadUpTo.
+/// Calls `read(done)` until `size` bytes are read or the file ends. Errors are those of ReadUpTo.
 template <class Read>
 ssize_t ReadAll(std::size_t size, const Read& read) {
   std::size_t done = 0;

@@ -15,7 +15,7 @@ namespace mapexport {
 namespace {
 
 constexpr const char* kAccessList = "system.posix_acl_access";
-// The kernel takes the first away from a file whose content changes, and makes the others anew.
+// The kernel removes the first one when a file's content changes, and sets the others itself.
 constexpr std::array<std::string_view, 3> kOfContent{"security.capability", "security.ima",
                                                      "security.evm"};
 
@@ -23,8 +23,8 @@ std::string Lack(std::string_view what, int error) {
   return std::string(what) + ": " + ErrnoText(error);
 }
 
-/// What `get` writes into a buffer; called without one, it returns the size that it needs. Empty on
-/// an error, with the reason in errno.
+/// What `get` writes into a buffer. Called without a buffer, `get` returns the size it needs. Empty
+/// on an error, with the reason in errno.
 template <typename Get>
 std::optional<std::string> Sized(const Get& get) {
   for (;;) {
@@ -55,7 +55,7 @@ std::string TakeOwner(int to, const struct stat& old) {
   if (::fstat(to, &now) != 0) return Lack("its owner", errno);
   constexpr auto kSameOwner = static_cast<uid_t>(-1);
   constexpr auto kSameGroup = static_cast<gid_t>(-1);
-  // One by one: members of a shared file's group may set the group though not the owner.
+  // Separately: members of a shared file's group may set the group, but not the owner.
   std::string lack;
   if (now.st_gid != old.st_gid && ::fchown(to, kSameOwner, old.st_gid) != 0) {
     lack = Lack("its group", errno);
@@ -77,9 +77,9 @@ mode_t RightsLike(const struct stat& old, int to) {
 
 namespace {
 
-/// The access list with no more rights for the file's group than for all others.
+/// The access list, with the rights of the file's group reduced to those of all others.
 void NarrowGroup(std::string& list) {
-  // A version, then entries of a tag, rights and an id, little-endian as all that is stored.
+  // Little-endian: a version, then entries of a tag, rights and an id.
   constexpr std::size_t kHeader = 4;
   constexpr std::size_t kEntry = 8;
   constexpr std::size_t kRights = 2;
@@ -104,7 +104,7 @@ bool HasGroupOf(int file, const std::string& path) {
   return ::fstat(file, &now) == 0 && ::lstat(path.c_str(), &old) == 0 && now.st_gid == old.st_gid;
 }
 
-/// Takes from the group what not all others may do.
+/// Removes the group's rights that not all others have.
 void NarrowGroupRights(int file) {
   struct stat now {};
   if (::fstat(file, &now) != 0) return;
@@ -131,7 +131,7 @@ std::string TakeExtendedAttributes(int to, const std::string& from) {
     if (value && Attribute(to, name.c_str()) == value) continue;
     if (!value || ::fsetxattr(to, name.c_str(), value->data(), value->size(), 0) != 0) {
       if (lack.empty()) lack = Lack("its attribute " + name, errno);
-      // Without the list, its mask would be the group's rights.
+      // Without the list, the list's mask would become the group's rights.
       if (name == kAccessList) NarrowGroupRights(to);
     }
   }

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kMaxLinks = 40;
 
-/// Whether the links in `folder` lead to what processes have open, not to names.
+/// Whether `folder` is one whose links lead to the open files of processes, not to paths.
 bool IsOfProcesses(const std::string& folder) {
   struct statfs info {};
   return statfs(folder.c_str(), &info) == 0 && info.f_type == PROC_SUPER_MAGIC;

@@ -17,8 +17,8 @@ namespace {
 constexpr std::size_t kFlushBytes = 1 << 16;
 constexpr std::size_t kDeepestIndent = 20;
 
-// The only float whose shortest digits are, read as a double, in the middle between two floats, and
-// round to the wrong one. (All were tried.)
+// The shortest digits of this float, read as a double, are half-way between two floats and round to
+// the wrong one. It is the only such float; all were tried.
 constexpr float kInTheMiddle = 7.0385307e-26f;
 constexpr std::string_view kItsDigits = "7.0385307e-26";
 

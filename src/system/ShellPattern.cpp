@@ -19,8 +19,8 @@ char32_t TakeEscaped(std::string_view& pattern) {
   return Take(pattern);
 }
 
-/// Whether `c` is in the set that `pattern` begins with, behind its "["; takes the set and its "]".
-/// Nothing when there is no "]".
+/// Whether `c` is in the set at the beginning of `pattern`, which starts after its "["; removes the
+/// set and its "]" from `pattern`. Nothing when there is no "]".
 std::optional<bool> TakeSet(std::string_view& pattern, char32_t c) {
   std::string_view rest = pattern;
   const bool isInverted = rest.starts_with('!') || rest.starts_with('^');
@@ -42,8 +42,8 @@ std::optional<bool> TakeSet(std::string_view& pattern, char32_t c) {
   return std::nullopt;
 }
 
-/// Takes what stands for one character, which is not "*", from `pattern`; whether it stands for
-/// `c`.
+/// Removes the element for one character, which is not "*", from the beginning of `pattern`.
+/// Returns whether it matches `c`.
 bool TakeOne(std::string_view& pattern, char32_t c) {
   if (pattern.front() == '?') {
     pattern.remove_prefix(1);
@@ -62,7 +62,7 @@ bool TakeOne(std::string_view& pattern, char32_t c) {
 }  // namespace
 
 bool MatchesPattern(std::string_view text, std::string_view pattern) {
-  // Behind the last "*", and where in the text what is there was last tried.
+  // The pattern after the last "*", and where in the text it was last tried.
   std::optional<std::string_view> behindStar;
   std::string_view tried;
   while (true) {
@@ -74,7 +74,7 @@ bool MatchesPattern(std::string_view text, std::string_view pattern) {
     }
     if (text.empty() && pattern.empty()) return true;
     if (!text.empty() && !pattern.empty() && TakeOne(pattern, Take(text))) continue;
-    // The last star stands for one more character: an earlier one never has to.
+    // The last star takes one more character; earlier stars never need to.
     if (!behindStar || tried.empty()) return false;
     Take(tried);
     text = tried;

@@ -12,7 +12,7 @@ const kParts = [
   { id: 'planes', name: 'Collision planes', key: 'p', collision: true },
   { id: 'edges', name: 'Edges', key: 'l' },
   { id: 'backs', name: 'Back sides', key: 'b' },
-  { id: 'only', name: 'Only what is chosen', key: 'x' },
+  { id: 'only', name: 'Only the selection', key: 'x' },
 ];
 
 const kMovement = [
@@ -86,8 +86,8 @@ export function makeControls(model, hasCollision, colourings, calls) {
   const rows = [
     ...kMovement,
     ['F', 'show the whole level'],
-    ['Z', 'go to what is chosen'],
-    ['Escape', 'clear the choice'],
+    ['Z', 'go to the selection'],
+    ['Escape', 'clear the selection'],
     ...keyed.map(({ key, name }) => [key, `colour by: ${name.toLowerCase()}`]),
     ...[...kModes, ...parts].map(({ key, name, hint }) => [
       key.toUpperCase(),
@@ -101,7 +101,7 @@ export function makeControls(model, hasCollision, colourings, calls) {
     element(
       'p',
       { className: 'faint' },
-      'Keys work while the picture has the focus: click it, or press Tab until its frame shows.',
+      'Keys work while the 3D view has the focus: click it, or press Tab until its frame shows.',
     ),
   );
 

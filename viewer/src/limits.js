@@ -43,7 +43,7 @@ export function limitsOf(model) {
       'Faces',
       model.groups,
       (group) => group.faces.faceCount,
-      "the lists of the surface sets can't tell later faces; the page goes by the face table",
+      "the lists of the surface sets can't name later faces; this page uses the face table",
     ),
   ]);
 }

@@ -100,7 +100,7 @@ let scene = null;
 try {
   scene = new LevelScene(find('view'), model, faces, frame, rig);
 } catch (error) {
-  find('message').textContent = `The picture can't be shown, only the tables: ${error.message}`;
+  find('message').textContent = `Only the tables can be shown, not the 3D view: ${error.message}`;
   find('message').hidden = false;
 }
 
