@@ -25,8 +25,8 @@ struct LibraryScene {
   std::vector<std::string> missingFiles;  ///< that the reader asked for and didn't get
   std::vector<std::string> sideFiles;     ///< that it read beside the scene, as paths to open
 
-  std::size_t cutShapes = 0;  ///< curves that PatchAse cut out
-  std::size_t cutBlocks = 0;  ///< blocks of unknown kinds that it cut out
+  std::size_t cutShapes = 0;   ///< curves that PatchAse cut out
+  std::size_t cutBlocks = 0;   ///< blocks of unknown kinds that it cut out
   std::size_t cutCorners = 0;  ///< of polygons, each a triangle that the library didn't make
 
   /// A text of this scene, or bytes of it, as valid UTF-8.
