@@ -22,9 +22,9 @@ class FbxDeform {
   /// Both must outlive this object. `nodes` are those that `models` was made of.
   FbxDeform(const FbxModels& models, const std::vector<FoldedNode>& nodes);
 
-  /// Moves `positions`, those of `mesh`, as the node with that index shows it. Normals, if there are
-  /// any, become those of the moved faces, smooth where they were. A mesh whose bones are where it
-  /// was bound keeps its positions and normals bit for bit.
+  /// Moves `positions`, those of `mesh`, as the node with that index shows it. Normals, if there
+  /// are any, become those of the moved faces, smooth where they were. A mesh whose bones are where
+  /// it was bound keeps its positions and normals bit for bit.
   void Apply(const aiMesh& mesh, std::size_t node, std::vector<Point3>& positions,
              std::vector<Point3>& normals) const;
 

@@ -38,8 +38,8 @@ class FbxModels {
   const Ids& MaterialsOf(std::int64_t model) const { return Below(materialsOf_, model); }
   const Ids& GeometriesOf(std::int64_t model) const { return Below(geometriesOf_, model); }
 
-  /// The values of the shape keys of a model's geometries, by the shapes' names: 1 is the whole shape.
-  /// Those of keys with several shapes are left out.
+  /// The values of the shape keys of a model's geometries, by the shapes' names: 1 is the whole
+  /// shape. Keys with several shapes are left out.
   std::unordered_map<std::string_view, double> ShapeWeightsOf(const FbxObject& model) const;
   /// The custom properties of a model and its geometries.
   UserText TextOf(const FbxObject& model) const;
