@@ -40,7 +40,7 @@ shellcheck -x scripts/*.sh scripts/lib/*.sh .ci/run || status=1
 # Without the page, which only a build makes. A room's files are looked at some together: most of the
 # time goes to the headers that they share.
 options=(-DMAPEXPORT_TESTS=ON -DMAPEXPORT_BENCH=ON -DMAPEXPORT_FUZZ=ON -DMAPEXPORT_VIEW=OFF
-  -DCMAKE_UNITY_BUILD=ON)
+  -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=24)
 if ! configured=$(cmake -S . -B build/lint -G Ninja "${options[@]}" 2>&1); then
   printf '%s\n' "$configured" >&2
   exit 1
