@@ -94,9 +94,10 @@ def main():
     triangles = json.loads((arguments.folder / "sizes.json").read_text())
 
     def export(scene):
-        # The levels are in centimetres already, but for what Blender says of its own.
+        # Each file is to become the same level. make_level writes .glb in metres, as the format has
+        # them; the numbers in Blender's files are centimetres, which its .fbx calls metres.
         scale = "0.01" if scene.endswith(".fbx") else "1"
-        options = [] if ".scene." in scene else ["--scale", scale]
+        options = ["--scale", scale] if scene.endswith((".fbx", ".obj", "blender.glb")) else []
         return [str(arguments.mapexport.resolve()), "export", scene, "process.kob", "--fresh",
                 "--seed", "1", "--quiet", *options]
 
