@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Converts the golden scenes, the example, the rooms and Blender's files, and checks the results:
+# Converts the golden scenes, the example, the rooms and a level from Blender, and checks the results:
 # check-convert.sh MAPEXPORT WORK. WORK is a folder for the files. The validator is installed once, into
 # build/. Without Node.js or a registry the script ends with
 # 77, or with 1 where the environment variable CI is set.

@@ -1,5 +1,4 @@
-// glTF files of other programs, damaged ones, and what is refused.
-#include "fuzz/SceneRoundTrip.h"
+// glTF files that are refused, and compressed ones. tests/blender has what other programs write.
 #include "importer/text/Base64.h"
 #include "support/GltfDocuments.h"
 
@@ -9,82 +8,6 @@ namespace {
 using namespace std::string_literals;
 
 const fs::path kModels = MAPEXPORT_SOURCE_DIR "/tests/models/gltf";
-
-// --- files of other programs ---
-
-/// Corners of all triangles in the world, each triangle from its least corner on.
-std::vector<std::vector<Point3>> WorldTriangles(const SceneNode& node) {
-  std::vector<std::vector<Point3>> triangles;
-  for (std::size_t f = 0; node.mesh != nullptr && f < node.mesh->faces.size(); ++f) {
-    std::vector<Point3> corners;
-    for (const std::uint32_t v : node.mesh->faces[f].v) {
-      const Point3 p = node.mesh->verts[v];
-      const auto& rows = node.objectTransform.rows;
-      corners.push_back(rows[0] * p.x + rows[1] * p.y + rows[2] * p.z + rows[3]);
-    }
-    triangles.push_back(corners);
-  }
-  for (const SceneNode& child : node.children) {
-    const auto more = WorldTriangles(child);
-    triangles.insert(triangles.end(), more.begin(), more.end());
-  }
-  return triangles;
-}
-
-class PackedTest : public testing::TestWithParam<const char*> {};
-
-TEST_P(PackedTest, TrianglesAreThoseOfThePlainFile) {
-  const auto wanted = WorldTriangles(ImportScene(kModels / "plain.gltf", {}).scene.root);
-  const ImportedScene imported = ImportScene(kModels / (GetParam() + std::string(".glb")), {});
-  const auto triangles = WorldTriangles(imported.scene.root);
-  ASSERT_EQ(triangles.size(), wanted.size());
-  const auto isNear = [](const std::vector<Point3>& a, const std::vector<Point3>& b) {
-    for (std::size_t turn = 0; turn < 3; ++turn) {
-      float off = 0;
-      for (std::size_t k = 0; k < 3; ++k) off = std::max(off, Length(a[k] - b[(k + turn) % 3]));
-      if (off < 0.2f) return true;  // of 300: positions have 11 bits and more
-    }
-    return false;
-  };
-  for (const auto& triangle : wanted) {
-    EXPECT_TRUE(
-        std::ranges::any_of(triangles, [&](const auto& other) { return isNear(triangle, other); }));
-  }
-  std::set<std::uint32_t> groups;
-  const SceneNode* node = &First(imported);
-  if (node->mesh == nullptr) node = &node->children.at(0);
-  for (const Face& face : node->mesh->faces) groups.insert(face.smGroup);
-  EXPECT_EQ(groups.size(), 1U);
-  EXPECT_EQ(groups.count(0), 0U) << "the bump is smooth";
-  if (GetParam() == std::string("quantized")) {
-    EXPECT_EQ(node->name, "Bump") << "a nameless child holds the mesh";
-    EXPECT_EQ(node->userProperties, "floorface\r\n");
-    EXPECT_EQ(First(imported).userProperties, "") << "there it would have no effect";
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Files, PackedTest,
-                         testing::Values("quantized", "meshopt", "instanced", "draco"));
-
-TEST_F(GltfTest, DamagedBytesAreRefusedOrRead) {
-  for (const char* name : {"meshopt.glb", "instanced.glb"}) {
-    std::stringstream stream;
-    stream << std::ifstream(kModels / name, std::ios::binary).rdbuf();
-    const std::string bytes = stream.str();
-    // A refusal is one line that begins with the file's name.
-    const auto attempt = [this](const std::string& damaged) {
-      const MemoryFile file(damaged);
-      Refusal(file.Path());
-    };
-    // What doesn't begin with "glTF" is no glTF file here, for want of a name.
-    for (std::size_t i = 4; i < bytes.size(); ++i) {
-      attempt(bytes.substr(0, i));
-      for (const char* number : {"\xFF\xFF\xFF\xFF", "\x01\x80\x7F\x01", "9999"}) {
-        attempt(std::string(bytes).replace(i, 4, number));
-      }
-    }
-  }
-}
 
 // --- refusals ---
 

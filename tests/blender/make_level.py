@@ -28,7 +28,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 FOLDER = pathlib.Path("/tmp/level")  # FBX files name it
 # What the custom properties below mean; docs/keywords.md.
 KEYWORDS = {"Floor": ["floorface"], "Terrain": ["floorface"], "Pillar": ["notcollidable"],
-            "Door 'A' & <B>": ["climbable", "notcollidable3d"], "ドア枠": ["climbable"],
+            "Door 'A' &lt; <B>": ["climbable", "notcollidable3d"], "ドア枠": ["climbable"],
             "Hull_hidden": ["notrendered"]}
 QUAD = [(-1, -1, 0), (1, -1, 0), (1, 1, 0), (-1, 1, 0)]
 
@@ -36,6 +36,12 @@ QUAD = [(-1, -1, 0), (1, -1, 0), (1, 1, 0), (-1, 1, 0)]
 fbx_utils._key_to_uuid = lambda uuids, key: 1000 + len(uuids)
 export_fbx_bin.datetime = types.SimpleNamespace(
     datetime=types.SimpleNamespace(now=lambda: datetime.datetime(2000, 1, 1)))
+
+# A mesh whose nodes have their own materials is exported once per node, as "Wedge.001" and so on; with
+# one key for all copies it is exported once, as other tools do it.
+blender_key = fbx_utils.get_blenderID_key
+export_fbx_bin.get_blenderID_key = lambda data: (
+    f"mesh {data.name.split('.')[0]}" if isinstance(data, bpy.types.Mesh) else blender_key(data))
 
 # By material with a picture: scale, place and turn of its Mapping node, and its UV map.
 mappings = {}
@@ -171,7 +177,9 @@ def build():
                  [(0, 2, 1), (0, 1, 3), (0, 3, 2), (1, 2, 3)], plain, wood)
     wedge.polygons[3].material_index = 1
     add("Wedge", wedge, (6, 0, 0))
-    add("Wedge mirrored", wedge, (6, 2, 0), scale=(-1, 1, 1))
+    mirrored = add("Wedge mirrored", wedge, (6, 2, 0), scale=(-1, 1, 1))
+    mirrored.material_slots[0].link = "OBJECT"
+    mirrored.material_slots[0].material = material("Moss", (0.2, 0.5, 0.2), one_sided=True)
     add("Wedge turned over", wedge, (6, 4, 1), (10, 20, 30), (1, -2, -0.5))
     stretched = add("Stretched", None, (0, 10, 0), (0, 0, 15), (3, 1, 1))
     add("Sheared by parent", wedge, (0, 1, 0), (0, 0, 40), parent=stretched)
@@ -226,7 +234,7 @@ def build():
 
     # Groups, a prefab that stands three times, a curve, something hidden.
     group = add("static_house", None, (14, 10, 0), (0, 0, 45))
-    door = add("Door 'A' & <B>", mesh("Door", *cube(0.6, 0.05, 1), wood), (0, -2, 1), parent=group,
+    door = add("Door 'A' &lt; <B>", mesh("Door", *cube(0.6, 0.05, 1), wood), (0, -2, 1), parent=group,
                userProperties="climbable, notcollidable3d")
     add("ドア枠", mesh("Frame", *cube(0.1, 0.1, 1.2), plain), (0.8, 0, 0.1), parent=door,
         climbable=True)
@@ -334,6 +342,9 @@ def export():
     dae = FOLDER / "level.dae"
     time = re.compile("<(created|modified)>[^<]*")
     dae.write_text(time.sub(r"<\1>2000-01-01T00:00:00", dae.read_text()))
+    gltf = FOLDER / "level.gltf"  # half of it are blanks
+    gltf.write_text(json.dumps(json.loads(gltf.read_text()), ensure_ascii=False,
+                               separators=(",", ":")) + "\n")
 
 
 FOLDER.mkdir()

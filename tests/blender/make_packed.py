@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes what pipeline tools make of level.glb, with Debian's packages gltfpack and draco:
+"""Writes what pipeline tools make of level.glb and of the small tests/models/gltf/plain.gltf, with
+Debian's packages gltfpack and draco:
 
     tests/blender/make_packed.py
 """
@@ -10,8 +11,7 @@ import subprocess
 import tempfile
 
 FOLDER = pathlib.Path(__file__).resolve().parent
-OPTIONS = {"packed": [], "packed-cc": ["-cc"], "packed-mi": ["-mi"],
-           "packed-cc-kn": ["-cc", "-kn", "-ke"]}
+OPTIONS = {"packed": [], "packed-mi": ["-mi"], "packed-cc-kn": ["-cc", "-kn", "-ke"]}
 
 
 def without_morphs(data):
@@ -29,12 +29,22 @@ def without_morphs(data):
     return struct.pack("<4sIII4s", b"glTF", 2, size, len(text), b"JSON") + text + rest
 
 
+def pack(source, target, *options):
+    subprocess.run(["gltfpack", "-i", source, "-o", target, *options], check=True)
+
+
+def pack_with_draco(source, target, *options):
+    subprocess.run(["draco_transcoder", "-i", source, "-o", target, *options], check=True)
+
+
 level = FOLDER / "level.glb"
 for name, options in OPTIONS.items():
-    packed = FOLDER / f"{name}.glb"
-    subprocess.run(["gltfpack", "-i", level, "-o", packed, "-km", *options], check=True)
+    pack(level, FOLDER / f"{name}.glb", "-km", *options)
 with tempfile.TemporaryDirectory() as folder:
     plain = pathlib.Path(folder) / "level.glb"
     plain.write_bytes(without_morphs(level.read_bytes()))
-    subprocess.run(["draco_transcoder", "-i", plain, "-o", FOLDER / "draco.glb",
-                    "-qp", "14", "-qt", "14"], check=True)
+    pack_with_draco(plain, FOLDER / "draco.glb", "-qp", "14", "-qt", "14")
+small = FOLDER.parent / "models/gltf"
+pack(small / "plain.gltf", small / "meshopt.glb", "-cc", "-kn")
+pack(small / "plain.gltf", small / "instanced.glb", "-mi")
+pack_with_draco(small / "plain.gltf", small / "draco.glb")

@@ -8,7 +8,7 @@ from exports import fault_of_export
 from runs import ROOT, in_parallel, run_well
 
 PACKAGE = pathlib.Path("/usr/share/assimp/models")
-FOLDERS = (ROOT / "tests/models", ROOT / "tests/golden", PACKAGE)
+FOLDERS = (*(ROOT / "tests" / name for name in ("models", "blender", "golden")), PACKAGE)
 # A scene's own file, or one that is read beside it.
 ENDINGS = (".scene.json", ".scene.bin", ".fbx", ".gltf", ".glb", ".obj", ".3ds", ".ase", ".dae", ".ply",
            ".3mf", ".stl", ".mtl", ".bin")

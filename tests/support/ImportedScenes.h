@@ -7,10 +7,6 @@
 
 namespace mapexport {
 
-inline std::string BlenderFile(const std::string& name) {
-  return MAPEXPORT_SOURCE_DIR "/tests/models/blender/" + name;
-}
-
 class ImporterTest : public testing::Test {
  protected:
   std::string Write(const std::string& name, const std::string& text) const {
@@ -99,7 +95,7 @@ inline std::string Gltf(const std::string& nodes) {
 
 /// Three nodes, Green, Red and Blue, show one mesh, each with a material of its own.
 inline std::string Fbx() {
-  return Content(BlenderFile("instances_ascii.fbx"));
+  return Content(MAPEXPORT_SOURCE_DIR "/tests/models/instances.fbx");
 }
 
 }  // namespace mapexport
