@@ -14,7 +14,7 @@ FAILURES = [
     ("sync", errno.EIO, False), ("sync", errno.EIO, True),
     ("close", errno.EIO, False), ("close", errno.EINTR, False), ("close", errno.EIO, True),
     ("rename", errno.EIO, False), ("rename", errno.EPERM, False), ("rename", errno.EIO, True),
-    ("make", errno.ENOSPC, False), ("make", errno.ENOSPC, True),
+    ("make", errno.ENOSPC, False), ("make", errno.EACCES, True),
     ("map", errno.ENOMEM, False), ("truncate", errno.EIO, False),
     ("lock", errno.ENOLCK, False), ("lock", errno.ENOLCK, True),
     ("process", errno.EAGAIN, False), ("process", errno.EMFILE, True),

@@ -1,14 +1,12 @@
-"""Files that can't grow, folders that may not be written, outputs that are no files."""
+"""Files that can't grow, outputs that are no files."""
 import os
 import resource
 import shutil
-import stat
 
 from cases import OLD, make_cases
 from runs import ROOT, contents, messages_fault, run, run_well
 
 SCENE = ROOT / "tests/golden/transparent.scene.json"
-NOBODY = 65534
 
 
 class Surroundings:
@@ -18,7 +16,6 @@ class Surroundings:
 
     def try_all(self, quick, only):
         self._targets()
-        self._rights()
         for case in make_cases(self.program, self.tally):
             if only in case.name and not (quick and case.name != "export over an older output"):
                 self._file_sizes(case)
@@ -106,54 +103,3 @@ class Surroundings:
             return "the link is gone"
         left = set(now) - set(before) - {wanted, given, "plain.kob"}
         return f"left {sorted(left)}" if left else ""
-
-    def _rights(self):
-        """A folder, a file and settings that may not be written; as nobody, since root may all."""
-        what = "folders and files without the right to write"
-        user = {}
-        if os.geteuid() == 0:
-            user = {"user": NOBODY, "group": NOBODY, "extra_groups": []}
-            os.chmod(self.tally.top, 0o711)
-        probe = self.tally.folder()
-        os.chmod(probe, 0o755)
-        try:
-            run(self.program, probe, ["--version"], **user)
-        except PermissionError:
-            print(f"{what}: not tried: another user can't run the program where it is")
-            shutil.rmtree(probe)
-            return
-        shutil.rmtree(probe)
-        self.tally.begin(what, "of the output, of an older output, of the settings, of the current "
-                               "folder; as another user than root")
-        rows = [
-            ("the output's folder", "closed/out.kob", 1, ""),
-            ("an older output", "out.kob", 1, ""),
-            ("the settings", "open/out.kob", 0, "the settings are not saved"),
-            ("the current folder", "open/out.kob", 0, "this export has no log"),
-        ]
-        for kind, output, status, told in rows:
-            folder = self.tally.folder()
-            for name in ("open", "closed"):
-                (folder / name).mkdir()
-            (folder / "out.kob").write_bytes(OLD)
-            (folder / "set.reg").write_bytes(b"REGEDIT4\n")
-            for path, mode in ((folder / "open", 0o777), (folder / "closed", 0o555),
-                               (folder / "out.kob", 0o444), (folder / "set.reg", 0o444)):
-                os.chmod(path, mode)
-            os.chmod(folder, 0o777 if kind == "an older output" else 0o755)
-            shutil.copyfile(SCENE, folder / "s.scene.json")
-            os.chmod(folder / "s.scene.json", 0o644)
-            settings = ["--settings", "set.reg"] if kind == "the settings" else ["--fresh"]
-            before = contents(folder)
-            outcome = run(self.program, folder, ["export", "s.scene.json", output, *settings,
-                                                 "--quiet"], **user)
-            fault = messages_fault(outcome)
-            if not fault and outcome.status != status:
-                fault = f"status {outcome.status}: {outcome.err!r}"
-            if not fault and told not in outcome.err:
-                fault = f"not told: {outcome.err!r}"
-            left = set(contents(folder)) - set(before) - ({output} if status == 0 else set())
-            if not fault and left:
-                fault = f"left {sorted(left)}"
-            os.chmod(folder / "closed", stat.S_IRWXU)
-            self.tally.add(what, folder, fault, kind)

@@ -1,6 +1,5 @@
 """A reader that was taken over: a library in the confined process attacks, or hands over what it likes."""
 import json
-import math
 import os
 import random
 import struct
@@ -67,8 +66,8 @@ def scene(*parts, lists=b"", **named):
     return binary(document(*parts, **named), lists)
 
 
-def triangle_lists(edge=10.0, last=2):
-    return struct.pack("<9f12x5I", 0, 0, 0, edge, 0, 0, 0, 10, 0, 0, 1, last, 0, 0)
+def triangle_lists():
+    return struct.pack("<9f12x5I", 0, 0, 0, 10, 0, 0, 0, 10, 0, 0, 1, 2, 0, 0)
 
 
 def children(nodes):
@@ -80,7 +79,6 @@ SOUND = message([remark("the file has no axes")], [remark("1 bone", "left-out-bo
 ESCAPES = "\x1b[31m\n\r\x07\x00\x7f\u009b1m\u202e"
 TRIANGLE = ('{"name":"Floor","material":0,"mesh":{"vertices":{"offset":0,"count":3},'
             '"faces":{"offset":48,"count":1}}}')
-FLOOR = TRIANGLE.replace('"material":0,', "")
 MOST = (1 << 64) - 1
 
 
@@ -116,18 +114,9 @@ def crafted(large):
         ("counts that wrap", scene(), message(
             [remark("a", count=MOST, stands=MOST)] * 20,
             [remark("a", "left-out-a", count=MOST)] * 2), 0),
-        ("names with escapes", scene(children(json.dumps({"name": ESCAPES}))), EMPTY, 0),
         ("a long name", scene(children('{"name":"' + "a" * size + '"}')), EMPTY, 0),
-        ("many materials, as written", scene(materials=",\n    ".join(["{}"] * size)), EMPTY, 0),
         ("many nodes", scene(children(",".join(["{}"] * size))), EMPTY, 0),
         ("many meshes", scene(children(",".join(['{"mesh":{}}'] * size))), EMPTY, 0),
-        ("the deepest tree", scene('{"children":[' * 999 + "{}" + "]}" * 999), EMPTY, 0),
-        ("a deeper tree", scene('{"children":[' * 1000 + "{}" + "]}" * 1000), EMPTY, 0),
-        ("zeros", binary(bytes(size)), EMPTY, 0),
-        ("brackets", binary(b'{"a":' + b"[" * size * 10), EMPTY, 0),
-        ("another encoding", scene().decode().encode("utf-16"), EMPTY, 0),
-        ("numbers", scene(children(FLOOR), lists=triangle_lists(math.inf)), EMPTY, 0),
-        ("indices", scene(children(FLOOR), lists=triangle_lists(last=(1 << 32) - 1)), EMPTY, 0),
         ("a large mesh of many nodes", scene(
             children(",".join(['{"mesh":{"vertices":{"offset":0,"count":%d}}}' % (size // 3)] * 60_000)),
             lists=bytes(size * 4)), EMPTY, 0),
