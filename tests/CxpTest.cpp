@@ -64,24 +64,6 @@ TEST(Cxp, ListsTheTransparentTexturesOfItsEntries) {
   for (const auto& c : cases) EXPECT_EQ(NamesOf(c.text), c.names) << c.text;
 }
 
-TEST(Cxp, KeepsWhatWasReadBeforeACut) {
-  const std::string text =
-      "// textures /* of the yard\nmaterial Yard\\Glass.bmp colorkey 255 0 255 end\n"
-      "/* two\nlines */ surface \"Wire Fence.bmp\"\n\tmipmap 1 2 \"a b\" c\n\talphablend\nEND\n"
-      "material wall.bmp animated 3 0.5 2 w1 w2 end\nmaterial ivy.bmp alphablend colorkey 1 2 3\n"
-      "end\n";
-  const Names whole = {"glass", "wire fence", "ivy", "ivy"};
-  EXPECT_EQ(NamesOf(text), whole);
-  std::size_t before = 0;
-  for (std::size_t size = 0; size < text.size(); ++size) {
-    const Names names = NamesOf(text.substr(0, size));
-    ASSERT_GE(names.size(), before) << size;
-    ASSERT_LE(names.size(), whole.size()) << size;
-    ASSERT_TRUE(std::equal(names.begin(), names.end(), whole.begin())) << size;
-    before = names.size();
-  }
-}
-
 class LoadCxpTest : public testing::Test {
  protected:
   void SetUp() override { State().transparentTextures.Clear(); }

@@ -303,18 +303,27 @@ TEST_F(ProgramTest, ReportsTellPrograms) {
                     HasSubstr("t.kob: there is no triangle in it")));
 }
 
-TEST_F(ProgramTest, KeywordFilesServeEveryFormat) {
+TEST_F(ProgramTest, KeywordFilesAndImportOptionsServeBothCommands) {
   Write(work_ / "level.obj", std::string("o Floor.1\n") + kObject);
   Write(work_ / "level.mtl", "newmtl Red\n");
   Write(work_ / "k.txt", "Floor*: notrendered\nRoof: climbable\n");
   for (const std::string& scene : {std::string("level.obj"), scene_}) {
     SCOPED_TRACE(scene);
-    const Outcome exported = Run({"export", scene, "a.kob", "--fresh", "--quiet", "--keywords",
-                                  "k.txt", "--depfile", "a.d", "--seed", "1"});
+    const auto run = [&](std::vector<std::string> line) {
+      line.insert(line.end(), {"--keywords", "k.txt"});
+      if (scene != scene_) {
+        line.insert(line.end(), {"--up", "y", "--scale", "2.5", "--read-limit", "0"});
+      }
+      return Run(line);
+    };
+    const Outcome exported =
+        run({"export", scene, "a.kob", "--fresh", "--quiet", "--depfile", "a.d", "--seed", "1"});
     EXPECT_EQ(exported.err, "mapexport: warning: k.txt: line 2: no node is named like \"Roof\"\n");
     EXPECT_THAT(Content(work_ / "a.d"), HasSubstr(scene + " \\\n  k.txt"));
     EXPECT_THAT(Run({"inspect", "a.kob", "--json"}).out, HasSubstr("\"flags\": 4"));
-    EXPECT_EQ(Run({"scene", scene, "--keywords", "k.txt", "-o", "b.scene.json"}).err, exported.err);
+    EXPECT_EQ(run({"scene", scene, "-o", "b.scene.json"}).err, exported.err);
+    const std::string upright = "[2.5, 0, 0], [0, 0, 2.5], [0, -2.5, 0]";
+    EXPECT_EQ(Content(work_ / "b.scene.json").find(upright) != std::string::npos, scene != scene_);
     EXPECT_EQ(Run({"export", "b.scene.json", "b.kob", "--fresh", "--seed", "1"}).status, 0);
     EXPECT_EQ(Content(work_ / "a.kob"), Content(work_ / "b.kob"));
   }

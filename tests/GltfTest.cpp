@@ -145,64 +145,44 @@ TEST_F(GltfTest, LooksOfMaterials) {
     {"bufferView":0,"mimeType":"image/webp"}])");
   struct Case {
     const char* material;
-    Color diffuse;
-    const char* file;
-    float u;  ///< of the first texture vertex
-    int shading;
+    Color diffuse{1, 1, 1};
+    const char* file = "";
+    float u = 0;  ///< of the first texture vertex
+    int shading = 11;
     float opacity = 1;
   };
   const Case cases[] = {
-      {R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}})", {1, 1, 1}, "a b.png", 0, 11},
-      {R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":1,"texCoord":1}},
+      {.material = R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}})",
+       .file = "a b.png"},
+      {.material = R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":1,"texCoord":1}},
            "extensions":{"KHR_materials_unlit":{}}})",
-       {1, 1, 1},
-       "b.ktx2",
-       5,
-       9},
-      {R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":2,"extensions":{
+       .file = "b.ktx2",
+       .u = 5,
+       .shading = 9},
+      {.material = R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":2,"extensions":{
            "KHR_texture_transform":{"texCoord":1}}}}})",
-       {1, 1, 1},
-       "embedded0.webp",
-       5,
-       11},
-      {R"({"pbrMetallicRoughness":{"baseColorFactor":[0,0,0,1]},"emissiveFactor":[1,0.5,0],
-           "emissiveTexture":{"index":0}})",
-       {1, 0.5f, 0},
-       "a b.png",
-       0,
-       11},
-      {R"({"emissiveFactor":[1,0,0],"emissiveTexture":{"index":0}})", {1, 1, 1}, "", 0, 11},
-      {R"({"extensions":{"KHR_materials_pbrSpecularGlossiness":{"diffuseFactor":[0.5,0.5,0,1],
-           "diffuseTexture":{"index":1}}}})",
-       {0.5f, 0.5f, 0},
-       "b.ktx2",
-       0,
-       11},
-      {R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0,"texCoord":1}},
-           "extensions":{"KHR_materials_pbrSpecularGlossiness":{}}})",
-       {1, 1, 1},
-       "",
-       0,
-       11},
-      {R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]}})", {1, 1, 1}, "", 0, 11},
-      {R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]},"alphaMode":"BLEND"})",
-       {1, 1, 1},
-       "",
-       0,
-       11,
-       0.25f},
-      {R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]},"alphaMode":"MASK"})",
-       {1, 1, 1},
-       "",
-       0,
-       11,
-       0},
-      {R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]},"alphaMode":"MASK",
-           "alphaCutoff":0.25})",
-       {1, 1, 1},
-       "",
-       0,
-       11}};
+       .file = "embedded0.webp",
+       .u = 5},
+      {.material = R"({"pbrMetallicRoughness":{"baseColorFactor":[0,0,0,1]},
+           "emissiveFactor":[1,0.5,0],"emissiveTexture":{"index":0}})",
+       .diffuse = {1, 0.5f, 0},
+       .file = "a b.png"},
+      {.material = R"({"emissiveFactor":[1,0,0],"emissiveTexture":{"index":0}})"},
+      {.material = R"({"extensions":{"KHR_materials_pbrSpecularGlossiness":{
+           "diffuseFactor":[0.5,0.5,0,1],"diffuseTexture":{"index":1}}}})",
+       .diffuse = {0.5f, 0.5f, 0},
+       .file = "b.ktx2"},
+      {.material = R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0,"texCoord":1}},
+           "extensions":{"KHR_materials_pbrSpecularGlossiness":{}}})"},
+      {.material = R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]}})"},
+      {.material = R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]},
+           "alphaMode":"BLEND"})",
+       .opacity = 0.25f},
+      {.material = R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]},
+           "alphaMode":"MASK"})",
+       .opacity = 0},
+      {.material = R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]},
+           "alphaMode":"MASK","alphaCutoff":0.25})"}};
   for (const Case& row : cases) {
     document["materials"] = {json::parse(row.material)};
     const ImportedScene imported = Import(document);

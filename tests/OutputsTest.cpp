@@ -270,29 +270,6 @@ TEST_F(OutputsTest, AReplacedFileKeepsItsRightsItsOwnerAndItsAttributes) {
   }
 }
 
-TEST_F(OutputsTest, FilesThatGoTogetherArePlacedTogether) {
-  const auto place = [&](const std::function<void()>& beforeCommit) {
-    std::vector<std::unique_ptr<OutputPlace>> places;
-    std::vector<OutputPlace*> all;
-    for (const char* name : {"old", "new", "blocked"}) {
-      places.push_back(std::make_unique<OutputPlace>(FindOutput(work_ / name), name));
-      places.back()->Fill([](std::ostream& out) { out << "new"; });
-      all.push_back(places.back().get());
-    }
-    beforeCommit();
-    OutputPlace::CommitTogether(all);
-  };
-  Write(work_ / "old", "old");
-  EXPECT_THROW(place([&] { fs::create_directory(work_ / "blocked"); }), std::runtime_error);
-  EXPECT_EQ(Content(work_ / "old"), "old");
-  EXPECT_THAT(Names(work_), UnorderedElementsAre("old", "blocked"));
-
-  fs::remove(work_ / "blocked");
-  place([] {});
-  EXPECT_THAT(Names(work_), UnorderedElementsAre("old", "new", "blocked"));
-  EXPECT_EQ(Content(work_ / "old"), "new");
-}
-
 TEST_F(OutputsTest, FilesOfTwoExportsDoNotMix) {
   Write(work_ / "a.kob", "old");
   // What holds the folder itself locked, as people do around a command, is not waited for.

@@ -271,26 +271,5 @@ TEST_F(ProgramTest, ATerminalShowsTheStage) {
   close(terminal);
 }
 
-TEST_F(ProgramTest, ForeignScenesExportAsTheirSceneFiles) {
-  Write(work_ / "level.obj", kObject);
-  Write(work_ / "level.mtl", "newmtl Red\nKd 1 0 0\n");
-  std::vector<std::string> scenes;
-  for (const std::vector<std::string>& import : std::vector<std::vector<std::string>>{
-           {}, {"--up", "z"}, {"--up", "auto", "--scale", "2.5", "--read-limit", "0"}}) {
-    SCOPED_TRACE(testing::PrintToString(import));
-    std::vector<std::string> direct{"export", "level.obj", "a.kob", "--fresh", "--seed", "1"};
-    std::vector<std::string> written{"scene", "level.obj", "-o", "level.scene.json"};
-    direct.insert(direct.end(), import.begin(), import.end());
-    written.insert(written.end(), import.begin(), import.end());
-    EXPECT_EQ(Run(direct).status, 0);
-    EXPECT_EQ(Run(written).status, 0);
-    EXPECT_EQ(Run({"export", "level.scene.json", "b.kob", "--fresh", "--seed", "1"}).status, 0);
-    EXPECT_EQ(Content(work_ / "a.kob"), Content(work_ / "b.kob"));
-    scenes.push_back(Content(work_ / "level.scene.json"));
-  }
-  EXPECT_NE(scenes[0], scenes[1]);
-  EXPECT_NE(scenes[0], scenes[2]);
-}
-
 }  // namespace
 }  // namespace mapexport
