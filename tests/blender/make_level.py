@@ -37,8 +37,8 @@ fbx_utils._key_to_uuid = lambda uuids, key: 1000 + len(uuids)
 export_fbx_bin.datetime = types.SimpleNamespace(
     datetime=types.SimpleNamespace(now=lambda: datetime.datetime(2000, 1, 1)))
 
-# A mesh whose nodes have their own materials is exported once per node, as "Wedge.001" and so on; with
-# one key for all copies it is exported once, as other tools do it.
+# A mesh whose nodes have their own materials is exported once per node, as "Wedge.001" and so on.
+# With one key for all copies it is exported once, as other tools do it.
 blender_key = fbx_utils.get_blenderID_key
 export_fbx_bin.get_blenderID_key = lambda data: (
     f"mesh {data.name.split('.')[0]}" if isinstance(data, bpy.types.Mesh) else blender_key(data))
@@ -234,8 +234,8 @@ def build():
 
     # Groups, a prefab that stands three times, a curve, something hidden.
     group = add("static_house", None, (14, 10, 0), (0, 0, 45))
-    door = add("Door 'A' &lt; <B>", mesh("Door", *cube(0.6, 0.05, 1), wood), (0, -2, 1), parent=group,
-               userProperties="climbable, notcollidable3d")
+    door = add("Door 'A' &lt; <B>", mesh("Door", *cube(0.6, 0.05, 1), wood), (0, -2, 1),
+               parent=group, userProperties="climbable, notcollidable3d")
     add("ドア枠", mesh("Frame", *cube(0.1, 0.1, 1.2), plain), (0.8, 0, 0.1), parent=door,
         climbable=True)
     prefab = bpy.data.collections.new("Lamp post")

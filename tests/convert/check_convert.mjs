@@ -1,5 +1,5 @@
-// Converts what the exporter writes and looks at what came of it: the glTF files with the format's own
-// validator, all of them by exporting them again, and the orientation of the faces.
+// Converts what the exporter writes and looks at what came of it: the glTF files with the format's
+// own validator, all of them by exporting them again, and the orientation of the faces.
 //
 //   check_convert.mjs MAPEXPORT SOURCE MODULES WORK
 //

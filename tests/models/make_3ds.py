@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Writes the .3ds files of this folder: room.3ds, the small room, and cubes/, one smooth and one with
-hard edges.
+"""Writes the .3ds files of this folder: room.3ds, the small room, and cubes/, one smooth and one
+with hard edges.
 
-A file is nested chunks of an id, a length and a content. Points are the world's, z up; the matrix of a
-mesh says where its node stands, the key-framer which node hangs on which.
+A file is nested chunks of an id, a length and a content. Points are the world's, z up; the matrix
+of a mesh says where its node stands, the key-framer which node hangs on which.
 """
 import pathlib
 import struct
