@@ -92,7 +92,7 @@ function compare(what, model, again, hasNodes) {
   if (triangles.b !== triangles.a - (hasNodes ? 0 : undrawn)) {
     fault(`${what}: ${triangles.b} of ${triangles.a} triangles, ${undrawn} of them not drawn`);
   }
-  const [found, wanted] = [triangles.boundsB.flat(), triangles.boundsA.flat()];
+  const [found, wanted] = [triangles.boundsB, triangles.boundsA].map((box) => box?.flat() ?? []);
   if ((hasNodes || undrawn === 0) && !wanted.every((value, i) => isNear(found[i], value))) {
     fault(`${what}: bounds ${found} instead of ${wanted}`);
   }
