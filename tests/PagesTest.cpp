@@ -57,6 +57,16 @@ Words Completions(const std::string& words) {
   return offered;
 }
 
+/// What fish offers to write behind "mapexport COMMAND --".
+Words FishCompletions(const std::string& command) {
+  const TempFolder folder;
+  const std::string script = folder.Path() / "mapexport.fish";
+  Write(script, FishCompletion(Commands()));
+  return OptionsIn(Output("HOME=" + folder.Path().string() + " fish -c '. " + script +
+                          "; complete -C \"mapexport " + command + " --\"' 2>&1"),
+                   "");
+}
+
 TEST(Pages, TellOfTheSameOptionsAsHelp) {
   const std::string page = ManPage(Commands());
   Words commands;
@@ -70,6 +80,7 @@ TEST(Pages, TellOfTheSameOptionsAsHelp) {
     ofPage.insert("--help");
     EXPECT_EQ(ofPage, options);
     EXPECT_EQ(Completions(std::string("mapexport ") + command.name + " --"), options);
+    EXPECT_EQ(FishCompletions(command.name), options);
   }
   EXPECT_THAT(Completions("mapexport \"\""), IsSupersetOf(commands));
   commands.insert("--help");

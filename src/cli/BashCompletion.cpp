@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "cli/CompletionParts.h"
 #include "cli/Pages.h"
 
 namespace mapexport {
@@ -61,13 +62,10 @@ std::string NamesOf(std::span<const OptionInfo> options) {
 
 /// The case for what follows `option`: its words, or nothing when the value can't be completed.
 std::string ValueCase(const CommandInfo& command, const OptionInfo& option) {
-  const std::span<const char* const> words =
-      option.kind == OptionKind::kRow ? option.rows : option.words;
-  const bool isFile = option.argument != nullptr && std::string_view(option.argument) == "FILE";
-  if (option.argument == nullptr || isFile) return {};
+  if (option.argument == nullptr || ValueIsPath(option)) return {};
   const std::string pattern = fmt::format("    '{} --{}')", command.name, option.name);
-  if (words.empty()) return pattern + " return ;;\n";
-  return fmt::format("{} words='{}' ;;\n", pattern, fmt::join(words, " "));
+  if (ValueWords(option).empty()) return pattern + " return ;;\n";
+  return fmt::format("{} words='{}' ;;\n", pattern, fmt::join(ValueWords(option), " "));
 }
 
 }  // namespace

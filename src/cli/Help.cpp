@@ -96,7 +96,9 @@ std::string CommandHelp(const CommandInfo& command) {
   std::string controls;
   AppendOptions(controls, command.options, true);
   if (!controls.empty()) {
-    out += "\nControls of the options dialog; one that is not given keeps its remembered value:\n";
+    out +=
+        "\nControls of the options dialog; one that is not given keeps its remembered value, at\n";
+    out += "first or with --fresh the one in parentheses:\n";
     out += controls;
     out += "  X is a decimal number. Of a repeated option the last one counts.\n";
   }

@@ -105,7 +105,9 @@ std::string ManPage(std::span<const CommandInfo> commands) {
   page += fmt::format(".SH DESCRIPTION\n{}\n.SH COMMANDS\n", Escaped(kDescription));
   page += "In the options, X is a decimal number. Of a repeated option the last one counts. ";
   page += "Names in quotes are controls of the options dialog; one that is not given keeps its ";
-  page += "remembered value. Every command has \\fB\\-\\-help\\fR.\n";
+  page +=
+      "remembered value, at first or with \\fB\\-\\-fresh\\fR the one in parentheses. Every "
+      "command has \\fB\\-\\-help\\fR.\n";
   for (const CommandInfo& command : commands) AppendCommand(page, command);
   page += ".SH OPTIONS\n";
   for (const OptionInfo& option : kProgramOptions) {

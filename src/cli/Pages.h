@@ -1,5 +1,5 @@
-// Files that are installed with the program: its manual page, and completion for bash. Like --help,
-// both are made from the table of commands.
+// Files that are installed with the program: its manual page, and completions for shells. Like
+// --help, they are made from the table of commands.
 #pragma once
 
 #include <span>
@@ -14,5 +14,8 @@ std::string ManPage(std::span<const CommandInfo> commands);
 
 /// A script for bash that completes commands, options, the words that options take, and file names.
 std::string BashCompletion(std::span<const CommandInfo> commands);
+/// The same for fish and zsh, which show a note beside each word.
+std::string FishCompletion(std::span<const CommandInfo> commands);
+std::string ZshCompletion(std::span<const CommandInfo> commands);
 
 }  // namespace mapexport
