@@ -22,7 +22,11 @@
 
 #if !MAPEXPORT_OWN_OPERATORS
 
-void mapexport::PutHeapOnLargePages() {}
+namespace mapexport {
+
+void PutHeapOnLargePages() {}
+
+}  // namespace mapexport
 
 #else
 
@@ -52,7 +56,9 @@ void* Allocate(std::size_t size) {
 
 }  // namespace
 
-void mapexport::PutHeapOnLargePages() {
+namespace mapexport {
+
+void PutHeapOnLargePages() {
   constexpr int kReserve = 32 << 20;
   mallopt(M_MMAP_THRESHOLD, static_cast<int>(kLarge));  // Allocate has the larger blocks
   mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
@@ -64,6 +70,8 @@ void mapexport::PutHeapOnLargePages() {
   std::byte* const end = static_cast<std::byte*>(sbrk(0));
   if (end > former) AskForLargePages(former, end);
 }
+
+}  // namespace mapexport
 
 // The other forms of the operators call these. The aligned ones are left as they are; their blocks,
 // too, end in free().
