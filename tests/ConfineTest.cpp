@@ -264,7 +264,7 @@ TEST_F(ConfineTest, HoweverAChildEndsItsParentKnows) {
   }
 }
 
-TEST_F(ConfineTest, TheMemoryIsThatOfTheGroups) {
+TEST_F(ConfineTest, MemoryAndProcessorsAreThoseOfTheGroups) {
   const std::uint64_t all = MemoryLimit("/none", "/none");
   fs::create_directories(folder_ + "/outer/inner");
   const auto write = [this](const char* name, const char* text) { Write(folder_ + name, text); };
@@ -284,6 +284,13 @@ TEST_F(ConfineTest, TheMemoryIsThatOfTheGroups) {
   }
   write("/memory.max", "500\n");
   EXPECT_EQ(MemoryLimit("/none", folder_), 500U);  // all that a container sees
+  write("/cpu.max", "150000 100000\n");
+  write("/outer/cpu.max", "max 100000\n");
+  write("/group", "0::/outer\n");
+  EXPECT_EQ(ProcessorLimit(folder_ + "/group", folder_),
+            std::min<std::size_t>(ProcessorLimit("/none", "/none"), 2));
+  write("/cpu.max", "1000 100000\n");
+  EXPECT_EQ(ProcessorLimit(folder_ + "/group", folder_), 1U);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <filesystem>
+#include <map>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -9,11 +10,13 @@
 #include <fmt/format.h>
 
 #include "app/DialogControls.h"
+#include "app/ExporterLog.h"
 #include "cli/OptionReading.h"
 #include "cli/OptionValues.h"
 #include "cli/SharedOptions.h"
 #include "modelreader/ModelFile.h"
 #include "output/OutputTarget.h"
+#include "system/FileIdentity.h"
 #include "system/RemarkCode.h"
 #include "system/RunError.h"
 
@@ -21,6 +24,15 @@ namespace mapexport {
 namespace {
 
 using enum OptionKind;
+
+constexpr const char* kOutputFolder = "output-folder";
+constexpr const char* kJobs = "jobs";
+
+constexpr OptionInfo kOutputLayoutOption{.name = kLayoutOption.name,
+                                         .kind = kText,
+                                         .argument = "LAYOUT",
+                                         .help = "with --output-folder: qob, or kob (the default)",
+                                         .words = kLayouts};
 
 constexpr OptionInfo kAllowOption{
     .name = "allow",
@@ -138,6 +150,19 @@ constexpr std::array kOptions{
         .help = "a warning is an error: status 1, and nothing is replaced; lists that are too long "
                 "and an output without triangles are warnings here"},
     kAllowOption,
+    OptionInfo{.name = kOutputFolder,
+               .kind = kText,
+               .argument = "DIR",
+               .help =
+                   "export any number of scenes, each in a process of its own, to DIR/NAME.kob, "
+                   "with the log DIR/NAME.ExportDebug.txt; NAME is the scene's file name "
+                   "without its extension; a missing DIR is made"},
+    kOutputLayoutOption,
+    OptionInfo{.name = kJobs,
+               .kind = kText,
+               .argument = "N",
+               .help = "with --output-folder: at most N scenes at once; unless given, as many as "
+                       "there are processors; fewer when they might not fit into memory"},
     OptionInfo{.name = "depfile",
                .kind = kText,
                .argument = "FILE",
@@ -223,6 +248,67 @@ std::uint32_t LongestList(const CommandLine& line) {
       line.command);
 }
 
+/// The scene's file name without its extension.
+std::string SceneName(const CommandLine& line, const std::string& path) {
+  const std::string name = NamePart(RequirePath(line, "SCENE", path));
+  for (const std::string_view ending : {".scene.json", ".scene.bin"}) {
+    if (name.size() > ending.size() && name.ends_with(ending)) {
+      return name.substr(0, name.size() - ending.size());
+    }
+  }
+  const std::size_t dot = name.rfind('.');
+  if (!name.empty()) return dot == 0 ? name : name.substr(0, dot);
+  throw UsageError(fmt::format("\"{}\" names a folder, not a scene", path), line.command);
+}
+
+std::vector<ExportArguments::Job> ReadJobs(const CommandLine& line, std::string folder) {
+  for (const char* option : {"dialog", "log"}) {
+    if (!line.Has(option)) continue;
+    throw UsageError(fmt::format("--{} and --{} exclude each other", option, kOutputFolder),
+                     line.command);
+  }
+  if (!folder.ends_with('/')) folder += '/';
+  const bool isQob = LayoutValue(line) == ModelLayout::kQob;
+  std::vector<ExportArguments::Job> jobs;
+  std::map<std::string, std::string> scenes;
+  for (const std::string& scene : line.positionals) {
+    const std::string name = SceneName(line, scene);
+    const auto [other, isNew] = scenes.try_emplace(name, scene);
+    if (!isNew) {
+      throw UsageError(fmt::format("{} and {} would both be exported to {}{}", other->second, scene,
+                                   name, isQob ? ".qob" : ".kob"),
+                       line.command);
+    }
+    jobs.push_back({scene, folder + name + (isQob ? ".qob" : ".kob"),
+                    fmt::format("{}{}.{}", folder, name, ExporterLog::kName)});
+  }
+  return jobs;
+}
+
+/// Reads what is exported to where.
+void ReadFiles(const CommandLine& line, ExportArguments& arguments) {
+  arguments.outputFolder = PathValue(line, kOutputFolder);
+  arguments.mostAtOnce = WholeValue(line, kJobs);
+  if (arguments.outputFolder) {
+    arguments.jobs = ReadJobs(line, *arguments.outputFolder);
+    if (arguments.mostAtOnce == 0U) {
+      throw UsageError(fmt::format("--{}: at least 1 is needed", kJobs), line.command);
+    }
+    return;
+  }
+  for (const char* option : {kJobs, kLayoutOption.name}) {
+    if (!line.Has(option)) continue;
+    throw UsageError(fmt::format("--{} needs --{}", option, kOutputFolder), line.command);
+  }
+  if (line.positionals.size() < 2) throw UsageError("OUTPUT is required", line.command);
+  if (line.positionals.size() > 2) {
+    throw UsageError(fmt::format("\"{}\" is one argument too many; several scenes need --{}",
+                                 line.positionals[2], kOutputFolder),
+                     line.command);
+  }
+  arguments.output = PositionalPath(line, 1);
+}
+
 }  // namespace
 
 std::span<const OptionInfo> ExportOptions() {
@@ -232,7 +318,7 @@ std::span<const OptionInfo> ExportOptions() {
 ExportArguments ReadExportArguments(const CommandLine& line) {
   ExportArguments arguments;
   arguments.scene = SceneOf(line);
-  arguments.output = PositionalPath(line, 1);
+  ReadFiles(line, arguments);
   for (const OptionInfo& option : kOptions) {
     const std::optional<std::string> value = line.Value(option.name);
     if (option.control == 0 || !value) continue;
@@ -248,7 +334,9 @@ ExportArguments ReadExportArguments(const CommandLine& line) {
   const std::span<const std::string> allowed = WordValues(line, kAllowOption);
   arguments.allowed.assign(allowed.begin(), allowed.end());
   arguments.depFile = PathValue(line, "depfile");
+  arguments.makesRule = arguments.depFile.has_value();
   arguments.report = PathValue(line, "report");
+  arguments.makesReport = arguments.report.has_value();
   if (line.Has("log") && line.Has("no-log")) {
     throw UsageError("--log and --no-log exclude each other", line.command);
   }
@@ -262,6 +350,18 @@ ExportArguments ReadExportArguments(const CommandLine& line) {
   }
   arguments.quiet = line.Has("quiet");
   return arguments;
+}
+
+ExportArguments ArgumentsOf(const ExportArguments& all, const ExportArguments::Job& job) {
+  ExportArguments one = all;
+  one.scene.path = job.scene;
+  one.output = job.output;
+  one.log = job.log;
+  one.jobs.clear();
+  one.depFile.reset();
+  one.report.reset();
+  one.quiet = true;
+  return one;
 }
 
 }  // namespace mapexport

@@ -16,6 +16,15 @@ namespace mapexport {
 struct ExportArguments {
   SceneSource scene;
   std::string output;
+  /// With --output-folder: the scenes and outputs; `scene` has only the options that all share.
+  struct Job {
+    std::string scene;
+    std::string output;
+    std::string log;
+  };
+  std::vector<Job> jobs;
+  std::optional<std::string> outputFolder;
+  std::optional<std::uint32_t> mostAtOnce;
   std::vector<DialogAction> actions;  ///< in the order of the dialog's control table
   std::uint32_t longestList = 0;      ///< most entries of a list of the output; 0: any number
   bool unweld = false;                ///< welding is to be switched off
@@ -26,7 +35,9 @@ struct ExportArguments {
   bool strict = false;               ///< warnings are errors
   std::vector<std::string> allowed;  ///< codes of warnings that are none even then
   std::optional<std::string> depFile;
+  bool makesRule = false;  ///< the rule of --depfile is wanted, even if another run writes it
   std::optional<std::string> report;
+  bool makesReport = false;  ///< the same of --report
   std::optional<std::string> log;
   bool noLog = false;
   bool quiet = false;
@@ -38,5 +49,8 @@ std::span<const OptionInfo> ExportOptions();
 /// Throws UsageError, or RunError when a relative --cxp can't be made absolute because the current
 /// directory is unknown.
 ExportArguments ReadExportArguments(const CommandLine& line);
+
+/// The arguments that export one of several scenes and leave depfile and report to the caller.
+ExportArguments ArgumentsOf(const ExportArguments& all, const ExportArguments::Job& job);
 
 }  // namespace mapexport

@@ -2,9 +2,11 @@
 #include <array>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +17,7 @@
 #include "app/Commands.h"
 #include "app/ExportArguments.h"
 #include "app/ExportRemarks.h"
+#include "app/ExportScenes.h"
 #include "app/ExportSettings.h"
 #include "app/ExportSystem.h"
 #include "app/ExportTargets.h"
@@ -51,7 +54,7 @@ constexpr std::array kPositionals{
                    "second; without one, \".map\" is appended"},
 };
 
-/// One run of the command.
+/// The export of one scene.
 struct ExportRun {
   explicit ExportRun(const ExportArguments& given)
       : arguments(given),
@@ -74,6 +77,11 @@ struct ExportRun {
   TakenFiles inputs;  ///< files that are read, as far as known
   ReportOutput reportOutput;
   std::unique_ptr<Presenter> windows;  ///< null without --dialog
+  std::optional<SettingsStore> settings;
+  bool savesSettings = true;
+  std::function<void()> computed;      ///< called before files are put in place; may be empty
+  std::vector<std::string> sideFiles;  ///< of the scene
+  std::string rule;                    ///< of --depfile, if it is wanted
 };
 
 void ShowStatus(ExportRun& run, const std::string& status) {
@@ -124,13 +132,15 @@ template <typename TellMore>
 void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTarget>& depFile,
                 const TellMore& tellMore) {
   std::unique_ptr<OutputPlace> depFilePlace;
+  if (run.arguments.makesRule) {
+    run.rule = DepFileText(run.report.output, run.report.dependencies);
+  }
   if (depFile) {
-    depFilePlace = std::make_unique<OutputPlace>(*depFile, [&run](std::ostream& out) {
-      out << DepFileText(run.report.output, run.report.dependencies);
-    });
+    depFilePlace =
+        std::make_unique<OutputPlace>(*depFile, [&run](std::ostream& out) { out << run.rule; });
   }
   run.report.bytes = std::filesystem::file_size(model.File());
-  if (run.arguments.report) run.report.sha256 = Sha256OfFile(model.File());
+  if (run.arguments.makesReport) run.report.sha256 = Sha256OfFile(model.File());
   const std::unique_ptr<OutputPlace> reportPlace = run.reportOutput.Prepare();
   std::vector<OutputPlace*> places{&model};
   if (depFilePlace) places.push_back(depFilePlace.get());
@@ -138,6 +148,7 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
   // Print the report before placing: a report that can't be printed must not replace an older
   // output, and placing hardly ever fails.
   run.reportOutput.Print();
+  if (run.computed) run.computed();
   OutputPlace::CommitTogether(places);
   TellPlaced(places, run.messages, tellMore);
 }
@@ -177,16 +188,18 @@ void Export(ExportRun& run) {
   const std::string& output = run.report.output;
   const OutputTarget target = FindModelTarget(arguments, run.inputs);
   const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments, run.inputs);
-  SettingsStore settings = OpenSettings(arguments, run.messages);
+  if (!run.settings) run.settings = OpenSettings(arguments, run.messages);
+  SettingsStore& settings = *run.settings;
   AddRememberedInputs(arguments, settings, run.inputs);
   RequireFree(run, target, depFile);
   // Refuse names that no make rule can hold before the long work.
-  if (depFile) DepFileText(output, std::array{arguments.scene.path});
+  if (arguments.makesRule) DepFileText(output, std::array{arguments.scene.path});
   // Reading may take long: report a missing display before it.
   if (arguments.dialog) RequireWindows();
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);
   run.report.confinement = std::move(loaded.confinement);
   for (const std::string& file : loaded.sideFiles) run.inputs.Add(file, kSideInput);
+  run.sideFiles = loaded.sideFiles;
   RequireFree(run, target, depFile);
   run.report.leftOut = std::move(loaded.leftOut);
   run.report.before = CountScene(loaded.scene);
@@ -216,9 +229,8 @@ void Export(ExportRun& run) {
     throw RunError(fmt::format("{}: not exported: {}", output, talk.Exception()));
   }
   if (!system.Cancelled()) WarnOfWelding(arguments, values, *run.report.before, run.messages);
-  if (const std::string error = settings.Save(); !error.empty()) {
-    run.messages.Warning("settings-not-saved", error);
-  }
+  if (run.savesSettings) SaveSettings(settings, run.messages);
+  run.savesSettings = false;
   if (system.Cancelled()) {
     run.stages.End();
     ReportCancel(run);
@@ -260,10 +272,41 @@ void ReportFailure(ExportRun& run, const std::string& reason) {
   }
 }
 
+/// Exports one of several scenes. Throws nothing but std::bad_alloc.
+SceneResult ExportForCaller(const ExportArguments& arguments, SettingsStore settings,
+                            bool savesSettings, const std::function<void()>& computed) {
+  ExportRun run(arguments);
+  run.messages.Attribute({run.report.scene, run.report.output});
+  run.settings = std::move(settings);
+  run.savesSettings = savesSettings;
+  run.computed = computed;
+  try {
+    Export(run);
+  } catch (const std::exception& error) {
+    ReportFailure(run, ReasonOf(error));
+  }
+  SceneResult result;
+  result.status = run.report.status;
+  result.error = run.report.error;
+  result.rule = run.rule;
+  result.savedSettings = savesSettings && !run.savesSettings;
+  for (const Remark& remark : run.messages.Told()) {
+    if (remark.code == "exported") result.exported = remark.text;
+  }
+  if (arguments.makesReport) {
+    std::ostringstream report;
+    WriteReport(run.report, run.messages.Told(), run.stages.Times(), report);
+    result.report = std::move(report).str();
+  }
+  result.sideFiles = std::move(run.sideFiles);
+  return result;
+}
+
 /// Exports a scene with the options of the command line, or with the dialog. The output is checked
 /// before it is put in place; on any failure an older output stays as it was.
 ExitStatus Run(const CommandLine& line) {
   const ExportArguments arguments = ReadExportArguments(line);
+  if (arguments.outputFolder) return ExportScenes(arguments, ExportForCaller);
   ExportRun run(arguments);
   try {
     Export(run);
@@ -280,6 +323,7 @@ CommandInfo ExportCommand() {
   return {.name = "export",
           .summary = "exports a scene to a model file",
           .positionals = kPositionals,
+          .otherForm = "SCENE... --output-folder DIR",
           .options = ExportOptions(),
           .run = Run};
 }

@@ -43,6 +43,11 @@ SettingsStore OpenSettings(const ExportArguments& arguments, Messages& messages)
   return settings;
 }
 
+void SaveSettings(SettingsStore& settings, Messages& messages) {
+  const std::string error = settings.Save();
+  if (!error.empty()) messages.Warning("settings-not-saved", error);
+}
+
 std::string RememberedCxp(SettingsStore& settings) {
   HKEY key = nullptr;
   if (settings.CreateKey(RegistryRoot::kLocalMachine, kExporterKey, nullptr, RegistryAccess::kQuery,

@@ -16,6 +16,9 @@ std::string SettingsPath(const ExportArguments& arguments);
 /// or read. Throws RunError when it is no regular file.
 SettingsStore OpenSettings(const ExportArguments& arguments, Messages& messages);
 
+/// Warns when they can't be saved.
+void SaveSettings(SettingsStore& settings, Messages& messages);
+
 /// The path of the CXP database in the settings; empty for none.
 std::string RememberedCxp(SettingsStore& settings);
 

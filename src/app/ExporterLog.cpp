@@ -102,7 +102,7 @@ void ExporterLog::Place(const TakenFiles& files, Messages& messages) {
   }
   if (trouble_.empty()) {
     try {
-      place->Commit();
+      place->CommitUnsynced();
       TellPlaced(*place, messages);
     } catch (const std::exception& error) {
       trouble_ = ReasonWithout(*name_, error);

@@ -1,5 +1,6 @@
 #include "app/Messages.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <map>
@@ -80,7 +81,11 @@ void Messages::Box(std::string_view title, std::string_view text) const {
 }
 
 void Messages::Print(std::string_view kind, std::string_view colour, std::string_view text) const {
-  const std::string line = PrintableText(text, std::string::npos);
+  const auto begins = [text](const std::string& name) { return text.starts_with(name + ':'); };
+  const bool attributed = names_.empty() || std::ranges::any_of(names_, begins);
+  const std::string line =
+      PrintableText(attributed ? std::string(text) : fmt::format("{}: {}", names_.front(), text),
+                    std::string::npos);
   WriteLines(coloured_ ? fmt::format("mapexport: \x1b[1;{}m{}:\x1b[0m {}\n", colour, kind, line)
                        : fmt::format("mapexport: {}: {}\n", kind, line));
 }

@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "system/Remark.h"
@@ -16,6 +17,10 @@ class Messages {
  public:
   /// With `quiet` only errors and warnings are printed.
   explicit Messages(bool quiet);
+
+  /// From now on a printed line begins with the first of `names`, unless it begins with one of
+  /// them already.
+  void Attribute(std::vector<std::string> names) { names_ = std::move(names); }
 
   void Error(std::string_view text) const;
   void Warning(RemarkCode code, std::string_view text, std::uint64_t count = 1);
@@ -38,6 +43,7 @@ class Messages {
 
   bool quiet_;
   bool coloured_;
+  std::vector<std::string> names_;
   Remarks told_;
 };
 

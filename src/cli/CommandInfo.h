@@ -41,6 +41,9 @@ struct CommandInfo {
   const char* name;
   const char* summary;
   std::span<const PositionalInfo> positionals = {};
+  /// Other arguments in place of the positionals, for the usage line. The command then gets any
+  /// number of positionals, at least one, and checks it.
+  const char* otherForm = nullptr;
   /// Options that operate controls come in the order of the dialog's control table.
   std::span<const OptionInfo> options = {};
   /// Runs the command. Throws UsageError for a wrong value, and other exceptions when it fails.

@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -65,6 +66,13 @@ void CheckProgramOption(std::span<const CommandInfo> commands,
       nullptr);
 }
 
+/// Ends arguments in brackets, which the parser would take for a list. No argument contains it.
+constexpr char kArgumentEnd = '\0';
+
+std::string WithoutEnd(const std::string& argument) {
+  return argument.substr(0, argument.find(kArgumentEnd));
+}
+
 std::string ParserNames(const OptionInfo& option) {
   std::string names = option.letter == '\0' ? "" : fmt::format("-{},", option.letter);
   names += fmt::format("--{}", option.name);
@@ -85,6 +93,10 @@ CommandParser AddCommand(CLI::App& program, const CommandInfo& info) {
   for (const PositionalInfo& positional : info.positionals) {
     parser.positionals.push_back(
         parser.app->add_option(positional.name)->required(!positional.isOptional));
+    if (info.otherForm == nullptr) continue;
+    // The first one takes them all.
+    parser.positionals.back()->expected(CLI::detail::expected_max_vector_size);
+    break;
   }
   for (const OptionInfo& option : info.options) {
     CLI::Option* added = TakesValue(option.kind) ? parser.app->add_option(ParserNames(option))
@@ -112,7 +124,9 @@ CommandLine Collect(const CommandParser& parser) {
   CommandLine line;
   line.command = parser.info;
   for (const CLI::Option* positional : parser.positionals) {
-    if (positional->count() > 0) line.positionals.push_back(positional->results().back());
+    for (const std::string& value : positional->results()) {
+      line.positionals.push_back(WithoutEnd(value));
+    }
   }
   for (std::size_t i = 0; i < parser.options.size(); ++i) {
     // The results as given on the command line: the parser's own conversions treat some texts
@@ -121,6 +135,7 @@ CommandLine Collect(const CommandParser& parser) {
     if (results.empty()) continue;
     const OptionInfo& option = parser.info->options[i];
     for (std::string& value : results) {
+      value = WithoutEnd(value);
       if (option.kind == OptionKind::kFlag) value.clear();
       if (option.kind == OptionKind::kSwitch) value = value == "true" ? "on" : "off";
     }
@@ -171,7 +186,11 @@ CommandLine ParseCommandLine(std::span<const CommandInfo> commands,
   };
   try {
     // The parser takes them from the back.
-    program.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    for (std::string& argument : reversed) {
+      if (argument.starts_with('[')) argument += kArgumentEnd;
+    }
+    program.parse(std::move(reversed));
     line = Collect(*used());
   } catch (const CLI::CallForHelp&) {
     line.wanted = CommandLine::Wanted::kHelp;

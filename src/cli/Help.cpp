@@ -49,6 +49,7 @@ std::string UsageLine(const CommandInfo* command) {
   for (const PositionalInfo& positional : command->positionals) {
     line += ' ' + PositionalHead(positional);
   }
+  if (command->otherForm != nullptr) line += fmt::format(" | {}", command->otherForm);
   return line + " [options]";
 }
 

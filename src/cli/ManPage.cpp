@@ -78,6 +78,9 @@ void AppendSynopsis(std::string& page, std::span<const CommandInfo> commands) {
       page += fmt::format(" \\fI{}\\fR", Escaped(PositionalHead(positional)));
     }
     page += " [options]\n.br\n";
+    if (command.otherForm == nullptr) continue;
+    page += fmt::format("\\fBmapexport {}\\fR {} [options]\n.br\n", command.name,
+                        Escaped(command.otherForm));
   }
   page += "\\fBmapexport\\fR \\-\\-help | \\-\\-version\n";
 }

@@ -85,21 +85,6 @@ std::string MakeFolder(const OutputTarget& target, Descriptor& lock) {
   }
 }
 
-void RemoveLeftOvers(const std::string& targetPath) {
-  DIR* const entries = opendir(FolderOf(targetPath).c_str());
-  if (entries == nullptr) return;  // a writable folder need not be readable
-  const std::string prefix = FolderNamePrefix(targetPath);
-  while (const dirent* const entry = readdir(entries)) {
-    const std::string_view name = entry->d_name;
-    if (!name.starts_with(prefix) || name.size() != prefix.size() + kRandomPart.size()) continue;
-    const std::string folder = FolderPart(targetPath) + std::string(name);
-    // Without locks nobody can tell a left-over from the folder of a running export.
-    const Descriptor lock = LockFolder(folder, WithoutLocks::kRefuse);
-    if (lock.IsOpen()) RemoveFolder(folder, lock.Get());
-  }
-  closedir(entries);
-}
-
 }  // namespace
 
 OutputPlace::OutputPlace(OutputTarget target, const std::string& fileName)
@@ -133,6 +118,21 @@ OutputPlace::~OutputPlace() {
   RemoveFolder(folder_, lock_.Get());
 }
 
+void OutputPlace::RemoveLeftOvers(const std::string& path) {
+  DIR* const entries = opendir(FolderOf(path).c_str());
+  if (entries == nullptr) return;  // a writable folder need not be readable
+  const std::string prefix = FolderNamePrefix(path);
+  while (const dirent* const entry = readdir(entries)) {
+    const std::string_view name = entry->d_name;
+    if (!name.starts_with(prefix) || name.size() != prefix.size() + kRandomPart.size()) continue;
+    const std::string folder = FolderPart(path) + std::string(name);
+    // Without locks nobody can tell a left-over from the folder of a running export.
+    const Descriptor lock = LockFolder(folder, WithoutLocks::kRefuse);
+    if (lock.IsOpen()) RemoveFolder(folder, lock.Get());
+  }
+  closedir(entries);
+}
+
 void OutputPlace::Fill(const std::function<void(std::ostream&)>& write) {
   const Descriptor file(open(file_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   int error = errno;
@@ -150,6 +150,11 @@ void OutputPlace::Commit() {
   Place();
 }
 
+void OutputPlace::CommitUnsynced() {
+  synced_ = false;
+  Commit();
+}
+
 void OutputPlace::Prepare() {
   const Descriptor file(open(file_.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
   bool prepared = file.IsOpen();
@@ -161,7 +166,9 @@ void OutputPlace::Prepare() {
     std::string lack = TakeExtendedAttributes(file.Get(), target_.path);
     if (notKept_.empty()) notKept_ = std::move(lack);
   }
-  if (!prepared || fsync(file.Get()) != 0) ThrowCannotWrite(target_.name, ErrnoText(errno));
+  if (!prepared || (synced_ && fsync(file.Get()) != 0))
+    ThrowCannotWrite(target_.name, ErrnoText(errno));
+  if (!synced_) return;
   const std::string folder = FolderOf(target_.path);
   targetFolder_ = Descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!targetFolder_.IsOpen()) syncError_ = errno;
@@ -209,7 +216,8 @@ void OutputPlace::Place() {
   }
   placed_ = true;
   // Some file systems can't sync folders.
-  if (syncError_ == 0 && fsync(targetFolder_.Get()) != 0 && errno != EINVAL) syncError_ = errno;
+  if (synced_ && syncError_ == 0 && fsync(targetFolder_.Get()) != 0 && errno != EINVAL)
+    syncError_ = errno;
 }
 
 std::vector<OutputPlace::Warning> OutputPlace::Warnings() const {

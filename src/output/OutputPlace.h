@@ -42,11 +42,18 @@ class OutputPlace {
   /// as far as possible, syncs it and moves it to the target. Throws RunError and leaves the target
   /// as it was.
   void Commit();
+  /// The same without syncing, which takes most of the time: for a file that may be lost with the
+  /// machine's power.
+  void CommitUnsynced();
 
   /// Commits all of them or, if one fails, none: all targets stay as they were. A process that
   /// commits to the first target meanwhile waits, so that files of two runs don't mix. Throws
   /// RunError.
   static void CommitTogether(std::span<OutputPlace* const> places);
+
+  /// Removes the temporary folders of processes that ended without removing them, beside the target
+  /// at `path`.
+  static void RemoveLeftOvers(const std::string& path);
 
   /// A lock file that exists beside the target while several files are put in place together.
   std::string LockPath() const;
@@ -93,6 +100,7 @@ class OutputPlace {
   Descriptor lock_;          ///< the folder, open
   Descriptor targetFolder_;  ///< open since Prepare
   std::string notKept_;      ///< which of the older file's owner and attributes could not be kept
+  bool synced_ = true;       ///< it is to be synced
   bool unlocked_ = false;    ///< another process did not release the lock
   int syncError_ = 0;        ///< why the target's folder can't be synced
   int putBackError_ = 0;

@@ -84,6 +84,7 @@ inline constexpr const char* kRemarkCodes[] = {
     "settings-unreadable",
     "shared-mesh-materials",
     "small-for-welding",
+    "summary",
     "texture-coordinates-changed",
     "unknown-material",
     "unused-pattern",

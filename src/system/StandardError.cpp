@@ -23,8 +23,11 @@ void Write(std::string_view text) {
 }  // namespace
 
 bool StandardErrorIsTerminal() {
-  const char* const term = std::getenv("TERM");
-  return isatty(STDERR_FILENO) == 1 && term != nullptr && std::string_view(term) != "dumb";
+  static const bool isTerminal = [] {
+    const char* const term = std::getenv("TERM");
+    return isatty(STDERR_FILENO) == 1 && term != nullptr && std::string_view(term) != "dumb";
+  }();
+  return isTerminal;
 }
 
 void WriteLines(std::string_view lines) {

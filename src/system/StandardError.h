@@ -8,7 +8,8 @@ namespace mapexport {
 // May be called from several threads. Failed writes are ignored: there is no other place to report
 // them.
 
-/// Whether standard error is a terminal that understands escape sequences.
+/// Whether standard error was a terminal that understands escape sequences when this was first
+/// called. A child process whose messages its parent prints inherits the answer.
 bool StandardErrorIsTerminal();
 
 /// Erases the status line and writes whole lines.

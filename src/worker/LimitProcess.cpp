@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <functional>
+#include <istream>
 #include <string_view>
 #include <utility>
 
+#include <sched.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/time.h>
@@ -68,6 +71,17 @@ std::string OwnGroup(const std::string& proc) {
   return {};
 }
 
+/// Calls `use` with the control file of that name in the process's group and in those above it, where
+/// there is one.
+void InGroups(const std::string& proc, const std::string& groups, const std::string& name,
+              const std::function<void(std::istream&)>& use) {
+  for (std::string group = OwnGroup(proc);; group.erase(group.rfind('/'))) {
+    std::ifstream in(groups + group + "/" + name);
+    if (in) use(in);
+    if (group.find('/') == std::string::npos) return;
+  }
+}
+
 }  // namespace
 
 LackingLimits LimitProcess(const ProcessLimits& limits) {
@@ -88,12 +102,36 @@ LackingLimits LimitProcess(const ProcessLimits& limits) {
 std::uint64_t MemoryLimit(const std::string& proc, const std::string& groups) {
   std::uint64_t limit = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
                         static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-  for (std::string group = OwnGroup(proc);; group.erase(group.rfind('/'))) {
+  InGroups(proc, groups, "memory.max", [&limit](std::istream& in) {
     std::uint64_t bytes = 0;
-    std::ifstream in(groups + group + "/memory.max");
     if (in >> bytes) limit = std::min(limit, bytes);  // it may say "max"
-    if (group.find('/') == std::string::npos) return limit;
+  });
+  return limit;
+}
+
+std::uint64_t FreeMemory() {
+  constexpr std::uint64_t kKilo = 1024;
+  std::uint64_t free = MemoryLimit();
+  std::ifstream in("/proc/meminfo");
+  for (std::string name, rest; in >> name; std::getline(in, rest)) {
+    std::uint64_t kilobytes = 0;
+    if (name == "MemAvailable:" && in >> kilobytes) free = std::min(free, kilobytes * kKilo);
   }
+  return free;
+}
+
+std::size_t ProcessorLimit(const std::string& proc, const std::string& groups) {
+  cpu_set_t allowed;
+  // It fails on a machine with more processors than the set holds.
+  long limit = sched_getaffinity(0, sizeof allowed, &allowed) == 0 ? CPU_COUNT(&allowed)
+                                                                   : sysconf(_SC_NPROCESSORS_ONLN);
+  InGroups(proc, groups, "cpu.max", [&limit](std::istream& in) {
+    long quota = 0;
+    long period = 0;
+    // It may say "max".
+    if (in >> quota >> period && period > 0) limit = std::min(limit, (quota - 1) / period + 1);
+  });
+  return static_cast<std::size_t>(std::max(limit, 1L));
 }
 
 }  // namespace mapexport

@@ -1,6 +1,7 @@
 // Limits of a child process, and the memory that is available to limit.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -26,6 +27,14 @@ struct LackingLimits {
 
 /// Limits this process for good. SIGXCPU and SIGALRM come when its time is over.
 LackingLimits LimitProcess(const ProcessLimits& limits);
+
+/// The processors that this process may use at the same time, at least one: those that its affinity
+/// names, or fewer where a control group (version 2) limits it. For `proc` and `groups` see below.
+std::size_t ProcessorLimit(const std::string& proc = "/proc/self/cgroup",
+                           const std::string& groups = "/sys/fs/cgroup");
+
+/// The bytes of memory that are free for further processes now, within MemoryLimit().
+std::uint64_t FreeMemory();
 
 /// The bytes of memory available to a process: the machine's, or less where the process is in a
 /// control group (version 2) that limits it. `proc` and `groups` are where the system shows groups;

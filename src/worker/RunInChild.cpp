@@ -69,7 +69,7 @@ void SilenceStandardStreams() {
 }
 
 void BecomeChild(pid_t parent, const ChildTask& task, const HandOverFiles& files) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  prctl(PR_SET_PDEATHSIG, task.signalOfOrphans);
   prctl(PR_SET_NAME, "mapexport-child");
   if (getppid() != parent) _exit(0);  // the parent died before that
   LetSignalsEnd();
@@ -123,35 +123,21 @@ void Confine(const ChildTask& task, const HandOverFiles& files) {
   }
 }
 
-/// The status that wait returns for a child, and the processor time that it took.
-struct Waited {
-  int status = 0;
-  std::chrono::microseconds processor{};
-};
-
-Waited WaitFor(pid_t child) {
-  Waited waited;
-  rusage used{};
-  while (wait4(child, &waited.status, 0, &used) < 0) {
-    if (errno != EINTR) throw ChildError("the end of its process is unknown: " + ErrnoText(errno));
-  }
+/// The signal that ended the child. If SIGKILL came because the child ignored the signal at its
+/// limit, that signal.
+int SignalOf(int status, const rusage& used, std::chrono::steady_clock::duration onClock,
+             const ProcessLimits& limits) {
   const auto timeOf = [](const timeval& time) {
     return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
   };
-  waited.processor = timeOf(used.ru_utime) + timeOf(used.ru_stime);
-  return waited;
-}
-
-/// The signal that ended the child. If SIGKILL came because the child ignored the signal at its
-/// limit, that signal.
-int SignalOf(const Waited& waited, std::chrono::steady_clock::duration onClock,
-             const ProcessLimits& limits) {
   const auto isOver = [](std::uint32_t limit, auto time) {
     return limit != 0 && time > std::chrono::seconds(limit);
   };
-  const int signal = WTERMSIG(waited.status);
+  const int signal = WTERMSIG(status);
   if (signal != SIGKILL) return signal;
-  if (isOver(limits.processorSeconds, waited.processor)) return SIGXCPU;
+  if (isOver(limits.processorSeconds, timeOf(used.ru_utime) + timeOf(used.ru_stime))) {
+    return SIGXCPU;
+  }
   return isOver(limits.clockSeconds, onClock) ? SIGALRM : signal;
 }
 
@@ -165,37 +151,61 @@ ChildEnd EndOf(int exitStatus) {
 
 }  // namespace
 
-ChildOutcome RunInChild(const ChildTask& task) {
-  HandOverFiles files(task.confinedTo.has_value());
+RunningChild::RunningChild(const ChildTask& task)
+    : files_(task.confinedTo.has_value()),
+      confined_(task.confinedTo.has_value()),
+      limits_(task.limits),
+      start_(std::chrono::steady_clock::now()) {
   // If SIGCHLD were ignored, the child's end would not be reported to us.
   signal(SIGCHLD, SIG_DFL);
-  const auto start = std::chrono::steady_clock::now();
   const pid_t parent = getpid();
-  const pid_t child = fork();
-  if (child < 0) throw ChildError("no process can be started: " + ErrnoText(errno));
-  if (child == 0) {
-    BecomeChild(parent, task, files);
-    RunTask(task, files);
+  id_ = fork();
+  if (id_ < 0) throw ChildError("no process can be started: " + ErrnoText(errno));
+  if (id_ != 0) return;
+  BecomeChild(parent, task, files_);
+  RunTask(task, files_);
+}
+
+ChildOutcome RunningChild::Wait() {
+  return *End(0);
+}
+
+std::optional<ChildOutcome> RunningChild::Poll() {
+  return End(WNOHANG);
+}
+
+std::optional<ChildOutcome> RunningChild::End(int waitOptions) {
+  int status = 0;
+  rusage used{};
+  pid_t ended = 0;
+  while ((ended = wait4(id_, &status, waitOptions, &used)) < 0) {
+    if (errno != EINTR) throw ChildError("the end of its process is unknown: " + ErrnoText(errno));
   }
+  if (ended == 0) return std::nullopt;
+  if (confined_) files_.SealOutput();
+  if (WIFSIGNALED(status)) {
+    const auto onClock = std::chrono::steady_clock::now() - start_;
+    return ChildOutcome{
+        ChildEnd::kSignal, SignalOf(status, used, onClock, limits_), {}, files_.TakeOutput(), {}};
+  }
+  const int number = WEXITSTATUS(status);
+  if (EndOf(number) != ChildEnd::kDone) {
+    return ChildOutcome{EndOf(number), number, files_.ReadError(), files_.TakeOutput(), {}};
+  }
+  return ChildOutcome{ChildEnd::kDone, number, files_.ReadMessage(), files_.TakeOutput(),
+                      confined_ ? files_.ReadConfinement() : std::nullopt};
+}
+
+ChildOutcome RunInChild(const ChildTask& task) {
+  RunningChild child(task);
   try {
     if (task.meanwhile) task.meanwhile();
   } catch (...) {
-    kill(child, SIGKILL);
-    WaitFor(child);
+    kill(child.Id(), SIGKILL);
+    child.Wait();
     throw;
   }
-  const Waited waited = WaitFor(child);
-  if (task.confinedTo) files.SealOutput();
-  if (WIFSIGNALED(waited.status)) {
-    const auto onClock = std::chrono::steady_clock::now() - start;
-    return {ChildEnd::kSignal, SignalOf(waited, onClock, task.limits), {}, files.TakeOutput(), {}};
-  }
-  const int status = WEXITSTATUS(waited.status);
-  if (EndOf(status) != ChildEnd::kDone) {
-    return {EndOf(status), status, files.ReadError(), files.TakeOutput(), {}};
-  }
-  return {ChildEnd::kDone, status, files.ReadMessage(), files.TakeOutput(),
-          task.confinedTo ? files.ReadConfinement() : std::nullopt};
+  return child.Wait();
 }
 
 std::string SignalText(int signal) {

@@ -1,10 +1,14 @@
-// Runs a task in a child process and returns its result: the only place that forks.
+// Runs tasks in child processes and returns their results: the only place that forks.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <signal.h>
+#include <sys/types.h>
 
 #include "system/Descriptor.h"
 #include "system/FdOutput.h"
@@ -18,7 +22,7 @@ struct ChildTask {
   /// with HandOver.h. It may throw; ChildError means that there is a result which can't be handed
   /// over.
   std::function<std::string(FdOutput& output)> run;
-  /// Runs in the parent meanwhile. May be empty.
+  /// Runs in the parent meanwhile, by RunInChild. May be empty.
   std::function<void()> meanwhile = {};
   ProcessLimits limits = {};
   /// The scene that the child will read, if ConfineReader is to confine it first.
@@ -27,6 +31,7 @@ struct ChildTask {
   /// Whether the child keeps its terminal, standard input and standard output; its standard error
   /// then goes to `output`. Otherwise it has none of these, and its output is dropped.
   bool hasTerminal = false;
+  int signalOfOrphans = SIGKILL;  ///< ends the child when its parent ends
 };
 
 /// How a child ended. The exit statuses differ from those of runtimes and sanitizers.
@@ -52,10 +57,31 @@ struct ChildOutcome {
   std::optional<Confinement> confinement;
 };
 
-/// Runs the task in a child and waits for its end. Failures there end only the child. It ends with
-/// its parent, signals end it as usual, nothing is destroyed at its end, and it leaves no core
-/// dump. There must be no other thread. Throws ChildError, BadMessage when the record of the
-/// confinement is damaged, and what `meanwhile` throws.
+/// A child that runs a task. Failures there end only the child. It ends with its parent, signals end
+/// it as usual, nothing is destroyed at its end, and it leaves no core dump.
+class RunningChild {
+ public:
+  /// Starts it. There must be no other thread. Throws ChildError.
+  explicit RunningChild(const ChildTask& task);
+
+  pid_t Id() const { return id_; }
+  /// Waits for its end. To be called once. Throws ChildError, and BadMessage when the record of the
+  /// confinement is damaged.
+  ChildOutcome Wait();
+  /// The same, but returns nothing, and can be called again, while the child is running.
+  std::optional<ChildOutcome> Poll();
+
+ private:
+  std::optional<ChildOutcome> End(int waitOptions);
+
+  HandOverFiles files_;
+  bool confined_;
+  ProcessLimits limits_;
+  std::chrono::steady_clock::time_point start_;
+  pid_t id_;
+};
+
+/// Runs the task in a child and waits for its end. Throws what RunningChild and `meanwhile` throw.
 ChildOutcome RunInChild(const ChildTask& task);
 
 /// The system's text for a signal.
