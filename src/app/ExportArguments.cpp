@@ -41,7 +41,8 @@ constexpr OptionInfo kAllowOption{
     .help =
         "let warnings of that code pass --strict, for example list-too-long; can be repeated; "
         "--report writes the codes",
-    .words = kRemarkCodes};
+    .words = kRemarkCodes,
+    .repeats = true};
 
 constexpr std::array kOptions{
     OptionInfo{.name = "weld",
@@ -115,11 +116,13 @@ constexpr std::array kOptions{
                .kind = kFlag,
                .help = "divide a group with a list longer than 16-bit indices can address into "
                        "groups NAME, NAME_2, ... whose lists fit; a loader must loop over the "
-                       "groups, and material indices are the file's"},
+                       "groups, and material indices are the file's",
+               .shapesOutput = true},
     OptionInfo{.name = "longest-list",
                .kind = kText,
                .argument = "N",
-               .help = "3 to 65536: --split with lists of at most N entries"},
+               .help = "3 to 65536: --split with lists of at most N entries",
+               .shapesOutput = true},
     OptionInfo{
         .name = "dialog",
         .kind = kFlag,
@@ -174,6 +177,12 @@ constexpr std::array kOptions{
         .help =
             "write a JSON report: counts, warnings, times, SHA-256; also when the export fails; "
             "\"-\": to standard output"},
+    OptionInfo{.name = "repeat",
+               .kind = kText,
+               .argument = "REPORT",
+               .help = "export again what --report wrote of, with its scene, options and seed, to "
+                       "the same bytes; an input that has changed is an error. OUTPUT is the only "
+                       "argument then"},
     OptionInfo{
         .name = "log",
         .kind = kText,
@@ -317,6 +326,7 @@ std::span<const OptionInfo> ExportOptions() {
 
 ExportArguments ReadExportArguments(const CommandLine& line) {
   ExportArguments arguments;
+  arguments.given = line.options;
   arguments.scene = SceneOf(line);
   ReadFiles(line, arguments);
   for (const OptionInfo& option : kOptions) {
@@ -333,6 +343,7 @@ ExportArguments ReadExportArguments(const CommandLine& line) {
   arguments.strict = line.Has("strict");
   const std::span<const std::string> allowed = WordValues(line, kAllowOption);
   arguments.allowed.assign(allowed.begin(), allowed.end());
+  arguments.repeat = PathValue(line, "repeat");
   arguments.depFile = PathValue(line, "depfile");
   arguments.makesRule = arguments.depFile.has_value();
   arguments.report = PathValue(line, "report");

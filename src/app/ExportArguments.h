@@ -14,6 +14,7 @@
 namespace mapexport {
 
 struct ExportArguments {
+  GivenOptions given;
   SceneSource scene;
   std::string output;
   /// With --output-folder: the scenes and outputs; `scene` has only the options that all share.
@@ -32,8 +33,9 @@ struct ExportArguments {
   std::optional<std::string> settings;
   bool fresh = false;
   std::optional<std::uint32_t> seed;
-  bool strict = false;               ///< warnings are errors
-  std::vector<std::string> allowed;  ///< codes of warnings that are none even then
+  bool strict = false;                ///< warnings are errors
+  std::vector<std::string> allowed;   ///< codes of warnings that are none even then
+  std::optional<std::string> repeat;  ///< the report of the run to repeat
   std::optional<std::string> depFile;
   bool makesRule = false;  ///< the rule of --depfile is wanted, even if another run writes it
   std::optional<std::string> report;

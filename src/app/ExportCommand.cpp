@@ -1,5 +1,7 @@
 // The command `export`.
 #include <array>
+#include <chrono>
+#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <functional>
@@ -15,6 +17,7 @@
 
 #include "app/CheckExport.h"
 #include "app/Commands.h"
+#include "app/EffectiveOptions.h"
 #include "app/ExportArguments.h"
 #include "app/ExportRemarks.h"
 #include "app/ExportScenes.h"
@@ -27,6 +30,7 @@
 #include "app/Messages.h"
 #include "app/ModelRemarks.h"
 #include "app/PluginLibrary.h"
+#include "app/RecordedRun.h"
 #include "app/ReportOutput.h"
 #include "app/RunReport.h"
 #include "app/Stages.h"
@@ -51,13 +55,23 @@ constexpr std::array kPositionals{
                    "a .scene.json or .scene.bin, or FBX, glTF, OBJ, 3DS, ASE, DAE and more"},
     PositionalInfo{"OUTPUT",
                    "the model file; \".qob\" gets the first layout, every other extension the "
-                   "second; without one, \".map\" is appended"},
+                   "second; without one, \".map\" is appended",
+                   true},
 };
+
+/// The milliseconds of the system's clock, as the host gives them.
+std::uint32_t ClockSeed() {
+  using namespace std::chrono;
+  return static_cast<std::uint32_t>(
+      duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+}
 
 /// The export of one scene.
 struct ExportRun {
-  explicit ExportRun(const ExportArguments& given)
+  /// `repeatedRun` is null, or the run that this one repeats.
+  ExportRun(const ExportArguments& given, const RecordedRun* repeatedRun)
       : arguments(given),
+        repeated(repeatedRun),
         messages(given.quiet),
         stages(given.quiet),
         inputs(NamedInputs(given)),
@@ -66,15 +80,18 @@ struct ExportRun {
         }) {
     report.scene = given.scene.path;
     report.output = ModelPath(given.output);
+    report.seed = given.seed.value_or(ClockSeed());
   }
   ExportRun(const ExportRun&) = delete;
   ExportRun& operator=(const ExportRun&) = delete;
 
   const ExportArguments& arguments;
+  const RecordedRun* repeated;
   Messages messages;
   Stages stages;
   RunReport report;
   TakenFiles inputs;  ///< files that are read, as far as known
+  std::vector<std::string> shapingFiles;
   ReportOutput reportOutput;
   std::unique_ptr<Presenter> windows;  ///< null without --dialog
   std::optional<SettingsStore> settings;
@@ -99,7 +116,7 @@ ConsoleSystem::Options SystemOptions(const ExportRun& run, ExporterTalk& talk) {
   ConsoleSystem::Options options;
   options.actions = run.arguments.actions;
   options.presenter = run.windows.get();
-  options.tickCount = run.arguments.seed;
+  options.tickCount = run.report.seed;
   options.onMessageBox = [&talk](const std::string& title, const std::string& text) {
     talk.HearMessageBox(title, text);
   };
@@ -126,6 +143,15 @@ void CallExporter(const Scene& scene, std::size_t longestList, const std::string
   log.LeaveFolder();  // it may have ended before it showed the dialog
 }
 
+void HashFiles(ExportRun& run, const OutputPlace& model) {
+  RunReport& report = run.report;
+  report.inputs = HashInputs(run.shapingFiles);
+  report.sha256 = Sha256OfFile(model.File());
+  if (run.repeated != nullptr) {
+    RequireSameResult(*run.repeated, report.inputs, report.output, report.sha256);
+  }
+}
+
 /// Puts the checked output and its companion files in place, all of them or none, then calls
 /// `tellMore`.
 template <typename TellMore>
@@ -140,7 +166,7 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
         std::make_unique<OutputPlace>(*depFile, [&run](std::ostream& out) { out << run.rule; });
   }
   run.report.bytes = std::filesystem::file_size(model.File());
-  if (run.arguments.makesReport) run.report.sha256 = Sha256OfFile(model.File());
+  if (run.arguments.makesReport || run.repeated != nullptr) HashFiles(run, model);
   const std::unique_ptr<OutputPlace> reportPlace = run.reportOutput.Prepare();
   std::vector<OutputPlace*> places{&model};
   if (depFilePlace) places.push_back(depFilePlace.get());
@@ -194,6 +220,7 @@ void Export(ExportRun& run) {
   RequireFree(run, target, depFile);
   // Refuse names that no make rule can hold before the long work.
   if (arguments.makesRule) DepFileText(output, std::array{arguments.scene.path});
+  if (run.repeated != nullptr) RequireSameInputs(*run.repeated, output);
   // Reading may take long: report a missing display before it.
   if (arguments.dialog) RequireWindows();
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);
@@ -221,6 +248,9 @@ void Export(ExportRun& run) {
   CallExporter(loaded.scene, arguments.longestList, place.Folder(), givenName, system, log);
   loaded.scene = {};  // free memory for the check
   const ExportSystem::Values values = system.DialogValues().value_or(ExportSystem::Values());
+  if (system.DialogValues()) {
+    run.report.options = EffectiveOptions(arguments.given, values.options);
+  }
   AddCxp(values.cxp, run.inputs);
   log.Place(TakenBesideLog(run, target), run.messages);
   RequireFree(run, target, depFile);
@@ -248,8 +278,9 @@ void Export(ExportRun& run) {
   run.report.layout = checked.lengths.layout;
   run.report.after = CountModel(checked.lengths);
   RemarkOnExport(run.report, values, talk, run.messages);
-  run.report.dependencies = Dependencies(arguments, std::move(loaded.sideFiles),
-                                         talk.CxpFailed() ? std::string() : values.cxp);
+  run.shapingFiles = ShapingFiles(arguments, std::move(loaded.sideFiles),
+                                  talk.CxpFailed() ? std::string() : values.cxp);
+  run.report.dependencies = Dependencies(arguments, run.shapingFiles);
   run.stages.End();
   if (arguments.strict) RequireNoWarning(output, run.messages.Told(), arguments.allowed);
   PutInPlace(run, place, depFile, [&] {
@@ -275,7 +306,7 @@ void ReportFailure(ExportRun& run, const std::string& reason) {
 /// Exports one of several scenes. Throws nothing but std::bad_alloc.
 SceneResult ExportForCaller(const ExportArguments& arguments, SettingsStore settings,
                             bool savesSettings, const std::function<void()>& computed) {
-  ExportRun run(arguments);
+  ExportRun run(arguments, nullptr);
   run.messages.Attribute({run.report.scene, run.report.output});
   run.settings = std::move(settings);
   run.savesSettings = savesSettings;
@@ -305,9 +336,11 @@ SceneResult ExportForCaller(const ExportArguments& arguments, SettingsStore sett
 /// Exports a scene with the options of the command line, or with the dialog. The output is checked
 /// before it is put in place; on any failure an older output stays as it was.
 ExitStatus Run(const CommandLine& line) {
-  const ExportArguments arguments = ReadExportArguments(line);
+  const std::optional<RecordedRun> recorded = FindRecordedRun(line);
+  const ExportArguments arguments =
+      ReadExportArguments(recorded ? RepeatingLine(line, *recorded) : line);
   if (arguments.outputFolder) return ExportScenes(arguments, ExportForCaller);
-  ExportRun run(arguments);
+  ExportRun run(arguments, recorded ? &*recorded : nullptr);
   try {
     Export(run);
   } catch (const std::exception& error) {

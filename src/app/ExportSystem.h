@@ -6,6 +6,7 @@
 
 #include "app/ExporterLog.h"
 #include "app/Stages.h"
+#include "cli/CommandLine.h"
 #include "console/ConsoleSystem.h"
 
 namespace mapexport {
@@ -21,6 +22,9 @@ class ExportSystem : public ConsoleSystem {
     float weldDistance = 0;  ///< 0 when the box holds no number
     float voxelSize = 0;     ///< the same
     std::string cxp;         ///< path of the CXP database, empty without one
+    /// What the command line could give for the same states. An option is left out where it has no
+    /// such value: no row is selected, no database is named.
+    GivenOptions options;
   };
 
   /// `settings`, `stages` and `log` must outlive the system.
@@ -41,6 +45,8 @@ class ExportSystem : public ConsoleSystem {
 
  private:
   std::string TextOf(HWND dialog, int id);
+  std::string ValueOf(HWND dialog, const OptionInfo& option);
+  GivenOptions OptionsOf(HWND dialog);
 
   const bool hasPerson_;
   Stages& stages_;

@@ -46,6 +46,7 @@ TakenFiles NamedInputs(const ExportArguments& arguments) {
   TakenFiles inputs;
   AddNamedInputs(arguments.scene, inputs);
   if (const std::string* const picked = PickedCxp(arguments)) inputs.Add(*picked, kCxpInput);
+  if (arguments.repeat) inputs.Add(*arguments.repeat, "report to repeat");
   // With --fresh, too: a store that the user names must not be replaced.
   if (arguments.settings) inputs.Add(*arguments.settings, "settings store");
   return inputs;
@@ -65,12 +66,17 @@ void AddCxp(const std::string& path, TakenFiles& inputs) {
   if (access(path.c_str(), F_OK) == 0) inputs.Add(path, kCxpInput);
 }
 
-std::vector<std::string> Dependencies(const ExportArguments& arguments,
+std::vector<std::string> ShapingFiles(const ExportArguments& arguments,
                                       std::vector<std::string> sideFiles, const std::string& cxp) {
   std::vector<std::string> files{arguments.scene.path};
   if (arguments.scene.keywords) files.push_back(*arguments.scene.keywords);
   for (std::string& file : sideFiles) files.push_back(std::move(file));
   if (!cxp.empty()) files.push_back(cxp);
+  return files;
+}
+
+std::vector<std::string> Dependencies(const ExportArguments& arguments,
+                                      std::vector<std::string> files) {
   if (arguments.settings && !arguments.fresh) {
     std::error_code error;
     const fs::file_type type = fs::status(*arguments.settings, error).type();

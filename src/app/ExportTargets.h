@@ -27,10 +27,14 @@ void AddRememberedInputs(const ExportArguments& arguments, SettingsStore& settin
 /// Adds the dialog's final database; an empty path means none.
 void AddCxp(const std::string& path, TakenFiles& inputs);
 
-/// The files that the output depends on, without the user's own settings: every export changes
-/// these, which would make all outputs outdated.
-std::vector<std::string> Dependencies(const ExportArguments& arguments,
+/// The files whose content shapes the output, given all options in effect.
+std::vector<std::string> ShapingFiles(const ExportArguments& arguments,
                                       std::vector<std::string> sideFiles, const std::string& cxp);
+
+/// The files that the output depends on: those and the file of --settings. Not the user's own
+/// settings: every export changes them, which would make all outputs outdated.
+std::vector<std::string> Dependencies(const ExportArguments& arguments,
+                                      std::vector<std::string> files);
 
 // Each throws RunError for a file that can't be written (see FindOutput) or that would replace an
 // input or another file of the export.

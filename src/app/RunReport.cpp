@@ -5,6 +5,7 @@
 #include <map>
 #include <string_view>
 
+#include "app/ExportArguments.h"
 #include "system/JsonStream.h"
 
 namespace mapexport {
@@ -26,6 +27,40 @@ void WriteTexts(JsonStream& json, std::string_view key, std::span<const std::str
   json.Key(key);
   json.Open('[', true);
   for (const std::string& text : texts) json.Text(text);
+  json.Close(']');
+}
+
+/// In the order of the help.
+void WriteOptions(JsonStream& json, const GivenOptions& options) {
+  json.Key("options");
+  json.Open('{', true);
+  for (const OptionInfo& option : ExportOptions()) {
+    const auto found = options.find(option.name);
+    if (found == options.end()) {
+      if (option.kind != OptionKind::kFlag || !option.shapesOutput) continue;
+      json.Key(option.name);
+      json.Bool(false);
+    } else if (option.kind == OptionKind::kFlag || option.kind == OptionKind::kSwitch) {
+      json.Key(option.name);
+      json.Bool(found->second.back() != "off");
+    } else if (option.repeats) {
+      WriteTexts(json, option.name, found->second);
+    } else {
+      WriteMember(json, option.name, found->second.back());
+    }
+  }
+  json.Close('}');
+}
+
+void WriteInputs(JsonStream& json, std::span<const InputFile> inputs) {
+  json.Key("inputs");
+  json.Open('[', true);
+  for (const InputFile& input : inputs) {
+    json.Open('{', false);
+    WriteMember(json, "path", input.path);
+    if (!input.sha256.empty()) WriteMember(json, "sha256", input.sha256);
+    json.Close('}');
+  }
   json.Close(']');
 }
 
@@ -151,6 +186,9 @@ void WriteReport(const RunReport& report, std::span<const Remark> remarks,
     WriteMember(json, "sha256", report.sha256);
     WriteMember(json, "bytes", report.bytes);
   }
+  WriteMember(json, "seed", report.seed);
+  if (!report.options.empty()) WriteOptions(json, report.options);
+  if (!report.inputs.empty()) WriteInputs(json, report.inputs);
   WriteTexts(json, "dependencies", report.dependencies);
   if (report.confinement) WriteConfinement(json, *report.confinement);
   if (report.before) WriteBefore(json, *report.before);

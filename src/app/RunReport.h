@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "app/InputFiles.h"
 #include "app/Messages.h"
 #include "app/Stages.h"
+#include "cli/CommandLine.h"
 #include "cli/ExitStatus.h"
 #include "modelreader/ModelLengths.h"
 #include "scene/SceneCensus.h"
@@ -40,7 +42,10 @@ struct RunReport {
   std::string error;   ///< why the run failed, in one line
   std::string scene;   ///< as given on the command line
   std::string output;  ///< the same, with ".map" where it is appended
-  std::string sha256;  ///< of the output
+  std::uint32_t seed = 0;
+  GivenOptions options;           ///< in effect; empty before the dialog has ended
+  std::vector<InputFile> inputs;  ///< the files that shaped the output
+  std::string sha256;             ///< of the output
   std::uint64_t bytes = 0;
   std::vector<std::string> dependencies;   ///< the files that the output depends on
   Remarks leftOut;                         ///< what the importer left out

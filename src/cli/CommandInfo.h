@@ -29,7 +29,15 @@ struct OptionInfo {
   int control = 0;
   std::span<const char* const> rows = {};   ///< names of a kRow's rows
   std::span<const char* const> words = {};  ///< of a kText: words among its values, all or some
+  /// Whether the output depends on the value. An option that operates a control shapes it anyway.
+  bool shapesOutput = false;
+  const char* defaultValue = nullptr;  ///< of a kText that has one
+  bool repeats = false;                ///< every value counts, not only the last one
 };
+
+inline bool ShapesOutput(const OptionInfo& option) {
+  return option.shapesOutput || option.control != 0;
+}
 
 struct PositionalInfo {
   const char* name;

@@ -14,13 +14,15 @@
 
 namespace mapexport {
 
+/// Options by name with their values, at least one, in the order in which they are given; "on" or
+/// "off" for a kSwitch, "" for a kFlag.
+using GivenOptions = std::map<std::string, std::vector<std::string>, std::less<>>;
+
 /// The parts of a command line; the meaning of values is not checked here.
 struct CommandLine {
   const CommandInfo* command = nullptr;  ///< null: help or version without a command
   std::vector<std::string> positionals;  ///< those that are given
-  /// The given options by name with their values, at least one, in the order of the command line;
-  /// "on" or "off" for a kSwitch, "" for a kFlag.
-  std::map<std::string, std::vector<std::string>, std::less<>> options;
+  GivenOptions options;
 
   enum class Wanted { kCommand, kHelp, kVersion };
   Wanted wanted = Wanted::kCommand;  ///< with kHelp, the help of `command` or of the program

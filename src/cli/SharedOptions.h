@@ -28,7 +28,9 @@ inline constexpr OptionInfo kUpOption{
     .help =
         "the axis that points up in a foreign scene: auto (what the format or the file says), y "
         "or z",
-    .words = kUpAxes};
+    .words = kUpAxes,
+    .shapesOutput = true,
+    .defaultValue = "auto"};
 inline constexpr OptionInfo kSceneScaleOption{
     .name = "scale",
     .kind = OptionKind::kText,
@@ -36,14 +38,18 @@ inline constexpr OptionInfo kSceneScaleOption{
     .help =
         "host units per unit of a foreign scene: auto (100 for formats and FBX files in metres, "
         "else 1) or a decimal number above 0",
-    .words = kScaleWords};
+    .words = kScaleWords,
+    .shapesOutput = true,
+    .defaultValue = "auto"};
 inline constexpr std::array kHiddenChoices{"keep", "skip"};
 inline constexpr OptionInfo kHiddenOption{
     .name = "hidden",
     .kind = OptionKind::kText,
     .argument = "CHOICE",
     .help = "nodes that a foreign scene (FBX, glTF) hides: keep (the default) or skip",
-    .words = kHiddenChoices};
+    .words = kHiddenChoices,
+    .shapesOutput = true,
+    .defaultValue = "keep"};
 inline constexpr OptionInfo kReadLimitOption{
     .name = "read-limit",
     .kind = OptionKind::kText,
@@ -59,11 +65,13 @@ inline constexpr OptionInfo kKeywordsOption{
     .argument = "FILE",
     .help =
         "keywords for nodes by name, for every format: lines \"PATTERN: keyword, keyword\" with "
-        "shell patterns (\"Floor*: floorface\")"};
+        "shell patterns (\"Floor*: floorface\")",
+    .shapesOutput = true};
 inline constexpr OptionInfo kOneSidedOption{
     .name = "one-sided",
     .kind = OptionKind::kFlag,
-    .help = "no material counts as two-sided, so that no triangle is doubled"};
+    .help = "no material counts as two-sided, so that no triangle is doubled",
+    .shapesOutput = true};
 
 /// A scene to load, and options for it.
 struct SceneSource {

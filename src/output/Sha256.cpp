@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <vector>
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <nettle/sha2.h>
+#include <sys/stat.h>
 
 #include "system/Descriptor.h"
 #include "system/RunError.h"
@@ -21,11 +21,19 @@ constexpr std::size_t kBlock = 65536;
   throw RunError(fmt::format("{}: cannot be read: {}", path, ErrnoText(errno)));
 }
 
+/// Others may never end.
+void RequireRegularFile(const Descriptor& file, const std::string& path) {
+  struct stat status {};
+  if (fstat(file.Get(), &status) != 0) FailToRead(path);
+  if (!S_ISREG(status.st_mode)) throw RunError(path + ": is not a regular file");
+}
+
 }  // namespace
 
 std::string Sha256OfFile(const std::string& path) {
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const Descriptor file = OpenToRead(path);
   if (!file.IsOpen()) FailToRead(path);
+  RequireRegularFile(file, path);
   sha256_ctx context;
   sha256_init(&context);
   std::vector<std::uint8_t> block(kBlock);
