@@ -20,7 +20,7 @@ for k in range(SCENES):
         for a in (y * (WIDE + 1) + x + 1 for y in range(HIGH) for x in range(WIDE)):
             out.write(f"f {a} {a + 1} {a + WIDE + 2}\nf {a} {a + WIDE + 2} {a + WIDE + 1}\n")
     subprocess.run([program, "scene", f"{folder}/level{k:03}.obj", "-o",
-                    f"{folder}/level{k:03}.scene.json", "--quiet"], check=True)
+                    f"{folder}/level{k:03}.scene.json"], check=True)
 
 def seconds(scenes, processors):
     begin = time.monotonic()
