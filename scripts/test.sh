@@ -86,6 +86,7 @@ installed_program_works() {
     --fresh --seed 1 --cxp share/doc/mapexport/examples/yard.cxp --quiet) || return 1
   cmp -- "$prefix/yard.kob" build/example/yard.kob || return 1
   scripts/check-hardening.sh "$prefix" || return 1
+  scripts/check-consumer.sh "$prefix" || return 1
   [[ -s $prefix/share/man/man1/mapexport.1.gz ]]
 }
 
