@@ -28,9 +28,9 @@ using ExportOne =
     std::function<SceneResult(const ExportArguments& arguments, SettingsStore settings,
                               bool savesSettings, const std::function<void()>& computed)>;
 
-/// Exports all jobs of `arguments` by `exportOne`, prints what becomes of each, and writes one report
-/// and one depfile. When a signal interrupts it, it ends by that signal: what is done stays, the
-/// rest is as before. Throws RunError.
+/// Exports all jobs of `arguments` by `exportOne`, prints what becomes of each, and writes one
+/// report and one depfile. When a signal interrupts it, it ends by that signal: what is done stays,
+/// the rest is as before. Throws RunError.
 ExitStatus ExportScenes(const ExportArguments& arguments, const ExportOne& exportOne);
 
 }  // namespace mapexport

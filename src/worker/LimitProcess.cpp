@@ -71,8 +71,8 @@ std::string OwnGroup(const std::string& proc) {
   return {};
 }
 
-/// Calls `use` with the control file of that name in the process's group and in those above it, where
-/// there is one.
+/// Calls `use` with the control file of that name in the process's group and in those above it,
+/// where there is one.
 void InGroups(const std::string& proc, const std::string& groups, const std::string& name,
               const std::function<void(std::istream&)>& use) {
   for (std::string group = OwnGroup(proc);; group.erase(group.rfind('/'))) {

@@ -57,8 +57,8 @@ struct ChildOutcome {
   std::optional<Confinement> confinement;
 };
 
-/// A child that runs a task. Failures there end only the child. It ends with its parent, signals end
-/// it as usual, nothing is destroyed at its end, and it leaves no core dump.
+/// A child that runs a task. Failures there end only the child. It ends with its parent, signals
+/// end it as usual, nothing is destroyed at its end, and it leaves no core dump.
 class RunningChild {
  public:
   /// Starts it. There must be no other thread. Throws ChildError.
