@@ -20,6 +20,7 @@ TEST_F(GltfTest, RefusalsNameThePlaceInTheWordsOfTheFile) {
   const Case cases[] = {
       {"/asset/version", "\"3.0\"", "is glTF of version \"3.0\""},
       {"/asset/version", "2", "asset.version: must be text, not a number"},
+      {"/asset/minVersion", "\"2.1\"", "asset.minVersion: glTF of version \"2.1\" is needed"},
       {"/extensionsRequired", R"(["KHR_x"])", "extensionsRequired[0]: the extension \"KHR_x\""},
       {"/extensionsRequired", R"(["KHR_materials_volume","KHR_materials_x"])",
        "extensionsRequired[1]: the extension \"KHR_materials_x\" is not understood"},
@@ -72,6 +73,7 @@ TEST_F(GltfTest, RefusalsNameThePlaceInTheWordsOfTheFile) {
       {"/buffers/0", R"({"byteLength":1,"uri":"data:;base64,A\r\n A%3D%3D"})", "buffers[0] has 1"},
       {"/buffers/0/uri", "\"http://h/a\"", "\"http://h/a\" is none beside the scene"},
       {"/buffers/0/uri", "\"a%20b.bin\"", "the file \"a%20b.bin\" can't be opened: No such file"},
+      {"/buffers/0/uri", "\"a%00b.bin\"", "holds a NUL character"},
       {"/buffers/0/uri", "\".\"", "the file \".\" is not a regular file"},
       {"/buffers/0", R"({"byteLength":36})", "buffers[0].uri: is missing"},
       {"/skins", R"([{"joints":[3]}])", "skins[0].joints[0]: 3, there is only one"},

@@ -107,6 +107,19 @@ TEST_F(GltfTest, SkinnedMeshesStandWhereTheirJointsAre) {
   EXPECT_EQ(First(imported).objectTransform.rows[3], (Point3{0, 0, 0}))
       << "the node's own transform plays no part";
 
+  json& nodes = document["nodes"];
+  nodes.push_back(nodes[0]);
+  nodes[3]["scale"] = {-1, 1, 1};
+  nodes[3]["name"] = "B";
+  document["scenes"][0]["nodes"] = {0, 1, 2, 3};
+  const ImportedScene both = Import(document, {.scale = 1.0f});
+  const auto cornerOf = [&](const char* name, std::size_t corner) {
+    const Mesh& mesh = *Named(both, name).mesh;
+    return mesh.verts[mesh.faces.at(0).v.at(corner)];
+  };
+  EXPECT_EQ(cornerOf("B", 1), cornerOf("A", 2)) << "a mirrored node turns the triangles over";
+  EXPECT_EQ(cornerOf("B", 2), cornerOf("A", 1));
+
   document["skins"][0]["joints"] = {1};
   EXPECT_THAT(Refusal(Write("a.gltf", document.dump())),
               HasSubstr("attributes.JOINTS_0: 1, the skin has 1 joints"));

@@ -164,6 +164,7 @@ std::string GltfBuffers::LoadFile(std::size_t buffer, const std::string& uri) {
                fmt::format("buffers[{}].uri: the file \"{}\" {}", buffer, FirstLine(uri), reason));
   };
   if (HasScheme(uri)) refuse("is none beside the scene");
+  if (DecodePercents(uri).find('\0') != std::string::npos) refuse("holds a NUL character");
   int error = ENOENT;
   for (const std::string& name : NamesOf(uri)) {
     const std::string path = (fs::path(file_.Path()).parent_path() / name).string();

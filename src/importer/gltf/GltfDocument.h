@@ -155,6 +155,7 @@ struct GltfBuffer {
 
 struct GltfDocument {
   std::string version;
+  std::string minVersion;
   std::vector<std::string> extensionsRequired;
   int scene = kNoGltfIndex;
   std::vector<std::vector<int>> scenes;  ///< their root nodes

@@ -47,25 +47,31 @@ struct GltfObjects::Deformation {
   std::span<const float> weights;  // of the morph targets
   bool isSkinned = false;
   std::span<const AffineMatrix> matrices;  // of the joints
+  bool isTurned = false;                   // the triangles are turned over
 };
 
-NodeObject GltfObjects::Find(const GltfNode& node, const std::string& nodeName) {
+NodeObject GltfObjects::Find(int index, const std::string& nodeName) {
+  const GltfNode& node = document_.nodes[static_cast<std::size_t>(index)];
   if (node.mesh == kNoGltfIndex) return {};
-  const auto [place, isNew] = objects_.try_emplace({node.mesh, node.skin, node.weights});
+  // The transform of a skinned mesh's node doesn't move it, but says which side is its front.
+  const bool isTurned =
+      node.skin != kNoGltfIndex && IsMirrored(worlds_[static_cast<std::size_t>(index)]);
+  const auto [place, isNew] = objects_.try_emplace({node.mesh, node.skin, isTurned, node.weights});
   NodeObject& object = place->second;
   if (!isNew) return object;
-  RebuiltMesh made = Make(node);
+  RebuiltMesh made = Make(node, isTurned);
   object.object = made.mesh == nullptr ? SceneObject::kHelper : SceneObject::kMesh;
   if (made.mesh != nullptr) object.material = materials_.OfParts(made.partMaterials, nodeName);
   object.mesh = std::move(made.mesh);
   return object;
 }
 
-RebuiltMesh GltfObjects::Make(const GltfNode& node) {
+RebuiltMesh GltfObjects::Make(const GltfNode& node, bool isTurned) {
   const GltfMesh& mesh = document_.meshes[static_cast<std::size_t>(node.mesh)];
   Deformation deformation;
   deformation.weights = node.weights.empty() ? mesh.weights : node.weights;
   deformation.isSkinned = node.skin != kNoGltfIndex;
+  deformation.isTurned = isTurned;
   if (deformation.isSkinned) deformation.matrices = JointMatrices(node.skin);
   MeshBuilder builder(leftOut_);
   std::size_t targets = 0;
@@ -87,8 +93,11 @@ void GltfObjects::AddPrimitive(const GltfPrimitive& primitive, const std::string
   }
   if (primitive.draco) ReadDraco(primitive, place);
   const GltfPoints positions = accessors_.Points(positionAccessor);
-  const std::vector<CornerIndices> triangles = Triangles(primitive, place, positions->size());
+  std::vector<CornerIndices> triangles = Triangles(primitive, place, positions->size());
   if (triangles.empty()) return;
+  if (deformation.isTurned) {
+    for (CornerIndices& triangle : triangles) std::swap(triangle[1], triangle[2]);
+  }
 
   const int normalAccessor = mapexport::Find(primitive.attributes, "NORMAL");
   GltfPoints normals;

@@ -37,15 +37,17 @@ class GltfObjects {
         materials_(materials),
         leftOut_(leftOut) {}
 
-  /// The object of a node; none without a mesh, a helper when no triangle is left. Morph targets
-  /// have their default weights. With a skin the mesh is in world space. A new Multi/Sub-Object
-  /// material is named `nodeName`. Throws SceneError, with the place in the document.
-  NodeObject Find(const GltfNode& node, const std::string& nodeName);
+  /// The object of a node, by its index; none without a mesh, a helper when no triangle is left.
+  /// Morph targets have their default weights. With a skin the mesh is in world space. A new
+  /// Multi/Sub-Object material is named `nodeName`. Throws SceneError, with the place in the
+  /// document.
+  NodeObject Find(int node, const std::string& nodeName);
 
  private:
   struct Deformation;
 
-  RebuiltMesh Make(const GltfNode& node);
+  /// `isTurned`: the triangles are turned over.
+  RebuiltMesh Make(const GltfNode& node, bool isTurned);
   void AddPrimitive(const GltfPrimitive& primitive, const std::string& place,
                     const Deformation& deformation, MeshBuilder& builder);
   const std::vector<AffineMatrix>& JointMatrices(int skin);
@@ -69,8 +71,8 @@ class GltfObjects {
   const std::vector<AffineMatrix>& worlds_;
   MaterialTable& materials_;
   LeftOut& leftOut_;
-  /// By mesh, skin and weights.
-  std::map<std::tuple<int, int, std::vector<float>>, NodeObject> objects_;
+  /// By mesh, skin, whether it is turned, and weights.
+  std::map<std::tuple<int, int, bool, std::vector<float>>, NodeObject> objects_;
   std::map<int, std::vector<AffineMatrix>> jointMatrices_;  // by skin
 };
 

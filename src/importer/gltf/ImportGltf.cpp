@@ -80,6 +80,7 @@ class Importer {
       visits_.pop_back();
       Enter(visit);
     }
+    idle_.AddRemarks(result_.remarks);
     TellHiddenNodes(hidden_, options_, result_.remarks, leftOut_);
     result_.scene.materials = materials_.Take();
     AssembleTree(parents_, std::move(nodes_), result_.scene.root);
@@ -153,13 +154,10 @@ class Importer {
     if (isHidden && source.mesh != kNoGltfIndex) hidden_.push_back(node.name);
     if (!isHidden || !options_.skipHidden) {
       const UserText text = TextOf(source);
-      const std::size_t remarks = result_.remarks.size();
-      text.AddRemarks(node.name, result_.remarks);
-      for (std::size_t i = remarks; i < result_.remarks.size(); ++i) {
-        TakeText(visit.node, result_.remarks[i].text.size() + node.name.size());
-      }
+      TakeText(visit.node, text.Idle().size() * node.name.size());
+      idle_.Add(text, node.name);
       if (!HandsDownText(source)) node.userProperties = text.Text();
-      NodeObject object = objects_.Find(source, node.name);
+      NodeObject object = objects_.Find(visit.node, node.name);
       node.object = object.object;
       node.mesh = std::move(object.mesh);
       node.material = object.material;
@@ -192,7 +190,8 @@ class Importer {
   std::vector<AffineMatrix> PlacesOf(const GltfNode& node, int index) {
     const AffineMatrix& world = worlds_[static_cast<std::size_t>(index)];
     if (node.mesh == kNoGltfIndex) return {world};
-    if (node.skin != kNoGltfIndex) return {AffineMatrix{}};  // the mesh is in world space
+    // The mesh is in world space; where the node is mirrored, its triangles are turned over.
+    if (node.skin != kNoGltfIndex) return {AffineMatrix{}};
     if (node.instancing.empty()) return {world};
     return InstancesOf(node, index, world);
   }
@@ -211,9 +210,10 @@ class Importer {
   GltfAccessors accessors_;
   MaterialTable materials_;
   GltfObjects objects_;
-  std::vector<Visit> visits_;        // the next one at the back
-  std::vector<SceneNode> nodes_;     // in pre-order
-  std::vector<int> parents_;         // of these
+  std::vector<Visit> visits_;     // the next one at the back
+  std::vector<SceneNode> nodes_;  // in pre-order
+  std::vector<int> parents_;      // of these
+  IdleProperties idle_;
   std::vector<std::string> hidden_;  // names of the nodes with a mesh that the file hides
 };
 

@@ -133,7 +133,10 @@ GltfDocument ReadGltfDocument(const std::string& path, std::string_view json) {
   JsonDocument document(path, json, kDepth);
   JsonObject(document).ReadMembers(
       JsonMember{"asset",
-                 [&](JsonValue& value) { value.ReadObject(TextMember("version", read.version)); }},
+                 [&](JsonValue& value) {
+                   value.ReadObject(TextMember("version", read.version),
+                                    TextMember("minVersion", read.minVersion));
+                 }},
       ListMember("extensionsRequired", read.extensionsRequired, ReadText),
       IndexMember("scene", read.scene), ListMember("scenes", read.scenes, ReadScene),
       ListMember("nodes", read.nodes, ReadGltfNode),
@@ -169,6 +172,10 @@ GltfDocument ReadGltfDocument(const std::string& path, std::string_view json) {
     RefuseFile(path, fmt::format("is glTF of version \"{}\", which can't be read; save it as "
                                  "version 2",
                                  FirstLine(read.version)));
+  }
+  if (!read.minVersion.empty() && read.minVersion != "2.0") {
+    RefuseFile(path, fmt::format("asset.minVersion: glTF of version \"{}\" is needed to read it",
+                                 FirstLine(read.minVersion)));
   }
   return read;
 }

@@ -28,6 +28,15 @@ inline AffineMatrix operator*(const AffineMatrix& outer, const AffineMatrix& inn
   return product;
 }
 
+/// Whether it turns left hands into right ones.
+inline bool IsMirrored(const AffineMatrix& matrix) {
+  const auto& m = matrix.rows;
+  return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
+             m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
+             m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]) <
+         0;
+}
+
 /// Whether all its numbers are finite and leave room for what is done with them.
 inline bool IsUsable(const AffineMatrix& matrix) {
   constexpr double kLargestNumber = 1e30;

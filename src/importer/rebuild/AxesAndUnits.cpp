@@ -74,7 +74,7 @@ WorldPlacement OwnPlacement(SourceFormat format, const aiScene* scene, bool isTu
   return IsZUp(format) ? WorldPlacement{} : kYUp;
 }
 
-/// The centimetres of an FBX file's unit; 1 when it names none.
+/// The centimetres of an FBX file's unit, any number; 1 when it names none.
 double FbxUnit(const aiMetadata* metadata) {
   double unit = 1;
   float single = 1;  // some versions keep it as float, others as double
@@ -83,7 +83,7 @@ double FbxUnit(const aiMetadata* metadata) {
     if (!metadata->Get("UnitScaleFactor", single)) return 1;
     unit = static_cast<double>(single);
   }
-  return std::isfinite(unit) ? unit : 1.0;
+  return unit;
 }
 
 /// What lengths are multiplied by unless the options say it: metres become centimetres.

@@ -75,18 +75,20 @@ void SetUserProperties(const LibraryScene& source, const FbxModels& models,
                        const std::vector<FoldedNode>& folded, const std::vector<bool>& isSkipped,
                        std::vector<SceneNode>& nodes, Remarks& remarks) {
   std::size_t inDoubt = 0;
+  IdleProperties idle;
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     SceneNode& node = nodes[i];
     if (isSkipped[i]) continue;
     if (const FbxObject* model = models.ModelOf(i)) {
       const UserText text = models.TextOf(*model);
-      text.AddRemarks(node.name, remarks);
+      idle.Add(text, node.name);
       node.userProperties = text.Text();
     } else {
       node.userProperties = UserPropertyText(source, *folded[i].node);
       ++inDoubt;
     }
   }
+  idle.AddRemarks(remarks);
   if (inDoubt == 0) return;
   remarks.push_back(MakeWarning(
       "properties-in-doubt",

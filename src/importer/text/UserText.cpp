@@ -61,7 +61,9 @@ PropertyValue PropertyOfText(std::string_view value) {
   constexpr std::size_t kLongestShown = 40;
   PropertyValue property{.sets = Sets::kNothing, .shown = "a long text"};
   if (value.size() > kLongestShown) return property;
-  const std::string small = InSmallLetters(value);
+  const std::size_t begin = std::min(value.find_first_not_of(' '), value.size());
+  const std::string small =
+      InSmallLetters(value.substr(begin, value.find_last_not_of(' ') + 1 - begin));
   if (std::ranges::find(kOn, small) != kOn.end()) property.sets = Sets::kOn;
   if (std::ranges::find(kOff, small) != kOff.end()) property.sets = Sets::kOff;
   property.shown = fmt::format("\"{}\"", FirstLine(value));
@@ -73,7 +75,8 @@ PropertyValue PropertyOfKind(std::string_view kind) {
 }
 
 bool UserText::IsTextName(std::string_view name) {
-  return name == "userProperties" || name == "UserProperties" || name == "UDP3DSMAX";
+  const std::string small = InSmallLetters(name);
+  return small == "userproperties" || small == "udp3dsmax";
 }
 
 bool UserText::Matters(std::string_view name) {
@@ -123,15 +126,6 @@ std::string UserText::Text() const {
   return text;
 }
 
-void UserText::AddRemarks(const std::string& nodeName, Remarks& remarks) const {
-  for (const IdleProperty& idle : idle_) {
-    remarks.push_back(MakeWarning(
-        "idle-member", fmt::format("the property \"{}\" ({}) of node \"{}\" does nothing: {}",
-                                   idle.name, idle.value, nodeName, idle.reason)));
-    remarks.back().nodes = {nodeName};
-  }
-}
-
 void UserText::AddLines(const std::string& lines) {
   if (lines.empty() || lines == text_) return;
   if (!text_.empty() && !text_.ends_with('\n')) text_ += "\r\n";
@@ -140,6 +134,22 @@ void UserText::AddLines(const std::string& lines) {
 
 void UserText::AddKeyword(std::string_view keyword) {
   if (std::ranges::find(keywords_, keyword) == keywords_.end()) keywords_.push_back(keyword);
+}
+
+void IdleProperties::Add(const UserText& text, const std::string& nodeName) {
+  for (const UserText::IdleProperty& idle : text.Idle()) nodesOf_[idle].push_back(nodeName);
+}
+
+void IdleProperties::AddRemarks(Remarks& remarks) {
+  for (auto& [idle, nodes] : nodesOf_) {
+    const std::string more = nodes.size() == 1 ? "" : fmt::format(" and {} more", nodes.size() - 1);
+    remarks.push_back(
+        MakeWarning("idle-member",
+                    fmt::format("the property \"{}\" ({}) of node \"{}\"{} does nothing: {}",
+                                idle.name, idle.value, nodes.front(), more, idle.reason),
+                    nodes.size()));
+    remarks.back().nodes = std::move(nodes);
+  }
 }
 
 }  // namespace mapexport

@@ -1,6 +1,8 @@
 // Custom properties of foreign nodes as the host's user property text.
 #pragma once
 
+#include <compare>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,21 +52,35 @@ class UserText {
   bool IsEmpty() const { return text_.empty() && keywords_.empty() && idle_.empty(); }
   /// Lines of text end as in the file, those of keywords with CR LF.
   std::string Text() const;
-  /// A warning for each property without effect, with its value and the reason.
-  void AddRemarks(const std::string& nodeName, Remarks& remarks) const;
 
- private:
+  /// A property without effect.
   struct IdleProperty {
     std::string name;
     std::string value;
     std::string reason;
+
+    auto operator<=>(const IdleProperty&) const = default;
   };
+  const std::vector<IdleProperty>& Idle() const { return idle_; }
+
+ private:
   void AddLines(const std::string& lines);
   void AddKeyword(std::string_view keyword);
 
   std::string text_;
   std::vector<std::string_view> keywords_;
   std::vector<IdleProperty> idle_;
+};
+
+/// The properties without effect of all nodes.
+class IdleProperties {
+ public:
+  void Add(const UserText& text, const std::string& nodeName);
+  /// A warning for each property and value, with its nodes and the reason.
+  void AddRemarks(Remarks& remarks);
+
+ private:
+  std::map<UserText::IdleProperty, std::vector<std::string>> nodesOf_;
 };
 
 }  // namespace mapexport
