@@ -166,6 +166,18 @@ constexpr std::array kOptions{
                .argument = "N",
                .help = "with --output-folder: at most N scenes at once; unless given, as many as "
                        "there are processors; fewer when they might not fit into memory"},
+    OptionInfo{.name = "textures",
+               .kind = kText,
+               .argument = "DIR",
+               .help = "look for each texture in this folder, by its name without extension, in "
+                       "whatever case; can be repeated; one that is not found is a warning",
+               .repeats = true},
+    OptionInfo{.name = "copy-textures",
+               .kind = kText,
+               .argument = "DIR",
+               .help = "copy the textures that are found to this folder, and replace nothing that "
+                       "differs; without --textures they are looked for where the scene names them "
+                       "and beside it"},
     OptionInfo{.name = "depfile",
                .kind = kText,
                .argument = "FILE",
@@ -343,6 +355,10 @@ ExportArguments ReadExportArguments(const CommandLine& line) {
   arguments.strict = line.Has("strict");
   const std::span<const std::string> allowed = WordValues(line, kAllowOption);
   arguments.allowed.assign(allowed.begin(), allowed.end());
+  for (const std::string& folder : line.Values("textures")) {
+    arguments.textures.push_back(RequirePath(line, "--textures", folder));
+  }
+  arguments.copyTextures = PathValue(line, "copy-textures");
   arguments.repeat = PathValue(line, "repeat");
   arguments.depFile = PathValue(line, "depfile");
   arguments.makesRule = arguments.depFile.has_value();

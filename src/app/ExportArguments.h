@@ -33,9 +33,11 @@ struct ExportArguments {
   std::optional<std::string> settings;
   bool fresh = false;
   std::optional<std::uint32_t> seed;
-  bool strict = false;                ///< warnings are errors
-  std::vector<std::string> allowed;   ///< codes of warnings that are none even then
-  std::optional<std::string> repeat;  ///< the report of the run to repeat
+  bool strict = false;                      ///< warnings are errors
+  std::vector<std::string> allowed;         ///< codes of warnings that are none even then
+  std::vector<std::string> textures;        ///< folders to look for textures in
+  std::optional<std::string> copyTextures;  ///< folder to copy them to
+  std::optional<std::string> repeat;        ///< the report of the run to repeat
   std::optional<std::string> depFile;
   bool makesRule = false;  ///< the rule of --depfile is wanted, even if another run writes it
   std::optional<std::string> report;

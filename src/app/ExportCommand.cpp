@@ -17,6 +17,7 @@
 
 #include "app/CheckExport.h"
 #include "app/Commands.h"
+#include "app/CopyTextures.h"
 #include "app/EffectiveOptions.h"
 #include "app/ExportArguments.h"
 #include "app/ExportRemarks.h"
@@ -26,6 +27,7 @@
 #include "app/ExportTargets.h"
 #include "app/ExporterLog.h"
 #include "app/ExporterTalk.h"
+#include "app/FindTextures.h"
 #include "app/LoadScene.h"
 #include "app/Messages.h"
 #include "app/ModelRemarks.h"
@@ -202,6 +204,20 @@ TakenFiles TakenBesideLog(const ExportRun& run, const OutputTarget& model) {
   return taken;
 }
 
+/// Adds the textures that were found to the files that the run reads. Returns those to copy.
+std::vector<TextureCopy> TakeTextures(ExportRun& run, const OutputTarget& model,
+                                      const std::optional<OutputTarget>& depFile) {
+  for (const TextureUse& use : run.report.textures) {
+    if (!use.file) continue;
+    run.inputs.Add(use.file->path, "texture");
+    run.report.dependencies.push_back(use.file->path);
+  }
+  RequireFree(run, model, depFile);
+  if (!run.arguments.copyTextures) return {};
+  return PlanTextureCopies(*run.arguments.copyTextures, run.report.textures,
+                           TakenBesideLog(run, model), run.messages);
+}
+
 void ReportCancel(ExportRun& run) {
   run.report.status = ExitStatus::kCancelled;
   run.messages.Note("cancelled",
@@ -221,6 +237,7 @@ void Export(ExportRun& run) {
   // Refuse names that no make rule can hold before the long work.
   if (arguments.makesRule) DepFileText(output, std::array{arguments.scene.path});
   if (run.repeated != nullptr) RequireSameInputs(*run.repeated, output);
+  RequireTextureFolders(arguments);
   // Reading may take long: report a missing display before it.
   if (arguments.dialog) RequireWindows();
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);
@@ -246,6 +263,7 @@ void Export(ExportRun& run) {
   ExportSystem system(SystemOptions(run, talk), settings, run.stages, log);
   run.stages.Begin("exporting");
   CallExporter(loaded.scene, arguments.longestList, place.Folder(), givenName, system, log);
+  const std::vector<std::string> pictures = PicturePaths(loaded.scene);
   loaded.scene = {};  // free memory for the check
   const ExportSystem::Values values = system.DialogValues().value_or(ExportSystem::Values());
   if (system.DialogValues()) {
@@ -281,8 +299,12 @@ void Export(ExportRun& run) {
   run.shapingFiles = ShapingFiles(arguments, std::move(loaded.sideFiles),
                                   talk.CxpFailed() ? std::string() : values.cxp);
   run.report.dependencies = Dependencies(arguments, run.shapingFiles);
+  run.report.textures = FindTextures(GroupByTexture(checked.lengths.texturedMaterials), pictures,
+                                     arguments, run.messages);
+  const std::vector<TextureCopy> copies = TakeTextures(run, target, depFile);
   run.stages.End();
   if (arguments.strict) RequireNoWarning(output, run.messages.Told(), arguments.allowed);
+  CopyTextures(copies, run.messages);
   PutInPlace(run, place, depFile, [&] {
     ShowStatus(run, "Exported " + sceneName);
     talk.TellSuccess();

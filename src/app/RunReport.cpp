@@ -106,6 +106,29 @@ void WriteAfter(JsonStream& json, const ModelCounts& counts, ModelLayout layout)
   json.Close('}');
 }
 
+void WriteTextures(JsonStream& json, std::span<const TextureUse> textures) {
+  json.Key("textures");
+  json.Open('[', true);
+  for (const TextureUse& use : textures) {
+    json.Open('{', false);
+    WriteMember(json, "name", use.texture.name);
+    json.Key("materials");
+    json.Open('[', false);
+    for (const std::string& material : use.texture.materials) json.Text(material);
+    json.Close(']');
+    if (use.wanted) {
+      json.Key("found");
+      json.Bool(use.file.has_value());
+    }
+    if (use.file) {
+      WriteMember(json, "file", use.file->path);
+      WriteMember(json, "bytes", use.file->bytes);
+    }
+    json.Close('}');
+  }
+  json.Close(']');
+}
+
 void WriteRemarks(JsonStream& json, std::string_view key, std::span<const Remark> remarks,
                   RemarkKind kind) {
   json.Key(key);
@@ -193,6 +216,7 @@ void WriteReport(const RunReport& report, std::span<const Remark> remarks,
   if (report.confinement) WriteConfinement(json, *report.confinement);
   if (report.before) WriteBefore(json, *report.before);
   if (report.layout) WriteAfter(json, report.after, *report.layout);
+  if (report.layout) WriteTextures(json, report.textures);
   WriteRemarks(json, "warnings", remarks, RemarkKind::kWarning);
   WriteRemarks(json, "notes", remarks, RemarkKind::kNote);
   WriteLeftOut(json, report.leftOut, remarks);

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/FindTextures.h"
 #include "app/InputFiles.h"
 #include "app/Messages.h"
 #include "app/Stages.h"
@@ -52,7 +53,8 @@ struct RunReport {
   std::optional<Confinement> confinement;  ///< for a foreign scene
   std::optional<SceneCensus> before;
   std::optional<ModelLayout> layout;
-  ModelCounts after;  ///< set when there is a layout
+  ModelCounts after;                 ///< set when there is a layout
+  std::vector<TextureUse> textures;  ///< the same
 };
 
 void WriteReport(const RunReport& report, std::span<const Remark> remarks,

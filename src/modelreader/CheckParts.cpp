@@ -29,6 +29,10 @@ void CheckParts::Expect(const reader::SurfaceSet*, std::uint32_t count) {
 void CheckParts::Take(StrictSource&, const reader::Material& material) {
   ++lengths_.materials;
   if (material.twoSided) ++lengths_.twoSidedMaterials;
+  if (material.HasTexture()) {
+    lengths_.texturedMaterials.push_back(
+        {std::string(material.header.name), std::string(material.textureName)});
+  }
 }
 
 void CheckParts::Take(StrictSource& in, const reader::Batch& batch) {

@@ -1,5 +1,6 @@
 #include <string_view>
 
+#include "modelreader/ModelTextures.h"
 #include "modelreader/WriteModel.h"
 #include "system/JsonStream.h"
 
@@ -17,6 +18,8 @@ class ModelWriter {
     json_.Text(model.layout == ModelLayout::kQob ? "qob" : "kob");
     json_.Key("materials");
     Entries(model.materials, [this](const ModelMaterial& material) { Write(material); });
+    json_.Key("textures");
+    Entries(TexturesOf(model), [this](const ModelTexture& texture) { Write(texture); });
     json_.Key("groups");
     Entries(model.groups, [&](const ModelGroup& group) { Write(group, model.layout); });
     json_.Close('}');
@@ -94,6 +97,16 @@ class ModelWriter {
     WriteMember("specular", material.specular);
     json_.Key("twoSided");
     json_.Bool(material.twoSided);
+    json_.Close('}');
+  }
+
+  void Write(const ModelTexture& texture) {
+    json_.Open('{', kOnOneLine);
+    Member("name", texture.name);
+    json_.Key("materials");
+    json_.Open('[', kOnOneLine);
+    for (const std::string& material : texture.materials) json_.Text(material);
+    json_.Close(']');
     json_.Close('}');
   }
 

@@ -1,10 +1,11 @@
-// How long the lists of a model file are.
+// How long the lists of a model file are, and which textures its materials name.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
 #include "modelreader/ModelFile.h"
+#include "modelreader/ModelTextures.h"
 
 namespace mapexport {
 
@@ -26,6 +27,7 @@ struct ModelLengths {
   ModelLayout layout = ModelLayout::kKob;
   std::uint64_t materials = 0;
   std::uint64_t twoSidedMaterials = 0;  ///< of these
+  std::vector<TexturedMaterial> texturedMaterials;
   std::vector<GroupLengths> groups;
 };
 

@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 
 #include "modelreader/ModelSummary.h"
+#include "modelreader/ModelTextures.h"
 #include "modelreader/TextTable.h"
 #include "modelreader/WriteModel.h"
 #include "system/IsFinite.h"
@@ -78,6 +79,27 @@ void WriteMaterials(const ModelFile& model, std::ostream& out) {
   out << "\nMaterials\n";
   table.Write(2, out);
   WriteMore(model.materials.size(), shown, out);
+}
+
+void WriteTextures(const ModelFile& model, std::ostream& out) {
+  const std::vector<ModelTexture> textures = TexturesOf(model);
+  if (textures.empty()) return;
+  TextTable table({{"name"}, {"materials"}});
+  const std::size_t shown = std::min(textures.size(), kMaxRows);
+  for (const ModelTexture& texture : std::span(textures).first(shown)) {
+    std::string names;
+    for (const std::string& material : texture.materials) {
+      if (names.size() > kMaxNameColumns) {
+        names += ", ...";
+        break;
+      }
+      names += fmt::format("{}{}", names.empty() ? "" : ", ", Name(material));
+    }
+    table.AddRow({Name(texture.name), std::move(names)});
+  }
+  out << "\nTextures\n";
+  table.Write(2, out);
+  WriteMore(textures.size(), shown, out);
 }
 
 /// "(x, y, z) to (x, y, z)", the bounds of the finite points.
@@ -290,6 +312,7 @@ void WriteSummary(const ModelFile& model, std::ostream& out) {
 void WriteModelText(const ModelFile& model, std::ostream& out) {
   WriteSummary(model, out);
   if (!model.materials.empty()) WriteMaterials(model, out);
+  WriteTextures(model, out);
   if (model.groups.size() > 1) WriteGroups(model, out);
   const std::size_t shown = std::min(model.groups.size(), kMaxGroups);
   for (std::size_t i = 0; i < shown; ++i) WriteGroup(i, model, out);

@@ -1,0 +1,57 @@
+// Textures: how they are found, reported and copied.
+#include "support/ProgramRun.h"
+
+namespace mapexport {
+namespace {
+
+TEST_F(ProgramTest, TexturesAreFoundAsEnginesFindThemAndCopied) {
+  fs::create_directories(work_ / "levels/maps");
+  for (const char* folder : {"a", "b", "out", "maps"}) fs::create_directory(work_ / folder);
+  Write(work_ / "levels/l.obj",
+        "mtllib l.mtl\nv 0 0 0\nv 90 0 0\nv 0 90 0\nusemtl A\nf 1 2 3\nusemtl B\nf 1 3 2\n"
+        "usemtl C\nf 2 3 1\nusemtl D\nf 2 1 3\n");
+  Write(work_ / "levels/l.mtl",
+        "newmtl A\nmap_Kd maps\\Wall.v2.png\nnewmtl B\nmap_Kd ../maps/wood.tga\n"
+        "newmtl C\nmap_Kd none.png\nnewmtl D\nmap_Kd ../maps/wood.tga\n");
+  Write(work_ / "levels/maps/wall.v2.PNG", "12");
+  Write(work_ / "maps/WOOD.png", "wood");
+  Write(work_ / "maps/WOOD.dds.txt", "no picture");
+  Write(work_ / "b/wood.jpg", "other wood");
+  mkfifo((work_ / "a/wood.tga").c_str(), 0600);
+  scene_ = "levels/l.obj";
+
+  const auto report = [this](std::vector<std::string> options) {
+    options.insert(options.end(), {"--fresh", "--report", "r.json", "--depfile", "l.d"});
+    const Outcome outcome = Export("l.kob", options);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    return Content(work_ / "r.json") + Content(work_ / "l.d") + outcome.err;
+  };
+  EXPECT_THAT(report({}), AllOf(HasSubstr(R"({"name": "wood.tga", "materials": ["B", "D"]})"),
+                                Not(HasSubstr("missing-texture"))));
+  EXPECT_THAT(
+      report({"--copy-textures", "out"}),
+      AllOf(HasSubstr(R"("found": true, "file": "levels/maps/wall.v2.PNG", "bytes": 2})"),
+            HasSubstr(R"("file": "levels/../maps/WOOD.png", "bytes": 4})"),
+            HasSubstr(R"("materials": ["C"], "found": false})"), HasSubstr("missing-texture"),
+            HasSubstr("levels/../maps/WOOD.png\n"), HasSubstr("out: 2 textures copied there")));
+  EXPECT_THAT(Names(work_ / "out"), UnorderedElementsAre("wall.v2.PNG", "WOOD.png"));
+  EXPECT_EQ(Content(work_ / "out/WOOD.png"), "wood");
+  EXPECT_THAT(report({"--copy-textures", "out"}), Not(HasSubstr("textures-copied")));
+  EXPECT_THAT(report({"--textures", "a", "--textures", "b"}),
+              AllOf(HasSubstr(R"("file": "b/wood.jpg", "bytes": 10})"),
+                    HasSubstr("\"wall.v2.png\" of material \"A\" is not found in a, b")));
+
+  Write(work_ / "maps/WOOD.png", "new");
+  EXPECT_THAT(report({"--copy-textures", "out"}), HasSubstr("another file with this name"));
+  EXPECT_EQ(Content(work_ / "out/WOOD.png"), "wood");
+  const std::string model = Content(work_ / "l.kob");
+  EXPECT_EQ(Export("l.kob", {"--copy-textures", "b", "--strict"}).status, 1);
+  EXPECT_THAT(Names(work_ / "b"), UnorderedElementsAre("wood.jpg"));
+  EXPECT_EQ(Export("b/wood.jpg", {"--textures", "b"}).status, 1) << "it is read";
+  EXPECT_EQ(Export("l.kob", {"--textures", "none"}).status, 1);
+  EXPECT_EQ(Content(work_ / "b/wood.jpg"), "other wood");
+  EXPECT_EQ(Content(work_ / "l.kob"), model);
+}
+
+}  // namespace
+}  // namespace mapexport
