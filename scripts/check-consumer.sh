@@ -19,7 +19,7 @@ printf 'newmtl Red\nKd 1 0 0\n' >"$project/hall.mtl"
 expect_newer() {
   local what=$1 newer
   shift
-  newer=$(find "$build/game/levels" -type f -newer "$work/mark" -printf '%f\n' | sort | tr '\n' ' ')
+  newer=$(find "$build" -name "*.?ob" -newer "$work/mark" -printf '%f\n' | sort | tr '\n' ' ')
   [[ $newer == "$*${*:+ }" ]] || { echo "$generator: $what: newer levels: $newer" >&2; exit 1; }
 }
 
