@@ -1,4 +1,6 @@
-// Warnings as errors: --strict and --allow.
+// Warnings as errors, and messages for programs.
+#include <simdjson.h>
+
 #include "support/ProgramRun.h"
 
 namespace mapexport {
@@ -37,6 +39,32 @@ TEST_F(ProgramTest, StrictExportsReplaceNothingWhenThereIsAWarning) {
     EXPECT_THAT(outcome.err, EndsWith("\nmapexport: error: " + error + "\n"));
     EXPECT_THAT(report, AllOf(HasSubstr("\"error\": \"" + error), HasSubstr("\"status\": 1")));
     EXPECT_THAT(Names(work_), Not(testing::Contains(testing::StartsWith(".a.kob"))));
+  }
+}
+
+TEST_F(ProgramTest, EveryLineOfMessagesIsAnObject) {
+  const std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>> cases{
+      {{"export", scene_, "a.kob", "--fresh", "--verbose", "--weld-distance", "0.51"},
+       {"\"message-box\", \"text\": \"Results: ", "\"small-for-welding\"", "\"exported\"",
+        "\"text\": \"times: ", "\"warning\"", "\"count\": 1}", "\"scene\": \"/"}},
+      {{"export", "no\x1b\"ne.fbx", "a.kob"},
+       {R"("error", "code": "failed", "text": "no\u001b\"n)"}},
+      {{"export", scene_, "a.kob", "--weld-distance", "x"}, {"\"wrong-usage\"", "\"usage\""}},
+      {{"export", scene_}, {"\"wrong-usage\""}},
+  };
+  for (auto [arguments, pieces] : cases) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    arguments.insert(arguments.end(), {"--messages", "json"});
+    const std::string err = Run(arguments).err;
+    for (const std::string& piece : pieces) EXPECT_THAT(err, HasSubstr(piece));
+    std::istringstream lines(err);
+    for (std::string line; std::getline(lines, line);) {
+      simdjson::dom::parser parser;
+      const simdjson::dom::element object = parser.parse(line);
+      for (const char* member : {"severity", "code", "text"}) {
+        EXPECT_TRUE(object[member].is_string()) << line;
+      }
+    }
   }
 }
 

@@ -44,6 +44,14 @@ constexpr OptionInfo kAllowOption{
     .words = kRemarkCodes,
     .repeats = true};
 
+constexpr std::array kMessageForms{"text", "json"};
+constexpr OptionInfo kMessagesOption{
+    .name = "messages",
+    .kind = kText,
+    .argument = "FORM",
+    .help = "text, or json: each line of standard error is one object",
+    .words = kMessageForms};
+
 constexpr std::array kOptions{
     OptionInfo{.name = "weld",
                .kind = kSwitch,
@@ -203,6 +211,9 @@ constexpr std::array kOptions{
             "where the exporter's log goes instead of ExportDebug.txt in the current directory"},
     OptionInfo{.name = "no-log", .kind = kFlag, .help = "write no log"},
     kQuietOption,
+    OptionInfo{
+        .name = "verbose", .kind = kFlag, .help = "print also versions, unit factors and times"},
+    kMessagesOption,
 };
 
 std::string NumberText(const CommandLine& line, const OptionInfo& option,
@@ -376,6 +387,11 @@ ExportArguments ReadExportArguments(const CommandLine& line) {
     }
   }
   arguments.quiet = line.Has("quiet");
+  arguments.verbose = line.Has("verbose");
+  if (arguments.quiet && arguments.verbose) {
+    throw UsageError("--quiet and --verbose exclude each other", line.command);
+  }
+  WordValue(line, kMessagesOption);  // the program has found it out already
   return arguments;
 }
 

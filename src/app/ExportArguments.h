@@ -45,6 +45,7 @@ struct ExportArguments {
   std::optional<std::string> log;
   bool noLog = false;
   bool quiet = false;
+  bool verbose = false;
 };
 
 /// The options of the command.

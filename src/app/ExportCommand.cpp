@@ -36,6 +36,7 @@
 #include "app/ReportOutput.h"
 #include "app/RunReport.h"
 #include "app/Stages.h"
+#include "app/VerboseNotes.h"
 #include "app/WindowLibrary.h"
 #include "app/WriteOutput.h"
 #include "cli/CommandLine.h"
@@ -74,7 +75,7 @@ struct ExportRun {
   ExportRun(const ExportArguments& given, const RecordedRun* repeatedRun)
       : arguments(given),
         repeated(repeatedRun),
-        messages(given.quiet),
+        messages(given.quiet, given.scene.path),
         stages(given.quiet),
         inputs(NamedInputs(given)),
         reportOutput(FindReportTarget(given, inputs), [this](std::ostream& out) {
@@ -228,6 +229,7 @@ void ReportCancel(ExportRun& run) {
 void Export(ExportRun& run) {
   const ExportArguments& arguments = run.arguments;
   const std::string& output = run.report.output;
+  if (arguments.verbose) NoteVersions(run.messages);
   const OutputTarget target = FindModelTarget(arguments, run.inputs);
   const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments, run.inputs);
   if (!run.settings) run.settings = OpenSettings(arguments, run.messages);
@@ -241,6 +243,7 @@ void Export(ExportRun& run) {
   // Reading may take long: report a missing display before it.
   if (arguments.dialog) RequireWindows();
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);
+  if (arguments.verbose) NoteUnit(arguments.scene.path, run.messages);
   run.report.confinement = std::move(loaded.confinement);
   for (const std::string& file : loaded.sideFiles) run.inputs.Add(file, kSideInput);
   run.sideFiles = loaded.sideFiles;
@@ -303,6 +306,7 @@ void Export(ExportRun& run) {
                                      arguments, run.messages);
   const std::vector<TextureCopy> copies = TakeTextures(run, target, depFile);
   run.stages.End();
+  if (arguments.verbose) NoteTimes(run.stages, run.messages);
   if (arguments.strict) RequireNoWarning(output, run.messages.Told(), arguments.allowed);
   CopyTextures(copies, run.messages);
   PutInPlace(run, place, depFile, [&] {
@@ -367,7 +371,7 @@ ExitStatus Run(const CommandLine& line) {
     Export(run);
   } catch (const std::exception& error) {
     ReportFailure(run, ReasonOf(error));
-    throw;
+    run.messages.Error("failed", ReasonOf(error));
   }
   return run.report.status;
 }

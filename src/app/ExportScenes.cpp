@@ -213,13 +213,13 @@ void ScenesRun::Take(std::size_t index, const ChildOutcome& outcome) {
   std::string shown = BytesOf(outcome.output, 0, kMostShown);
   if (!shown.empty() && !shown.ends_with('\n')) shown += '\n';
   WriteLines(shown);
+  Messages messages(arguments_.quiet, job.scene);
   if (result.status == ExitStatus::kFailed) {
-    Messages messages(arguments_.quiet);
     messages.Attribute({job.scene, job.output});
-    messages.Error(result.error);
+    messages.Error("failed", result.error);
     ++failed_;
   } else {
-    messages_.Note("exported", result.exported);
+    messages.Note("exported", result.exported);
   }
   ++ended_;
   savedSettings_ = savedSettings_ || result.savedSettings;
@@ -260,7 +260,8 @@ void ScenesRun::Summarise() {
     names += fmt::format("{}{}", named == 1 ? "" : ", ", jobs_[i].scene);
   }
   if (named > kMostNamed) names += fmt::format(" and {} more", named - kMostNamed);
-  messages_.Error(fmt::format("{} of {} not exported: {}", failed_, Scenes(jobs_.size()), names));
+  messages_.Error("failed",
+                  fmt::format("{} of {} not exported: {}", failed_, Scenes(jobs_.size()), names));
 }
 
 void ScenesRun::WriteReports(std::ostream& out) const {
@@ -312,9 +313,11 @@ ExitStatus ScenesRun::Run() {
   const int signal = RunChildren(tasks);
   EraseStatusLine();
   if (signal != 0) {
-    messages_.Error(fmt::format(
-        "stopped by a signal ({}): {} of {} exported; the other outputs are as they were",
-        SignalText(signal), Exported(), Scenes(jobs_.size())));
+    messages_.Error(
+        "failed",
+        fmt::format(
+            "stopped by a signal ({}): {} of {} exported; the other outputs are as they were",
+            SignalText(signal), Exported(), Scenes(jobs_.size())));
     raise(signal);
     return ExitStatus::kFailed;  // the signal is blocked
   }

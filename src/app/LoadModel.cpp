@@ -15,7 +15,7 @@ std::optional<LoadedModel> LoadModel(const std::string& path, std::optional<Mode
   if (!read.Sound()) {
     for (const ModelProblem& problem : read.problems) {
       if (problem.severity != ModelSeverity::kError) continue;
-      messages.Error(fmt::format("{}: {}", path, ToLine(problem)));
+      messages.Error("failed", fmt::format("{}: {}", path, ToLine(problem)));
     }
     return std::nullopt;
   }

@@ -4,22 +4,30 @@
 #include <cstdint>
 #include <cstdlib>
 #include <map>
+#include <sstream>
 #include <string>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "importer/LimitRemarks.h"
+#include "system/JsonStream.h"
 #include "system/PrintableText.h"
 #include "system/StandardError.h"
 
 namespace mapexport {
 
-Messages::Messages(bool quiet)
-    : quiet_(quiet), coloured_(StandardErrorIsTerminal() && std::getenv("NO_COLOR") == nullptr) {}
+Messages::Messages(bool quiet, std::string scene)
+    : quiet_(quiet),
+      scene_(std::move(scene)),
+      coloured_(StandardErrorIsTerminal() && std::getenv("NO_COLOR") == nullptr) {}
 
-void Messages::Error(std::string_view text) const {
-  Print("error", "31", text);
+void Messages::Error(std::string_view code, std::string_view text) const {
+  if (MessagesAreJson()) {
+    PrintJson("error", code, text);
+  } else {
+    Print("error", "31", text);
+  }
 }
 
 void Messages::Warning(RemarkCode code, std::string_view text, std::uint64_t count) {
@@ -31,7 +39,7 @@ void Messages::Note(RemarkCode code, std::string_view text, std::uint64_t count)
 }
 
 void Messages::Tell(Remark remark) {
-  PrintRemark(remark.kind, remark.text);
+  PrintRemark(remark);
   told_.push_back(std::move(remark));
 }
 
@@ -47,8 +55,8 @@ void Messages::TellAll(const std::string& about, Remarks remarks) {
   for (Remark& remark : remarks) {
     remark.text = fmt::format("{}: {}", about, remark.text);
     Code& code = codes.try_emplace(remark.code, Code{remark.kind}).first->second;
-    if (code.printed < kMostPrinted && remark.stands == 1) {
-      PrintRemark(remark.kind, remark.text);
+    if (MessagesAreJson() || (code.printed < kMostPrinted && remark.stands == 1)) {
+      PrintRemark(remark);
       ++code.printed;
     } else {
       code.others += remark.stands;
@@ -57,37 +65,77 @@ void Messages::TellAll(const std::string& about, Remarks remarks) {
   }
   for (const auto& [name, code] : codes) {
     if (code.others == 0) continue;
-    PrintRemark(code.kind,
-                fmt::format("{}: {}", about, MoreLikeThese(code.others, code.kind, name)));
+    PrintRemark({code.kind, name,
+                 fmt::format("{}: {}", about, MoreLikeThese(code.others, code.kind, name))});
   }
 }
 
-void Messages::PrintRemark(RemarkKind kind, std::string_view text) const {
-  if (kind == RemarkKind::kWarning) {
-    Print("warning", "33", text);
-  } else if (!quiet_) {
-    Print("note", "36", text);
+void Messages::PrintRemark(const Remark& remark) const {
+  const bool isWarning = remark.kind == RemarkKind::kWarning;
+  if (quiet_ && !isWarning) return;
+  const char* const severity = isWarning ? "warning" : "note";
+  if (MessagesAreJson()) {
+    PrintJson(severity, remark.code, remark.text, &remark);
+  } else {
+    Print(severity, isWarning ? "33" : "36", remark.text);
   }
 }
 
 void Messages::Usage(std::string_view line) const {
+  if (MessagesAreJson()) {
+    PrintJson("note", "usage", line);
+    return;
+  }
   WriteLines(fmt::format("{}\n", line));
 }
 
 void Messages::Box(std::string_view title, std::string_view text) const {
   if (quiet_) return;
   while (text.ends_with('\n')) text.remove_suffix(1);
-  WriteLines(fmt::format("{}: {}\n", title, text));
+  const std::string lines = fmt::format("{}: {}", title, text);
+  if (MessagesAreJson()) {
+    PrintJson("note", "message-box", lines);
+  } else {
+    WriteLines(lines + '\n');
+  }
 }
 
-void Messages::Print(std::string_view kind, std::string_view colour, std::string_view text) const {
+void Messages::PrintJson(std::string_view severity, std::string_view code, std::string_view text,
+                         const Remark* remark) const {
+  std::ostringstream line;
+  JsonStream json(line);
+  const auto member = [&json](std::string_view key, std::string_view value) {
+    json.Key(key);
+    json.Text(value);
+  };
+  json.Open('{', JsonStream::kOnOneLine);
+  member("severity", severity);
+  member("code", code);
+  member("text", text);
+  if (!scene_.empty()) member("scene", scene_);
+  if (remark != nullptr && !remark->nodes.empty()) {
+    json.Key("nodes");
+    json.Open('[', JsonStream::kOnOneLine);
+    for (const std::string& node : remark->nodes) json.Text(node);
+    json.Close(']');
+  }
+  if (remark != nullptr) {
+    json.Key("count");
+    json.Number(remark->count);
+  }
+  json.Close('}');
+  WriteLines(line.str());
+}
+
+void Messages::Print(std::string_view severity, std::string_view colour,
+                     std::string_view text) const {
   const auto begins = [text](const std::string& name) { return text.starts_with(name + ':'); };
   const bool attributed = names_.empty() || std::ranges::any_of(names_, begins);
   const std::string line =
       PrintableText(attributed ? std::string(text) : fmt::format("{}: {}", names_.front(), text),
                     std::string::npos);
-  WriteLines(coloured_ ? fmt::format("mapexport: \x1b[1;{}m{}:\x1b[0m {}\n", colour, kind, line)
-                       : fmt::format("mapexport: {}: {}\n", kind, line));
+  WriteLines(coloured_ ? fmt::format("mapexport: \x1b[1;{}m{}:\x1b[0m {}\n", colour, severity, line)
+                       : fmt::format("mapexport: {}: {}\n", severity, line));
 }
 
 }  // namespace mapexport

@@ -9,6 +9,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include "app/BuiltIn.h"
 #include "app/Commands.h"
 #include "app/Messages.h"
 #include "cli/CommandLine.h"
@@ -41,21 +42,33 @@ ExitStatus Do(const CommandLine& line) {
     case CommandLine::Wanted::kHelp:
       return Print(line.command == nullptr ? ProgramHelp(Commands()) : CommandHelp(*line.command));
     case CommandLine::Wanted::kVersion:
-      return Print(VersionText());
+      return Print(VersionText() + (line.verbose ? BuiltInText() : ""));
   }
   return line.command->run(line);
 }
 
+/// Whether JSON is wanted, also for the messages about a wrong command line.
+bool WantsJson(const std::vector<std::string>& arguments) {
+  bool wanted = false;
+  for (std::size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+    const std::string& argument = arguments[i];
+    if (argument.starts_with("--messages=")) wanted = argument == "--messages=json";
+    if (argument == "--messages") wanted = i + 1 < arguments.size() && arguments[i + 1] == "json";
+  }
+  return wanted;
+}
+
 ExitStatus Run(const std::vector<std::string>& arguments) {
+  if (WantsJson(arguments)) MakeMessagesJson();
   const Messages messages(false);
   try {
     return Do(ParseCommandLine(Commands(), arguments));
   } catch (const UsageError& error) {
-    messages.Error(error.what());
+    messages.Error("wrong-usage", error.what());
     messages.Usage(UsageLine(error.command));
     return ExitStatus::kWrongUsage;
   } catch (const std::exception& error) {
-    messages.Error(ReasonOf(error));
+    messages.Error("failed", ReasonOf(error));
   }
   return ExitStatus::kFailed;
 }
@@ -71,7 +84,7 @@ int RunProgram(int argc, char** argv) {
     return static_cast<int>(Run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc)));
   } catch (const std::bad_alloc&) {
     // Memory ran out even for the error's text.
-    WriteLines("mapexport: error: memory ran out\n");
+    WriteWithoutMemory("error", "failed", "memory ran out");
     return static_cast<int>(ExitStatus::kFailed);
   }
 }

@@ -31,7 +31,7 @@ void TellPlaced(std::span<OutputPlace* const> places, Messages& messages,
     }
     tellMore();
   } catch (const std::bad_alloc&) {
-    WriteLines("mapexport: warning: done, but memory ran out while reporting it\n");
+    WriteWithoutMemory("warning", "failed", "done, but memory ran out while reporting it");
   }
 }
 

@@ -66,6 +66,9 @@ inline constexpr OptionInfo kHelpOption{
 inline constexpr std::array kProgramOptions{
     kHelpOption,
     OptionInfo{.name = "version", .kind = OptionKind::kFlag, .help = "print the version and end"},
+    OptionInfo{.name = "verbose",
+               .kind = OptionKind::kFlag,
+               .help = "with --version: print also what is built in"},
 };
 
 }  // namespace mapexport

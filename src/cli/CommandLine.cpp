@@ -176,6 +176,7 @@ CommandLine ParseCommandLine(std::span<const CommandInfo> commands,
   CLI::App program;
   program.set_help_flag("-h,--help");
   program.set_version_flag("--version", std::string());
+  program.add_flag("--verbose");
   program.require_subcommand(1);
   std::vector<CommandParser> parsers;
   for (const CommandInfo& info : commands) parsers.push_back(AddCommand(program, info));
@@ -197,11 +198,13 @@ CommandLine ParseCommandLine(std::span<const CommandInfo> commands,
     line.command = used() == parsers.end() ? nullptr : used()->info;
   } catch (const CLI::CallForVersion&) {
     line.wanted = CommandLine::Wanted::kVersion;
+    line.verbose = std::ranges::find(arguments, "--verbose") != arguments.end();
   } catch (const CLI::ArgumentMismatch&) {
     // Only when the arguments ran out: the last one is an option without its value.
     throw UsageError(fmt::format("{}: a value is missing", arguments.back()), command);
   } catch (const CLI::ParseError& error) {
-    if (used() != parsers.end()) CheckUnknownOption(*used());
+    if (used() == parsers.end()) throw UsageError("a command is missing", nullptr);
+    CheckUnknownOption(*used());
     throw UsageError(error.what(), command);
   }
   return line;

@@ -26,6 +26,7 @@ struct CommandLine {
 
   enum class Wanted { kCommand, kHelp, kVersion };
   Wanted wanted = Wanted::kCommand;  ///< with kHelp, the help of `command` or of the program
+  bool verbose = false;              ///< with kVersion
 
   bool Has(std::string_view option) const { return options.contains(option); }
   /// The last value; nothing for an option that is not given.

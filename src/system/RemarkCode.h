@@ -91,6 +91,7 @@ inline constexpr const char* kRemarkCodes[] = {
     "textures-copied",
     "unknown-material",
     "unused-pattern",
+    "verbose",
     "weld-stays-on",
 };
 
