@@ -75,14 +75,20 @@ std::vector<TextureCopy> PlanTextureCopies(const std::string& folder,
 }
 
 void CopyTextures(std::span<const TextureCopy> copies, Messages& messages) {
+  if (copies.empty()) return;
+  const fs::path folder = fs::path(copies.front().to).parent_path();
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (error) {
+    throw RunError(
+        fmt::format("{}: the folder can't be made: {}", folder.string(), ErrnoText(error.value())));
+  }
   for (const TextureCopy& copy : copies) {
     WriteOutput(
         FindOutput(copy.to), [&](std::ostream& out) { CopyContent(copy.from, out); }, messages);
   }
-  if (copies.empty()) return;
   messages.Note("textures-copied",
-                fmt::format("{}: {} texture{} copied there",
-                            fs::path(copies.front().to).parent_path().string(), copies.size(),
+                fmt::format("{}: {} texture{} copied there", folder.string(), copies.size(),
                             copies.size() == 1 ? "" : "s"),
                 copies.size());
 }

@@ -184,7 +184,8 @@ constexpr std::array kOptions{
                .kind = kText,
                .argument = "DIR",
                .help = "copy the textures that are found to this folder, and replace nothing that "
-                       "differs; without --textures they are looked for where the scene names them "
+                       "differs; a missing DIR is made; without --textures they are looked for "
+                       "where the scene names them "
                        "and beside it"},
     OptionInfo{.name = "depfile",
                .kind = kText,

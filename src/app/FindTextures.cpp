@@ -116,7 +116,6 @@ std::vector<std::string> PicturePaths(const Scene& scene) {
 
 void RequireTextureFolders(const ExportArguments& arguments) {
   for (const std::string& folder : arguments.textures) RequireFolder(folder);
-  if (arguments.copyTextures) RequireFolder(*arguments.copyTextures);
 }
 
 std::vector<TextureUse> FindTextures(std::vector<ModelTexture> textures,

@@ -24,7 +24,7 @@ struct TextureUse {
 /// The paths of the pictures that the scene's materials name.
 std::vector<std::string> PicturePaths(const Scene& scene);
 
-/// Throws RunError when a folder of --textures or --copy-textures is none.
+/// Throws RunError when a folder of --textures is none.
 void RequireTextureFolders(const ExportArguments& arguments);
 
 /// Looks for each texture in the folders of --textures in their order, or, without that option,
