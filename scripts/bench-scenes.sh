@@ -7,20 +7,14 @@ set -euo pipefail
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 folder=${1:-$root/build/bench/scenes}
 mkdir -p -- "$folder"
+python3 "$root/scripts/lib/make_levels.py" "$folder" 200
+for scene in "$folder"/level*.obj; do
+  "$root/build/release/bin/mapexport" scene "$scene" -o "${scene%.obj}.scene.json"
+done
 python3 - "$folder" "$root/build/release/bin/mapexport" <<'END'
 import glob, os, subprocess, sys, time
 
 folder, program = sys.argv[1:]
-WIDE, HIGH, SCENES = 25, 20, 200
-for k in range(SCENES):
-    with open(f"{folder}/level{k:03}.obj", "w") as out:
-        for y in range(HIGH + 1):
-            for x in range(WIDE + 1):
-                out.write(f"v {40 * x} {40 * y} {(7 * x + 13 * y + k) % 5 * 3}\n")
-        for a in (y * (WIDE + 1) + x + 1 for y in range(HIGH) for x in range(WIDE)):
-            out.write(f"f {a} {a + 1} {a + WIDE + 2}\nf {a} {a + WIDE + 2} {a + WIDE + 1}\n")
-    subprocess.run([program, "scene", f"{folder}/level{k:03}.obj", "-o",
-                    f"{folder}/level{k:03}.scene.json"], check=True)
 
 def seconds(scenes, processors):
     begin = time.monotonic()
@@ -34,6 +28,6 @@ for ending in ("scene.json", "obj"):
     scenes = sorted(glob.glob(f"{folder}/level*.{ending}"))
     times = [(seconds(scenes, free[:1]), seconds(scenes, free[:2])) for _ in range(5)]
     one, two = (min(column) for column in zip(*times))
-    print(f"{ending}: {1000 * one / SCENES:.1f} ms per scene on one processor, "
+    print(f"{ending}: {1000 * one / len(scenes):.1f} ms per scene on one processor, "
           f"{one / two:.2f} times faster on {len(free[:2])}")
 END

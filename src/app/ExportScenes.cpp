@@ -245,6 +245,7 @@ void ScenesRun::ShowProgress() const {
 }
 
 void ScenesRun::Summarise() {
+  if (jobs_.size() == 1) return;
   constexpr std::size_t kMostNamed = 20;
   const std::size_t overlong = CountOf(ExitStatus::kOverlongLists);
   messages_.Note(
@@ -292,6 +293,7 @@ void ScenesRun::WriteFiles() {
   }
   if (made.empty()) return;
   std::vector<OutputPlace*> places;
+  places.reserve(made.size());
   for (const auto& place : made) places.push_back(place.get());
   OutputPlace::CommitTogether(places);
   TellPlaced(places, messages_, [] {});
