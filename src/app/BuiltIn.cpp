@@ -12,6 +12,7 @@
 #include <pugixml.hpp>
 #include <seccomp.h>
 #include <simdjson.h>
+#include <toml++/impl/version.h>
 
 #include "app/FindLibrary.h"
 #include "view/WritePage.h"
@@ -37,14 +38,14 @@ std::string LibraryVersions() {
   constexpr int kMeshoptMajor = 1000;  // 180 is 0.18
   return fmt::format(
       "assimp {}.{}.{}, CLI11 {}, draco {}, fmt {}.{}.{}, meshoptimizer {}.{}, nettle {}.{}, "
-      "pugixml {}.{}, seccomp {}, simdjson {}.{}.{}",
+      "pugixml {}.{}, seccomp {}, simdjson {}.{}.{}, toml++ {}.{}.{}",
       aiGetVersionMajor(), aiGetVersionMinor(), aiGetVersionPatch(), CLI11_VERSION,
       draco::kDracoVersion, FMT_VERSION / kFmtMajor, FMT_VERSION / kPart % kPart,
       FMT_VERSION % kPart, MESHOPTIMIZER_VERSION / kMeshoptMajor,
       MESHOPTIMIZER_VERSION % kMeshoptMajor / 10, nettle_version_major(), nettle_version_minor(),
       PUGIXML_VERSION / kPugixmlMajor, PUGIXML_VERSION % kPugixmlMajor / 10, SeccompVersion(),
       simdjson::SIMDJSON_VERSION_MAJOR, simdjson::SIMDJSON_VERSION_MINOR,
-      simdjson::SIMDJSON_VERSION_REVISION);
+      simdjson::SIMDJSON_VERSION_REVISION, TOML_LIB_MAJOR, TOML_LIB_MINOR, TOML_LIB_PATCH);
 }
 
 std::string BuiltInText() {

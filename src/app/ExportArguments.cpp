@@ -143,12 +143,13 @@ constexpr std::array kOptions{
         .help = "the settings store to use instead of the user's own; it need not exist yet"},
     OptionInfo{.name = "fresh",
                .kind = kFlag,
-               .help = "start from the initial values and save nothing; a store named by "
-                       "--settings is not used"},
+               .help = "start from the initial values and save nothing; neither a store named by "
+                       "--settings nor a mapexport.toml is used"},
     OptionInfo{.name = "seed",
                .kind = kText,
                .argument = "N",
-               .help = "0 to 4294967295: the same scene, options and seed give the same bytes"},
+               .help = "0 to 4294967295: the same scene, options and seed give the same bytes",
+               .shapesOutput = true},
     kUpOption,
     kSceneScaleOption,
     kHiddenOption,
@@ -204,6 +205,10 @@ constexpr std::array kOptions{
                .help = "export again what --report wrote of, with its scene, options and seed, to "
                        "the same bytes; an input that has changed is an error. OUTPUT is the only "
                        "argument then"},
+    OptionInfo{.name = "show-options",
+               .kind = kFlag,
+               .help = "export nothing: print each option that shapes the output, its value and "
+                       "where that comes from; OUTPUT may be left out"},
     OptionInfo{
         .name = "log",
         .kind = kText,

@@ -37,6 +37,7 @@ struct ExportArguments {
   std::vector<std::string> allowed;         ///< codes of warnings that are none even then
   std::vector<std::string> textures;        ///< folders to look for textures in
   std::optional<std::string> copyTextures;  ///< folder to copy them to
+  std::optional<std::string> optionsFile;   ///< the mapexport.toml that gave some of them
   std::optional<std::string> repeat;        ///< the report of the run to repeat
   std::optional<std::string> depFile;
   bool makesRule = false;  ///< the rule of --depfile is wanted, even if another run writes it

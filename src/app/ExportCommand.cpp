@@ -1,7 +1,5 @@
 // The command `export`.
 #include <array>
-#include <chrono>
-#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <functional>
@@ -15,6 +13,7 @@
 
 #include <fmt/format.h>
 
+#include "app/CallExporter.h"
 #include "app/CheckExport.h"
 #include "app/Commands.h"
 #include "app/CopyTextures.h"
@@ -31,21 +30,22 @@
 #include "app/LoadScene.h"
 #include "app/Messages.h"
 #include "app/ModelRemarks.h"
-#include "app/PluginLibrary.h"
 #include "app/RecordedRun.h"
 #include "app/ReportOutput.h"
 #include "app/RunReport.h"
+#include "app/ScenesOptions.h"
+#include "app/ShowOptions.h"
 #include "app/Stages.h"
 #include "app/VerboseNotes.h"
 #include "app/WindowLibrary.h"
 #include "app/WriteOutput.h"
 #include "cli/CommandLine.h"
+#include "cli/OptionReading.h"
 #include "output/DepFile.h"
 #include "output/OutputPlace.h"
 #include "output/OutputTarget.h"
 #include "output/Sha256.h"
 #include "output/TakenFiles.h"
-#include "scene/HostScene.h"
 #include "settings/SettingsStore.h"
 #include "system/FileIdentity.h"
 #include "system/RunError.h"
@@ -61,13 +61,6 @@ constexpr std::array kPositionals{
                    "second; without one, \".map\" is appended",
                    true},
 };
-
-/// The milliseconds of the system's clock, as the host gives them.
-std::uint32_t ClockSeed() {
-  using namespace std::chrono;
-  return static_cast<std::uint32_t>(
-      duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
-}
 
 /// The export of one scene.
 struct ExportRun {
@@ -125,25 +118,6 @@ ConsoleSystem::Options SystemOptions(const ExportRun& run, ExporterTalk& talk) {
   };
   options.onDebugOutput = [&talk](const std::string& text) { talk.HearDebugOutput(text); };
   return options;
-}
-
-/// Lets the exporter write the scene to the file `name` of `folder`, as the host would, with lists
-/// of at most `longestList` entries, 0 for any number.
-void CallExporter(const Scene& scene, std::size_t longestList, const std::string& folder,
-                  const std::string& name, System& system, ExporterLog& log) {
-  struct Installed {
-    explicit Installed(System& system) { InstallSystem(&system); }
-    ~Installed() { InstallSystem(nullptr); }
-  };
-  const Installed installed(system);
-  const PluginLibrary library(PluginLibrary::Path());
-  HostScene host(scene, longestList);
-  ExpInterface enumeration;
-  const std::unique_ptr<SceneExport> exporter = library.CreateExporter();
-  const std::string path = folder + name;
-  log.EnterFolder(folder);
-  exporter->DoExport(path.c_str(), &enumeration, &host, false);
-  log.LeaveFolder();  // it may have ended before it showed the dialog
 }
 
 void HashFiles(ExportRun& run, const OutputPlace& model) {
@@ -329,15 +303,25 @@ void ReportFailure(ExportRun& run, const std::string& reason) {
   }
 }
 
-/// Exports one of several scenes. Throws nothing but std::bad_alloc.
-SceneResult ExportForCaller(const ExportArguments& arguments, SettingsStore settings,
-                            bool savesSettings, const std::function<void()>& computed) {
+/// Exports one of several scenes; `shared` are the arguments without its mapexport.toml. Throws
+/// nothing but std::bad_alloc.
+SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shared,
+                            SettingsStore settings, bool savesSettings,
+                            const std::function<void()>& computed) {
+  ExportArguments arguments = shared;
+  std::string wrongOptions;
+  try {
+    arguments = OwnArguments(line, shared.scene.path);
+  } catch (const std::exception& error) {
+    wrongOptions = ReasonOf(error);
+  }
   ExportRun run(arguments, nullptr);
   run.messages.Attribute({run.report.scene, run.report.output});
   run.settings = std::move(settings);
   run.savesSettings = savesSettings;
   run.computed = computed;
   try {
+    if (!wrongOptions.empty()) throw RunError(wrongOptions);
     Export(run);
   } catch (const std::exception& error) {
     ReportFailure(run, ReasonOf(error));
@@ -363,9 +347,31 @@ SceneResult ExportForCaller(const ExportArguments& arguments, SettingsStore sett
 /// before it is put in place; on any failure an older output stays as it was.
 ExitStatus Run(const CommandLine& line) {
   const std::optional<RecordedRun> recorded = FindRecordedRun(line);
-  const ExportArguments arguments =
-      ReadExportArguments(recorded ? RepeatingLine(line, *recorded) : line);
-  if (arguments.outputFolder) return ExportScenes(arguments, ExportForCaller);
+  CommandLine whole = recorded ? RepeatingLine(line, *recorded) : line;
+  const bool showsOptions = line.Has("show-options");
+  if (line.Has("output-folder")) {
+    if (showsOptions) {
+      throw UsageError("--show-options takes one SCENE and no --output-folder", line.command);
+    }
+    return ExportScenes(ReadExportArguments(line),
+                        [&line](const ExportArguments& shared, SettingsStore settings,
+                                bool savesSettings, const std::function<void()>& computed) {
+                          return ExportForCaller(line, shared, std::move(settings), savesSettings,
+                                                 computed);
+                        });
+  }
+  OptionOrigins origins;
+  if (recorded) {
+    for (const auto& [name, values] : recorded->options) origins[name] = recorded->report;
+  }
+  const std::optional<std::string> optionsFile = AddFileOptions(whole, origins);
+  if (showsOptions && whole.positionals.size() == 1) whole.positionals.emplace_back("none");
+  ExportArguments arguments = ReadExportArguments(whole);
+  arguments.optionsFile = optionsFile;
+  if (showsOptions) {
+    Messages messages(arguments.quiet, arguments.scene.path);
+    return ShowOptions(arguments, origins, messages);
+  }
   ExportRun run(arguments, recorded ? &*recorded : nullptr);
   try {
     Export(run);

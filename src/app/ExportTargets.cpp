@@ -46,6 +46,7 @@ TakenFiles NamedInputs(const ExportArguments& arguments) {
   TakenFiles inputs;
   AddNamedInputs(arguments.scene, inputs);
   if (const std::string* const picked = PickedCxp(arguments)) inputs.Add(*picked, kCxpInput);
+  if (arguments.optionsFile) inputs.Add(*arguments.optionsFile, "file of options");
   if (arguments.repeat) inputs.Add(*arguments.repeat, "report to repeat");
   // With --fresh, too: a store that the user names must not be replaced.
   if (arguments.settings) inputs.Add(*arguments.settings, "settings store");
@@ -77,6 +78,7 @@ std::vector<std::string> ShapingFiles(const ExportArguments& arguments,
 
 std::vector<std::string> Dependencies(const ExportArguments& arguments,
                                       std::vector<std::string> files) {
+  if (arguments.optionsFile) files.push_back(*arguments.optionsFile);
   if (arguments.settings && !arguments.fresh) {
     std::error_code error;
     const fs::file_type type = fs::status(*arguments.settings, error).type();

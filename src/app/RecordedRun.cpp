@@ -143,7 +143,7 @@ std::optional<RecordedRun> FindRecordedRun(const CommandLine& line) {
   for (const OptionInfo& option : ExportOptions()) {
     const std::string_view name = option.name;
     if (!line.Has(name)) continue;
-    if (!ShapesOutput(option) && name != "seed" && name != "settings" && name != "dialog") continue;
+    if (!ShapesOutput(option) && name != "settings" && name != "dialog") continue;
     throw UsageError(
         fmt::format("--repeat and --{} exclude each other: the report has all options", name),
         line.command);

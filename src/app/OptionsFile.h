@@ -1,0 +1,25 @@
+// Options beside a scene, from the file mapexport.toml.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "cli/CommandLine.h"
+
+namespace mapexport {
+
+/// What a mapexport.toml says of one scene.
+struct FileOptions {
+  std::string path;  ///< of the file; empty when there is none
+  GivenOptions options;
+  std::map<std::string, std::size_t, std::less<>> lines;  ///< where each option is in the file
+};
+
+/// Reads the first mapexport.toml in the folder of `scene` and those above. docs/options-file.md
+/// describes it. Its relative paths come out as paths to open. Options that don't shape the output,
+/// and values that a command line of `command` would not take, are errors. Throws SceneError or
+/// RunError with the line.
+FileOptions ReadOptionsFile(const std::string& scene, const CommandInfo* command);
+
+}  // namespace mapexport
