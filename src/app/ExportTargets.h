@@ -31,8 +31,8 @@ void AddCxp(const std::string& path, TakenFiles& inputs);
 std::vector<std::string> ShapingFiles(const ExportArguments& arguments,
                                       std::vector<std::string> sideFiles, const std::string& cxp);
 
-/// The files that the output depends on: those, the file of options and that of --settings. Not the user's own
-/// settings: every export changes them, which would make all outputs outdated.
+/// The files that the output depends on: those, the file of options and that of --settings. Not the
+/// user's own settings: every export changes them, which would make all outputs outdated.
 std::vector<std::string> Dependencies(const ExportArguments& arguments,
                                       std::vector<std::string> files);
 
