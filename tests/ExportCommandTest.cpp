@@ -2,7 +2,7 @@
 #include <fmt/format.h>
 #include <simdjson.h>
 
-#include "app/RunReport.h"
+#include "app/export/RunReport.h"
 #include "support/ProgramRun.h"
 
 namespace mapexport {

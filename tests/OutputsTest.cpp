@@ -10,7 +10,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "app/ExporterLog.h"
+#include "app/export/ExporterLog.h"
 #include "output/OutputPlace.h"
 #include "support/ProgramRun.h"
 

@@ -12,9 +12,9 @@
 #include <QTimer>
 #include <deque>
 
-#include "app/DialogControls.h"
 #include "app/Program.h"
 #include "app/WindowLibrary.h"
+#include "app/export/DialogControls.h"
 #include "console/ConsoleSystem.h"
 #include "host/System.h"
 #include "settings/SettingsStore.h"

@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "app/ModelRemarks.h"
+#include "app/export/ModelRemarks.h"
 #include "modelreader/ReadModelFile.h"
 
 namespace mapexport {

@@ -1,0 +1,136 @@
+#include "app/textures/FindTextures.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <system_error>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "output/Sha256.h"
+#include "system/Ascii.h"
+#include "system/FileIdentity.h"
+#include "system/PrintableText.h"
+#include "system/RunError.h"
+
+namespace mapexport {
+namespace {
+
+// Importers drop the leading ".." of a picture's path.
+constexpr int kMostParents = 3;
+
+std::string KeyOf(std::string_view path) {
+  return LowerCase(TextureNamePart(path));
+}
+
+void RequireFolder(const std::string& path) {
+  std::error_code error;
+  const auto type = std::filesystem::status(path, error).type();
+  if (type == std::filesystem::file_type::directory) return;
+  throw RunError(fmt::format("{}: {}", path, error ? error.message() : "is not a folder"));
+}
+
+class Search {
+ public:
+  Search(std::span<const std::string> pictures, const ExportArguments& arguments)
+      : folders_(arguments.textures), sceneFolder_(FolderPart(arguments.scene.path)) {
+    if (!folders_.empty()) return;
+    for (const std::string& picture : pictures) {
+      std::vector<std::string>& paths = pictures_[KeyOf(picture)];
+      if (std::ranges::find(paths, picture) == paths.end()) paths.push_back(picture);
+    }
+  }
+
+  TextureUse Find(ModelTexture texture, Remarks& remarks) {
+    TextureUse use{std::move(texture), true, std::nullopt};
+    const std::string& name = use.texture.name;
+    if (folders_.empty()) {
+      use.file = FindNamed(name, remarks);
+    } else {
+      use.file = FindIn(folders_, name);
+    }
+    if (use.file) return use;
+    remarks.push_back(MakeWarning(
+        "missing-texture",
+        fmt::format("texture {} of material {}{} is not found {}", Quoted(name),
+                    Quoted(use.texture.materials.front()),
+                    use.texture.materials.size() == 1
+                        ? ""
+                        : fmt::format(" and {} more", use.texture.materials.size() - 1),
+                    folders_.empty() ? "where the scene names it or beside the scene"
+                                     : fmt::format("in {}", fmt::join(folders_, ", ")))));
+    return use;
+  }
+
+ private:
+  std::optional<TextureFile> FindIn(std::span<const std::string> folders, std::string_view name) {
+    for (const std::string& folder : folders) {
+      if (auto file = files_.Find(folder, name)) return file;
+    }
+    return std::nullopt;
+  }
+
+  /// Where the scene names it, else beside the scene.
+  std::optional<TextureFile> FindNamed(const std::string& name, Remarks& remarks) {
+    std::optional<TextureFile> first;
+    for (std::string path : pictures_[KeyOf(name)]) {
+      std::ranges::replace(path, '\\', '/');
+      const std::optional<TextureFile> file = FindPicture(path);
+      if (!file) continue;
+      if (!first) {
+        first = file;
+      } else if (Sha256OfFile(first->path) != Sha256OfFile(file->path)) {
+        remarks.push_back(MakeWarning("texture-clash",
+                                      fmt::format("texture {} stands for two pictures: {} and {}",
+                                                  Quoted(name), first->path, file->path)));
+      }
+    }
+    return first ? first : files_.Find(sceneFolder_, name);
+  }
+
+  std::optional<TextureFile> FindPicture(const std::string& path) {
+    if (path.starts_with('/')) return files_.Find(FolderPart(path), path);
+    std::string folder = sceneFolder_;
+    for (int i = 0; i <= kMostParents; ++i, folder += "../") {
+      if (auto file = files_.Find(folder + FolderPart(path), path)) return file;
+    }
+    return std::nullopt;
+  }
+
+  const std::vector<std::string>& folders_;
+  const std::string sceneFolder_;
+  std::map<std::string, std::vector<std::string>> pictures_;  ///< by their names
+  TextureFolders files_;
+};
+
+}  // namespace
+
+std::vector<std::string> PicturePaths(const Scene& scene) {
+  std::vector<std::string> paths;
+  for (const SceneMaterial& material : scene.materials) {
+    if (material.diffuseMap) paths.push_back(material.diffuseMap->file);
+  }
+  return paths;
+}
+
+void RequireTextureFolders(const ExportArguments& arguments) {
+  for (const std::string& folder : arguments.textures) RequireFolder(folder);
+}
+
+std::vector<TextureUse> FindTextures(std::vector<ModelTexture> textures,
+                                     std::span<const std::string> pictures,
+                                     const ExportArguments& arguments, Messages& messages) {
+  std::vector<TextureUse> uses;
+  if (arguments.textures.empty() && !arguments.copyTextures) {
+    for (ModelTexture& texture : textures) uses.push_back({std::move(texture), false, {}});
+    return uses;
+  }
+  Remarks remarks;
+  Search search(pictures, arguments);
+  for (ModelTexture& texture : textures) uses.push_back(search.Find(std::move(texture), remarks));
+  messages.TellAll(arguments.scene.path, std::move(remarks));
+  return uses;
+}
+
+}  // namespace mapexport

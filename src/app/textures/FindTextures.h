@@ -1,0 +1,37 @@
+// Looks for the textures of an export.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "app/Messages.h"
+#include "app/export/ExportArguments.h"
+#include "app/textures/TextureFolders.h"
+#include "modelreader/ModelTextures.h"
+#include "scene/Scene.h"
+
+namespace mapexport {
+
+/// A texture of the output. Without --textures and --copy-textures no file is looked for.
+struct TextureUse {
+  ModelTexture texture;
+  bool wanted = false;              ///< whether a file was looked for
+  std::optional<TextureFile> file;  ///< empty when there is none
+};
+
+/// The paths of the pictures that the scene's materials name.
+std::vector<std::string> PicturePaths(const Scene& scene);
+
+/// Throws RunError when a folder of --textures is none.
+void RequireTextureFolders(const ExportArguments& arguments);
+
+/// Looks for each texture in the folders of --textures in their order, or, without that option,
+/// where one of the scene's `pictures` has that name, and beside the scene. Warns of each that is
+/// not found, and of each that stands for several pictures of the scene.
+std::vector<TextureUse> FindTextures(std::vector<ModelTexture> textures,
+                                     std::span<const std::string> pictures,
+                                     const ExportArguments& arguments, Messages& messages);
+
+}  // namespace mapexport
