@@ -47,6 +47,7 @@ Remarks LeftOut::Items() const {
       {morphs, "left-out-morphs", "morph target", "morph targets"},
       {hidden, "left-out-hidden", "hidden node", "hidden nodes"},
       {scenes, "left-out-scenes", "further scene", "further scenes"},
+      {skins, "left-out-skins", "skin that can't be posed", "skins that can't be posed"},
       {bones, "left-out-bones", "bone", "bones"},
       {animations, "left-out-animations", "animation", "animations"},
       {cameras, "left-out-cameras", "camera", "cameras"},

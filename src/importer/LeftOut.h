@@ -31,6 +31,7 @@ struct LeftOut {
   std::size_t morphs = 0;          ///< shapes that meshes may take on
   std::size_t hidden = 0;          ///< nodes that the scene hides
   std::size_t scenes = 0;          ///< that aren't the file's default one
+  std::size_t skins = 0;           ///< whose bones can't be told: they stand as they were bound
   std::size_t bones = 0;
   std::size_t animations = 0;
   std::size_t cameras = 0;

@@ -53,6 +53,7 @@ inline constexpr const char* kRemarkCodes[] = {
     "left-out-polygons",
     "left-out-primitives",
     "left-out-scenes",
+    "left-out-skins",
     "left-out-texture-coordinates",
     "left-out-transforms",
     "left-out-triangles",

@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
-#include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include <assimp/scene.h>
 
@@ -15,6 +17,8 @@
 #include "importer/rebuild/AffineMatrix.h"
 #include "importer/rebuild/LibraryValues.h"
 #include "importer/rebuild/PointTable.h"
+#include "importer/rebuild/RebuildMesh.h"
+#include "system/IsFinite.h"
 
 namespace mapexport {
 namespace {
@@ -66,94 +70,59 @@ struct WeightedSum {
   double weight = 0;
 };
 
-/// The longest way between points of the same index, and the largest number of the first ones.
-struct Distance {
-  float way = 0;
-  float size = 0;
+/// What holds all finite points of a mesh.
+struct Box {
+  Point3 low{kInfinity, kInfinity, kInfinity};
+  Point3 high{-kInfinity, -kInfinity, -kInfinity};
+  static constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+  void Add(const Point3& p) {
+    low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+    high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+  }
+  Point3 Corner(unsigned i) const {
+    return {(i & 1U) == 0 ? low.x : high.x, (i & 2U) == 0 ? low.y : high.y,
+            (i & 4U) == 0 ? low.z : high.z};
+  }
 };
 
-Distance Between(std::span<const Point3> from, std::span<const Point3> to) {
-  Distance distance;
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    distance.way = std::max(distance.way, Length(to[i] - from[i]));
-    distance.size = std::max(distance.size, Length(from[i]));
+/// The length of the translation, and of the rows without it, all three as one.
+double TranslationSize(const AffineMatrix& m) {
+  return std::hypot(m.rows[0][3], m.rows[1][3], m.rows[2][3]);
+}
+double LinearSize(const AffineMatrix& m) {
+  double squares = 0;
+  for (const std::array<double, 4>& row : m.rows)
+    squares += row[0] * row[0] + row[1] * row[1] + row[2] * row[2];
+  return std::sqrt(squares);
+}
+
+/// Whether a point of `box` moves by more than the rounding of the library's floats: those of a
+/// chain of nodes whose translations are `offset` long in all, and of the box.
+bool Moves(const AffineMatrix& place, const Box& box, double offset) {
+  constexpr double kRounding = 32 * std::numeric_limits<float>::epsilon();
+  for (unsigned i = 0; i < 8; ++i) {
+    const Point3 corner = box.Corner(i);
+    const auto way = static_cast<double>(Length(MovedBy(place, corner) - corner));
+    if (way > kRounding * (static_cast<double>(Length(corner)) + offset)) return true;
   }
-  return distance;
+  return false;
 }
 
-/// Corners that had one place and one normal have one normal again.
-std::vector<Point3> NormalsOfMoved(const aiMesh& mesh, std::span<const Point3> before,
-                                   std::span<const Point3> after, std::span<const Point3> normals) {
-  PointTable places;
-  PointTable directions;
-  std::vector<std::uint64_t> keys(before.size());
-  for (std::size_t i = 0; i < keys.size(); ++i)
-    keys[i] = std::uint64_t{places.Add(before[i])} << 32 | directions.Add(normals[i]);
-  std::unordered_map<std::uint64_t, Point3> sums;
-  const unsigned faceCount = mesh.mFaces == nullptr ? 0 : mesh.mNumFaces;
-  for (const aiFace& face : std::span(mesh.mFaces, faceCount)) {
-    if (face.mIndices == nullptr || face.mNumIndices != 3) continue;
-    const auto corners = std::span(face.mIndices, 3);
-    if (std::ranges::any_of(corners, [&](unsigned v) { return v >= after.size(); })) continue;
-    const Point3 normal =
-        CrossProd(after[corners[1]] - after[corners[0]], after[corners[2]] - after[corners[0]]);
-    for (const unsigned v : corners) {
-      Point3& sum = sums[keys[v]];
-      sum = sum + normal;
-    }
-  }
-  std::vector<Point3> moved(keys.size());
-  for (std::size_t i = 0; i < keys.size(); ++i) moved[i] = sums[keys[i]];
-  return moved;
+bool HasWeight(const aiBone* bone) {
+  return bone != nullptr && bone->mWeights != nullptr &&
+         std::ranges::any_of(std::span(bone->mWeights, bone->mNumWeights),
+                             [](const aiVertexWeight& influence) { return influence.mWeight > 0; });
 }
 
-}  // namespace
+struct PlacedBone {
+  const aiBone* bone = nullptr;
+  AffineMatrix place;
+};
 
-FbxDeform::FbxDeform(const FbxModels& models, const std::vector<FoldedNode>& nodes)
-    : models_(models), nodes_(nodes) {
-  for (std::size_t i = 0; i < nodes.size(); ++i) nodeOf_.emplace(BytesOf(nodes[i].node->mName), i);
-}
-
-void FbxDeform::Apply(const aiMesh& mesh, std::size_t node, std::vector<Point3>& positions,
-                      std::vector<Point3>& normals) const {
-  const std::vector<Point3> before = positions;
-  Morph(mesh, node, positions);
-  Pose(mesh, node, positions);
-  if (positions != before && normals.size() == positions.size())
-    normals = NormalsOfMoved(mesh, before, positions, normals);
-}
-
-void FbxDeform::Morph(const aiMesh& mesh, std::size_t node, std::vector<Point3>& positions) const {
-  const FbxObject* model = models_.ModelOf(node);
-  if (mesh.mNumAnimMeshes == 0 || mesh.mAnimMeshes == nullptr || model == nullptr) return;
-  // The library's own weights are 1 for most shapes.
-  const std::unordered_map<std::string_view, double> weights = models_.ShapeWeightsOf(*model);
-  const std::vector<Point3> basis = positions;
-  for (const aiAnimMesh* shape : std::span(mesh.mAnimMeshes, mesh.mNumAnimMeshes)) {
-    if (shape == nullptr || shape->mVertices == nullptr) continue;
-    const auto weight = weights.find(BytesOf(shape->mName));
-    if (weight == weights.end() || weight->second == 0) continue;
-    const std::size_t count = std::min<std::size_t>(positions.size(), shape->mNumVertices);
-    for (std::size_t i = 0; i < count; ++i) {
-      const aiVector3D& moved = shape->mVertices[i];
-      positions[i] = positions[i] + (Point3{moved.x, moved.y, moved.z} - basis[i]) *
-                                        static_cast<float>(weight->second);
-    }
-  }
-}
-
-void FbxDeform::Pose(const aiMesh& mesh, std::size_t node, std::vector<Point3>& positions) const {
-  if (mesh.mNumBones == 0 || mesh.mBones == nullptr) return;
-  const std::optional<AffineMatrix> intoNode = InverseOf(nodes_[node].world);
-  if (!intoNode) return;
+void Blend(std::span<const PlacedBone> bones, std::vector<Point3>& positions) {
   std::vector<WeightedSum> blends(positions.size());
-  for (const aiBone* bone : std::span(mesh.mBones, mesh.mNumBones)) {
-    if (bone == nullptr || bone->mWeights == nullptr) continue;
-    const auto found = nodeOf_.find(BytesOf(bone->mName));
-    if (found == nodeOf_.end()) return;
-    const AffineMatrix place =
-        *intoNode * nodes_[found->second].world * AffineFrom(bone->mOffsetMatrix);
-    if (!IsUsable(place)) return;
+  for (const auto& [bone, place] : bones) {
     for (const aiVertexWeight& influence : std::span(bone->mWeights, bone->mNumWeights)) {
       const auto weight = static_cast<double>(influence.mWeight);
       if (influence.mVertexId >= blends.size() || !(weight > 0)) continue;
@@ -161,17 +130,111 @@ void FbxDeform::Pose(const aiMesh& mesh, std::size_t node, std::vector<Point3>& 
       blends[influence.mVertexId].weight += weight;
     }
   }
-  std::vector<Point3> posed = positions;
-  for (std::size_t i = 0; i < posed.size(); ++i) {
+  for (std::size_t i = 0; i < positions.size(); ++i) {
     if (blends[i].weight == 0) continue;
     AffineMatrix blend{.rows = {}};
     AddWeighted(blend, blends[i].sum, 1 / blends[i].weight);
-    posed[i] = MovedBy(blend, posed[i]);
+    positions[i] = MovedBy(blend, positions[i]);
   }
-  // Bones that are where the mesh was bound leave the rounding of their matrices behind.
-  constexpr float kRounding = 1e-4f;
-  const Distance distance = Between(positions, posed);
-  if (distance.way > kRounding * distance.size) positions = std::move(posed);
+}
+
+/// Corners of all parts that had one place and one normal have one normal again.
+void RenewNormals(std::span<LibraryPart> parts, std::span<const std::vector<Point3>> before) {
+  PointTable places;
+  PointTable directions;
+  std::unordered_map<std::uint64_t, Point3> sums;
+  std::vector<std::vector<std::uint64_t>> keys(parts.size());  // by part and vertex
+  for (std::size_t p = 0; p < parts.size(); ++p) {
+    const auto& [mesh, index, after, normals] = parts[p];
+    if (normals.size() != after.size()) continue;
+    for (std::size_t i = 0; i < after.size(); ++i)
+      keys[p].push_back(std::uint64_t{places.Add(before[p][i])} << 32 | directions.Add(normals[i]));
+    const unsigned faceCount = mesh->mFaces == nullptr ? 0 : mesh->mNumFaces;
+    for (const aiFace& face : std::span(mesh->mFaces, faceCount)) {
+      if (face.mIndices == nullptr || face.mNumIndices != 3) continue;
+      const auto corners = std::span(face.mIndices, 3);
+      if (std::ranges::any_of(corners, [&](unsigned v) { return v >= keys[p].size(); })) continue;
+      const Point3 normal =
+          CrossProd(after[corners[1]] - after[corners[0]], after[corners[2]] - after[corners[0]]);
+      for (const unsigned v : corners) {
+        Point3& sum = sums[keys[p][v]];
+        sum = sum + normal;
+      }
+    }
+  }
+  for (std::size_t p = 0; p < parts.size(); ++p) {
+    for (std::size_t i = 0; i < keys[p].size(); ++i) parts[p].normals[i] = sums[keys[p][i]];
+  }
+}
+
+}  // namespace
+
+bool FbxDeform::Apply(std::span<LibraryPart> parts, std::size_t node) const {
+  if (std::ranges::all_of(parts, [](const LibraryPart& part) {
+        return part.mesh->mNumBones == 0 && part.mesh->mNumAnimMeshes == 0;
+      }))
+    return true;
+  std::vector<std::vector<Point3>> before;
+  for (const LibraryPart& part : parts) before.push_back(part.positions);
+  Morph(parts, node);
+  const bool isPosed = Pose(parts, node);
+  if (!std::ranges::equal(parts, before, {}, &LibraryPart::positions)) RenewNormals(parts, before);
+  return isPosed;
+}
+
+void FbxDeform::Morph(std::span<LibraryPart> parts, std::size_t node) const {
+  const FbxObject* model = models_.ModelOf(node);
+  if (model == nullptr) return;
+  // The library's own weights are 1 for most shapes.
+  const std::unordered_map<std::string_view, double> weights = models_.ShapeWeightsOf(*model);
+  for (auto& [mesh, index, positions, normals] : parts) {
+    if (mesh->mAnimMeshes == nullptr) continue;
+    const std::vector<Point3> basis = positions;
+    for (const aiAnimMesh* shape : std::span(mesh->mAnimMeshes, mesh->mNumAnimMeshes)) {
+      if (shape == nullptr || shape->mVertices == nullptr) continue;
+      const auto weight = weights.find(BytesOf(shape->mName));
+      if (weight == weights.end() || weight->second == 0) continue;
+      const std::size_t count = std::min<std::size_t>(positions.size(), shape->mNumVertices);
+      for (std::size_t i = 0; i < count; ++i) {
+        const aiVector3D& moved = shape->mVertices[i];
+        positions[i] = positions[i] + (Point3{moved.x, moved.y, moved.z} - basis[i]) *
+                                          static_cast<float>(weight->second);
+      }
+    }
+  }
+}
+
+bool FbxDeform::Pose(std::span<LibraryPart> parts, std::size_t node) const {
+  Box box;
+  for (const LibraryPart& part : parts) {
+    for (const Point3& position : part.positions) {
+      if (IsFinite(position)) box.Add(position);
+    }
+  }
+  const FbxObject* model = models_.ModelOf(node);
+  std::unordered_map<std::string_view, std::optional<std::size_t>> nodeOf;
+  if (model != nullptr) nodeOf = models_.BonesOf(*model);
+  const AffineMatrix& world = nodes_[node].world;
+  const std::optional<AffineMatrix> intoNode = InverseOf(world);
+  bool isMoved = false;
+  std::vector<std::vector<PlacedBone>> bones(parts.size());
+  for (std::size_t p = 0; p < parts.size(); ++p) {
+    const aiMesh& mesh = *parts[p].mesh;
+    for (const aiBone* bone : std::span(mesh.mBones, mesh.mBones == nullptr ? 0 : mesh.mNumBones)) {
+      if (!HasWeight(bone)) continue;
+      const auto found = nodeOf.find(BytesOf(bone->mName));
+      if (!intoNode || found == nodeOf.end() || !found->second) return false;
+      const AffineMatrix& boneWorld = nodes_[*found->second].world;
+      const AffineMatrix place = *intoNode * boneWorld * AffineFrom(bone->mOffsetMatrix);
+      if (!IsUsable(place)) return false;
+      const double offset =
+          LinearSize(*intoNode) * (TranslationSize(world) + TranslationSize(boneWorld));
+      isMoved = isMoved || Moves(place, box, offset);
+      bones[p].push_back({bone, place});
+    }
+  }
+  for (std::size_t p = 0; isMoved && p < parts.size(); ++p) Blend(bones[p], parts[p].positions);
+  return true;
 }
 
 }  // namespace mapexport

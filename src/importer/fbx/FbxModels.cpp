@@ -1,7 +1,7 @@
 // The models of an FBX file behind the nodes of the library's scene.
 #include "importer/fbx/FbxModels.h"
 
-#include <optional>
+#include <unordered_set>
 #include <utility>
 
 #include "importer/ReadWithLibrary.h"
@@ -74,22 +74,60 @@ void FbxModels::MatchNodes(const std::vector<FoldedNode>& nodes) {
       for (std::size_t i = 0; i < same.nodes.size(); ++i) modelOf_[same.nodes[i]] = same.models[i];
     }
   }
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    if (modelOf_[i] == nullptr) continue;
+    const auto [entry, isNew] = nodeOf_.try_emplace(modelOf_[i]->id, i);
+    if (!isNew) entry->second.reset();
+  }
+}
+
+FbxModels::Ids FbxModels::SubDeformersOf(const FbxObject& model) const {
+  Ids found;
+  std::unordered_set<std::int64_t> seen;
+  for (const std::int64_t geometry : GeometriesOf(model.id)) {
+    if (!seen.insert(geometry).second) continue;
+    for (const std::int64_t deformer : Below(deformersOf_, geometry)) {
+      if (!seen.insert(deformer).second) continue;
+      for (const std::int64_t sub : Below(deformersOf_, deformer)) {
+        if (seen.insert(sub).second) found.push_back(sub);
+      }
+    }
+  }
+  return found;
 }
 
 std::unordered_map<std::string_view, double> FbxModels::ShapeWeightsOf(
     const FbxObject& model) const {
   std::unordered_map<std::string_view, double> weights;
-  for (const std::int64_t geometry : GeometriesOf(model.id)) {
-    for (const std::int64_t deformer : Below(deformersOf_, geometry)) {
-      for (const std::int64_t channel : Below(deformersOf_, deformer)) {
-        const Ids& shapes = GeometriesOf(channel);
-        if (shapes.size() != 1) continue;
-        weights.emplace(objectOf_.at(shapes[0])->name,
-                        NumberOf(*objectOf_.at(channel), "DeformPercent", 0) / 100);
-      }
-    }
+  for (const std::int64_t channel : SubDeformersOf(model)) {
+    const Ids& shapes = GeometriesOf(channel);
+    if (shapes.size() != 1) continue;
+    weights.emplace(objectOf_.at(shapes[0])->name,
+                    NumberOf(*objectOf_.at(channel), "DeformPercent", 0) / 100);
   }
   return weights;
+}
+
+std::unordered_map<std::string_view, std::optional<std::size_t>> FbxModels::BonesOf(
+    const FbxObject& model) const {
+  struct Bone {
+    std::int64_t id = 0;
+    bool isOne = true;
+  };
+  std::unordered_map<std::string_view, Bone> bones;
+  for (const std::int64_t cluster : SubDeformersOf(model)) {
+    for (const std::int64_t id : Below(modelsBelow_, cluster)) {
+      const auto [bone, isNew] = bones.try_emplace(objectOf_.at(id)->name, Bone{.id = id});
+      bone->second.isOne = bone->second.isOne && bone->second.id == id;
+    }
+  }
+  std::unordered_map<std::string_view, std::optional<std::size_t>> nodes;
+  for (const auto& [name, bone] : bones) {
+    const auto node = nodeOf_.find(bone.id);
+    const bool isKnown = bone.isOne && node != nodeOf_.end();
+    nodes.emplace(name, isKnown ? node->second : std::nullopt);
+  }
+  return nodes;
 }
 
 UserText FbxModels::TextOf(const FbxObject& model) const {

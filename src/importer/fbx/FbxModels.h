@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -39,8 +40,13 @@ class FbxModels {
   const Ids& GeometriesOf(std::int64_t model) const { return Below(geometriesOf_, model); }
 
   /// The values of the shape keys of a model's geometries, by the shapes' names: 1 is the whole
-  /// shape. Keys with several shapes are left out.
+  /// shape. Keys with several shapes are left out. Cost: the connections of the geometries.
   std::unordered_map<std::string_view, double> ShapeWeightsOf(const FbxObject& model) const;
+  /// The nodes of the bones that move a model's geometries, by the bones' names. Empty for a name
+  /// that several bones have (the library makes them one), and for a bone without a node of its
+  /// own. Cost: the connections of the geometries.
+  std::unordered_map<std::string_view, std::optional<std::size_t>> BonesOf(
+      const FbxObject& model) const;
   /// The custom properties of a model and its geometries.
   UserText TextOf(const FbxObject& model) const;
   /// Whether the file hides each node: by its own property "Visibility" or its parent's. In
@@ -50,6 +56,8 @@ class FbxModels {
  private:
   using IdsOf = std::unordered_map<std::int64_t, Ids>;
 
+  /// Channels of shapes and clusters of skins, each once.
+  Ids SubDeformersOf(const FbxObject& model) const;
   void FollowLinks();
   void MatchNodes(const std::vector<FoldedNode>& nodes);
   void AddProperties(const FbxObject& object, UserText& text) const;
@@ -63,7 +71,8 @@ class FbxModels {
   IdsOf materialsOf_;
   IdsOf geometriesOf_;
   IdsOf deformersOf_;
-  std::vector<const FbxObject*> modelOf_;  // by node
+  std::vector<const FbxObject*> modelOf_;                                // by node
+  std::unordered_map<std::int64_t, std::optional<std::size_t>> nodeOf_;  // empty: several nodes
 };
 
 }  // namespace mapexport

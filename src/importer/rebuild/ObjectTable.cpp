@@ -34,9 +34,8 @@ ObjectTable::Entry ObjectTable::Make(std::span<const unsigned> meshes, std::size
                                      const std::string& nodeName) {
   Deform deform;
   if (fbxDeform_ != nullptr) {
-    deform = [this, node](const aiMesh& mesh, std::vector<Point3>& positions,
-                          std::vector<Point3>& normals) {
-      fbxDeform_->Apply(mesh, node, positions, normals);
+    deform = [this, node](std::span<LibraryPart> parts) {
+      if (!fbxDeform_->Apply(parts, node)) ++leftOut_.skins;
     };
   }
   RebuiltMesh rebuilt =

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include <assimp/scene.h>
 
@@ -24,8 +25,9 @@ std::vector<Point3> PointsOf(const aiVector3D* vectors, std::size_t count) {
 }
 
 /// Adds the triangles of `mesh`; counts everything else. `isFlat` by the mesh's face, or empty.
-void AddTo(MeshBuilder& builder, const aiMesh& mesh, int material, const std::vector<bool>& isFlat,
-           const Deform& deform, LeftOut& leftOut) {
+void AddTo(MeshBuilder& builder, const LibraryPart& part, int material,
+           const std::vector<bool>& isFlat, LeftOut& leftOut) {
+  const aiMesh& mesh = *part.mesh;
   std::vector<CornerIndices> triangles;
   std::vector<std::uint8_t> flatTriangles;
   const unsigned faceCount = mesh.mFaces == nullptr ? 0 : mesh.mNumFaces;
@@ -44,18 +46,15 @@ void AddTo(MeshBuilder& builder, const aiMesh& mesh, int material, const std::ve
   if (mesh.mColors[0] != nullptr) leftOut.colours += mesh.mNumVertices;
   if (mesh.mTextureCoords[1] != nullptr) ++leftOut.channels;
 
-  std::vector<Point3> positions = PointsOf(mesh.mVertices, mesh.mNumVertices);
   if (triangles.empty()) {  // else those of the triangles are counted
-    for (const Point3& position : positions) leftOut.vertices += IsFinite(position) ? 0U : 1U;
+    for (const Point3& position : part.positions) leftOut.vertices += IsFinite(position) ? 0U : 1U;
   }
-  std::vector<Point3> normals = PointsOf(mesh.mNormals, positions.size());
-  if (deform) deform(mesh, positions, normals);
-  std::vector<Point3> coordinates = PointsOf(mesh.mTextureCoords[0], positions.size());
+  std::vector<Point3> coordinates = PointsOf(mesh.mTextureCoords[0], part.positions.size());
   if (mesh.mNumUVComponents[0] != 3) {
     for (Point3& uvw : coordinates) uvw.z = 0.0f;
   }
-  builder.Add({.positions = positions,
-               .normals = normals,
+  builder.Add({.positions = part.positions,
+               .normals = part.normals,
                .textureCoordinates = coordinates,
                .triangles = triangles,
                .isFlat = flatTriangles,
@@ -68,7 +67,7 @@ RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndi
                         const std::vector<int>& hostMaterials,
                         const std::vector<std::vector<bool>>& flatFaces, const Deform& deform,
                         LeftOut& leftOut) {
-  MeshBuilder builder(leftOut);
+  std::vector<LibraryPart> parts;
   unsigned morphs = 0;  // readers give each part of a node's mesh all of them
   for (const unsigned index : meshIndices) {
     const aiMesh* mesh =
@@ -78,11 +77,18 @@ RebuiltMesh RebuildMesh(const aiScene& scene, std::span<const unsigned> meshIndi
       continue;
     }
     morphs = std::max(morphs, mesh->mNumAnimMeshes);
-    const unsigned material = mesh->mMaterialIndex;
-    AddTo(builder, *mesh, material < hostMaterials.size() ? hostMaterials[material] : -1,
-          index < flatFaces.size() ? flatFaces[index] : std::vector<bool>(), deform, leftOut);
+    std::vector<Point3> positions = PointsOf(mesh->mVertices, mesh->mNumVertices);
+    std::vector<Point3> normals = PointsOf(mesh->mNormals, positions.size());
+    parts.push_back({mesh, index, std::move(positions), std::move(normals)});
   }
   leftOut.morphs += morphs;
+  if (deform) deform(parts);
+  MeshBuilder builder(leftOut);
+  for (const LibraryPart& part : parts) {
+    const unsigned material = part.mesh->mMaterialIndex;
+    AddTo(builder, part, material < hostMaterials.size() ? hostMaterials[material] : -1,
+          part.index < flatFaces.size() ? flatFaces[part.index] : std::vector<bool>(), leftOut);
+  }
   return builder.Finish();
 }
 

@@ -1,6 +1,7 @@
 // Makes one host mesh of the library's meshes of a node.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <span>
 #include <vector>
@@ -14,9 +15,16 @@ namespace mapexport {
 
 struct LeftOut;
 
-/// Moves the positions of one of the library's meshes, and turns its normals, if it has any.
-using Deform = std::function<void(const aiMesh&, std::vector<Point3>& positions,
-                                  std::vector<Point3>& normals)>;
+/// One of the library's meshes on its way into a host mesh.
+struct LibraryPart {
+  const aiMesh* mesh = nullptr;
+  std::size_t index = 0;  ///< among the library's meshes
+  std::vector<Point3> positions;
+  std::vector<Point3> normals;  ///< as many, or none
+};
+
+/// Moves the positions of a node's parts, and turns their normals.
+using Deform = std::function<void(std::span<LibraryPart>)>;
 
 /// Joins the meshes `meshIndices` of `scene`, in that order, as MeshBuilder does. Faces that
 /// `flatFaces` marks, by the library's mesh, are flat; a mesh may have no marks. `hostMaterials`
