@@ -107,5 +107,73 @@ TEST_F(ImporterTest, FbxOffsetsAndNames) {
   EXPECT_LT(Length(place - Point3{0, 30, 0.25f}), 2e-5f);
 }
 
+/// "Green", a strip of two quads 300 m from its origin, each with a material of its own. A bone
+/// moves its end by `height`; it is the node "Bone" below another node "Bone".
+std::string SkinnedFbx(const std::string& height) {
+  std::string text = Fbx();
+  const auto replaceList = [&text](const std::string& list, const std::string& now) {
+    const std::size_t from = text.find(list + ": *");
+    text.replace(from, text.find('}', from) - from, now);
+  };
+  replaceList("Vertices",
+              "Vertices: *18 {a: 30000,0,0,30000,1,0,30001,0,0,30001,1,0,30002,0,0,"
+              "30002,1,0\n");
+  replaceList("PolygonVertexIndex", "PolygonVertexIndex: *8 {a: 0,2,3,-2,2,4,5,-4\n");
+  replaceList("Edges", "Edges: *1 {a: 0\n");
+  replaceList("Normals", "Normals: *24 {a: 0,0,1,0,0,1,0,0,1,0,0,1,0,0,1,0,0,1,0,0,1,0,0,1\n");
+  Replace(text, "AllSame", "ByPolygon");
+  replaceList("Materials", "Materials: *2 {a: 0,1\n");
+  Replace(text, "Model::Red", "Model::Bone");
+  Replace(text, "Model::Blue", "Model::Bone");
+  text.insert(text.find("\tMaterial: 1004"),
+              "Deformer: 2000, \"Deformer::\", \"Skin\" {\nVersion: 101\n}\n");
+  for (const char* cluster : {"2001", "2002"}) {
+    text.insert(text.find("\tMaterial: 1004"),
+                std::string("Deformer: ") + cluster + ", \"SubDeformer::\", \"Cluster\" {\n" +
+                    "Indexes: *2 {\na: 4,5\n}\nWeights: *2 {\na: 1,1\n}\n"
+                    "Transform: *16 {\na: 1,0,0,0,0,1,0,0,0,0,1,0,0,40," +
+                    height +
+                    ",1\n}\n"
+                    "TransformLink: *16 {\na: 1,0,0,0,0,1,0,0,0,0,1,0,0,-20,0,1\n}\n}\n");
+  }
+  Replace(text, "1002, 0\n", "1002, 1001\n");
+  for (const char* node : {"1001", "1002"})
+    Replace(text, std::string("C: \"OO\", 1003, ") + node + "\n", "");
+  Replace(text, "1005, 1001\n", "1005, 1000\n");
+  Replace(text, "C: \"OO\", 1003, 1000\n",
+          "C: \"OO\", 1003, 1000\nC: \"OO\", 2000, 1003\nC: \"OO\", 2001, 2000\n"
+          "C: \"OO\", 1002, 2001\n");
+  return text;
+}
+
+TEST_F(ImporterTest, FbxSkinsFollowTheirOwnBones) {
+  const auto heightsOf = [](const ImportedScene& imported) {
+    std::vector<float> heights;
+    for (const Point3& p : Named(imported, "Green").mesh->verts) heights.push_back(p.z);
+    std::ranges::sort(heights);
+    return heights;
+  };
+  const ImportedScene posed = Import("posed.fbx", SkinnedFbx("2"));
+  const Mesh& mesh = *Named(posed, "Green").mesh;
+  EXPECT_THAT(heightsOf(posed), ElementsAre(0, 0, 0, 0, 2, 2));
+  for (const Point3& p : mesh.verts) EXPECT_TRUE(p.y == 0 || p.y == 1) << p.y;
+  // The edge between the materials was smooth.
+  ASSERT_EQ(mesh.faces.size(), 4U);
+  EXPECT_NE(mesh.faces[0].smGroup & mesh.faces[3].smGroup, 0U);
+  EXPECT_NE(mesh.faces[0].MatID(), mesh.faces[3].MatID());
+
+  EXPECT_THAT(heightsOf(Import("bound.fbx", SkinnedFbx("0.05"))), testing::Each(0));
+
+  // Both nodes "Bone" move it, or none that the file has.
+  for (const char* link : {"C: \"OO\", 2002, 2000\nC: \"OO\", 1001, 2002\n", ""}) {
+    std::string text = SkinnedFbx("2");
+    Replace(text, "C: \"OO\", 2000, 1003\n", std::string("C: \"OO\", 2000, 1003\n") + link);
+    if (*link == 0) Replace(text, "1002, 1001\n", "1002, 2002\n");
+    const ImportedScene doubtful = Import("doubtful.fbx", text);
+    EXPECT_THAT(heightsOf(doubtful), testing::Each(0));
+    EXPECT_THAT(RemarksOf(doubtful), Contains(HasSubstr("1 skin that can't be posed")));
+  }
+}
+
 }  // namespace
 }  // namespace mapexport

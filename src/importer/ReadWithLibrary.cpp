@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <filesystem>
 #include <optional>
+#include <span>
+#include <unordered_set>
 #include <utility>
 
 #include <assimp/IOSystem.hpp>
@@ -104,6 +106,18 @@ std::size_t WholeTriangles(const aiScene& scene) {
   return count;
 }
 
+/// The FBX reader lists a bone twice when two of a mesh's bones have one name, and frees it twice.
+void DropRepeatedBones(const aiScene& scene) {
+  if (scene.mMeshes == nullptr) return;
+  for (aiMesh* mesh : std::span(scene.mMeshes, scene.mNumMeshes)) {
+    if (mesh == nullptr || mesh->mBones == nullptr) continue;
+    std::unordered_set<const aiBone*> seen;
+    for (aiBone*& bone : std::span(mesh->mBones, mesh->mNumBones)) {
+      if (!seen.insert(bone).second) bone = nullptr;
+    }
+  }
+}
+
 std::string MetadataText(const aiScene& scene, const char* key) {
   aiString text;
   if (scene.mMetaData == nullptr || !scene.mMetaData->Get(key, text)) return {};
@@ -183,6 +197,7 @@ LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& optio
   Configure(*importer, options);
   const aiScene* scene = importer->ReadFile(path, 0);
   if (scene != nullptr) {
+    DropRepeatedBones(*scene);
     const std::size_t triangles = WholeTriangles(*scene);
     scene = importer->ApplyPostProcessing(aiProcess_Triangulate);
     if (scene != nullptr)
