@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/export/ExportOptions.h"
 #include "cli/CommandLine.h"
 #include "cli/SharedOptions.h"
 #include "console/DialogAction.h"
@@ -48,9 +49,6 @@ struct ExportArguments {
   bool quiet = false;
   bool verbose = false;
 };
-
-/// The options of the command.
-std::span<const OptionInfo> ExportOptions();
 
 /// Throws UsageError, or RunError when a relative --cxp can't be made absolute because the current
 /// directory is unknown.
