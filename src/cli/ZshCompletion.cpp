@@ -23,7 +23,7 @@ std::string ZshText(std::string_view text, std::string_view special) {
 
 std::string ZshValue(const OptionInfo& option) {
   if (option.argument == nullptr) return {};
-  const std::string begin = fmt::format(":{}:", option.argument);
+  std::string begin = fmt::format(":{}:", option.argument);
   if (ValueIsPath(option)) return begin + "_files";
   if (ValueWords(option).empty()) return begin;
   return fmt::format("{}({})", begin, fmt::join(ValueWords(option), " "));

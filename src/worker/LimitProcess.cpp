@@ -76,7 +76,7 @@ std::string OwnGroup(const std::string& proc) {
 void InGroups(const std::string& proc, const std::string& groups, const std::string& name,
               const std::function<void(std::istream&)>& use) {
   for (std::string group = OwnGroup(proc);; group.erase(group.rfind('/'))) {
-    std::ifstream in(groups + group + "/" + name);
+    std::ifstream in(std::string(groups).append(group).append("/").append(name));
     if (in) use(in);
     if (group.find('/') == std::string::npos) return;
   }

@@ -6,7 +6,7 @@ namespace mapexport {
 namespace {
 
 /// Up to this many attributes at a vertex every pair is compared.
-constexpr std::size_t kFewAttributes = 64;
+constexpr std::size_t kFewUses = 64;
 
 /// A face corner: its attribute in the upper half, its face in the lower one. So sorted corners are
 /// grouped by attribute, and each attribute's faces ascend.
@@ -74,7 +74,7 @@ void VertexUses::Collect(std::span<const Corner> sorted) {
 
 bool VertexUses::Match(std::span<const VertexAttribute> attributes) {
   matched.assign(uses.size(), false);
-  return uses.size() <= kFewAttributes ? MatchPairs(attributes) : MatchMany(attributes);
+  return uses.size() <= kFewUses ? MatchPairs(attributes) : MatchMany(attributes);
 }
 
 bool VertexUses::MatchPairs(std::span<const VertexAttribute> attributes) {

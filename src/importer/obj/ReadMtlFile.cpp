@@ -18,7 +18,7 @@ namespace {
 constexpr float kPlainDiffuse = 0.6f;
 
 /// Shading modes in the numbers of the import library, as from other formats.
-enum ShadingMode { kGouraud = 2, kPhong = 3, kUnlit = 9 };
+enum ShadingMode { kGouraud = 2, kPhong = 3, kUnlitModel = 9 };
 
 struct MapOption {
   std::string_view name;
@@ -86,7 +86,7 @@ class MtlReader {
       SetOpacity(ReadNumber(TakeWord(rest)), true);
     } else if (keyword == "illum") {
       const std::string_view word = TakeWord(rest);
-      material_->shading = word == "0" ? kUnlit : word == "2" ? kPhong : kGouraud;
+      material_->shading = word == "0" ? kUnlitModel : word == "2" ? kPhong : kGouraud;
     } else if (keyword == "map_kd") {
       ReadMap(rest);
     }

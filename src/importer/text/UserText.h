@@ -1,10 +1,10 @@
 // Custom properties of foreign nodes as the host's user property text.
 #pragma once
 
-#include <compare>
 #include <map>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "system/Remark.h"
@@ -59,7 +59,9 @@ class UserText {
     std::string value;
     std::string reason;
 
-    auto operator<=>(const IdleProperty&) const = default;
+    friend bool operator<(const IdleProperty& a, const IdleProperty& b) {
+      return std::tie(a.name, a.value, a.reason) < std::tie(b.name, b.value, b.reason);
+    }
   };
   const std::vector<IdleProperty>& Idle() const { return idle_; }
 
