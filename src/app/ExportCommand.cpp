@@ -16,6 +16,7 @@
 #include "app/Commands.h"
 #include "app/LoadScene.h"
 #include "app/Messages.h"
+#include "app/ModelPage.h"
 #include "app/Stages.h"
 #include "app/WindowLibrary.h"
 #include "app/WriteOutput.h"
@@ -88,6 +89,7 @@ struct ExportRun {
   RunReport report;
   TakenFiles inputs;  ///< files that are read, as far as known
   std::vector<std::string> shapingFiles;
+  std::optional<OutputTarget> page;  ///< of --view
   ReportOutput reportOutput;
   std::unique_ptr<Presenter> windows;  ///< null without --dialog
   std::optional<SettingsStore> settings;
@@ -135,6 +137,7 @@ template <typename TellMore>
 void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTarget>& depFile,
                 const TellMore& tellMore) {
   std::unique_ptr<OutputPlace> depFilePlace;
+  std::unique_ptr<OutputPlace> pagePlace;
   if (run.arguments.makesRule) {
     run.rule = DepFileText(run.report.output, run.report.dependencies);
   }
@@ -142,12 +145,14 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
     depFilePlace =
         std::make_unique<OutputPlace>(*depFile, [&run](std::ostream& out) { out << run.rule; });
   }
+  if (run.page) pagePlace = MakePage(*run.page, model, run.report);
   run.report.bytes = std::filesystem::file_size(model.File());
   if (run.arguments.makesReport || run.repeated != nullptr) HashFiles(run, model);
   const std::unique_ptr<OutputPlace> reportPlace = run.reportOutput.Prepare();
   std::vector<OutputPlace*> places{&model};
-  if (depFilePlace) places.push_back(depFilePlace.get());
-  if (reportPlace) places.push_back(reportPlace.get());
+  for (OutputPlace* const place : {depFilePlace.get(), pagePlace.get(), reportPlace.get()}) {
+    if (place != nullptr) places.push_back(place);
+  }
   // Print the report before placing: a report that can't be printed must not replace an older
   // output, and placing hardly ever fails.
   run.reportOutput.Print();
@@ -162,6 +167,7 @@ void RequireFree(ExportRun& run, const OutputTarget& model,
   run.reportOutput.RequireFree(run.inputs);  // first: it must not report its own refusal there
   run.inputs.RequireFree(model);
   if (depFile) run.inputs.RequireFree(*depFile);
+  if (run.page) run.inputs.RequireFree(*run.page);
 }
 
 /// The file of the exporter's log; nothing for no log.
@@ -175,6 +181,7 @@ TakenFiles TakenBesideLog(const ExportRun& run, const OutputTarget& model) {
   TakenFiles taken = run.inputs;
   taken.Add(model.path, "output");
   if (run.arguments.depFile) taken.Add(*run.arguments.depFile, "file of --depfile");
+  if (run.page) taken.Add(run.page->path, "page");
   if (const auto& report = run.reportOutput.Target()) taken.Add(report->path, "report");
   return taken;
 }
@@ -206,6 +213,7 @@ void Export(ExportRun& run) {
   if (arguments.verbose) NoteVersions(run.messages);
   const OutputTarget target = FindModelTarget(arguments, run.inputs);
   const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments, run.inputs);
+  run.page = FindPageTarget(arguments, run.inputs);
   if (!run.settings) run.settings = OpenSettings(arguments, run.messages);
   SettingsStore& settings = *run.settings;
   AddRememberedInputs(arguments, settings, run.inputs);

@@ -4,22 +4,19 @@
 #include <ostream>
 #include <string>
 
-#include <fmt/format.h>
-
 #include "app/Commands.h"
 #include "app/LoadModel.h"
 #include "app/Messages.h"
+#include "app/ModelPage.h"
 #include "app/WriteOutput.h"
 #include "cli/CommandLine.h"
 #include "cli/OptionReading.h"
 #include "cli/SharedOptions.h"
 #include "output/OutputTarget.h"
 #include "output/TakenFiles.h"
-#include "system/FileIdentity.h"
 #include "system/PrintableText.h"
 #include "system/RunError.h"
 #include "system/StandardOutput.h"
-#include "view/WritePage.h"
 
 namespace mapexport {
 namespace {
@@ -60,26 +57,16 @@ ExitStatus Run(const CommandLine& line) {
                                 .output = PathValue(line, "output"),
                                 .layout = LayoutValue(line),
                                 .coordinateSystem = RowValue(line, kCoordinates).value_or(0)};
-  if (!CanWritePage()) {
-    throw RunError(
-        "view: this mapexport was built without the page; install Node.js and npm and build it "
-        "again");
-  }
+  RequirePageBuilt("view");
   Messages messages(false);
-  const std::string output = arguments.output.value_or(arguments.file + ".html");
+  const std::string output = arguments.output.value_or(PagePath(arguments.file));
   const OutputTarget target = FindOutput(output);
   TakenFiles inputs;
   inputs.Add(arguments.file, "model file");
   inputs.RequireFree(target);
   const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
   if (!loaded) return ExitStatus::kFailed;
-  if (ModelBlockBytes(loaded->model) > kMaxModelBlockBytes) {
-    throw RunError(fmt::format("{}: too large for a page: its lists take more than {} MiB",
-                               arguments.file, kMaxModelBlockBytes >> 20));
-  }
-
-  const ViewInfo info{NamePart(arguments.file), arguments.coordinateSystem};
-  const auto write = [&](std::ostream& out) { WritePage(loaded->model, info, out); };
+  const auto write = PageWriter(loaded->model, arguments.file, arguments.coordinateSystem);
   if (!WriteOutput(target, write, messages)) return ExitStatus::kFailed;
   if (target.isStandardOutput) return loaded->status;
   try {

@@ -11,7 +11,7 @@ namespace mapexport {
 /// thread.
 class InterruptCleanup {
  public:
-  static constexpr int kMostAtOnce = 3;
+  static constexpr int kMostAtOnce = 4;
 
   InterruptCleanup(std::string folder, std::string file);
   ~InterruptCleanup();

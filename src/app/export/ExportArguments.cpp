@@ -191,6 +191,8 @@ ExportArguments ReadExportArguments(const CommandLine& line) {
                        line.command);
     }
   }
+  arguments.watch = line.Has("watch");
+  arguments.view = line.Has("view");
   arguments.quiet = line.Has("quiet");
   arguments.verbose = line.Has("verbose");
   if (arguments.quiet && arguments.verbose) {

@@ -44,6 +44,8 @@ struct ExportArguments {
   bool makesRule = false;  ///< the rule of --depfile is wanted, even if another run writes it
   std::optional<std::string> report;
   bool makesReport = false;  ///< the same of --report
+  bool watch = false;        ///< export again whenever an input changes
+  bool view = false;         ///< write the page of the output
   std::optional<std::string> log;
   bool noLog = false;
   bool quiet = false;

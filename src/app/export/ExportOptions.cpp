@@ -174,6 +174,14 @@ constexpr std::array kOptions{
                .kind = kFlag,
                .help = "export nothing: print each option that shapes the output, its value and "
                        "where that comes from; OUTPUT may be left out"},
+    OptionInfo{.name = "watch",
+               .kind = kFlag,
+               .help = "export again whenever a file that the output depends on changes, until "
+                       "Ctrl-C"},
+    OptionInfo{.name = "view",
+               .kind = kFlag,
+               .help = "write also OUTPUT.html, the page of `view`; with --watch, serve it on this "
+                       "machine: the browser shows each export as it is done"},
     OptionInfo{
         .name = "log",
         .kind = kText,

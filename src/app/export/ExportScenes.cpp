@@ -15,6 +15,7 @@
 #include <signal.h>
 
 #include "app/Messages.h"
+#include "app/ModelPage.h"
 #include "app/WriteOutput.h"
 #include "app/export/ExportSettings.h"
 #include "app/export/ExportTargets.h"
@@ -156,7 +157,9 @@ void ScenesRun::RequireFree() {
   AddRememberedInputs(arguments_, settings_, inputs_);
   TakenFiles taken = inputs_;
   for (const Job& job : jobs_) {
-    for (const std::string& file : {job.output, job.log}) {
+    std::vector<std::string> files{job.output, job.log};
+    if (arguments_.view) files.push_back(PagePath(job.output));
+    for (const std::string& file : files) {
       taken.RequireFree({file, file, std::nullopt});
       taken.Add(file, "output for " + job.scene);
     }
@@ -193,7 +196,9 @@ SceneResult ScenesRun::ResultOf(const Job& job, const ChildOutcome& outcome) {
   } catch (const BadMessage&) {
     // As when it ended too early.
   }
-  for (const std::string& file : {job.output, job.log}) OutputPlace::RemoveLeftOvers(file);
+  for (const std::string& file : {job.output, job.log, PagePath(job.output)}) {
+    OutputPlace::RemoveLeftOvers(file);
+  }
   result.error = fmt::format("{}: not exported: {}", job.scene, WhyEnded(outcome));
   if (arguments_.report) {
     RunReport report;

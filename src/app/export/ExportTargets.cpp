@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "app/LoadScene.h"
+#include "app/ModelPage.h"
 #include "app/export/ExportSettings.h"
 #include "system/RunError.h"
 
@@ -106,10 +107,20 @@ std::optional<OutputTarget> FindDepFileTarget(const ExportArguments& arguments, 
   return FindFree(*arguments.depFile, inputs);
 }
 
-std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments, TakenFiles inputs) {
-  if (!arguments.report) return std::nullopt;
+std::optional<OutputTarget> FindPageTarget(const ExportArguments& arguments, TakenFiles inputs) {
+  if (!arguments.view) return std::nullopt;
+  RequirePageBuilt("--view");
   inputs.Add(ModelPath(arguments.output), kOutput);
   if (arguments.depFile) inputs.Add(*arguments.depFile, kDepFile);
+  return FindFree(PagePath(ModelPath(arguments.output)), inputs);
+}
+
+std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments, TakenFiles inputs) {
+  if (!arguments.report) return std::nullopt;
+  const std::string output = ModelPath(arguments.output);
+  inputs.Add(output, kOutput);
+  if (arguments.depFile) inputs.Add(*arguments.depFile, kDepFile);
+  if (arguments.view) inputs.Add(PagePath(output), "page");
   return FindFree(*arguments.report, inputs);
 }
 

@@ -43,6 +43,7 @@ OutputTarget FindModelTarget(const ExportArguments& arguments, const TakenFiles&
 
 /// Nothing when the command line names no such file.
 std::optional<OutputTarget> FindDepFileTarget(const ExportArguments& arguments, TakenFiles inputs);
+std::optional<OutputTarget> FindPageTarget(const ExportArguments& arguments, TakenFiles inputs);
 std::optional<OutputTarget> FindReportTarget(const ExportArguments& arguments, TakenFiles inputs);
 
 }  // namespace mapexport

@@ -1,0 +1,32 @@
+// The HTML page that shows a model file in 3D.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "app/export/RunReport.h"
+#include "modelreader/ModelFile.h"
+#include "output/OutputPlace.h"
+#include "output/OutputTarget.h"
+
+namespace mapexport {
+
+/// Throws RunError, which begins with `who`, when this program was built without the page.
+void RequirePageBuilt(const std::string& who);
+
+/// Where the page of the model file at `model` goes unless a path is given: beside it.
+std::string PagePath(const std::string& model);
+
+/// What writes the page of `model`, which is or will be the file at `path` and was exported with
+/// that coordinate system, 0 to 3. Throws RunError when the model is too large for a page.
+std::function<void(std::ostream&)> PageWriter(const ModelFile& model, const std::string& path,
+                                              int coordinateSystem);
+
+/// The page of the model that is to be placed by `model` and that `report` is about. Throws
+/// RunError.
+std::unique_ptr<OutputPlace> MakePage(const OutputTarget& target, const OutputPlace& model,
+                                      const RunReport& report);
+
+}  // namespace mapexport
