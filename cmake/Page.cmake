@@ -77,6 +77,9 @@ function(mapexport_page room)
 #include \"view/ViewerPage.h\"
 
 const std::string_view mapexport::kViewerPage{};
+const std::string_view mapexport::kViewerPolicy{};
+const std::string_view mapexport::kServedPolicy{};
+const std::string_view mapexport::kReloadScript{};
 ")
     target_sources(${room} PRIVATE ${generated}/NoPage.cpp)
   endif()

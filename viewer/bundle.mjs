@@ -31,9 +31,14 @@ const allow = (text) => `'sha256-${createHash('sha256').update(text).digest('bas
 const script = bundle('main.js');
 const style = bundle('page.css');
 // The default does not reach to base-uri and form-action.
-const policy =
+const policyOf = (...scripts) =>
   `default-src 'none'; base-uri 'none'; form-action 'none'; img-src data:; ` +
-  `script-src ${allow(script)}; style-src ${allow(style)}`;
+  `script-src ${scripts.map(allow).join(' ')}; style-src ${allow(style)}`;
+const policy = policyOf(script);
+
+// The copy that `export --watch --view` serves may also ask its server for the next one.
+const reload = bundle('reload.js');
+const servedPolicy = `${policyOf(script, reload)}; connect-src 'self'`;
 
 const pieces = { '@POLICY@': policy, '@STYLE@': style, '@SCRIPT@': script };
 const page = readFileSync(join(source, 'page.html'), 'utf8').replace(
@@ -41,7 +46,7 @@ const page = readFileSync(join(source, 'page.html'), 'utf8').replace(
   (mark) => pieces[mark],
 );
 if (page.split('@MODEL@').length !== 2) throw new Error('@MODEL@ must be in the page once');
-if (/<script\b/.test(script) || /<\/(script|style)/i.test(script + style)) {
+if (/<script\b/.test(script + reload) || /<\/(script|style)/i.test(script + reload + style)) {
   throw new Error('the bundle would end its own element');
 }
 
@@ -59,17 +64,22 @@ function literal(piece) {
   return `"${escaped.join('')}"`;
 }
 
-const bytes = Buffer.from(page, 'utf8');
-const lines = [];
-for (let at = 0; at < bytes.length; at += 4096) lines.push(literal(bytes.subarray(at, at + 4096)));
+function constant(name, text) {
+  const bytes = Buffer.from(text, 'utf8');
+  const lines = [];
+  for (let at = 0; at < bytes.length; at += 4096)
+    lines.push(literal(bytes.subarray(at, at + 4096)));
+  return `const std::string_view mapexport::${name}(\n${lines.join('\n')},\n${bytes.length});\n`;
+}
+
 writeFileSync(join(out, 'page.html'), page);
 writeFileSync(
   join(out, 'ViewerPage.cpp'),
   `// The page of viewer/, bundled.
 #include "view/ViewerPage.h"
 
-const std::string_view mapexport::kViewerPage(
-${lines.join('\n')},
-${bytes.length});
-`,
+${constant('kViewerPage', page)}
+${constant('kViewerPolicy', policy)}
+${constant('kServedPolicy', servedPolicy)}
+${constant('kReloadScript', reload)}`,
 );

@@ -38,6 +38,7 @@
 #include "app/export/ScenesOptions.h"
 #include "app/export/ShowOptions.h"
 #include "app/export/VerboseNotes.h"
+#include "app/export/WatchExport.h"
 #include "app/textures/CopyTextures.h"
 #include "app/textures/FindTextures.h"
 #include "cli/CommandLine.h"
@@ -53,15 +54,6 @@
 
 namespace mapexport {
 namespace {
-
-constexpr std::array kPositionals{
-    PositionalInfo{"SCENE",
-                   "a .scene.json or .scene.bin, or FBX, glTF, OBJ, 3DS, ASE, DAE and more"},
-    PositionalInfo{"OUTPUT",
-                   "the model file; \".qob\" gets the first layout, every other extension the "
-                   "second; without one, \".map\" is appended",
-                   true},
-};
 
 /// The export of one scene.
 struct ExportRun {
@@ -311,7 +303,7 @@ void ReportFailure(ExportRun& run, const std::string& reason) {
   }
 }
 
-/// Exports one of several scenes; `shared` are the arguments without its mapexport.toml. Throws
+/// Exports for several scenes or --watch; `shared` are the arguments without mapexport.toml. Throws
 /// nothing but std::bad_alloc.
 SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shared,
                             SettingsStore settings, bool savesSettings,
@@ -319,7 +311,7 @@ SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shar
   ExportArguments arguments = shared;
   std::string wrongOptions;
   try {
-    arguments = OwnArguments(line, shared.scene.path);
+    arguments = OwnArguments(line, shared);
   } catch (const std::exception& error) {
     wrongOptions = ReasonOf(error);
   }
@@ -341,7 +333,9 @@ SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shar
   result.savedSettings = savesSettings && !run.savesSettings;
   for (const Remark& remark : run.messages.Told()) {
     if (remark.code == "exported") result.exported = remark.text;
+    result.lacksFiles = result.lacksFiles || remark.code.starts_with("missing-");
   }
+  result.dependencies = run.report.dependencies;
   if (arguments.makesReport) {
     std::ostringstream report;
     WriteReport(run.report, run.messages.Told(), run.stages.Times(), report);
@@ -356,17 +350,16 @@ SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shar
 ExitStatus Run(const CommandLine& line) {
   const std::optional<RecordedRun> recorded = FindRecordedRun(line);
   CommandLine whole = recorded ? RepeatingLine(line, *recorded) : line;
+  const ExportOne exportOne = [&line](const ExportArguments& shared, SettingsStore settings,
+                                      bool savesSettings, const std::function<void()>& computed) {
+    return ExportForCaller(line, shared, std::move(settings), savesSettings, computed);
+  };
   const bool showsOptions = line.Has("show-options");
   if (line.Has("output-folder")) {
     if (showsOptions) {
       throw UsageError("--show-options takes one SCENE and no --output-folder", line.command);
     }
-    return ExportScenes(ReadExportArguments(line),
-                        [&line](const ExportArguments& shared, SettingsStore settings,
-                                bool savesSettings, const std::function<void()>& computed) {
-                          return ExportForCaller(line, shared, std::move(settings), savesSettings,
-                                                 computed);
-                        });
+    return ExportScenes(ReadExportArguments(line), exportOne);
   }
   OptionOrigins origins;
   if (recorded) {
@@ -380,6 +373,7 @@ ExitStatus Run(const CommandLine& line) {
     Messages messages(arguments.quiet, arguments.scene.path);
     return ShowOptions(arguments, origins, messages);
   }
+  if (arguments.watch) return WatchExport(line, arguments, exportOne);
   ExportRun run(arguments, recorded ? &*recorded : nullptr);
   try {
     Export(run);
@@ -395,7 +389,7 @@ ExitStatus Run(const CommandLine& line) {
 CommandInfo ExportCommand() {
   return {.name = "export",
           .summary = "exports a scene to a model file",
-          .positionals = kPositionals,
+          .positionals = ExportPositionals(),
           .otherForm = "SCENE... --output-folder DIR",
           .options = ExportOptions(),
           .run = Run};

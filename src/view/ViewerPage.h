@@ -12,4 +12,10 @@ inline constexpr std::string_view kModelMark = "@MODEL@";
 /// which bundles it. The build generates the file that defines it.
 extern const std::string_view kViewerPage;
 
+/// The content security policy in it, and that of the copy that is served, which has
+/// kReloadScript too.
+extern const std::string_view kViewerPolicy;
+extern const std::string_view kServedPolicy;
+extern const std::string_view kReloadScript;
+
 }  // namespace mapexport

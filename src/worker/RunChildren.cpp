@@ -1,7 +1,7 @@
 #include "worker/RunChildren.h"
 
 #include <algorithm>
-#include <ctime>
+#include <chrono>
 #include <list>
 #include <optional>
 #include <utility>
@@ -11,41 +11,10 @@
 #include <unistd.h>
 
 #include "system/Descriptor.h"
-#include "system/HoldInterrupts.h"
+#include "worker/SignalQueue.h"
 
 namespace mapexport {
 namespace {
-
-/// Blocks the signals that end this process, and SIGCHLD, to receive them one by one.
-class SignalQueue {
- public:
-  SignalQueue() {
-    sigemptyset(&awaited_);
-    sigaddset(&awaited_, SIGCHLD);
-    sigprocmask(SIG_BLOCK, &awaited_, &before_);
-    for (const int signal : HoldInterrupts::kSignals) {
-      struct sigaction action {};
-      sigaction(signal, nullptr, &action);
-      // Blocked ones are reported even if they are ignored, as with nohup.
-      if (action.sa_handler != SIG_IGN) sigaddset(&awaited_, signal);
-    }
-  }
-  ~SignalQueue() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-  SignalQueue(const SignalQueue&) = delete;
-  SignalQueue& operator=(const SignalQueue&) = delete;
-
-  /// Waits for the next signal, at most a second; 0 for none.
-  int Next() const {
-    constexpr timespec kSecond{1, 0};
-    const int signal = sigtimedwait(&awaited_, nullptr, &kSecond);
-    return signal < 0 ? 0 : signal;
-  }
-
- private:
-  sigset_t awaited_;
-  sigset_t before_;
-  HoldInterrupts hold_;
-};
 
 // Enough for disks that are far away.
 constexpr std::size_t kMostWaiting = 16;
@@ -153,7 +122,7 @@ int RunChildren(const ChildrenTask& tasks) {
     children.Start();
     if (children.Idle()) return 0;
     if (tasks.meanwhile) tasks.meanwhile();
-    const int signal = signals.Next();
+    const int signal = signals.Next(std::chrono::seconds(1));
     const bool interrupted = signal != 0 && signal != SIGCHLD;
     if (interrupted) children.Pass(signal);
     children.Collect(interrupted);

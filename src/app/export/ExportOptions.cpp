@@ -17,6 +17,15 @@ constexpr OptionInfo kOutputLayoutOption{.name = kLayoutOption.name,
                                          .help = "with --output-folder: qob, or kob (the default)",
                                          .words = kLayouts};
 
+constexpr std::array kPositionals{
+    PositionalInfo{"SCENE",
+                   "a .scene.json or .scene.bin, or FBX, glTF, OBJ, 3DS, ASE, DAE and more"},
+    PositionalInfo{"OUTPUT",
+                   "the model file; \".qob\" gets the first layout, every other extension the "
+                   "second; without one, \".map\" is appended",
+                   true},
+};
+
 constexpr std::array kOptions{
     OptionInfo{.name = "weld",
                .kind = kSwitch,
@@ -195,6 +204,10 @@ constexpr std::array kOptions{
     kMessagesOption,
 };
 }  // namespace
+
+std::span<const PositionalInfo> ExportPositionals() {
+  return kPositionals;
+}
 
 std::span<const OptionInfo> ExportOptions() {
   return kOptions;

@@ -1,4 +1,4 @@
-// The option table of `export`.
+// The arguments and the option table of `export`.
 #pragma once
 
 #include <array>
@@ -27,6 +27,8 @@ inline constexpr OptionInfo kMessagesOption{
     .argument = "FORM",
     .help = "text, or json: each line of standard error is one object",
     .words = kMessageForms};
+
+std::span<const PositionalInfo> ExportPositionals();
 
 /// All options of the command; those that operate controls come in the order of the dialog's
 /// control table.

@@ -26,7 +26,6 @@
 #include "system/RunError.h"
 #include "system/StandardError.h"
 #include "system/StandardOutput.h"
-#include "worker/HandOver.h"
 #include "worker/LimitProcess.h"
 #include "worker/RunChildren.h"
 
@@ -40,53 +39,6 @@ using std::chrono::steady_clock;
 // Memory that an export takes at most, usually. Compressed scenes and side files can take more.
 constexpr std::uint64_t kBaseMemory = std::uint64_t{64} << 20;
 constexpr std::uint64_t kMemoryOfByte = 16;
-
-// The most of what a process wrote to standard error that is shown: messages are fewer.
-constexpr std::uint64_t kMostShown = std::uint64_t{1} << 20;
-
-std::string ToBytes(const SceneResult& result) {
-  std::string bytes;
-  PutNumber(bytes, static_cast<std::uint64_t>(result.status));
-  for (const std::string* text : {&result.error, &result.rule, &result.exported, &result.report}) {
-    PutText(bytes, *text);
-  }
-  PutNumber(bytes, result.savedSettings ? 1 : 0);
-  PutNumber(bytes, result.sideFiles.size());
-  for (const std::string& file : result.sideFiles) PutText(bytes, file);
-  return bytes;
-}
-
-SceneResult ResultOf(const std::string& bytes) {
-  MessageParts parts(bytes);
-  SceneResult result;
-  result.status = static_cast<ExitStatus>(parts.Number());
-  for (std::string* text : {&result.error, &result.rule, &result.exported, &result.report}) {
-    *text = parts.Text();
-  }
-  result.savedSettings = parts.Number() != 0;
-  for (std::uint64_t files = parts.Number(); files > 0; --files) {
-    result.sideFiles.push_back(parts.Text());
-  }
-  return result;
-}
-
-/// Why a process ended without a result.
-std::string WhyEnded(const ChildOutcome& outcome) {
-  switch (outcome.end) {
-    case ChildEnd::kMemoryRanOut:
-      return "memory ran out";
-    case ChildEnd::kSignal:
-      return fmt::format("its process was ended by a signal ({}){}", SignalText(outcome.number),
-                         outcome.number == SIGKILL ? ", perhaps because memory ran out" : "");
-    case ChildEnd::kOtherStatus:
-    case ChildEnd::kDone:
-      return fmt::format("its process ended unexpectedly (exit status {})", outcome.number);
-    case ChildEnd::kRefused:
-    case ChildEnd::kCannotHandOver:
-      break;
-  }
-  return outcome.message.empty() ? "its process can't hand over its result" : outcome.message;
-}
 
 std::uint64_t MemoryFor(const std::string& scene) {
   std::error_code unknown;
@@ -179,28 +131,15 @@ void ScenesRun::RequireFree() {
 }
 
 ChildTask ScenesRun::TaskOf(const Job& job, std::function<void()> computed) {
-  ChildTask task;
-  task.run = [this, &job, computed = std::move(computed)](FdOutput&) {
-    return ToBytes(
-        exportOne_(ArgumentsOf(arguments_, job), std::move(settings_), !savedSettings_, computed));
-  };
-  task.hasTerminal = true;  // its messages are collected
-  task.signalOfOrphans = SIGTERM;
-  return task;
+  return ExportTask([this, &job, computed = std::move(computed)] {
+    return exportOne_(ArgumentsOf(arguments_, job), std::move(settings_), !savedSettings_,
+                      computed);
+  });
 }
 
 SceneResult ScenesRun::ResultOf(const Job& job, const ChildOutcome& outcome) {
-  SceneResult result;
-  try {
-    if (outcome.end == ChildEnd::kDone) return mapexport::ResultOf(outcome.message);
-  } catch (const BadMessage&) {
-    // As when it ended too early.
-  }
-  for (const std::string& file : {job.output, job.log, PagePath(job.output)}) {
-    OutputPlace::RemoveLeftOvers(file);
-  }
-  result.error = fmt::format("{}: not exported: {}", job.scene, WhyEnded(outcome));
-  if (arguments_.report) {
+  SceneResult result = TakeResult(ArgumentsOf(arguments_, job), outcome);
+  if (arguments_.report && result.report.empty()) {
     RunReport report;
     report.error = result.error;
     report.scene = job.scene;
@@ -215,9 +154,6 @@ SceneResult ScenesRun::ResultOf(const Job& job, const ChildOutcome& outcome) {
 void ScenesRun::Take(std::size_t index, const ChildOutcome& outcome) {
   const Job& job = jobs_[index];
   SceneResult result = ResultOf(job, outcome);
-  std::string shown = BytesOf(outcome.output, 0, kMostShown);
-  if (!shown.empty() && !shown.ends_with('\n')) shown += '\n';
-  WriteLines(shown);
   Messages messages(arguments_.quiet, job.scene);
   if (result.status == ExitStatus::kFailed) {
     messages.Attribute({job.scene, job.output});

@@ -20,13 +20,15 @@ std::optional<std::string> AddFileOptions(CommandLine& line, OptionOrigins& orig
   return file.path;
 }
 
-ExportArguments OwnArguments(CommandLine line, const std::string& scene) {
-  line.positionals = {scene};
+ExportArguments OwnArguments(CommandLine line, const ExportArguments& shared) {
+  if (shared.outputFolder) line.positionals = {shared.scene.path};
   OptionOrigins origins;
   const std::optional<std::string> optionsFile = AddFileOptions(line, origins);
   ExportArguments arguments = ReadExportArguments(line);
   arguments.optionsFile = optionsFile;
-  return ArgumentsOf(arguments, arguments.jobs.front());
+  if (shared.outputFolder) arguments = ArgumentsOf(arguments, arguments.jobs.front());
+  arguments.quiet = shared.quiet;
+  return arguments;
 }
 
 }  // namespace mapexport

@@ -15,8 +15,8 @@ namespace mapexport {
 /// ReadOptionsFile.
 std::optional<std::string> AddFileOptions(CommandLine& line, OptionOrigins& origins);
 
-/// The arguments of one of several scenes, with the options of its own mapexport.toml. Throws as
-/// ReadOptionsFile and ReadExportArguments.
-ExportArguments OwnArguments(CommandLine line, const std::string& scene);
+/// The arguments of a scene, perhaps one of several, with the options that its mapexport.toml has
+/// now; `shared` are those without it. Throws as ReadOptionsFile and ReadExportArguments.
+ExportArguments OwnArguments(CommandLine line, const ExportArguments& shared);
 
 }  // namespace mapexport

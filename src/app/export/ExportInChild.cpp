@@ -1,0 +1,99 @@
+#include "app/export/ExportInChild.h"
+
+#include <cstdint>
+#include <utility>
+
+#include <fmt/format.h>
+#include <signal.h>
+
+#include "app/ModelPage.h"
+#include "app/export/ExportTargets.h"
+#include "app/export/ExporterLog.h"
+#include "output/OutputPlace.h"
+#include "system/StandardError.h"
+#include "worker/HandOver.h"
+
+namespace mapexport {
+namespace {
+
+// The most of what a process wrote to standard error that is shown: messages are fewer.
+constexpr std::uint64_t kMostShown = std::uint64_t{1} << 20;
+
+std::string ToBytes(const SceneResult& result) {
+  std::string bytes;
+  PutNumber(bytes, static_cast<std::uint64_t>(result.status));
+  for (const std::string* text : {&result.error, &result.rule, &result.exported, &result.report}) {
+    PutText(bytes, *text);
+  }
+  PutNumber(bytes, result.lacksFiles ? 1 : 0);
+  PutNumber(bytes, result.savedSettings ? 1 : 0);
+  for (const auto* files : {&result.sideFiles, &result.dependencies}) {
+    PutNumber(bytes, files->size());
+    for (const std::string& file : *files) PutText(bytes, file);
+  }
+  return bytes;
+}
+
+SceneResult ResultOf(const std::string& bytes) {
+  MessageParts parts(bytes);
+  SceneResult result;
+  result.status = static_cast<ExitStatus>(parts.Number());
+  for (std::string* text : {&result.error, &result.rule, &result.exported, &result.report}) {
+    *text = parts.Text();
+  }
+  result.lacksFiles = parts.Number() != 0;
+  result.savedSettings = parts.Number() != 0;
+  for (auto* files : {&result.sideFiles, &result.dependencies}) {
+    for (std::uint64_t count = parts.Number(); count > 0; --count) files->push_back(parts.Text());
+  }
+  return result;
+}
+
+/// Why a process ended without a result.
+std::string WhyEnded(const ChildOutcome& outcome) {
+  switch (outcome.end) {
+    case ChildEnd::kMemoryRanOut:
+      return "memory ran out";
+    case ChildEnd::kSignal:
+      return fmt::format("its process was ended by a signal ({}){}", SignalText(outcome.number),
+                         outcome.number == SIGKILL ? ", perhaps because memory ran out" : "");
+    case ChildEnd::kOtherStatus:
+    case ChildEnd::kDone:
+      return fmt::format("its process ended unexpectedly (exit status {})", outcome.number);
+    case ChildEnd::kRefused:
+    case ChildEnd::kCannotHandOver:
+      break;
+  }
+  return outcome.message.empty() ? "its process can't hand over its result" : outcome.message;
+}
+
+}  // namespace
+
+ChildTask ExportTask(std::function<SceneResult()> exportOne) {
+  ChildTask task;
+  task.run = [exportOne = std::move(exportOne)](FdOutput&) { return ToBytes(exportOne()); };
+  task.hasTerminal = true;  // its messages are collected
+  task.signalOfOrphans = SIGTERM;
+  return task;
+}
+
+SceneResult TakeResult(const ExportArguments& arguments, const ChildOutcome& outcome) {
+  std::string shown = BytesOf(outcome.output, 0, kMostShown);
+  if (!shown.empty() && !shown.ends_with('\n')) shown += '\n';
+  WriteLines(shown);
+  try {
+    if (outcome.end == ChildEnd::kDone) return ResultOf(outcome.message);
+  } catch (const BadMessage&) {
+    // As when it ended too early.
+  }
+  const std::string output = ModelPath(arguments.output);
+  for (const std::string& file :
+       {output, PagePath(output), arguments.log.value_or(ExporterLog::kName)}) {
+    OutputPlace::RemoveLeftOvers(file);
+  }
+  SceneResult result;
+  result.error = fmt::format("{}: not exported: {}", arguments.scene.path, WhyEnded(outcome));
+  return result;
+}
+
+}  // namespace mapexport
