@@ -1,7 +1,8 @@
 // The page of `mapexport view` in a real browser:
 //   node page.test.mjs MAPEXPORT PACKAGES SOURCES
 import assert from 'node:assert/strict';
-import { spawnSync } from 'node:child_process';
+import { spawn, spawnSync } from 'node:child_process';
+import { once } from 'node:events';
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
@@ -344,5 +345,38 @@ test('models with little or nothing to see are shown without errors', async () =
     await press(page, '2', '6', 'c', 'p', 'l', 'b', 'Enter', 'Z', 'x', 'f');
     assert.deepEqual(trouble, [], file);
     await page.close();
+  }
+});
+
+test('the page that --watch serves reloads after an export and keeps its address', async () => {
+  const scene = path('watched.scene.json');
+  const write = (...walls) =>
+    writeFileSync(
+      scene,
+      JSON.stringify({
+        format: 'mapexport-scene',
+        version: 1,
+        root: { name: 'R', children: walls.map((left) => wall(left)) },
+      }),
+    );
+  write(0);
+  const options = ['--watch', '--view', '--fresh', '--no-log'];
+  const watch = spawn(mapexport, ['export', scene, 'watched.kob', ...options], { cwd: folder });
+  try {
+    const [line] = await once(watch.stdout, 'data');
+    const url = String(line).replace('page: ', '').trim();
+    const page = await browser.newPage();
+    const trouble = [];
+    page.on('pageerror', (error) => trouble.push(error.message));
+    await page.goto(`${url}#batch=0`);
+    const shows = (text) => page.getByText(text).first().waitFor();
+    await shows('2 triangles');
+    write(0, 20);
+    await shows('4 triangles');
+    assert.equal(page.url(), `${url}#batch=0`);
+    assert.deepEqual(trouble, []);
+    await page.close();
+  } finally {
+    watch.kill();
   }
 });
