@@ -109,7 +109,8 @@ class Watch {
   SignalQueue signals_;
   std::optional<PageServer> server_;
   int pages_ = 0;
-  std::set<std::string> watched_;
+  std::set<std::string> named_;    ///< by the command line or the settings
+  std::set<std::string> watched_;  ///< these, and what the last exports read
   std::set<std::string> folders_;  ///< where files that are lacking may appear
   std::set<std::string> outputs_;  ///< names
   bool lacksFiles_ = false;        ///< the last export lacked some
@@ -117,13 +118,14 @@ class Watch {
 };
 
 void Watch::FindNamedFiles() {
-  watched_.insert(arguments_.scene.path);
-  if (arguments_.scene.keywords) watched_.insert(*arguments_.scene.keywords);
+  named_.insert(arguments_.scene.path);
+  if (arguments_.scene.keywords) named_.insert(*arguments_.scene.keywords);
   std::string cxp = RememberedCxp(settings_);
   for (const DialogAction& action : arguments_.actions) {
     if (const auto* const picked = std::get_if<PickFile>(&action)) cxp = picked->path;
   }
-  if (!cxp.empty()) watched_.insert(cxp);
+  if (!cxp.empty()) named_.insert(cxp);
+  watched_ = named_;
   folders_.insert(FolderOf(arguments_.scene.path));
   folders_.insert(arguments_.textures.begin(), arguments_.textures.end());
   const std::string model = ModelPath(arguments_.output);
@@ -138,7 +140,8 @@ std::set<std::string> Watch::OtherFiles() const {
   std::set<std::string> files;
   for (const std::string& folder : folders_) {
     for (const std::string& name : FilesIn(folder)) {
-      if (!name.starts_with('.') && !outputs_.contains(name)) files.insert(folder + '/' + name);
+      if (!name.starts_with('.') && !outputs_.contains(name))
+        files.insert(fmt::format("{}/{}", folder, name));
     }
   }
   return files;
@@ -191,15 +194,20 @@ void Watch::Take(SceneResult result, std::int64_t started) {
   }
   lacksFiles_ = failed || result.lacksFiles;
   if (!lacksFiles_) exported_.others.clear();
+  if (!failed) watched_ = named_;
   for (const auto* files : {&result.sideFiles, &result.dependencies}) {
     for (const std::string& file : *files) {
       // The settings are those of the beginning, and every export may write them.
-      if (file == arguments_.settings || !watched_.insert(file).second) continue;
+      if (file == arguments_.settings) continue;
+      watched_.insert(file);
+      if (exported_.files.contains(file)) continue;
       const FileState state = StateOf(file);
       // What was written since may not be what was read: such a file counts as changed.
       if (state.placed < started) exported_.files[file] = state;
     }
   }
+  std::erase_if(exported_.files,
+                [this](const auto& file) { return !watched_.contains(file.first); });
   if (!failed && server_) ServePage();
 }
 
