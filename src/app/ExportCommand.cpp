@@ -356,8 +356,10 @@ ExitStatus Run(const CommandLine& line) {
   };
   const bool showsOptions = line.Has("show-options");
   if (line.Has("output-folder")) {
-    if (showsOptions) {
-      throw UsageError("--show-options takes one SCENE and no --output-folder", line.command);
+    for (const char* option : {"show-options", "watch"}) {
+      if (!line.Has(option)) continue;
+      throw UsageError(fmt::format("--{} and --output-folder exclude each other", option),
+                       line.command);
     }
     return ExportScenes(ReadExportArguments(line), exportOne);
   }
