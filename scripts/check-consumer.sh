@@ -39,6 +39,7 @@ for generator in Ninja "Unix Makefiles"; do
   expect_newer "after touching hall.mtl" hall.kob hall.qob
 done
 
-# shellcheck disable=SC2046  # several options
-c++ -std=c++17 $(PKG_CONFIG_PATH=$prefix/share/pkgconfig pkg-config --cflags mapexport) \
-  -fsyntax-only "$root/examples/engine_reader.cpp"
+# pkg-config writes its answer as the shell reads it: folders can have blanks.
+eval "flags=($(PKG_CONFIG_PATH=$prefix/share/pkgconfig pkg-config --cflags mapexport))"
+# shellcheck disable=SC2154  # eval sets them
+c++ -std=c++17 "${flags[@]}" -fsyntax-only "$root/examples/engine_reader.cpp"
