@@ -1,0 +1,26 @@
+"""Game levels (.kob, .qob) from Blender, written by the program mapexport."""
+
+from . import keywords
+
+bl_info = {
+    "name": "Game Level (.kob/.qob)",
+    "author": "mapexport",
+    "version": (1, 1, 0),
+    "blender": (3, 4, 0),
+    "location": "File > Export > Game Level; Object properties > Game Level",
+    "description": "Exports the scene as a game level, and sets the keywords of its objects",
+    "category": "Import-Export",
+}
+
+# Each registers its own classes; a module comes after those that it uses.
+_MODULES = (keywords,)
+
+
+def register() -> None:
+    for module in _MODULES:
+        module.register()
+
+
+def unregister() -> None:
+    for module in reversed(_MODULES):
+        module.unregister()
