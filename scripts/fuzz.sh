@@ -12,7 +12,7 @@ root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -
 . "$root/scripts/lib/ensure-packages.sh"
 # shellcheck source=scripts/lib/note-result.sh
 . "$root/scripts/lib/note-result.sh"
-ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-fuzz.txt"
+ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-sanitize.txt"
 
 seconds=60
 if [[ ${1-} =~ ^[0-9]+$ ]]; then
@@ -32,10 +32,11 @@ for target in "${targets[@]}"; do
 done
 
 cd -- "$root"
-cmake --preset fuzz ${MAPEXPORT_WERROR:+"-DMAPEXPORT_WERROR=$MAPEXPORT_WERROR"} >/dev/null
-cmake --build --preset fuzz --target "${targets[@]}"
+cmake --preset sanitize -DMAPEXPORT_FUZZ=ON ${MAPEXPORT_WERROR:+"-DMAPEXPORT_WERROR=$MAPEXPORT_WERROR"} >/dev/null
+cmake --build --preset sanitize --target "${targets[@]}"
 
 out=$root/build/fuzz
+mkdir -p -- "$out"
 # The exporter's target writes files there.
 export TMPDIR=$out/tmp
 rm -rf -- "$TMPDIR"
@@ -87,7 +88,7 @@ for target in "${targets[@]}"; do
   prepare "$target"
   mapfile -t arguments < <(seeds "$target")
   echo "$target: $seconds seconds"
-  "$out/fuzz/$target" -max_total_time="$seconds" -timeout=10 -len_control=20 \
+  "$root/build/sanitize/fuzz/$target" -max_total_time="$seconds" -timeout=10 -len_control=20 \
     -print_final_stats=1 -artifact_prefix="$out/$target-" "$out/corpus/$target" "${arguments[@]}" \
     >"$out/$target.log" 2>&1 &
   pids[$!]=$target

@@ -8,7 +8,7 @@
 #   locale    in German, with decimal commas: in the environment, and in force in the process
 #   debug     the build without optimisation (-O0; the release build has -O3)
 #   clang     the release build by clang++ (the other one is by g++)
-#   sanitize  the build with sanitizers
+#   sanitize  the build by clang++ with sanitizers (-O1)
 #
 # Ends with 1 when something differs, and names the files. Results go to
 # build/robustness/same-bytes.tsv.
@@ -26,9 +26,9 @@ checks=("$@")
 lists=("$root/scripts/packages.txt")
 for check in "${checks[@]}"; do
   case $check in
-    clang) lists+=("$root/scripts/packages-fuzz.txt") ;;
+    clang | sanitize) lists+=("$root/scripts/packages-sanitize.txt") ;;
     locale) lists+=("$root/scripts/packages-test.txt") ;;
-    runs | folder | debug | sanitize) ;;
+    runs | folder | debug) ;;
     *)
       echo "same-bytes.sh: there is no check \"$check\"" >&2
       exit 2

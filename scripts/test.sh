@@ -11,7 +11,9 @@ unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 # shellcheck source=scripts/lib/ensure-packages.sh
 . "$root/scripts/lib/ensure-packages.sh"
-ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-test.txt"
+lists=("$root/scripts/packages.txt" "$root/scripts/packages-test.txt")
+[[ " $* " != *" --all "* && " $* " != *" sanitize "* ]] || lists+=("$root/scripts/packages-sanitize.txt")
+ensure_packages "${lists[@]}"
 
 cd -- "$root"
 jobs=$(nproc)

@@ -197,7 +197,7 @@ TEST_F(GltfTest, LooksOfMaterials) {
       {.material = R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,0.25]},
            "alphaMode":"MASK","alphaCutoff":0.25})"}};
   for (const Case& row : cases) {
-    document["materials"] = {json::parse(row.material)};
+    document["materials"] = json::array({json::parse(row.material)});
     const ImportedScene imported = Import(document);
     const SceneMaterial& material = imported.scene.materials.at(0);
     EXPECT_EQ(material.diffuse, row.diffuse) << row.material;
@@ -222,7 +222,7 @@ TEST_F(GltfTest, ScenesInstancesAndHiddenNodes) {
   document["scene"] = 1;
   document["extensions"] = json::parse(
       R"({"KHR_lights_punctual":{"lights":[{},{}]},"KHR_materials_variants":{"variants":[{}]}})");
-  document["cameras"] = {json::object()};
+  document["cameras"] = json::array({json::object()});
   const ImportedScene kept = Import(document);
   EXPECT_EQ(kept.scene.root.children.at(1).children.at(0).mesh, First(kept).mesh) << "shared";
   EXPECT_THAT(RemarksOf(kept),

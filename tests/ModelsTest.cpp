@@ -15,7 +15,7 @@ constexpr int kDone = 0;
 constexpr int kListTooLong = 4;
 
 // Under the sanitizers there is time for a sample only.
-#ifdef __SANITIZE_ADDRESS__
+#ifdef MAPEXPORT_ADDRESS_SANITIZER
 constexpr std::size_t kStep = 20;
 #else
 constexpr std::size_t kStep = 1;

@@ -22,7 +22,7 @@ void EndSoon() {
 }
 
 TEST_F(ProgramTest, TheSizeAndTheBeginningOfAFileComeFirst) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef MAPEXPORT_ADDRESS_SANITIZER
   GTEST_SKIP() << "AddressSanitizer needs the address space";
 #endif
   struct Case {
@@ -132,7 +132,7 @@ TEST_F(ProgramTest, WhateverTheReaderDoesIsOneLine) {
 }
 
 TEST_F(ProgramTest, AReaderThatWantsAllMemoryEnds) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef MAPEXPORT_ADDRESS_SANITIZER
   GTEST_SKIP() << "AddressSanitizer needs the address space";
 #endif
   Write(work_ / "endless.off", kEndless);

@@ -3,14 +3,8 @@
 
 namespace mapexport {
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef MAPEXPORT_ADDRESS_SANITIZER
 inline constexpr bool kAddressSanitizer = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-inline constexpr bool kAddressSanitizer = true;
-#else
-inline constexpr bool kAddressSanitizer = false;
-#endif
 #else
 inline constexpr bool kAddressSanitizer = false;
 #endif

@@ -35,12 +35,12 @@ QUICK = {"export over an older output": FAILURES,
 
 
 class Calls:
-    """`preload` is the library that counts calls, behind a sanitizer's runtime if there is one."""
+    """`preload` is the library that counts calls; `sanitized` when the program has AddressSanitizer."""
 
-    def __init__(self, program, preload, tally):
+    def __init__(self, program, preload, sanitized, tally):
         self.program = program
         self.preload = preload
-        self.sanitized = " " in preload  # which has an allocator of its own
+        self.sanitized = sanitized  # which has an allocator of its own
         self.tally = tally
 
     def try_all(self, quick, only, kinds):

@@ -1,10 +1,14 @@
 """Exports of any scene file, and what is wrong with how one went."""
+import re
+import subprocess
+
 from runs import messages_fault, run
 
 # Of a sanitizer that found something; 1 would look like a refusal.
 SANITIZER_STATUS = 77
 READ_SECONDS = 20  # so much that also a sanitized reader on a busy machine ends by itself
-SANITIZERS = {"ASAN_OPTIONS": f"exitcode={SANITIZER_STATUS}:detect_leaks=0",
+# The process that reads may not start the program that looks up names; it is run afterwards.
+SANITIZERS = {"ASAN_OPTIONS": f"exitcode={SANITIZER_STATUS}:detect_leaks=0:symbolize=0",
               "UBSAN_OPTIONS": f"exitcode={SANITIZER_STATUS}:print_stacktrace=1"}
 
 
@@ -27,13 +31,24 @@ def fault_of_export(program, folder, scene, *options):
     return fault, outcome
 
 
+def with_names(frame):
+    """The frame of a report with the functions that it is in, the innermost first."""
+    place = re.search(r"\((/.*)\+(0x[0-9a-f]+)\)", frame)
+    if not place:
+        return frame
+    names = subprocess.run(["llvm-symbolizer", f"--obj={place[1]}", place[2]], check=True,
+                           stdout=subprocess.PIPE, text=True).stdout.splitlines()
+    return f"{frame} {' '.join(names[::3])}"
+
+
 def own_frames(log):
     """The first sanitizer's report below `log` whose fault is in our code, not in a library."""
     found = ""
     for path in sorted(log.parent.glob(log.name + ".*")):
         report = path.read_text(errors="replace")
         path.unlink()
-        frames = [line for line in report.splitlines() if line.lstrip().startswith("#")]
+        frames = [with_names(line) for line in report.splitlines()
+                  if line.lstrip().startswith("#")]
         own = [line for line in frames[:12] if "mapexport::" in line]
         # Standard containers that our code uses stand before it; a library's frames do not.
         before = frames[:frames.index(own[0])] if own else frames

@@ -17,13 +17,9 @@ from surroundings import Surroundings
 from takeover import TakeOver
 
 
-def sanitizer_of(program):
-    """The sanitizer's runtime that the program is linked with, if any."""
-    listed = subprocess.run(["ldd", program], stdout=subprocess.PIPE, text=True, check=True).stdout
-    for line in listed.splitlines():
-        if line.strip().startswith("libasan"):
-            return line.split()[2]
-    return ""
+def is_sanitized(program):
+    """Whether the program has AddressSanitizer."""
+    return b"__asan_init" in pathlib.Path(program).read_bytes()
 
 
 def require_in_force(program, preload, folder):
@@ -54,21 +50,17 @@ def main():
     top = pathlib.Path(tempfile.mkdtemp(prefix="mapexport-faults-"))
     tally = Tally(top)
     parts = given.parts.split(",")
-    sanitizer = sanitizer_of(given.program)
-    if sanitizer:
+    sanitized = is_sanitized(given.program)
+    if sanitized:
         print("not tried: failing allocations, since the sanitizer has an allocator of its own")
-
-    def preload(library):
-        # Cut at blanks, which the build folder's path may hold. A sanitizer's runtime must come first.
-        return f"{sanitizer} {shutil.copy(library, top)}".strip()
-
-    failing = preload(given.library)
+    # LD_PRELOAD is cut at blanks, which the build folder's path may hold.
+    failing = str(shutil.copy(given.library, top))
     require_in_force(given.program, failing, top)
     if "takeover" in parts and given.only in "takeover":
-        TakeOver(given.program, preload(given.takeover), tally,
+        TakeOver(given.program, str(shutil.copy(given.takeover, top)), sanitized, tally,
                  given.seed).try_all(given.quick, 40 if given.quick else 10_000)
     if "calls" in parts:
-        Calls(given.program, failing, tally).try_all(
+        Calls(given.program, failing, sanitized, tally).try_all(
             given.quick, given.only, given.kinds.split(",") if given.kinds else None)
     if "surroundings" in parts:
         Surroundings(given.program, tally).try_all(given.quick, given.only)

@@ -31,7 +31,7 @@ def group_is_gone(group, seconds=5):
 
 
 class Kills:
-    """`preload` is the library that counts calls, behind a sanitizer's runtime if there is one."""
+    """`preload` is the library that counts calls."""
 
     def __init__(self, program, preload, tally):
         self.program = program

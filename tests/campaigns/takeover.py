@@ -128,12 +128,12 @@ def crafted(large):
 
 
 class TakeOver:
-    """`preload` is what takes the reader over, behind a sanitizer's runtime if there is one."""
+    """`preload` is what takes the reader over; `sanitized` when the program has AddressSanitizer."""
 
-    def __init__(self, program, preload, tally, seed):
+    def __init__(self, program, preload, sanitized, tally, seed):
         self.program = program
         self.preload = preload
-        self.sanitized = " " in preload
+        self.sanitized = sanitized
         self.tally = tally
         self.seed = seed
         self.undisturbed = {}

@@ -12,15 +12,7 @@
 #include <unistd.h>
 
 // Sanitizers have operators that find more.
-#if defined(__SANITIZE_ADDRESS__)
-#define MAPEXPORT_OWN_OPERATORS 0
-#elif defined(__has_feature)
-#define MAPEXPORT_OWN_OPERATORS !__has_feature(address_sanitizer)
-#else
-#define MAPEXPORT_OWN_OPERATORS 1
-#endif
-
-#if !MAPEXPORT_OWN_OPERATORS
+#ifdef MAPEXPORT_ADDRESS_SANITIZER
 
 namespace mapexport {
 
