@@ -14,11 +14,12 @@ if [[ ${1-} == --missing ]]; then
   missing=yes
   shift
 fi
+explain_unless 3 "$@"
 hosts=$1
 list=$2
 folder=$3
 shift 3
-list=$(prepare_list "$list" "$folder" "$missing")
+list=$(prepare_list "$list" "$folder" "$missing" "$@")
 parallel --will-cite --quote --sshlogin "$hosts" --workdir "$PWD" --retries 2 \
   --joblog "$folder/parallel.log" \
   "${MAPEXPORT:-mapexport}" export {} --output-folder "$folder" --fresh --seed 1 --quiet "$@" \

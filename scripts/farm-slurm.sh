@@ -25,6 +25,7 @@ fi
 . "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/lib/level-list.sh"
 missing=""
 tasks=667
+explain_unless 2 "$@"
 while [[ ${1-} == --* ]]; do
   case $1 in
     --missing) missing=yes ;;
@@ -33,10 +34,12 @@ while [[ ${1-} == --* ]]; do
   esac
   shift
 done
+explain_unless 2 "$@"
+[[ $tasks =~ ^[1-9][0-9]{0,6}$ ]] || { echo "farm-slurm.sh: --tasks $tasks: not a number above 0" >&2; exit 2; }
 list=$1
 folder=$2
 shift 2
-list=$(prepare_list "$list" "$folder" "$missing")
+list=$(prepare_list "$list" "$folder" "$missing" "$@")
 count=$(wc -l <"$list")
 if ((count == 0)); then
   echo "farm-slurm.sh: nothing to do" >&2
