@@ -43,6 +43,11 @@ TEST_F(ProgramTest, StrictExportsReplaceNothingWhenThereIsAWarning) {
 }
 
 TEST_F(ProgramTest, EveryLineOfMessagesIsAnObject) {
+  std::string many = R"({"format": "mapexport-scene", "version": 1, "root": {"children": [{})";
+  for (int i = 0; i < 1100; ++i) {  // more than 1 MiB of names
+    many += R"(, {"userProperties": "FloorFace", "name": ")" + std::string(1000, 'n') + "\"}";
+  }
+  Write(work_ / "many.scene.json", many + "]}}");
   const std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>> cases{
       {{"export", scene_, "a.kob", "--fresh", "--verbose", "--weld-distance", "0.51"},
        {"\"message-box\", \"text\": \"Results: ", "\"small-for-welding\"", "\"exported\"",
@@ -51,6 +56,8 @@ TEST_F(ProgramTest, EveryLineOfMessagesIsAnObject) {
        {R"("error", "code": "failed", "text": "no\u001b\"n)"}},
       {{"export", scene_, "a.kob", "--weld-distance", "x"}, {"\"wrong-usage\"", "\"usage\""}},
       {{"export", scene_}, {"\"wrong-usage\""}},
+      {{"export", scene_, "many.scene.json", "--output-folder", "out", "--verbose"},
+       {"\"version ", "\"text\": \"times: ", "\"near-keyword\"", "\"summary\""}},
   };
   for (auto [arguments, pieces] : cases) {
     SCOPED_TRACE(testing::PrintToString(arguments));

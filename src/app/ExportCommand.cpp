@@ -86,9 +86,11 @@ struct ExportRun {
   std::unique_ptr<Presenter> windows;  ///< null without --dialog
   std::optional<SettingsStore> settings;
   bool savesSettings = true;
+  bool forCaller = false;              ///< which tells what is not about the scene, and the end
   std::function<void()> computed;      ///< called before files are put in place; may be empty
   std::vector<std::string> sideFiles;  ///< of the scene
   std::string rule;                    ///< of --depfile, if it is wanted
+  std::string exported;                ///< what the output is, once it is in its place
 };
 
 void ShowStatus(ExportRun& run, const std::string& status) {
@@ -202,7 +204,7 @@ void ReportCancel(ExportRun& run) {
 void Export(ExportRun& run) {
   const ExportArguments& arguments = run.arguments;
   const std::string& output = run.report.output;
-  if (arguments.verbose) NoteVersions(run.messages);
+  if (arguments.verbose && !run.forCaller) NoteVersions(run.messages);
   const OutputTarget target = FindModelTarget(arguments, run.inputs);
   const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments, run.inputs);
   run.page = FindPageTarget(arguments, run.inputs);
@@ -286,7 +288,8 @@ void Export(ExportRun& run) {
   PutInPlace(run, place, depFile, [&] {
     ShowStatus(run, "Exported " + sceneName);
     talk.TellSuccess();
-    NoteExported(run.report, run.messages);
+    run.exported = ExportedText(run.report);
+    if (!run.forCaller) run.messages.Note("exported", run.exported);
   });
 }
 
@@ -319,6 +322,7 @@ SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shar
   run.messages.Attribute({run.report.scene, run.report.output});
   run.settings = std::move(settings);
   run.savesSettings = savesSettings;
+  run.forCaller = true;
   run.computed = computed;
   try {
     if (!wrongOptions.empty()) throw RunError(wrongOptions);
@@ -330,9 +334,9 @@ SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shar
   result.status = run.report.status;
   result.error = run.report.error;
   result.rule = run.rule;
+  result.exported = run.exported;
   result.savedSettings = savesSettings && !run.savesSettings;
   for (const Remark& remark : run.messages.Told()) {
-    if (remark.code == "exported") result.exported = remark.text;
     result.lacksFiles = result.lacksFiles || remark.code.starts_with("missing-");
   }
   result.dependencies = run.report.dependencies;

@@ -210,7 +210,7 @@ ExportArguments ArgumentsOf(const ExportArguments& all, const ExportArguments::J
   one.jobs.clear();
   one.depFile.reset();
   one.report.reset();
-  one.quiet = true;
+  one.quiet = !all.verbose;
   return one;
 }
 

@@ -1,11 +1,13 @@
 #include "app/export/ExportInChild.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
 #include <fmt/format.h>
 #include <signal.h>
 
+#include "app/Messages.h"
 #include "app/ModelPage.h"
 #include "app/export/ExportTargets.h"
 #include "app/export/ExporterLog.h"
@@ -16,8 +18,9 @@
 namespace mapexport {
 namespace {
 
-// The most of what a process wrote to standard error that is shown: messages are fewer.
-constexpr std::uint64_t kMostShown = std::uint64_t{1} << 20;
+// The most of what a process wrote to standard error that is shown: messages are fewer, even as JSON
+// with the names of many nodes.
+constexpr std::uint64_t kMostShown = std::uint64_t{64} << 20;
 
 std::string ToBytes(const SceneResult& result) {
   std::string bytes;
@@ -49,6 +52,21 @@ SceneResult ResultOf(const std::string& bytes) {
   return result;
 }
 
+/// Shows what a process wrote to standard error, in whole lines. Where messages are JSON, those that
+/// are not (of the C library, before it ends a process) become one.
+void Show(std::string_view lines, const ExportArguments& arguments) {
+  while (!lines.empty()) {
+    const std::size_t end = std::min(lines.find('\n'), lines.size());
+    const std::string_view line = lines.substr(0, end);
+    lines.remove_prefix(std::min(end + 1, lines.size()));
+    if (MessagesAreJson() && !(line.starts_with('{') && line.ends_with('}'))) {
+      Messages(false, arguments.scene.path).Error("failed", line);
+    } else {
+      WriteLines(fmt::format("{}\n", line));
+    }
+  }
+}
+
 /// Why a process ended without a result.
 std::string WhyEnded(const ChildOutcome& outcome) {
   switch (outcome.end) {
@@ -78,9 +96,7 @@ ChildTask ExportTask(std::function<SceneResult()> exportOne) {
 }
 
 SceneResult TakeResult(const ExportArguments& arguments, const ChildOutcome& outcome) {
-  std::string shown = BytesOf(outcome.output, 0, kMostShown);
-  if (!shown.empty() && !shown.ends_with('\n')) shown += '\n';
-  WriteLines(shown);
+  Show(BytesOf(outcome.output, 0, kMostShown), arguments);
   try {
     if (outcome.end == ChildEnd::kDone) return ResultOf(outcome.message);
   } catch (const BadMessage&) {

@@ -161,17 +161,15 @@ void RemarkOnExport(const RunReport& report, const ExportSystem::Values& values,
   }
 }
 
-void NoteExported(const RunReport& report, Messages& messages) {
+std::string ExportedText(const RunReport& report) {
   const ModelCounts& counts = report.after;
   const std::string undrawn =
       counts.faces > counts.batchFaces
           ? fmt::format(", {} for collision only", counts.faces - counts.batchFaces)
           : "";
-  messages.Note(
-      "exported",
-      fmt::format("{}: {} in {}{}, {}", report.output, Counted(counts.batchFaces, "triangle"),
-                  counts.batches == 1 ? "1 batch" : fmt::format("{} batches", counts.batches),
-                  undrawn, SizeText(report.bytes)));
+  return fmt::format("{}: {} in {}{}, {}", report.output, Counted(counts.batchFaces, "triangle"),
+                     counts.batches == 1 ? "1 batch" : fmt::format("{} batches", counts.batches),
+                     undrawn, SizeText(report.bytes));
 }
 
 }  // namespace mapexport

@@ -19,7 +19,7 @@ void RemarkOnCensus(const SceneCensus& census, const std::string& name, Messages
 void RemarkOnExport(const RunReport& report, const ExportSystem::Values& values,
                     const ExporterTalk& talk, Messages& messages);
 
-/// Notes that the output is in its place, with its triangles and size.
-void NoteExported(const RunReport& report, Messages& messages);
+/// What the output is: its name, triangles and size.
+std::string ExportedText(const RunReport& report);
 
 }  // namespace mapexport

@@ -20,6 +20,7 @@
 #include "app/export/ExportSettings.h"
 #include "app/export/ExportTargets.h"
 #include "app/export/RunReport.h"
+#include "app/export/VerboseNotes.h"
 #include "output/DepFile.h"
 #include "output/OutputPlace.h"
 #include "output/TakenFiles.h"
@@ -241,6 +242,7 @@ void ScenesRun::WriteFiles() {
 }
 
 ExitStatus ScenesRun::Run() {
+  if (arguments_.verbose) NoteVersions(messages_);
   RequireFree();
   results_.resize(jobs_.size());
   ChildrenTask tasks;

@@ -24,6 +24,7 @@
 #include "app/export/ExportSettings.h"
 #include "app/export/ExportTargets.h"
 #include "app/export/ExporterLog.h"
+#include "app/export/VerboseNotes.h"
 #include "output/OutputTarget.h"
 #include "scene/FileText.h"
 #include "system/FileIdentity.h"
@@ -65,6 +66,7 @@ class Watch {
         messages_(given.quiet, given.scene.path),
         settings_(OpenSettings(given, messages_)) {
     arguments_.quiet = !given.verbose;  // one line per export
+    if (given.verbose) NoteVersions(messages_);
     FindNamedFiles();
     if (!given.view) return;
     RequirePageBuilt("--view");
