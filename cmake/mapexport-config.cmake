@@ -13,12 +13,19 @@ function(mapexport_add_levels)
   if(NOT arg_TARGET AND arg_UNPARSED_ARGUMENTS)
     list(POP_FRONT arg_UNPARSED_ARGUMENTS arg_TARGET)  # the keyword may be left out
   endif()
-  if(NOT arg_TARGET OR NOT arg_SCENES OR arg_UNPARSED_ARGUMENTS)
+  list(REMOVE_ITEM arg_KEYWORDS_MISSING_VALUES OPTIONS)
+  if(NOT arg_TARGET OR NOT arg_SCENES OR arg_UNPARSED_ARGUMENTS OR arg_KEYWORDS_MISSING_VALUES)
     message(FATAL_ERROR "mapexport_add_levels: TARGET and SCENES are needed, and nothing but OUTPUT_FOLDER, "
-                        "LAYOUT and OPTIONS beside them: ${arg_UNPARSED_ARGUMENTS}")
+                        "LAYOUT and OPTIONS beside them, with values: "
+                        "${arg_UNPARSED_ARGUMENTS} ${arg_KEYWORDS_MISSING_VALUES}")
   endif()
   if(NOT arg_LAYOUT)
     set(arg_LAYOUT kob)
+  elseif(NOT arg_LAYOUT MATCHES "^[qk]ob$")
+    message(FATAL_ERROR "mapexport_add_levels: LAYOUT is qob or kob, not ${arg_LAYOUT}")
+  endif()
+  if(arg_OPTIONS MATCHES "(^|;)(--(layout|output-folder|depfile))(=|;|$)")
+    message(FATAL_ERROR "mapexport_add_levels: it sets ${CMAKE_MATCH_2} itself")
   endif()
   if(NOT arg_OUTPUT_FOLDER)
     set(arg_OUTPUT_FOLDER ${CMAKE_CURRENT_BINARY_DIR})
@@ -26,6 +33,12 @@ function(mapexport_add_levels)
   cmake_path(ABSOLUTE_PATH arg_OUTPUT_FOLDER BASE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR} NORMALIZE)
   set(rules ${CMAKE_CURRENT_BINARY_DIR}/CMakeFiles/${arg_TARGET}.rules)
   file(MAKE_DIRECTORY ${rules})
+  # Generator expressions that give nothing are left out, as COMMAND_EXPAND_LISTS does; but what holds a
+  # semicolon stays one option.
+  string(REPLACE "\\;" "\\\\;" arg_OPTIONS "${arg_OPTIONS}")
+  # The program's libraries shape the outputs, too.
+  file(GLOB program ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/../../mapexport/*.so)
+  list(APPEND program $<TARGET_FILE:mapexport::mapexport>)
   set(outputs "")
   foreach(scene IN LISTS arg_SCENES)
     cmake_path(ABSOLUTE_PATH scene BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} NORMALIZE)
@@ -41,10 +54,10 @@ function(mapexport_add_levels)
       COMMAND mapexport::mapexport export ${scene} --output-folder ${arg_OUTPUT_FOLDER}
               --layout ${arg_LAYOUT} --depfile ${rules}/${name}.d --fresh --seed 1 --no-log --quiet
               ${arg_OPTIONS}
-      DEPENDS ${scene} $<TARGET_FILE:mapexport::mapexport>
+      DEPENDS ${scene} ${program}
       DEPFILE ${rules}/${name}.d
       COMMENT "Exporting ${name}.${arg_LAYOUT}"
-      VERBATIM)
+      VERBATIM COMMAND_EXPAND_LISTS)
   endforeach()
   add_custom_target(${arg_TARGET} ALL DEPENDS ${outputs})
 endfunction()
