@@ -93,6 +93,7 @@ TEST(Pages, CompletionOffersTheWordsOfOptions) {
   EXPECT_EQ(Completions("mapexport export a b --coordinates = in"), Words{"inverse-max"});
   EXPECT_EQ(Completions("mapexport inspect --layout = \"\""), (Words{"qob", "kob"}));
   EXPECT_EQ(Completions("mapexport export a b --voxel-size \"\""), Words{});
+  EXPECT_FALSE(Completions("mapexport export --repeat \"/\"").empty());
 }
 
 /// The words between backquotes in what `line` takes of `text`.

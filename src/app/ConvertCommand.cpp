@@ -59,9 +59,9 @@ constexpr std::array kOptions{
     OptionInfo{.name = "to",
                .kind = OptionKind::kText,
                .argument = "FORMAT",
-               .help =
-                   "glb, gltf, obj, ply or stl; overrides the extension. gltf can't go to standard "
-                   "output, obj goes there without its materials",
+               .help = "the format: glb, gltf, obj, ply or stl; overrides the extension. gltf "
+                       "can't go to standard "
+                       "output, obj goes there without its materials",
                .words = kTargets},
     kCoordinates,
     kTextureCoordinates,

@@ -68,7 +68,7 @@ inline constexpr std::array kProgramOptions{
     OptionInfo{.name = "version", .kind = OptionKind::kFlag, .help = "print the version and end"},
     OptionInfo{.name = "verbose",
                .kind = OptionKind::kFlag,
-               .help = "with --version: print also what is built in"},
+               .help = "print also what is built in, with --version"},
 };
 
 }  // namespace mapexport

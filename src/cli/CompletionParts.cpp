@@ -10,7 +10,7 @@ std::span<const char* const> ValueWords(const OptionInfo& option) {
 
 bool ValueIsPath(const OptionInfo& option) {
   const std::string_view argument = option.argument == nullptr ? "" : option.argument;
-  return argument == "FILE" || argument == "DIR";
+  return argument == "FILE" || argument == "DIR" || argument == "REPORT";
 }
 
 std::string_view ShortHelp(std::string_view help) {

@@ -39,7 +39,7 @@ std::size_t Edits(std::string_view a, std::string_view b) {
 std::string Suggestion(std::string_view given, std::span<const std::string> names) {
   const std::string_view letters =
       given.substr(std::min(given.find_first_not_of('-'), given.size()));
-  if (letters.empty() || given.size() > kLongest) return {};
+  if (letters.size() < 2 || given.size() > kLongest) return {};  // any letter is near "-h"
   const std::string* nearest = nullptr;
   std::size_t fewest = std::max<std::size_t>(letters.size() / kLettersPerEdit, 1) + 1;
   for (const std::string& name : names) {

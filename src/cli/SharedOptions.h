@@ -46,7 +46,7 @@ inline constexpr OptionInfo kHiddenOption{
     .name = "hidden",
     .kind = OptionKind::kText,
     .argument = "CHOICE",
-    .help = "nodes that a foreign scene (FBX, glTF) hides: keep (the default) or skip",
+    .help = "nodes that a foreign scene hides (FBX, glTF): keep (the default) or skip",
     .words = kHiddenChoices,
     .shapesOutput = true,
     .defaultValue = "keep"};

@@ -11,11 +11,12 @@ namespace {
 
 using enum OptionKind;
 
-constexpr OptionInfo kOutputLayoutOption{.name = kLayoutOption.name,
-                                         .kind = kText,
-                                         .argument = "LAYOUT",
-                                         .help = "with --output-folder: qob, or kob (the default)",
-                                         .words = kLayouts};
+constexpr OptionInfo kOutputLayoutOption{
+    .name = kLayoutOption.name,
+    .kind = kText,
+    .argument = "LAYOUT",
+    .help = "the layout of what --output-folder exports: qob, or kob (the default)",
+    .words = kLayouts};
 
 constexpr std::array kPositionals{
     PositionalInfo{"SCENE",
@@ -96,14 +97,14 @@ constexpr std::array kOptions{
                .rows = kTextureModes},
     OptionInfo{.name = "split",
                .kind = kFlag,
-               .help = "divide a group with a list longer than 16-bit indices can address into "
-                       "groups NAME, NAME_2, ... whose lists fit; a loader must loop over the "
+               .help = "divide a group with a list longer than 16-bit indices can address; its "
+                       "parts are the groups NAME, NAME_2, ...; a loader must loop over the "
                        "groups, and material indices are the file's",
                .shapesOutput = true},
     OptionInfo{.name = "longest-list",
                .kind = kText,
                .argument = "N",
-               .help = "3 to 65536: --split with lists of at most N entries",
+               .help = "--split with lists of at most N entries, 3 to 65536",
                .shapesOutput = true},
     OptionInfo{
         .name = "dialog",
@@ -122,7 +123,8 @@ constexpr std::array kOptions{
     OptionInfo{.name = "seed",
                .kind = kText,
                .argument = "N",
-               .help = "0 to 4294967295: the same scene, options and seed give the same bytes",
+               .help = "the number that seeds the random generator, 0 to 4294967295; the same "
+                       "scene, options and seed give the same bytes",
                .shapesOutput = true},
     kUpOption,
     kSceneScaleOption,
@@ -147,7 +149,7 @@ constexpr std::array kOptions{
     OptionInfo{.name = kJobs,
                .kind = kText,
                .argument = "N",
-               .help = "with --output-folder: at most N scenes at once; unless given, as many as "
+               .help = "how many scenes --output-folder exports at once; unless given, as many as "
                        "there are processors; fewer when they might not fit into memory"},
     OptionInfo{.name = "textures",
                .kind = kText,
@@ -181,8 +183,8 @@ constexpr std::array kOptions{
                        "argument then"},
     OptionInfo{.name = "show-options",
                .kind = kFlag,
-               .help = "export nothing: print each option that shapes the output, its value and "
-                       "where that comes from; OUTPUT may be left out"},
+               .help = "print each option that shapes the output, its value and where that comes "
+                       "from, and export nothing; OUTPUT may be left out"},
     OptionInfo{.name = "watch",
                .kind = kFlag,
                .help = "export again whenever a file that the output depends on changes, until "
@@ -199,8 +201,9 @@ constexpr std::array kOptions{
             "where the exporter's log goes instead of ExportDebug.txt in the current directory"},
     OptionInfo{.name = "no-log", .kind = kFlag, .help = "write no log"},
     kQuietOption,
-    OptionInfo{
-        .name = "verbose", .kind = kFlag, .help = "print also versions, unit factors and times"},
+    OptionInfo{.name = "verbose",
+               .kind = kFlag,
+               .help = "print also versions of libraries, unit factors and times"},
     kMessagesOption,
 };
 }  // namespace

@@ -25,7 +25,8 @@ inline constexpr OptionInfo kMessagesOption{
     .name = "messages",
     .kind = OptionKind::kText,
     .argument = "FORM",
-    .help = "text, or json: each line of standard error is one object",
+    .help =
+        "the form of messages: text, or json, in which each line of standard error is one object",
     .words = kMessageForms};
 
 std::span<const PositionalInfo> ExportPositionals();
