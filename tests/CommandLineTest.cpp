@@ -14,6 +14,8 @@ TEST_F(ProgramTest, WrongCommandLinesEndWith2) {
       {{"exprot", "a", "b"}, "no command \"exprot\"; did you mean \"export\"?\n"},
       {{"help", "inspct"}, "did you mean \"inspect\"?\n"},
       {{"xyz"}, "no command \"xyz\"\n"},
+      {{"-v"}, "instead of a command\n"},
+      {{"inspect", "a", "[b]"}, "error: \"[b]\" is one argument too many\n"},
       {{"--versoin"}, "did you mean \"--version\"?\n"},
       {{"export", "a", "--no-wedl"},
        "export has no option \"--no-wedl\"; did you mean \"--no-weld\"?\n"},

@@ -107,8 +107,9 @@ CommandParser AddCommand(CLI::App& program, const CommandInfo& info) {
   return parser;
 }
 
-/// Refuses what the parser left over when it looks like an option.
-void CheckUnknownOption(const CommandParser& parser) {
+/// Refuses what the parser left over: options that the command does not have, else the first
+/// argument.
+void RefuseRest(const CLI::App& program, const CommandParser& parser) {
   for (const std::string& argument : parser.app->remaining()) {
     if (!argument.starts_with('-')) continue;
     std::vector<std::string> forms = FormsOf(parser.info->options);
@@ -117,6 +118,11 @@ void CheckUnknownOption(const CommandParser& parser) {
     throw UsageError(
         fmt::format("{} has no option \"{}\"{}", parser.info->name, name, Suggestion(name, forms)),
         parser.info);
+  }
+  for (const std::string& argument : program.remaining(true)) {
+    if (argument == "--") continue;
+    throw UsageError(fmt::format("\"{}\" is one argument too many", WithoutEnd(argument)),
+                     parser.info);
   }
 }
 
@@ -204,7 +210,7 @@ CommandLine ParseCommandLine(std::span<const CommandInfo> commands,
     throw UsageError(fmt::format("{}: a value is missing", arguments.back()), command);
   } catch (const CLI::ParseError& error) {
     if (used() == parsers.end()) throw UsageError("a command is missing", nullptr);
-    CheckUnknownOption(*used());
+    RefuseRest(program, *used());
     throw UsageError(error.what(), command);
   }
   return line;
