@@ -18,8 +18,8 @@
 namespace mapexport {
 namespace {
 
-// The most of what a process wrote to standard error that is shown: messages are fewer, even as JSON
-// with the names of many nodes.
+// The most of what a process wrote to standard error that is shown: messages are fewer, even as
+// JSON with the names of many nodes.
 constexpr std::uint64_t kMostShown = std::uint64_t{64} << 20;
 
 std::string ToBytes(const SceneResult& result) {
@@ -52,8 +52,8 @@ SceneResult ResultOf(const std::string& bytes) {
   return result;
 }
 
-/// Shows what a process wrote to standard error, in whole lines. Where messages are JSON, those that
-/// are not (of the C library, before it ends a process) become one.
+/// Shows what a process wrote to standard error, in whole lines. Where messages are JSON, lines
+/// that are not (of the C library, before it ends a process) become errors.
 void Show(std::string_view lines, const ExportArguments& arguments) {
   while (!lines.empty()) {
     const std::size_t end = std::min(lines.find('\n'), lines.size());
