@@ -11,8 +11,8 @@
 #include "importer/obj/TriangulatePolygon.h"
 #include "importer/rebuild/MaterialParts.h"
 #include "importer/rebuild/PointTable.h"
-#include "importer/rebuild/RebuildSmoothing.h"
-#include "importer/rebuild/SmoothingBits.h"
+#include "scene/smoothing/RebuildSmoothing.h"
+#include "scene/smoothing/SmoothingBits.h"
 #include "system/IsFinite.h"
 
 namespace mapexport {
@@ -202,12 +202,12 @@ class Builder {
     }
   }
 
-  std::vector<CornerNormals> Normals() const {
-    std::vector<CornerNormals> normals(triangles_.size());
+  std::vector<Point3> Normals() const {
+    std::vector<Point3> normals(3 * triangles_.size());
     for (std::size_t t = 0; t < triangles_.size(); ++t) {
       if (!HasNormals(triangles_[t])) continue;
       for (std::size_t k = 0; k < 3; ++k)
-        normals[t][k] = file_.normals[triangles_[t].corners[k].normal];
+        normals[3 * t + k] = file_.normals[triangles_[t].corners[k].normal];
     }
     return normals;
   }

@@ -93,20 +93,18 @@ void MeshBuilder::AddDense(const MeshPart& part) {
   const std::uint16_t materialId = materials_.IdOf(part.material);
   AddVertices(part);
   MakeRoom(mesh_.faces, kept_.size());
-  MakeRoom(normals_, kept_.size());
+  MakeRoom(normals_, 3 * kept_.size());
   for (const std::uint32_t t : kept_) {
     const CornerIndices& corners = part.triangles[t];
     Face face;
-    CornerNormals normals{};
     // Without normals a face is smooth with no other.
     const bool hasNormals = !part.normals.empty() && (part.isFlat.empty() || part.isFlat[t] == 0);
     for (std::size_t k = 0; k < 3; ++k) {
       face.v[k] = indexOf_[corners[k] - lowest_];
-      if (hasNormals) normals[k] = part.normals[corners[k]];
+      normals_.push_back(hasNormals ? part.normals[corners[k]] : Point3{});
     }
     face.SetMatID(materialId);
     mesh_.faces.push_back(face);
-    normals_.push_back(normals);
   }
   hasNormals_ = hasNormals_ || !part.normals.empty();
   AddTextureFaces(part);

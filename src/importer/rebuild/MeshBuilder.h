@@ -10,7 +10,7 @@
 #include "host/Mesh.h"
 #include "importer/rebuild/MaterialParts.h"
 #include "importer/rebuild/PointTable.h"
-#include "importer/rebuild/RebuildSmoothing.h"
+#include "scene/smoothing/RebuildSmoothing.h"
 
 namespace mapexport {
 
@@ -64,7 +64,7 @@ class MeshBuilder {
   Mesh mesh_;
   PointTable positions_;
   PointTable textureVertices_;
-  std::vector<CornerNormals> normals_;
+  std::vector<Point3> normals_;  ///< of each corner of each face
   bool hasNormals_ = false;
   bool hasTexture_ = false;
   MaterialParts materials_;

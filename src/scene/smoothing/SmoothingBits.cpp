@@ -1,5 +1,5 @@
 // One bit of the host's smoothing groups for each group of faces.
-#include "importer/rebuild/SmoothingBits.h"
+#include "scene/smoothing/SmoothingBits.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,17 +1,14 @@
-// Rebuilds smoothing groups from stored normals.
+// Rebuilds smoothing groups from the normals that files store.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "host/Mesh.h"
 
 namespace mapexport {
-
-/// Normals at the three corners of a face; a null vector where there is none.
-using CornerNormals = std::array<Point3, 3>;
 
 struct SmoothSurfaces {
   /// By face: the lowest face of its surface; kFlatFace on flat surfaces and without normals.
@@ -23,13 +20,15 @@ struct SmoothSurfaces {
 
 /// The surfaces within which the stored normals don't break. Two faces are smooth across a common
 /// edge when their normals agree at both of its ends (within about one degree). Faces that are
-/// connected by such edges are one surface. `normals` has one entry per face. Cost: linear where
-/// few faces meet at a vertex, n log n at worst.
-SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, const std::vector<CornerNormals>& normals);
+/// connected by such edges are one surface. `normals` has one entry for each corner of each face,
+/// of any length, in the mesh's space; one without a direction (null, not finite) agrees with no
+/// other. They are compared only with each other, so it makes no difference whether the node
+/// mirrors the mesh. Cost: linear where few faces meet at a vertex, n log n at worst.
+SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, std::span<const Point3> normals);
 
 /// Sets the smoothing groups of all faces of `mesh` so that normals computed from them break where
 /// the stored ones do: one bit for each surface (FindSmoothSurfaces, AssignSmoothingBits). Returns
 /// the number of lost creases.
-std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals);
+std::size_t RebuildSmoothing(Mesh& mesh, std::span<const Point3> normals);
 
 }  // namespace mapexport

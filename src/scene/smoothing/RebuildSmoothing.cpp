@@ -1,14 +1,16 @@
 // Smoothing groups that give back the look of stored normals.
-#include "importer/rebuild/RebuildSmoothing.h"
+#include "scene/smoothing/RebuildSmoothing.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <numeric>
 #include <span>
 #include <utility>
 
-#include "importer/rebuild/SmoothingBits.h"
+#include "scene/smoothing/SmoothingBits.h"
 
 namespace mapexport {
 namespace {
@@ -21,6 +23,15 @@ constexpr std::size_t kMostWaysAcrossEdge = 16;
 /// Far from overflow and underflow, also its product with another such number.
 bool IsOrdinary(float square) {
   return square > 1e-6f && square < 1e6f;
+}
+
+/// The cosine between vectors whose squares are beyond the range of floats; no number where one of
+/// them has no direction.
+double PreciseCosine(const Point3& a, const Point3& b) {
+  const auto dot = [](const Point3& p, const Point3& q) {
+    return double{p.x} * q.x + double{p.y} * q.y + double{p.z} * q.z;
+  };
+  return dot(a, b) / (std::sqrt(dot(a, a)) * std::sqrt(dot(b, b)));
 }
 
 /// Whether the directions are about the same; never with a null vector or numbers that aren't
@@ -38,7 +49,10 @@ bool Agree(const Point3& a, const Point3& b) {
     if (dot <= 0.0f || dot * dot < kPerhaps * (aa * bb)) return false;
     if (dot * dot > kSurely * (aa * bb)) return true;
   }
-  return DotProd(Normalize(a), Normalize(b)) > kAgreeingDot;
+  if (std::isnormal(aa) && std::isnormal(bb)) {
+    return DotProd(Normalize(a), Normalize(b)) > kAgreeingDot;
+  }
+  return PreciseCosine(a, b) > kAgreeingDot;
 }
 
 /// One side of a face, kept at its vertex of the lower index.
@@ -143,13 +157,16 @@ class Surfaces {
 };
 
 /// Whether the normals of two faces agree at both ends of their edge.
-bool AreSmooth(const Side& a, const Side& b, const std::vector<CornerNormals>& normals) {
-  return Agree(normals[a.face][a.lowCorner], normals[b.face][b.lowCorner]) &&
-         Agree(normals[a.face][a.highCorner], normals[b.face][b.highCorner]);
+bool AreSmooth(const Side& a, const Side& b, std::span<const Point3> normals) {
+  const auto ofCorner = [&normals](const Side& side, std::size_t corner) -> const Point3& {
+    return normals[std::size_t{3} * side.face + corner];
+  };
+  return Agree(ofCorner(a, a.lowCorner), ofCorner(b, b.lowCorner)) &&
+         Agree(ofCorner(a, a.highCorner), ofCorner(b, b.highCorner));
 }
 
 /// Joins those of the faces on one edge that are smooth across it. Whether all are.
-bool JoinAcrossEdge(std::span<const Side> sides, const std::vector<CornerNormals>& normals,
+bool JoinAcrossEdge(std::span<const Side> sides, std::span<const Point3> normals,
                     Surfaces& surfaces) {
   if (sides.size() == 2) {
     const bool isSmooth = AreSmooth(sides[0], sides[1], normals);
@@ -171,7 +188,7 @@ bool JoinAcrossEdge(std::span<const Side> sides, const std::vector<CornerNormals
 }
 
 /// Whether faces on the edge are one surface, though the normals break there.
-bool IsLostCrease(std::span<const Side> sides, const std::vector<CornerNormals>& normals,
+bool IsLostCrease(std::span<const Side> sides, std::span<const Point3> normals,
                   Surfaces& surfaces) {
   const Side& first = sides.front();
   return std::ranges::any_of(sides.subspan(1), [&](const Side& side) {
@@ -181,13 +198,13 @@ bool IsLostCrease(std::span<const Side> sides, const std::vector<CornerNormals>&
 }
 
 /// Whether a face with these normals is flat and looks the way that `first` does.
-bool IsFlatWith(const Point3& first, const CornerNormals& normals) {
+bool IsFlatWith(const Point3& first, std::span<const Point3> normals) {
   return std::ranges::all_of(normals, [&](const Point3& n) { return Agree(first, n); });
 }
 
 }  // namespace
 
-SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, const std::vector<CornerNormals>& normals) {
+SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, std::span<const Point3> normals) {
   Surfaces surfaces(mesh.faces.size());
   const SortedSides sides(mesh);
   std::vector<std::span<const Side>> broken;
@@ -204,13 +221,14 @@ SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, const std::vector<CornerNorm
     surfaceOf[face] = surfaces.Find(face);
 
   // No grouping can show on a surface that is flat.
+  const auto ofFace = [&normals](std::size_t face) { return normals.subspan(3 * face, 3); };
   std::vector<std::uint8_t> isCurved(surfaceOf.size());  // by the surface's representative
   for (std::size_t face = 0; face < surfaceOf.size(); ++face) {
     const std::uint32_t surface = surfaceOf[face];
     if (surface == face || isCurved[surface] != 0) continue;
-    const Point3& first = normals[surface][0];
+    const Point3& first = ofFace(surface)[0];
     isCurved[surface] =
-        !IsFlatWith(first, normals[face]) || !IsFlatWith(first, normals[surface]) ? 1 : 0;
+        !IsFlatWith(first, ofFace(face)) || !IsFlatWith(first, ofFace(surface)) ? 1 : 0;
   }
   for (std::uint32_t& surface : surfaceOf) {
     if (isCurved[surface] == 0) surface = kFlatFace;
@@ -218,7 +236,7 @@ SmoothSurfaces FindSmoothSurfaces(const Mesh& mesh, const std::vector<CornerNorm
   return result;
 }
 
-std::size_t RebuildSmoothing(Mesh& mesh, const std::vector<CornerNormals>& normals) {
+std::size_t RebuildSmoothing(Mesh& mesh, std::span<const Point3> normals) {
   const SmoothSurfaces surfaces = FindSmoothSurfaces(mesh, normals);
   AssignSmoothingBits(mesh, surfaces.surfaceOf);
   return surfaces.lostCreases;
