@@ -105,6 +105,12 @@ TEST(BinarySceneTest, NamesPlaceAndDefect) {
        "root.mesh.faces: bytes 32 to 52 are in another list, too"},
       {R"("vertices": {"offset": 0, "count": 3}, "textureVertices": {"offset": 0, "count": 3})",
        Lists(), "root.mesh.textureVertices: bytes 0 to 36 are in another list, too"},
+      {kMesh + R"(, "cornerNormals": {"offset": 80, "count": 1})", Lists(),
+       "root.mesh.cornerNormals: has 1 entry, must have three for each of 1 face"},
+      {kMesh + R"(, "cornerNormals": {"offset": 80, "count": 1})", with(21, 0x7FC00000),
+       "root.mesh.cornerNormals[0]: is not finite"},
+      {kMesh + R"(, "cornerNormals": {"offset": 12, "count": 3})", Lists(),
+       "root.mesh.cornerNormals: bytes 12 to 48 are in another list, too"},
       {R"("vertices": {"count": 3})", Lists(), "root.mesh.vertices: needs \"offset\""},
       {R"("vertices": {"offset": 3})", Lists(), "root.mesh.vertices: needs \"count\""},
       {R"("vertices": [[0, 0, 0]])", Lists(),
@@ -119,6 +125,27 @@ TEST(BinarySceneTest, NamesPlaceAndDefect) {
   EXPECT_THAT(BinaryDefect(Binary(shared, Lists()), {.mostBytes = 111}),
               testing::StartsWith("root.children[1].mesh: is too much: the meshes of all nodes may "
                                   "have 111 bytes together"));
+}
+
+// A fold over the edge 0-1, smooth in the corner normals and with other groups in the faces.
+TEST(BinarySceneTest, SmoothsByCornerNormals) {
+  Words words(12 + 12 + 18, 0);
+  words[3] = words[7] = words[8] = words[10] = words[11] = Bits(1);
+  const std::uint32_t faces[] = {0, 1, 2, 8, 7, 1, 0, 3, 16, 9};
+  std::ranges::copy(faces, words.begin() + 12);
+  for (std::size_t corner = 0; corner < 6; ++corner) {
+    words[24 + 3 * corner + (corner == 2 ? 2 : 1)] = Bits(1);
+  }
+  const std::string mesh =
+      R"("mesh": {"vertices": {"offset": 0, "count": 4}, "faces": {"offset": 48, "count": 2},
+                  "cornerNormals": {"offset": 96, "count": 6}})";
+  const std::string twoNodes = Root(R"("children": [{)" + mesh + "}, {" + mesh + "}]");
+  // The normals of a shared mesh take memory only once.
+  const Scene scene = ReadBinary(Binary(twoNodes, words), {.mostBytes = 2 * 88 + 72});
+  const auto& nodes = scene.root.children;
+  EXPECT_EQ(nodes[0].mesh, nodes[1].mesh);
+  EXPECT_THAT(nodes[0].mesh->faces,
+              ElementsAre(Face{{0, 1, 2}, 2, 7u << 16}, Face{{1, 0, 3}, 2, 9u << 16}));
 }
 
 TEST(BinarySceneTest, RefusesFilesOfOtherSizesAndVersions) {

@@ -80,6 +80,12 @@ TEST(ReadSceneFile, NamesPlaceAndDefect) {
        "has no entries, must have one for each of 1 face"},
       {OfMesh(textured + R"(, "textureFaces": [[0,1,0]])"),
        "textureFaces[0]: texture vertex index 1 is out of range (the mesh has 1 texture vertex)"},
+      {OfMesh(textured + R"(, "textureFaces": [[0,0,0]], "cornerNormals": [[0,0,1],[0,0,1]])"),
+       "root.mesh.cornerNormals: has 2 entries, must have three for each of 1 face"},
+      {OfMesh(R"("cornerNormals": [[0,0,1]])"),
+       "root.mesh.cornerNormals: has 1 entry, must have three for each of no faces"},
+      {OfMesh(R"("cornerNormals": [[0,0,1e39]])"),
+       "root.mesh.cornerNormals[0][2]: 1e39 is out of the range of 32-bit floats"},
       {Root(R"("object": "helper", "mesh": {"faces": [[0,0,0]]})"), "(the mesh has no vertices)"},
       {Document(R"("root": {"children": [{}, {"material": 2}]}, "materials": [{}, {}])"),
        "root.children[1].material: material index 2 is out of range (the scene has 2 materials)"},
@@ -103,6 +109,7 @@ TEST(ReadSceneFile, AcceptsWhatIsUnusual) {
                    "object": null, "mesh": null, "children": null)"),
         Root(R"("object": "none", "mesh": {"vertices": null, "faces": null})"),
         OfMesh(R"("textureVertices": [], "textureFaces": [[9, 9, 9]])"),
+        OfMesh(R"("vertices": [[0, 0, 0]], "faces": [[0, 0, 0]], "cornerNormals": [])"),
         Material(R"("name": null, "class": null, "ambient": null, "opacity": null, "shading": null,
                        "twoSided": null, "diffuseMap": null, "subMaterials": null)")}) {
     EXPECT_EQ(DefectOf(text), "") << text;

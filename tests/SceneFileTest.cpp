@@ -118,7 +118,8 @@ TEST(ReadSceneFile, ReadsTheListsOfMeshesTheSameOnBothWays) {
   } names[] = {{R"("vertices"     :)", R"("vert\u0069ces":)"},
                {R"("faces"     :)", R"("f\u0061ces":)"},
                {R"("textureVertices"     :)", R"("textureVert\u0069ces":)"},
-               {R"("textureFaces"     :)", R"("textureF\u0061ces":)"}};
+               {R"("textureFaces"     :)", R"("textureF\u0061ces":)"},
+               {R"("cornerNormals"     :)", R"("cornerNorm\u0061ls":)"}};
   const std::string usual[] = {"0", "1", "2"};
   std::vector<std::string> unusual{"", "\t0\r\n", "0 0", "\xFF"};
   std::istringstream words(
@@ -132,18 +133,19 @@ TEST(ReadSceneFile, ReadsTheListsOfMeshesTheSameOnBothWays) {
   int sound = 0;
   for (int i = 0; i < 2000; ++i) {
     const auto tuple = [&](unsigned size) {
-      if (random.Below(40) == 0) size = random.Below(7);
+      if (random.Below(60) == 0) size = random.Below(7);
       std::string text = "[";
       for (unsigned k = 0; k < size; ++k) {
         text += k == 0 ? "" : random.Below(4) == 0 ? "\n , " : ",";
-        text += random.Below(20) == 0 ? unusual[random.Below(unusual.size())] : usual[k % 3];
+        text += random.Below(40) == 0 ? unusual[random.Below(unusual.size())] : usual[k % 3];
       }
       return text + "]";
     };
     std::string plain;
     for (std::size_t list = 0; list < std::size(names); ++list) {
       plain += std::string(list == 0 ? "" : ", ") + names[list].plain + "\n[";
-      for (int k = 0; k < 3; ++k)
+      const int entries = list == 4 && random.Below(20) != 0 ? 9 : 3;
+      for (int k = 0; k < entries; ++k)
         plain += (k == 0 ? "" : ", ") + tuple(list == 1 ? 3 + random.Below(3) : 3);
       plain += "]";
     }

@@ -18,10 +18,11 @@ namespace {
 constexpr std::size_t kWord = sizeof(std::uint32_t);
 
 // The members of a mesh, in the order of its ranges, and the bytes of an entry of each.
-enum : std::size_t { kVertices, kFaces, kTextureVertices, kTextureFaces };
-constexpr const char* kNames[] = {"vertices", "faces", "textureVertices", "textureFaces"};
+enum : std::size_t { kVertices, kFaces, kTextureVertices, kTextureFaces, kCornerNormals };
+constexpr const char* kNames[] = {"vertices", "faces", "textureVertices", "textureFaces",
+                                  "cornerNormals"};
 constexpr std::uint64_t kEntryBytes[] = {sizeof(Point3), sizeof(Face), sizeof(Point3),
-                                         sizeof(TVFace)};
+                                         sizeof(TVFace), sizeof(Point3)};
 static_assert(sizeof(Point3) == 3 * kWord && sizeof(Face) == 5 * kWord &&
               sizeof(TVFace) == 3 * kWord);
 
@@ -34,15 +35,16 @@ std::shared_ptr<const Mesh> BinaryLists::ReadMesh(JsonValue& value) {
                       [&ranges, which](JsonValue& v) { ranges[which] = ReadRange(v); }};
   };
   value.ReadObject(member(kVertices), member(kFaces), member(kTextureVertices),
-                   member(kTextureFaces));
-  Count(value, ranges);
+                   member(kTextureFaces), member(kCornerNormals));
   const auto [entry, isNew] = meshes_.try_emplace(ranges);
+  Count(value, ranges, isNew);
   if (isNew) entry->second = ReadNew(value, ranges);
   return entry->second;
 }
 
-void BinaryLists::Count(const JsonValue& value, const Ranges& ranges) {
+void BinaryLists::Count(const JsonValue& value, const Ranges& ranges, bool isNew) {
   for (std::size_t i = 0; i < ranges.size(); ++i) {
+    if (i == kCornerNormals && !isNew) continue;  // they end up in the smoothing groups
     // One that reaches beyond the lists is refused later; only its product must not overflow.
     const std::uint64_t mostEntries = file_.ListBytes() / kEntryBytes[i] + 1;
     const std::uint64_t bytes = std::min(ranges[i].count, mostEntries) * kEntryBytes[i];
@@ -92,7 +94,9 @@ std::shared_ptr<const Mesh> BinaryLists::ReadNew(const JsonValue& value, const R
   mesh.tVerts = ReadPoints(value, kNames[kTextureVertices], ranges[kTextureVertices]);
   const JsonPlace texturePlace(value.Place(), kNames[kTextureFaces]);
   mesh.tvFace = ReadList<TVFace>(document, texturePlace, ranges[kTextureFaces]);
-  FinishMesh(value, mesh, ranges[kTextureFaces].isGiven);
+  const std::vector<Point3> cornerNormals =
+      ReadPoints(value, kNames[kCornerNormals], ranges[kCornerNormals]);
+  FinishMesh(value, mesh, ranges[kTextureFaces].isGiven, cornerNormals);
   return std::make_shared<const Mesh>(std::move(mesh));
 }
 

@@ -16,12 +16,12 @@
 namespace mapexport {
 
 /// Reads meshes whose lists are objects of "offset", in bytes from the start of the lists, and
-/// "count". Two meshes with the same four lists are one that is shared; otherwise no two lists may
+/// "count". Two meshes with the same five lists are one that is shared; otherwise no two lists may
 /// have a byte in common.
 class BinaryLists {
  public:
   /// `file` must outlive this object. The lists of all meshes together, where each use of a shared
-  /// mesh counts, may have `mostBytes`.
+  /// mesh counts (but its corner normals only once), may have `mostBytes`.
   BinaryLists(const BinarySceneFile& file, std::uint64_t mostBytes)
       : file_(file), mostBytes_(mostBytes), bytesLeft_(mostBytes) {}
 
@@ -39,11 +39,11 @@ class BinaryLists {
       return std::tie(a.offset, a.count, a.isGiven) < std::tie(b.offset, b.count, b.isGiven);
     }
   };
-  using Ranges = std::array<Range, 4>;
+  using Ranges = std::array<Range, 5>;
 
   static Range ReadRange(JsonValue& value);
-  /// Throws when the meshes so far have too many bytes.
-  void Count(const JsonValue& value, const Ranges& ranges);
+  /// Throws when the meshes so far have too many bytes. `isNew`: no mesh before had these ranges.
+  void Count(const JsonValue& value, const Ranges& ranges, bool isNew);
   std::shared_ptr<const Mesh> ReadNew(const JsonValue& value, const Ranges& ranges);
   std::vector<Point3> ReadPoints(const JsonValue& mesh, std::string_view name, const Range& range);
   template <class Element>

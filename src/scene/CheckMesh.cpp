@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "scene/smoothing/RebuildSmoothing.h"
+
 namespace mapexport {
 namespace {
 
@@ -36,14 +38,27 @@ void CheckTextureFaces(const JsonValue& value, const Mesh& mesh, bool given) {
   }
 }
 
+void CheckCornerNormals(const JsonValue& value, const Mesh& mesh, std::size_t count) {
+  if (count % 3 == 0 && count / 3 == mesh.faces.size()) return;
+  value.Document().Fail(
+      JsonPlace(value.Place(), "cornerNormals"),
+      fmt::format("has {}, must have three for each of {}", Count(count, "entry", "entries"),
+                  Count(mesh.faces.size(), "face", "faces")));
+}
+
 }  // namespace
 
-void FinishMesh(const JsonValue& value, Mesh& mesh, bool hasTextureFaces) {
+void FinishMesh(const JsonValue& value, Mesh& mesh, bool hasTextureFaces,
+                std::span<const Point3> cornerNormals) {
   CheckFaces(value, mesh);
   if (mesh.tVerts.empty()) {
     mesh.tvFace = {};
   } else {
     CheckTextureFaces(value, mesh, hasTextureFaces);
+  }
+  if (!cornerNormals.empty()) {
+    CheckCornerNormals(value, mesh, cornerNormals.size());
+    RebuildSmoothing(mesh, cornerNormals);
   }
 }
 

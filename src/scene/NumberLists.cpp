@@ -70,7 +70,8 @@ NumberLists::NumberLists(std::string_view text) {
     if (nameEnd == end) break;
     at = nameEnd + 1;
     const std::string_view name(nameBegin, nameEnd);
-    const bool ofPoints = name == "vertices" || name == "textureVertices";
+    const bool ofPoints =
+        name == "vertices" || name == "textureVertices" || name == "cornerNormals";
     if (!ofPoints && name != "faces" && name != "textureFaces") continue;
     const char* const list = FindArray(at);
     if (list == nullptr) continue;

@@ -16,8 +16,8 @@ namespace mapexport {
 /// parser, which has an empty array in place of each list. (The parser's index of a whole text
 /// would be larger than the text, and take longer than parsing these lists.)
 ///
-/// The lists are the arrays of members named "vertices", "faces", "textureVertices" and
-/// "textureFaces". The reader of such a member must ask ListAt first. A list stays in the rest when
+/// The lists are the arrays of members named "vertices", "faces", "textureVertices",
+/// "textureFaces" and "cornerNormals". The reader of such a member must ask ListAt first. A list stays in the rest when
 /// its member's name is written with escapes, or when ParseNumberList refuses it, so that no defect
 /// is hidden.
 class NumberLists {

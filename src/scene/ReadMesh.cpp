@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <vector>
 
 #include "scene/CheckMesh.h"
 
@@ -51,16 +52,20 @@ Point3 ReadPoint(JsonValue& value) {
 Mesh ReadMesh(JsonValue& value) {
   Mesh mesh;
   bool hasTextureFaces = false;
+  std::vector<Point3> cornerNormals;
   value.ReadObject(
       JsonMember{"vertices", [&](JsonValue& v) { mesh.verts = v.ReadMeshList<Point3>(ReadPoint); }},
       JsonMember{"faces", [&](JsonValue& v) { mesh.faces = v.ReadMeshList<Face>(ReadFace); }},
       JsonMember{"textureVertices",
                  [&](JsonValue& v) { mesh.tVerts = v.ReadMeshList<Point3>(ReadPoint); }},
-      JsonMember{"textureFaces", [&](JsonValue& v) {
+      JsonMember{"textureFaces",
+                 [&](JsonValue& v) {
                    mesh.tvFace = v.ReadMeshList<TVFace>(ReadTextureFace);
                    hasTextureFaces = true;
-                 }});
-  FinishMesh(value, mesh, hasTextureFaces);
+                 }},
+      JsonMember{"cornerNormals",
+                 [&](JsonValue& v) { cornerNormals = v.ReadMeshList<Point3>(ReadPoint); }});
+  FinishMesh(value, mesh, hasTextureFaces, cornerNormals);
   return mesh;
 }
 
