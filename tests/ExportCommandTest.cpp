@@ -180,8 +180,10 @@ TEST_F(ProgramTest, ListsBeyond16BitIndicesEndWith4) {
   EXPECT_THAT(exported.err,
               AllOf(HasSubstr("most vertices in \"Big\" (65538); the export's --split"),
                     HasSubstr("most triangles in \"Big\" (21846)\n")));
-  const std::vector<std::string> strict{"--fresh", "--no-weld", "--voxel-size", "1e6", "--strict"};
-  EXPECT_THAT(Export("none.qob", strict).err, HasSubstr("errors: list-too-long (2); --allow"));
+  const std::vector<std::string> strict{"--fresh",  "--no-weld",  "--voxel-size", "1e6",
+                                        "--strict", "--messages", "json"};
+  EXPECT_THAT(Export("none.qob", strict).err, AllOf(HasSubstr("errors: list-too-long (2); --allow"),
+                                                    HasSubstr(R"("nodes": ["Big"], "count": 1})")));
   EXPECT_FALSE(fs::exists(work_ / "none.qob"));
   const Outcome inspected = Run({"inspect", "long.qob", "--summary"});
   EXPECT_EQ(inspected.status, 4);

@@ -48,7 +48,21 @@ TEST_F(ProgramTest, EveryLineOfMessagesIsAnObject) {
     many += R"(, {"userProperties": "FloorFace", "name": ")" + std::string(1000, 'n') + "\"}";
   }
   Write(work_ / "many.scene.json", many + "]}}");
+  const std::string nodes = "nodes.scene.json";
+  Write(work_ / nodes, R"({"format": "mapexport-scene", "version": 1,
+    "root": {"children": [
+      {"name": "exclude", "children": [{"name": "below"}]},
+      {"name": "Empty", "object": "mesh", "children": [{"name": "lost"}]},
+      {"name": "Wall", "mesh": {"vertices": [[0, 0, 0], [100, 0, 0], [0, 100, 0]],
+        "faces": [[0, 1, 2], [0, 0, 0], [0, 0, 0]]}}]}})");
   const std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>> cases{
+      {{"export", nodes, "a.kob", "--fresh"},
+       {R"("nodes": ["exclude", "below"], "count": 2)", R"("nodes": ["lost"], "count": 1)",
+        R"("nodes": ["Wall"], "count": 2)",
+        R"("output": "a.kob", "bytes": 395, "triangles": 1, "batches": 1, )"
+        R"("collisionTriangles": 0})"}},
+      {{"export", nodes, "--output-folder", ".", "--fresh"},
+       {R"("output": "./nodes.kob", "bytes": 395)"}},
       {{"export", scene_, "a.kob", "--fresh", "--verbose", "--weld-distance", "0.51"},
        {"\"message-box\", \"text\": \"Results: ", "\"small-for-welding\"", "\"exported\"",
         "\"text\": \"times: ", "\"warning\"", "\"count\": 1}", "\"scene\": \"/"}},

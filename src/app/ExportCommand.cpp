@@ -90,7 +90,7 @@ struct ExportRun {
   std::function<void()> computed;      ///< called before files are put in place; may be empty
   std::vector<std::string> sideFiles;  ///< of the scene
   std::string rule;                    ///< of --depfile, if it is wanted
-  std::string exported;                ///< what the output is, once it is in its place
+  Remark exported = MakeNote("exported", "");  ///< what the output is, once it is in its place
 };
 
 void ShowStatus(ExportRun& run, const std::string& status) {
@@ -288,8 +288,8 @@ void Export(ExportRun& run) {
   PutInPlace(run, place, depFile, [&] {
     ShowStatus(run, "Exported " + sceneName);
     talk.TellSuccess();
-    run.exported = ExportedText(run.report);
-    if (!run.forCaller) run.messages.Note("exported", run.exported);
+    run.exported = ExportedNote(run.report);
+    if (!run.forCaller) run.messages.Tell(run.exported);
   });
 }
 

@@ -119,9 +119,17 @@ void Messages::PrintJson(std::string_view severity, std::string_view code, std::
     for (const std::string& node : remark->nodes) json.Text(node);
     json.Close(']');
   }
-  if (remark != nullptr) {
-    json.Key("count");
-    json.Number(remark->count);
+  const auto number = [&json](std::string_view key, std::uint64_t value) {
+    json.Key(key);
+    json.Number(value);
+  };
+  if (remark != nullptr) number("count", remark->count);
+  if (remark != nullptr && !remark->output.path.empty()) {
+    member("output", remark->output.path);
+    number("bytes", remark->output.bytes);
+    number("triangles", remark->output.triangles);
+    number("batches", remark->output.batches);
+    number("collisionTriangles", remark->output.collisionTriangles);
   }
   json.Close('}');
   WriteLines(line.str());

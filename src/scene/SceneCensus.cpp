@@ -4,15 +4,12 @@
 #include <limits>
 #include <string_view>
 
-#include <fmt/format.h>
-
 #include "system/Ascii.h"
-#include "system/PrintableText.h"
 
 namespace mapexport {
 namespace {
 
-constexpr std::size_t kNamedNodes = 5;
+constexpr std::size_t kMostLargest = 100;
 constexpr std::string_view kExclude = "exclude";
 
 class Box {
@@ -31,17 +28,18 @@ class Box {
   Point3 high_{-kInfinity, -kInfinity, -kInfinity};
 };
 
-/// The nodes below `node`.
-std::uint64_t NodesBelow(const SceneNode& node) {
-  std::uint64_t count = node.children.size();
-  for (const SceneNode& child : node.children) count += NodesBelow(child);
-  return count;
+/// Adds the names of the nodes below `node`.
+void AddBelow(const SceneNode& node, std::vector<std::string>& names) {
+  for (const SceneNode& child : node.children) {
+    names.push_back(child.name);
+    AddBelow(child, names);
+  }
 }
 
 void Count(const SceneNode& node, SceneCensus& census, Box& box) {
   if (node.object == SceneObject::kMesh) {
     if (node.mesh == nullptr || node.mesh->faces.empty()) {
-      census.unreached += NodesBelow(node);
+      AddBelow(node, census.unreached);
       return;
     }
     const Mesh& mesh = *node.mesh;
@@ -52,7 +50,8 @@ void Count(const SceneNode& node, SceneCensus& census, Box& box) {
   }
   for (const SceneNode& child : node.children) {
     if (StartsWithAnyCase(child.name, kExclude)) {
-      census.excluded += 1 + NodesBelow(child);
+      census.excluded.push_back(child.name);
+      AddBelow(child, census.excluded);
     } else {
       Count(child, census, box);
     }
@@ -70,19 +69,16 @@ SceneCensus CountScene(const Scene& scene) {
   return census;
 }
 
-std::string LargestNodes(const SceneCensus& census, std::uint64_t NodeCensus::*count) {
+std::vector<const NodeCensus*> LargestNodes(const SceneCensus& census,
+                                            std::uint64_t NodeCensus::*count) {
   std::vector<const NodeCensus*> nodes;
   for (const NodeCensus& node : census.nodes) {
     if (node.*count > 0) nodes.push_back(&node);
   }
   std::ranges::stable_sort(nodes, std::ranges::greater(),
                            [count](const NodeCensus* node) { return node->*count; });
-  nodes.resize(std::min(nodes.size(), kNamedNodes));
-  std::string text;
-  for (const NodeCensus* node : nodes) {
-    text += fmt::format("{}{} ({})", text.empty() ? "" : ", ", Quoted(node->name), node->*count);
-  }
-  return text;
+  nodes.resize(std::min(nodes.size(), kMostLargest));
+  return nodes;
 }
 
 }  // namespace mapexport

@@ -20,10 +20,10 @@ struct SceneCensus {
   std::vector<NodeCensus> nodes;  ///< in the order of the export
   std::uint64_t vertices = 0;
   std::uint64_t triangles = 0;
-  std::uint64_t materials = 0;  ///< all of the scene, used or not
-  std::uint64_t excluded = 0;   ///< nodes named "exclude...", and all below them
-  std::uint64_t unreached = 0;  ///< nodes below a mesh object without a triangle
-  float extent = 0;             ///< the longest edge of the box around all vertices, in the world
+  std::uint64_t materials = 0;         ///< all of the scene, used or not
+  std::vector<std::string> excluded;   ///< nodes named "exclude...", and all below them
+  std::vector<std::string> unreached;  ///< nodes below a mesh object without a triangle
+  float extent = 0;  ///< the longest edge of the box around all vertices, in the world
 };
 
 /// Walks the scene as the exporter does: a node named "exclude..." and everything below it, and
@@ -31,8 +31,8 @@ struct SceneCensus {
 /// counts only as such.
 SceneCensus CountScene(const Scene& scene);
 
-/// The five nodes with the largest `count`, largest first: "\"Floor\" (40000), \"Wall\" (30000)".
-/// Nodes with 0 are left out.
-std::string LargestNodes(const SceneCensus& census, std::uint64_t NodeCensus::*count);
+/// The hundred nodes with the largest `count`, largest first. Nodes with 0 are left out.
+std::vector<const NodeCensus*> LargestNodes(const SceneCensus& census,
+                                            std::uint64_t NodeCensus::*count);
 
 }  // namespace mapexport

@@ -13,6 +13,15 @@ namespace mapexport {
 
 enum class RemarkKind { kNote, kWarning };
 
+/// An output that was put in place.
+struct PlacedOutput {
+  std::string path;  ///< as given; empty: none was put in place
+  std::uint64_t bytes = 0;
+  std::uint64_t triangles = 0;  ///< that are drawn
+  std::uint64_t batches = 0;
+  std::uint64_t collisionTriangles = 0;  ///< that are not drawn
+};
+
 struct Remark {
   RemarkKind kind = RemarkKind::kWarning;
   std::string code;  ///< one of kRemarkCodes, for programs
@@ -23,16 +32,17 @@ struct Remark {
   std::uint64_t stands = 1;  ///< how many remarks of its code it sums up (LimitRemarks)
   /// Names of the nodes that it is about, where it is about nodes.
   std::vector<std::string> nodes = {};
+  PlacedOutput output = {};  ///< of the remark "exported"
 };
 
 using Remarks = std::vector<Remark>;
 
 inline Remark MakeWarning(RemarkCode code, std::string text, std::uint64_t count = 1) {
-  return {RemarkKind::kWarning, code.Text(), std::move(text), count, 1, {}};
+  return {RemarkKind::kWarning, code.Text(), std::move(text), count, 1, {}, {}};
 }
 
 inline Remark MakeNote(RemarkCode code, std::string text, std::uint64_t count = 1) {
-  return {RemarkKind::kNote, code.Text(), std::move(text), count, 1, {}};
+  return {RemarkKind::kNote, code.Text(), std::move(text), count, 1, {}, {}};
 }
 
 /// The sum of two counts, or the largest number if that overflows: the counts come from a reader

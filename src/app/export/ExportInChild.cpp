@@ -25,8 +25,14 @@ constexpr std::uint64_t kMostShown = std::uint64_t{64} << 20;
 std::string ToBytes(const SceneResult& result) {
   std::string bytes;
   PutNumber(bytes, static_cast<std::uint64_t>(result.status));
-  for (const std::string* text : {&result.error, &result.rule, &result.exported, &result.report}) {
+  for (const std::string* text : {&result.error, &result.rule, &result.exported.text,
+                                  &result.report, &result.exported.output.path}) {
     PutText(bytes, *text);
+  }
+  for (const std::uint64_t number :
+       {result.exported.output.bytes, result.exported.output.triangles,
+        result.exported.output.batches, result.exported.output.collisionTriangles}) {
+    PutNumber(bytes, number);
   }
   PutNumber(bytes, result.lacksFiles ? 1 : 0);
   PutNumber(bytes, result.savedSettings ? 1 : 0);
@@ -41,8 +47,14 @@ SceneResult ResultOf(const std::string& bytes) {
   MessageParts parts(bytes);
   SceneResult result;
   result.status = static_cast<ExitStatus>(parts.Number());
-  for (std::string* text : {&result.error, &result.rule, &result.exported, &result.report}) {
+  for (std::string* text : {&result.error, &result.rule, &result.exported.text, &result.report,
+                            &result.exported.output.path}) {
     *text = parts.Text();
+  }
+  for (std::uint64_t* number :
+       {&result.exported.output.bytes, &result.exported.output.triangles,
+        &result.exported.output.batches, &result.exported.output.collisionTriangles}) {
+    *number = parts.Number();
   }
   result.lacksFiles = parts.Number() != 0;
   result.savedSettings = parts.Number() != 0;

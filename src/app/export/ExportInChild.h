@@ -8,6 +8,7 @@
 #include "app/export/ExportArguments.h"
 #include "cli/ExitStatus.h"
 #include "settings/SettingsStore.h"
+#include "system/Remark.h"
 #include "worker/RunInChild.h"
 
 namespace mapexport {
@@ -15,9 +16,9 @@ namespace mapexport {
 /// What became of one scene.
 struct SceneResult {
   ExitStatus status = ExitStatus::kFailed;
-  std::string error;     ///< why it failed, in one line
-  std::string rule;      ///< of --depfile
-  std::string exported;  ///< one line on the output
+  std::string error;  ///< why it failed, in one line
+  std::string rule;   ///< of --depfile
+  Remark exported = MakeNote("exported", "");
   std::string report;
   std::vector<std::string> sideFiles;     ///< that the scene was read from
   std::vector<std::string> dependencies;  ///< all that the output depends on, if it was made

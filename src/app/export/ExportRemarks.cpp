@@ -71,10 +71,12 @@ void WarnOfLoss(const RunReport& report, float weldDistance, const ExporterTalk&
   const std::uint64_t triangles = report.before->triangles;
   const std::uint64_t degenerate = talk.DegenerateTriangles();
   if (degenerate >= kFewDegenerate && degenerate * kDegeneratePart > triangles) {
-    messages.Warning("few-triangles-left",
-                     fmt::format("{}: {} of {} triangles have no area and are left out",
-                                 report.output, degenerate, triangles),
-                     degenerate);
+    Remark remark = MakeWarning("few-triangles-left",
+                                fmt::format("{}: {} of {} triangles have no area and are left out",
+                                            report.output, degenerate, triangles),
+                                degenerate);
+    remark.nodes = talk.DegenerateNodes();
+    messages.Tell(std::move(remark));
   }
 }
 
@@ -135,19 +137,19 @@ void WarnOfBatches(const RunReport& report, float voxelSize, Messages& messages)
 }  // namespace
 
 void RemarkOnCensus(const SceneCensus& census, const std::string& name, Messages& messages) {
-  if (census.excluded > 0) {
-    messages.Note("left-out-excluded",
-                  fmt::format("{}: {} left out: named \"exclude...\", or below such a node", name,
-                              Counted(census.excluded, "node")),
-                  census.excluded);
-  }
-  if (census.unreached > 0) {
-    messages.Warning("left-out-unreached",
-                     fmt::format("{}: {} left out: the exporter does not visit nodes below a mesh "
-                                 "without triangles",
-                                 name, Counted(census.unreached, "node")),
-                     census.unreached);
-  }
+  Remarks remarks;
+  const auto add = [&](Remark remark, const std::vector<std::string>& nodes) {
+    if (nodes.empty()) return;
+    remark.text = fmt::format("{} left out: {}", Counted(nodes.size(), "node"), remark.text);
+    remark.count = nodes.size();
+    remark.nodes = nodes;
+    remarks.push_back(std::move(remark));
+  };
+  add(MakeNote("left-out-excluded", "named \"exclude...\", or below such a node"), census.excluded);
+  add(MakeWarning("left-out-unreached",
+                  "the exporter does not visit nodes below a mesh without triangles"),
+      census.unreached);
+  messages.TellAll(name, std::move(remarks));
 }
 
 void RemarkOnExport(const RunReport& report, const ExportSystem::Values& values,
@@ -161,15 +163,20 @@ void RemarkOnExport(const RunReport& report, const ExportSystem::Values& values,
   }
 }
 
-std::string ExportedText(const RunReport& report) {
+Remark ExportedNote(const RunReport& report) {
   const ModelCounts& counts = report.after;
   const std::string undrawn =
       counts.faces > counts.batchFaces
           ? fmt::format(", {} for collision only", counts.faces - counts.batchFaces)
           : "";
-  return fmt::format("{}: {} in {}{}, {}", report.output, Counted(counts.batchFaces, "triangle"),
-                     counts.batches == 1 ? "1 batch" : fmt::format("{} batches", counts.batches),
-                     undrawn, SizeText(report.bytes));
+  Remark remark = MakeNote(
+      "exported",
+      fmt::format("{}: {} in {}{}, {}", report.output, Counted(counts.batchFaces, "triangle"),
+                  counts.batches == 1 ? "1 batch" : fmt::format("{} batches", counts.batches),
+                  undrawn, SizeText(report.bytes)));
+  remark.output = {report.output, report.bytes, counts.batchFaces, counts.batches,
+                   counts.faces - std::min(counts.batchFaces, counts.faces)};
+  return remark;
 }
 
 }  // namespace mapexport

@@ -19,7 +19,7 @@ void RemarkOnCensus(const SceneCensus& census, const std::string& name, Messages
 void RemarkOnExport(const RunReport& report, const ExportSystem::Values& values,
                     const ExporterTalk& talk, Messages& messages);
 
-/// What the output is: its name, triangles and size.
-std::string ExportedText(const RunReport& report);
+/// What the output is: its name, triangles and size; also as numbers.
+Remark ExportedNote(const RunReport& report);
 
 }  // namespace mapexport

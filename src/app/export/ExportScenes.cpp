@@ -161,7 +161,7 @@ void ScenesRun::Take(std::size_t index, const ChildOutcome& outcome) {
     messages.Error("failed", result.error);
     ++failed_;
   } else {
-    messages.Note("exported", result.exported);
+    messages.Tell(result.exported);
   }
   ++ended_;
   savedSettings_ = savedSettings_ || result.savedSettings;

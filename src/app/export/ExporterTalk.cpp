@@ -69,6 +69,11 @@ void ExporterTalk::HearDebugOutput(const std::string& text) {
   while (line.ends_with('\n')) line.remove_suffix(1);
   if (line.starts_with(kInvalidFace)) {
     ++invalidFaces_;
+    line.remove_prefix(kInvalidFace.size());
+    // Those of a node follow each other.
+    if (degenerateNodes_.empty() || degenerateNodes_.back() != line) {
+      degenerateNodes_.emplace_back(line);
+    }
   } else if (line.starts_with(kNoLog) && line.ends_with(']')) {
     hasLog_ = false;
     log_.WarnOfNone(messages_);
@@ -100,10 +105,12 @@ void ExporterTalk::PrintCounts() {
                                           "terminal"
                                         : "");
   }
-  messages_.Note("left-out-degenerate-triangles",
-                 fmt::format("{} degenerate triangle{} left out{}", invalidFaces_,
-                             invalidFaces_ == 1 ? " was" : "s were", where),
-                 invalidFaces_);
+  Remark remark = MakeNote("left-out-degenerate-triangles",
+                           fmt::format("{} degenerate triangle{} left out{}", invalidFaces_,
+                                       invalidFaces_ == 1 ? " was" : "s were", where),
+                           invalidFaces_);
+  remark.nodes = degenerateNodes_;
+  messages_.Tell(std::move(remark));
 }
 
 void ExporterTalk::TellSuccess() const {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "app/Messages.h"
 #include "app/export/ExporterLog.h"
@@ -43,6 +44,8 @@ class ExporterTalk {
   const std::optional<FaceCounts>& Faces() const { return faces_; }
   /// The triangles without an area, which the exporter leaves out.
   std::uint64_t DegenerateTriangles() const { return invalidFaces_; }
+  /// The names of the nodes that have them, as the log has them.
+  const std::vector<std::string>& DegenerateNodes() const { return degenerateNodes_; }
 
   /// Prints one note for all messages that are only counted.
   void PrintCounts();
@@ -62,6 +65,7 @@ class ExporterTalk {
   std::string successText_;
   std::string exception_;
   std::uint64_t invalidFaces_ = 0;
+  std::vector<std::string> degenerateNodes_;
   std::optional<FaceCounts> faces_;
 };
 

@@ -8,18 +8,28 @@
 #include <fmt/format.h>
 
 #include "modelreader/OverlongLists.h"
+#include "system/PrintableText.h"
 
 namespace mapexport {
 namespace {
 
-/// The nodes of the scene that fill `list` most, as the end of a line. Points come from the nodes'
-/// vertices; faces and their corners from the triangles.
-std::string Culprits(const OverlongList& list, const SceneCensus& census) {
+/// Adds the nodes of the scene that fill `list` most. Points come from the nodes' vertices; faces
+/// and their corners from the triangles.
+void NameCulprits(const OverlongList& list, const SceneCensus& census, Remark& remark) {
+  constexpr std::size_t kMostInText = 5;
   const bool ofPoints =
       list.place.ends_with(".vertices") || list.place.ends_with(".collisionPoints");
-  return fmt::format(
-      "; the scene has most {} in {}", ofPoints ? "vertices" : "triangles",
-      LargestNodes(census, ofPoints ? &NodeCensus::vertices : &NodeCensus::triangles));
+  const auto count = ofPoints ? &NodeCensus::vertices : &NodeCensus::triangles;
+  std::string names;
+  for (const NodeCensus* node : LargestNodes(census, count)) {
+    if (remark.nodes.size() < kMostInText) {
+      names +=
+          fmt::format("{}{} ({})", names.empty() ? "" : ", ", Quoted(node->name), node->*count);
+    }
+    remark.nodes.push_back(node->name);
+  }
+  remark.text +=
+      fmt::format("; the scene has most {} in {}", ofPoints ? "vertices" : "triangles", names);
 }
 
 }  // namespace
@@ -36,9 +46,10 @@ ExitStatus WarnOfModel(std::span<const ModelProblem> problems, const ModelLength
   }
   std::string_view advice = "; the export's --split divides the group";
   for (const OverlongList& list : overlong) {
-    messages.Warning("list-too-long", fmt::format("{}: {}{}{}", name, ToLine(list),
-                                                  census == nullptr ? "" : Culprits(list, *census),
-                                                  std::exchange(advice, "")));
+    Remark remark = MakeWarning("list-too-long", fmt::format("{}: {}", name, ToLine(list)));
+    if (census != nullptr) NameCulprits(list, *census, remark);
+    remark.text += std::exchange(advice, "");
+    messages.Tell(std::move(remark));
   }
   return overlong.empty() ? ExitStatus::kDone : ExitStatus::kOverlongLists;
 }

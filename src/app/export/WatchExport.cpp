@@ -192,7 +192,8 @@ void Watch::Take(SceneResult result, std::int64_t started) {
   if (failed) {
     messages_.Error("failed", fmt::format("{} {}", time, result.error));
   } else {
-    messages_.Note("exported", fmt::format("{} {}", time, result.exported));
+    result.exported.text = fmt::format("{} {}", time, result.exported.text);
+    messages_.Tell(result.exported);
   }
   lacksFiles_ = failed || result.lacksFiles;
   if (!lacksFiles_) exported_.others.clear();
