@@ -55,7 +55,16 @@ TEST_F(ProgramTest, EveryLineOfMessagesIsAnObject) {
       {"name": "Empty", "object": "mesh", "children": [{"name": "lost"}]},
       {"name": "Wall", "mesh": {"vertices": [[0, 0, 0], [100, 0, 0], [0, 100, 0]],
         "faces": [[0, 1, 2], [0, 0, 0], [0, 0, 0]]}}]}})");
+  const std::string creased = "creased.scene.json";  // in four smooth faces around vertex 0
+  Write(work_ / creased, R"({"format": "mapexport-scene", "version": 1, "root": {"name": "Tent",
+    "mesh": {"vertices": [[0, 0, 9], [9, 0, 0], [0, 9, 0], [-9, 0, 0], [0, -9, 0]],
+      "faces": [[0, 1, 2], [0, 2, 3], [0, 3, 4], [0, 4, 1]],
+      "cornerNormals": [[0, 0, 1], [0, 9, 1], [0, 1, 1], [0, 0, 1], [0, 1, 1], [-1, 0, 1],
+        [0, 0, 1], [-1, 0, 1], [0, -1, 1], [0, 0, 1], [0, -1, 1], [0, -9, 1]]}}})");
   const std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>> cases{
+      {{"export", creased, "a.kob", "--fresh"},
+       {R"("code": "left-out", "text": "creased.scene.json: left out: 1 hard edge within a smooth )"
+        R"(surface", "scene": "creased.scene.json", "nodes": ["Tent"], "count": 1})"}},
       {{"export", nodes, "a.kob", "--fresh"},
        {R"("nodes": ["exclude", "below"], "count": 2)", R"("nodes": ["lost"], "count": 1)",
         R"("nodes": ["Wall"], "count": 2)",

@@ -1,9 +1,13 @@
 #include "app/LoadScene.h"
 
+#include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
+#include "importer/LeftOut.h"
 #include "importer/SourceFile.h"
 #include "scene/IdleKeywords.h"
 #include "scene/KeywordFile.h"
@@ -41,6 +45,17 @@ void WarnOfConfinement(const Confinement& confinement, const std::string& path,
                                                       StateOf(confinement), lacks));
 }
 
+/// Adds the creases that the meshes of `node` and below have lost, and the names of these nodes. A
+/// mesh that several nodes share counts once.
+void AddLostCreases(const SceneNode& node, std::set<const Mesh*>& counted, std::size_t& creases,
+                    std::vector<std::string>& names) {
+  if (node.mesh != nullptr && node.lostCreases > 0) {
+    if (counted.insert(node.mesh.get()).second) creases += node.lostCreases;
+    names.push_back(node.name);
+  }
+  for (const SceneNode& child : node.children) AddLostCreases(child, counted, creases, names);
+}
+
 LoadedScene LoadSceneFile(const SceneSource& source, Messages& messages) {
   if (source.import.up != UpAxis::kAuto || source.import.scale || source.import.skipHidden) {
     messages.Warning(
@@ -53,6 +68,15 @@ LoadedScene LoadSceneFile(const SceneSource& source, Messages& messages) {
   Remarks remarks;
   for (NearKeyword& near : FindNearKeywords(loaded.scene)) {
     remarks.push_back(Describe(std::move(near)));
+  }
+  LeftOut leftOut;
+  std::set<const Mesh*> counted;
+  std::vector<std::string> names;
+  AddLostCreases(loaded.scene.root, counted, leftOut.creases, names);
+  if (leftOut.creases > 0) {
+    leftOut.AddSummary(remarks);
+    remarks.back().nodes = std::move(names);
+    loaded.leftOut = leftOut.Items();
   }
   messages.TellAll(source.path, std::move(remarks));
   return loaded;

@@ -17,7 +17,7 @@ namespace mapexport {
 
 struct LoadedScene {
   Scene scene;
-  Remarks leftOut;                         ///< how much of a foreign scene is left out, by kind
+  Remarks leftOut;                         ///< how much of the scene is left out, by kind
   std::vector<std::string> sideFiles;      ///< other files that were read, as paths to open
   std::optional<Confinement> confinement;  ///< for a foreign scene
 };

@@ -9,7 +9,6 @@
 
 #include <fmt/format.h>
 
-#include "scene/CheckMesh.h"
 #include "system/IsFinite.h"
 
 namespace mapexport {
@@ -28,7 +27,7 @@ static_assert(sizeof(Point3) == 3 * kWord && sizeof(Face) == 5 * kWord &&
 
 }  // namespace
 
-std::shared_ptr<const Mesh> BinaryLists::ReadMesh(JsonValue& value) {
+FileMesh BinaryLists::ReadMesh(JsonValue& value) {
   Ranges ranges;
   const auto member = [&ranges](std::size_t which) {
     return JsonMember{kNames[which],
@@ -76,7 +75,7 @@ BinaryLists::Range BinaryLists::ReadRange(JsonValue& value) {
   return range;
 }
 
-std::shared_ptr<const Mesh> BinaryLists::ReadNew(const JsonValue& value, const Ranges& ranges) {
+FileMesh BinaryLists::ReadNew(const JsonValue& value, const Ranges& ranges) {
   JsonDocument& document = value.Document();
   Mesh mesh;
   mesh.verts = ReadPoints(value, kNames[kVertices], ranges[kVertices]);
@@ -96,8 +95,7 @@ std::shared_ptr<const Mesh> BinaryLists::ReadNew(const JsonValue& value, const R
   mesh.tvFace = ReadList<TVFace>(document, texturePlace, ranges[kTextureFaces]);
   const std::vector<Point3> cornerNormals =
       ReadPoints(value, kNames[kCornerNormals], ranges[kCornerNormals]);
-  FinishMesh(value, mesh, ranges[kTextureFaces].isGiven, cornerNormals);
-  return std::make_shared<const Mesh>(std::move(mesh));
+  return FinishMesh(value, std::move(mesh), ranges[kTextureFaces].isGiven, cornerNormals);
 }
 
 std::vector<Point3> BinaryLists::ReadPoints(const JsonValue& mesh, std::string_view name,

@@ -4,13 +4,13 @@
 #include <array>
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <string_view>
 #include <tuple>
 #include <vector>
 
 #include "host/Mesh.h"
 #include "scene/BinarySceneFile.h"
+#include "scene/CheckMesh.h"
 #include "scene/JsonValue.h"
 
 namespace mapexport {
@@ -27,7 +27,7 @@ class BinaryLists {
 
   /// The mesh that `value` describes, checked. Throws SceneError. Takes logarithmic time beside
   /// what reading the lists takes.
-  std::shared_ptr<const Mesh> ReadMesh(JsonValue& value);
+  FileMesh ReadMesh(JsonValue& value);
 
  private:
   struct Range {
@@ -44,7 +44,7 @@ class BinaryLists {
   static Range ReadRange(JsonValue& value);
   /// Throws when the meshes so far have too many bytes. `isNew`: no mesh before had these ranges.
   void Count(const JsonValue& value, const Ranges& ranges, bool isNew);
-  std::shared_ptr<const Mesh> ReadNew(const JsonValue& value, const Ranges& ranges);
+  FileMesh ReadNew(const JsonValue& value, const Ranges& ranges);
   std::vector<Point3> ReadPoints(const JsonValue& mesh, std::string_view name, const Range& range);
   template <class Element>
   std::vector<Element> ReadList(const JsonDocument& document, const JsonPlace& place,
@@ -56,7 +56,7 @@ class BinaryLists {
   const BinarySceneFile& file_;
   std::uint64_t mostBytes_;
   std::uint64_t bytesLeft_;
-  std::map<Ranges, std::shared_ptr<const Mesh>> meshes_;
+  std::map<Ranges, FileMesh> meshes_;
   std::map<std::uint64_t, std::uint64_t> taken_;  ///< the bytes of each list: begin, end
 };
 

@@ -1,5 +1,7 @@
 #include "scene/CheckMesh.h"
 
+#include <utility>
+
 #include <fmt/format.h>
 
 #include "scene/smoothing/RebuildSmoothing.h"
@@ -48,8 +50,9 @@ void CheckCornerNormals(const JsonValue& value, const Mesh& mesh, std::size_t co
 
 }  // namespace
 
-void FinishMesh(const JsonValue& value, Mesh& mesh, bool hasTextureFaces,
-                std::span<const Point3> cornerNormals) {
+FileMesh FinishMesh(const JsonValue& value, Mesh mesh, bool hasTextureFaces,
+                    std::span<const Point3> cornerNormals) {
+  FileMesh result;
   CheckFaces(value, mesh);
   if (mesh.tVerts.empty()) {
     mesh.tvFace = {};
@@ -58,8 +61,10 @@ void FinishMesh(const JsonValue& value, Mesh& mesh, bool hasTextureFaces,
   }
   if (!cornerNormals.empty()) {
     CheckCornerNormals(value, mesh, cornerNormals.size());
-    RebuildSmoothing(mesh, cornerNormals);
+    result.lostCreases = RebuildSmoothing(mesh, cornerNormals);
   }
+  result.mesh = std::make_shared<const Mesh>(std::move(mesh));
+  return result;
 }
 
 std::string Count(std::size_t count, std::string_view one, std::string_view many) {

@@ -4,9 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <utility>
 #include <vector>
-
-#include "scene/CheckMesh.h"
 
 namespace mapexport {
 namespace {
@@ -49,7 +48,7 @@ Point3 ReadPoint(JsonValue& value) {
   return {numbers[0], numbers[1], numbers[2]};
 }
 
-Mesh ReadMesh(JsonValue& value) {
+FileMesh ReadMesh(JsonValue& value) {
   Mesh mesh;
   bool hasTextureFaces = false;
   std::vector<Point3> cornerNormals;
@@ -65,8 +64,7 @@ Mesh ReadMesh(JsonValue& value) {
                  }},
       JsonMember{"cornerNormals",
                  [&](JsonValue& v) { cornerNormals = v.ReadMeshList<Point3>(ReadPoint); }});
-  FinishMesh(value, mesh, hasTextureFaces, cornerNormals);
-  return mesh;
+  return FinishMesh(value, std::move(mesh), hasTextureFaces, cornerNormals);
 }
 
 }  // namespace mapexport

@@ -1,8 +1,8 @@
 // Reads the lists of meshes where a scene file has them as text.
 #pragma once
 
-#include "host/Mesh.h"
 #include "host/Point3.h"
+#include "scene/CheckMesh.h"
 #include "scene/JsonValue.h"
 
 namespace mapexport {
@@ -11,6 +11,6 @@ namespace mapexport {
 Point3 ReadPoint(JsonValue& value);
 
 /// A mesh, checked. Throws SceneError.
-Mesh ReadMesh(JsonValue& value);
+FileMesh ReadMesh(JsonValue& value);
 
 }  // namespace mapexport

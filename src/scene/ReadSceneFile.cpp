@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -94,7 +95,7 @@ SceneMaterial ReadMaterial(JsonValue& value) {
 }
 
 // Reads a member "mesh" in the form that the file has.
-using MeshReader = std::function<std::shared_ptr<const Mesh>(JsonValue& mesh)>;
+using MeshReader = std::function<FileMesh(JsonValue& mesh)>;
 
 // Counts nodes and materials.
 class ItemCount {
@@ -142,7 +143,12 @@ bool ReadNodeMembers(OpenNode& open, const MeshReader& readMesh) {
         JsonMember{
             "object",
             [&](JsonValue& v) { open.object = static_cast<SceneObject>(v.ReadChoice(kObjects)); }},
-        JsonMember{"mesh", [&](JsonValue& v) { node.mesh = readMesh(v); }},
+        JsonMember{"mesh",
+                   [&](JsonValue& v) {
+                     FileMesh read = readMesh(v);
+                     node.mesh = std::move(read.mesh);
+                     node.lostCreases = read.lostCreases;
+                   }},
         JsonMember{"children", [&](JsonValue& v) { open.children.emplace(v); }});
     if (!more) return false;
   }
@@ -263,9 +269,7 @@ Scene ReadSceneFile(const std::string& path, const SceneLimits& limits) {
     if (IsBinarySceneFile(path)) return ReadBinaryScene(OpenToRead(path), path, limits);
     const FileText text(path, JsonDocument::CheckBeginning);
     JsonDocument document(path, text, kMaxJsonDepth);
-    return ReadScene(
-        document, [](JsonValue& v) { return std::make_shared<const Mesh>(ReadMesh(v)); },
-        limits.mostItems);
+    return ReadScene(document, ReadMesh, limits.mostItems);
   } catch (const std::bad_alloc&) {
     throw SceneError(path + ": there is not enough memory to read it");
   }
