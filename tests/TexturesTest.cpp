@@ -39,7 +39,8 @@ TEST_F(ProgramTest, TexturesAreFoundAsEnginesFindThemAndCopied) {
   EXPECT_THAT(report({"--copy-textures", "out"}), Not(HasSubstr("textures-copied")));
   EXPECT_THAT(report({"--textures", "a", "--textures", "b"}),
               AllOf(HasSubstr(R"("file": "b/wood.jpg", "bytes": 10})"),
-                    HasSubstr("\"wall.v2.png\" of material \"A\" is not found in a, b")));
+                    HasSubstr("\"wall.v2.png\" of material \"A\" is not found in a, b"),
+                    HasSubstr("\"nodes\": [\n    \"defaultobject\"\n   ]}")));
 
   Write(work_ / "maps/WOOD.png", "new");
   EXPECT_THAT(report({"--copy-textures", "out"}), HasSubstr("another file with this name"));

@@ -242,7 +242,7 @@ void Export(ExportRun& run) {
   ExportSystem system(SystemOptions(run, talk), settings, run.stages, log);
   run.stages.Begin("exporting");
   CallExporter(loaded.scene, arguments.longestList, place.Folder(), givenName, system, log);
-  const std::vector<std::string> pictures = PicturePaths(loaded.scene);
+  const SceneTextures textures = TexturesOf(loaded.scene);
   loaded.scene = {};  // free memory for the check
   const ExportSystem::Values values = system.DialogValues().value_or(ExportSystem::Values());
   if (system.DialogValues()) {
@@ -278,7 +278,7 @@ void Export(ExportRun& run) {
   run.shapingFiles = ShapingFiles(arguments, std::move(loaded.sideFiles),
                                   talk.CxpFailed() ? std::string() : values.cxp);
   run.report.dependencies = Dependencies(arguments, run.shapingFiles);
-  run.report.textures = FindTextures(GroupByTexture(checked.lengths.texturedMaterials), pictures,
+  run.report.textures = FindTextures(GroupByTexture(checked.lengths.texturedMaterials), textures,
                                      arguments, run.messages);
   const std::vector<TextureCopy> copies = TakeTextures(run, target, depFile);
   run.stages.End();

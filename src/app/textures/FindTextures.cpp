@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -33,10 +34,12 @@ void RequireFolder(const std::string& path) {
 
 class Search {
  public:
-  Search(std::span<const std::string> pictures, const ExportArguments& arguments)
-      : folders_(arguments.textures), sceneFolder_(FolderPart(arguments.scene.path)) {
+  Search(const SceneTextures& scene, const ExportArguments& arguments)
+      : scene_(scene),
+        folders_(arguments.textures),
+        sceneFolder_(FolderPart(arguments.scene.path)) {
     if (!folders_.empty()) return;
-    for (const std::string& picture : pictures) {
+    for (const std::string& picture : scene.pictures) {
       std::vector<std::string>& paths = pictures_[KeyOf(picture)];
       if (std::ranges::find(paths, picture) == paths.end()) paths.push_back(picture);
     }
@@ -60,6 +63,14 @@ class Search {
                         : fmt::format(" and {} more", use.texture.materials.size() - 1),
                     folders_.empty() ? "where the scene names it or beside the scene"
                                      : fmt::format("in {}", fmt::join(folders_, ", ")))));
+    std::vector<std::string>& nodes = remarks.back().nodes;
+    for (const std::string& material : use.texture.materials) {
+      const auto found = scene_.nodesOf.find(material);
+      if (found == scene_.nodesOf.end()) continue;
+      nodes.insert(nodes.end(), found->second.begin(), found->second.end());
+    }
+    std::ranges::sort(nodes);
+    nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
     return use;
   }
 
@@ -98,28 +109,52 @@ class Search {
     return std::nullopt;
   }
 
+  const SceneTextures& scene_;
   const std::vector<std::string>& folders_;
   const std::string sceneFolder_;
   std::map<std::string, std::vector<std::string>> pictures_;  ///< by their names
   TextureFolders files_;
 };
 
+/// Indices of the materials of the node's faces, each once.
+std::set<int> MaterialsOf(const Scene& scene, const SceneNode& node) {
+  std::set<int> indices;
+  if (node.material < 0 || node.mesh == nullptr) return indices;
+  const SceneMaterial& material = scene.materials[static_cast<std::size_t>(node.material)];
+  if (material.materialClass != SceneMaterialClass::kMulti) return {node.material};
+  std::vector<bool> isUsed(material.subMaterials.size());
+  for (const Face& face : node.mesh->faces) {
+    if (face.MatID() < isUsed.size()) isUsed[face.MatID()] = true;
+  }
+  for (std::size_t id = 0; id < isUsed.size(); ++id) {
+    if (isUsed[id] && material.subMaterials[id] >= 0) indices.insert(material.subMaterials[id]);
+  }
+  return indices;
+}
+
+void AddNodes(const Scene& scene, const SceneNode& node, SceneTextures& textures) {
+  for (const int material : MaterialsOf(scene, node)) {
+    textures.nodesOf[scene.materials[static_cast<std::size_t>(material)].name].push_back(node.name);
+  }
+  for (const SceneNode& child : node.children) AddNodes(scene, child, textures);
+}
+
 }  // namespace
 
-std::vector<std::string> PicturePaths(const Scene& scene) {
-  std::vector<std::string> paths;
+SceneTextures TexturesOf(const Scene& scene) {
+  SceneTextures textures;
   for (const SceneMaterial& material : scene.materials) {
-    if (material.diffuseMap) paths.push_back(material.diffuseMap->file);
+    if (material.diffuseMap) textures.pictures.push_back(material.diffuseMap->file);
   }
-  return paths;
+  AddNodes(scene, scene.root, textures);
+  return textures;
 }
 
 void RequireTextureFolders(const ExportArguments& arguments) {
   for (const std::string& folder : arguments.textures) RequireFolder(folder);
 }
 
-std::vector<TextureUse> FindTextures(std::vector<ModelTexture> textures,
-                                     std::span<const std::string> pictures,
+std::vector<TextureUse> FindTextures(std::vector<ModelTexture> textures, const SceneTextures& scene,
                                      const ExportArguments& arguments, Messages& messages) {
   std::vector<TextureUse> uses;
   if (arguments.textures.empty() && !arguments.copyTextures) {
@@ -127,7 +162,7 @@ std::vector<TextureUse> FindTextures(std::vector<ModelTexture> textures,
     return uses;
   }
   Remarks remarks;
-  Search search(pictures, arguments);
+  Search search(scene, arguments);
   for (ModelTexture& texture : textures) uses.push_back(search.Find(std::move(texture), remarks));
   messages.TellAll(arguments.scene.path, std::move(remarks));
   return uses;

@@ -1,8 +1,8 @@
 // Looks for the textures of an export.
 #pragma once
 
+#include <map>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -21,17 +21,22 @@ struct TextureUse {
   std::optional<TextureFile> file;  ///< empty when there is none
 };
 
-/// The paths of the pictures that the scene's materials name.
-std::vector<std::string> PicturePaths(const Scene& scene);
+/// What a scene says of its textures.
+struct SceneTextures {
+  std::vector<std::string> pictures;  ///< the paths that its materials name
+  /// By a material's name the names of the nodes with a face of it.
+  std::map<std::string, std::vector<std::string>> nodesOf;
+};
+
+SceneTextures TexturesOf(const Scene& scene);
 
 /// Throws RunError when a folder of --textures is none.
 void RequireTextureFolders(const ExportArguments& arguments);
 
 /// Looks for each texture in the folders of --textures in their order, or, without that option,
-/// where one of the scene's `pictures` has that name, and beside the scene. Warns of each that is
-/// not found, and of each that stands for several pictures of the scene.
-std::vector<TextureUse> FindTextures(std::vector<ModelTexture> textures,
-                                     std::span<const std::string> pictures,
+/// where one of the scene's pictures has that name, and beside the scene. Warns of each that is not
+/// found, naming the nodes, and of each that stands for several pictures of the scene.
+std::vector<TextureUse> FindTextures(std::vector<ModelTexture> textures, const SceneTextures& scene,
                                      const ExportArguments& arguments, Messages& messages);
 
 }  // namespace mapexport
