@@ -283,8 +283,10 @@ void Export(ExportRun& run) {
   const std::vector<TextureCopy> copies = TakeTextures(run, target, depFile);
   run.stages.End();
   if (arguments.verbose) NoteTimes(run.stages, run.messages);
-  if (arguments.strict) RequireNoWarning(output, run.messages.Told(), arguments.allowed);
+  RequireNoWarning(arguments, output, run.messages.Told());
   CopyTextures(copies, run.messages);
+  // Other exports may have copied other files of the same names meanwhile.
+  RequireNoWarning(arguments, output, run.messages.Told());
   PutInPlace(run, place, depFile, [&] {
     ShowStatus(run, "Exported " + sceneName);
     talk.TellSuccess();

@@ -210,10 +210,29 @@ OutputPlace::PlacingLock::~PlacingLock() {
   if (file_.IsOpen()) unlink(path_.c_str());
 }
 
+bool OutputPlace::CommitNew() {
+  if (target_.old) return false;
+  Prepare();
+  const char* const from = file_.c_str();
+  const char* const to = target_.path.c_str();
+  if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) != 0) {
+    // Some file systems have no such renaming, but links.
+    const bool linked = errno == EINVAL && link(from, to) == 0;
+    if (!linked && errno == EEXIST) return false;
+    if (!linked) ThrowCannotWrite(target_.name, ErrnoText(errno));
+  }
+  SyncPlaced();
+  return true;
+}
+
 void OutputPlace::Place() {
   if (rename(file_.c_str(), target_.path.c_str()) != 0) {
     ThrowCannotWrite(target_.name, ErrnoText(errno));
   }
+  SyncPlaced();
+}
+
+void OutputPlace::SyncPlaced() {
   placed_ = true;
   // Some file systems can't sync folders.
   if (synced_ && syncError_ == 0 && fsync(targetFolder_.Get()) != 0 && errno != EINVAL)

@@ -45,6 +45,8 @@ class OutputPlace {
   /// The same without syncing, which takes most of the time: for a file that may be lost with the
   /// machine's power.
   void CommitUnsynced();
+  /// The same as Commit, but replaces nothing: returns false when a file has appeared at the target.
+  bool CommitNew();
 
   /// Commits all of them or, if one fails, none: all targets stay as they were. A process that
   /// commits to the first target meanwhile waits, so that files of two runs don't mix. Throws
@@ -87,8 +89,9 @@ class OutputPlace {
   /// Does everything that takes memory or is likely to fail, so that Place is unlikely to.
   void Prepare();
   void Place();
-  /// Keeps the older content, so that PutBack can undo Place.
+  void SyncPlaced();
   void KeepOld();
+  /// Keeps the older content, so that PutBack can undo Place.
   void PutBack();
   /// Why PutBack failed; empty when it succeeded.
   std::string NotPutBack() const;

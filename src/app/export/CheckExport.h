@@ -21,10 +21,11 @@ namespace mapexport {
 /// when it is defective.
 ModelCheckResult CheckExport(const std::string& output, const std::string& path);
 
-/// Throws RunError about `output` when there is a warning among `told` whose code is not one of
-/// `allowed`, except for those about putting files in place: an output must not depend on them.
-void RequireNoWarning(const std::string& output, std::span<const Remark> told,
-                      std::span<const std::string> allowed);
+/// With --strict, throws RunError about `output` when there is a warning among `told` that --allow
+/// does not let pass, except for those about putting files in place: an output must not depend on
+/// them.
+void RequireNoWarning(const ExportArguments& arguments, const std::string& output,
+                      std::span<const Remark> told);
 
 /// Warns when the dialog's final welding is not what was asked for, or when it is coarse for the
 /// scene.

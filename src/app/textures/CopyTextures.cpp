@@ -40,6 +40,17 @@ bool IsSameContent(const std::string& a, const std::string& b) {
           fs::file_size(a, error) == fs::file_size(b, error) && Sha256OfFile(a) == Sha256OfFile(b));
 }
 
+void WarnOfClash(const TextureCopy& copy, const std::string& reason, Messages& messages) {
+  messages.Warning("texture-clash",
+                   fmt::format("{}: {} is not copied: {}", copy.to, copy.from, reason));
+}
+
+/// For a file that is at `copy.to` already.
+void WarnIfOther(const TextureCopy& copy, Messages& messages) {
+  if (IsSameContent(copy.to, copy.from)) return;
+  WarnOfClash(copy, "another file with this name is there", messages);
+}
+
 }  // namespace
 
 std::vector<TextureCopy> PlanTextureCopies(const std::string& folder,
@@ -47,28 +58,21 @@ std::vector<TextureCopy> PlanTextureCopies(const std::string& folder,
                                            const TakenFiles& taken, Messages& messages) {
   std::vector<TextureCopy> copies;
   std::map<std::string, std::string> sources;  // by the lower-case names of their copies
-  const auto warn = [&](const std::string& to, const std::string& reason) {
-    messages.Warning("texture-clash", fmt::format("{}: {}", to, reason));
-  };
   for (const TextureUse& use : textures) {
     if (!use.file) continue;
-    const std::string& from = use.file->path;
-    const std::string name = NamePart(from);
-    const std::string to = (fs::path(folder) / name).string();
-    const auto [other, isNew] = sources.try_emplace(LowerCase(name), from);
+    const std::string name = NamePart(use.file->path);
+    const TextureCopy copy{use.file->path, (fs::path(folder) / name).string()};
+    const auto [other, isNew] = sources.try_emplace(LowerCase(name), copy.from);
     std::error_code error;
     if (!isNew) {
-      if (!IsSameContent(other->second, from)) {
-        warn(to, fmt::format("{} is not copied: {} has this name, too", from, other->second));
-      }
-    } else if (!fs::exists(fs::symlink_status(to, error))) {
-      if (const std::string what = taken.WhatIs(to); !what.empty()) {
-        warn(to, fmt::format("{} is not copied: this is the {}", from, what));
-      } else {
-        copies.push_back({from, to});
-      }
-    } else if (!IsSameContent(to, from)) {
-      warn(to, fmt::format("{} is not copied: another file with this name is there", from));
+      if (IsSameContent(other->second, copy.from)) continue;
+      WarnOfClash(copy, other->second + " has this name, too", messages);
+    } else if (fs::exists(fs::symlink_status(copy.to, error))) {
+      WarnIfOther(copy, messages);
+    } else if (const std::string what = taken.WhatIs(copy.to); !what.empty()) {
+      WarnOfClash(copy, "this is the " + what, messages);
+    } else {
+      copies.push_back(copy);
     }
   }
   return copies;
@@ -83,14 +87,21 @@ void CopyTextures(std::span<const TextureCopy> copies, Messages& messages) {
     throw RunError(
         fmt::format("{}: the folder can't be made: {}", folder.string(), ErrnoText(error.value())));
   }
+  std::size_t copied = 0;
   for (const TextureCopy& copy : copies) {
-    WriteOutput(
-        FindOutput(copy.to), [&](std::ostream& out) { CopyContent(copy.from, out); }, messages);
+    OutputPlace place(FindOutput(copy.to), [&](std::ostream& out) { CopyContent(copy.from, out); });
+    if (place.CommitNew()) {
+      ++copied;
+      TellPlaced(place, messages);
+    } else {
+      WarnIfOther(copy, messages);  // another export has copied one meanwhile
+    }
   }
-  messages.Note("textures-copied",
-                fmt::format("{}: {} texture{} copied there", folder.string(), copies.size(),
-                            copies.size() == 1 ? "" : "s"),
-                copies.size());
+  if (copied == 0) return;
+  messages.Note(
+      "textures-copied",
+      fmt::format("{}: {} texture{} copied there", folder.string(), copied, copied == 1 ? "" : "s"),
+      copied);
 }
 
 }  // namespace mapexport

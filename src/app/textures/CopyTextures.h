@@ -24,7 +24,8 @@ std::vector<TextureCopy> PlanTextureCopies(const std::string& folder,
                                            std::span<const TextureUse> textures,
                                            const TakenFiles& taken, Messages& messages);
 
-/// Puts each copy in place when it is complete. Throws RunError; those before it stay.
+/// Puts each copy in place when it is complete, unless a file has appeared there since: one that
+/// differs gets a warning. Throws RunError; those before it stay.
 void CopyTextures(std::span<const TextureCopy> copies, Messages& messages);
 
 }  // namespace mapexport
