@@ -50,6 +50,7 @@
 #include "output/TakenFiles.h"
 #include "settings/SettingsStore.h"
 #include "system/FileIdentity.h"
+#include "system/HoldInterrupts.h"
 #include "system/RunError.h"
 
 namespace mapexport {
@@ -85,11 +86,12 @@ struct ExportRun {
   ReportOutput reportOutput;
   std::unique_ptr<Presenter> windows;  ///< null without --dialog
   std::optional<SettingsStore> settings;
-  bool savesSettings = true;
-  bool forCaller = false;              ///< which tells what is not about the scene, and the end
-  std::function<void()> computed;      ///< called before files are put in place; may be empty
-  std::vector<std::string> sideFiles;  ///< of the scene
-  std::string rule;                    ///< of --depfile, if it is wanted
+  std::function<void()> computed;  ///< called before files are put in place; may be empty
+  /// For several scenes or --watch: what belongs into a SceneResult.
+  bool isForCaller = false;
+  std::vector<RegistryChange> changedSettings;
+  std::vector<std::string> sideFiles;          ///< of the scene
+  std::string rule;                            ///< of --depfile, if it is wanted
   Remark exported = MakeNote("exported", "");  ///< what the output is, once it is in its place
 };
 
@@ -151,7 +153,9 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
   // output, and placing hardly ever fails.
   run.reportOutput.Print();
   if (run.computed) run.computed();
-  OutputPlace::CommitTogether(places);
+  OutputPlace::CommitTogether(places, [&run] {
+    if (run.isForCaller) static const HoldInterrupts untilTheEnd;
+  });
   TellPlaced(places, run.messages, tellMore);
 }
 
@@ -162,12 +166,6 @@ void RequireFree(ExportRun& run, const OutputTarget& model,
   run.inputs.RequireFree(model);
   if (depFile) run.inputs.RequireFree(*depFile);
   if (run.page) run.inputs.RequireFree(*run.page);
-}
-
-/// The file of the exporter's log; nothing for no log.
-std::optional<std::string> LogName(const ExportArguments& arguments) {
-  if (arguments.noLog) return std::nullopt;
-  return arguments.log.value_or(ExporterLog::kName);
 }
 
 /// The files that the log must not replace.
@@ -237,7 +235,8 @@ void Export(ExportRun& run) {
   // stands in for it here.
   const std::string givenName = NamePart(arguments.output);
   OutputPlace place(target, NamePart(ModelPath(FolderPart(target.path) + "folder/" + givenName)));
-  ExporterLog log(LogName(arguments), TakenBesideLog(run, target));
+  ExporterLog log(arguments.noLog ? std::nullopt : std::optional(LogPath(arguments)),
+                  TakenBesideLog(run, target));
   ExporterTalk talk(run.messages, log, BoxesOf(run));
   ExportSystem system(SystemOptions(run, talk), settings, run.stages, log);
   run.stages.Begin("exporting");
@@ -256,8 +255,8 @@ void Export(ExportRun& run) {
     throw RunError(fmt::format("{}: not exported: {}", output, talk.Exception()));
   }
   if (!system.Cancelled()) WarnOfWelding(arguments, values, *run.report.before, run.messages);
-  if (run.savesSettings) SaveSettings(settings, run.messages);
-  run.savesSettings = false;
+  run.changedSettings = settings.Changes();
+  if (!run.isForCaller) SaveSettings(settings, run.messages);
   if (system.Cancelled()) {
     run.stages.End();
     ReportCancel(run);
@@ -291,7 +290,7 @@ void Export(ExportRun& run) {
     ShowStatus(run, "Exported " + sceneName);
     talk.TellSuccess();
     run.exported = ExportedNote(run.report);
-    if (!run.forCaller) run.messages.Tell(run.exported);
+    if (!run.isForCaller) run.messages.Tell(run.exported);
   });
 }
 
@@ -311,8 +310,7 @@ void ReportFailure(ExportRun& run, const std::string& reason) {
 /// Exports for several scenes or --watch; `shared` are the arguments without mapexport.toml. Throws
 /// nothing but std::bad_alloc.
 SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shared,
-                            SettingsStore settings, bool savesSettings,
-                            const std::function<void()>& computed) {
+                            SettingsStore settings, std::function<void()> computed) {
   ExportArguments arguments = shared;
   std::string wrongOptions;
   try {
@@ -323,9 +321,8 @@ SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shar
   ExportRun run(arguments, nullptr);
   run.messages.Attribute({run.report.scene, run.report.output});
   run.settings = std::move(settings);
-  run.savesSettings = savesSettings;
-  run.forCaller = true;
-  run.computed = computed;
+  run.computed = std::move(computed);
+  run.isForCaller = true;
   try {
     if (!wrongOptions.empty()) throw RunError(wrongOptions);
     Export(run);
@@ -337,7 +334,7 @@ SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shar
   result.error = run.report.error;
   result.rule = run.rule;
   result.exported = run.exported;
-  result.savedSettings = savesSettings && !run.savesSettings;
+  result.settings = std::move(run.changedSettings);
   for (const Remark& remark : run.messages.Told()) {
     result.lacksFiles = result.lacksFiles || remark.code.starts_with("missing-");
   }
@@ -356,10 +353,7 @@ SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shar
 ExitStatus Run(const CommandLine& line) {
   const std::optional<RecordedRun> recorded = FindRecordedRun(line);
   CommandLine whole = recorded ? RepeatingLine(line, *recorded) : line;
-  const ExportOne exportOne = [&line](const ExportArguments& shared, SettingsStore settings,
-                                      bool savesSettings, const std::function<void()>& computed) {
-    return ExportForCaller(line, shared, std::move(settings), savesSettings, computed);
-  };
+  const ExportOne exportOne = std::bind_front(ExportForCaller, std::cref(line));
   const bool showsOptions = line.Has("show-options");
   if (line.Has("output-folder")) {
     for (const char* option : {"show-options", "watch"}) {

@@ -290,8 +290,10 @@ std::string OutputPlace::NotPutBack() const {
   return fmt::format("; {} can't be put back, it is {} now: {}", target_.name, oldFile_, reason);
 }
 
-void OutputPlace::CommitTogether(std::span<OutputPlace* const> places) {
+void OutputPlace::CommitTogether(std::span<OutputPlace* const> places,
+                                 const std::function<void()>& beforePlacing) {
   for (OutputPlace* const place : places) place->Prepare();
+  if (beforePlacing) beforePlacing();
   // Two runs that write the same files have the same first one. With several locks each run could
   // wait for the other.
   const PlacingLock lock(places.front()->LockPath());

@@ -50,8 +50,9 @@ class OutputPlace {
 
   /// Commits all of them or, if one fails, none: all targets stay as they were. A process that
   /// commits to the first target meanwhile waits, so that files of two runs don't mix. Throws
-  /// RunError.
-  static void CommitTogether(std::span<OutputPlace* const> places);
+  /// RunError. `beforePlacing` is called when the slow part is done; it may be empty.
+  static void CommitTogether(std::span<OutputPlace* const> places,
+                             const std::function<void()>& beforePlacing = {});
 
   /// Removes the temporary folders of processes that ended without removing them, beside the target
   /// at `path`.
@@ -90,8 +91,8 @@ class OutputPlace {
   void Prepare();
   void Place();
   void SyncPlaced();
-  void KeepOld();
   /// Keeps the older content, so that PutBack can undo Place.
+  void KeepOld();
   void PutBack();
   /// Why PutBack failed; empty when it succeeded.
   std::string NotPutBack() const;

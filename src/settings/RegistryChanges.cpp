@@ -87,7 +87,7 @@ std::string RegistryChanges::MergedInto(const RegistryText& text) const {
   std::vector<Edit> edits;
   std::vector<std::string> newKeys;
   std::map<std::string, std::size_t, std::less<>> newKeyPlaces;
-  for (const Change& change : changes_) {
+  for (const RegistryChange& change : changes_) {
     const std::string written = Written(change.value);
     const std::string folded = FoldRegistryName(change.key);
     if (const auto key = text.keys.find(folded); key != text.keys.end()) {

@@ -186,7 +186,7 @@ void SettingsStore::CloseKey(HKEY key) {
 }
 
 std::string SettingsStore::Save() noexcept {
-  if (content_->path.empty() || content_->changes.Empty()) return {};
+  if (content_->path.empty() || content_->changes.All().empty()) return {};
   try {
     try {
       content_->WriteChanges();
@@ -198,6 +198,23 @@ std::string SettingsStore::Save() noexcept {
     }
   } catch (...) {
     return "memory ran out";  // not enough even for the line; this one is short enough to need none
+  }
+}
+
+const std::vector<RegistryChange>& SettingsStore::Changes() const {
+  return content_->changes.All();
+}
+
+std::string SettingsStore::SaveChanges(const std::vector<RegistryChange>& changes) const noexcept {
+  try {
+    SettingsStore other = InMemory();
+    other.content_->path = content_->path;
+    for (const RegistryChange& change : changes) {
+      other.content_->changes.Set(change.key, change.name, change.value);
+    }
+    return other.Save();
+  } catch (...) {
+    return "memory ran out";  // nothing else is thrown
   }
 }
 

@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/System.h"
+#include "settings/RegistryChanges.h"
 
 namespace mapexport {
 
@@ -57,6 +59,12 @@ class SettingsStore {
   /// empty text, or one line that says what went wrong, running out of memory included; the file is
   /// then as it was. Throws nothing: values that could not be saved wait for the next Save.
   std::string Save() noexcept;
+
+  /// What Save would write, for another process.
+  const std::vector<RegistryChange>& Changes() const;
+  /// Writes these values, of another process, as Save would write its own. This store stays as it
+  /// is.
+  std::string SaveChanges(const std::vector<RegistryChange>& changes) const noexcept;
 
   /// One line that says what was wrong with the file when the store was opened; empty for nothing.
   const std::string& Warning() const;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <utility>
+#include <variant>
 
 #include <fmt/format.h>
 #include <signal.h>
@@ -10,7 +11,6 @@
 #include "app/Messages.h"
 #include "app/ModelPage.h"
 #include "app/export/ExportTargets.h"
-#include "app/export/ExporterLog.h"
 #include "output/OutputPlace.h"
 #include "system/StandardError.h"
 #include "worker/HandOver.h"
@@ -21,6 +21,8 @@ namespace {
 // The most of what a process wrote to standard error that is shown: messages are fewer, even as
 // JSON with the names of many nodes.
 constexpr std::uint64_t kMostShown = std::uint64_t{64} << 20;
+
+constexpr std::uint64_t kNoNumber = UINT64_MAX;  ///< of a setting that is a text
 
 std::string ToBytes(const SceneResult& result) {
   std::string bytes;
@@ -35,7 +37,14 @@ std::string ToBytes(const SceneResult& result) {
     PutNumber(bytes, number);
   }
   PutNumber(bytes, result.lacksFiles ? 1 : 0);
-  PutNumber(bytes, result.savedSettings ? 1 : 0);
+  PutNumber(bytes, result.settings.size());
+  for (const auto& [key, name, value] : result.settings) {
+    const auto* const text = std::get_if<std::string>(&value);
+    for (const std::string& part : {key, name, text == nullptr ? std::string() : *text}) {
+      PutText(bytes, part);
+    }
+    PutNumber(bytes, text == nullptr ? std::get<std::uint32_t>(value) : kNoNumber);
+  }
   for (const auto* files : {&result.sideFiles, &result.dependencies}) {
     PutNumber(bytes, files->size());
     for (const std::string& file : *files) PutText(bytes, file);
@@ -57,7 +66,12 @@ SceneResult ResultOf(const std::string& bytes) {
     *number = parts.Number();
   }
   result.lacksFiles = parts.Number() != 0;
-  result.savedSettings = parts.Number() != 0;
+  for (std::uint64_t count = parts.Number(); count > 0; --count) {
+    RegistryChange change{parts.Text(), parts.Text(), parts.Text()};
+    const std::uint64_t number = parts.Number();
+    if (number != kNoNumber) change.value = static_cast<std::uint32_t>(number);
+    result.settings.push_back(std::move(change));
+  }
   for (auto* files : {&result.sideFiles, &result.dependencies}) {
     for (std::uint64_t count = parts.Number(); count > 0; --count) files->push_back(parts.Text());
   }
@@ -115,8 +129,7 @@ SceneResult TakeResult(const ExportArguments& arguments, const ChildOutcome& out
     // As when it ended too early.
   }
   const std::string output = ModelPath(arguments.output);
-  for (const std::string& file :
-       {output, PagePath(output), arguments.log.value_or(ExporterLog::kName)}) {
+  for (const std::string& file : {output, PagePath(output), LogPath(arguments)}) {
     OutputPlace::RemoveLeftOvers(file);
   }
   SceneResult result;

@@ -23,14 +23,15 @@ struct SceneResult {
   std::vector<std::string> sideFiles;     ///< that the scene was read from
   std::vector<std::string> dependencies;  ///< all that the output depends on, if it was made
   bool lacksFiles = false;                ///< it names files that were not found
-  bool savedSettings = false;             ///< or tried to
+  std::vector<RegistryChange> settings;   ///< to be remembered
 };
 
 /// Exports one scene, in its process, and reports to standard error. `settings` are those to start
-/// from. Calls `computed` when all that is left is to put the output in place.
-using ExportOne =
-    std::function<SceneResult(const ExportArguments& arguments, SettingsStore settings,
-                              bool savesSettings, const std::function<void()>& computed)>;
+/// from; the caller saves those of the result. Calls `computed` when all that is left is to put the
+/// output in place. Once that begins, signals wait for the end of the process: an output that is in
+/// its place is always in a result.
+using ExportOne = std::function<SceneResult(
+    const ExportArguments& arguments, SettingsStore settings, std::function<void()> computed)>;
 
 /// The task of a child process in which `exportOne` runs. Its messages are collected.
 ChildTask ExportTask(std::function<SceneResult()> exportOne);

@@ -73,6 +73,8 @@ class ScenesRun {
   void Summarise();
   void WriteReports(std::ostream& out) const;
   void WriteFiles();
+  /// Remembers the options of the first scene that has some.
+  void RememberOptions();
 
   std::size_t CountOf(ExitStatus status) const {
     return static_cast<std::size_t>(std::ranges::count(results_, status, &SceneResult::status));
@@ -88,7 +90,6 @@ class ScenesRun {
   std::optional<OutputTarget> depFile_;
   std::optional<OutputTarget> report_;
   SettingsStore settings_;
-  bool savedSettings_ = false;
   std::vector<SceneResult> results_;
   std::size_t ended_ = 0;
   std::size_t failed_ = 0;
@@ -133,8 +134,7 @@ void ScenesRun::RequireFree() {
 
 ChildTask ScenesRun::TaskOf(const Job& job, std::function<void()> computed) {
   return ExportTask([this, &job, computed = std::move(computed)] {
-    return exportOne_(ArgumentsOf(arguments_, job), std::move(settings_), !savedSettings_,
-                      computed);
+    return exportOne_(ArgumentsOf(arguments_, job), std::move(settings_), computed);
   });
 }
 
@@ -164,7 +164,6 @@ void ScenesRun::Take(std::size_t index, const ChildOutcome& outcome) {
     messages.Tell(result.exported);
   }
   ++ended_;
-  savedSettings_ = savedSettings_ || result.savedSettings;
   for (const std::string& file : result.sideFiles) inputs_.Add(file, kSideInput);
   results_[index] = std::move(result);
 }
@@ -241,6 +240,12 @@ void ScenesRun::WriteFiles() {
   TellPlaced(places, messages_, [] {});
 }
 
+void ScenesRun::RememberOptions() {
+  const auto first = std::ranges::find_if(
+      results_, [](const SceneResult& result) { return !result.settings.empty(); });
+  if (first != results_.end()) SaveSettings(settings_, first->settings, messages_);
+}
+
 ExitStatus ScenesRun::Run() {
   if (arguments_.verbose) NoteVersions(messages_);
   RequireFree();
@@ -257,6 +262,7 @@ ExitStatus ScenesRun::Run() {
   tasks.meanwhile = [this] { ShowProgress(); };
   const int signal = RunChildren(tasks);
   EraseStatusLine();
+  RememberOptions();
   if (signal != 0) {
     messages_.Error(
         "failed",

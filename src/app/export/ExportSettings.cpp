@@ -48,6 +48,12 @@ void SaveSettings(SettingsStore& settings, Messages& messages) {
   if (!error.empty()) messages.Warning("settings-not-saved", error);
 }
 
+void SaveSettings(const SettingsStore& settings, const std::vector<RegistryChange>& changes,
+                  Messages& messages) {
+  const std::string error = settings.SaveChanges(changes);
+  if (!error.empty()) messages.Warning("settings-not-saved", error);
+}
+
 std::string RememberedCxp(SettingsStore& settings) {
   HKEY key = nullptr;
   if (settings.CreateKey(RegistryRoot::kLocalMachine, kExporterKey, nullptr, RegistryAccess::kQuery,

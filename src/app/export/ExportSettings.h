@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "app/Messages.h"
 #include "app/export/ExportArguments.h"
@@ -18,6 +19,9 @@ SettingsStore OpenSettings(const ExportArguments& arguments, Messages& messages)
 
 /// Warns when they can't be saved.
 void SaveSettings(SettingsStore& settings, Messages& messages);
+/// The same for values that were set in another process.
+void SaveSettings(const SettingsStore& settings, const std::vector<RegistryChange>& changes,
+                  Messages& messages);
 
 /// The path of the CXP database in the settings; empty for none.
 std::string RememberedCxp(SettingsStore& settings);

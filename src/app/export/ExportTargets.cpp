@@ -10,6 +10,7 @@
 #include "app/LoadScene.h"
 #include "app/ModelPage.h"
 #include "app/export/ExportSettings.h"
+#include "app/export/ExporterLog.h"
 #include "system/RunError.h"
 
 namespace mapexport {
@@ -41,6 +42,10 @@ std::string ModelPath(const std::string& path) {
   const std::size_t dot = path.rfind('.');
   const bool hasExtension = dot != std::string::npos && dot + 1 != path.size();
   return hasExtension ? path : path + ".map";
+}
+
+std::string LogPath(const ExportArguments& arguments) {
+  return arguments.log.value_or(ExporterLog::kName);
 }
 
 TakenFiles NamedInputs(const ExportArguments& arguments) {

@@ -16,6 +16,9 @@ namespace mapexport {
 /// "." of the whole path.
 std::string ModelPath(const std::string& path);
 
+/// Where the exporter's log goes, unless there is none.
+std::string LogPath(const ExportArguments& arguments);
+
 /// The files that the command line names for reading.
 TakenFiles NamedInputs(const ExportArguments& arguments);
 

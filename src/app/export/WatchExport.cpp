@@ -132,8 +132,8 @@ void Watch::FindNamedFiles() {
   folders_.insert(arguments_.textures.begin(), arguments_.textures.end());
   const std::string model = ModelPath(arguments_.output);
   for (const std::string& file :
-       {model, PagePath(model), arguments_.log.value_or(ExporterLog::kName),
-        arguments_.depFile.value_or(""), arguments_.report.value_or("")}) {
+       {model, PagePath(model), LogPath(arguments_), arguments_.depFile.value_or(""),
+        arguments_.report.value_or("")}) {
     outputs_.insert(NamePart(file));
   }
 }
@@ -159,7 +159,7 @@ Watch::Look Watch::LookNow() const {
 ChildTask Watch::TaskNow() {
   return ExportTask([this] {
     if (server_) server_->Abandon();
-    return exportOne_(arguments_, std::move(settings_), !savedSettings_, {});
+    return exportOne_(arguments_, std::move(settings_), {});
   });
 }
 
@@ -187,7 +187,10 @@ int Watch::Export() {
 
 void Watch::Take(SceneResult result, std::int64_t started) {
   const std::string time = fmt::format("{:%H:%M:%S}", fmt::localtime(std::time(nullptr)));
-  savedSettings_ = savedSettings_ || result.savedSettings;
+  if (!savedSettings_ && !result.settings.empty()) {
+    SaveSettings(settings_, result.settings, messages_);
+    savedSettings_ = true;
+  }
   const bool failed = result.status == ExitStatus::kFailed;
   if (failed) {
     messages_.Error("failed", fmt::format("{} {}", time, result.error));
