@@ -44,6 +44,8 @@ TEST_F(ProgramTest, OptionsBesideALevelCountUnlessTheCommandLineGivesThem) {
            {"wald = true", "did you mean \"weld\"?"},
            {"weld = 1", "weld must be true or false"},
            {"voxel-size = \"9\"", "voxel-size must be a number"},
+           {"keywords = 3", "keywords must be a text"},
+           {"keywords = \"a\\u0000b\"", "--keywords: the path has a NUL"},
            {"voxel-size = inf", "line 1: --voxel-size: \"inf\" is not"},
            {"[\"other*\"]\nup = \"x\"", "line 2: --up: \"x\" is not one of"},
            {"weld = ", "line 1: Error while parsing"}}) {

@@ -1,6 +1,8 @@
 // Exports of several scenes in one call.
 #include <csignal>
+#include <regex>
 
+#include <sys/time.h>
 #include <unistd.h>
 
 #include "support/ProgramRun.h"
@@ -93,6 +95,72 @@ TEST_F(ScenesTest, IsRefusedBeforeTheFirstExport) {
   EXPECT_EQ(Run({"export", "level.obj", "--output-folder", "o", "--depfile", "level.mtl"}).status,
             1);
   EXPECT_THAT(Content(work_ / "level.mtl"), StartsWith("newmtl"));
+}
+
+TEST_F(ScenesTest, OptionsBesideTheScenesAreInputsAndTheFirstOnesAreRemembered) {
+  for (const std::string folder : {"p", "q"}) {
+    fs::create_directory(work_ / folder);
+    fs::copy_file(work_ / "b.scene.json", work_ / folder / (folder + ".scene.json"));
+    Write(work_ / folder / "mapexport.toml",
+          folder == "p" ? "voxel-size = 111\n" : "voxel-size = 222\nkeywords = \"p.kob\"\n");
+  }
+  Write(work_ / "q/p.kob", "Floor: climbable\n");
+  std::vector<std::string> line{"export",         "bad.fbx",         "p/p.scene.json",
+                                "q/q.scene.json", "--output-folder", "q"};
+  EXPECT_THAT(Run(line).err, HasSubstr("q/p.kob: cannot be written: it is the file of --keywords"));
+  EXPECT_EQ(Content(work_ / "q/p.kob"), "Floor: climbable\n");
+  line.back() = "o";
+  for (const char* option : {"--report", "--depfile"}) {
+    line.insert(line.end(), {option, "q/mapexport.toml"});
+    EXPECT_THAT(Run(line).err, HasSubstr("it is the file of options itself"));
+    line.resize(line.size() - 2);
+  }
+  EXPECT_FALSE(fs::exists(work_ / "o/p.kob"));
+  EXPECT_EQ(Run(line).status, 1);
+  EXPECT_THAT(Content(root_ / "config/mapexport/settings.reg"), HasSubstr("=\"111.000000\""));
+}
+
+TEST_F(ScenesTest, CopiedTexturesDoNotReplaceThoseOfOtherScenes) {
+  std::vector<std::string> line{"export", "--output-folder", "out", "--copy-textures",
+                                "t",      "--jobs",          "6",   "--no-log",
+                                "--quiet"};
+  constexpr std::size_t kBytes = 1 << 20;
+  for (const char digit : std::string("012345")) {
+    const std::string folder{'d', digit};
+    fs::create_directory(work_ / folder);
+    Write(work_ / folder / (folder + ".obj"), kObject);
+    Write(work_ / folder / "level.mtl", "newmtl Red\nmap_Kd wood.png\n");
+    Write(work_ / folder / "wood.png", std::string(kBytes, digit));
+    line.push_back(folder + "/" + folder + ".obj");
+  }
+  const Outcome outcome = Run(line);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(Lines(outcome.err), 5) << outcome.err;
+  EXPECT_THAT(outcome.err, HasSubstr("is not copied: another file with this name is there"));
+  const std::string copy = Content(work_ / "t/wood.png");
+  EXPECT_TRUE(copy == std::string(kBytes, copy.at(0)));
+}
+
+TEST_F(ScenesTest, AnInterruptedRunCountsWhatIsInItsPlace) {
+  constexpr int kScenes = 40;
+  std::vector<std::string> line{"export", "--output-folder", "out", "--no-log", "--quiet"};
+  for (int i = 0; i < kScenes; ++i) {
+    line.push_back("s" + std::to_string(i) + ".scene.json");
+    fs::copy_file(work_ / "b.scene.json", work_ / line.back());
+  }
+  for (int tries = 1; tries <= 10; ++tries) {
+    fs::remove_all(work_ / "out");
+    const Outcome outcome = Run(line, [tries] {
+      const itimerval timer{{}, {0, 10'000 * tries}};
+      setitimer(ITIMER_REAL, &timer, nullptr);
+    });
+    if (outcome.status == 0) break;
+    if (outcome.err.empty()) continue;  // before it was ready
+    ASSERT_EQ(outcome.status, 128 + SIGALRM);
+    std::smatch match;
+    ASSERT_TRUE(std::regex_search(outcome.err, match, std::regex("(\\d+) of 40"))) << outcome.err;
+    EXPECT_EQ(Names(work_ / "out").size(), std::stoul(match[1]));
+  }
 }
 
 TEST_F(ScenesTest, ChildrenKeepToTheirLimitsAndEndWithTheirParent) {

@@ -202,7 +202,7 @@ void ReportCancel(ExportRun& run) {
 void Export(ExportRun& run) {
   const ExportArguments& arguments = run.arguments;
   const std::string& output = run.report.output;
-  if (arguments.verbose && !run.forCaller) NoteVersions(run.messages);
+  if (arguments.verbose && !run.isForCaller) NoteVersions(run.messages);
   const OutputTarget target = FindModelTarget(arguments, run.inputs);
   const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments, run.inputs);
   run.page = FindPageTarget(arguments, run.inputs);
@@ -361,7 +361,7 @@ ExitStatus Run(const CommandLine& line) {
       throw UsageError(fmt::format("--{} and --output-folder exclude each other", option),
                        line.command);
     }
-    return ExportScenes(ReadExportArguments(line), exportOne);
+    return ExportScenes(line, ReadExportArguments(line), exportOne);
   }
   OptionOrigins origins;
   if (recorded) {

@@ -11,6 +11,10 @@ namespace mapexport {
 
 std::string RequirePath(const CommandLine& line, std::string_view name, const std::string& path) {
   if (path.empty()) throw UsageError(fmt::format("{}: the path is empty", name), line.command);
+  // As a file of options or a report can have it.
+  if (path.find('\0') != path.npos) {
+    throw UsageError(fmt::format("{}: the path has a NUL character", name), line.command);
+  }
   return path;
 }
 

@@ -13,7 +13,7 @@
 
 namespace mapexport {
 
-/// Throws for an empty `path`; the error begins with `name`.
+/// Throws for a `path` that is empty or has a NUL; the error begins with `name`.
 std::string RequirePath(const CommandLine& line, std::string_view name, const std::string& path);
 
 /// The path in that positional argument.

@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -19,7 +20,9 @@
 #include "app/WriteOutput.h"
 #include "app/export/ExportSettings.h"
 #include "app/export/ExportTargets.h"
+#include "app/export/OptionsFile.h"
 #include "app/export/RunReport.h"
+#include "app/export/ScenesOptions.h"
 #include "app/export/VerboseNotes.h"
 #include "output/DepFile.h"
 #include "output/OutputPlace.h"
@@ -52,8 +55,9 @@ std::uint64_t MemoryFor(const std::string& scene) {
 /// One run of the command with several scenes.
 class ScenesRun {
  public:
-  ScenesRun(const ExportArguments& arguments, const ExportOne& exportOne)
-      : arguments_(arguments),
+  ScenesRun(const CommandLine& line, const ExportArguments& arguments, const ExportOne& exportOne)
+      : line_(line),
+        arguments_(arguments),
         jobs_(arguments.jobs),
         exportOne_(exportOne),
         messages_(arguments.quiet),
@@ -64,6 +68,8 @@ class ScenesRun {
  private:
   /// Makes the folder and opens the settings.
   SettingsStore Prepare();
+  /// Adds the files that the options of a scene name for reading.
+  void AddInputsOf(const Job& job);
   /// Refuses outputs that are also read.
   void RequireFree();
   ChildTask TaskOf(const Job& job, std::function<void()> computed);
@@ -81,6 +87,7 @@ class ScenesRun {
   }
   std::size_t Exported() const { return ended_ - failed_; }
 
+  const CommandLine& line_;
   const ExportArguments& arguments_;
   const std::vector<Job>& jobs_;
   const ExportOne& exportOne_;
@@ -105,9 +112,22 @@ SettingsStore ScenesRun::Prepare() {
   return OpenSettings(arguments_, messages_);
 }
 
+void ScenesRun::AddInputsOf(const Job& job) {
+  inputs_.Add(job.scene, "scene");
+  if (arguments_.fresh) return;
+  const std::string optionsFile = FindOptionsFile(job.scene);
+  if (optionsFile.empty()) return;
+  inputs_.Add(optionsFile, kOptionsInput);
+  try {
+    inputs_.AddAll(NamedInputs(OwnArguments(line_, ArgumentsOf(arguments_, job))));
+  } catch (const std::exception&) {
+    // The export of that scene will report it.
+  }
+}
+
 void ScenesRun::RequireFree() {
   inputs_ = NamedInputs(arguments_);
-  for (const Job& job : jobs_) inputs_.Add(job.scene, "scene");
+  for (const Job& job : jobs_) AddInputsOf(job);
   AddRememberedInputs(arguments_, settings_, inputs_);
   TakenFiles taken = inputs_;
   for (const Job& job : jobs_) {
@@ -280,8 +300,9 @@ ExitStatus ScenesRun::Run() {
 
 }  // namespace
 
-ExitStatus ExportScenes(const ExportArguments& arguments, const ExportOne& exportOne) {
-  return ScenesRun(arguments, exportOne).Run();
+ExitStatus ExportScenes(const CommandLine& line, const ExportArguments& arguments,
+                        const ExportOne& exportOne) {
+  return ScenesRun(line, arguments, exportOne).Run();
 }
 
 }  // namespace mapexport

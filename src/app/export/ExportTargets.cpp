@@ -52,7 +52,7 @@ TakenFiles NamedInputs(const ExportArguments& arguments) {
   TakenFiles inputs;
   AddNamedInputs(arguments.scene, inputs);
   if (const std::string* const picked = PickedCxp(arguments)) inputs.Add(*picked, kCxpInput);
-  if (arguments.optionsFile) inputs.Add(*arguments.optionsFile, "file of options");
+  if (arguments.optionsFile) inputs.Add(*arguments.optionsFile, kOptionsInput);
   if (arguments.repeat) inputs.Add(*arguments.repeat, "report to repeat");
   // With --fresh, too: a store that the user names must not be replaced.
   if (arguments.settings) inputs.Add(*arguments.settings, "settings store");

@@ -121,13 +121,14 @@ class OptionsReader {
       if (isFlag) return isOn ? std::optional<std::string>("") : std::nullopt;
       return isOn ? "on" : "off";
     }
+    const bool isPath = option.argument == std::string_view("FILE");
+    if (isPath && !value.is_string()) FailType(option, value, "a text");
     if (value.is_integer()) return NumberText<std::int64_t>(value);
     if (value.is_floating_point()) return NumberText<double>(value);
     if (!value.is_string() || option.kind == OptionKind::kNumber) {
       FailType(option, value, option.kind == OptionKind::kNumber ? "a number" : "a text");
     }
     const std::string text = value.value_exact<std::string>().value();
-    const bool isPath = option.argument == std::string_view("FILE");
     return isPath && !text.empty() ? (folder_ / text).string() : text;
   }
 
@@ -152,24 +153,39 @@ class OptionsReader {
 
 }  // namespace
 
-FileOptions ReadOptionsFile(const std::string& scene, const CommandInfo* command) {
+std::vector<std::string> OptionsFilePlaces(const std::string& scene) {
   std::error_code error;
   const fs::path whole = fs::absolute(scene, error).lexically_normal();
   const fs::path current = fs::current_path(error);
   // A scene from a pipe is beside nothing.
   if (error || scene == "/dev/stdin") return {};
+  std::vector<std::string> places;
   for (fs::path folder = whole.parent_path();; folder = folder.parent_path()) {
     const fs::path near = folder.lexically_relative(current);
     const bool isAbove = near.empty() || *near.begin() == "..";
     const fs::path shown = isAbove ? folder : near == "." ? fs::path() : near;
-    const fs::path file = shown / kName;
-    // One that can't be examined is reported when it is read.
-    if (fs::status(file, error).type() != fs::file_type::not_found) {
-      return OptionsReader(file.string(), scene, command)
-          .Read(shown, whole.lexically_relative(folder));
-    }
-    if (folder == folder.parent_path()) return {};
+    places.push_back((shown / kName).string());
+    if (folder == folder.parent_path()) return places;
   }
+}
+
+std::string FindOptionsFile(const std::string& scene) {
+  for (std::string& place : OptionsFilePlaces(scene)) {
+    // One that can't be examined is reported when it is read.
+    std::error_code error;
+    if (fs::status(place, error).type() != fs::file_type::not_found) return std::move(place);
+  }
+  return {};
+}
+
+FileOptions ReadOptionsFile(const std::string& scene, const CommandInfo* command) {
+  const std::string path = FindOptionsFile(scene);
+  if (path.empty()) return {};
+  std::error_code error;
+  const fs::path folder = fs::absolute(path, error).parent_path();
+  const fs::path whole = fs::absolute(scene, error).lexically_normal();
+  return OptionsReader(path, scene, command)
+      .Read(fs::path(path).parent_path(), whole.lexically_relative(folder));
 }
 
 }  // namespace mapexport

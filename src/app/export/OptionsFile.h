@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "cli/CommandLine.h"
 
@@ -16,7 +17,14 @@ struct FileOptions {
   std::map<std::string, std::size_t, std::less<>> lines;  ///< where each option is in the file
 };
 
-/// Reads the first mapexport.toml in the folder of `scene` and those above. docs/options-file.md
+/// Where a mapexport.toml for `scene` may be: in its folder and those above, the nearest first. None
+/// for a scene from a pipe.
+std::vector<std::string> OptionsFilePlaces(const std::string& scene);
+
+/// The first of them that exists; empty when none does.
+std::string FindOptionsFile(const std::string& scene);
+
+/// Reads that file. docs/options-file.md
 /// describes it. Its relative paths come out as paths to open. Options that don't shape the output,
 /// and values that a command line of `command` would not take, are errors. Throws SceneError or
 /// RunError with the line.
