@@ -101,7 +101,11 @@ TEST_F(WatchTest, ExportsAgainAfterEachChangeAndKeepsTheLastGoodOutput) {
   Write(work_ / "level.mtl", "newmtl Red\nKd 0 1 0\nmap_Kd red.png\n");
   EXPECT_THAT(AfterLines(8), HasSubstr("red.png"));
   Write(work_ / "RED.tga", "x");  // where an engine finds it
-  const std::string lines = AfterLines(9);
+  AfterLines(9);
+  Write(work_ / "mapexport.toml", "weld = 3\n");
+  EXPECT_THAT(AfterLines(10), HasSubstr("mapexport.toml: line 1"));
+  fs::remove(work_ / "mapexport.toml");
+  const std::string lines = AfterLines(11);
   Stop();
   EXPECT_EQ(outcome_.status, 128 + SIGINT);
   EXPECT_EQ(outcome_.err, lines);
@@ -154,6 +158,10 @@ TEST_F(WatchTest, WrongCommandLinesAndRequests) {
     EXPECT_EQ(Run(line).status, 2);
   }
   EXPECT_EQ(Run({"export", "level.obj", "--output-folder", "o", "--watch"}).status, 2);
+  ExpectRefusal(Run({"export", "-", "l.kob", "--watch"}), "-: can't be watched");
+  ExpectRefusal(Run({"export", ".", "l.kob", "--watch"}), ".: can't be watched");
+  ExpectRefusal(Run({"export", "level.obj", "-", "--watch"}), "-: a model file can't be");
+  ExpectRefusal(Run({"export", "level.obj", "none/l.kob", "--watch"}), "none/l.kob: cannot be");
   EXPECT_EQ(ParseHttpRequest("GET / HTTP/1.1\r\nA: b\r\nhOst: \tX \r\n\r\n").value().host, "x");
   for (const char* head :
        {"", "\r\n\r\n", "GET /\r\nHost: x\r\n\r\n", "GET / HTTP/2\r\nHost: x\r\n\r\n",

@@ -17,6 +17,7 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "app/Messages.h"
@@ -24,6 +25,7 @@
 #include "app/export/ExportSettings.h"
 #include "app/export/ExportTargets.h"
 #include "app/export/ExporterLog.h"
+#include "app/export/OptionsFile.h"
 #include "app/export/VerboseNotes.h"
 #include "output/OutputTarget.h"
 #include "scene/FileText.h"
@@ -55,7 +57,19 @@ void RequireWatchable(const CommandLine& line, const ExportArguments& arguments)
   if (arguments.report && IsStandardOutput(*arguments.report)) {
     throw UsageError("--watch: the report can't go to standard output; name a file", line.command);
   }
-  RequireRegularFileOrNothing(arguments.scene.path);
+  const std::string& scene = arguments.scene.path;
+  struct stat info {};
+  const bool exists = stat(scene.c_str(), &info) == 0;
+  if (exists ? !S_ISREG(info.st_mode) : scene == "-") {
+    throw RunError(scene +
+                   ": can't be watched: it is no file that a program replaces or writes to");
+  }
+  // What can't be written now is a mistake, not a reason to wait.
+  const TakenFiles inputs = NamedInputs(arguments);
+  FindModelTarget(arguments, inputs);
+  FindDepFileTarget(arguments, inputs);
+  FindPageTarget(arguments, inputs);
+  FindReportTarget(arguments, inputs);
 }
 
 class Watch {
@@ -113,6 +127,8 @@ class Watch {
   int pages_ = 0;
   std::set<std::string> named_;    ///< by the command line or the settings
   std::set<std::string> watched_;  ///< these, and what the last exports read
+  /// Where a mapexport.toml may be. Nobody waits for alarms there: folders such as /tmp have many.
+  std::set<std::string> optionsFiles_;
   std::set<std::string> folders_;  ///< where files that are lacking may appear
   std::set<std::string> outputs_;  ///< names
   bool lacksFiles_ = false;        ///< the last export lacked some
@@ -128,6 +144,10 @@ void Watch::FindNamedFiles() {
   }
   if (!cxp.empty()) named_.insert(cxp);
   watched_ = named_;
+  if (!arguments_.fresh) {
+    const std::vector<std::string> places = OptionsFilePlaces(arguments_.scene.path);
+    optionsFiles_.insert(places.begin(), places.end());
+  }
   folders_.insert(FolderOf(arguments_.scene.path));
   folders_.insert(arguments_.textures.begin(), arguments_.textures.end());
   const std::string model = ModelPath(arguments_.output);
@@ -152,6 +172,7 @@ std::set<std::string> Watch::OtherFiles() const {
 Watch::Look Watch::LookNow() const {
   Look look;
   for (const std::string& path : watched_) look.files[path] = StateOf(path);
+  for (const std::string& path : optionsFiles_) look.files[path] = StateOf(path);
   if (lacksFiles_) look.others = OtherFiles();
   return look;
 }
@@ -212,8 +233,9 @@ void Watch::Take(SceneResult result, std::int64_t started) {
       if (state.placed < started) exported_.files[file] = state;
     }
   }
-  std::erase_if(exported_.files,
-                [this](const auto& file) { return !watched_.contains(file.first); });
+  std::erase_if(exported_.files, [this](const auto& file) {
+    return !watched_.contains(file.first) && !optionsFiles_.contains(file.first);
+  });
   if (!failed && server_) ServePage();
 }
 
