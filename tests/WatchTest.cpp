@@ -84,28 +84,37 @@ TEST_F(WatchTest, ExportsAgainAfterEachChangeAndKeepsTheLastGoodOutput) {
   const std::string triangle = "v 0 0 0\nv 10 0 0\nv 0 10 0\nusemtl Red\nf 1 2 3\n";
   Start({"--depfile", "l.d", "--textures", "."});
   EXPECT_THAT(AfterLines(1), HasSubstr("level.obj"));  // there is no scene yet
+  Write(work_ / "side", "x");
+  AfterLines(2);
+  Write(work_ / "side", "xy");  // perhaps a file that the scene is read from
+  AfterLines(3);
   Write(work_ / "level.obj", kObject);
-  EXPECT_THAT(AfterLines(3), HasSubstr("\"level.mtl\" that the scene names can't be opened"));
+  EXPECT_THAT(AfterLines(5), HasSubstr("\"level.mtl\" that the scene names can't be opened"));
   Write(work_ / "level.mtl", "newmtl Red\nKd 1 0 0\n");
-  AfterLines(4);
+  AfterLines(6);
   const std::string good = Content(work_ / "l.kob");
   EXPECT_THAT(Content(work_ / "l.d"), HasSubstr("level.mtl"));
   Write(work_ / "new", "f 1 2 99\n");
   fs::rename(work_ / "new", work_ / "level.obj");
-  EXPECT_THAT(AfterLines(5), HasSubstr("there is no vertex 99"));
+  EXPECT_THAT(AfterLines(7), HasSubstr("there is no vertex 99"));
   EXPECT_EQ(Content(work_ / "l.kob"), good);
   Write(work_ / "new", std::string(kObject) + triangle);
   fs::rename(work_ / "new", work_ / "level.obj");
-  AfterLines(6);
+  AfterLines(8);
   EXPECT_NE(Content(work_ / "l.kob"), good);
   Write(work_ / "level.mtl", "newmtl Red\nKd 0 1 0\nmap_Kd red.png\n");
-  EXPECT_THAT(AfterLines(8), HasSubstr("red.png"));
+  EXPECT_THAT(AfterLines(10), HasSubstr("red.png"));
   Write(work_ / "RED.tga", "x");  // where an engine finds it
-  AfterLines(9);
+  AfterLines(11);
   Write(work_ / "mapexport.toml", "weld = 3\n");
-  EXPECT_THAT(AfterLines(10), HasSubstr("mapexport.toml: line 1"));
+  EXPECT_THAT(AfterLines(12), HasSubstr("mapexport.toml: line 1"));
+  fs::create_directory(work_ / "later");
+  Write(work_ / "mapexport.toml", "keywords = \"later/k\"\n");
+  AfterLines(13);
+  Write(work_ / "later/k", "*: climbable\n");
+  AfterLines(14);
   fs::remove(work_ / "mapexport.toml");
-  const std::string lines = AfterLines(11);
+  const std::string lines = AfterLines(15);
   Stop();
   EXPECT_EQ(outcome_.status, 128 + SIGINT);
   EXPECT_EQ(outcome_.err, lines);

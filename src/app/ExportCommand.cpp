@@ -338,7 +338,8 @@ SceneResult ExportForCaller(const CommandLine& line, const ExportArguments& shar
   for (const Remark& remark : run.messages.Told()) {
     result.lacksFiles = result.lacksFiles || remark.code.starts_with("missing-");
   }
-  result.dependencies = run.report.dependencies;
+  result.dependencies =
+      run.report.dependencies.empty() ? ShapingFiles(arguments, {}, "") : run.report.dependencies;
   if (arguments.makesReport) {
     std::ostringstream report;
     WriteReport(run.report, run.messages.Told(), run.stages.Times(), report);

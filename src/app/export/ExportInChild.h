@@ -21,7 +21,7 @@ struct SceneResult {
   Remark exported = MakeNote("exported", "");
   std::string report;
   std::vector<std::string> sideFiles;     ///< that the scene was read from
-  std::vector<std::string> dependencies;  ///< all that the output depends on, if it was made
+  std::vector<std::string> dependencies;  ///< all that the output depends on, as far as known
   bool lacksFiles = false;                ///< it names files that were not found
   std::vector<RegistryChange> settings;   ///< to be remembered
 };

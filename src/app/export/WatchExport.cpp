@@ -100,14 +100,16 @@ class Watch {
   /// The watched files as they are at a time.
   struct Look {
     std::map<std::string, FileState> files;
-    std::set<std::string> others;  ///< in the folders where a file that is lacking may appear
+    /// In the folders where a file that is lacking may appear.
+    std::map<std::string, FileState> others;
 
     friend bool operator==(const Look&, const Look&) = default;
   };
 
   void FindNamedFiles();
   Look LookNow() const;
-  std::set<std::string> OtherFiles() const;
+  /// Once an export has told what it reads, their states don't matter.
+  std::map<std::string, FileState> OtherFiles() const;
   /// Both return the signal that is to end the program, or 0.
   int Export();
   int AwaitChange();
@@ -132,6 +134,7 @@ class Watch {
   std::set<std::string> folders_;  ///< where files that are lacking may appear
   std::set<std::string> outputs_;  ///< names
   bool lacksFiles_ = false;        ///< the last export lacked some
+  bool hasExported_ = false;
   Look exported_;
 };
 
@@ -153,17 +156,18 @@ void Watch::FindNamedFiles() {
   const std::string model = ModelPath(arguments_.output);
   for (const std::string& file :
        {model, PagePath(model), LogPath(arguments_), arguments_.depFile.value_or(""),
-        arguments_.report.value_or("")}) {
+        arguments_.report.value_or(""), SettingsPath(arguments_)}) {
     outputs_.insert(NamePart(file));
   }
 }
 
-std::set<std::string> Watch::OtherFiles() const {
-  std::set<std::string> files;
+std::map<std::string, FileState> Watch::OtherFiles() const {
+  std::map<std::string, FileState> files;
   for (const std::string& folder : folders_) {
     for (const std::string& name : FilesIn(folder)) {
-      if (!name.starts_with('.') && !outputs_.contains(name))
-        files.insert(fmt::format("{}/{}", folder, name));
+      if (name.starts_with('.') || outputs_.contains(name)) continue;
+      const std::string path = fmt::format("{}/{}", folder, name);
+      files[path] = hasExported_ ? FileState{} : StateOf(path);
     }
   }
   return files;
@@ -220,8 +224,12 @@ void Watch::Take(SceneResult result, std::int64_t started) {
     messages_.Tell(result.exported);
   }
   lacksFiles_ = failed || result.lacksFiles;
+  if (!failed) {
+    watched_ = named_;
+    hasExported_ = true;
+    for (auto& [path, state] : exported_.others) state = {};
+  }
   if (!lacksFiles_) exported_.others.clear();
-  if (!failed) watched_ = named_;
   for (const auto* files : {&result.sideFiles, &result.dependencies}) {
     for (const std::string& file : *files) {
       // The settings are those of the beginning, and every export may write them.
