@@ -2,6 +2,7 @@
 #include <csignal>
 #include <regex>
 
+#include <sys/resource.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -18,6 +19,16 @@ class ScenesTest : public ProgramTest {
     Write(work_ / "level.mtl", "newmtl Red\nKd 1 0 0\n");
     Write(work_ / "b.scene.json", kScene);
     Write(work_ / "bad.fbx", "no FBX");
+  }
+
+  /// The command line that exports that many scenes.
+  std::vector<std::string> LineOfMany(int count) {
+    std::vector<std::string> line{"export", "--output-folder", "out", "--no-log", "--quiet"};
+    for (int i = 0; i < count; ++i) {
+      line.push_back("s" + std::to_string(i) + ".scene.json");
+      fs::copy_file(work_ / "b.scene.json", work_ / line.back());
+    }
+    return line;
   }
 };
 
@@ -141,13 +152,18 @@ TEST_F(ScenesTest, CopiedTexturesDoNotReplaceThoseOfOtherScenes) {
   EXPECT_TRUE(copy == std::string(kBytes, copy.at(0)));
 }
 
+TEST_F(ScenesTest, ManyAtOnceDoNotTakeEachOthersFiles) {
+  std::vector<std::string> line = LineOfMany(60);
+  line.insert(line.end(), {"--jobs", "9999"});
+  const Outcome outcome = Run(line, [] {
+    const rlimit files{32, 32};
+    setrlimit(RLIMIT_NOFILE, &files);
+  });
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
 TEST_F(ScenesTest, AnInterruptedRunCountsWhatIsInItsPlace) {
-  constexpr int kScenes = 40;
-  std::vector<std::string> line{"export", "--output-folder", "out", "--no-log", "--quiet"};
-  for (int i = 0; i < kScenes; ++i) {
-    line.push_back("s" + std::to_string(i) + ".scene.json");
-    fs::copy_file(work_ / "b.scene.json", work_ / line.back());
-  }
+  const std::vector<std::string> line = LineOfMany(40);
   for (int tries = 1; tries <= 10; ++tries) {
     fs::remove_all(work_ / "out");
     const Outcome outcome = Run(line, [tries] {

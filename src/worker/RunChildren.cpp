@@ -41,7 +41,7 @@ class Children {
       const std::uint64_t memory = tasks_.memoryOf(next_);
       if (!Idle() && (memory > tasks_.memory || used_ > tasks_.memory - memory)) return;
       try {
-        running_.push_back({next_, memory, RunningChild(tasks_.task(next_, Computed(next_)))});
+        running_.push_back({next_, memory, RunningChild(TaskOf(next_))});
       } catch (const ChildError& error) {
         if (!Idle()) return;  // another's end may help
         tasks_.ended(next_, {ChildEnd::kCannotHandOver, 0, error.what(), {}, {}});
@@ -86,6 +86,15 @@ class Children {
 
   std::size_t Computing() const {
     return static_cast<std::size_t>(std::ranges::count(running_, true, &Running::computing));
+  }
+
+  ChildTask TaskOf(std::size_t index) {
+    ChildTask task = tasks_.task(index, Computed(index));
+    task.run = [this, run = std::move(task.run)](FdOutput& output) {
+      running_.clear();  // closes the files of the others: each child has the whole limit of files
+      return run(output);
+    };
+    return task;
   }
 
   /// What the child of that index calls.
