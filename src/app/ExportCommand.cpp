@@ -154,6 +154,7 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
   run.reportOutput.Print();
   if (run.computed) run.computed();
   OutputPlace::CommitTogether(places, [&run] {
+    // Its process ends after the hand-over.
     if (run.isForCaller) static const HoldInterrupts untilTheEnd;
   });
   TellPlaced(places, run.messages, tellMore);

@@ -83,7 +83,6 @@ class Watch {
     if (given.verbose) NoteVersions(messages_);
     FindNamedFiles();
     if (!given.view) return;
-    RequirePageBuilt("--view");
     server_.emplace();
     PrintResult([this](std::ostream& out) { out << "page: " << server_->Url() << '\n'; });
   }
