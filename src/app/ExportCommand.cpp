@@ -42,7 +42,6 @@
 #include "app/textures/CopyTextures.h"
 #include "app/textures/FindTextures.h"
 #include "cli/CommandLine.h"
-#include "cli/OptionReading.h"
 #include "output/DepFile.h"
 #include "output/OutputPlace.h"
 #include "output/OutputTarget.h"
@@ -194,6 +193,7 @@ std::vector<TextureCopy> TakeTextures(ExportRun& run, const OutputTarget& model,
 }
 
 void ReportCancel(ExportRun& run) {
+  run.stages.End();
   run.report.status = ExitStatus::kCancelled;
   run.messages.Note("cancelled",
                     fmt::format("{}: not exported: cancelled in the dialog", run.report.output));
@@ -258,11 +258,7 @@ void Export(ExportRun& run) {
   if (!system.Cancelled()) WarnOfWelding(arguments, values, *run.report.before, run.messages);
   run.changedSettings = settings.Changes();
   if (!run.isForCaller) SaveSettings(settings, run.messages);
-  if (system.Cancelled()) {
-    run.stages.End();
-    ReportCancel(run);
-    return;
-  }
+  if (system.Cancelled()) return ReportCancel(run);
   if (!talk.Succeeded()) {
     ThrowNotExported(output, place.File(), "the exporter could not open its file");
   }

@@ -24,7 +24,6 @@
 #include "app/ModelPage.h"
 #include "app/export/ExportSettings.h"
 #include "app/export/ExportTargets.h"
-#include "app/export/ExporterLog.h"
 #include "app/export/OptionsFile.h"
 #include "app/export/VerboseNotes.h"
 #include "output/OutputTarget.h"
