@@ -251,6 +251,9 @@ FUNCTION(kRemove, int, unlinkat, (int fd, const char* path, int flags) noexcept,
          flags)
 FUNCTION(kRemove, int, rmdir, (const char* path) noexcept, -1, path)
 FUNCTION(kRename, int, rename, (const char* from, const char* to) noexcept, -1, from, to)
+FUNCTION(kRename, int, renameat2,
+         (int folder, const char* from, int other, const char* to, unsigned flags) noexcept, -1,
+         folder, from, other, to, flags)
 FUNCTION(kRename, int, link, (const char* from, const char* to) noexcept, -1, from, to)
 FUNCTION(kStat, int, stat, (const char* path, struct stat* info) noexcept, -1, path, info)
 FUNCTION(kStat, int, lstat, (const char* path, struct stat* info) noexcept, -1, path, info)
