@@ -9,6 +9,7 @@
 #include "compare/MaterialFields.h"
 #include "compare/WriteDifference.h"
 #include "modelreader/TextTable.h"
+#include "system/Counted.h"
 #include "system/PrintableText.h"
 
 namespace mapexport {
@@ -158,17 +159,17 @@ std::string Headline(const ModelDifference& difference) {
   const TriangleTally& triangles = difference.triangles;
   switch (difference.result) {
     case ModelComparison::kEqual:
-      return fmt::format("equal: {} triangles", triangles.count[0]);
+      return "equal: " + Counted(triangles.count[0], "triangle");
     case ModelComparison::kOrderDiffers:
-      return fmt::format(
-          "only the order differs: the same {} triangles, materials and surface sets",
-          triangles.count[0]);
+      return fmt::format("only the order differs: the same {}, materials and surface sets",
+                         Counted(triangles.count[0], "triangle"));
     case ModelComparison::kDifferent:
       break;
   }
-  return triangles.Changed() ? fmt::format("different: {} triangles only in A, {} only in B",
-                                           triangles.only[0], triangles.only[1])
-                             : fmt::format("different: the same {} triangles", triangles.count[0]);
+  return triangles.Changed()
+             ? fmt::format("different: {} only in A, {} only in B",
+                           Counted(triangles.only[0], "triangle"), triangles.only[1])
+             : "different: the same " + Counted(triangles.count[0], "triangle");
 }
 
 }  // namespace

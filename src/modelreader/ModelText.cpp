@@ -14,6 +14,7 @@
 #include "modelreader/ModelTextures.h"
 #include "modelreader/TextTable.h"
 #include "modelreader/WriteModel.h"
+#include "system/Counted.h"
 #include "system/IsFinite.h"
 #include "system/PrintableText.h"
 
@@ -28,10 +29,6 @@ constexpr std::size_t kMaxGroups = 4;  // in detail
 constexpr std::size_t kMaxNameColumns = 32;
 
 constexpr TextAlign kRight = TextAlign::kRight;
-
-std::string Counted(std::size_t count, std::string_view one, std::string_view many) {
-  return fmt::format("{} {}", count, count == 1 ? one : many);
-}
 
 std::string Name(std::string_view name) {
   return PrintableText(name, kMaxNameColumns);

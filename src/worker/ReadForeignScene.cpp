@@ -18,6 +18,7 @@
 #include "scene/SceneCensus.h"
 #include "scene/SceneError.h"
 #include "scene/SceneFile.h"
+#include "system/Counted.h"
 #include "system/Descriptor.h"
 #include "system/FdOutput.h"
 #include "system/RunError.h"
@@ -124,8 +125,8 @@ std::string ReasonOfSignal(int signal, std::uint32_t seconds) {
     return "the reader used up the processor time that the system allows";
   }
   if (signal == SIGXCPU) {
-    return fmt::format("can't be read within {} second{} of processor time (--read-limit)", seconds,
-                       seconds == 1 ? "" : "s");
+    return fmt::format("can't be read within {} of processor time (--read-limit)",
+                       Counted(seconds, "second"));
   }
   if (signal == SIGALRM) return "the reader waited too long for something (--read-limit)";
   const std::string text = SignalText(signal);

@@ -9,6 +9,8 @@
 
 #include <fmt/format.h>
 
+#include "system/Counted.h"
+
 namespace mapexport {
 namespace {
 
@@ -26,10 +28,6 @@ constexpr std::uint64_t kFewTriangles = 1000;
 constexpr std::uint64_t kTrianglesPerBatch = 20;
 // What a voxel size is chosen for.
 constexpr double kTrianglesPerCell = 200;
-
-std::string Counted(std::uint64_t count, std::string_view thing) {
-  return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
-}
 
 /// "512 bytes", "74 KB", "1.2 MB"
 std::string SizeText(std::uint64_t bytes) {

@@ -27,6 +27,7 @@
 #include "output/DepFile.h"
 #include "output/OutputPlace.h"
 #include "output/TakenFiles.h"
+#include "system/Counted.h"
 #include "system/RunError.h"
 #include "system/StandardError.h"
 #include "system/StandardOutput.h"
@@ -188,10 +189,6 @@ void ScenesRun::Take(std::size_t index, const ChildOutcome& outcome) {
   results_[index] = std::move(result);
 }
 
-std::string Scenes(std::size_t count) {
-  return fmt::format("{} scene{}", count, count == 1 ? "" : "s");
-}
-
 std::string TimeSince(steady_clock::time_point start) {
   const std::chrono::duration<double> time = steady_clock::now() - start;
   return fmt::format("{:.1f} s", time.count());
@@ -211,7 +208,7 @@ void ScenesRun::Summarise() {
   const std::size_t overlong = CountOf(ExitStatus::kOverlongLists);
   messages_.Note(
       "summary",
-      fmt::format("{} of {} exported to {} in {}{}", Exported(), Scenes(jobs_.size()),
+      fmt::format("{} of {} exported to {} in {}{}", Exported(), Counted(jobs_.size(), "scene"),
                   *arguments_.outputFolder, TimeSince(start_),
                   overlong == 0 ? "" : fmt::format(", {} with too long lists", overlong)));
   if (failed_ == 0) return;
@@ -222,8 +219,8 @@ void ScenesRun::Summarise() {
     names += fmt::format("{}{}", named == 1 ? "" : ", ", jobs_[i].scene);
   }
   if (named > kMostNamed) names += fmt::format(" and {} more", named - kMostNamed);
-  messages_.Error("failed",
-                  fmt::format("{} of {} not exported: {}", failed_, Scenes(jobs_.size()), names));
+  messages_.Error("failed", fmt::format("{} of {} not exported: {}", failed_,
+                                        Counted(jobs_.size(), "scene"), names));
 }
 
 void ScenesRun::WriteReports(std::ostream& out) const {
@@ -288,7 +285,7 @@ ExitStatus ScenesRun::Run() {
         "failed",
         fmt::format(
             "stopped by a signal ({}): {} of {} exported; the other outputs are as they were",
-            SignalText(signal), Exported(), Scenes(jobs_.size())));
+            SignalText(signal), Exported(), Counted(jobs_.size(), "scene")));
     raise(signal);
     return ExitStatus::kFailed;  // the signal is blocked
   }

@@ -11,6 +11,7 @@
 #include "app/WriteOutput.h"
 #include "output/Sha256.h"
 #include "system/Ascii.h"
+#include "system/Counted.h"
 #include "system/Descriptor.h"
 #include "system/FileIdentity.h"
 #include "system/RunError.h"
@@ -98,10 +99,9 @@ void CopyTextures(std::span<const TextureCopy> copies, Messages& messages) {
     }
   }
   if (copied == 0) return;
-  messages.Note(
-      "textures-copied",
-      fmt::format("{}: {} texture{} copied there", folder.string(), copied, copied == 1 ? "" : "s"),
-      copied);
+  messages.Note("textures-copied",
+                fmt::format("{}: {} copied there", folder.string(), Counted(copied, "texture")),
+                copied);
 }
 
 }  // namespace mapexport
