@@ -1,6 +1,6 @@
 """Game levels (.kob, .qob) from Blender, written by the program mapexport."""
 
-from . import keywords
+from . import keywords, messages, operators, panels, preferences
 
 bl_info = {
     "name": "Game Level (.kob/.qob)",
@@ -13,7 +13,7 @@ bl_info = {
 }
 
 # Each registers its own classes; a module comes after those that it uses.
-_MODULES = (keywords,)
+_MODULES = (preferences, messages, operators, panels, keywords)
 
 
 def register() -> None:

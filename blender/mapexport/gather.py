@@ -1,0 +1,135 @@
+"""Gathers what Blender shows of a scene: its nodes, with meshes, materials and keywords."""
+
+import itertools
+import math
+from collections.abc import Callable
+from typing import Any
+
+import bpy
+
+from .errors import ExportError
+from .materials import Materials
+from .meshes import UvMaps, write_mesh
+from .scene_file import SceneFile
+from .user_text import user_text
+
+# Called with the number of objects and instances that are gathered.
+Progress = Callable[[int], None]
+
+
+class Scene:
+    """A scene in the exporter's terms, made of an evaluated dependency graph."""
+
+    def __init__(self, factor: float) -> None:
+        """`factor` is what Blender's lengths are multiplied by."""
+        self.file = SceneFile()
+        self.materials = Materials()
+        self.root: dict[str, Any] = {"name": "Scene Root", "children": []}
+        self.is_empty = True
+        self._factor = factor
+        self._nodes: dict[Any, dict[str, Any]] = {}
+        self._meshes: dict[tuple[int, UvMaps], dict[str, Any] | None] = {}
+        self._members: dict[int, frozenset[int]] = {}
+
+    def gather(
+        self, depsgraph: bpy.types.Depsgraph, selected: bool, progress: Progress
+    ) -> None:
+        """Adds everything that shows as triangles; only what is selected if `selected`."""
+        for number, instance in enumerate(depsgraph.object_instances):
+            progress(number)
+            # What shows of curves, texts and metaballs is in the list a second time, as meshes.
+            if not instance.show_self or instance.object.type != "MESH":
+                continue
+            owner = (instance.parent if instance.is_instance else instance.object).original
+            if not selected or owner.select_get():
+                self._add(instance)
+
+    def write(self, path: str) -> None:
+        self.file.write(path, self.root, self.materials.records)
+
+    def _add(self, instance: bpy.types.DepsgraphObjectInstance) -> None:
+        shown = instance.object
+        mesh = shown.data
+        material, uv_maps = self.materials.of_object(_materials(shown, mesh), shown.name)
+        key = (mesh.as_pointer(), uv_maps)
+        if key not in self._meshes:
+            self._meshes[key] = write_mesh(self.file, mesh, shown.name, uv_maps)
+        lists = self._meshes[key]
+        if lists is None:
+            return
+        node = self._instance_node(instance)
+        node["mesh"] = lists
+        node["objectTransform"] = self._transform(instance)
+        node["wireColor"] = [round(255 * min(max(part, 0), 1)) for part in shown.color[:3]]
+        if material is not None:
+            node["material"] = material
+        self.is_empty = False
+
+    def _transform(self, instance: bpy.types.DepsgraphObjectInstance) -> list[list[float]]:
+        """The rows of the exporter's matrix, which are the columns of Blender's."""
+        world = instance.matrix_world
+        rows = [[self._factor * part for part in column[:3]] for column in world.transposed()]
+        if not all(map(math.isfinite, itertools.chain(*rows))):
+            raise ExportError(f'object "{instance.object.name}": its place is not finite')
+        return rows
+
+    def _instance_node(self, instance: bpy.types.DepsgraphObjectInstance) -> dict[str, Any]:
+        shown = instance.object
+        if not instance.is_instance:
+            return self._node(shown.original, shown)
+        owner = instance.parent.original
+        parent = self._node(owner, owner)
+        # Objects of a collection keep their parents in it, whose names may mean something.
+        key = (owner.as_pointer(), tuple(instance.persistent_id)[1:])
+        members = self._members_of(owner)
+        chain = [shown.original]
+        while chain[-1].parent is not None and chain[-1].parent.as_pointer() in members:
+            chain.append(chain[-1].parent)
+        for member in reversed(chain[1:]):
+            parent = self._child(parent, (*key, member.as_pointer()), member)
+        own_key = (*key, chain[0].as_pointer())
+        if "mesh" in self._nodes.get(own_key, ()):  # geometry nodes show one object many times
+            own_key = (*own_key, len(self._nodes))
+        return self._child(parent, own_key, shown)
+
+    def _members_of(self, owner: bpy.types.Object) -> frozenset[int]:
+        """The objects of the collection that an object shows an instance of."""
+        key = owner.as_pointer()
+        if key not in self._members:
+            is_shown = owner.instance_type == "COLLECTION" and owner.instance_collection
+            objects = owner.instance_collection.all_objects if is_shown else ()
+            self._members[key] = frozenset(member.as_pointer() for member in objects)
+        return self._members[key]
+
+    def _node(self, original: bpy.types.Object, shown: bpy.types.Object) -> dict[str, Any]:
+        """The node of an object that is no instance, below those of its parents."""
+        key = original.as_pointer()
+        if key in self._nodes:
+            return self._nodes[key]
+        above = original.parent
+        parent = self.root if above is None else self._node(above, above)
+        return self._child(parent, key, shown)
+
+    def _child(
+        self, parent: dict[str, Any], key: Any, shown: bpy.types.Object
+    ) -> dict[str, Any]:
+        """The node of that key; it is made when it is not there yet."""
+        if key not in self._nodes:
+            self._nodes[key] = node = {"name": shown.name}
+            text = user_text(shown)
+            if text:
+                node["userProperties"] = text
+            parent.setdefault("children", []).append(node)
+        return self._nodes[key]
+
+
+def _materials(
+    shown: bpy.types.Object, mesh: bpy.types.Mesh
+) -> list[bpy.types.Material | None]:
+    """The material of each slot, as Blender draws it: the object's own or its mesh's."""
+    slots = shown.material_slots
+    materials = list(mesh.materials)
+    for index, slot in enumerate(slots[: len(materials)]):
+        if slot.link == "OBJECT":
+            materials[index] = slot.material
+    return materials

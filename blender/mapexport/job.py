@@ -1,0 +1,111 @@
+"""One export: gathers the scene into a file and has the program export that."""
+
+import contextlib
+import os
+import tempfile
+from typing import Any
+
+import bpy
+
+from .errors import ExportError
+from .gather import Progress, Scene
+from .options import absolute, arguments
+from .run import Message, Run, check_program, find_program
+from .visibility import everything_shown, modifiers_off
+
+
+class Job:
+    """An export that is running."""
+
+    def __init__(self, context: bpy.types.Context, values: Any, program: str) -> None:
+        """Gathers the scene and starts the program; `values` has the options and `filepath`."""
+        self.output = output_path(values.filepath, values.layout)
+        check = find_program(program)
+        check_program(check)
+        self._folder = tempfile.TemporaryDirectory(prefix="mapexport-", dir=bpy.app.tempdir)
+        try:
+            name = os.path.splitext(os.path.basename(self.output))[0]
+            kept = values.scene_file
+            path = absolute(kept) if kept else f"{self._folder.name}/{name}.scene.bin"
+            scene = _gather(context, values)
+            _write(scene, path)
+            made = arguments(values)
+            if values.copy_textures and not values.textures:
+                folders = dict.fromkeys(map(os.path.dirname, scene.materials.pictures))
+                for folder in folders:
+                    made += ["--textures", absolute(folder)]
+            self._run = Run(check, [*made, path, self.output], self._folder.name)
+        except BaseException:
+            self._folder.cleanup()
+            raise
+
+    def has_ended(self) -> bool:
+        return self._run.has_ended()
+
+    def stop(self) -> None:
+        self._run.stop()
+        self._folder.cleanup()
+
+    def finish(self) -> tuple[list[Message], str | None]:
+        """Waits for the end: what the program said, and why there is no new output, if so."""
+        try:
+            self._run.wait()
+            messages = self._run.messages()
+            return messages, self._run.failure(messages)
+        finally:
+            self.stop()
+
+
+def output_path(path: str, layout: str) -> str:
+    """Where the level goes; a name without extension gets that of the layout."""
+    if not os.path.basename(path):
+        raise ExportError("the level's file has no name")
+    extension = "" if os.path.splitext(path)[1] else f".{layout}"
+    return absolute(path) + extension
+
+
+def _gather(context: bpy.types.Context, values: Any) -> Scene:
+    scene = Scene(values.scale * context.scene.unit_settings.scale_length)
+    manager = context.window_manager
+    for item in context.objects_in_mode_unique_data if context.mode != "OBJECT" else ():
+        item.update_from_editmode()
+    with contextlib.ExitStack() as changes:
+        if values.objects == "all":
+            changes.enter_context(everything_shown(context.view_layer))
+        if not values.apply_modifiers:
+            changes.enter_context(modifiers_off(bpy.data.objects))
+        depsgraph = context.evaluated_depsgraph_get()
+        progress = _progress(manager, len(depsgraph.object_instances))
+        manager.progress_begin(0, 100)
+        try:
+            scene.gather(depsgraph, values.objects == "selected", progress)
+        finally:
+            manager.progress_end()
+    if scene.is_empty:
+        what = {"visible": "visible", "selected": "selected"}.get(values.objects, "there")
+        raise ExportError(f"nothing that has faces is {what}")
+    return scene
+
+
+def _progress(manager: bpy.types.WindowManager, count: int) -> Progress:
+    """Shows each further hundredth at the cursor."""
+    step = max(count // 100, 1)
+
+    def show(number: int) -> None:
+        if number % step == 0:
+            manager.progress_update(100 * number // count)
+
+    return show
+
+
+def _write(scene: Scene, path: str) -> None:
+    try:
+        scene.write(path)
+    except OSError as error:
+        raise ExportError(f'"{path}" can\'t be written: {error.strerror}') from error
+    except ValueError as error:
+        raise ExportError(
+            f"a number of a material is not finite, or too large: {error}"
+        ) from error
+    except RecursionError as error:
+        raise ExportError("objects are below more parents than can be exported") from error
