@@ -1,6 +1,6 @@
 """Game levels (.kob, .qob) from Blender, written by the program mapexport."""
 
-from . import keywords, messages, operators, panels, preferences
+from . import keyword_panel, messages, operators, panels, preferences
 
 bl_info = {
     "name": "Game Level (.kob/.qob)",
@@ -13,10 +13,12 @@ bl_info = {
 }
 
 # Each registers its own classes; a module comes after those that it uses.
-_MODULES = (preferences, messages, operators, panels, keywords)
+_MODULES = (preferences, messages, operators, panels, keyword_panel)
 
 
 def register() -> None:
+    if operators.ExportLevel.is_registered:  # scripts may ask for it once more
+        unregister()
     for module in _MODULES:
         module.register()
 

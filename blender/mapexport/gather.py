@@ -8,10 +8,10 @@ from typing import Any
 import bpy
 
 from .errors import ExportError
+from .keywords import text_of
 from .materials import Materials
 from .meshes import UvMaps, write_mesh
 from .scene_file import SceneFile
-from .user_text import user_text
 
 # Called with the number of objects and instances that are gathered.
 Progress = Callable[[int], None]
@@ -116,7 +116,7 @@ class Scene:
         """The node of that key; it is made when it is not there yet."""
         if key not in self._nodes:
             self._nodes[key] = node = {"name": shown.name}
-            text = user_text(shown)
+            text = text_of(shown)
             if text:
                 node["userProperties"] = text
             parent.setdefault("children", []).append(node)
