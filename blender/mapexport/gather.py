@@ -31,9 +31,7 @@ class Scene:
         self._meshes: dict[tuple[int, UvMaps], dict[str, Any] | None] = {}
         self._members: dict[int, frozenset[int]] = {}
 
-    def gather(
-        self, depsgraph: bpy.types.Depsgraph, selected: bool, progress: Progress
-    ) -> None:
+    def gather(self, depsgraph: bpy.types.Depsgraph, selected: bool, progress: Progress) -> None:
         """Adds everything that shows as triangles; only what is selected if `selected`."""
         for number, instance in enumerate(depsgraph.object_instances):
             progress(number)
@@ -87,7 +85,7 @@ class Scene:
             chain.append(chain[-1].parent)
         for member in reversed(chain[1:]):
             parent = self._child(parent, (*key, member.as_pointer()), member)
-        own_key = (*key, chain[0].as_pointer())
+        own_key: tuple[Any, ...] = (*key, chain[0].as_pointer())
         if "mesh" in self._nodes.get(own_key, ()):  # geometry nodes show one object many times
             own_key = (*own_key, len(self._nodes))
         return self._child(parent, own_key, shown)
@@ -110,9 +108,7 @@ class Scene:
         parent = self.root if above is None else self._node(above, above)
         return self._child(parent, key, shown)
 
-    def _child(
-        self, parent: dict[str, Any], key: Any, shown: bpy.types.Object
-    ) -> dict[str, Any]:
+    def _child(self, parent: dict[str, Any], key: Any, shown: bpy.types.Object) -> dict[str, Any]:
         """The node of that key; it is made when it is not there yet."""
         if key not in self._nodes:
             self._nodes[key] = node = {"name": shown.name}
@@ -123,9 +119,7 @@ class Scene:
         return self._nodes[key]
 
 
-def _materials(
-    shown: bpy.types.Object, mesh: bpy.types.Mesh
-) -> list[bpy.types.Material | None]:
+def _materials(shown: bpy.types.Object, mesh: bpy.types.Mesh) -> list[bpy.types.Material | None]:
     """The material of each slot, as Blender draws it: the object's own or its mesh's."""
     slots = shown.material_slots
     materials = list(mesh.materials)

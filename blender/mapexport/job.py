@@ -31,9 +31,8 @@ class Job:
             _write(scene, path)
             made = arguments(values)
             if values.copy_textures and not values.textures:
-                folders = dict.fromkeys(map(os.path.dirname, scene.materials.pictures))
-                for folder in folders:
-                    made += ["--textures", absolute(folder)]
+                for folder in scene.materials.folders:
+                    made += ["--textures", folder]
             self._run = Run(check, [*made, path, self.output], self._folder.name)
         except BaseException:
             self._folder.cleanup()
@@ -104,8 +103,6 @@ def _write(scene: Scene, path: str) -> None:
     except OSError as error:
         raise ExportError(f'"{path}" can\'t be written: {error.strerror}') from error
     except ValueError as error:
-        raise ExportError(
-            f"a number of a material is not finite, or too large: {error}"
-        ) from error
+        raise ExportError(f"a number of a material is not finite, or too large: {error}") from error
     except RecursionError as error:
         raise ExportError("objects are below more parents than can be exported") from error

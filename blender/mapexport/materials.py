@@ -1,5 +1,6 @@
 """Blender's materials as the exporter's: colours, texture, mapping."""
 
+import os
 import re
 from typing import Any
 
@@ -26,7 +27,7 @@ class Materials:
 
     def __init__(self) -> None:
         self.records: list[dict[str, Any]] = []
-        self.pictures: dict[str, None] = {}  # paths of pictures on disk, in their order
+        self.folders: dict[str, None] = {}  # those of pictures on disk, in their order
         self._index: dict[Any, int] = {}
         self._uv_map: dict[int, str | None] = {}
 
@@ -51,8 +52,8 @@ class Materials:
             self._index[key] = index = len(self.records)
             self._uv_map[index] = look.uv_map
             self.records.append(look.record)
-            if look.picture:
-                self.pictures[look.picture] = None
+            if look.folder:
+                self.folders[look.folder] = None
         return self._index[key]
 
 
@@ -61,15 +62,13 @@ class _Look:
 
     def __init__(self, material: bpy.types.Material) -> None:
         self.uv_map: str | None = None
-        self.picture: str | None = None  # its path, where it is a file
+        self.folder: str | None = None  # where the picture is, if it is a file
         self.record: dict[str, Any] = {"name": material.name, "shading": _SHADING}
         if not material.use_backface_culling:
             self.record["twoSided"] = True
         shader = _shader(material)
         if shader is None:
-            self._set(
-                material.diffuse_color, material.specular_intensity, material.roughness
-            )
+            self._set(material.diffuse_color, material.specular_intensity, material.roughness)
             return
         colour = shader.inputs[_COLOURS[shader.type]]
         texture = _find(colour, {"TEX_IMAGE"})
@@ -95,7 +94,7 @@ class _Look:
         image = texture.image
         file = image.filepath and bpy.path.abspath(image.filepath, library=image.library)
         if file and not image.packed_file:
-            self.picture = file
+            self.folder = os.path.dirname(os.path.abspath(file))
         # The exporter takes a name from the last separator before the first dot of a path.
         self.record["diffuseMap"] = use = {"file": re.split(r"[\\/]", file)[-1] or image.name}
         place = Matrix.Identity(4)
@@ -142,8 +141,9 @@ def _find(socket: bpy.types.NodeSocket, types: Any) -> bpy.types.Node | None:
 
 def _colour(socket: bpy.types.NodeSocket) -> Any:
     node = _source(socket)
-    is_constant = node is not None and node.type == "RGB"
-    return (node.outputs[0] if is_constant else socket).default_value
+    if node is not None and node.type == "RGB":
+        return node.outputs[0].default_value
+    return socket.default_value
 
 
 def _number(shader: bpy.types.Node, *names: str) -> float:
@@ -160,9 +160,7 @@ def _mapping(node: bpy.types.Node) -> Matrix:
     def value(name: str) -> Any:
         return node.inputs[name].default_value
 
-    turn_and_scale = value("Rotation").to_matrix().to_4x4() @ Matrix.Diagonal(
-        (*value("Scale"), 1)
-    )
+    turn_and_scale = value("Rotation").to_matrix().to_4x4() @ Matrix.Diagonal((*value("Scale"), 1))
     if node.vector_type in {"VECTOR", "NORMAL"}:
         return turn_and_scale
     place = Matrix.Translation(value("Location")) @ turn_and_scale

@@ -2,6 +2,7 @@
 
 import bpy
 import numpy as np
+from numpy.typing import NDArray
 
 from .errors import ExportError
 from .scene_file import SceneFile
@@ -50,12 +51,12 @@ def write_mesh(
     return lists
 
 
-def _require_finite(numbers: np.ndarray, name: str, what: str) -> None:
+def _require_finite(numbers: NDArray[np.float32], name: str, what: str) -> None:
     if not np.isfinite(numbers).all():
         raise ExportError(f'object "{name}": a number of {what} is not finite')
 
 
-def _coordinates(mesh: bpy.types.Mesh, uv_maps: UvMaps) -> np.ndarray | None:
+def _coordinates(mesh: bpy.types.Mesh, uv_maps: UvMaps) -> NDArray[np.float32] | None:
     """A row u, v, 0 per corner of the mesh's polygons, each from the map of its material."""
     layers = mesh.uv_layers
     if not layers:
@@ -76,7 +77,7 @@ def _coordinates(mesh: bpy.types.Mesh, uv_maps: UvMaps) -> np.ndarray | None:
     return coordinates
 
 
-def _layer(layer: bpy.types.MeshUVLoopLayer, count: int) -> np.ndarray:
+def _layer(layer: bpy.types.MeshUVLoopLayer, count: int) -> NDArray[np.float32]:
     numbers = np.empty((count, 2), np.float32)
     if hasattr(layer, "uv"):  # since 3.5
         layer.uv.foreach_get("vector", numbers.ravel())

@@ -74,9 +74,7 @@ class SelectNodes(bpy.types.Operator):
         return {"FINISHED"}
 
 
-def _objects(
-    view_layer: bpy.types.ViewLayer, names: set[str]
-) -> list[bpy.types.Object]:
+def _objects(view_layer: bpy.types.ViewLayer, names: set[str]) -> list[bpy.types.Object]:
     """Visible objects of these names, and those that show an instance of one."""
 
     def shows(item: bpy.types.Object) -> bool:

@@ -47,7 +47,8 @@ class ExportLevel(bpy.types.Operator, ExportHelper):
 
     def check(self, context: bpy.types.Context) -> bool:
         """Keeps the extension to the layout while the dialog is open."""
-        stem, extension = os.path.splitext(self.filepath)
+        path: str = self.filepath  # type: ignore[has-type]  # of ExportHelper
+        stem, extension = os.path.splitext(path)
         if extension.lower() in {".kob", ".qob"} and extension != self.filename_ext:
             self.filepath = stem + self.filename_ext
             return True
@@ -84,9 +85,7 @@ class ExportLevel(bpy.types.Operator, ExportHelper):
                 return self._finish(context)
             name = os.path.basename(self._job.output) if self._job else ""
             seconds = int(self._timer.time_duration)
-            context.workspace.status_text_set(
-                f"Exporting {name}: {seconds} s    Esc: cancel"
-            )
+            context.workspace.status_text_set(f"Exporting {name}: {seconds} s    Esc: cancel")
         return {"PASS_THROUGH"}
 
     def cancel(self, context: bpy.types.Context) -> None:
@@ -119,9 +118,7 @@ class ExportLevel(bpy.types.Operator, ExportHelper):
             self.report({"WARNING"}, text if warnings > 1 else text.replace("s:", ":", 1))
         return {"FINISHED"}
 
-    def _fail(
-        self, context: bpy.types.Context, messages: list[Message], reason: str
-    ) -> set[str]:
+    def _fail(self, context: bpy.types.Context, messages: list[Message], reason: str) -> set[str]:
         """An error report, which is an exception where a script called."""
         if not any(one.text == reason for one in messages):
             messages = [*messages, Message("error", "failed", reason)]

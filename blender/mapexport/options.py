@@ -79,22 +79,16 @@ def _switch(name: str, title: str, default: bool, text: str) -> Option:
 
 
 def _flag(name: str, title: str, text: str, default: bool = False) -> Option:
-    return Option(
-        name, Kind.FLAG, BoolProperty(name=title, default=default, description=text)
-    )
+    return Option(name, Kind.FLAG, BoolProperty(name=title, default=default, description=text))
 
 
 def _number(name: str, title: str, default: float, text: str) -> Option:
-    return Option(
-        name, Kind.NUMBER, FloatProperty(name=title, default=default, description=text)
-    )
+    return Option(name, Kind.NUMBER, FloatProperty(name=title, default=default, description=text))
 
 
 def _file(name: str, title: str, text: str, folder: bool = False) -> Option:
     subtype = "DIR_PATH" if folder else "FILE_PATH"
-    return Option(
-        name, Kind.FILE, StringProperty(name=title, subtype=subtype, description=text)
-    )
+    return Option(name, Kind.FILE, StringProperty(name=title, subtype=subtype, description=text))
 
 
 _INCLUDE = (
@@ -142,9 +136,7 @@ _GEOMETRY = (
         True,
         "Equal normals, texture coordinates and colours at a vertex are shared",
     ),
-    _number(
-        "voxel_size", "Voxel Size", 1000, "Edge of the cells that render batches are made of"
-    ),
+    _number("voxel_size", "Voxel Size", 1000, "Edge of the cells that render batches are made of"),
     _flag(
         "split",
         "Split Long Lists",

@@ -31,7 +31,7 @@ def find_program(preferred: str) -> str:
     if preferred:
         if not os.access(preferred, os.X_OK) or os.path.isdir(preferred):
             raise ExportError(
-                f'the program "{preferred}", which the add-on\'s preferences name, can\'t be run'
+                f"the program \"{preferred}\", which the add-on's preferences name, can't be run"
             )
         return preferred
     here = Path(__file__).resolve().parent
@@ -86,9 +86,7 @@ class Run:
                     stderr=said,
                 )
             except OSError as error:
-                raise ExportError(
-                    f'the program "{program}" can\'t be run: {error}'
-                ) from error
+                raise ExportError(f'the program "{program}" can\'t be run: {error}') from error
 
     def has_ended(self) -> bool:
         return self._child.poll() is not None

@@ -5,6 +5,7 @@ import struct
 from typing import Any
 
 import numpy as np
+from numpy.typing import NDArray
 
 _ALIGNMENT = 16
 
@@ -13,10 +14,10 @@ class SceneFile:
     """The number lists and materials of a scene on the way to its file."""
 
     def __init__(self) -> None:
-        self._lists: list[np.ndarray] = []
+        self._lists: list[NDArray[Any]] = []
         self._size = 0
 
-    def add(self, entries: np.ndarray) -> dict[str, int]:
+    def add(self, entries: NDArray[Any]) -> dict[str, int]:
         """Where the list is in the file: `entries` has a row per entry, of 32-bit numbers."""
         place = {"offset": self._size, "count": len(entries)}
         self._lists.append(entries)
@@ -33,9 +34,7 @@ class SceneFile:
         text = json.dumps(scene, ensure_ascii=False, allow_nan=False, separators=(",", ":"))
         tree = text.encode("utf-8", "replace")
         with open(path, "wb") as out:
-            out.write(
-                struct.pack("<16sIIQQ", b"mapexport-scene", 1, 0, len(tree), self._size)
-            )
+            out.write(struct.pack("<16sIIQQ", b"mapexport-scene", 1, 0, len(tree), self._size))
             out.write(tree + bytes(-(40 + len(tree)) % _ALIGNMENT))
             for entries in self._lists:
                 out.write(np.ascontiguousarray(entries).data)

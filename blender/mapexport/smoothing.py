@@ -2,9 +2,10 @@
 
 import bpy
 import numpy as np
+from numpy.typing import NDArray
 
 
-def corner_normals(mesh: bpy.types.Mesh) -> np.ndarray | None:
+def corner_normals(mesh: bpy.types.Mesh) -> NDArray[np.float32] | None:
     """A row per corner of the mesh's polygons, or None where the faces are flat.
 
     The exporter makes its smoothing groups from them.
