@@ -14,6 +14,7 @@ OLDEST = (1, 0, 0)
 
 _DONE, _CANCELLED, _DONE_WITH_LONG_LISTS = 0, 3, 4
 _SECONDS_TO_END = 5
+_LONGEST_QUOTE = 200
 
 
 @dataclass(frozen=True)
@@ -51,13 +52,16 @@ def check_program(program: str) -> None:
             stdin=subprocess.DEVNULL,
             capture_output=True,
             check=False,
+            encoding="utf-8",
+            errors="replace",
             timeout=60,
-        ).stdout.decode("utf-8", "replace")
+        )
     except (OSError, subprocess.SubprocessError) as error:
         raise ExportError(f'the program "{program}" can\'t be run: {error}') from error
-    found = re.match(r"mapexport (\d+)\.(\d+)\.(\d+)", answer)
+    found = re.match(r"mapexport (\d+)\.(\d+)\.(\d+)", answer.stdout)
     if found is None:
-        raise ExportError(f'the program "{program}" is not mapexport')
+        said = " ".join((answer.stdout + answer.stderr).split())[:_LONGEST_QUOTE] or "nothing"
+        raise ExportError(f'the program "{program}" is not mapexport: it says {said}')
     if tuple(map(int, found.groups())) < OLDEST:
         raise _too_old(program, found[0])
 

@@ -5,7 +5,8 @@
 It runs in Blender 3.4 and writes, into its folder, level.* and answers.json: for each object the
 triangles that Blender shows, in metres, z up, with material, texture coordinates and edges. The
 files are committed; check_level.py compares what mapexport reads from them. Options of the export
-dialogs are those that docs/from-blender.md recommends.
+dialogs are those that docs/from-blender.md recommends. The tests of the add-on use the level, too,
+also in later versions.
 """
 import datetime
 import json
@@ -20,10 +21,6 @@ import addon_utils
 import bpy
 from mathutils import Matrix, Vector
 
-for addon in ("io_scene_fbx", "io_scene_gltf2", "io_scene_x3d"):
-    addon_utils.enable(addon)
-from io_scene_fbx import export_fbx_bin, fbx_utils
-
 HERE = pathlib.Path(__file__).resolve().parent
 FOLDER = pathlib.Path("/tmp/level")  # FBX files name it
 # What the custom properties below mean; docs/keywords.md.
@@ -31,17 +28,6 @@ KEYWORDS = {"Floor": ["floorface"], "Terrain": ["floorface"], "Pillar": ["notcol
             "Door 'A' &lt; <B>": ["climbable", "notcollidable3d"], "ドア枠": ["climbable"],
             "Hull_hidden": ["notrendered"]}
 QUAD = [(-1, -1, 0), (1, -1, 0), (1, 1, 0), (-1, 1, 0)]
-
-# The FBX exporter takes hashes and the clock; here the same file always has the same bytes.
-fbx_utils._key_to_uuid = lambda uuids, key: 1000 + len(uuids)
-export_fbx_bin.datetime = types.SimpleNamespace(
-    datetime=types.SimpleNamespace(now=lambda: datetime.datetime(2000, 1, 1)))
-
-# A mesh whose nodes have their own materials is exported once per node, as "Wedge.001" and so on.
-# With one key for all copies it is exported once, as other tools do it.
-blender_key = fbx_utils.get_blenderID_key
-export_fbx_bin.get_blenderID_key = lambda data: (
-    f"mesh {data.name.split('.')[0]}" if isinstance(data, bpy.types.Mesh) else blender_key(data))
 
 # By material with a picture: scale, place and turn of its Mapping node, and its UV map.
 mappings = {}
@@ -107,8 +93,10 @@ def mesh(name, points, faces, *materials, smooth=False, hard_angle=None):
         corner.uv = (point.x * 0.25 + point.z * 0.125, point.y * 0.25)
     for polygon in result.polygons:
         polygon.use_smooth = smooth
-    if hard_angle is not None:
+    if hard_angle is not None and hasattr(result, "use_auto_smooth"):
         result.use_auto_smooth, result.auto_smooth_angle = True, math.radians(hard_angle)
+    elif hard_angle is not None:  # since 4.1
+        result.set_sharp_from_angle(angle=math.radians(hard_angle))
     return result
 
 
@@ -298,7 +286,8 @@ def answers():
         if node.type != "MESH":  # what shows of a curve comes as a mesh, too
             continue
         data = node.to_mesh()
-        data.calc_normals_split()
+        if hasattr(data, "calc_normals_split"):  # until 4.0
+            data.calc_normals_split()
         data.calc_loop_triangles()
         entry = found.setdefault(node.name, {
             "keywords": KEYWORDS.get(node.name, []), "points": [], "polygons": [], "triangles": [],
@@ -328,6 +317,24 @@ def answers():
     return found
 
 
+def prepare_exporters():
+    for addon in ("io_scene_fbx", "io_scene_gltf2", "io_scene_x3d"):
+        addon_utils.enable(addon)
+    from io_scene_fbx import export_fbx_bin, fbx_utils
+
+    # The FBX exporter takes hashes and the clock; here the same file always has the same bytes.
+    fbx_utils._key_to_uuid = lambda uuids, key: 1000 + len(uuids)
+    export_fbx_bin.datetime = types.SimpleNamespace(
+        datetime=types.SimpleNamespace(now=lambda: datetime.datetime(2000, 1, 1)))
+
+    # A mesh whose nodes have their own materials is exported once per node, as "Wedge.001" and so
+    # on. With one key for all copies it is exported once, as other tools do it.
+    blender_key = fbx_utils.get_blenderID_key
+    export_fbx_bin.get_blenderID_key = lambda data: (
+        f"mesh {data.name.split('.')[0]}" if isinstance(data, bpy.types.Mesh)
+        else blender_key(data))
+
+
 def export():
     level = str(FOLDER / "level")
     bpy.ops.export_scene.fbx(filepath=f"{level}.fbx", use_custom_props=True, bake_anim=False,
@@ -347,14 +354,20 @@ def export():
                                separators=(",", ":")) + "\n")
 
 
-FOLDER.mkdir()
-build()
-bpy.context.view_layer.update()
-(FOLDER / "answers.json").write_text(
-    json.dumps(answers(), ensure_ascii=False, separators=(",", ":")).replace('},"', '},\n"') + "\n")
-bpy.data.objects["Hull_hidden"].hide_viewport = True
-export()
-for file in FOLDER.iterdir():
-    if not file.name.startswith("level.blend"):
-        shutil.copy(file, HERE)
-shutil.rmtree(FOLDER)
+def main():
+    prepare_exporters()
+    FOLDER.mkdir()
+    build()
+    bpy.context.view_layer.update()
+    text = json.dumps(answers(), ensure_ascii=False, separators=(",", ":"))
+    (FOLDER / "answers.json").write_text(text.replace('},"', '},\n"') + "\n")
+    bpy.data.objects["Hull_hidden"].hide_viewport = True
+    export()
+    for file in FOLDER.iterdir():
+        if not file.name.startswith("level.blend"):
+            shutil.copy(file, HERE)
+    shutil.rmtree(FOLDER)
+
+
+if __name__ == "__main__":
+    main()
