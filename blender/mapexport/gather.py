@@ -39,7 +39,8 @@ class Scene:
             if not instance.show_self or instance.object.type != "MESH":
                 continue
             owner = (instance.parent if instance.is_instance else instance.object).original
-            if not selected or owner.select_get():
+            # The list has objects of collections that are hidden with the eye.
+            if owner.visible_get() and (not selected or owner.select_get()):
                 self._add(instance)
 
     def write(self, path: str) -> None:
@@ -77,6 +78,9 @@ class Scene:
             return self._node(shown.original, shown)
         owner = instance.parent.original
         parent = self._node(owner, owner)
+        # The mesh of a curve is an instance of the curve.
+        if shown.original == owner and "mesh" not in parent:
+            return parent
         # Objects of a collection keep their parents in it, whose names may mean something.
         key = (owner.as_pointer(), tuple(instance.persistent_id)[1:])
         members = self._members_of(owner)

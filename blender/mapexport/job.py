@@ -11,7 +11,7 @@ from .errors import ExportError
 from .gather import Progress, Scene
 from .options import absolute, arguments
 from .run import Message, Run, check_program, find_program
-from .visibility import everything_shown, modifiers_off
+from .visibility import edit_mode_left, everything_shown, modifiers_off
 
 
 class Job:
@@ -66,9 +66,8 @@ def output_path(path: str, layout: str) -> str:
 def _gather(context: bpy.types.Context, values: Any) -> Scene:
     scene = Scene(values.scale * context.scene.unit_settings.scale_length)
     manager = context.window_manager
-    for item in context.objects_in_mode_unique_data if context.mode != "OBJECT" else ():
-        item.update_from_editmode()
     with contextlib.ExitStack() as changes:
+        changes.enter_context(edit_mode_left(context))
         if values.objects == "all":
             changes.enter_context(everything_shown(context.view_layer))
         if not values.apply_modifiers:

@@ -8,6 +8,19 @@ import bpy
 
 
 @contextlib.contextmanager
+def edit_mode_left(context: bpy.types.Context) -> Iterator[None]:
+    """Leaves the edit mode, in which what is edited is not evaluated as a mesh."""
+    is_editing = context.mode.startswith("EDIT_")
+    if is_editing:
+        bpy.ops.object.mode_set(mode="OBJECT")
+    try:
+        yield
+    finally:
+        if is_editing:
+            bpy.ops.object.mode_set(mode="EDIT")
+
+
+@contextlib.contextmanager
 def everything_shown(view_layer: bpy.types.ViewLayer) -> Iterator[None]:
     """Shows all objects of the view layer: those that are hidden, too."""
     hidden = [item for item in view_layer.objects if item.hide_get()]

@@ -9,7 +9,7 @@ import unittest
 
 import bpy
 import mapexport
-from triangles import triangles_of
+from triangles import Places, triangles_of
 
 PROGRAM = os.environ["MAPEXPORT"]
 
@@ -34,6 +34,13 @@ class ExportCase(unittest.TestCase):
         )
         self.assertEqual(done, {"FINISHED"})
         return json.loads(program("scene", scene))
+
+    def check(self, scene):
+        """The scene, which must have the triangles that Blender shows."""
+        places = Places(triangles_of(scene), 0.002)
+        self.assertEqual([one for one in shown() if not places.take(one)], [])
+        self.assertEqual([one.corners for one in places.free()], [])
+        return scene
 
     def refusal(self, **options):
         """What an export that must fail says; it must leave the older output alone."""
@@ -69,17 +76,11 @@ def mesh(name="Corner", points=((0, 0, 0), (1, 0, 0), (0, 1, 0)), faces=((0, 1, 
 
 
 def corners(scene):
-    """The triangles of a scene, sorted, each from its least corner on, in whole thousandths."""
-    found = []
-    for triangle in triangles_of(scene):
-        points = [tuple(round(1000 * part) for part in point) for point in triangle.corners]
-        first = points.index(min(points))
-        found.append(tuple(points[first:] + points[:first]))
-    return sorted(found)
+    return [triangle.corners for triangle in triangles_of(scene)]
 
 
 def shown():
-    """The same of what Blender shows, at a hundred units for each of its own."""
+    """The triangles that Blender shows, at a hundred units for each of its own."""
     found = []
     depsgraph = bpy.context.evaluated_depsgraph_get()
     for instance in depsgraph.object_instances:
@@ -88,15 +89,9 @@ def shown():
         data, world = instance.object.data, instance.matrix_world.copy()
         data.calc_loop_triangles()
         for triangle in data.loop_triangles:
-            points = [
-                tuple(round(100000 * part) for part in world @ data.vertices[v].co)
-                for v in triangle.vertices
-            ]
-            if world.is_negative:
-                points.reverse()
-            first = points.index(min(points))
-            found.append(tuple(points[first:] + points[:first]))
-    return sorted(found)
+            points = [list(100 * (world @ data.vertices[v].co)) for v in triangle.vertices]
+            found.append(points[::-1] if world.is_negative else points)
+    return found
 
 
 def nodes(scene):
