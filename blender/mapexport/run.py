@@ -63,13 +63,13 @@ def check_program(program: str) -> None:
         said = " ".join((answer.stdout + answer.stderr).split())[:_LONGEST_QUOTE] or "nothing"
         raise ExportError(f'the program "{program}" is not mapexport: it says {said}')
     if tuple(map(int, found.groups())) < OLDEST:
-        raise _too_old(program, found[0])
+        raise _too_old(program)
 
 
-def _too_old(program: str, what: str) -> ExportError:
+def _too_old(program: str) -> ExportError:
     oldest = ".".join(map(str, OLDEST))
     return ExportError(
-        f'{what} ("{program}") is too old: this add-on needs mapexport {oldest} or later'
+        f'the program "{program}" is too old: this add-on needs mapexport {oldest} or later'
     )
 
 
@@ -125,7 +125,7 @@ class Run:
             return f"mapexport was ended by signal {-status}"
         errors = [one for one in messages if one.severity == "error"]
         if any(not one.code for one in errors) and "--messages" in errors[0].text:
-            return str(_too_old(self._program, "the program"))
+            return str(_too_old(self._program))
         return errors[-1].text if errors else f"mapexport ended with status {status}"
 
 
