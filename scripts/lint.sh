@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Checks how the code is written: clang-format, clang-tidy, and shellcheck for the scripts.
-# lint.sh --fix formats the C++ files instead of only looking at them; the rest stays the same.
+# Checks how the code is written: clang-format, clang-tidy, shellcheck for the scripts, and black, flake8
+# and mypy for the add-on for Blender. lint.sh --fix formats the C++ files and the add-on instead of only
+# looking at them; the rest stays the same.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -19,6 +20,7 @@ mapfile -t files < <(
 
 if [[ ${1-} == --fix ]]; then
   clang-format -i "${files[@]}"
+  black --quiet --config blender/pyproject.toml blender tests/blender-addon
 fi
 echo "clang-format: ${#files[@]} files"
 clang-format --dry-run -Werror "${files[@]}" || status=1
@@ -35,6 +37,11 @@ LC_ALL=C.UTF-8 awk '
 
 echo "shellcheck"
 shellcheck -x scripts/*.sh scripts/lib/*.sh .ci/run || status=1
+
+echo "black, flake8, mypy"
+black --quiet --check --config blender/pyproject.toml blender tests/blender-addon || status=1
+flake8 --config blender/.flake8 blender tests/blender-addon || status=1
+mypy --config-file blender/pyproject.toml --cache-dir build/mypy blender/mapexport || status=1
 
 # A separate folder holds the compile commands: nothing is built in it, no other build is touched.
 # Without the page, which only a build makes. A room's files are looked at some together: most of the

@@ -47,7 +47,8 @@ class Program(ExportCase):
         os.environ["PATH"] = str(self.folder)
         self.assertEqual(
             self.refusal(),
-            "the program mapexport is not found: install it, or name it in the add-on's preferences",
+            "the program mapexport is not found: install it, "
+            "or name it in the add-on's preferences",
         )
 
     def test_a_program_that_fails(self):
