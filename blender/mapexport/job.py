@@ -17,11 +17,16 @@ from .visibility import edit_mode_left, everything_shown, modifiers_off
 class Job:
     """An export that is running."""
 
-    def __init__(self, context: bpy.types.Context, values: Any, program: str) -> None:
-        """Gathers the scene and starts the program; `values` has the options and `filepath`."""
+    def __init__(self, context: bpy.types.Context, values: Any, preferred: str) -> None:
+        """Gathers the scene and starts the program; `values` has the options and `filepath`.
+
+        `preferred` is the program's path in the preferences, which may be empty.
+        """
         self.output = output_path(values.filepath, values.layout)
-        check = find_program(program)
-        check_program(check)
+        if values.depfile and not values.scene_file:
+            raise ExportError("a make rule needs the scene to be kept: name its file, too")
+        program = find_program(preferred)
+        check_program(program)
         self._folder = tempfile.TemporaryDirectory(prefix="mapexport-", dir=bpy.app.tempdir)
         try:
             name = os.path.splitext(os.path.basename(self.output))[0]
@@ -33,7 +38,7 @@ class Job:
             if values.copy_textures and not values.textures:
                 for folder in scene.materials.folders:
                     made += ["--textures", folder]
-            self._run = Run(check, [*made, path, self.output], self._folder.name)
+            self._run = Run(program, [*made, path, self.output], self._folder.name)
         except BaseException:
             self._folder.cleanup()
             raise

@@ -37,12 +37,12 @@ def messages_of(context: bpy.types.Context) -> Any:
 
 
 def show_messages(context: bpy.types.Context, found: list[Message]) -> None:
-    """Replaces what the panel shows: warnings, errors and the line of what was written."""
+    """Replaces what the panel shows: all but the notes that name no objects."""
     shown = messages_of(context)
     shown.entries.clear()
     shown.output = ""
     for message in found:
-        if message.severity == "note" and message.code != "exported":
+        if message.severity == "note" and not message.nodes and message.code != "exported":
             continue
         entry = shown.entries.add()
         entry.severity, entry.text = message.severity, message.text

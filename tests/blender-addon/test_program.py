@@ -67,6 +67,7 @@ class Program(ExportCase):
             self.assertEqual(self.messages()[-1], ("error", said, []))
 
     def test_what_the_program_refuses(self):
+        self.assertIn("needs the scene to be kept", self.refusal(depfile="/level.d"))
         self.assertIn("/nowhere: can't be read", self.refusal(keywords="/nowhere"))
         said = self.refusal(strict=True, weld_distance=1e6)
         self.assertIn("no-triangle", said)
