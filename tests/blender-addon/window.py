@@ -85,6 +85,7 @@ def run(todo=steps(), count=iter(range(MOST_STEPS))):
             if is_done
             else f"The window hangs at line {todo.gi_frame.f_lineno}."
         )
+        sys.stdout.flush()
         os._exit(0 if is_done else 1)
     except BaseException:
         traceback.print_exc()
