@@ -9,7 +9,9 @@ from .run import Message
 
 _ICONS = {"error": "CANCEL", "warning": "ERROR", "note": "INFO"}
 _MOST_NAMES = 20
-_LINE = 48  # characters that fit into the panel's usual width
+# Of the panel: what is beside the text, and the text's characters, in pixels.
+_BESIDE_TEXT, _CHARACTER = 85, 6
+_SHORTEST_LINE = 16
 
 
 class NodeName(bpy.types.PropertyGroup):
@@ -118,15 +120,17 @@ class MessagesPanel(bpy.types.Panel):
         layout.operator("export_scene.mapexport", text="Export...", icon="EXPORT")
         if shown.output:
             layout.operator("mapexport.view_result", icon="URL")
+        width = context.region.width / context.preferences.system.ui_scale
+        length = max(int((width - _BESIDE_TEXT) / _CHARACTER), _SHORTEST_LINE)
         for entry in shown.entries:
-            _draw_entry(layout.box().column(align=True), entry)
+            _draw_entry(layout.box().column(align=True), entry, length)
         if shown.entries:
             layout.operator(ClearMessages.bl_idname, icon="X")
 
 
-def _draw_entry(column: bpy.types.UILayout, entry: LevelMessage) -> None:
+def _draw_entry(column: bpy.types.UILayout, entry: LevelMessage, length: int) -> None:
     icon = _ICONS.get(entry.severity, "NONE")
-    for line in _wrapped(entry.text):
+    for line in _wrapped(entry.text, length):
         column.label(text=line, icon=icon)
         icon = "BLANK1"
     names = [node.name for node in entry.nodes]
@@ -142,13 +146,13 @@ def _draw_entry(column: bpy.types.UILayout, entry: LevelMessage) -> None:
         ).names = "\n".join(names)
 
 
-def _wrapped(text: str) -> list[str]:
+def _wrapped(text: str, length: int) -> list[str]:
     """Lines that fit; words that are longer are cut, since paths have no blanks."""
     lines = [""]
     for word in text.split():
-        while len(lines[-1]) + len(word) >= _LINE:
+        while len(lines[-1]) + len(word) >= length:
             if not lines[-1]:
-                lines[-1], word = word[:_LINE], word[_LINE:]
+                lines[-1], word = word[:length], word[length:]
             lines.append("")
         lines[-1] += f" {word}" if lines[-1] else word
     return [line for line in lines if line]
