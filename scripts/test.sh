@@ -89,7 +89,8 @@ installed_program_works() {
   cmp -- "$prefix/yard.kob" build/example/yard.kob || return 1
   scripts/check-hardening.sh "$prefix" || return 1
   scripts/check-consumer.sh "$prefix" || return 1
-  [[ -s $prefix/share/man/man1/mapexport.1.gz ]]
+  [[ -s $prefix/share/man/man1/mapexport.1.gz ]] || return 1
+  [[ -s $prefix/share/mapexport/blender/mapexport.zip ]]
 }
 
 all=""

@@ -1,8 +1,9 @@
 """Gathers what Blender shows of a scene: its nodes, with meshes, materials and keywords."""
 
+import contextlib
 import itertools
 import math
-from collections.abc import Callable
+from collections.abc import Callable, Iterator
 from typing import Any
 
 import bpy
@@ -52,7 +53,8 @@ class Scene:
         material, uv_maps = self.materials.of_object(_materials(shown, mesh), shown.name)
         key = (mesh.as_pointer(), uv_maps)
         if key not in self._meshes:
-            self._meshes[key] = write_mesh(self.file, mesh, shown.name, uv_maps)
+            with _whole_mesh(shown) as whole:
+                self._meshes[key] = write_mesh(self.file, whole, shown.name, uv_maps)
         lists = self._meshes[key]
         if lists is None:
             return
@@ -121,6 +123,18 @@ class Scene:
                 node["userProperties"] = text
             parent.setdefault("children", []).append(node)
         return self._nodes[key]
+
+
+@contextlib.contextmanager
+def _whole_mesh(shown: bpy.types.Object) -> Iterator[bpy.types.Mesh]:
+    """The mesh that is drawn; a last Subdivision modifier may be left to the graphics card."""
+    if not any(last.type == "SUBSURF" for last in shown.modifiers[-1:]):
+        yield shown.data  # a copy may be cut into other triangles
+        return
+    try:
+        yield shown.to_mesh()
+    finally:
+        shown.to_mesh_clear()
 
 
 def _materials(shown: bpy.types.Object, mesh: bpy.types.Mesh) -> list[bpy.types.Material | None]:

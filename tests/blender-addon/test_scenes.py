@@ -48,6 +48,10 @@ class Kinds(ExportCase):
         cube = add("Cube", mesh("Cube", *CUBE))
         cube.modifiers.new("Array", "ARRAY").count = 3
         cube.modifiers.new("Off", "ARRAY").show_viewport = False
+        smooth = add("Smooth", mesh("Smooth", *CUBE), (0, 5, 0))
+        smooth.modifiers.new("Subdivision", "SUBSURF").levels = 2
+        self.check(self.export())
+        bpy.data.objects.remove(smooth)
         self.assertEqual(len(corners(self.check(self.export()))), 36)
         self.assertEqual(len(corners(self.export(apply_modifiers=False))), 12)
         self.assertEqual([one.show_viewport for one in cube.modifiers], [True, False])
