@@ -34,14 +34,17 @@ class Scene:
 
     def gather(self, depsgraph: bpy.types.Depsgraph, selected: bool, progress: Progress) -> None:
         """Adds everything that shows as triangles; only what is selected if `selected`."""
+        own = {item.as_pointer() for item in depsgraph.view_layer.objects}
         for number, instance in enumerate(depsgraph.object_instances):
             progress(number)
             # What shows of curves, texts and metaballs is in the list a second time, as meshes.
             if not instance.show_self or instance.object.type != "MESH":
                 continue
             owner = (instance.parent if instance.is_instance else instance.object).original
-            # The list has objects of collections that are hidden with the eye.
-            if owner.visible_get() and (not selected or owner.select_get()):
+            # The list has objects of collections that are hidden with the eye. Those of a
+            # background scene are in no view layer.
+            is_visible = owner.as_pointer() not in own or owner.visible_get()
+            if is_visible and (not selected or owner.select_get()):
                 self._add(instance)
 
     def write(self, path: str) -> None:

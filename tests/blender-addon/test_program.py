@@ -89,6 +89,15 @@ class Program(ExportCase):
         self.assertEqual(bpy.ops.mapexport.clear_messages(), {"FINISHED"})
         self.assertEqual(self.messages(), [])
 
+    def test_lists_that_are_too_long_name_what_fills_them(self):
+        bpy.ops.mesh.primitive_grid_add(x_subdivisions=260, y_subdivisions=260, size=900)
+        bpy.context.object.name = "Hügel"
+        self.export()
+        self.assertEqual([one for one in self.messages() if one[0] == "warning"], [])
+        self.export(split=False)
+        warnings = [nodes for severity, _, nodes in self.messages() if severity == "warning"]
+        self.assertTrue(warnings and all(nodes[0] == "Hügel" for nodes in warnings), warnings)
+
     def test_cancelling_ends_the_program(self):
         started = self.folder / "started"
         other = self.replace(f'trap "" TERM; : >{started}; sleep 60 & wait; sleep 60')

@@ -84,6 +84,10 @@ class Kinds(ExportCase):
         self.assertEqual(len(nodes(self.export(objects="all"))), 5)
         self.assertEqual(nodes(self.export()).keys(), {"Shown", "Chosen"})
         names["Chosen"].select_set(False)
+        background = bpy.data.scenes.new("Background")
+        background.collection.objects.link(bpy.data.objects.new("Far", mesh()))
+        bpy.context.scene.background_set = background
+        self.assertEqual(nodes(self.export()).keys(), {"Shown", "Chosen", "Far"})
         said = self.refusal(objects="selected")
         self.assertEqual(said, "nothing that has faces is selected")
         self.assertEqual(self.messages(), [("error", said, [])])
