@@ -90,7 +90,7 @@ class Program(ExportCase):
         self.assertEqual(self.messages(), [])
 
     def test_lists_that_are_too_long_name_what_fills_them(self):
-        bpy.ops.mesh.primitive_grid_add(x_subdivisions=260, y_subdivisions=260, size=900)
+        bpy.ops.mesh.primitive_grid_add(x_subdivisions=260, y_subdivisions=260, size=260)
         bpy.context.object.name = "Hügel"
         self.export()
         self.assertEqual([one for one in self.messages() if one[0] == "warning"], [])
