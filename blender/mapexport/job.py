@@ -69,7 +69,9 @@ def output_path(path: str, layout: str) -> str:
 
 
 def _gather(context: bpy.types.Context, values: Any) -> Scene:
-    scene = Scene(values.scale * context.scene.unit_settings.scale_length)
+    units = context.scene.unit_settings
+    has_units = units.system != "NONE"  # else Blender ignores the scale, too
+    scene = Scene(values.scale * (units.scale_length if has_units else 1))
     manager = context.window_manager
     with contextlib.ExitStack() as changes:
         changes.enter_context(edit_mode_left(context))

@@ -41,7 +41,8 @@ class Kinds(ExportCase):
         bpy.context.scene.unit_settings.scale_length = 0.01
         scene = self.export()
         self.assertEqual(nodes(scene)["Mirrored"]["objectTransform"][1], [0, 2, 0])
-        scene = self.export(scale=1000)
+        bpy.context.scene.unit_settings.system = "NONE"
+        scene = self.export(scale=10)
         self.assertEqual(nodes(scene)["Mirrored"]["objectTransform"][1], [0, 20, 0])
 
     def test_modifiers(self):
