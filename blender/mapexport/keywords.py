@@ -35,7 +35,7 @@ KEYWORDS = (
     Keyword("notshownplan", "notshownplan", 0x20),
 )
 NAMES = {keyword.name for keyword in KEYWORDS}
-STATIC_BIT = 0x80
+STATIC = Keyword("static", "static", 0x80)  # an object's name sets it, no keyword
 # What the beginning of an object's name sets, in any case.
 PREFIXES = ("static", "exclude")
 
@@ -110,7 +110,7 @@ def ancestor_with(obj: bpy.types.Object, prefix: str) -> bpy.types.Object | None
 def flags_of(obj: bpy.types.Object) -> int:
     """The flags of the object's faces: within a static object its bit, whatever the keywords."""
     if prefix_of(obj) == "static" or ancestor_with(obj, "static") is not None:
-        return STATIC_BIT
+        return STATIC.bit
     found = keywords_of(obj)
     return sum(keyword.bit for keyword in KEYWORDS if keyword.name in found)
 
