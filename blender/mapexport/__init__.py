@@ -1,6 +1,6 @@
 """Game levels (.kob, .qob) from Blender, written by the program mapexport."""
 
-from . import keyword_panel, messages, operators, overlay, panels, preferences
+from . import import_model, keyword_panel, messages, operators, overlay, panels, preferences
 
 bl_info = {
     "name": "Game Level (.kob/.qob)",
@@ -13,7 +13,7 @@ bl_info = {
 }
 
 # Each registers its own classes; a module comes after those that it uses.
-_MODULES = (preferences, messages, operators, panels, keyword_panel, overlay)
+_MODULES = (preferences, messages, operators, panels, keyword_panel, overlay, import_model)
 
 
 def register() -> None:

@@ -9,6 +9,7 @@ from bpy.app.handlers import persistent
 from bpy.props import BoolProperty, FloatProperty, FloatVectorProperty
 from gpu_extras.batch import batch_for_shader
 from mathutils import Matrix
+from numpy.typing import NDArray
 
 from . import keywords
 
@@ -43,7 +44,7 @@ def _shader() -> gpu.types.GPUShader:
     return gpu.shader.from_builtin(name)
 
 
-def _triangles(mesh: bpy.types.Mesh) -> tuple[np.ndarray, np.ndarray]:
+def _triangles(mesh: bpy.types.Mesh) -> tuple[NDArray[np.float32], NDArray[np.int32]]:
     """The positions of the vertices, and three indices for each triangle."""
     mesh.calc_loop_triangles()
     points = np.empty((len(mesh.vertices), 3), np.float32)
