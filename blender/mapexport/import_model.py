@@ -184,7 +184,7 @@ def _set_normals(mesh: bpy.types.Mesh, normals: Array) -> None:
     rows = normals.reshape(-1, 3).astype(np.float64)
     rows[~np.isfinite(rows).all(axis=1)] = 0
     lengths = np.linalg.norm(rows, axis=1, keepdims=True)
-    mesh.normals_split_custom_set(np.divide(rows, lengths, out=rows, where=lengths > 0).tolist())
+    mesh.normals_split_custom_set(np.divide(rows, lengths, out=rows, where=lengths > 0))
 
 
 def _menu(self: bpy.types.Menu, _context: bpy.types.Context) -> None:

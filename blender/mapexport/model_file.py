@@ -5,6 +5,7 @@ the program describes the bytes.
 """
 
 import json
+import re
 import struct
 import subprocess
 from dataclasses import dataclass
@@ -91,7 +92,8 @@ def inspect(program: str, path: Path) -> dict[str, Any]:
         raise ExportError(f'the program "{program}" can\'t be run: {error}') from error
     if done.returncode != 0:
         lines = done.stderr.strip().splitlines()
-        raise ExportError(lines[0] if lines else f"mapexport ended with status {done.returncode}")
+        said = lines[0] if lines else f"mapexport ended with status {done.returncode}"
+        raise ExportError(re.sub("^mapexport: (error|warning): ", "", said))
     try:
         document: dict[str, Any] = json.loads(done.stdout)
     except ValueError as error:

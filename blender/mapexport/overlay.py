@@ -44,7 +44,7 @@ def _shader() -> gpu.types.GPUShader:
     return gpu.shader.from_builtin(name)
 
 
-def _triangles(mesh: bpy.types.Mesh) -> tuple[NDArray[np.float32], NDArray[np.int32]]:
+def triangles(mesh: bpy.types.Mesh) -> tuple[NDArray[np.float32], NDArray[np.int32]]:
     """The positions of the vertices, and three indices for each triangle."""
     mesh.calc_loop_triangles()
     points = np.empty((len(mesh.vertices), 3), np.float32)
@@ -134,7 +134,7 @@ class Overlay:
         self._drawn[layer], meshes = drawn_objects(depsgraph)
         for key, mesh in meshes.items():
             if key not in self._batches:
-                points, indices = _triangles(mesh)
+                points, indices = triangles(mesh)
                 self._batches[key] = batch_for_shader(
                     shader, "TRIS", {"pos": points}, indices=indices
                 )
