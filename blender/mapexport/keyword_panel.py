@@ -43,7 +43,7 @@ class _EditOperator(bpy.types.Operator):
             change(obj)
         linked = len(objects) - len(editable)
         if linked:
-            self.report({"WARNING"}, f"{linked} objects of linked libraries stay as they are")
+            self.report({"WARNING"}, f"Left as they are, in linked libraries: {linked}")
         return {"FINISHED"} if editable else {"CANCELLED"}
 
 
@@ -96,7 +96,7 @@ class SelectByKeyword(bpy.types.Operator):
                 found += 1
             elif not self.extend:
                 obj.select_set(False)
-        self.report({"INFO"}, f"{found} objects with {self.keyword}")
+        self.report({"INFO"}, f"With {self.keyword}: {found}")
         return {"FINISHED"}
 
 

@@ -3,7 +3,7 @@
 import json
 
 import bpy
-from exporting import ExportCase, add, mesh, program
+from exporting import ExportCase, add, mesh, nodes, program
 from mapexport import keyword_panel, keywords, overlay
 
 # Custom properties of an object and of its mesh, and the words that they make.
@@ -39,25 +39,23 @@ class Keywords(ExportCase):
                 owner[key] = value
         return made
 
-    def test_text_counts_as_in_gltf(self):
+    def test_text_counts_as_in_other_formats(self):
         items = [self.item(f"Item{i}", row[1], **row[0]) for i, row in enumerate(ROWS)]
-        path = self.folder / "level.glb"
-        bpy.ops.preferences.addon_enable(module="io_scene_gltf2")
-        bpy.ops.export_scene.gltf(filepath=str(path), export_extras=True)
-        root = program("scene", path)
-        texts = {}
-
-        def visit(node):
-            texts[node.get("name")] = node.get("userProperties", "")
-            for child in node.get("children", ()):
-                visit(child)
-
-        visit(json.loads(root)["root"])
-        for item, row in zip(items, ROWS):
-            with self.subTest(row=row):
-                self.assertEqual(keywords.text_of(item), texts[item.name])
-                if row[2] is not None:
-                    self.assertEqual(keywords.words_of(item), row[2])
+        for addon in ("io_scene_gltf2", "io_scene_fbx"):
+            bpy.ops.preferences.addon_enable(module=addon)
+        formats = (
+            (bpy.ops.export_scene.gltf, "level.glb", {"export_extras": True}),
+            (bpy.ops.export_scene.fbx, "level.fbx", {"use_custom_props": True}),
+        )
+        for export, name, options in formats:
+            export(filepath=str(self.folder / name), **options)
+            found = nodes(json.loads(program("scene", self.folder / name)))
+            for item, row in zip(items, ROWS):
+                with self.subTest(name=name, row=row):
+                    text = found[item.name].get("userProperties", "")
+                    self.assertEqual(keywords.text_of(item), text)
+                    if row[2] is not None:
+                        self.assertEqual(keywords.words_of(item), row[2])
 
     def test_ticks(self):
         rows = [
