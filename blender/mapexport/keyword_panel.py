@@ -119,13 +119,13 @@ class GameLevelPanel(bpy.types.Panel):
         objects = edited_objects(context)
         layout = self.layout
         if len(objects) > 1:
-            layout.label(text=f"{len(objects)} selected objects", icon="RESTRICT_SELECT_OFF")
+            layout.label(text=f"{len(objects)} selected objects")
         found = [keywords.keywords_of(obj) for obj in objects]
         column = layout.column(align=True)
         for name, label, _ in _KEYWORD_ITEMS:
             state = _state([name in one for one in found])
             self._tick(column, SetKeyword.bl_idname, "keyword", name, label, state)
-        layout.label(text="By the beginning of the name")
+        layout.label(text="Beginning of the name")
         prefixes = [keywords.prefix_of(obj) for obj in objects]
         column = layout.column(align=True)
         for name, label, _ in _PREFIX_ITEMS:
@@ -139,11 +139,15 @@ class GameLevelPanel(bpy.types.Panel):
     ) -> None:
         row = column.row(align=True)
         left = row.row(align=True)
-        left.alignment = "EXPAND"
-        button = left.operator(operator, text=label, icon=_ICONS[state], depress=state == "all")
+        left.alignment = "LEFT"
+        button = left.operator(operator, text=label, icon=_ICONS[state], emboss=False)
         setattr(button, kind, name)
         button.on = state != "all"
-        select = row.operator(SelectByKeyword.bl_idname, text="", icon="RESTRICT_SELECT_OFF")
+        right = row.row(align=True)
+        right.alignment = "RIGHT"
+        select = right.operator(
+            SelectByKeyword.bl_idname, text="", icon="RESTRICT_SELECT_OFF", emboss=False
+        )
         select.keyword = name
 
     def _draw_notes(self, obj: bpy.types.Object) -> None:
@@ -151,8 +155,8 @@ class GameLevelPanel(bpy.types.Panel):
         notes = []
         for keyword in sorted(keywords.keywords_of(obj)):
             for owner, name in keywords.named_properties(obj, keyword):
-                place = "" if owner == obj else f" of its data “{owner.name}”"
-                notes.append(("PROPERTIES", f"Custom property “{name}”{place}"))
+                place = "" if owner == obj else f" of “{owner.name}”"
+                notes.append(("PROPERTIES", f"Property “{name}”{place}"))
         others = [word for word in keywords.words_of(obj) if word not in keywords.NAMES]
         if others:
             notes.append(("TEXT", "Other text: " + ", ".join(others)))
