@@ -1,4 +1,4 @@
-"""Exports from the file dialog, in a window, and cancels an export with Esc.
+"""Exports from the file dialog, in a window, cancels an export with Esc, and tries the overlay.
 
     blender --enable-event-simulate --python window.py -- OUTPUT FAKE
 
@@ -14,8 +14,9 @@ import bpy
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(HERE.parent.parent / "blender"))
+sys.path[:0] = map(str, (HERE, HERE.parent.parent / "blender"))
 import mapexport  # noqa: E402
+import window_overlay  # noqa: E402
 
 output, fake = map(pathlib.Path, sys.argv[sys.argv.index("--") + 1 :])
 MOST_STEPS = 600
@@ -50,6 +51,7 @@ def press_escape():
 def steps():
     yield
     mapexport.register()
+    yield from window_overlay.steps(area_of)
     yield from export_from_dialog(output)
     while not output.exists() or os.listdir(bpy.app.tempdir):
         yield
