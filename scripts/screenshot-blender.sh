@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Takes the pictures of the add-on in docs/blender.md, docs/images/blender-export.png and
-# blender-messages.png: screenshot-blender.sh [FOLDER]. Blender shows a small level on a separate display.
+# Takes the pictures of the add-on in docs/blender.md, docs/images/blender-export.png, -messages.png and
+# -keywords.png: screenshot-blender.sh [FOLDER]. Blender shows a small level on a separate display.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

@@ -143,6 +143,39 @@ def steps():
     bpy.ops.object.select_all(action="DESELECT")
     yield from wait(20)
     take("blender-messages.png", area.x, area.y, area.width, area.height)
+    yield from keywords(area)
+
+
+def keywords(area):
+    """The panel of keywords beside the coloured level."""
+    objects = bpy.data.objects
+    ladder = objects["Ladder"]
+    ladder["userProperties"] = "climbable\r\nnotshownplan"
+    objects["Crate 1"]["notcollidable"] = True
+    objects["Wall 4"]["userProperties"] = "notrendered"
+    view = area.spaces.active
+    view.shading.color_type, view.show_region_toolbar = "OBJECT", False
+    view.region_3d.view_distance *= 0.75
+    view.region_3d.view_location = (3, -1, 0)
+    width = area.width
+    bpy.ops.mapexport.clear_messages()
+    with override("VIEW_3D"):
+        bpy.ops.screen.area_split(direction="VERTICAL", factor=0.7)
+    beside = bpy.context.window_manager.windows[0].screen.areas[-1]
+    beside.type = "PROPERTIES"
+    yield from wait()
+    for item in (objects["Crate 1"], ladder):
+        item.select_set(True)
+    bpy.context.view_layer.objects.active = ladder
+    bpy.context.window_manager.mapexport_overlay.show = True
+    beside.spaces.active.context = "OBJECT"
+    yield from wait()
+    window = bpy.context.window_manager.windows[0]
+    for _ in range(40):
+        x, y = beside.x + beside.width // 2, beside.y + beside.height // 2
+        window.event_simulate("WHEELDOWNMOUSE", "PRESS", x=x, y=y)
+    yield from wait(20)
+    take("blender-keywords.png", area.x, area.y, width, area.height)
 
 
 def run(todo=steps()):

@@ -142,6 +142,10 @@ class _Level:
         text = "\r\n".join(keywords.names_of(flags))
         if text and not is_static:
             obj[keywords.PROPERTY] = text
+        if part.materials is not None and part.colours is not None:
+            if (part.materials[which] < 0).all():  # the corners have the wire colour
+                colour = np.nan_to_num(part.colours[which[0], 0], posinf=1, neginf=0)
+                obj.color = np.clip(colour, 0, 1)
         collection.objects.link(obj)
         self.triangles += len(which)
         self.objects += 1
@@ -160,7 +164,7 @@ def _mesh(name: str, part: Triangles, materials: list[bpy.types.Material]) -> bp
     mesh.loops.foreach_set("vertex_index", corners)
     mesh.polygons.add(count)
     mesh.polygons.foreach_set("loop_start", np.arange(0, 3 * count, 3, dtype=np.int32))
-    if bpy.app.version < (3, 6, 0):  # later versions find it out
+    if not bpy.types.MeshPolygon.bl_rna.properties["loop_total"].is_readonly:  # before 4.0
         mesh.polygons.foreach_set("loop_total", np.full(count, 3, np.int32))
     if part.materials is not None:
         slots, indices = np.unique(part.materials, return_inverse=True)

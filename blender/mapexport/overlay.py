@@ -39,9 +39,10 @@ class Drawn(NamedTuple):
 
 
 def _shader() -> gpu.types.GPUShader:
-    # The prefix went with Blender 4.0.
-    name = "3D_UNIFORM_COLOR" if bpy.app.version < (4, 0, 0) else "UNIFORM_COLOR"
-    return gpu.shader.from_builtin(name)
+    try:
+        return gpu.shader.from_builtin("UNIFORM_COLOR")
+    except ValueError:  # Blender 3
+        return gpu.shader.from_builtin("3D_UNIFORM_COLOR")
 
 
 def triangles(mesh: bpy.types.Mesh) -> tuple[NDArray[np.float32], NDArray[np.int32]]:

@@ -41,7 +41,8 @@ def triangles(path):
                 for corner, place in zip(corners, at["corners"]):
                     looks = batch["corners"][place]
                     corner += [number(x, 1) for x in looks["normal"]]
-                    corner += [number(x, 2) for x in looks["uv"]]
+                    wire = [] if names else looks["colour"]  # else it depends on the whole node
+                    corner += [number(x, 2) for x in looks["uv"] + wire]
             least = corners.index(min(corners))
             turned = tuple(map(tuple, corners[least:] + corners[:least]))
             found[of_set.get("name"), of_set.get("flags"), material, turned] += 1
