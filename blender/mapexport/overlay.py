@@ -1,5 +1,7 @@
 """A viewport overlay that colours the faces of objects by their flags."""
 
+from itertools import groupby
+from operator import attrgetter
 from typing import NamedTuple
 
 import bpy
@@ -61,14 +63,14 @@ def _mesh_key(original: bpy.types.Object) -> int:
 
 
 def drawn_objects(depsgraph: bpy.types.Depsgraph) -> tuple[list[Drawn], dict[int, bpy.types.Mesh]]:
-    """All objects and instances with flags, and their evaluated meshes by key."""
+    """All objects and instances with flags, by these, and their evaluated meshes by key."""
     drawn = []
     meshes = {}
     flags: dict[int, int] = {}
     for instance in depsgraph.object_instances:
         shown = instance.object
         original = shown.original
-        if shown.type != "MESH" or original.mode in _EDIT_MODES:
+        if shown.type != "MESH" or not instance.show_self or original.mode in _EDIT_MODES:
             continue
         pointer = original.as_pointer()
         if pointer not in flags:
@@ -80,7 +82,7 @@ def drawn_objects(depsgraph: bpy.types.Depsgraph) -> tuple[list[Drawn], dict[int
         meshes[key] = shown.data
         holder = instance.parent.original if instance.is_instance else original
         drawn.append(Drawn(holder, key, instance.matrix_world.copy(), flags[pointer]))
-    return drawn, meshes
+    return sorted(drawn, key=attrgetter("flags")), meshes
 
 
 class Overlay:
@@ -116,16 +118,16 @@ class Overlay:
             self._prepare(layer, shader, context.evaluated_depsgraph_get())
         gpu.state.blend_set("ALPHA")
         gpu.state.depth_test_set("LESS_EQUAL")
+        shader.bind()
         with gpu.matrix.push_pop(), gpu.matrix.push_pop_projection():
             gpu.matrix.load_projection_matrix(_BIAS @ gpu.matrix.get_projection_matrix())
-            for one in self._drawn[layer]:
-                if not one.obj.visible_in_viewport_get(context.space_data):
-                    continue
-                with gpu.matrix.push_pop():
-                    gpu.matrix.multiply_matrix(one.matrix)
-                    shader.bind()
-                    shader.uniform_float("color", (*colour_of(settings, one.flags), settings.alpha))
-                    self._batches[one.mesh].draw(shader)
+            view = gpu.matrix.get_model_view_matrix()
+            for flags, drawn in groupby(self._drawn[layer], key=attrgetter("flags")):
+                shader.uniform_float("color", (*colour_of(settings, flags), settings.alpha))
+                for one in drawn:
+                    if one.obj.visible_in_viewport_get(context.space_data):
+                        gpu.matrix.load_matrix(view @ one.matrix)
+                        self._batches[one.mesh].draw(shader)
         gpu.state.depth_test_set("NONE")
         gpu.state.blend_set("NONE")
 
