@@ -43,13 +43,16 @@ class ImportLevel(bpy.types.Operator, ImportHelper):
         path = Path(self.filepath)
         try:
             document = inspect(find_program(preferred_program(context)), path)
+            if not document["groups"]:
+                raise ExportError(f"{path}: no group of triangles")
             level = _Level(document, read_groups(path, document), self)
             with _nothing_left_on_failure():
                 level.build(context, path)
+                level.select(context)
         except (ExportError, OSError) as error:
             self.report({"ERROR"}, str(error))
             return {"CANCELLED"}
-        self.report({"INFO"}, f"{level.triangles} triangles in {level.objects} objects")
+        self.report({"INFO"}, f"{level.triangles} triangles in {len(level.objects)} objects")
         if level.lost:
             self.report({"WARNING"}, f"{level.lost} triangles with corners at no place left out")
         return {"FINISHED"}
@@ -72,7 +75,8 @@ class _Level:
 
     def __init__(self, document: dict[str, Any], groups: list[Group], wanted: Any) -> None:
         self.records = document["materials"]
-        self.triangles = self.objects = self.lost = 0
+        self.triangles = self.lost = 0
+        self.objects: list[bpy.types.Object] = []
         two_sided = [i for i, one in enumerate(self.records) if one["twoSided"]]
         sets: dict[tuple[str, int], int] = {}
         for group in groups:
@@ -88,36 +92,29 @@ class _Level:
                 setattr(group, kind, finite(part))
                 self.lost += len(part.vertices) - len(getattr(group, kind).vertices)
         self.sets = list(sets)
-        self.name = groups[0].name if groups else ""
-        if groups:
-            self.drawn = joined([group.drawn for group in groups])
-            self.undrawn = joined([group.undrawn for group in groups])
+        self.name = groups[0].name or "Level"
+        self.drawn = joined([group.drawn for group in groups])
+        self.undrawn = joined([group.undrawn for group in groups])
 
     def build(self, context: bpy.types.Context, path: Path) -> None:
         self._materials = [make_material(one, path.parent) for one in self.records]
         collection = bpy.data.collections.new(path.stem)
         context.collection.children.link(collection)
-        if not self.name and not self.sets:
-            return
         if self.sets:
-            for number, (name, flags) in enumerate(self.sets):
-                which = np.flatnonzero(self.drawn.surface_sets == number)
+            for number, which in _by_value(self.drawn.surface_sets):
+                name, flags = self.sets[number]
                 self._add(collection, self._name_of(name, flags), flags, self.drawn, which)
-        else:
-            materials = self.drawn.materials
-            assert materials is not None
-            for material in np.unique(materials):
-                which = np.flatnonzero(materials == material)
-                name = self._materials[material].name if material >= 0 else self.name
+        elif self.drawn.materials is not None:
+            for number, which in _by_value(self.drawn.materials):
+                name = self._materials[number].name if number >= 0 else self.name
                 self._add(collection, name, 0, self.drawn, which)
         if len(self.undrawn.vertices):
             hidden = bpy.data.collections.new(f"{path.stem} collision")
             hidden.hide_render = True
             collection.children.link(hidden)
-            for number, (name, flags) in enumerate(self.sets):
-                which = np.flatnonzero(self.undrawn.surface_sets == number)
-                name = f"{self.name} collision"
-                self._add(hidden, name, flags | _NOT_RENDERED, self.undrawn, which)
+            for number, which in _by_value(self.undrawn.surface_sets):
+                flags = self.sets[number][1] | _NOT_RENDERED
+                self._add(hidden, f"{self.name} collision", flags, self.undrawn, which)
 
     def _name_of(self, name: str, flags: int) -> str:
         if flags & keywords.STATIC.bit:
@@ -132,9 +129,7 @@ class _Level:
         part: Triangles,
         which: Array,
     ) -> None:
-        """An object of these triangles, unless there are none."""
-        if not len(which):
-            return
+        """An object of these triangles."""
         is_static = bool(flags & keywords.STATIC.bit)
         if not is_static and name.lower().startswith(keywords.PREFIXES):
             name = f"Level {name}"  # its beginning would change what it is
@@ -148,20 +143,37 @@ class _Level:
                 obj.color = np.clip(colour, 0, 1)
         collection.objects.link(obj)
         self.triangles += len(which)
-        self.objects += 1
+        self.objects.append(obj)
+
+    def select(self, context: bpy.types.Context) -> None:
+        """Selects the objects, as other imports do, where the view layer has them."""
+        context.view_layer.update()
+        shown = [obj for obj in self.objects if obj.name in context.view_layer.objects]
+        if context.mode != "OBJECT" or not shown:
+            return
+        for obj in context.selected_objects:
+            obj.select_set(False)
+        for obj in shown:
+            obj.select_set(True)
+        context.view_layer.objects.active = shown[0]
+
+
+def _by_value(values: Array) -> Iterator[tuple[int, Array]]:
+    """Each value that occurs, with the places where it does."""
+    order = np.argsort(values, kind="stable")
+    found, starts = np.unique(values[order], return_index=True)
+    yield from zip(found.tolist(), np.split(order, starts[1:]))
 
 
 def _mesh(name: str, part: Triangles, materials: list[bpy.types.Material]) -> bpy.types.Mesh:
     mesh = bpy.data.meshes.new(name)
-    used = np.zeros(len(part.points), np.bool_)
-    used[part.vertices.ravel()] = True
-    points = np.ascontiguousarray(part.points[used])
-    corners = (np.cumsum(used) - 1)[part.vertices.ravel()].astype(np.int32)
+    used, corners = np.unique(part.vertices.ravel(), return_inverse=True)
+    points = part.points[used]
     count = len(part.vertices)
     mesh.vertices.add(len(points))
     mesh.vertices.foreach_set("co", points.ravel())
     mesh.loops.add(len(corners))
-    mesh.loops.foreach_set("vertex_index", corners)
+    mesh.loops.foreach_set("vertex_index", corners.astype(np.int32))
     mesh.polygons.add(count)
     mesh.polygons.foreach_set("loop_start", np.arange(0, 3 * count, 3, dtype=np.int32))
     if not bpy.types.MeshPolygon.bl_rna.properties["loop_total"].is_readonly:  # before 4.0

@@ -101,6 +101,7 @@ class Import(ExportCase):
         path = self.model("blender/level.glb")
         (self.folder / "STONE").write_bytes(b"")
         self.read(path)
+        self.assertEqual(len(bpy.context.selected_objects), len(bpy.data.objects))
         level = bpy.data.collections["first"]
         (hidden,) = level.children
         (hull,) = hidden.objects
