@@ -6,7 +6,7 @@ from typing import Any, Iterator
 
 import bpy
 import numpy as np
-from bpy.props import FloatProperty, StringProperty
+from bpy.props import StringProperty
 from bpy_extras.io_utils import ImportHelper
 
 from . import keywords, options
@@ -28,15 +28,11 @@ class ImportLevel(bpy.types.Operator, ImportHelper):
     bl_options = {"REGISTER", "UNDO", "PRESET"}
     __annotations__ = {
         "filter_glob": StringProperty(default="*.kob;*.qob;*.map", options={"HIDDEN"}),
-        "scale": FloatProperty(
-            name="Units per Metre",
-            description="Units of the file for each unit of Blender",
-            default=100,
-            min=1e-6,
-            max=1e6,
-        ),
         # With the values of the export: the file does not record them.
-        **{name: options.properties()[name] for name in ("coordinates", "texture_coordinates")},
+        **{
+            name: options.properties()[name]
+            for name in ("scale", "coordinates", "texture_coordinates")
+        },
     }
 
     def execute(self, context: bpy.types.Context) -> set[str]:
@@ -45,7 +41,8 @@ class ImportLevel(bpy.types.Operator, ImportHelper):
             document = inspect(find_program(preferred_program(context)), path)
             if not document["groups"]:
                 raise ExportError(f"{path}: no group of triangles")
-            level = _Level(document, read_groups(path, document), self)
+            scale = options.level_scale(context, self.scale)
+            level = _Level(document, read_groups(path, document), self, scale)
             with _nothing_left_on_failure():
                 level.build(context, path)
                 level.select(context)
@@ -73,14 +70,16 @@ def _nothing_left_on_failure() -> Iterator[None]:
 class _Level:
     """The triangles of a file by what becomes an object, and the objects."""
 
-    def __init__(self, document: dict[str, Any], groups: list[Group], wanted: Any) -> None:
+    def __init__(
+        self, document: dict[str, Any], groups: list[Group], wanted: Any, scale: float
+    ) -> None:
         self.records = document["materials"]
         self.triangles = self.lost = 0
         self.objects: list[bpy.types.Object] = []
         two_sided = [i for i, one in enumerate(self.records) if one["twoSided"]]
         sets: dict[tuple[str, int], int] = {}
         for group in groups:
-            to_blender(group, wanted.coordinates, wanted.texture_coordinates, wanted.scale)
+            to_blender(group, wanted.coordinates, wanted.texture_coordinates, scale)
             # The same set is in each group of a level that the export divided.
             numbers = [sets.setdefault(one, len(sets)) for one in group.surface_sets]
             for part in (group.drawn, group.undrawn):

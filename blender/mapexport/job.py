@@ -9,7 +9,7 @@ import bpy
 
 from .errors import ExportError
 from .gather import Progress, Scene
-from .options import absolute, arguments
+from .options import absolute, arguments, level_scale
 from .run import Message, Run, check_program, find_program
 from .visibility import edit_mode_left, everything_shown, modifiers_off
 
@@ -69,9 +69,7 @@ def output_path(path: str, layout: str) -> str:
 
 
 def _gather(context: bpy.types.Context, values: Any) -> Scene:
-    units = context.scene.unit_settings
-    has_units = units.system != "NONE"  # else Blender ignores the scale, too
-    scene = Scene(values.scale * (units.scale_length if has_units else 1))
+    scene = Scene(level_scale(context, values.scale))
     manager = context.window_manager
     with contextlib.ExitStack() as changes:
         changes.enter_context(edit_mode_left(context))

@@ -69,6 +69,13 @@ def absolute(path: str) -> str:
     return os.path.abspath(bpy.path.abspath(path))
 
 
+def level_scale(context: bpy.types.Context, scale: float) -> float:
+    """Units of the level for each unit of the scene, when `scale` is those of a metre."""
+    units = context.scene.unit_settings
+    has_units = units.system != "NONE"  # else Blender ignores the scale, too
+    return float(scale * (units.scale_length if has_units else 1))
+
+
 def _words(*words: str) -> list[tuple[str, str, str]]:
     return [(word, word.replace("-", " ").capitalize(), "") for word in words]
 
