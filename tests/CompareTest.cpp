@@ -74,7 +74,7 @@ TEST(CompareTest, OneChangeIsToldAsWhatItIs) {
       {"a moved vertex",
        [&](ModelFile& model) { group(model).vertices[3].x = -1; },
        "different",
-       {"1 triangles only in A, 1 only in B", "~ Grey 2 2 1 1 bounds (0, 0, 0) to",
+       {"1 triangle only in A, 1 only in B", "~ Grey 2 2 1 1 bounds (0, 0, 0) to",
         "~ static_crates [(static node)] 1 1 1 1"}},
       {"the sign of a zero",
        [&](ModelFile& model) { group(model).batches[0].faces[0].plane.d = 0; },
@@ -126,7 +126,7 @@ TEST(CompareTest, OneChangeIsToldAsWhatItIs) {
       {"the layout",
        [](ModelFile& model) { model = Yard(ModelLayout::kQob); },
        "different",
-       {"1 triangles only in A, 0 only in B", "layout kob qob"}},
+       {"1 triangle only in A, 0 only in B", "layout kob qob"}},
   };
   for (const Case& each : cases) {
     SCOPED_TRACE(each.what);
