@@ -102,26 +102,37 @@ async function picture(page) {
   return page.locator('#view').screenshot();
 }
 
-/** How many colours the first of two pictures has, and the share of pixels that differ much. */
+/**
+ * How many colours the first of two pictures has, whether anything is in the tenth along each of its
+ * sides, and the share of pixels that differ much.
+ */
 const comparePictures = (page, ...pngs) =>
   page.evaluate(
     async (encoded) => {
+      let size;
       const [one, two] = await Promise.all(
         encoded.map(async (base64) => {
           const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
           const image = await createImageBitmap(new Blob([bytes]));
           const context = new OffscreenCanvas(image.width, image.height).getContext('2d');
           context.drawImage(image, 0, 0);
+          size = [image.width, image.height];
           return context.getImageData(0, 0, image.width, image.height).data;
         }),
       );
       let different = 0;
+      const strips = [0, 0, 0, 0];
       for (let i = 0; i < one.length; i += 4) {
         different += [0, 1, 2].some(
           (channel) => Math.abs(one[i + channel] - two[i + channel]) > 24,
         );
+        if ([0, 1, 2].every((channel) => one[i + channel] === one[channel])) continue;
+        const x = ((i / 4) % size[0]) / size[0];
+        const y = i / 4 / size[0] / size[1];
+        [x, 1 - x, y, 1 - y].forEach((gap, side) => (strips[side] |= gap < 0.1));
       }
       return {
+        strips,
         colours: new Set(new Uint32Array(one.buffer)).size,
         different: different / (one.length / 4),
       };
@@ -194,6 +205,42 @@ test('every colouring, part and movement changes the picture, and none is blank'
   await see('another coordinate system');
   assert.deepEqual(trouble, []);
   await page.close();
+});
+
+test('keys act at once, and a link shows what its sender saw', async () => {
+  const { page, trouble } = await openPage(browser, path('yard.kob.html'));
+  // The first view fills the picture: the level touches the tenth along each side.
+  const shot = await picture(page);
+  const { strips } = await comparePictures(page, shot, shot);
+  assert.deepEqual(strips, [1, 1, 1, 1]);
+  await page.evaluate(() => document.activeElement.blur());
+  await page.keyboard.press('?');
+  const rows = await page.$$eval('dialog[open] kbd', (keys) =>
+    keys.map((key) => key.getClientRects().length),
+  );
+  assert.ok(rows.length > 15 && rows.every((count) => count === 1));
+  await page.keyboard.press('Escape');
+  for (const key of ['5', 'l', 'ArrowLeft', '+', 'w', 'h']) await page.keyboard.press(key);
+  await page.waitForFunction(() => /panel=off/.test(location.hash));
+  const { hash } = new URL(page.url());
+  assert.match(hash, /^#camera=[-\d.,e]+&colour=flags&show=edges&panel=off$/);
+  const other = await openPage(browser, path('yard.kob.html'), { hash });
+  assert.equal(await other.page.evaluate(() => document.getElementById('stage').clientWidth), 1280);
+  const pictures = [];
+  for (const shown of [page, other.page]) {
+    await shown.evaluate(() => document.activeElement.blur());
+    await settle(shown);
+    pictures.push(await shown.locator('#view').screenshot());
+  }
+  assert.ok((await comparePictures(page, ...pictures)).different < 0.001);
+  await other.page.keyboard.press('h');
+  await other.page.setViewportSize({ width: 800, height: 700 });
+  const boxOf = (selector) => other.page.locator(selector).boundingBox();
+  assert.ok((await boxOf('#stage')).width >= 480);
+  const legend = await boxOf('#legend');
+  assert.ok(legend.height > 20 && legend.y + legend.height < 400);
+  assert.deepEqual([...trouble, ...other.trouble], []);
+  await Promise.all([page.close(), other.page.close()]);
 });
 
 test('whatever the coordinate system, the level stands as it stood in the scene', async () => {
@@ -373,7 +420,7 @@ test('the page that --watch serves reloads after an export and keeps its address
     await shows('2 triangles');
     write(0, 20);
     await shows('4 triangles');
-    assert.equal(page.url(), `${url}#batch=0`);
+    assert.ok(page.url().startsWith(`${url}#batch=0&camera=`));
     assert.deepEqual(trouble, []);
     await page.close();
   } finally {

@@ -4,6 +4,32 @@ import { PerspectiveCamera, Vector3 } from 'three';
 const kSteepest = Math.PI / 2 - 0.01;
 const kSize = 100; // about how large a level is in the page's units
 const kNearest = 0.02; // of the orbited point
+const kYaws = [0.6, 0.6 - Math.PI / 2]; // of the first view
+const kPitches = [-0.5, -0.65, -0.8];
+
+/** The points of flat lists of coordinates that reach furthest along and against directions. */
+function outermost(lists, directions, stride) {
+  const found = [];
+  for (const { x, y, z } of directions) {
+    let [least, most] = [Infinity, -Infinity];
+    let [first, last] = [null, null];
+    for (const list of lists) {
+      for (let i = 0; i + 2 < list.length; i += 3 * stride) {
+        const reach = x * list[i] + y * list[i + 1] + z * list[i + 2];
+        if (reach < least) {
+          least = reach;
+          first = [list, i];
+        }
+        if (reach > most) {
+          most = reach;
+          last = [list, i];
+        }
+      }
+    }
+    for (const [list, i] of [first, last]) found.push(new Vector3().fromArray(list, i));
+  }
+  return found;
+}
 
 export class CameraRig {
   camera = new PerspectiveCamera(50, 1, 0.1, 1000);
@@ -77,28 +103,32 @@ export class CameraRig {
     this.#distance = 0.1 * kSize;
   }
 
-  /** Shows all of a Box3; with `direction`, looks against it. */
-  frame(box, direction = null) {
+  /**
+   * Shows all points of some flat lists of coordinates, or every `stride`-th; with `direction`,
+   * looks against it. Returns the share of the picture that the rectangle around them takes.
+   */
+  frame(lists, direction = null, stride = 1) {
     if (direction) {
       this.#pitch = Math.min(kSteepest, Math.max(-kSteepest, Math.asin(-direction.y)));
       if (Math.hypot(direction.x, direction.z) > 1e-6) {
         this.#yaw = Math.atan2(direction.x, direction.z);
       }
     }
-    const centre = box.getCenter(new Vector3());
     const forward = this.forward();
     const right = this.#right();
     const up = right.clone().cross(forward);
     const tanUp = Math.tan((this.camera.fov * Math.PI) / 360);
     const tanRight = tanUp * this.camera.aspect;
-    const arms = Array.from({ length: 8 }, (_, corner) =>
-      new Vector3(
-        corner & 1 ? box.max.x : box.min.x,
-        corner & 2 ? box.max.y : box.min.y,
-        corner & 4 ? box.max.z : box.min.z,
-      ).sub(centre),
-    );
-    // A corner at (r, u, f) is in the picture of a camera at (a, b, -d) when |r - a| <= (f + d) tan
+    const sides = [-tanRight, 0, tanRight].map((tan) => right.clone().addScaledVector(forward, tan));
+    const ends = [-tanUp, 0, tanUp].map((tan) => up.clone().addScaledVector(forward, tan));
+    const outer = outermost(lists, [...sides, ...ends, forward], stride);
+    const centre = new Vector3();
+    for (const axis of [right, up, forward]) {
+      const reached = outer.map((point) => point.dot(axis));
+      centre.addScaledVector(axis, (Math.max(...reached) + Math.min(...reached)) / 2);
+    }
+    const arms = outer.map((point) => point.sub(centre));
+    // A point at (r, u, f) is in the picture of a camera at (a, b, -d) when |r - a| <= (f + d) tan
     // and the same holds for u and b: the least d for which there are such a and b.
     const leastDistance = (axis, tan) => {
       const most = Math.max(...arms.map((arm) => arm.dot(axis) - tan * arm.dot(forward)));
@@ -108,22 +138,57 @@ export class CameraRig {
     this.#distance =
       1.06 * Math.max(10 * kNearest, leastDistance(right, tanRight), leastDistance(up, tanUp));
     // The remaining space is shared evenly between both sides of the picture.
-    const middle = (axis) => {
-      let at = 0;
+    const extent = (axis) => {
+      let middle = 0;
+      let width = 0;
       for (let round = 0; round < 10; ++round) {
-        const seen = arms.map((arm) => (arm.dot(axis) - at) / (arm.dot(forward) + this.#distance));
-        at += ((Math.max(...seen) + Math.min(...seen)) / 2) * this.#distance;
+        const seen = arms.map(
+          (arm) => (arm.dot(axis) - middle) / (arm.dot(forward) + this.#distance),
+        );
+        middle += ((Math.max(...seen) + Math.min(...seen)) / 2) * this.#distance;
+        width = Math.max(...seen) - Math.min(...seen);
       }
-      return at;
+      return { middle, width };
     };
-    this.#placeAround(centre.addScaledVector(right, middle(right)).addScaledVector(up, middle(up)));
+    const across = extent(right);
+    const upright = extent(up);
+    this.#placeAround(
+      centre.addScaledVector(right, across.middle).addScaledVector(up, upright.middle),
+    );
+    return (across.width * upright.width) / (4 * tanRight * tanUp);
   }
 
-  /** The initial view: from above, at an angle. */
-  reset(box) {
-    this.#yaw = 0.6;
-    this.#pitch = -0.55;
-    this.frame(box);
+  /** The initial view: from above, at the angle that fills the picture best. */
+  reset(lists) {
+    const total = lists.reduce((sum, list) => sum + list.length / 3, 0);
+    const stride = Math.max(1, Math.floor(total / 10000));
+    let best = { share: 0 };
+    for (const yaw of kYaws) {
+      for (const pitch of kPitches) {
+        this.place = { ...this.place, yaw, pitch };
+        const share = this.frame(lists, null, stride);
+        if (share > best.share + 0.02) best = { share, yaw, pitch };
+      }
+    }
+    this.place = { ...this.place, ...best };
+    this.frame(lists);
+  }
+
+  /** Where the camera is and looks: position (x, y, z), yaw, pitch, distance of the pivot. */
+  get place() {
+    return {
+      position: this.#position.toArray(),
+      yaw: this.#yaw,
+      pitch: this.#pitch,
+      distance: this.#distance,
+    };
+  }
+
+  set place({ position, yaw, pitch, distance }) {
+    this.#position.fromArray(position);
+    this.#yaw = yaw;
+    this.#pitch = Math.min(kSteepest, Math.max(-kSteepest, pitch));
+    this.#distance = Math.min(50 * kSize, Math.max(kNearest, distance));
   }
 
   /** Updates the camera for a picture of this aspect ratio, of a level within `sphere`. */

@@ -17,11 +17,11 @@ const kParts = [
 
 const kMovement = [
   ['Drag, arrow keys', 'turn around the level; walking, look around'],
-  ['Right or Shift drag, Shift+arrow keys', 'shift the picture'],
+  ['Right drag, Shift drag, Shift+arrows', 'shift the picture'],
   ['Wheel, pinch, + and −', 'nearer, further'],
   ['W A S D', 'move ahead, left, back, right; with Shift faster'],
-  ['E and Q, Page Up and Down', 'move up and down'],
-  ['Click, Enter', 'choose the face under the pointer, in the middle'],
+  ['E, Q, Page Up, Page Down', 'move up, down'],
+  ['Click, Enter', 'select the face under the pointer, in the middle'],
 ];
 
 /** Radio buttons or check boxes that look like buttons. */
@@ -34,7 +34,7 @@ function chips(parent, type, group, entries, changed) {
       value: id,
       onchange: () => changed(id, input.checked),
     });
-    const title = `${hint ? `${hint}; ` : ''}key ${key.toUpperCase()} in the view`;
+    const title = `${hint ? `${hint}; ` : ''}key ${key.toUpperCase()}`;
     parent.append(element('label', { className: 'chip', title }, input, element('span', {}, name)));
     inputs.set(id, input);
   }
@@ -43,8 +43,8 @@ function chips(parent, type, group, entries, changed) {
 
 /**
  * Makes the controls of `model`; `hasCollision` says whether it has faces that only collide.
- * `calls` receives changes: colouring(id), mode(id), part(id, on), system(index), frameAll(),
- * goToChosen(), clear(). The returned object sets the same things from code, and handles the keys.
+ * `calls` receives changes: colouring(id), mode(id), part(id, on), system(id), panel(on),
+ * frameAll(), goToChosen(), clear(). The returned object sets the same things from code, and handles the keys.
  */
 export function makeControls(model, hasCollision, colourings, calls) {
   const find = (id) => document.getElementById(id);
@@ -56,6 +56,11 @@ export function makeControls(model, hasCollision, colourings, calls) {
     part: chips(find('parts'), 'checkbox', 'part', parts, calls.part),
   };
   const set = (kind, id, on = true) => {
+    if (kind === 'system') {
+      find('system').value = String(id);
+      calls.system(id);
+      return;
+    }
     const input = inputs[kind].get(id);
     if (!input) return;
     input.checked = on;
@@ -67,13 +72,28 @@ export function makeControls(model, hasCollision, colourings, calls) {
     system.append(element('option', { value: String(index) }, name)),
   );
   system.value = String(model.coordinateSystem);
-  system.onchange = () => calls.system(Number(system.value));
+  system.onchange = () => calls.system(system.value);
   find('frame-all').onclick = calls.frameAll;
   find('go-to-chosen').onclick = calls.goToChosen;
   find('clear').onclick = calls.clear;
   find('controls').onsubmit = (event) => event.preventDefault();
 
+  const help = find('help');
+  const showHelp = () => help.showModal();
+  find('show-help').onclick = showHelp;
+  find('close-help').onclick = () => help.close();
+  const panel = find('show-panel');
+  const switchPanel = () => {
+    const on = panel.getAttribute('aria-expanded') === 'false';
+    panel.setAttribute('aria-expanded', String(on));
+    panel.textContent = on ? 'Hide panel' : 'Show panel';
+    calls.panel(on);
+  };
+  panel.onclick = switchPanel;
+
   const keys = new Map([
+    ['?', showHelp],
+    ['h', switchPanel],
     ['f', calls.frameAll],
     ['z', calls.goToChosen],
     ['escape', calls.clear],
@@ -85,6 +105,8 @@ export function makeControls(model, hasCollision, colourings, calls) {
 
   const rows = [
     ...kMovement,
+    ['?', 'these keys'],
+    ['H', 'hide or show the panel'],
     ['F', 'show the whole level'],
     ['Z', 'go to the selection'],
     ['Escape', 'clear the selection'],
@@ -97,14 +119,6 @@ export function makeControls(model, hasCollision, colourings, calls) {
   for (const [key, what] of rows) {
     find('keys').append(element('dt', {}, element('kbd', {}, key)), element('dd', {}, what));
   }
-  find('keys').before(
-    element(
-      'p',
-      { className: 'faint' },
-      'Keys work while the 3D view has the focus: click it, or press Tab until its frame shows.',
-    ),
-  );
-
   return {
     set,
     press: (key) => {

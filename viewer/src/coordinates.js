@@ -83,3 +83,12 @@ export function placePoint(system, frame, list, index, target, at) {
     target[at + axis] = Math.abs(value) <= kFarthest ? value : NaN;
   }
 }
+
+/** The point of the file that placePoint puts at `place`, three numbers in the page's units. */
+export function filePoint(system, frame, place) {
+  const point = [0, 0, 0];
+  system.axes.forEach((from, axis) => {
+    point[from] = (system.signs[axis] * place[axis]) / frame.scale + frame.centre[from];
+  });
+  return point;
+}

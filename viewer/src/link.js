@@ -1,10 +1,16 @@
-// What is chosen, as the part of the page's address behind "#", so that a link can show it:
+// The state of the page as the part of its address behind "#", so that a link shows what its sender
+// saw. First what is selected:
 //   #material=3   #batch=12   #batch=12&face=7   #set=1   #group=2   #face=231&group=2 (of the face
 //   table)
+// then whatever differs from the first view:
+//   &camera=X,Y,Z,YAW,PITCH,DISTANCE (in the file's units, and degrees)   &move=walk
+//   &colour=batch   &show=edges,backs   &exported=2   &panel=off
+import { coordinateSystem, filePoint, placePoint } from './coordinates.js';
 
-/** The selection that `hash` names; null when the model does not have it. */
-export function choiceOfHash(hash, model, materials, faces) {
-  const asked = new URLSearchParams(hash.replace(/^#/, ''));
+const kDegree = Math.PI / 180;
+
+/** The selection that the address asks for; null when the model does not have it. */
+function choiceOf(asked, model, materials, faces) {
   const number = (name) =>
     /^-?\d{1,9}$/.test(asked.get(name) ?? '') ? Number(asked.get(name)) : null;
   const find = (kind, list) => {
@@ -34,12 +40,83 @@ export function choiceOfHash(hash, model, materials, faces) {
   return null;
 }
 
-/** The part of an address that names `choice`; empty for none. */
-export function hashOf(choice, faces) {
-  if (!choice) return '';
-  if (choice.kind !== 'face') return `#${choice.kind}=${choice.thing.id}`;
+/** `text` as `count` finite numbers; null when it is something else. */
+function numbersOf(text, count) {
+  const list = (text ?? '').split(',').map((part) => (part.trim() ? Number(part) : NaN));
+  return list.length === count && list.every(Number.isFinite) ? list : null;
+}
+
+function cameraOf(text, frame, system) {
+  const numbers = numbersOf(text, 6);
+  if (!numbers) return null;
+  const position = [0, 0, 0];
+  placePoint(coordinateSystem(system), frame, numbers, 0, position, 0);
+  const [yaw, pitch] = numbers.slice(3, 5).map((angle) => angle * kDegree);
+  return position.some(Number.isNaN)
+    ? null
+    : { position, yaw, pitch, distance: numbers[5] * frame.scale };
+}
+
+function textOfCamera({ position, yaw, pitch, distance }, frame, system) {
+  const turned = yaw - 2 * Math.PI * Math.floor(yaw / (2 * Math.PI));
+  return [
+    ...filePoint(coordinateSystem(system), frame, position),
+    turned / kDegree,
+    pitch / kDegree,
+    distance / frame.scale,
+  ]
+    .map((value) => `${Number(value.toPrecision(6))}`)
+    .join();
+}
+
+/**
+ * What an address asks for: `choice`, `camera` (as CameraRig.place), `mode`, `colouring`, `parts`
+ * (an array), `system`, `panel`; null, or the first view's, where it asks for nothing.
+ */
+export function readLink(hash, { model, materials, faces, frame }) {
+  const asked = new URLSearchParams(hash.replace(/^#/, ''));
+  const system = /^[0-3]$/.test(asked.get('exported') ?? '')
+    ? Number(asked.get('exported'))
+    : model.coordinateSystem;
+  return {
+    choice: choiceOf(asked, model, materials, faces),
+    camera: cameraOf(asked.get('camera'), frame, system),
+    mode: asked.get('move') === 'walk' ? 'walk' : 'orbit',
+    colouring: asked.get('colour'),
+    parts: (asked.get('show') ?? '').split(','),
+    system,
+    panel: asked.get('panel') !== 'off',
+  };
+}
+
+function partsOfChoice(choice, faces) {
+  if (!choice) return [];
+  if (choice.kind !== 'face') return [[choice.kind, choice.thing.id]];
   const own = faces[choice.faceKind];
   const { entry } = choice;
-  if (own.table[entry] < 0) return `#batch=${own.batch[entry]}&face=${own.face[entry]}`;
-  return `#face=${own.table[entry]}${own.group[entry] > 0 ? `&group=${own.group[entry]}` : ''}`;
+  if (own.table[entry] < 0) {
+    return [
+      ['batch', own.batch[entry]],
+      ['face', own.face[entry]],
+    ];
+  }
+  return [
+    ['face', own.table[entry]],
+    ['group', own.group[entry] || null],
+  ];
+}
+
+/** The address of a state as readLink gives it; empty for the first view, which is `first`. */
+export function writeLink(state, first, { faces, frame }) {
+  const changed = (name) => (state[name] === first[name] ? null : state[name]);
+  const parts = [
+    ...partsOfChoice(state.choice, faces),
+    ['camera', state.camera && textOfCamera(state.camera, frame, state.system)],
+    ['move', changed('mode')],
+    ['colour', changed('colouring')],
+    ['show', state.parts.join() || null],
+    ['exported', changed('system')],
+    ['panel', state.panel ? null : 'off'],
+  ].filter(([, value]) => value !== null);
+  return parts.length > 0 ? `#${parts.map((pair) => pair.join('=')).join('&')}` : '';
 }

@@ -7,13 +7,14 @@ import { makeControls } from './controls.js';
 import { frameOf } from './coordinates.js';
 import { detailsOf, lineOf } from './details.js';
 import { listFaces } from './faces.js';
+import { legendOf } from './legend.js';
 import { limitBars, limitsOf } from './limits.js';
-import { choiceOfHash, hashOf } from './link.js';
+import { readLink, writeLink } from './link.js';
 import { Navigation } from './navigation.js';
 import { pick } from './pick.js';
 import { decodeBase64, readModel } from './readModel.js';
 import { LevelScene } from './scene.js';
-import { boxOf, middleOf, normalOf } from './shapes.js';
+import { boxOf, cornersOfBox, middleOf, normalOf } from './shapes.js';
 import { makeTables, materialsOf } from './tables.js';
 import { counted, countedAs, element, visible } from './text.js';
 
@@ -27,9 +28,18 @@ const materials = materialsOf(model);
 const frame = frameOf(model);
 const colourings = colouringsOf(model);
 
+// What the first view has, unless the address asks for something else.
+const first = {
+  colouring: firstColouring(model),
+  mode: 'orbit',
+  system: model.coordinateSystem,
+};
 const state = {
   colouring: null,
-  system: model.coordinateSystem,
+  mode: first.mode,
+  system: first.system,
+  panel: true,
+  moved: false, // whether the camera is away from the view of the whole level
   parts: { undrawn: false, planes: false, edges: false, backs: false, only: false },
   choice: null,
 };
@@ -39,7 +49,7 @@ function showHeader() {
   find('name').textContent = visible(model.fileName);
   const vertices = model.groups.reduce((sum, group) => sum + group.vertices.length / 3, 0);
   find('summary').textContent = [
-    model.hasFaceTable ? 'second layout (kob)' : 'first layout (qob)',
+    model.hasFaceTable ? 'kob' : 'qob',
     countedAs(vertices, 'vertex', 'vertices'),
     countedAs(faces.drawn.count, 'triangle', 'triangles'),
     countedAs(model.batches.length, 'batch', 'batches'),
@@ -131,12 +141,35 @@ function choose(choice) {
   find('status').textContent = lineOf(model, faces, now);
   controls.enableChosen(Boolean(now));
   showChosen();
-  // Some archives open pages with an address that can't be changed.
-  try {
-    history.replaceState(null, '', hashOf(now, faces) || location.pathname + location.search);
-  } catch {
-    /* so be it */
-  }
+  link();
+}
+
+let hash = location.hash; // as last read or written
+let linking = 0;
+
+/** Writes the state into the address, soon: browsers limit how often it may change. */
+function link() {
+  clearTimeout(linking);
+  linking = setTimeout(() => {
+    if (location.hash !== hash) return; // somebody asked for another one, which comes first
+    const camera = scene && (state.moved || state.choice) ? rig.place : null;
+    const parts = Object.keys(state.parts).filter((id) => state.parts[id]);
+    hash = writeLink({ ...state, camera, parts }, first, { faces, frame });
+    // Some archives open pages with an address that can't be changed.
+    try {
+      history.replaceState(null, '', hash || location.pathname + location.search);
+    } catch {
+      /* so be it */
+    }
+    hash = location.hash;
+  }, 150);
+}
+
+/** Draws after a change of the camera. */
+function moved() {
+  state.moved = true;
+  scene.draw();
+  link();
 }
 
 function showChosen() {
@@ -160,8 +193,8 @@ function goToChosen() {
     const reach = Math.max(0.02, ...box.max.clone().sub(box.min).toArray());
     box.setFromCenterAndSize(middle, new Vector3(reach, reach, reach).multiplyScalar(1.6));
   }
-  rig.frame(box, direction);
-  scene.draw();
+  rig.frame([cornersOfBox(box)], direction);
+  moved();
 }
 
 /** Selects the first visible face at a place of the picture, each coordinate from -1 to 1. */
@@ -194,8 +227,10 @@ function standOnFloor() {
       .add(new Vector3(...origin))
       .add(new Vector3(0, eyeHeight, 0)),
   );
-  scene.draw();
+  moved();
 }
+
+const chooseThing = (kind, thing) => choose({ kind, thing });
 
 const controls = makeControls(model, faces.undrawn.count > 0, colourings, {
   colouring: (id) => {
@@ -204,22 +239,31 @@ const controls = makeControls(model, faces.undrawn.count > 0, colourings, {
     for (const [kind, table] of Object.entries(tables)) {
       table.setSwatches((thing) => swatchOf(model, id, kind, thing));
     }
+    find('legend').replaceChildren(...legendOf(model, materials, faces, id, chooseThing));
+    link();
   },
   mode: (id) => {
     if (scene && id === 'walk' && rig.mode !== 'walk') standOnFloor();
-    rig.mode = id;
+    rig.mode = state.mode = id;
     find('stage').classList.toggle('walking', id === 'walk');
+    link();
   },
   part: (id, on) => {
     state.parts[id] = on;
     scene?.setParts(state.parts);
     if (id === 'only') showChosen();
+    link();
   },
-  system: (index) => {
-    state.system = index;
-    scene?.setSystem(index);
+  system: (id) => {
+    state.system = Number(id);
+    scene?.setSystem(state.system);
     showChosen();
     frameAll();
+  },
+  panel: (on) => {
+    state.panel = on;
+    find('panel').hidden = !on;
+    link();
   },
   frameAll,
   goToChosen,
@@ -228,8 +272,44 @@ const controls = makeControls(model, faces.undrawn.count > 0, colourings, {
 
 function frameAll() {
   if (!scene) return;
-  rig.reset(scene.box);
+  rig.reset(scene.points());
   scene.draw();
+  state.moved = false;
+  link();
+}
+
+function resize() {
+  const { clientWidth, clientHeight } = find('stage');
+  scene.resize(clientWidth, clientHeight);
+  if (!state.moved) rig.frame(scene.points());
+}
+
+/** Shows what the address asks for. */
+function follow() {
+  hash = location.hash;
+  const asked = readLink(hash, { model, materials, faces, frame });
+  const set = (kind, id) => state[kind] !== id && controls.set(kind, id);
+  const known = colourings.some(({ id }) => id === asked.colouring);
+  if (asked.panel !== state.panel) controls.press('h');
+  set('system', asked.system);
+  set('colouring', known ? asked.colouring : first.colouring);
+  const isOnlyUndrawn =
+    faces.undrawn.count > 0 &&
+    (faces.drawn.count === 0 || asked.choice?.faceKind === 'undrawn');
+  for (const id of Object.keys(state.parts)) {
+    const on = asked.parts.includes(id) || (id === 'undrawn' && isOnlyUndrawn);
+    if (state.parts[id] !== on) controls.set('part', id, on);
+  }
+  frameAll();
+  set('mode', asked.mode);
+  state.choice = null;
+  choose(asked.choice);
+  if (!asked.camera) {
+    goToChosen();
+  } else if (scene) {
+    rig.place = asked.camera;
+    moved();
+  }
 }
 
 function followScheme() {
@@ -248,12 +328,10 @@ function begin() {
     scene.setSystem(state.system);
     for (const mesh of Object.values(scene.meshes))
       hidden += mesh.shown.reduce((sum, is) => sum + 1 - is, 0);
-    const canvas = find('view');
-    const stage = find('stage');
-    scene.resize(stage.clientWidth, stage.clientHeight);
-    new ResizeObserver(() => scene.resize(stage.clientWidth, stage.clientHeight)).observe(stage);
-    new Navigation(canvas, rig, {
-      moved: () => scene.draw(),
+    resize();
+    new ResizeObserver(resize).observe(find('stage'));
+    new Navigation(find('view'), rig, {
+      moved,
       clicked: chooseAt,
       keyed: (key) => {
         if (key === 'Enter' || key === ' ') chooseAt(0, 0);
@@ -264,20 +342,11 @@ function begin() {
     followScheme();
   }
   showWarnings(hidden);
-  controls.set('colouring', firstColouring(model));
-  controls.set('mode', 'orbit');
-  if (faces.drawn.count === 0 && faces.undrawn.count > 0) controls.set('part', 'undrawn');
   if (scene && faces.drawn.count + faces.undrawn.count === 0) {
     find('message').textContent = 'The model has no faces.';
     find('message').hidden = false;
   }
-  frameAll();
-  const follow = () => {
-    choose(choiceOfHash(location.hash, model, materials, faces));
-    if (state.choice?.kind === 'face' && state.choice.faceKind === 'undrawn')
-      controls.set('part', 'undrawn');
-    goToChosen();
-  };
+  controls.set('mode', first.mode);
   window.addEventListener('hashchange', follow);
   follow();
 }

@@ -1,4 +1,4 @@
-// Mouse, touch and keys of the 3D view. Keys act only while the view has the focus.
+// Mouse, touch and keys of the 3D view.
 
 const kTurn = 0.006; // radians a pixel
 const kKeyTurn = 1.4; // radians a second
@@ -32,9 +32,10 @@ export class Navigation {
     canvas.addEventListener('pointercancel', (event) => this.#release(event, false));
     canvas.addEventListener('wheel', (event) => this.#wheel(event), { passive: false });
     canvas.addEventListener('contextmenu', (event) => event.preventDefault());
-    canvas.addEventListener('keydown', (event) => this.#keyDown(event));
-    canvas.addEventListener('keyup', (event) => this.#held.delete(event.code));
-    canvas.addEventListener('blur', () => this.#held.clear());
+    document.addEventListener('keydown', (event) => this.#isForView(event) && this.#keyDown(event));
+    document.addEventListener('keyup', (event) => this.#held.delete(event.code));
+    document.addEventListener('focusin', () => this.#held.clear());
+    window.addEventListener('blur', () => this.#held.clear());
   }
 
   #press(event) {
@@ -102,8 +103,20 @@ export class Navigation {
     'NumpadSubtract',
   ]);
 
+  /**
+   * Keys act wherever the focus is, except those that mean something to the element that has it;
+   * while nothing has the focus, a page that is higher than the window keeps the keys that scroll.
+   */
+  #isForView({ target, key, ctrlKey, metaKey, altKey }) {
+    if (ctrlKey || metaKey || altKey || document.querySelector('dialog[open]')) return false;
+    if (target === this.#canvas) return true;
+    if (target.closest('select, input:not([type="radio"], [type="checkbox"])')) return false;
+    if (target !== document.body) return key === 'Escape' || (key.length === 1 && key !== ' ');
+    const { scrollHeight, clientHeight } = document.documentElement;
+    return scrollHeight <= clientHeight || !/^(Arrow.*|Page.*| )$/.test(key);
+  }
+
   #keyDown(event) {
-    if (event.ctrlKey || event.metaKey || event.altKey) return;
     if (Navigation.#moves.has(event.code)) {
       event.preventDefault();
       this.#speed = event.shiftKey ? 4 : 1;

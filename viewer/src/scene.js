@@ -25,7 +25,7 @@ import { checkerTexture } from './checker.js';
 import { colourCorners } from './colours.js';
 import { placeMesh, shareCorners } from './mesh.js';
 import { planeShapes } from './planes.js';
-import { boxOf } from './shapes.js';
+import { boxOf, cornersOfBox } from './shapes.js';
 
 ColorManagement.enabled = false; // colours go to the screen as they are
 
@@ -203,6 +203,14 @@ export class LevelScene {
     this.box.intersect(reach);
     if (this.box.isEmpty()) this.box = new Box3(new Vector3(-1, -1, -1), new Vector3(1, 1, 1));
     this.box.getBoundingSphere(this.sphere);
+  }
+
+  /** The points that a view of all that is shown must contain, as flat lists. */
+  points() {
+    const { drawn, undrawn } = this.meshes;
+    const shown = this.#parts.undrawn || drawn.positions.length === 0 ? [drawn, undrawn] : [drawn];
+    const lists = shown.map((mesh) => mesh.positions).filter((list) => list.length > 0);
+    return this.#frame.outliers || lists.length === 0 ? [cornersOfBox(this.box)] : lists;
   }
 
   setColouring(id) {

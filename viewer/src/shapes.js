@@ -31,3 +31,12 @@ export function middleOf(mesh, entry) {
   const [a, b, c] = cornersAt(mesh, entry);
   return a.add(b).add(c).divideScalar(3);
 }
+
+/** The eight corners of a box, as a flat list. */
+export function cornersOfBox({ min, max }) {
+  return Array.from({ length: 8 }, (_, corner) => [
+    corner & 1 ? max.x : min.x,
+    corner & 2 ? max.y : min.y,
+    corner & 4 ? max.z : min.z,
+  ]).flat();
+}
