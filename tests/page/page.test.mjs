@@ -220,6 +220,14 @@ test('keys act at once, and a link shows what its sender saw', async () => {
   );
   assert.ok(rows.length > 15 && rows.every((count) => count === 1));
   await page.keyboard.press('Escape');
+  // The icons leave the names to the texts beside them.
+  for (const [role, name] of [
+    ['radio', 'Surface flags'],
+    ['checkbox', 'Edges'],
+    ['button', 'Whole level'],
+  ]) {
+    assert.equal(await page.getByRole(role, { name, exact: true }).count(), 1, name);
+  }
   for (const key of ['5', 'l', 'ArrowLeft', '+', 'w', 'h']) await page.keyboard.press(key);
   await page.waitForFunction(() => /panel=off/.test(location.hash));
   const { hash } = new URL(page.url());

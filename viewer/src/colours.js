@@ -46,7 +46,7 @@ export function keywordsOf(model, flags) {
 /** The colourings that the model has, in the order of their keys. */
 export function colouringsOf(model) {
   const list = [
-    { id: 'diffuse', name: 'Diffuse colours', hint: 'as the materials have them' },
+    { id: 'diffuse', name: 'Diffuse', hint: 'as the materials have them' },
     { id: 'vertex', name: 'Vertex colours', hint: 'as the corners have them' },
     { id: 'material', name: 'Materials', hint: 'a colour each' },
     { id: 'batch', name: 'Batches', hint: 'a colour each' },
@@ -54,7 +54,7 @@ export function colouringsOf(model) {
   if (model.hasFaceTable) list.push({ id: 'flags', name: 'Surface flags', hint: 'a colour each' });
   list.push({
     id: 'uv',
-    name: 'Texture coordinates',
+    name: 'UV checker',
     hint: 'a checkered texture, a tile per unit',
   });
   if (model.groups.length > 1) list.push({ id: 'group', name: 'Groups', hint: 'a colour each' });

@@ -1,5 +1,6 @@
 // The choices above the tables, each with its key.
 import { systemNames } from './coordinates.js';
+import { icon } from './icons.js';
 import { element } from './text.js';
 
 const kModes = [
@@ -8,11 +9,11 @@ const kModes = [
 ];
 
 const kParts = [
-  { id: 'undrawn', name: 'Collision faces', key: 'c', collision: true },
-  { id: 'planes', name: 'Collision planes', key: 'p', collision: true },
+  { id: 'undrawn', name: 'Collision', key: 'c', collision: true, hint: 'faces that only collide' },
+  { id: 'planes', name: 'Planes', key: 'p', collision: true, hint: 'those of the collision faces' },
   { id: 'edges', name: 'Edges', key: 'l' },
   { id: 'backs', name: 'Back sides', key: 'b' },
-  { id: 'only', name: 'Only the selection', key: 'x' },
+  { id: 'only', name: 'Only selected', key: 'x' },
 ];
 
 const kMovement = [
@@ -24,9 +25,11 @@ const kMovement = [
   ['Click, Enter', 'select the face under the pointer, in the middle'],
 ];
 
-/** Radio buttons or check boxes that look like buttons. */
-function chips(parent, type, group, entries, changed) {
+/** Radio buttons or check boxes that look like a group of buttons. */
+function tools(parent, type, group, entries, changed) {
   const inputs = new Map();
+  const box = element('div', { className: 'tools' });
+  parent.append(box);
   for (const { id, name, key, hint } of entries) {
     const input = element('input', {
       type,
@@ -35,7 +38,9 @@ function chips(parent, type, group, entries, changed) {
       onchange: () => changed(id, input.checked),
     });
     const title = `${hint ? `${hint}; ` : ''}key ${key.toUpperCase()}`;
-    parent.append(element('label', { className: 'chip', title }, input, element('span', {}, name)));
+    box.append(
+      element('label', { className: 'tool', title }, input, element('span', {}, icon(id), name)),
+    );
     inputs.set(id, input);
   }
   return inputs;
@@ -51,9 +56,9 @@ export function makeControls(model, hasCollision, colourings, calls) {
   const parts = kParts.filter((part) => !part.collision || hasCollision);
   const keyed = colourings.map((colouring, index) => ({ ...colouring, key: String(index + 1) }));
   const inputs = {
-    colouring: chips(find('colourings'), 'radio', 'colouring', keyed, calls.colouring),
-    mode: chips(find('modes'), 'radio', 'mode', kModes, calls.mode),
-    part: chips(find('parts'), 'checkbox', 'part', parts, calls.part),
+    colouring: tools(find('colourings'), 'radio', 'colouring', keyed, calls.colouring),
+    mode: tools(find('modes'), 'radio', 'mode', kModes, calls.mode),
+    part: tools(find('parts'), 'checkbox', 'part', parts, calls.part),
   };
   const set = (kind, id, on = true) => {
     if (kind === 'system') {
@@ -73,6 +78,14 @@ export function makeControls(model, hasCollision, colourings, calls) {
   );
   system.value = String(model.coordinateSystem);
   system.onchange = () => calls.system(system.value);
+  const icons = {
+    'frame-all': 'all',
+    'go-to-chosen': 'go',
+    clear: 'clear',
+    'show-help': 'help',
+    'show-panel': 'panel',
+  };
+  for (const [id, name] of Object.entries(icons)) find(id).prepend(icon(name));
   find('frame-all').onclick = calls.frameAll;
   find('go-to-chosen').onclick = calls.goToChosen;
   find('clear').onclick = calls.clear;
@@ -86,7 +99,6 @@ export function makeControls(model, hasCollision, colourings, calls) {
   const switchPanel = () => {
     const on = panel.getAttribute('aria-expanded') === 'false';
     panel.setAttribute('aria-expanded', String(on));
-    panel.textContent = on ? 'Hide panel' : 'Show panel';
     calls.panel(on);
   };
   panel.onclick = switchPanel;

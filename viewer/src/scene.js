@@ -105,11 +105,11 @@ export class LevelScene {
   }
 
   #addLights() {
-    const sun = new DirectionalLight(0xffffff, 1.5);
-    sun.position.set(-0.6, 0.5, 1); // beside the camera
+    const sun = new DirectionalLight(0xffffff, 1.25);
+    sun.position.set(-0.6, 0.6, 1); // beside the camera
     this.#rig.camera.add(sun, sun.target);
     sun.target.position.set(0, 0, -1);
-    this.#scene.add(new HemisphereLight(0xffffff, 0x8c8c94, 1.7), this.#rig.camera);
+    this.#scene.add(new HemisphereLight(0xffffff, 0x8a8a94, 2.1), this.#rig.camera);
   }
 
   #addMeshes() {
