@@ -168,6 +168,19 @@ for (const layout of ['qob', 'kob']) {
         `${batch.corners.length}`,
       ]),
     );
+    await page.keyboard.press('/');
+    await page.keyboard.type('SAND bmp');
+    assert.deepEqual(
+      await cells(page, 'materials'),
+      rows.filter(([name]) => name === 'Sandstone'),
+    );
+    assert.equal(await page.textContent('#materials .count'), `1 of ${materials.length}`);
+    await page.keyboard.press('Escape');
+    await page.click('#materials th:last-child button');
+    assert.deepEqual(
+      (await cells(page, 'materials')).map((row) => Number(row[2])),
+      rows.map((row) => Number(row[2])).sort((a, b) => b - a),
+    );
     if (layout === 'kob') {
       const sets = await cells(page, 'sets');
       assert.deepEqual(

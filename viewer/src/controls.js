@@ -103,9 +103,15 @@ export function makeControls(model, hasCollision, colourings, calls) {
   };
   panel.onclick = switchPanel;
 
+  const search = () => {
+    if (find('panel').hidden) switchPanel();
+    find('search').focus();
+  };
+
   const keys = new Map([
     ['?', showHelp],
     ['h', switchPanel],
+    ['/', search],
     ['f', calls.frameAll],
     ['z', calls.goToChosen],
     ['escape', calls.clear],
@@ -119,6 +125,7 @@ export function makeControls(model, hasCollision, colourings, calls) {
     ...kMovement,
     ['?', 'these keys'],
     ['H', 'hide or show the panel'],
+    ['/', 'search the tables'],
     ['F', 'show the whole level'],
     ['Z', 'go to the selection'],
     ['Escape', 'clear the selection'],

@@ -116,6 +116,14 @@ try {
 
 const tables = makeTables(model, materials, (kind, thing) => choose({ kind, thing }));
 find('tables').append(...Object.values(tables).map((table) => table.root));
+find('search').oninput = () => {
+  const words = find('search').value.toLowerCase().split(/\s+/).filter(Boolean);
+  const found = Object.values(tables).reduce((sum, table) => sum + table.search(words), 0);
+  find('found').textContent = words.length > 0 ? `${countedAs(found, 'row', 'rows')} found` : '';
+};
+find('search').onkeydown = ({ key }) => {
+  if (key === 'Escape' && find('search').value === '') find('search').blur();
+};
 
 /** Selects `choice` in the picture, the tables, the details and the address. */
 function choose(choice) {

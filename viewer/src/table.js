@@ -13,6 +13,9 @@ export class ThingTable {
   #things;
   #columns;
   #order;
+  #words = []; // what the search asks for, in lower case
+  #texts = null; // of each thing, made by the first search
+  #found;
   #sorted = { column: -1, down: false };
   #shown = kFirstRows;
   #extra = null; // a selected thing beyond the rows that are shown
@@ -21,6 +24,7 @@ export class ThingTable {
   #more = element('button', { type: 'button', className: 'more' });
   #scroll = element('div', { className: 'scroll' });
   #rows = new Map();
+  #count;
   #choose;
   #swatch = () => null;
   #marks = { chosen: null, ofFace: null };
@@ -30,6 +34,7 @@ export class ThingTable {
     this.#columns = columns;
     this.#choose = choose;
     this.#order = [...things];
+    this.#found = this.#order;
     columns.forEach((column, index) => {
       const button = element(
         'button',
@@ -48,6 +53,8 @@ export class ThingTable {
       element('table', {}, element('thead', {}, this.#head), this.#body),
       this.#more,
     );
+    const all = counted(things.filter((thing) => thing.id >= 0).length);
+    this.#count = { all, shown: element('span', { className: 'count' }, all) };
     this.root = element(
       'details',
       { open: open && things.length > 0, id },
@@ -56,11 +63,7 @@ export class ThingTable {
         {},
         element('h2', {}, title),
         ' ',
-        element(
-          'span',
-          { className: 'count' },
-          counted(things.filter((thing) => thing.id >= 0).length),
-        ),
+        this.#count.shown,
       ),
       things.length > 0 ? this.#scroll : element('p', { className: 'faint' }, 'none'),
     );
@@ -81,7 +84,40 @@ export class ThingTable {
       if (at === index) cell.setAttribute('aria-sort', down ? 'descending' : 'ascending');
       else cell.removeAttribute('aria-sort');
     });
+    this.#filter();
+  }
+
+  /** Shows only rows that contain all of `words`, which are in lower case; returns how many. */
+  search(words) {
+    this.#words = words;
+    this.#extra = null;
+    this.#filter();
+    const some = words.length > 0;
+    this.#count.shown.textContent = some
+      ? `${counted(this.#found.filter((thing) => thing.id >= 0).length)} of ${this.#count.all}`
+      : this.#count.all;
+    if (some && this.#found.length > 0) this.root.open = true;
+    return this.#found.length;
+  }
+
+  #filter() {
+    if (this.#words.length === 0) {
+      this.#found = this.#order;
+    } else {
+      this.#texts ??= new Map(this.#things.map((thing) => [thing, this.#textOf(thing)]));
+      const has = (thing) => this.#words.every((word) => this.#texts.get(thing).includes(word));
+      this.#found = this.#order.filter(has);
+    }
     this.#fill();
+  }
+
+  /** The texts of a thing's row, except the counts. */
+  #textOf(thing) {
+    const cells = this.#columns.filter(({ number }) => !number).map(({ cell }) => cell(thing));
+    return cells
+      .map((content) => content.textContent ?? content)
+      .join('\n')
+      .toLowerCase();
   }
 
   #row(thing) {
@@ -103,12 +139,12 @@ export class ThingTable {
   }
 
   #fill() {
-    const things = this.#order.slice(0, this.#shown);
+    const things = this.#found.slice(0, this.#shown);
     if (this.#extra && !things.includes(this.#extra)) things.push(this.#extra);
     this.#rows = new Map(things.map((thing) => [thing.id, this.#row(thing)]));
     this.#body.replaceChildren(...this.#rows.values());
-    this.#more.hidden = this.#order.length <= this.#shown;
-    this.#more.textContent = `Show all ${counted(this.#order.length)}`;
+    this.#more.hidden = this.#found.length <= this.#shown;
+    this.#more.textContent = `Show all ${counted(this.#found.length)}`;
     this.#applyMarks();
   }
 
