@@ -264,6 +264,38 @@ test('keys act at once, and a link shows what its sender saw', async () => {
   await Promise.all([page.close(), other.page.close()]);
 });
 
+test('distances, axes, grid, figure and section', async () => {
+  const hash = '#show=measure,section&section=-y,250&measure=0,0,0,3,4,12';
+  const { page, trouble } = await openPage(browser, path('yard.kob.html'), { hash });
+  const readout = () => page.innerText('#readout');
+  assert.equal(await readout(), 'Distance 13 (X 3, Y 4, Z 12)');
+  assert.equal(await page.innerText('#section-value'), '250');
+  // A ray that meets only what is cut away measures nothing.
+  await page.mouse.click(520, 420);
+  assert.equal(await readout(), 'Distance 13 (X 3, Y 4, Z 12)');
+  await press(page, 'y');
+  await page.mouse.click(520, 420);
+  assert.equal(await readout(), 'Click the second point');
+  await page.mouse.click(560, 420);
+  const [distance, ...parts] = numbers(await readout());
+  assert.ok(distance > 0 && Math.abs(Math.hypot(...parts) - distance) < 0.01 * distance);
+  await page.waitForFunction(() => /^#show=measure&measure=([-\d.]+,?){6}$/.test(location.hash));
+  await press(page, 'Escape');
+  assert.equal(await readout(), '');
+  let before = await picture(page);
+  for (const key of ['y', 'r', 'u']) {
+    await press(page, key);
+    const now = await picture(page);
+    assert.ok((await comparePictures(page, before, now)).different > 0.0003, key);
+    before = now;
+  }
+  assert.match(await readout(), /^Grid step 100\s+Figure 180 tall$/);
+  await press(page, 'i');
+  assert.ok(await page.isVisible('#axes'));
+  assert.deepEqual(trouble, []);
+  await page.close();
+});
+
 test('whatever the coordinate system, the level stands as it stood in the scene', async () => {
   const pictures = [];
   for (const system of ['0', '1', '2', '3']) {
@@ -410,7 +442,7 @@ test('models with little or nothing to see are shown without errors', async () =
   }
   for (const file of pages) {
     const { page, trouble } = await openPage(browser, file, { width: 800, height: 400 });
-    await press(page, '2', '6', 'c', 'p', 'l', 'b', 'Enter', 'Z', 'x', 'f');
+    await press(page, ...'26cplb', 'Enter', ...'Zxfiruym', 'Enter', ...'yg');
     assert.deepEqual(trouble, [], file);
     await page.close();
   }

@@ -16,6 +16,14 @@ const kParts = [
   { id: 'only', name: 'Only selected', key: 'x' },
 ];
 
+const kTools = [
+  { id: 'measure', name: 'Measure', key: 'm', hint: 'two clicks give a distance' },
+  { id: 'section', name: 'Section', key: 'y', hint: 'cuts the level open' },
+  { id: 'grid', name: 'Grid', key: 'r' },
+  { id: 'axes', name: 'Axes', key: 'i', hint: 'those of the file' },
+  { id: 'figure', name: 'Figure', key: 'u', hint: 'as tall as a person' },
+];
+
 const kMovement = [
   ['Drag, arrow keys', 'turn around the level; walking, look around'],
   ['Right drag, Shift drag, Shift+arrows', 'shift the picture'],
@@ -60,6 +68,9 @@ export function makeControls(model, hasCollision, colourings, calls) {
     mode: tools(find('modes'), 'radio', 'mode', kModes, calls.mode),
     part: tools(find('parts'), 'checkbox', 'part', parts, calls.part),
   };
+  for (const entry of tools(find('tools'), 'checkbox', 'part', kTools, calls.part)) {
+    inputs.part.set(...entry);
+  }
   const set = (kind, id, on = true) => {
     if (kind === 'system') {
       find('system').value = String(id);
@@ -118,7 +129,7 @@ export function makeControls(model, hasCollision, colourings, calls) {
   ]);
   for (const { id, key } of keyed) keys.set(key, () => set('colouring', id));
   for (const { id, key } of kModes) keys.set(key, () => set('mode', id));
-  for (const { id, key } of parts)
+  for (const { id, key } of [...parts, ...kTools])
     keys.set(key, () => set('part', id, !inputs.part.get(id).checked));
 
   const rows = [
@@ -130,7 +141,7 @@ export function makeControls(model, hasCollision, colourings, calls) {
     ['Z', 'go to the selection'],
     ['Escape', 'clear the selection'],
     ...keyed.map(({ key, name }) => [key, `colour by: ${name.toLowerCase()}`]),
-    ...[...kModes, ...parts].map(({ key, name, hint }) => [
+    ...[...kModes, ...parts, ...kTools].map(({ key, name, hint }) => [
       key.toUpperCase(),
       `${name.toLowerCase()}${hint ? `: ${hint}` : ''}`,
     ]),

@@ -5,6 +5,7 @@
 // then whatever differs from the first view:
 //   &camera=X,Y,Z,YAW,PITCH,DISTANCE (in the file's units, and degrees)   &move=walk
 //   &colour=batch   &show=edges,backs   &exported=2   &panel=off
+//   &section=-z,250 (the side above; without "-" that below)   &figure=X,Y,Z   &measure=X,Y,Z,X,Y,Z
 import { coordinateSystem, filePoint, placePoint } from './coordinates.js';
 
 const kDegree = Math.PI / 180;
@@ -69,9 +70,22 @@ function textOfCamera({ position, yaw, pitch, distance }, frame, system) {
     .join();
 }
 
+/** One or two points, three numbers each; null for anything else. */
+function pointsOf(text) {
+  const numbers = numbersOf(text, 6) ?? numbersOf(text, 3);
+  return numbers && [numbers.slice(0, 3), numbers.slice(3)].filter((point) => point.length > 0);
+}
+
+/** The section plane of "z,250", or of "-z,250", which is flipped. */
+function sectionOf(text) {
+  const [, sign, name, number] = /^(-?)([xyz]),(.+)$/.exec(text ?? '') ?? [];
+  const at = numbersOf(number, 1);
+  return at && { axis: 'xyz'.indexOf(name), flipped: sign === '-', at: at[0] };
+}
+
 /**
  * What an address asks for: `choice`, `camera` (as CameraRig.place), `mode`, `colouring`, `parts`
- * (an array), `system`, `panel`; null, or the first view's, where it asks for nothing.
+ * (an array), `system`, `panel`, `tools` (as Tools.link takes it); null, or the first view's, where it asks for nothing.
  */
 export function readLink(hash, { model, materials, faces, frame }) {
   const asked = new URLSearchParams(hash.replace(/^#/, ''));
@@ -86,6 +100,11 @@ export function readLink(hash, { model, materials, faces, frame }) {
     parts: (asked.get('show') ?? '').split(','),
     system,
     panel: asked.get('panel') !== 'off',
+    tools: {
+      section: sectionOf(asked.get('section')),
+      figure: numbersOf(asked.get('figure'), 3),
+      measure: pointsOf(asked.get('measure')),
+    },
   };
 }
 
@@ -117,6 +136,7 @@ export function writeLink(state, first, { faces, frame }) {
     ['show', state.parts.join() || null],
     ['exported', changed('system')],
     ['panel', state.panel ? null : 'off'],
+    ...Object.entries(state.tools ?? {}),
   ].filter(([, value]) => value !== null);
   return parts.length > 0 ? `#${parts.map((pair) => pair.join('=')).join('&')}` : '';
 }

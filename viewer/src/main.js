@@ -7,16 +7,20 @@ import { makeControls } from './controls.js';
 import { frameOf } from './coordinates.js';
 import { detailsOf, lineOf } from './details.js';
 import { listFaces } from './faces.js';
+import { showHeader, showWarnings } from './header.js';
 import { legendOf } from './legend.js';
-import { limitBars, limitsOf } from './limits.js';
+import { limitBars } from './limits.js';
 import { readLink, writeLink } from './link.js';
 import { Navigation } from './navigation.js';
 import { pick } from './pick.js';
 import { decodeBase64, readModel } from './readModel.js';
 import { LevelScene } from './scene.js';
-import { boxOf, cornersOfBox, middleOf, normalOf } from './shapes.js';
+import { boxOf, cornersAt, cornersOfBox, middleOf, normalOf } from './shapes.js';
 import { makeTables, materialsOf } from './tables.js';
-import { counted, countedAs, element, visible } from './text.js';
+import { countedAs } from './text.js';
+import { Tools } from './tools.js';
+
+const kSnapPixels = 10;
 
 const find = (id) => document.getElementById(id);
 
@@ -40,46 +44,20 @@ const state = {
   system: first.system,
   panel: true,
   moved: false, // whether the camera is away from the view of the whole level
-  parts: { undrawn: false, planes: false, edges: false, backs: false, only: false },
+  parts: {
+    undrawn: false,
+    planes: false,
+    edges: false,
+    backs: false,
+    only: false,
+    measure: false,
+    section: false,
+    grid: false,
+    axes: false,
+    figure: false,
+  },
   choice: null,
 };
-
-function showHeader() {
-  document.title = visible(model.fileName);
-  find('name').textContent = visible(model.fileName);
-  const vertices = model.groups.reduce((sum, group) => sum + group.vertices.length / 3, 0);
-  find('summary').textContent = [
-    model.hasFaceTable ? 'kob' : 'qob',
-    countedAs(vertices, 'vertex', 'vertices'),
-    countedAs(faces.drawn.count, 'triangle', 'triangles'),
-    countedAs(model.batches.length, 'batch', 'batches'),
-    countedAs(model.materials.length, 'material', 'materials'),
-    ...(model.hasFaceTable
-      ? [countedAs(faces.undrawn.count, 'collision-only face', 'collision-only faces')]
-      : []),
-    ...(model.groups.length === 1 ? [] : [countedAs(model.groups.length, 'group', 'groups')]),
-  ].join(' · ');
-}
-
-function showWarnings(hidden) {
-  const lines = limitsOf(model)
-    .filter(({ count }) => count > model.indexLimit)
-    .map(
-      ({ name, count, trouble }) =>
-        `${name}: ${counted(count)} are more than the ${counted(model.indexLimit)} that the ` +
-        `file's 16-bit indices can address: ${trouble}.`,
-    );
-  if (hidden > 0) {
-    lines.push(
-      `${countedAs(hidden, 'face is', 'faces are')} not shown: ` +
-        'positions are not finite numbers, or lie too far off.',
-    );
-  }
-  if (frame.outliers)
-    lines.push('A few points lie far away from all others; the view shows where most are.');
-  find('warnings').replaceChildren(...lines.map((line) => element('li', {}, line)));
-  find('warnings').hidden = lines.length === 0;
-}
 
 /** The entries of all drawn and undrawn faces that belong to the selection. */
 function entriesOf(choice) {
@@ -113,6 +91,9 @@ try {
   find('message').textContent = `Only the tables can be shown, not the 3D view: ${error.message}`;
   find('message').hidden = false;
 }
+
+const tools = scene && new Tools(scene, frame, () => link());
+if (scene) scene.drawn = (camera) => tools.showAxes(camera);
 
 const tables = makeTables(model, materials, (kind, thing) => choose({ kind, thing }));
 find('tables').append(...Object.values(tables).map((table) => table.root));
@@ -162,7 +143,7 @@ function link() {
     if (location.hash !== hash) return; // somebody asked for another one, which comes first
     const camera = scene && (state.moved || state.choice) ? rig.place : null;
     const parts = Object.keys(state.parts).filter((id) => state.parts[id]);
-    hash = writeLink({ ...state, camera, parts }, first, { faces, frame });
+    hash = writeLink({ ...state, camera, parts, tools: tools?.link }, first, { faces, frame });
     // Some archives open pages with an address that can't be changed.
     try {
       history.replaceState(null, '', hash || location.pathname + location.search);
@@ -205,17 +186,46 @@ function goToChosen() {
   moved();
 }
 
-/** Selects the first visible face at a place of the picture, each coordinate from -1 to 1. */
-function chooseAt(x, y) {
+/**
+ * The first visible face at a place of the picture, each coordinate from -1 to 1: its kind, entry,
+ * normal and the point; null for none.
+ */
+function faceAt(x, y) {
   const [origin, direction] = scene.ray(x, y);
-  const hits = [
-    { faceKind: 'drawn', hit: pick(scene.meshes.drawn, origin, direction, state.parts.backs) },
-  ];
-  if (state.parts.undrawn) {
-    hits.push({ faceKind: 'undrawn', hit: pick(scene.meshes.undrawn, origin, direction, true) });
+  const range = scene.rangeOf(origin, direction);
+  const kinds = state.parts.undrawn ? ['drawn', 'undrawn'] : ['drawn'];
+  const hits = kinds.flatMap((faceKind) => {
+    const backs = faceKind === 'undrawn' || state.parts.backs;
+    const hit = pick(scene.meshes[faceKind], origin, direction, backs, range);
+    return hit ? [{ faceKind, ...hit }] : [];
+  });
+  const [nearest] = hits.sort((a, b) => a.distance - b.distance);
+  if (!nearest) return null;
+  const { faceKind, entry, distance } = nearest;
+  const point = new Vector3(...origin).addScaledVector(new Vector3(...direction), distance);
+  return { faceKind, entry, point, normal: normalOf(scene.meshes[faceKind], entry) };
+}
+
+/** Selects the face at a place of the picture, or measures from it, or from a corner close by. */
+function clickAt(x, y) {
+  const face = faceAt(x, y);
+  if (!state.parts.measure) {
+    choose(face && { kind: 'face', faceKind: face.faceKind, entry: face.entry });
+    return;
   }
-  const first = hits.filter(({ hit }) => hit).sort((a, b) => a.hit.distance - b.hit.distance)[0];
-  choose(first ? { kind: 'face', faceKind: first.faceKind, entry: first.hit.entry } : null);
+  if (!face) return;
+  const away = (corner) => scene.pixelsFrom(corner, x, y);
+  const corners = cornersAt(scene.meshes[face.faceKind], face.entry);
+  const [corner] = corners.sort((a, b) => away(a) - away(b));
+  tools.take((away(corner) < kSnapPixels ? corner : face.point).toArray());
+}
+
+/** Where a figure stands: in the middle of the picture, or else of the level. */
+function spotOfFigure() {
+  const face = faceAt(0, 0);
+  if (face && face.normal.y > 0.5) return face.point.toArray();
+  const { x, z } = scene.box.getCenter(new Vector3());
+  return [x, scene.box.min.y, z];
 }
 
 // The height of a person's eyes if the file counts in centimetres, limited by the size of the
@@ -224,17 +234,9 @@ const eyeHeight = Math.min(8, Math.max(1.5, 170 * frame.scale));
 
 /** If there is a floor in the middle of the picture, walks on it. */
 function standOnFloor() {
-  const [origin, direction] = scene.ray(0, 0);
-  const hit = pick(scene.meshes.drawn, origin, direction, false);
-  if (!hit) return;
-  const normal = normalOf(scene.meshes.drawn, hit.entry);
-  if (normal.y < 0.5) return;
-  rig.stand(
-    new Vector3(...direction)
-      .multiplyScalar(hit.distance)
-      .add(new Vector3(...origin))
-      .add(new Vector3(0, eyeHeight, 0)),
-  );
+  const face = faceAt(0, 0);
+  if (!face || face.normal.y < 0.5) return;
+  rig.stand(face.point.add(new Vector3(0, eyeHeight, 0)));
   moved();
 }
 
@@ -259,12 +261,15 @@ const controls = makeControls(model, faces.undrawn.count > 0, colourings, {
   part: (id, on) => {
     state.parts[id] = on;
     scene?.setParts(state.parts);
+    tools?.setParts(state.parts, spotOfFigure);
     if (id === 'only') showChosen();
     link();
   },
   system: (id) => {
     state.system = Number(id);
     scene?.setSystem(state.system);
+    tools?.setSystem(state.system);
+    tools?.setParts(state.parts, spotOfFigure);
     showChosen();
     frameAll();
   },
@@ -275,7 +280,7 @@ const controls = makeControls(model, faces.undrawn.count > 0, colourings, {
   },
   frameAll,
   goToChosen,
-  clear: () => choose(null),
+  clear: () => (state.parts.measure ? controls.set('part', 'measure', false) : choose(null)),
 });
 
 function frameAll() {
@@ -286,10 +291,14 @@ function frameAll() {
   link();
 }
 
+let size = '';
+
 function resize() {
   const { clientWidth, clientHeight } = find('stage');
+  if (size === `${clientWidth} ${clientHeight}`) return;
   scene.resize(clientWidth, clientHeight);
-  if (!state.moved) rig.frame(scene.points());
+  if (size && !state.moved) rig.frame(scene.points());
+  size = `${clientWidth} ${clientHeight}`;
 }
 
 /** Shows what the address asks for. */
@@ -318,6 +327,7 @@ function follow() {
     rig.place = asked.camera;
     moved();
   }
+  if (tools) tools.link = asked.tools;
 }
 
 function followScheme() {
@@ -329,27 +339,28 @@ function followScheme() {
 }
 
 function begin() {
-  showHeader();
+  showHeader(model, faces);
   find('limits').append(...limitBars(model));
   let hidden = 0;
   if (scene) {
     scene.setSystem(state.system);
+    tools.setSystem(state.system);
     for (const mesh of Object.values(scene.meshes))
       hidden += mesh.shown.reduce((sum, is) => sum + 1 - is, 0);
     resize();
     new ResizeObserver(resize).observe(find('stage'));
     new Navigation(find('view'), rig, {
       moved,
-      clicked: chooseAt,
+      clicked: clickAt,
       keyed: (key) => {
-        if (key === 'Enter' || key === ' ') chooseAt(0, 0);
+        if (key === 'Enter' || key === ' ') clickAt(0, 0);
         return key === 'Enter' || key === ' ' || controls.press(key);
       },
     });
     matchMedia('(prefers-color-scheme: dark)').addEventListener('change', followScheme);
     followScheme();
   }
-  showWarnings(hidden);
+  showWarnings(model, frame, hidden);
   if (scene && faces.drawn.count + faces.undrawn.count === 0) {
     find('message').textContent = 'The model has no faces.';
     find('message').hidden = false;

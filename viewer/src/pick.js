@@ -3,9 +3,9 @@
 /**
  * The first triangle of a mesh that the ray from `origin` along `direction` meets, as { entry,
  * distance }; null for none. Faces seen from the back count only with `backs`. `origin` and
- * `direction` are arrays of three numbers.
+ * `direction` are arrays of three numbers. Only distances between `least` and `most` count.
  */
-export function pick(mesh, origin, direction, backs) {
+export function pick(mesh, origin, direction, backs, [least, most] = [0, Infinity]) {
   const { positions: p, index, shown } = mesh;
   const [ox, oy, oz] = origin;
   const [dx, dy, dz] = direction;
@@ -37,7 +37,7 @@ export function pick(mesh, origin, direction, backs) {
     const v = (dx * qx + dy * qy + dz * qz) / determinant;
     if (!(v >= 0 && u + v <= 1)) continue;
     const distance = (bx * qx + by * qy + bz * qz) / determinant;
-    if (distance > 0 && (!best || distance < best.distance)) best = { entry, distance };
+    if (distance > least && distance < most && (!best || distance < best.distance)) best = { entry, distance };
   }
   return best;
 }

@@ -78,6 +78,8 @@ export class LevelScene {
   #chosen = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
   #materials;
   #shapes = {}; // three's meshes, by what they show
+  /** Called with the camera after each picture. */
+  drawn = null;
   /** The results of placeMesh for the `drawn` and the `undrawn` faces. */
   meshes = {};
   /** The bounding box of the level without far outliers, and the sphere around it. */
@@ -275,6 +277,25 @@ export class LevelScene {
     this.draw();
   }
 
+  add(...objects) {
+    this.#scene.add(...objects);
+  }
+
+  /** Shows only what lies on the side of a Plane that its normal points to; null: everything. */
+  setSection(plane) {
+    this.#renderer.clippingPlanes = plane ? [plane] : [];
+  }
+
+  /** Where, as least and greatest distance, the section leaves something of a ray. */
+  rangeOf(origin, direction) {
+    const [plane] = this.#renderer.clippingPlanes;
+    if (!plane) return [0, Infinity];
+    const above = plane.distanceToPoint(new Vector3(...origin));
+    const slope = plane.normal.dot(new Vector3(...direction));
+    if (slope === 0) return above >= 0 ? [0, Infinity] : [0, 0];
+    return slope > 0 ? [Math.max(0, -above / slope), Infinity] : [0, -above / slope];
+  }
+
   resize(width, height) {
     this.#size = [Math.max(1, width), Math.max(1, height)];
     this.#rig.camera.aspect = this.#size[0] / this.#size[1];
@@ -320,7 +341,14 @@ export class LevelScene {
       this.#keepPace(now);
       this.#rig.update(this.#rig.camera.aspect, this.sphere);
       this.#renderer.render(this.#scene, this.#rig.camera);
+      this.drawn?.(this.#rig.camera);
     });
+  }
+
+  /** How many pixels a point in the page's units is away from a place of the picture. */
+  pixelsFrom(point, x, y) {
+    const at = point.clone().project(this.#rig.camera);
+    return Math.hypot(((at.x - x) * this.#size[0]) / 2, ((at.y - y) * this.#size[1]) / 2);
   }
 
   /**

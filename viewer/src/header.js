@@ -1,0 +1,44 @@
+// The top of the page, and the warnings about the file.
+import { limitsOf } from './limits.js';
+import { counted, countedAs, element, visible } from './text.js';
+
+const find = (id) => document.getElementById(id);
+
+/** The name of the file and its counts. */
+export function showHeader(model, faces) {
+  document.title = visible(model.fileName);
+  find('name').textContent = visible(model.fileName);
+  const vertices = model.groups.reduce((sum, group) => sum + group.vertices.length / 3, 0);
+  find('summary').textContent = [
+    model.hasFaceTable ? 'kob' : 'qob',
+    countedAs(vertices, 'vertex', 'vertices'),
+    countedAs(faces.drawn.count, 'triangle', 'triangles'),
+    countedAs(model.batches.length, 'batch', 'batches'),
+    countedAs(model.materials.length, 'material', 'materials'),
+    ...(model.hasFaceTable
+      ? [countedAs(faces.undrawn.count, 'collision-only face', 'collision-only faces')]
+      : []),
+    ...(model.groups.length === 1 ? [] : [countedAs(model.groups.length, 'group', 'groups')]),
+  ].join(' · ');
+}
+
+/** What is wrong with the file; `hidden` faces can't be shown. */
+export function showWarnings(model, frame, hidden) {
+  const lines = limitsOf(model)
+    .filter(({ count }) => count > model.indexLimit)
+    .map(
+      ({ name, count, trouble }) =>
+        `${name}: ${counted(count)} are more than the ${counted(model.indexLimit)} that the ` +
+        `file's 16-bit indices can address: ${trouble}.`,
+    );
+  if (hidden > 0) {
+    lines.push(
+      `${countedAs(hidden, 'face is', 'faces are')} not shown: ` +
+        'positions are not finite numbers, or lie too far off.',
+    );
+  }
+  if (frame.outliers)
+    lines.push('A few points lie far away from all others; the view shows where most are.');
+  find('warnings').replaceChildren(...lines.map((line) => element('li', {}, line)));
+  find('warnings').hidden = lines.length === 0;
+}
