@@ -283,6 +283,10 @@ test('distances, axes, grid, figure and section', async () => {
   await press(page, 'Escape');
   assert.equal(await readout(), '');
   let before = await picture(page);
+  const { page: fresh } = await openPage(browser, path('yard.kob.html'));
+  const untouched = await picture(fresh);
+  assert.ok((await comparePictures(page, before, untouched)).different < 0.0001);
+  await fresh.close();
   for (const key of ['y', 'r', 'u']) {
     await press(page, key);
     const now = await picture(page);

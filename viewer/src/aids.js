@@ -15,8 +15,10 @@ import {
 
 import { coordinateSystem, placePoint } from './coordinates.js';
 
-/** The height of the figure in the file's units, which usually are centimetres. */
-export const kPerson = 180;
+// The units of a file are not known: centimetres, unless the whole level would be a few steps wide.
+const kCentimetres = 180;
+const kMetres = 1.8;
+const kSmallest = 300;
 
 const kAxisColours = [new Color('#d83a3a'), new Color('#2f9e44'), new Color('#3b6fe0')];
 
@@ -72,13 +74,16 @@ export class Aids {
   #figure = makeFigure();
   /** The distance of the grid's lines in the file's units; 0 without a grid. */
   step = 0;
+  /** The height of the figure in the file's units. */
+  height;
 
   constructor(frame) {
     this.#frame = frame;
     const colours = kAxisColours.flatMap((colour) => [...colour.toArray(), ...colour.toArray()]);
     const attribute = new BufferAttribute(new Float32Array(colours), 3);
     this.#axes.geometry.setAttribute('color', attribute);
-    this.#figure.scale.setScalar(kPerson * frame.scale);
+    this.height = frame.size < kSmallest ? kMetres : kCentimetres;
+    this.#figure.scale.setScalar(this.height * frame.scale);
   }
 
   get objects() {
@@ -123,7 +128,7 @@ export class Aids {
     setPoints(this.#axes, origin.some(Number.isNaN) ? [] : ends);
   }
 
-  show({ grid, axes, figure }) {
+  show({ grid = false, axes = false, figure = false }) {
     this.#grid.visible = grid;
     this.#axes.visible = axes;
     this.#figure.visible = figure;

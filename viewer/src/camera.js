@@ -119,7 +119,9 @@ export class CameraRig {
     const up = right.clone().cross(forward);
     const tanUp = Math.tan((this.camera.fov * Math.PI) / 360);
     const tanRight = tanUp * this.camera.aspect;
-    const sides = [-tanRight, 0, tanRight].map((tan) => right.clone().addScaledVector(forward, tan));
+    const sides = [-tanRight, 0, tanRight].map((tan) =>
+      right.clone().addScaledVector(forward, tan),
+    );
     const ends = [-tanUp, 0, tanUp].map((tan) => up.clone().addScaledVector(forward, tan));
     const outer = outermost(lists, [...sides, ...ends, forward], stride);
     const centre = new Vector3();

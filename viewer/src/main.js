@@ -311,8 +311,7 @@ function follow() {
   set('system', asked.system);
   set('colouring', known ? asked.colouring : first.colouring);
   const isOnlyUndrawn =
-    faces.undrawn.count > 0 &&
-    (faces.drawn.count === 0 || asked.choice?.faceKind === 'undrawn');
+    faces.undrawn.count > 0 && (faces.drawn.count === 0 || asked.choice?.faceKind === 'undrawn');
   for (const id of Object.keys(state.parts)) {
     const on = asked.parts.includes(id) || (id === 'undrawn' && isOnlyUndrawn);
     if (state.parts[id] !== on) controls.set('part', id, on);

@@ -37,7 +37,8 @@ export function pick(mesh, origin, direction, backs, [least, most] = [0, Infinit
     const v = (dx * qx + dy * qy + dz * qz) / determinant;
     if (!(v >= 0 && u + v <= 1)) continue;
     const distance = (bx * qx + by * qy + bz * qz) / determinant;
-    if (distance > least && distance < most && (!best || distance < best.distance)) best = { entry, distance };
+    if (distance > least && distance < most && (!best || distance < best.distance))
+      best = { entry, distance };
   }
   return best;
 }

@@ -58,13 +58,7 @@ export class ThingTable {
     this.root = element(
       'details',
       { open: open && things.length > 0, id },
-      element(
-        'summary',
-        {},
-        element('h2', {}, title),
-        ' ',
-        this.#count.shown,
-      ),
+      element('summary', {}, element('h2', {}, title), ' ', this.#count.shown),
       things.length > 0 ? this.#scroll : element('p', { className: 'faint' }, 'none'),
     );
     this.#fill();

@@ -1,9 +1,9 @@
 // Measuring, the section plane, and the texts about grid, axes and figure.
 import { Plane, Vector3 } from 'three';
 
-import { Aids, directionOf, kPerson } from './aids.js';
+import { Aids, directionOf } from './aids.js';
 import { coordinateSystem, filePoint, placePoint } from './coordinates.js';
-import { counted, element, rounded } from './text.js';
+import { element, rounded } from './text.js';
 
 const kAxisNames = ['X', 'Y', 'Z'];
 const kSteps = 1000; // of the section's slider
@@ -127,8 +127,8 @@ export class Tools {
       const wanted = ['Click the first point', 'Click the second point'][this.#measured.length];
       texts.push(wanted ?? distanceText(this.#measured));
     }
-    if (grid && this.#aids.step > 0) texts.push(`Grid step ${counted(this.#aids.step)}`);
-    if (figure) texts.push(`Figure ${kPerson} tall`);
+    if (grid && this.#aids.step > 0) texts.push(`Grid step ${rounded(this.#aids.step)}`);
+    if (figure) texts.push(`Figure ${this.#aids.height} tall`);
     find('readout').replaceChildren(...texts.map((text) => element('p', {}, text)));
     this.#scene.draw();
   }
