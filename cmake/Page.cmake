@@ -68,6 +68,7 @@ function(mapexport_page room)
       COMMAND ${MAPEXPORT_NODE} ${CMAKE_SOURCE_DIR}/viewer/bundle.mjs
               ${CMAKE_BINARY_DIR}/viewer ${generated}
       DEPENDS ${CMAKE_SOURCE_DIR}/viewer/bundle.mjs ${sources} ${CMAKE_BINARY_DIR}/viewer/installed
+              ${CMAKE_SOURCE_DIR}/docs/notices.md
       COMMENT "Bundling the page of mapexport view" VERBATIM)
     target_sources(${room} PRIVATE ${generated}/ViewerPage.cpp)
     # Not every compiler must take a text as long as the page.

@@ -4,12 +4,16 @@
 import { createHash } from 'node:crypto';
 import { readFileSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
-import { dirname, join, resolve } from 'node:path';
+import { basename, dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
 const [packages, out] = process.argv.slice(2).map((path) => resolve(path));
-const source = join(dirname(fileURLToPath(import.meta.url)), 'src');
+const top = dirname(dirname(fileURLToPath(import.meta.url)));
+const source = join(top, 'viewer', 'src');
 const esbuild = createRequire(join(packages, 'package.json'))('esbuild');
+
+// The folders of the packages that the bundles contain code of.
+const bundled = new Set();
 
 function bundle(entry) {
   const result = esbuild.buildSync({
@@ -22,7 +26,14 @@ function bundle(entry) {
     target: 'es2022',
     charset: 'ascii',
     legalComments: 'inline',
+    metafile: true,
   });
+  for (const output of Object.values(result.metafile.outputs)) {
+    for (const [path, { bytesInOutput }] of Object.entries(output.inputs)) {
+      const [, folder] = path.match(/^(.*node_modules\/(?:@[^/]+\/)?[^/]+)\//) ?? [];
+      if (folder && bytesInOutput > 0) bundled.add(resolve(folder));
+    }
+  }
   return result.outputFiles[0].text.trim();
 }
 
@@ -40,11 +51,20 @@ const policy = policyOf(script);
 const reload = bundle('reload.js');
 const servedPolicy = `${policyOf(script, reload)}; connect-src 'self'`;
 
+// The licences of what is bundled, as docs/notices.md has them, too.
+const stated = readFileSync(join(top, 'docs', 'notices.md'), 'utf8');
+const notices = [...bundled].map((folder) => {
+  const licence = readFileSync(join(folder, 'LICENSE'), 'utf8').trim();
+  if (!stated.includes(licence)) throw new Error(`docs/notices.md lacks ${folder}/LICENSE`);
+  return `${basename(folder)}\n\n${licence}`;
+});
+const notice = `<!--\nThis page contains:\n\n${notices.join('\n\n')}\n-->`;
+if (/--(?!>$)/.test(notice.slice('<!--'.length))) throw new Error('a licence would end its comment');
+
 const pieces = { '@POLICY@': policy, '@STYLE@': style, '@SCRIPT@': script };
-const page = readFileSync(join(source, 'page.html'), 'utf8').replace(
-  /@(POLICY|STYLE|SCRIPT)@/g,
-  (mark) => pieces[mark],
-);
+const page = readFileSync(join(source, 'page.html'), 'utf8')
+  .replace(/@(POLICY|STYLE|SCRIPT)@/g, (mark) => pieces[mark])
+  .replace('<style>', () => `${notice}\n<style>`);
 if (page.split('@MODEL@').length !== 2) throw new Error('@MODEL@ must be in the page once');
 if (/<script\b/.test(script + reload) || /<\/(script|style)/i.test(script + reload + style)) {
   throw new Error('the bundle would end its own element');
