@@ -86,7 +86,7 @@ TEST_F(ProgramTest, NumbersAreTypedAsGiven) {
 }
 
 TEST_F(ProgramTest, HelpAndVersion) {
-  EXPECT_THAT(Run({"--version"}).out, HasSubstr("1.0.0"));
+  EXPECT_THAT(Run({"--version"}).out, HasSubstr("1.1.0"));
   EXPECT_THAT(Run({"formats"}).out, AllOf(HasSubstr(".scene.json"), HasSubstr("\n.fbx ")));
   EXPECT_EQ(Run({"help"}).out, Run({"--help"}).out);
   EXPECT_EQ(Run({"help", "export"}).out, Run({"export", "-h"}).out);
