@@ -6,6 +6,8 @@ unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 # shellcheck source=scripts/lib/ensure-packages.sh
 . "$root/scripts/lib/ensure-packages.sh"
+# shellcheck source=scripts/lib/bare-debian.sh
+. "$root/scripts/lib/bare-debian.sh"
 ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-package.txt"
 
 cd -- "$root"
@@ -22,12 +24,7 @@ scripts/check-hardening.sh build/package/content/usr
 
 clean=$(mktemp -d)
 trap 'umount -q "$clean/proc" || true; rm -rf --one-file-system -- "$clean"' EXIT
-chmod 755 "$clean"
-# The same source of packages as this machine's.
-mirror=$(cat /etc/apt/sources.list /etc/apt/sources.list.d/* 2>/dev/null |
-  sed -nE 's/^(deb( \[[^]]*\])?|URIs:) +(https?:[^ ]+).*/\3/p' | sed -n '/security/!{p;q}') || true
-debootstrap --variant=minbase bookworm "$clean" ${mirror:+"$mirror"} >/dev/null
-mount -t proc proc "$clean/proc"
+bare_debian bookworm "$clean"
 cp -- "$package" "$clean/tmp/mapexport.deb"
 # shellcheck disable=SC2016  # the $ are for the shell in there
 chroot "$clean" sh -euc '
