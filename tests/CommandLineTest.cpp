@@ -178,5 +178,26 @@ TEST_F(ProgramTest, PagesAreWrittenSafely) {
               HasSubstr("default-src 'none'; base-uri 'none'; form-action 'none'; img-src"));
 }
 
+TEST_F(ProgramTest, PicturesAreTheSameFromAllCoordinateSystems) {
+  for (const char* const system : {"0", "1", "2", "3"}) {
+    const std::string model = std::string(system) + ".kob";
+    ASSERT_EQ(Export(model, {"--fresh", "--coordinates", system}).status, 0);
+    const Outcome outcome =
+        Run({"picture", model, "-o", "-", "--coordinates", system, "--size", "90x60"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    Write(work_ / (model + ".png"), outcome.out);
+    EXPECT_EQ(outcome.out, Content(work_ / "0.kob.png")) << system;
+  }
+  ASSERT_EQ(Export("a.qob").status, 0);
+  ExpectRefusal(Run({"picture", "a.qob", "-o", "a.png", "--colour", "flags"}), "a.qob: ", "flags");
+  ASSERT_EQ(Run({"picture", "a.qob", "-o", "a.png", "--size", "1x4096"}).status, 0);
+  for (const char* const size : {"0x10", "10x4097", "10", "10x", "x10", "10x10x10", "-1x5", ""}) {
+    const Outcome outcome = Run({"picture", "a.qob", "-o", "a.png", "--size", size});
+    EXPECT_EQ(outcome.status, 2) << size;
+    EXPECT_THAT(outcome.err, HasSubstr("--size: ")) << size;
+  }
+  EXPECT_EQ(Run({"picture", "a.qob"}).status, 2);
+}
+
 }  // namespace
 }  // namespace mapexport

@@ -119,6 +119,7 @@ TEST_F(OutputsTest, NoInputIsReplaced) {
       {"export", "missing.obj", "b.kob", "--report", settings},
       {"export", "level.obj", "new.reg", "--settings", "./new.reg"},
       {"view", "a.kob", "-o", "a.kob"},
+      {"picture", "a.kob", "-o", "a.kob"},
       {"convert", "a.kob", "a.kob", "--to", "glb"},
   };
   for (const std::vector<std::string>& line : lines) {
@@ -142,6 +143,7 @@ TEST_F(OutputsTest, StandardOutputIsWrittenToAndNeverReplaced) {
       {{"convert", "a.kob", "--to", "glb"}, "glTF"},
       {{"convert", "a.kob", "--to", "obj"}, "# File"},
       {{"convert", "a.kob", "--to", "stl"}, ""},
+      {{"picture", "a.kob", "-o"}, "\x89PNG"},
   };
   for (const auto& [line, begin] : lines) {
     for (const char* const name : {"-", "/dev/stdout"}) {

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <meshoptimizer.h>
 #include <nettle/version.h>
+#include <png.h>
 #include <pugixml.hpp>
 #include <seccomp.h>
 #include <simdjson.h>
@@ -37,11 +38,12 @@ std::string LibraryVersions() {
   constexpr int kPugixmlMajor = 1000;  // 1130 is 1.13
   constexpr int kMeshoptMajor = 1000;  // 180 is 0.18
   return fmt::format(
-      "assimp {}.{}.{}, CLI11 {}, draco {}, fmt {}.{}.{}, meshoptimizer {}.{}, nettle {}.{}, "
+      "assimp {}.{}.{}, CLI11 {}, draco {}, fmt {}.{}.{}, libpng {}, meshoptimizer {}.{}, "
+      "nettle {}.{}, "
       "pugixml {}.{}, seccomp {}, simdjson {}.{}.{}, toml++ {}.{}.{}",
       aiGetVersionMajor(), aiGetVersionMinor(), aiGetVersionPatch(), CLI11_VERSION,
       draco::kDracoVersion, FMT_VERSION / kFmtMajor, FMT_VERSION / kPart % kPart,
-      FMT_VERSION % kPart, MESHOPTIMIZER_VERSION / kMeshoptMajor,
+      FMT_VERSION % kPart, PNG_LIBPNG_VER_STRING, MESHOPTIMIZER_VERSION / kMeshoptMajor,
       MESHOPTIMIZER_VERSION % kMeshoptMajor / 10, nettle_version_major(), nettle_version_minor(),
       PUGIXML_VERSION / kPugixmlMajor, PUGIXML_VERSION % kPugixmlMajor / 10, SeccompVersion(),
       simdjson::SIMDJSON_VERSION_MAJOR, simdjson::SIMDJSON_VERSION_MINOR,

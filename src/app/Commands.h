@@ -15,6 +15,7 @@ CommandInfo InspectCommand();
 CommandInfo DiffCommand();
 CommandInfo ConvertCommand();
 CommandInfo ViewCommand();
+CommandInfo PictureCommand();
 CommandInfo FormatsCommand();
 CommandInfo HelpCommand();
 
@@ -22,7 +23,7 @@ CommandInfo HelpCommand();
 inline std::span<const CommandInfo> Commands() {
   static const std::array commands{ExportCommand(),  SceneCommand(),   InspectCommand(),
                                    DiffCommand(),    ConvertCommand(), ViewCommand(),
-                                   FormatsCommand(), HelpCommand()};
+                                   PictureCommand(), FormatsCommand(), HelpCommand()};
   return commands;
 }
 

@@ -1,0 +1,144 @@
+// The command `picture`.
+#include <array>
+#include <optional>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "app/Commands.h"
+#include "app/LoadModel.h"
+#include "app/Messages.h"
+#include "app/WriteOutput.h"
+#include "cli/CommandLine.h"
+#include "cli/OptionReading.h"
+#include "cli/OptionValues.h"
+#include "cli/SharedOptions.h"
+#include "output/OutputTarget.h"
+#include "output/TakenFiles.h"
+#include "picture/DrawModel.h"
+#include "picture/WritePng.h"
+#include "system/RunError.h"
+
+namespace mapexport {
+namespace {
+
+constexpr std::array kPositionals{kModelPositional};
+constexpr std::array kViews{"iso", "top", "front", "side"};      // in the order of NamedView
+constexpr std::array kColourings{"material", "batch", "flags"};  // in the order of Colouring
+constexpr OptionInfo kFrom{
+    .name = "from",
+    .kind = OptionKind::kText,
+    .argument = "VIEW",
+    .help =
+        "where the picture is seen from: iso (the default), top, front or side; it fits the "
+        "drawn triangles",
+    .words = kViews};
+constexpr OptionInfo kColour{
+    .name = "colour",
+    .kind = OptionKind::kText,
+    .argument = "BY",
+    .help =
+        "what triangles are coloured by: material (the default), batch or flags, with the "
+        "colours of the page of view",
+    .words = kColourings};
+constexpr OptionInfo kCoordinates{
+    .name = "coordinates",
+    .kind = OptionKind::kRow,
+    .argument = "SYSTEM",
+    .help =
+        "the coordinate system that the file was exported with, left-handed unless given; the "
+        "picture shows the level upright by it",
+    .rows = kCoordinateSystems};
+constexpr std::array kOptions{
+    OptionInfo{.name = "output",
+               .kind = OptionKind::kText,
+               .argument = "FILE",
+               .help = "the PNG file to write; \"-\": to standard output",
+               .letter = 'o'},
+    OptionInfo{.name = "size",
+               .kind = OptionKind::kText,
+               .argument = "WxH",
+               .help = "width and height in pixels, 1 to 4096 each, 1200x800 unless given"},
+    kFrom,
+    kColour,
+    kCoordinates,
+    kLayoutOption,
+};
+static_assert(kMaxPictureEdge == 4096, "the help says so");
+
+constexpr PictureSize kDefaultSize{1200, 800};
+
+PictureSize SizeOf(const CommandLine& line) {
+  const std::optional<std::string> text = line.Value("size");
+  if (!text) return kDefaultSize;
+  const std::size_t cross = text->find('x');
+  if (cross != std::string::npos) {
+    const auto width = ParseWhole(std::string_view(*text).substr(0, cross));
+    const auto height = ParseWhole(std::string_view(*text).substr(cross + 1));
+    const auto fits = [](const auto& edge) {
+      return edge && *edge >= 1 && *edge <= std::uint32_t{kMaxPictureEdge};
+    };
+    if (fits(width) && fits(height)) {
+      return {static_cast<int>(*width), static_cast<int>(*height)};
+    }
+  }
+  throw UsageError(fmt::format("--size: \"{}\" is no size such as 1200x800, of 1 to {} pixels each",
+                               *text, kMaxPictureEdge),
+                   line.command);
+}
+
+struct PictureArguments {
+  std::string file;
+  std::string output;
+  PictureSize size;
+  Camera camera;
+  Colouring colouring = Colouring::kMaterial;
+  int coordinateSystem = 0;  ///< 0 to 3
+  std::optional<ModelLayout> layout;
+};
+
+PictureArguments Read(const CommandLine& line) {
+  const std::optional<std::string> output = PathValue(line, "output");
+  if (!output) throw UsageError("-o FILE is missing: the picture to write", line.command);
+  return {.file = PositionalPath(line, 0),
+          .output = *output,
+          .size = SizeOf(line),
+          .camera = kNamedViews.at(WordValue(line, kFrom).value_or(0)),
+          .colouring = static_cast<Colouring>(WordValue(line, kColour).value_or(0)),
+          .coordinateSystem = RowValue(line, kCoordinates).value_or(0),
+          .layout = LayoutValue(line)};
+}
+
+/// Draws a model file; defects of the file go to standard error.
+ExitStatus Run(const CommandLine& line) {
+  const PictureArguments arguments = Read(line);
+  Messages messages(false);
+  const OutputTarget target = FindOutput(arguments.output);
+  TakenFiles inputs;
+  inputs.Add(arguments.file, "model file");
+  inputs.RequireFree(target);
+  const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
+  if (!loaded) return ExitStatus::kFailed;
+  const ModelFile& model = loaded->model;
+  if (arguments.colouring == Colouring::kFlags && model.layout == ModelLayout::kQob) {
+    throw RunError(arguments.file +
+                   ": this layout has no flags to colour by; .kob files have them");
+  }
+  const Picture picture =
+      DrawModel(model, PageSpace(model, arguments.coordinateSystem),
+                FaceColours(model, arguments.colouring), arguments.camera, arguments.size);
+  const auto write = [&picture](std::ostream& out) { WritePng(picture, out); };
+  return WriteOutput(target, write, messages) ? loaded->status : ExitStatus::kFailed;
+}
+
+}  // namespace
+
+CommandInfo PictureCommand() {
+  return {.name = "picture",
+          .summary = "draws a model file as a PNG picture",
+          .positionals = kPositionals,
+          .options = kOptions,
+          .run = Run};
+}
+
+}  // namespace mapexport

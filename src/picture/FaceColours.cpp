@@ -1,0 +1,100 @@
+#include "picture/FaceColours.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+
+namespace mapexport {
+namespace {
+
+constexpr Rgb kNoColour{150, 152, 156};
+
+constexpr double kGoldenAngle = 137.508;
+constexpr double kFirstHue = 205;
+constexpr std::array kSaturations{0.62, 0.45, 0.72};
+constexpr std::array kLightnesses{0.58, 0.7, 0.46};
+
+Rgb FromHsl(double hue, double saturation, double lightness) {
+  const auto channel = [&](double n) {
+    const double k = std::fmod(n + hue / 30, 12);
+    const double a = saturation * std::min(lightness, 1 - lightness);
+    const double value = lightness - a * std::max(-1.0, std::min({k - 3, 9 - k, 1.0}));
+    return static_cast<std::uint8_t>(std::floor(255 * value + 0.5));
+  };
+  return {channel(0), channel(8), channel(4)};
+}
+
+using FlagColours = std::map<std::uint32_t, Rgb>;
+
+/// The different flags of the sets, each with a colour; grey for sets without flags.
+FlagColours ColoursOfFlags(const ModelFile& model) {
+  FlagColours colours{{0, kNoColour}};
+  for (const ModelGroup& group : model.groups) {
+    for (const ModelSurfaceSet& set : group.surfaceSets) {
+      const auto next = static_cast<std::int64_t>(colours.size()) - 1;
+      colours.try_emplace(set.flags, DistinctColour(next));
+    }
+  }
+  return colours;
+}
+
+/// By batch and face. Faces that no row of the face table means are grey.
+std::vector<std::vector<Rgb>> ColourByTable(const ModelGroup& group, const FlagColours& colours) {
+  std::vector<std::vector<Rgb>> table;
+  std::vector<std::vector<bool>> known;
+  for (const ModelBatch& batch : group.batches) {
+    table.emplace_back(std::max<std::size_t>(1, batch.faces.size()), kNoColour);
+    known.emplace_back(batch.faces.size());
+  }
+  for (const ModelFace& face : group.faces) {
+    const auto batch = static_cast<std::size_t>(face.batch);  // -1 becomes too large
+    if (batch >= table.size()) continue;
+    // Positions have 16 bits: in a longer batch, the next free face with the same low bits is taken.
+    std::size_t position = face.position;
+    while (position < known[batch].size() && known[batch][position]) position += kModelIndexLimit;
+    if (position >= known[batch].size()) continue;
+    known[batch][position] = true;
+    if (face.surfaceSet >= group.surfaceSets.size()) continue;
+    table[batch][position] = colours.at(group.surfaceSets[face.surfaceSet].flags);
+  }
+  return table;
+}
+
+}  // namespace
+
+Rgb DistinctColour(std::int64_t index) {
+  if (index < 0) return kNoColour;
+  const auto at = static_cast<std::size_t>(index);
+  return FromHsl(std::fmod(static_cast<double>(index) * kGoldenAngle + kFirstHue, 360),
+                 kSaturations[at % kSaturations.size()],
+                 kLightnesses[at / 2 % kLightnesses.size()]);
+}
+
+FaceColours::FaceColours(const ModelFile& model, Colouring colouring)
+    : model_(model), colouring_(colouring) {
+  std::size_t batches = 0;
+  for (const ModelGroup& group : model.groups) {
+    firstBatch_.push_back(batches);
+    batches += group.batches.size();
+  }
+  if (colouring != Colouring::kFlags) return;
+  const FlagColours colours = ColoursOfFlags(model);
+  for (const ModelGroup& group : model.groups) byFlags_.push_back(ColourByTable(group, colours));
+}
+
+std::vector<Rgb> FaceColours::OfBatch(std::size_t group, std::size_t batch) const {
+  switch (colouring_) {
+    case Colouring::kMaterial:
+      return {DistinctColour(model_.groups[group].batches[batch].material)};
+    case Colouring::kBatch:
+      return {DistinctColour(static_cast<std::int64_t>(firstBatch_[group] + batch))};
+    case Colouring::kFlags:
+      break;
+  }
+  return byFlags_[group][batch];
+}
+
+}  // namespace mapexport

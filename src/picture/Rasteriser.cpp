@@ -1,0 +1,235 @@
+#include "picture/Rasteriser.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace mapexport {
+namespace {
+
+constexpr std::int32_t kNoDepth = INT32_MAX;
+/// Steeper slopes, per sample, are those of triangles seen nearly from the side. They overflow within
+/// a block, so their depths are not found by steps.
+constexpr double kSteep = 1 << 24;
+/// What the depths of a gentle triangle may be outside those of its corners, by rounding.
+constexpr std::int32_t kSlack = 32;
+
+}  // namespace
+
+struct Rasteriser::Setup {
+  std::array<Edge, 3> edges;
+  /// For the columns of a block, what is added to the first.
+  std::array<std::array<std::int32_t, kEdge>, 3> edgeSteps;
+  std::array<std::int32_t, kEdge> depthSteps;
+  double originDepth = 0;  ///< at sample (0, 0)
+  std::int32_t depthPerX = 0;
+  std::int32_t depthPerY = 0;
+  double exactPerX = 0;
+  double exactPerY = 0;
+  std::int32_t nearest = 0;
+  std::int32_t farthest = 0;
+  bool steep = false;
+  std::uint32_t id = 0;
+  // The samples that it may cover.
+  int left = 0;
+  int right = 0;
+  int top = 0;
+  int bottom = 0;
+
+  /// The depth at a sample that the triangle covers, elsewhere that of its plane, within limits.
+  std::int32_t DepthAt(int x, int y) const {
+    constexpr double kLimit = 1 << 30;
+    const double depth = originDepth + exactPerX * x + exactPerY * y;
+    return static_cast<std::int32_t>(std::floor(std::clamp(depth, -kLimit, kLimit)));
+  }
+  /// A depth that none in the square of `size` samples is nearer than.
+  std::int32_t NearestIn(int x, int y, int size) const {
+    if (steep) return nearest;
+    const int last = size - 1;
+    const std::int32_t corner = DepthAt(exactPerX < 0 ? x + last : x, exactPerY < 0 ? y + last : y);
+    return std::max(nearest, corner) - kSlack;
+  }
+  void FindSlopes(const std::array<ScreenPoint, 3>& corners, std::int64_t area);
+};
+
+void Rasteriser::Setup::FindSlopes(const std::array<ScreenPoint, 3>& corners, std::int64_t area) {
+  const auto& [a, b, c] = corners;
+  const std::int64_t toB = b.depth - a.depth;
+  const std::int64_t toC = c.depth - a.depth;
+  const double perArea = double{kPlacesPerSample} / static_cast<double>(area);
+  exactPerX = static_cast<double>(toB * (c.y - a.y) - toC * (b.y - a.y)) * perArea;
+  exactPerY = static_cast<double>(toC * (b.x - a.x) - toB * (c.x - a.x)) * perArea;
+  steep = std::abs(exactPerX) > kSteep || std::abs(exactPerY) > kSteep;
+  if (!steep) {
+    depthPerX = static_cast<std::int32_t>(std::floor(exactPerX));
+    depthPerY = static_cast<std::int32_t>(std::floor(exactPerY));
+  }
+  originDepth = a.depth + exactPerX * (kHalfSample - a.x) / kPlacesPerSample +
+                exactPerY * (kHalfSample - a.y) / kPlacesPerSample;
+}
+
+Rasteriser::Rasteriser(PictureSize size) : size_(size) {
+  int width = size.width;
+  int height = size.height;
+  for (Level& level : levels_) {
+    level.width = width = (width + kEdge - 1) / kEdge;
+    level.height = height = (height + kEdge - 1) / kEdge;
+    level.squares.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+  }
+  const std::size_t samples = levels_[0].squares.size() * kEdge * kEdge;
+  depths_.assign(samples, kNoDepth);
+  ids_.assign(samples, kNothing);
+}
+
+void Rasteriser::Draw(const ScreenTriangle& triangle, std::uint32_t id) {
+  const auto& [a, b, c] = triangle.corners;
+  // The first sample at or behind a place, and the last one at or before it.
+  const auto first = [](std::int32_t place) { return (place + kHalfSample - 1) >> kPlaceBits; };
+  const auto last = [](std::int32_t place) { return (place - kHalfSample) >> kPlaceBits; };
+  Setup setup;
+  setup.left = std::max(0, first(std::min({a.x, b.x, c.x})));
+  setup.right = std::min(size_.width - 1, last(std::max({a.x, b.x, c.x})));
+  setup.top = std::max(0, first(std::min({a.y, b.y, c.y})));
+  setup.bottom = std::min(size_.height - 1, last(std::max({a.y, b.y, c.y})));
+  if (setup.left > setup.right || setup.top > setup.bottom) return;
+
+  setup.id = id;
+  setup.nearest = std::min({a.depth, b.depth, c.depth});
+  setup.farthest = std::max({a.depth, b.depth, c.depth});
+  setup.FindSlopes(triangle.corners, DoubleArea(a, b, c));
+  for (std::size_t i = 0; i < 3; ++i) {
+    const ScreenPoint& from = triangle.corners[i];
+    const ScreenPoint& to = triangle.corners[(i + 1) % 3];
+    const std::int32_t x = to.x - from.x;
+    const std::int32_t y = to.y - from.y;
+    const bool isTopOrLeft = y < 0 || (y == 0 && x > 0);
+    // Per sample this changes by multiples of kPlacesPerSample, so it can be divided by them.
+    const std::int64_t atOrigin = std::int64_t{x} * (kHalfSample - from.y) -
+                                  std::int64_t{y} * (kHalfSample - from.x) - (isTopOrLeft ? 0 : 1);
+    setup.edges[i] = {atOrigin >> kPlaceBits, -y, x};
+    for (int column = 0; column < kEdge; ++column) {
+      setup.edgeSteps[i][static_cast<std::size_t>(column)] = -y * column;
+    }
+  }
+  for (int column = 0; column < kEdge; ++column) {
+    setup.depthSteps[static_cast<std::size_t>(column)] = setup.depthPerX * column;
+  }
+
+  int level = 0;
+  int bits = kEdgeBits;
+  while (level < kLevels - 1 &&
+         (setup.left >> bits != setup.right >> bits || setup.top >> bits != setup.bottom >> bits)) {
+    ++level;
+    bits += kEdgeBits;
+  }
+  const int x = setup.left >> bits;
+  const int y = setup.top >> bits;
+  if (!DrawSquare(setup, level, x, y)) return;
+  for (int above = level + 1; above < kLevels; ++above) {
+    const int shift = (above - level) * kEdgeBits;
+    SquareAt(above, x >> shift, y >> shift).changed = true;
+  }
+}
+
+std::int32_t Rasteriser::FarthestIn(int level, int x, int y) {
+  Square& square = SquareAt(level, x, y);
+  if (!square.changed) return square.farthest;
+  square.changed = false;
+  std::int32_t farthest = 0;
+  if (level == 0) {
+    const std::int32_t* const depths = &depths_[PlaceOf(x * kEdge, y * kEdge)];
+    for (int i = 0; i < kEdge * kEdge; ++i) farthest = std::max(farthest, depths[i]);
+  } else {
+    const Level& parts = levels_[static_cast<std::size_t>(level - 1)];
+    const int right = std::min(parts.width, (x + 1) * kEdge);
+    const int bottom = std::min(parts.height, (y + 1) * kEdge);
+    for (int partY = y * kEdge; partY < bottom; ++partY) {
+      for (int partX = x * kEdge; partX < right; ++partX) {
+        farthest = std::max(farthest, FarthestIn(level - 1, partX, partY));
+        if (farthest == square.farthest) return farthest;
+      }
+    }
+  }
+  square.farthest = farthest;
+  return farthest;
+}
+
+bool Rasteriser::DrawSquare(const Setup& setup, int level, int x, int y) {
+  const int bits = (level + 1) * kEdgeBits;
+  const int size = 1 << bits;
+  const int firstX = x << bits;
+  const int firstY = y << bits;
+  for (const Edge& edge : setup.edges) {
+    const std::int64_t most =
+        edge.atOrigin + std::int64_t{edge.perX} * (edge.perX > 0 ? firstX + size - 1 : firstX) +
+        std::int64_t{edge.perY} * (edge.perY > 0 ? firstY + size - 1 : firstY);
+    if (most < 0) return false;
+  }
+  Square& square = SquareAt(level, x, y);
+  const std::int32_t nearest = setup.NearestIn(firstX, firstY, size);
+  if (nearest >= square.farthest || nearest >= FarthestIn(level, x, y)) return false;
+
+  bool drawn = false;
+  if (level == 0) {
+    const auto block = static_cast<std::size_t>(y) * static_cast<std::size_t>(levels_[0].width) +
+                       static_cast<std::size_t>(x);
+    const std::int32_t depth = setup.DepthAt(firstX, firstY);
+    drawn = setup.steep ? DrawBlock<true>(setup, block, firstX, firstY, depth)
+                        : DrawBlock<false>(setup, block, firstX, firstY, depth);
+  } else {
+    const int below = bits - kEdgeBits;
+    const int right = std::min((x + 1) * kEdge - 1, setup.right >> below);
+    const int bottom = std::min((y + 1) * kEdge - 1, setup.bottom >> below);
+    for (int partY = std::max(y * kEdge, setup.top >> below); partY <= bottom; ++partY) {
+      for (int partX = std::max(x * kEdge, setup.left >> below); partX <= right; ++partX) {
+        if (DrawSquare(setup, level - 1, partX, partY)) drawn = true;
+      }
+    }
+  }
+  if (drawn) square.changed = true;
+  return drawn;
+}
+
+template <bool kIsSteep>
+bool Rasteriser::DrawBlock(const Setup& setup, std::size_t block, int x, int y,
+                           std::int32_t depth) {
+  // An edge that does not cross the block decides nothing: 0 everywhere.
+  static constexpr std::array<std::int32_t, kEdge> kNoSteps{};
+  std::array<std::int32_t, 3> values{};
+  std::array<std::int32_t, 3> perY{};
+  std::array<const std::int32_t*, 3> steps{kNoSteps.data(), kNoSteps.data(), kNoSteps.data()};
+  for (std::size_t i = 0; i < 3; ++i) {
+    const Edge& edge = setup.edges[i];
+    const std::int64_t value =
+        edge.atOrigin + std::int64_t{edge.perX} * x + std::int64_t{edge.perY} * y;
+    const std::int64_t least = value + std::min<std::int64_t>(0, edge.perX) * (kEdge - 1) +
+                               std::min<std::int64_t>(0, edge.perY) * (kEdge - 1);
+    if (least >= 0) continue;
+    // It crosses the block, so it is less than what it changes by within the block.
+    values[i] = static_cast<std::int32_t>(value);
+    perY[i] = edge.perY;
+    steps[i] = setup.edgeSteps[i].data();
+  }
+  std::int32_t* depths = &depths_[block * kEdge * kEdge];
+  std::uint32_t* ids = &ids_[block * kEdge * kEdge];
+  std::uint32_t drawn = 0;
+  for (int row = 0; row < kEdge; ++row, depths += kEdge, ids += kEdge) {
+    for (int column = 0; column < kEdge; ++column) {
+      const std::int32_t outside = (values[0] + steps[0][column]) | (values[1] + steps[1][column]) |
+                                   (values[2] + steps[2][column]);
+      std::int32_t own = depth + setup.depthSteps[static_cast<std::size_t>(column)];
+      if constexpr (kIsSteep) {
+        own = std::clamp(setup.DepthAt(x + column, y + row), setup.nearest, setup.farthest);
+      }
+      const std::uint32_t shown =
+          outside >= 0 && own < depths[column] ? UINT32_MAX : std::uint32_t{0};
+      depths[column] = shown != 0 ? own : depths[column];
+      ids[column] = (setup.id & shown) | (ids[column] & ~shown);
+      drawn |= shown;
+    }
+    for (std::size_t i = 0; i < 3; ++i) values[i] += perY[i];
+    depth += setup.depthPerY;
+  }
+  return drawn != 0;
+}
+
+}  // namespace mapexport

@@ -1,0 +1,78 @@
+// Finds the triangle that each sample of a picture shows.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "picture/Picture.h"
+#include "picture/ScreenTriangle.h"
+
+namespace mapexport {
+
+/// A triangle covers a sample that is within its edges; of a sample on an edge, only the top and
+/// the left edges are within. So triangles that share an edge cover each sample once. Everything
+/// that decides is done in whole numbers, except the slopes of depths, which are doubles that every
+/// machine rounds alike.
+///
+/// Samples are kept in blocks of 8 x 8, blocks in squares of 8 x 8, and so on. Each square has a
+/// depth that none of its samples exceeds, so that what is hidden behind a square is soon skipped.
+class Rasteriser {
+ public:
+  static constexpr std::uint32_t kNothing = UINT32_MAX;
+
+  /// `size` in samples, at most kGuard on each axis.
+  explicit Rasteriser(PictureSize size);
+
+  /// Draws `triangle` where nothing is as near; fastest when near triangles are drawn first.
+  void Draw(const ScreenTriangle& triangle, std::uint32_t id);
+
+  /// The id of the triangle at a sample, or kNothing.
+  std::uint32_t At(int x, int y) const { return ids_[PlaceOf(x, y)]; }
+
+ private:
+  static constexpr int kEdge = 8;  ///< blocks and squares have so many parts on an axis
+  static constexpr int kEdgeBits = 3;
+  static constexpr int kLevels = 5;  ///< the last one has a single square
+
+  struct Square {
+    std::int32_t farthest = INT32_MAX;  ///< at least as much as the depth of every sample
+    bool changed = false;               ///< it may be less by now
+  };
+  struct Level {
+    int width = 0;  ///< in squares
+    int height = 0;
+    std::vector<Square> squares;
+  };
+  struct Edge {
+    std::int64_t atOrigin = 0;  ///< at sample (0, 0); samples are within where it is not below 0
+    std::int32_t perX = 0;
+    std::int32_t perY = 0;
+  };
+  struct Setup;
+
+  std::size_t PlaceOf(int x, int y) const {
+    const int block = (y >> kEdgeBits) * levels_[0].width + (x >> kEdgeBits);
+    return static_cast<std::size_t>(block) * kEdge * kEdge +
+           static_cast<std::size_t>((y % kEdge) * kEdge + x % kEdge);
+  }
+  Square& SquareAt(int level, int x, int y) {
+    Level& all = levels_[static_cast<std::size_t>(level)];
+    return all.squares[static_cast<std::size_t>(y) * static_cast<std::size_t>(all.width) +
+                       static_cast<std::size_t>(x)];
+  }
+  /// The depth that no sample of the square exceeds, as small as it is.
+  std::int32_t FarthestIn(int level, int x, int y);
+  /// Draws what of the triangle is in the square; whether anything was drawn.
+  bool DrawSquare(const Setup& setup, int level, int x, int y);
+  template <bool kIsSteep>
+  bool DrawBlock(const Setup& setup, std::size_t block, int x, int y, std::int32_t depth);
+
+  PictureSize size_;
+  std::array<Level, kLevels> levels_;
+  std::vector<std::int32_t> depths_;  ///< by block, then by row
+  std::vector<std::uint32_t> ids_;
+};
+
+}  // namespace mapexport
