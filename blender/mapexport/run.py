@@ -10,7 +10,7 @@ from pathlib import Path
 
 from .errors import ExportError
 
-OLDEST = (1, 0, 0)
+OLDEST = (1, 1, 0)
 
 _DONE, _CANCELLED, _DONE_WITH_LONG_LISTS = 0, 3, 4
 _SECONDS_TO_END = 5

@@ -38,7 +38,7 @@ class Program(ExportCase):
         other = self.replace(version="mapexport 0.9.3")
         self.assertEqual(
             self.refusal(),
-            f'the program "{other}" is too old: this add-on needs mapexport 1.0.0 or later',
+            f'the program "{other}" is too old: this add-on needs mapexport 1.1.0 or later',
         )
         self.replace("echo 'error: unexpected: json --messages' >&2; exit 2")
         self.assertIn("is too old: this add-on needs", self.refusal())
