@@ -300,6 +300,41 @@ test('distances, axes, grid, figure and section', async () => {
   await page.close();
 });
 
+test('every text has a contrast of at least 4.5 : 1', async () => {
+  for (const scheme of ['light', 'dark']) {
+    const hash = '#batch=0&show=section,measure,grid,axes';
+    const { page } = await openPage(browser, path('yard.kob.html'), { scheme, hash });
+    await page.evaluate(() => document.getElementById('help').show());
+    const poor = await page.evaluate(() => {
+      const channels = (colour) => colour.match(/[\d.]+/g).map(Number);
+      const luminance = (colour) =>
+        channels(colour)
+          .slice(0, 3)
+          .map((value) => value / 255)
+          .map((value) => (value > 0.04045 ? ((value + 0.055) / 1.055) ** 2.4 : value / 12.92))
+          .reduce((sum, value, i) => sum + value * [0.2126, 0.7152, 0.0722][i], 0);
+      const behind = (element) => {
+        const { backgroundColor } = getComputedStyle(element);
+        return channels(backgroundColor)[3] === 0 ? behind(element.parentElement) : backgroundColor;
+      };
+      return [...document.body.querySelectorAll(':not(script, noscript, option, text, :disabled)')]
+        .filter((element) =>
+          [...element.childNodes].some((node) => node.nodeName === '#text' && node.data.trim()),
+        )
+        .filter((element) => element.checkVisibility())
+        .filter((element) => {
+          const [less, more] = [getComputedStyle(element).color, behind(element)]
+            .map(luminance)
+            .sort((a, b) => a - b);
+          return (more + 0.05) / (less + 0.05) < 4.5;
+        })
+        .map((element) => `${element.id} ${element.className} ${element.textContent}`);
+    });
+    assert.deepEqual(poor, [], scheme);
+    await page.close();
+  }
+});
+
 test('whatever the coordinate system, the level stands as it stood in the scene', async () => {
   const pictures = [];
   for (const system of ['0', '1', '2', '3']) {

@@ -4,7 +4,7 @@ import { PerspectiveCamera, Vector3 } from 'three';
 const kSteepest = Math.PI / 2 - 0.01;
 const kSize = 100; // about how large a level is in the page's units
 const kNearest = 0.02; // of the orbited point
-const kYaws = [0.6, 0.6 - Math.PI / 2]; // of the first view
+const kYaws = [0.6, 0.35, 0.6 - Math.PI / 2, 0.35 - Math.PI / 2]; // of the first view
 const kPitches = [-0.5, -0.65, -0.8];
 
 /** The points of flat lists of coordinates that reach furthest along and against directions. */
