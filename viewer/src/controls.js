@@ -139,8 +139,8 @@ export function makeControls(model, hasCollision, colourings, calls) {
     ['/', 'search the tables'],
     ['F', 'show the whole level'],
     ['Z', 'go to the selection'],
-    ['Escape', 'clear the selection'],
-    ...keyed.map(({ key, name }) => [key, `colour by: ${name.toLowerCase()}`]),
+    ['Escape', 'end measuring, or clear the selection'],
+    ...keyed.map(({ key, name }) => [key, `colour by: ${name}`]),
     ...[...kModes, ...parts, ...kTools].map(({ key, name, hint }) => [
       key.toUpperCase(),
       `${name.toLowerCase()}${hint ? `: ${hint}` : ''}`,
