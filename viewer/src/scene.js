@@ -68,7 +68,8 @@ export class LevelScene {
   #software = drawsInSoftware();
   #coarse = false;
   #slowPictures = 0;
-  #lastPicture = 0;
+  #lastPicture = -Infinity;
+  #wanted = 0; // when the next picture was asked for
   #rest = 0;
   #waiting = false;
   #only = false;
@@ -315,7 +316,9 @@ export class LevelScene {
   #keepPace(now) {
     const gap = now - this.#lastPicture;
     this.#lastPicture = now;
-    this.#slowPictures = gap > 45 && gap < 400 ? this.#slowPictures + 1 : 0;
+    // A gap may be a pause, unless a picture was wanted all the time.
+    const slow = (gap > 45 && gap < 400) || (now - this.#wanted > 45 && gap < 2500);
+    this.#slowPictures = slow ? this.#slowPictures + 1 : 0;
     clearTimeout(this.#rest);
     if (!this.#coarse && this.#slowPictures >= (this.#software ? 1 : 3)) {
       this.#coarse = true;
@@ -323,19 +326,25 @@ export class LevelScene {
       this.#renderer.domElement.setAttribute('aria-busy', 'true');
     }
     if (!this.#coarse) return;
-    this.#rest = setTimeout(() => {
+    const rest = () => {
+      if (this.#waiting) {
+        this.#rest = setTimeout(rest, 350); // still moving, but slower than that
+        return;
+      }
       this.#coarse = false;
       this.#slowPictures = 0;
       this.#lastPicture = -Infinity; // the sharp picture does not count as movement
       this.#setSharpness();
       this.#renderer.domElement.removeAttribute('aria-busy');
-    }, 350);
+    };
+    this.#rest = setTimeout(rest, 350);
   }
 
   /** Draws once, with the browser's next frame. */
   draw() {
     if (this.#waiting) return;
     this.#waiting = true;
+    this.#wanted = performance.now();
     requestAnimationFrame((now) => {
       this.#waiting = false;
       this.#keepPace(now);
