@@ -479,8 +479,11 @@ test('models with little or nothing to see are shown without errors', async () =
     runWell('view', `${file}.kob`);
     pages.push(path(`${file}.kob.html`));
   }
+  const hash =
+    '#camera=1e300,1e30,3,4,5,-6&show=measure,section,figure,constructor&colour=__proto__&face=9' +
+    '&section=z,1e39&figure=1e30,2,3&measure=1e300,1,1,-1e300,2,2&exported=9&batch=-7';
   for (const file of pages) {
-    const { page, trouble } = await openPage(browser, file, { width: 800, height: 400 });
+    const { page, trouble } = await openPage(browser, file, { width: 800, height: 400, hash });
     await press(page, ...'26cplb', 'Enter', ...'Zxfiruym', 'Enter', ...'yg');
     assert.deepEqual(trouble, [], file);
     await page.close();

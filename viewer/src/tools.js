@@ -166,8 +166,9 @@ export class Tools {
       const [least, most] = this.#range(section.axis);
       this.#section = { ...section, at: Math.min(most, Math.max(least, section.at)) };
     }
-    if (figure) this.#figure = figure;
-    this.#measured = measure ?? [];
+    const isNear = (point) => !this.#toPage(point).some(Number.isNaN);
+    if (figure && isNear(figure)) this.#figure = figure;
+    this.#measured = measure?.every(isNear) ? measure : [];
     this.#update();
   }
 }
