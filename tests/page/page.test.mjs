@@ -1,50 +1,31 @@
 // The page of `mapexport view` in a real browser:
 //   node page.test.mjs MAPEXPORT PACKAGES SOURCES
 import assert from 'node:assert/strict';
-import { spawn, spawnSync } from 'node:child_process';
+import { spawn } from 'node:child_process';
 import { once } from 'node:events';
-import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
-import { tmpdir } from 'node:os';
+import { readFileSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { openPage, settle, startBrowser } from './browser.mjs';
-
-const [mapexport, packages, sources] = process.argv.slice(2);
-const folder = mkdtempSync(join(tmpdir(), 'mapexport-page-'));
-const path = (name) => join(folder, name);
-let browser;
-before(async () => {
-  browser = await startBrowser(packages);
-});
-after(async () => {
-  await browser?.close();
-  rmSync(folder, { recursive: true });
-});
-
-const run = (...args) =>
-  spawnSync(mapexport, args, { cwd: folder, encoding: 'utf8', maxBuffer: 1 << 28 });
-
-function runWell(...args) {
-  const { status, stdout, stderr } = run(...args);
-  assert.equal(status, 0, stderr);
-  return stdout;
-}
-
-/** Exports a scene, an object or the path of one, and makes the page of the model. */
-function makePage(name, scene, options = [], viewOptions = []) {
-  let file = scene;
-  if (typeof scene === 'object') {
-    file = path(`${name}.scene.json`);
-    writeFileSync(file, JSON.stringify({ format: 'mapexport-scene', version: 1, ...scene }));
-  }
-  runWell('export', file, name, '--fresh', '--seed', '1', '--quiet', ...options);
-  runWell('view', name, ...viewOptions);
-  return path(`${name}.html`);
-}
-
-const inspect = (name) => JSON.parse(runWell('inspect', name, '--json'));
-const yard = join(sources, 'examples/yard.scene.json');
+import { openPage, settle } from './browser.mjs';
+import {
+  browser,
+  cells,
+  comparePictures,
+  folder,
+  inspect,
+  makePage,
+  mapexport,
+  numbers,
+  path,
+  picture,
+  press,
+  record,
+  runWell,
+  sources,
+  yard,
+} from './pages.mjs';
+import './tools.test.mjs';
 
 /** An upright quad of two triangles that faces -y in the scene, x from `left`. */
 const wall = (left, more) => ({
@@ -76,69 +57,6 @@ const walls = {
     ],
   },
 };
-
-/** The texts of a table's cells, row by row. */
-const cells = (page, id) =>
-  page.$$eval(`#${id} tbody tr`, (rows) =>
-    rows.map((row) => [...row.children].map((cell) => cell.innerText)),
-  );
-/** The record of what is chosen, by its terms. */
-const record = (page) =>
-  page.$$eval('#chosen dt', (terms) =>
-    Object.fromEntries(terms.map((term) => [term.innerText, term.nextSibling.innerText])),
-  );
-const numbers = (text) => text.match(/-?\d[\d.e+-]*/g).map(Number);
-
-async function press(page, ...keys) {
-  await page.focus('#view');
-  for (const key of keys) await page.keyboard.press(key);
-  await settle(page);
-}
-
-/** A picture of the view, with no more than the level in it. */
-async function picture(page) {
-  await page.focus('summary');
-  await settle(page);
-  return page.locator('#view').screenshot();
-}
-
-/**
- * How many colours the first of two pictures has, whether anything is in the tenth along each of its
- * sides, and the share of pixels that differ much.
- */
-const comparePictures = (page, ...pngs) =>
-  page.evaluate(
-    async (encoded) => {
-      let size;
-      const [one, two] = await Promise.all(
-        encoded.map(async (base64) => {
-          const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
-          const image = await createImageBitmap(new Blob([bytes]));
-          const context = new OffscreenCanvas(image.width, image.height).getContext('2d');
-          context.drawImage(image, 0, 0);
-          size = [image.width, image.height];
-          return context.getImageData(0, 0, image.width, image.height).data;
-        }),
-      );
-      let different = 0;
-      const strips = [0, 0, 0, 0];
-      for (let i = 0; i < one.length; i += 4) {
-        different += [0, 1, 2].some(
-          (channel) => Math.abs(one[i + channel] - two[i + channel]) > 24,
-        );
-        if ([0, 1, 2].every((channel) => one[i + channel] === one[channel])) continue;
-        const x = ((i / 4) % size[0]) / size[0];
-        const y = i / 4 / size[0] / size[1];
-        [x, 1 - x, y, 1 - y].forEach((gap, side) => (strips[side] |= gap < 0.1));
-      }
-      return {
-        strips,
-        colours: new Set(new Uint32Array(one.buffer)).size,
-        different: different / (one.length / 4),
-      };
-    },
-    pngs.map((png) => png.toString('base64')),
-  );
 
 for (const layout of ['qob', 'kob']) {
   test(`the tables of a ${layout} count what inspect counts`, async () => {
@@ -218,121 +136,6 @@ test('every colouring, part and movement changes the picture, and none is blank'
   await see('another coordinate system');
   assert.deepEqual(trouble, []);
   await page.close();
-});
-
-test('keys act at once, and a link shows what its sender saw', async () => {
-  const { page, trouble } = await openPage(browser, path('yard.kob.html'));
-  // The first view fills the picture: the level touches the tenth along each side.
-  const shot = await picture(page);
-  const { strips } = await comparePictures(page, shot, shot);
-  assert.deepEqual(strips, [1, 1, 1, 1]);
-  await page.evaluate(() => document.activeElement.blur());
-  await page.keyboard.press('?');
-  const rows = await page.$$eval('dialog[open] kbd', (keys) =>
-    keys.map((key) => key.getClientRects().length),
-  );
-  assert.ok(rows.length > 15 && rows.every((count) => count === 1));
-  await page.keyboard.press('Escape');
-  // The icons leave the names to the texts beside them.
-  for (const [role, name] of [
-    ['radio', 'Surface flags'],
-    ['checkbox', 'Edges'],
-    ['button', 'Whole level'],
-  ]) {
-    assert.equal(await page.getByRole(role, { name, exact: true }).count(), 1, name);
-  }
-  for (const key of ['5', 'l', 'ArrowLeft', '+', 'w', 'h']) await page.keyboard.press(key);
-  await page.waitForFunction(() => /panel=off/.test(location.hash));
-  const { hash } = new URL(page.url());
-  assert.match(hash, /^#camera=[-\d.,e]+&colour=flags&show=edges&panel=off$/);
-  const other = await openPage(browser, path('yard.kob.html'), { hash });
-  assert.equal(await other.page.evaluate(() => document.getElementById('stage').clientWidth), 1280);
-  const pictures = [];
-  for (const shown of [page, other.page]) {
-    await shown.evaluate(() => document.activeElement.blur());
-    await settle(shown);
-    pictures.push(await shown.locator('#view').screenshot());
-  }
-  assert.ok((await comparePictures(page, ...pictures)).different < 0.001);
-  await other.page.keyboard.press('h');
-  await other.page.setViewportSize({ width: 800, height: 700 });
-  const boxOf = (selector) => other.page.locator(selector).boundingBox();
-  assert.ok((await boxOf('#stage')).width >= 480);
-  const legend = await boxOf('#legend');
-  assert.ok(legend.height > 20 && legend.y + legend.height < 400);
-  assert.deepEqual([...trouble, ...other.trouble], []);
-  await Promise.all([page.close(), other.page.close()]);
-});
-
-test('distances, axes, grid, figure and section', async () => {
-  const hash = '#show=measure,section&section=-y,250&measure=0,0,0,3,4,12';
-  const { page, trouble } = await openPage(browser, path('yard.kob.html'), { hash });
-  const readout = () => page.innerText('#readout');
-  assert.equal(await readout(), 'Distance 13 (X 3, Y 4, Z 12)');
-  assert.equal(await page.innerText('#section-value'), '250');
-  // A ray that meets only what is cut away measures nothing.
-  await page.mouse.click(520, 420);
-  assert.equal(await readout(), 'Distance 13 (X 3, Y 4, Z 12)');
-  await press(page, 'y');
-  await page.mouse.click(520, 420);
-  assert.equal(await readout(), 'Click the second point');
-  await page.mouse.click(560, 420);
-  const [distance, ...parts] = numbers(await readout());
-  assert.ok(distance > 0 && Math.abs(Math.hypot(...parts) - distance) < 0.01 * distance);
-  await page.waitForFunction(() => /^#show=measure&measure=([-\d.]+,?){6}$/.test(location.hash));
-  await press(page, 'Escape');
-  assert.equal(await readout(), '');
-  let before = await picture(page);
-  const { page: fresh } = await openPage(browser, path('yard.kob.html'));
-  const untouched = await picture(fresh);
-  assert.ok((await comparePictures(page, before, untouched)).different < 0.0001);
-  await fresh.close();
-  for (const key of ['y', 'r', 'u']) {
-    await press(page, key);
-    const now = await picture(page);
-    assert.ok((await comparePictures(page, before, now)).different > 0.0003, key);
-    before = now;
-  }
-  assert.match(await readout(), /^Grid step 100\s+Figure 180 tall$/);
-  await press(page, 'i');
-  assert.ok(await page.isVisible('#axes'));
-  assert.deepEqual(trouble, []);
-  await page.close();
-});
-
-test('every text has a contrast of at least 4.5 : 1', async () => {
-  for (const scheme of ['light', 'dark']) {
-    const hash = '#batch=0&show=section,measure,grid,axes';
-    const { page } = await openPage(browser, path('yard.kob.html'), { scheme, hash });
-    await page.evaluate(() => document.getElementById('help').show());
-    const poor = await page.evaluate(() => {
-      const channels = (colour) => colour.match(/[\d.]+/g).map(Number);
-      const luminance = (colour) =>
-        channels(colour)
-          .slice(0, 3)
-          .map((value) => value / 255)
-          .map((value) => (value > 0.04045 ? ((value + 0.055) / 1.055) ** 2.4 : value / 12.92))
-          .reduce((sum, value, i) => sum + value * [0.2126, 0.7152, 0.0722][i], 0);
-      const behind = (element) => {
-        const { backgroundColor } = getComputedStyle(element);
-        return channels(backgroundColor)[3] === 0 ? behind(element.parentElement) : backgroundColor;
-      };
-      return [...document.body.querySelectorAll(':not(script, noscript, option, text, :disabled)')]
-        .filter((element) =>
-          [...element.childNodes].some((node) => node.nodeName === '#text' && node.data.trim()),
-        )
-        .filter((element) => element.checkVisibility())
-        .filter((element) => {
-          const [less, more] = [getComputedStyle(element).color, behind(element)]
-            .map(luminance)
-            .sort((a, b) => a - b);
-          return (more + 0.05) / (less + 0.05) < 4.5;
-        })
-        .map((element) => `${element.id} ${element.className} ${element.textContent}`);
-    });
-    assert.deepEqual(poor, [], scheme);
-    await page.close();
-  }
 });
 
 test('whatever the coordinate system, the level stands as it stood in the scene', async () => {
