@@ -197,6 +197,16 @@ TEST_F(ProgramTest, PicturesAreTheSameFromAllCoordinateSystems) {
     EXPECT_THAT(outcome.err, HasSubstr("--size: ")) << size;
   }
   EXPECT_EQ(Run({"picture", "a.qob"}).status, 2);
+  // From within the level: triangles reach behind the camera.
+  for (const char* const link : {"#batch=1&camera=5,1,5,30,-10,5", "camera=5e0,1,5,0,89,0"}) {
+    EXPECT_EQ(Run({"picture", "a.qob", "-o", "a.png", "--camera", link}).status, 0) << link;
+  }
+  for (const char* const link : {"", "#", "camera=", "camera=1,2,3,4,5", "camera=1,2,3,4,5,6,7",
+                                 "camera=1,2,3,nan,5,6", "camera=1e300,2,3,4,5,6", "xcamera=1"}) {
+    const Outcome outcome = Run({"picture", "a.qob", "-o", "a.png", "--camera", link});
+    EXPECT_EQ(outcome.status, 2) << link;
+    EXPECT_THAT(outcome.err, HasSubstr("--camera: ")) << link;
+  }
 }
 
 }  // namespace

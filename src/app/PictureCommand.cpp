@@ -17,6 +17,7 @@
 #include "output/TakenFiles.h"
 #include "picture/DrawModel.h"
 #include "picture/WritePng.h"
+#include "system/PrintableText.h"
 #include "system/RunError.h"
 
 namespace mapexport {
@@ -60,6 +61,11 @@ constexpr std::array kOptions{
                .argument = "WxH",
                .help = "width and height in pixels, 1 to 4096 each, 1200x800 unless given"},
     kFrom,
+    OptionInfo{.name = "camera",
+               .kind = OptionKind::kText,
+               .argument = "TEXT",
+               .help = "the camera of a link to the page of view: its part behind #, or the whole "
+                       "link; in place of --from"},
     kColour,
     kCoordinates,
     kLayoutOption,
@@ -91,21 +97,34 @@ struct PictureArguments {
   std::string file;
   std::string output;
   PictureSize size;
-  Camera camera;
+  NamedView view = NamedView::kIso;
+  std::optional<std::string> link;
   Colouring colouring = Colouring::kMaterial;
   int coordinateSystem = 0;  ///< 0 to 3
   std::optional<ModelLayout> layout;
 };
 
+/// Of a page's link, unless the option gives another.
+int SystemOf(const CommandLine& line) {
+  if (const auto system = RowValue(line, kCoordinates)) return *system;
+  const std::optional<std::string> link = line.Value("camera");
+  const auto exported = link ? LinkPart(*link, "exported") : std::nullopt;
+  return exported ? ParseRow(kCoordinateSystems, *exported).value_or(0) : 0;
+}
+
 PictureArguments Read(const CommandLine& line) {
   const std::optional<std::string> output = PathValue(line, "output");
   if (!output) throw UsageError("-o FILE is missing: the picture to write", line.command);
+  if (line.Has("camera") && line.Has("from")) {
+    throw UsageError("--camera and --from exclude each other", line.command);
+  }
   return {.file = PositionalPath(line, 0),
           .output = *output,
           .size = SizeOf(line),
-          .camera = kNamedViews.at(WordValue(line, kFrom).value_or(0)),
+          .view = static_cast<NamedView>(WordValue(line, kFrom).value_or(0)),
+          .link = line.Value("camera"),
           .colouring = static_cast<Colouring>(WordValue(line, kColour).value_or(0)),
-          .coordinateSystem = RowValue(line, kCoordinates).value_or(0),
+          .coordinateSystem = SystemOf(line),
           .layout = LayoutValue(line)};
 }
 
@@ -124,9 +143,16 @@ ExitStatus Run(const CommandLine& line) {
     throw RunError(arguments.file +
                    ": this layout has no flags to colour by; .kob files have them");
   }
+  const PageSpace space(model, arguments.coordinateSystem);
+  std::optional<Camera> camera = kNamedViews.at(static_cast<std::size_t>(arguments.view));
+  if (arguments.link) camera = CameraOfLink(*arguments.link, space);
+  if (!camera) {
+    throw UsageError("--camera: no camera=X,Y,Z,YAW,PITCH,DISTANCE that is near the level in " +
+                         Quoted(*arguments.link),
+                     line.command);
+  }
   const Picture picture =
-      DrawModel(model, PageSpace(model, arguments.coordinateSystem),
-                FaceColours(model, arguments.colouring), arguments.camera, arguments.size);
+      DrawModel(model, space, FaceColours(model, arguments.colouring), *camera, arguments.size);
   const auto write = [&picture](std::ostream& out) { WritePng(picture, out); };
   return WriteOutput(target, write, messages) ? loaded->status : ExitStatus::kFailed;
 }

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <array>
+#include <optional>
+#include <string_view>
 
+#include "picture/PageSpace.h"
 #include "picture/Vector.h"
 
 namespace mapexport {
@@ -18,6 +21,14 @@ struct Camera {
   double tangent = 0;  ///< half of the picture's height at distance 1, with perspective
   double nearest = 0;  ///< distance of what is just in front of the eye, with perspective
 };
+
+/// The value of a part of a page's address, "NAME=VALUE" behind its "#"; nothing without it.
+std::optional<std::string_view> LinkPart(std::string_view link, std::string_view name);
+
+/// The camera that the part of a page's address behind "#" has: "camera=X,Y,Z,YAW,PITCH,DISTANCE",
+/// in the file's units and degrees, among other parts. Nothing when it has none, or no such place.
+/// Its directions are rounded as the mathematical library does.
+std::optional<Camera> CameraOfLink(std::string_view link, const PageSpace& space);
 
 enum class NamedView { kIso, kTop, kFront, kSide };
 

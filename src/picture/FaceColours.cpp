@@ -52,7 +52,7 @@ std::vector<std::vector<Rgb>> ColourByTable(const ModelGroup& group, const FlagC
   for (const ModelFace& face : group.faces) {
     const auto batch = static_cast<std::size_t>(face.batch);  // -1 becomes too large
     if (batch >= table.size()) continue;
-    // Positions have 16 bits: in a longer batch, the next free face with the same low bits is taken.
+    // Positions have 16 bits: in a longer batch, the next free face with the same low bits counts.
     std::size_t position = face.position;
     while (position < known[batch].size() && known[batch][position]) position += kModelIndexLimit;
     if (position >= known[batch].size()) continue;

@@ -121,7 +121,10 @@ PageSpace::PageSpace(const ModelFile& model, int coordinateSystem)
 }
 
 std::optional<Vector> PageSpace::Place(const ModelPoint& point) const {
-  const std::array<double, 3> file = AxesOf(point);
+  return Place(AxesOf(point));
+}
+
+std::optional<Vector> PageSpace::Place(const std::array<double, 3>& file) const {
   std::array<double, 3> at{};
   for (std::size_t axis = 0; axis < 3; ++axis) {
     const std::size_t from = system_.axes[axis];

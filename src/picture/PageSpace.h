@@ -22,6 +22,11 @@ class PageSpace {
   /// Nothing for a point that is not finite or too far away to be shown.
   std::optional<Vector> Place(const ModelPoint& point) const;
 
+  /// Of a place in the file's axes and units.
+  std::optional<Vector> Place(const std::array<double, 3>& file) const;
+  /// A length of the file.
+  double Length(double length) const { return length * scale_; }
+
   /// The direction in which a face with that normal looks; null for a normal without direction.
   Vector Outward(const ModelPoint& normal) const;
 

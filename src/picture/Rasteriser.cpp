@@ -7,8 +7,8 @@ namespace mapexport {
 namespace {
 
 constexpr std::int32_t kNoDepth = INT32_MAX;
-/// Steeper slopes, per sample, are those of triangles seen nearly from the side. They overflow within
-/// a block, so their depths are not found by steps.
+/// Steeper slopes, per sample, are those of triangles seen nearly from the side. They overflow
+/// within a block, so their depths are not found by steps.
 constexpr double kSteep = 1 << 24;
 /// What the depths of a gentle triangle may be outside those of its corners, by rounding.
 constexpr std::int32_t kSlack = 32;
@@ -39,7 +39,7 @@ struct Rasteriser::Setup {
   std::int32_t DepthAt(int x, int y) const {
     constexpr double kLimit = 1 << 30;
     const double depth = originDepth + exactPerX * x + exactPerY * y;
-    return static_cast<std::int32_t>(std::floor(std::clamp(depth, -kLimit, kLimit)));
+    return static_cast<std::int32_t>(std::clamp(depth, -kLimit, kLimit));
   }
   /// A depth that none in the square of `size` samples is nearer than.
   std::int32_t NearestIn(int x, int y, int size) const {
@@ -60,8 +60,8 @@ void Rasteriser::Setup::FindSlopes(const std::array<ScreenPoint, 3>& corners, st
   exactPerY = static_cast<double>(toC * (b.x - a.x) - toB * (c.x - a.x)) * perArea;
   steep = std::abs(exactPerX) > kSteep || std::abs(exactPerY) > kSteep;
   if (!steep) {
-    depthPerX = static_cast<std::int32_t>(std::floor(exactPerX));
-    depthPerY = static_cast<std::int32_t>(std::floor(exactPerY));
+    depthPerX = static_cast<std::int32_t>(exactPerX);
+    depthPerY = static_cast<std::int32_t>(exactPerY);
   }
   originDepth = a.depth + exactPerX * (kHalfSample - a.x) / kPlacesPerSample +
                 exactPerY * (kHalfSample - a.y) / kPlacesPerSample;

@@ -32,6 +32,7 @@ void Flush(png_structp) {}
 
 /// Without anything that a jump out of the library would leave undestroyed.
 bool WriteWithLibrary(png_structp png, png_infop info, const Picture& picture) {
+  // NOLINTNEXTLINE(cert-err52-cpp): the library has no other way
   if (setjmp(png_jmpbuf(png)) != 0) return false;
   const PictureSize size = picture.Size();
   png_set_compression_level(png, kCompression);
