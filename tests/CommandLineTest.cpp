@@ -197,6 +197,8 @@ TEST_F(ProgramTest, PicturesAreTheSameFromAllCoordinateSystems) {
     EXPECT_THAT(outcome.err, HasSubstr("--size: ")) << size;
   }
   EXPECT_EQ(Run({"picture", "a.qob"}).status, 2);
+  EXPECT_EQ(Run({"picture", "a.qob", "-o", "a.png", "--sheet", "--size", "200x200"}).status, 0);
+  EXPECT_EQ(Run({"picture", "a.qob", "-o", "a.png", "--sheet", "--size", "200x199"}).status, 2);
   // From within the level: triangles reach behind the camera.
   for (const char* const link : {"#batch=1&camera=5,1,5,30,-10,5", "camera=5e0,1,5,0,89,0"}) {
     EXPECT_EQ(Run({"picture", "a.qob", "-o", "a.png", "--camera", link}).status, 0) << link;

@@ -170,7 +170,7 @@ TEST(PictureTest, TheSamePixelsOnEveryMachine) {
       }
     }
   }
-  EXPECT_EQ(hash, 15615685189441791886U);
+  EXPECT_EQ(hash, 14994815250416196686U);
 }
 
 TEST(PictureTest, ThePngHoldsThePixels) {
@@ -193,8 +193,8 @@ TEST(PictureTest, HostileModelsAreDrawnWithinBounds) {
   const float infinity = std::numeric_limits<float>::infinity();
   const Picture whole = Draw(Yard(ModelLayout::kKob));
   EXPECT_GT(Drawn(whole), 300U);
-  const ModelFile empty;
-  EXPECT_EQ(Drawn(Draw(empty)), 0U);
+  const std::size_t note = Drawn(Draw(ModelFile{}));
+  EXPECT_THAT(note, AllOf(testing::Gt(0U), testing::Lt(200U)));
 
   for (const float value : {std::nanf(""), infinity, -infinity, 3e38F, 1e-38F, 1e6F, 0.0F}) {
     for (std::size_t changed = 1; changed <= 4; ++changed) {
@@ -209,7 +209,7 @@ TEST(PictureTest, HostileModelsAreDrawnWithinBounds) {
   for (ModelBatch& batch : cut.groups[0].batches) {
     for (ModelBatchFace& face : batch.faces) face.vertices = face.corners = {65535, 0, 1};
   }
-  EXPECT_EQ(Drawn(Draw(cut)), 0U);
+  EXPECT_EQ(Drawn(Draw(cut)), note);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 // The command `picture`.
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -13,10 +14,13 @@
 #include "cli/OptionReading.h"
 #include "cli/OptionValues.h"
 #include "cli/SharedOptions.h"
+#include "modelreader/ModelSummary.h"
 #include "output/OutputTarget.h"
 #include "output/TakenFiles.h"
 #include "picture/DrawModel.h"
+#include "picture/DrawSheet.h"
 #include "picture/WritePng.h"
+#include "system/FileIdentity.h"
 #include "system/PrintableText.h"
 #include "system/RunError.h"
 
@@ -67,6 +71,9 @@ constexpr std::array kOptions{
                .help = "the camera of a link to the page of view: its part behind #, or the whole "
                        "link; in place of --from"},
     kColour,
+    OptionInfo{.name = "sheet",
+               .kind = OptionKind::kFlag,
+               .help = "one sheet with all four views and the numbers"},
     kCoordinates,
     kLayoutOption,
 };
@@ -99,6 +106,7 @@ struct PictureArguments {
   PictureSize size;
   NamedView view = NamedView::kIso;
   std::optional<std::string> link;
+  bool sheet = false;
   Colouring colouring = Colouring::kMaterial;
   int coordinateSystem = 0;  ///< 0 to 3
   std::optional<ModelLayout> layout;
@@ -118,11 +126,22 @@ PictureArguments Read(const CommandLine& line) {
   if (line.Has("camera") && line.Has("from")) {
     throw UsageError("--camera and --from exclude each other", line.command);
   }
+  const PictureSize size = SizeOf(line);
+  if (line.Has("sheet")) {
+    if (line.Has("camera") || line.Has("from")) {
+      throw UsageError("--sheet has all views; --camera and --from exclude it", line.command);
+    }
+    if (std::min(size.width, size.height) < kLeastSheetEdge) {
+      throw UsageError(fmt::format("--size: a sheet is at least {0}x{0}", kLeastSheetEdge),
+                       line.command);
+    }
+  }
   return {.file = PositionalPath(line, 0),
           .output = *output,
-          .size = SizeOf(line),
+          .size = size,
           .view = static_cast<NamedView>(WordValue(line, kFrom).value_or(0)),
           .link = line.Value("camera"),
+          .sheet = line.Has("sheet"),
           .colouring = static_cast<Colouring>(WordValue(line, kColour).value_or(0)),
           .coordinateSystem = SystemOf(line),
           .layout = LayoutValue(line)};
@@ -151,8 +170,13 @@ ExitStatus Run(const CommandLine& line) {
                          Quoted(*arguments.link),
                      line.command);
   }
+  if (Summarise(model).drawn == 0) {
+    messages.Note("no-triangle", arguments.file + ": there is no drawn triangle in it");
+  }
+  const FaceColours colours(model, arguments.colouring);
   const Picture picture =
-      DrawModel(model, space, FaceColours(model, arguments.colouring), *camera, arguments.size);
+      arguments.sheet ? DrawSheet(model, NamePart(arguments.file), space, colours, arguments.size)
+                      : DrawModel(model, space, colours, *camera, arguments.size);
   const auto write = [&picture](std::ostream& out) { WritePng(picture, out); };
   return WriteOutput(target, write, messages) ? loaded->status : ExitStatus::kFailed;
 }

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
+#include "picture/DrawText.h"
 #include "picture/GatherTriangles.h"
 #include "picture/Projection.h"
 #include "picture/Rasteriser.h"
@@ -11,6 +13,9 @@
 
 namespace mapexport {
 namespace {
+
+constexpr std::string_view kNone = "no triangle to be seen";
+constexpr int kWideText = 400;  ///< from this width on, characters are twice as large
 
 using Sum = std::array<std::uint32_t, 3>;
 
@@ -78,7 +83,13 @@ Picture DrawModel(const ModelFile& model, const PageSpace& space, const FaceColo
   const std::vector<ScreenTriangle> triangles =
       GatherTriangles(model, space, camera, projection, colours);
   Picture picture(size, kBackground);
-  if (triangles.empty()) return picture;
+  if (triangles.empty()) {
+    constexpr Rgb kInk{96, 102, 114};
+    const int scale = size.width >= kWideText ? 2 : 1;
+    DrawText(picture, (size.width - kAdvance * scale * static_cast<int>(kNone.size())) / 2,
+             size.height / 2, scale, kInk, kNone);
+    return picture;
+  }
   Rasteriser rasteriser(samples);
   for (std::size_t i = 0; i < triangles.size(); ++i) {
     rasteriser.Draw(triangles[i], static_cast<std::uint32_t>(i));

@@ -115,6 +115,7 @@ PageSpace::PageSpace(const ModelFile& model, int coordinateSystem)
   const bool outliers = main.Extent() > 0 && finder.All().Extent() > kOutlying * main.Extent();
   const Box& box = outliers ? main : finder.All();
   for (std::size_t axis = 0; axis < 3; ++axis) {
+    extents_[axis] = box.most[axis] - box.least[axis];
     centre_[axis] = box.least[axis] / 2 + box.most[axis] / 2;
   }
   if (box.Extent() > 0) scale_ = kPageSize / box.Extent();
@@ -132,6 +133,11 @@ std::optional<Vector> PageSpace::Place(const std::array<double, 3>& file) const 
     if (!(std::abs(at[axis]) <= kFarthest)) return std::nullopt;  // NaN, too
   }
   return Vector{at[0], at[1], at[2]};
+}
+
+std::array<double, 3> PageSpace::FileSize() const {
+  const auto& [x, y, z] = system_.axes;
+  return {extents_[x], extents_[y], extents_[z]};
 }
 
 Vector PageSpace::Outward(const ModelPoint& normal) const {

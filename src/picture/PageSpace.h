@@ -27,6 +27,9 @@ class PageSpace {
   /// A length of the file.
   double Length(double length) const { return length * scale_; }
 
+  /// The extents of the model, without far outliers, in the file's units along the page's axes.
+  std::array<double, 3> FileSize() const;
+
   /// The direction in which a face with that normal looks; null for a normal without direction.
   Vector Outward(const ModelPoint& normal) const;
 
@@ -35,7 +38,8 @@ class PageSpace {
   static const System& SystemOf(int index);
 
   const System& system_;
-  std::array<double, 3> centre_{};  ///< in the file's axes
+  std::array<double, 3> extents_{};  ///< in the file's axes
+  std::array<double, 3> centre_{};   ///< in the file's axes
   double scale_ = 1;
 };
 
