@@ -209,6 +209,8 @@ LibraryScene ReadWithLibrary(const std::string& path, const ImportOptions& optio
 
   result.path = path;
   result.format = FormatOfReader(MetadataText(*scene, AI_METADATA_SOURCE_FORMAT));
+  // Later versions put an FBX file's axes and unit there, which AxesAndUnits applies.
+  if (result.format == SourceFormat::kFbx) scene->mRootNode->mTransformation = aiMatrix4x4();
   result.isFromBlender = result.format == SourceFormat::kFbx &&
                          MetadataText(*scene, AI_METADATA_SOURCE_GENERATOR).starts_with("Blender");
   if (result.format == SourceFormat::kAse && scene->mNumMeshes == 0) {

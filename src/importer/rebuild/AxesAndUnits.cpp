@@ -23,19 +23,6 @@ constexpr WorldPlacement kYUp{.axis = {0, 2, 1}, .sign = {1, -1, 1}, .factor = 1
 /// The same twice: what the library has turned is turned back before the file's own y goes up.
 constexpr WorldPlacement kYUpOfTurned{.axis = {0, 1, 2}, .sign = {1, -1, -1}, .factor = 1};
 
-/// Whether the library has turned the root so that the file's own z, which was up, became y.
-bool IsTurnedByLibrary(SourceFormat format, const aiScene& scene) {
-  switch (format) {
-    case SourceFormat::kTurnedToYUp:
-      return true;
-    case SourceFormat::kFbx:
-      // Later versions turn and scale the root by themselves.
-      return AffineFrom(scene.mRootNode->mTransformation) != AffineMatrix{};
-    default:
-      return false;
-  }
-}
-
 std::optional<int> FindInteger(const aiMetadata* metadata, const char* key) {
   int value = 0;
   if (metadata == nullptr || !metadata->Get(key, value)) return std::nullopt;
@@ -63,9 +50,8 @@ std::optional<WorldPlacement> FbxPlacement(const aiMetadata* metadata) {
 }
 
 /// The placement that the format or the file asks for.
-WorldPlacement OwnPlacement(SourceFormat format, const aiScene* scene, bool isTurned,
-                            Remarks& remarks) {
-  if (format == SourceFormat::kFbx && scene != nullptr && !isTurned) {
+WorldPlacement OwnPlacement(SourceFormat format, const aiScene* scene, Remarks& remarks) {
+  if (format == SourceFormat::kFbx && scene != nullptr) {
     const std::optional<WorldPlacement> told = FbxPlacement(scene->mMetaData);
     if (told) return *told;
     remarks.push_back(
@@ -165,10 +151,11 @@ Point3 Rounded(const std::array<double, 3>& row) {
 
 WorldPlacement FindWorldPlacement(SourceFormat format, const aiScene* scene,
                                   const ImportOptions& options, Remarks& remarks) {
-  const bool isTurned = scene != nullptr && IsTurnedByLibrary(format, *scene);
+  // The library has turned the root so that the file's own z, which was up, became y.
+  const bool isTurned = format == SourceFormat::kTurnedToYUp;
   WorldPlacement placement;
   if (options.up == UpAxis::kAuto)
-    placement = OwnPlacement(format, scene, isTurned, remarks);
+    placement = OwnPlacement(format, scene, remarks);
   else if (options.up == UpAxis::kZ)
     placement = isTurned ? kYUp : WorldPlacement{};
   else
@@ -176,9 +163,8 @@ WorldPlacement FindWorldPlacement(SourceFormat format, const aiScene* scene,
 
   const double fbxUnit =
       scene != nullptr && format == SourceFormat::kFbx ? FbxUnit(scene->mMetaData) : 1.0;
-  placement.factor = options.scale ? static_cast<double>(*options.scale)
-                     : isTurned    ? OwnFactor(format, 1)
-                                   : OwnFactor(format, fbxUnit);
+  placement.factor =
+      options.scale ? static_cast<double>(*options.scale) : OwnFactor(format, fbxUnit);
   TellUnits(placement.factor, options.scale.has_value(), fbxUnit, remarks);
   return placement;
 }
