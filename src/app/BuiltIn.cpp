@@ -13,7 +13,7 @@
 #include <pugixml.hpp>
 #include <seccomp.h>
 #include <simdjson.h>
-#include <toml++/impl/version.h>
+#include <toml++/toml.h>
 
 #include "app/FindLibrary.h"
 #include "view/WritePage.h"
@@ -46,8 +46,8 @@ std::string LibraryVersions() {
       FMT_VERSION % kPart, PNG_LIBPNG_VER_STRING, MESHOPTIMIZER_VERSION / kMeshoptMajor,
       MESHOPTIMIZER_VERSION % kMeshoptMajor / 10, nettle_version_major(), nettle_version_minor(),
       PUGIXML_VERSION / kPugixmlMajor, PUGIXML_VERSION % kPugixmlMajor / 10, SeccompVersion(),
-      simdjson::SIMDJSON_VERSION_MAJOR, simdjson::SIMDJSON_VERSION_MINOR,
-      simdjson::SIMDJSON_VERSION_REVISION, TOML_LIB_MAJOR, TOML_LIB_MINOR, TOML_LIB_PATCH);
+      int{simdjson::SIMDJSON_VERSION_MAJOR}, int{simdjson::SIMDJSON_VERSION_MINOR},
+      int{simdjson::SIMDJSON_VERSION_REVISION}, TOML_LIB_MAJOR, TOML_LIB_MINOR, TOML_LIB_PATCH);
 }
 
 std::string BuiltInText() {

@@ -1,9 +1,11 @@
 // Appends the items of a model block: little-endian, each at a multiple of 4 bytes.
 #pragma once
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -13,14 +15,16 @@ namespace mapexport {
 class BlockWriter {
  public:
   void U32(std::uint32_t number) {
-    for (int shift = 0; shift < 32; shift += 8) U8(static_cast<std::uint8_t>(number >> shift));
+    U16(static_cast<std::uint16_t>(number));
+    U16(static_cast<std::uint16_t>(number >> 16));
   }
   void I32(std::int32_t number) { U32(static_cast<std::uint32_t>(number)); }
   void F32(float number) { U32(std::bit_cast<std::uint32_t>(number)); }
   /// The length in bytes, then the bytes.
   void Text(std::string_view text) {
     Count(text.size());
-    for (const char c : text) U8(static_cast<std::uint8_t>(c));
+    const auto bytes = std::as_bytes(std::span(text));
+    bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
     Align();
   }
   /// The length of a list; lists of model files have lengths of 32 bits.
@@ -29,8 +33,8 @@ class BlockWriter {
   // Parts of an item, which Align() completes.
   void U8(std::uint8_t number) { bytes_.push_back(std::byte{number}); }
   void U16(std::uint16_t number) {
-    U8(static_cast<std::uint8_t>(number));
-    U8(static_cast<std::uint8_t>(number >> 8));
+    const std::array bytes{static_cast<std::byte>(number), static_cast<std::byte>(number >> 8)};
+    bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
   }
   void Align() {
     while (bytes_.size() % 4 != 0) U8(0);

@@ -51,11 +51,11 @@ inline std::vector<const SceneNode*> NodesOf(const ImportedScene& imported) {
   return nodes;
 }
 
-inline const SceneNode& Named(const ImportedScene& imported, const std::string& name) {
+inline const SceneNode& Named(const ImportedScene& imported, std::string_view name) {
   for (const SceneNode* node : NodesOf(imported)) {
     if (node->name == name) return *node;
   }
-  throw std::runtime_error("no node " + name);
+  throw std::runtime_error("no node " + std::string(name));
 }
 
 /// "code: text" of each.
