@@ -10,6 +10,7 @@ import concurrent.futures
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -18,7 +19,9 @@ TABLE = ROOT / "src/cli/formats.txt"
 PACKAGE = pathlib.Path("/usr/share/assimp")
 READ_LIMIT = "10"
 
+# The first line ends with the version, which `mapexport formats` prints.
 INTRODUCTION = """\
+# Measured with import library {}
 # Measurements on the models of Debian's package assimp-testmodels, by extension: the number of files, how
 # many of them are read, and how many of these give
 #   faces      at least one triangle
@@ -75,6 +78,9 @@ def main():
         sys.exit("the package assimp-testmodels is not installed")
     rows = {line.split()[0]: dict.fromkeys(COLUMNS, 0)
             for line in TABLE.read_text().splitlines() if line.startswith(".")}
+    versions = subprocess.run([mapexport, "--version", "--verbose"], capture_output=True, text=True,
+                              check=True).stdout
+    library = re.search(r"assimp (\S+),", versions)[1]
     models = sorted(path for path in PACKAGE.rglob("*")
                     if path.is_file() and path.suffix.lower() in rows)
     sys.setrecursionlimit(10000)
@@ -88,7 +94,7 @@ def main():
     for extension in sorted(rows):
         row = rows[extension]
         lines.append(f"{extension:<9}" + "".join(f"{row[column]:>10}" for column in COLUMNS))
-    TABLE.write_text(INTRODUCTION + "\n".join(lines) + "\n")
+    TABLE.write_text(INTRODUCTION.format(library) + "\n".join(lines) + "\n")
 
 
 if __name__ == "__main__":

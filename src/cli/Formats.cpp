@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <sstream>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -42,16 +43,24 @@ std::string Row(const std::string& extension, const std::string& read, const aut
   return line + '\n';
 }
 
+/// The version of the import library in the first line of the table.
+std::string LibraryMeasured() {
+  const std::string_view table = kFormatTable;
+  const std::string_view line = table.substr(0, table.find('\n'));
+  return std::string(line.substr(line.rfind(' ') + 1));
+}
+
 }  // namespace
 
 std::string FormatsText() {
-  std::string text =
+  std::string text = fmt::format(
       "Scene files (.scene.json, .scene.bin) are read completely. For other formats, the table has "
       "measurements\n"
-      "on the model files of Debian's package assimp-testmodels: how many are read, and how many "
-      "of\n"
-      "these give triangles, a tree of nodes, names, materials, bitmaps, texture coordinates,\n"
-      "smoothing groups and user property text. Some files have nothing of a kind to read.\n\n";
+      "on the model files of Debian's package assimp-testmodels, with version {} of the import\n"
+      "library: how many are read, and how many of these give triangles, a tree of nodes, names,\n"
+      "materials, bitmaps, texture coordinates, smoothing groups and user property text.\n"
+      "Some files have nothing of a kind to read.\n\n",
+      LibraryMeasured());
   text += Row("extension", "read", [](std::size_t i) { return kThings[i]; });
   std::istringstream lines(kFormatTable);
   for (std::string line; std::getline(lines, line);) {
