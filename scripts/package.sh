@@ -23,7 +23,7 @@ scripts/check-hardening.sh build/package/content/usr
 [[ ${1-} == --try ]] || exit 0
 
 clean=$(mktemp -d)
-trap 'umount -q "$clean/proc" || true; rm -rf --one-file-system -- "$clean"' EXIT
+trap 'leave_bare_debian "$clean"; rm -rf --one-file-system -- "$clean"' EXIT
 bare_debian bookworm "$clean"
 cp -- "$package" "$clean/tmp/mapexport.deb"
 # shellcheck disable=SC2016  # the $ are for the shell in there

@@ -29,16 +29,22 @@ ensure_packages "$root/scripts/packages-package.txt"
 clean=${2-}
 if [[ -z $clean ]]; then
   clean=$(mktemp -d)
-  trap 'umount -q "$clean/proc" || true; rm -rf --one-file-system -- "$clean"' EXIT
+  trap 'leave_bare_debian "$clean"; rm -rf --one-file-system -- "$clean"' EXIT
 else
   mkdir -- "$clean"
   clean=$(cd -- "$clean" && pwd -P)
-  trap 'umount -q "$clean/proc" || true' EXIT
+  trap 'leave_bare_debian "$clean"' EXIT
 fi
 
 bare_debian "$suite" "$clean"
 cp -L /etc/resolv.conf "$clean/etc/resolv.conf"
 home=/home/player
+# npm trusts the certificates that it trusts here.
+certificates=""
+if [[ -n ${NODE_EXTRA_CA_CERTS-} ]]; then
+  certificates=/etc/extra-certificates.pem
+  install -m 644 -- "$NODE_EXTRA_CA_CERTS" "$clean$certificates"
+fi
 chroot "$clean" useradd --create-home --home-dir "$home" player
 # A bare Debian has no git: the clone is made here.
 git clone --quiet --no-hardlinks -- "$root" "$clean$home/mapexport"
@@ -47,6 +53,7 @@ chroot "$clean" chown -R player: "$home/mapexport"
 as_user() {
   chroot --userspec=player:player "$clean" env -i -C "$home/mapexport" HOME="$home" \
     PATH=/usr/local/bin:/usr/bin:/bin LANG=C.UTF-8 \
+    ${certificates:+NODE_EXTRA_CA_CERTS="$certificates"} \
     ${MAPEXPORT_WERROR:+MAPEXPORT_WERROR="$MAPEXPORT_WERROR"} "$@"
 }
 
