@@ -7,6 +7,7 @@
 #include <limits>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 
@@ -109,6 +110,22 @@ bool Moves(const AffineMatrix& place, const Box& box, double offset) {
   return false;
 }
 
+/// What takes the mesh into a bone: the library's matrix, which is the file's in some versions and
+/// leaves the mesh's own place out in later ones. Then it is the file's, if that can be told.
+AffineMatrix BindOf(const aiBone& bone, const std::optional<AffineMatrix>& file) {
+  const AffineMatrix library = AffineFrom(bone.mOffsetMatrix);
+  if (!file) return library;
+  constexpr double kRounding = 1e-5;
+  double largest = 0, difference = 0;
+  for (std::size_t r = 0; r < 3; ++r) {
+    for (std::size_t c = 0; c < 4; ++c) {
+      largest = std::max(largest, std::abs(file->rows[r][c]));
+      difference = std::max(difference, std::abs(file->rows[r][c] - library.rows[r][c]));
+    }
+  }
+  return difference <= kRounding * largest ? library : *file;
+}
+
 bool HasWeight(const aiBone* bone) {
   return bone != nullptr && bone->mWeights != nullptr &&
          std::ranges::any_of(std::span(bone->mWeights, bone->mNumWeights),
@@ -186,13 +203,13 @@ void FbxDeform::Morph(std::span<LibraryPart> parts, std::size_t node) const {
   const FbxObject* model = models_.ModelOf(node);
   if (model == nullptr) return;
   // The library's own weights are 1 for most shapes.
-  const std::unordered_map<std::string_view, double> weights = models_.ShapeWeightsOf(*model);
+  const std::unordered_map<std::string, double> weights = models_.ShapeWeightsOf(*model);
   for (auto& [mesh, index, positions, normals] : parts) {
     if (mesh->mAnimMeshes == nullptr) continue;
     const std::vector<Point3> basis = positions;
     for (const aiAnimMesh* shape : std::span(mesh->mAnimMeshes, mesh->mNumAnimMeshes)) {
       if (shape == nullptr || shape->mVertices == nullptr) continue;
-      const auto weight = weights.find(BytesOf(shape->mName));
+      const auto weight = weights.find(std::string(BytesOf(shape->mName)));
       if (weight == weights.end() || weight->second == 0) continue;
       const std::size_t count = std::min<std::size_t>(positions.size(), shape->mNumVertices);
       for (std::size_t i = 0; i < count; ++i) {
@@ -212,8 +229,8 @@ bool FbxDeform::Pose(std::span<LibraryPart> parts, std::size_t node) const {
     }
   }
   const FbxObject* model = models_.ModelOf(node);
-  std::unordered_map<std::string_view, std::optional<std::size_t>> nodeOf;
-  if (model != nullptr) nodeOf = models_.BonesOf(*model);
+  std::unordered_map<std::string_view, FbxModels::Bone> boneOf;
+  if (model != nullptr) boneOf = models_.BonesOf(*model);
   const AffineMatrix& world = nodes_[node].world;
   const std::optional<AffineMatrix> intoNode = InverseOf(world);
   bool isMoved = false;
@@ -222,10 +239,10 @@ bool FbxDeform::Pose(std::span<LibraryPart> parts, std::size_t node) const {
     const aiMesh& mesh = *parts[p].mesh;
     for (const aiBone* bone : std::span(mesh.mBones, mesh.mBones == nullptr ? 0 : mesh.mNumBones)) {
       if (!HasWeight(bone)) continue;
-      const auto found = nodeOf.find(BytesOf(bone->mName));
-      if (!intoNode || found == nodeOf.end() || !found->second) return false;
-      const AffineMatrix& boneWorld = nodes_[*found->second].world;
-      const AffineMatrix place = *intoNode * boneWorld * AffineFrom(bone->mOffsetMatrix);
+      const auto found = boneOf.find(BytesOf(bone->mName));
+      if (!intoNode || found == boneOf.end() || !found->second.node) return false;
+      const AffineMatrix& boneWorld = nodes_[*found->second.node].world;
+      const AffineMatrix place = *intoNode * boneWorld * BindOf(*bone, found->second.bind);
       if (!IsUsable(place)) return false;
       const double offset =
           LinearSize(*intoNode) * (TranslationSize(world) + TranslationSize(boneWorld));

@@ -16,6 +16,8 @@ namespace mapexport {
 namespace {
 
 constexpr std::size_t kMostProperties = 6;
+constexpr std::size_t kMatrixNumbers = 16;
+using MatrixNumbers = std::array<double, kMatrixNumbers>;
 constexpr std::string_view kBinaryMark("Kaydara FBX Binary  \0\x1A\0", 23);
 
 /// A record's name and its first properties, each a number or a text.
@@ -86,6 +88,19 @@ void TakeShapeValue(const Statement& statement, FbxLinks& into) {
       {std::string(statement.name), {}, statement.properties[0].number});
 }
 
+/// Takes the matrix "Transform" of the cluster that was taken last: for row vectors, row by row.
+void TakeBind(const MatrixNumbers& numbers, FbxLinks& into) {
+  AffineMatrix& bind = into.objects.back().bind.emplace();
+  for (std::size_t r = 0; r < 3; ++r) {
+    for (std::size_t c = 0; c < 4; ++c) bind.rows[r][c] = numbers[c * 4 + r];
+  }
+}
+
+bool IsCluster(const FbxLinks& links) {
+  return !links.objects.empty() && links.objects.back().kind == FbxObject::Kind::kDeformer &&
+         links.objects.back().className == "Cluster";
+}
+
 /// Takes what the statement of a section says; `text` is the whole file's. False when the statement
 /// isn't what it has to be.
 bool Take(Section section, const Statement& statement, std::string_view text, FbxLinks& into) {
@@ -139,6 +154,21 @@ Statement ParseLine(std::string_view line) {
   return statement;
 }
 
+/// The numbers of the list "a: 1,0,..."; empty when there are more or fewer.
+std::optional<MatrixNumbers> ParseMatrix(std::string_view line) {
+  MatrixNumbers numbers{};
+  for (double& number : numbers) {
+    line.remove_prefix(std::min(line.find_first_of(":,"), line.size()));
+    line.remove_prefix(std::min(line.find_first_not_of(":, \t"), line.size()));
+    const std::string_view word = line.substr(0, line.find_first_of(", \t"));
+    const std::optional<double> read = NumberIn<double>(word);
+    if (!read) return std::nullopt;
+    number = *read;
+  }
+  if (line.find(',') != std::string_view::npos) return std::nullopt;
+  return numbers;
+}
+
 /// What the braces outside of texts add to the depth.
 int DepthChange(std::string_view line) {
   int change = 0;
@@ -158,6 +188,7 @@ std::optional<FbxLinks> ReadAscii(std::string_view text) {
   StatementLines lines(text);
   int depth = 0;
   bool hasKeptProperties = false;
+  bool isBind = false;
   while (lines.Next()) {
     const std::string_view line = lines.Statement();
     if (line.starts_with(';')) continue;
@@ -166,8 +197,11 @@ std::optional<FbxLinks> ReadAscii(std::string_view text) {
       const Statement statement = ParseLine(line);
       if (!Take(section, statement, text, links)) return std::nullopt;
       hasKeptProperties = section == Section::kObjects && HasKeptProperties(statement.name);
-    } else if (depth == 2 && hasKeptProperties && line.starts_with("DeformPercent")) {
-      TakeShapeValue(ParseLine(line), links);
+    } else if (depth == 2 && hasKeptProperties) {
+      isBind = line.starts_with("Transform:") && IsCluster(links);
+      if (line.starts_with("DeformPercent")) TakeShapeValue(ParseLine(line), links);
+    } else if (depth == 3 && isBind && line.starts_with("a:")) {
+      if (const auto numbers = ParseMatrix(line)) TakeBind(*numbers, links);
     } else if (depth == 3 && hasKeptProperties && line.starts_with("P:")) {
       TakeProperty(ParseLine(line), links);
     }
@@ -208,6 +242,7 @@ class BinaryReader {
  private:
   struct Record {
     Statement statement;
+    std::size_t properties = 0;
     std::size_t content = 0;  ///< where the records within it begin
     std::size_t end = 0;
   };
@@ -216,6 +251,7 @@ class BinaryReader {
     at_ = object.content;
     while (const std::optional<Record> list = NextRecord(object.end)) {
       TakeShapeValue(list->statement, links_);
+      if (list->statement.name == "Transform" && IsCluster(links_)) TakeMatrix(*list);
       if (list->statement.name == "Properties70") {
         at_ = list->content;
         while (const std::optional<Record> property = NextRecord(list->end)) {
@@ -225,6 +261,16 @@ class BinaryReader {
       }
       at_ = list->end;
     }
+  }
+
+  void TakeMatrix(const Record& record) {
+    at_ = record.properties;
+    MatrixNumbers numbers{};
+    if (Integer<char>() != 'd' || Integer<std::uint32_t>() != numbers.size()) return;
+    const auto encoding = Integer<std::uint32_t>();
+    if (encoding != 0 || Integer<std::uint32_t>() != sizeof(numbers)) return;
+    for (double& number : numbers) number = std::bit_cast<double>(Integer<std::uint64_t>());
+    TakeBind(numbers, links_);
   }
 
   template <class T>
@@ -265,6 +311,7 @@ class BinaryReader {
       if (isDamaged_ || !ReadProperty(record.statement.properties[i])) break;
     }
     if (isDamaged_) return std::nullopt;
+    record.properties = properties;
     record.content = properties + static_cast<std::size_t>(propertyBytes);
     record.end = static_cast<std::size_t>(end);
     return record;

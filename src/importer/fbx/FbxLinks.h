@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "importer/rebuild/AffineMatrix.h"
+
 namespace mapexport {
 
 /// A property that may matter: one for UserText, on visibility, or a shape key's value.
@@ -24,6 +26,9 @@ struct FbxObject {
   std::string name;            ///< bytes of the file, without the class before or behind it
   std::string className = {};  ///< "Mesh", "NurbsCurve", ...
   std::vector<FbxProperty> properties = {};  ///< of all but materials
+  /// Takes a mesh to its place in a bone, for the cluster of this bone in a skin. Empty when the file
+  /// has it in another form, for example compressed.
+  std::optional<AffineMatrix> bind = {};
 };
 
 struct FbxLink {

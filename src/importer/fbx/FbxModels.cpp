@@ -96,38 +96,39 @@ FbxModels::Ids FbxModels::SubDeformersOf(const FbxObject& model) const {
   return found;
 }
 
-std::unordered_map<std::string_view, double> FbxModels::ShapeWeightsOf(
-    const FbxObject& model) const {
-  std::unordered_map<std::string_view, double> weights;
+std::unordered_map<std::string, double> FbxModels::ShapeWeightsOf(const FbxObject& model) const {
+  std::unordered_map<std::string, double> weights;
+  std::unordered_map<std::string, double> laterNames;
   for (const std::int64_t channel : SubDeformersOf(model)) {
     const Ids& shapes = GeometriesOf(channel);
     if (shapes.size() != 1) continue;
-    weights.emplace(objectOf_.at(shapes[0])->name,
-                    NumberOf(*objectOf_.at(channel), "DeformPercent", 0) / 100);
+    const FbxObject& key = *objectOf_.at(channel);
+    const std::string& shape = objectOf_.at(shapes[0])->name;
+    const double weight = NumberOf(key, "DeformPercent", 0) / 100;
+    weights.emplace(shape, weight);
+    laterNames.emplace(key.name.find('.') == std::string::npos ? key.name + "." + shape : key.name,
+                       weight);
   }
+  weights.merge(laterNames);  // what is there stays
   return weights;
 }
 
-std::unordered_map<std::string_view, std::optional<std::size_t>> FbxModels::BonesOf(
+std::unordered_map<std::string_view, FbxModels::Bone> FbxModels::BonesOf(
     const FbxObject& model) const {
-  struct Bone {
-    std::int64_t id = 0;
-    bool isOne = true;
-  };
+  std::unordered_map<std::string_view, std::int64_t> idOf;
   std::unordered_map<std::string_view, Bone> bones;
   for (const std::int64_t cluster : SubDeformersOf(model)) {
+    const std::optional<AffineMatrix>& bind = objectOf_.at(cluster)->bind;
     for (const std::int64_t id : Below(modelsBelow_, cluster)) {
-      const auto [bone, isNew] = bones.try_emplace(objectOf_.at(id)->name, Bone{.id = id});
-      bone->second.isOne = bone->second.isOne && bone->second.id == id;
+      const std::string_view name = objectOf_.at(id)->name;
+      const auto node = nodeOf_.find(id);
+      const auto [bone, isNew] = bones.try_emplace(
+          name, Bone{.node = node == nodeOf_.end() ? std::nullopt : node->second, .bind = bind});
+      if (idOf.try_emplace(name, id).first->second != id) bone->second.node.reset();
+      if (bone->second.bind != bind) bone->second.bind.reset();
     }
   }
-  std::unordered_map<std::string_view, std::optional<std::size_t>> nodes;
-  for (const auto& [name, bone] : bones) {
-    const auto node = nodeOf_.find(bone.id);
-    const bool isKnown = bone.isOne && node != nodeOf_.end();
-    nodes.emplace(name, isKnown ? node->second : std::nullopt);
-  }
-  return nodes;
+  return bones;
 }
 
 UserText FbxModels::TextOf(const FbxObject& model) const {

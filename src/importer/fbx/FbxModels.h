@@ -39,14 +39,19 @@ class FbxModels {
   const Ids& MaterialsOf(std::int64_t model) const { return Below(materialsOf_, model); }
   const Ids& GeometriesOf(std::int64_t model) const { return Below(geometriesOf_, model); }
 
-  /// The values of the shape keys of a model's geometries, by the shapes' names: 1 is the whole
+  /// The values of the shape keys of a model's geometries, by the names that the library gives the
+  /// shapes: their own, or in later versions "KEY.SHAPE", or "KEY" if that has a dot. 1 is the whole
   /// shape. Keys with several shapes are left out. Cost: the connections of the geometries.
-  std::unordered_map<std::string_view, double> ShapeWeightsOf(const FbxObject& model) const;
-  /// The nodes of the bones that move a model's geometries, by the bones' names. Empty for a name
-  /// that several bones have (the library makes them one), and for a bone without a node of its
-  /// own. Cost: the connections of the geometries.
-  std::unordered_map<std::string_view, std::optional<std::size_t>> BonesOf(
-      const FbxObject& model) const;
+  std::unordered_map<std::string, double> ShapeWeightsOf(const FbxObject& model) const;
+  struct Bone {
+    /// Empty when several bones have the name (the library makes them one), and for a bone without
+    /// a node of its own.
+    std::optional<std::size_t> node;
+    std::optional<AffineMatrix> bind;  ///< FbxObject::bind, when it is one
+  };
+  /// The bones that move a model's geometries, by their names. Cost: the connections of the
+  /// geometries.
+  std::unordered_map<std::string_view, Bone> BonesOf(const FbxObject& model) const;
   /// The custom properties of a model and its geometries.
   UserText TextOf(const FbxObject& model) const;
   /// Whether the file hides each node: by its own property "Visibility" or its parent's. In
