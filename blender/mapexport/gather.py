@@ -4,7 +4,7 @@ import contextlib
 import itertools
 import math
 from collections.abc import Callable, Iterator
-from typing import Any
+from typing import Any, NamedTuple
 
 import bpy
 
@@ -16,6 +16,15 @@ from .scene_file import SceneFile
 
 # Called with the number of objects and instances that are gathered.
 Progress = Callable[[int], None]
+# Fills an instance's list of places, by level.
+_NO_PLACE = 2**31 - 1
+
+
+class Members(NamedTuple):
+    """The objects of a collection; an instance's place counts them in this order."""
+
+    ordered: list[bpy.types.Object]
+    pointers: frozenset[int]
 
 
 class Scene:
@@ -30,7 +39,7 @@ class Scene:
         self._factor = factor
         self._nodes: dict[Any, dict[str, Any]] = {}
         self._meshes: dict[tuple[int, UvMaps], dict[str, Any] | None] = {}
-        self._members: dict[int, frozenset[int]] = {}
+        self._members: dict[int, Members] = {}
 
     def gather(self, depsgraph: bpy.types.Depsgraph, selected: bool, progress: Progress) -> None:
         """Adds everything that shows as triangles; only what is selected if `selected`."""
@@ -81,31 +90,44 @@ class Scene:
         shown = instance.object
         if not instance.is_instance:
             return self._node(shown.original, shown)
-        owner = instance.parent.original
-        parent = self._node(owner, owner)
+        holder = instance.parent.original
+        node = self._node(holder, holder)
+        key: tuple[int, ...] = (holder.as_pointer(),)
+        for member in self._path(instance):
+            # Objects of a collection keep their parents in it, whose names may mean something.
+            chain = [member]
+            inside = self._members_of(holder).pointers
+            while chain[-1].parent is not None and chain[-1].parent.as_pointer() in inside:
+                chain.append(chain[-1].parent)
+            for one in reversed(chain):
+                node = self._child(node, (*key, one.as_pointer()), one)
+            key = (*key, member.as_pointer())
+            holder = member
         # The mesh of a curve is an instance of the curve.
-        if shown.original == owner and "mesh" not in parent:
-            return parent
-        # Objects of a collection keep their parents in it, whose names may mean something.
-        key = (owner.as_pointer(), tuple(instance.persistent_id)[1:])
-        members = self._members_of(owner)
-        chain = [shown.original]
-        while chain[-1].parent is not None and chain[-1].parent.as_pointer() in members:
-            chain.append(chain[-1].parent)
-        for member in reversed(chain[1:]):
-            parent = self._child(parent, (*key, member.as_pointer()), member)
-        own_key: tuple[Any, ...] = (*key, chain[0].as_pointer())
-        if "mesh" in self._nodes.get(own_key, ()):  # geometry nodes show one object many times
-            own_key = (*own_key, len(self._nodes))
-        return self._child(parent, own_key, shown)
+        if shown.original == holder and "mesh" not in node:
+            return node
+        return self._child(node, (*key, len(self._nodes)), shown)
 
-    def _members_of(self, owner: bpy.types.Object) -> frozenset[int]:
+    def _path(self, instance: bpy.types.DepsgraphObjectInstance) -> list[bpy.types.Object]:
+        """What an instance is of: an object of a collection, after the holders of that one."""
+        path = []
+        holder = instance.parent.original
+        for place in reversed([place for place in instance.persistent_id if place != _NO_PLACE]):
+            members = self._members_of(holder).ordered
+            if place >= len(members):  # from here on of geometry nodes or particles
+                break
+            holder = members[place]
+            path.append(holder)
+        return path
+
+    def _members_of(self, holder: bpy.types.Object) -> Members:
         """The objects of the collection that an object shows an instance of."""
-        key = owner.as_pointer()
+        key = holder.as_pointer()
         if key not in self._members:
-            is_shown = owner.instance_type == "COLLECTION" and owner.instance_collection
-            objects = owner.instance_collection.all_objects if is_shown else ()
-            self._members[key] = frozenset(member.as_pointer() for member in objects)
+            is_shown = holder.instance_type == "COLLECTION" and holder.instance_collection
+            objects = list(holder.instance_collection.all_objects) if is_shown else []
+            pointers = frozenset(member.as_pointer() for member in objects)
+            self._members[key] = Members(objects, pointers)
         return self._members[key]
 
     def _node(self, original: bpy.types.Object, shown: bpy.types.Object) -> dict[str, Any]:

@@ -78,12 +78,15 @@ class SelectNodes(bpy.types.Operator):
 
 def _objects(view_layer: bpy.types.ViewLayer, names: set[str]) -> list[bpy.types.Object]:
     """Visible objects of these names, and those that show an instance of one."""
+    known: dict[bpy.types.Collection, bool] = {}
 
     def shows(item: bpy.types.Object) -> bool:
         shown = item.instance_collection if item.instance_type == "COLLECTION" else None
-        return item.name in names or (
-            shown is not None and any(one.name in names for one in shown.all_objects)
-        )
+        if item.name in names or shown is None:
+            return item.name in names
+        if shown not in known:
+            known[shown] = any(map(shows, shown.all_objects))
+        return known[shown]
 
     return [item for item in view_layer.objects if item.visible_get() and shows(item)]
 

@@ -9,15 +9,17 @@ import bpy
 
 @contextlib.contextmanager
 def edit_mode_left(context: bpy.types.Context) -> Iterator[None]:
-    """Leaves the edit mode, in which what is edited is not evaluated as a mesh."""
-    is_editing = context.mode.startswith("EDIT_")
+    """Leaves the modes in which what is edited is not evaluated as the mesh that is drawn."""
+    active = context.view_layer.objects.active
+    mode = active.mode if active is not None else "OBJECT"
+    is_editing = mode in {"EDIT", "SCULPT"}
     if is_editing:
         bpy.ops.object.mode_set(mode="OBJECT")
     try:
         yield
     finally:
         if is_editing:
-            bpy.ops.object.mode_set(mode="EDIT")
+            bpy.ops.object.mode_set(mode=mode)
 
 
 @contextlib.contextmanager

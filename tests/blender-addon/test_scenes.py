@@ -57,7 +57,7 @@ class Kinds(ExportCase):
         self.assertEqual(len(corners(self.export(apply_modifiers=False))), 12)
         self.assertEqual([one.show_viewport for one in cube.modifiers], [True, False])
 
-    def test_edit_mode(self):
+    def test_edit_and_sculpt_mode(self):
         cube = add("Cube", mesh("Cube", *CUBE))
         bpy.context.view_layer.objects.active = cube
         bpy.ops.object.mode_set(mode="EDIT")
@@ -67,6 +67,13 @@ class Kinds(ExportCase):
         self.assertEqual(bpy.context.mode, "EDIT_MESH")
         bpy.ops.object.mode_set(mode="OBJECT")
         self.assertEqual(len(corners(self.check(scene))), 48)
+        cube.modifiers.new("Multires", "MULTIRES")
+        bpy.ops.object.multires_subdivide(modifier="Multires")
+        bpy.ops.object.mode_set(mode="SCULPT")
+        scene = self.export()
+        self.assertEqual(bpy.context.mode, "SCULPT")
+        bpy.ops.object.mode_set(mode="OBJECT")
+        self.assertEqual(len(corners(self.check(scene))), 192)
 
     def test_visible_selected_and_all(self):
         for place, name in enumerate(("Eye", "Screen", "Collection", "Shown", "Chosen")):
@@ -138,13 +145,16 @@ class Instances(ExportCase):
         prefab = self.collection(inner, part)
         self.instance("A", prefab, (5, 0, 0))
         self.instance("B", prefab, (0, 5, 0)).scale = (1, -1, 1)
-        outer = self.collection(self.instance("Nested", prefab))
+        hidden = add("Hidden", mesh())
+        hidden.hide_viewport = True
+        outer = self.collection(hidden, self.instance("exclude_Nested", prefab))
         self.instance("C", outer, (0, 0, 9)).select_set(True)
-        scene = self.check(self.export())
-        found = nodes(scene)
-        self.assertIn("A/static_inner/Part", found)
-        self.assertIn("B/static_inner/Part", found)
+        found = nodes(self.check(self.export()))
+        for path in ("A", "B", "C/exclude_Nested"):
+            self.assertIn("mesh", found[f"{path}/static_inner/Part"])
         self.assertEqual(len(corners(self.export(objects="selected"))), 1)
+        bpy.ops.mapexport.select_nodes(names="Part")
+        self.assertEqual({item.name for item in bpy.context.selected_objects}, {"A", "B", "C"})
 
     def test_geometry_nodes(self):
         stone = add("Stone", mesh("Stone", *CUBE), (0, 0, 0))
