@@ -106,7 +106,5 @@ def _write(scene: Scene, path: str) -> None:
         scene.write(path)
     except OSError as error:
         raise ExportError(f'"{path}" can\'t be written: {error.strerror}') from error
-    except ValueError as error:
-        raise ExportError(f"a number of a material is not finite, or too large: {error}") from error
     except RecursionError as error:
         raise ExportError("objects are below more parents than can be exported") from error

@@ -1,11 +1,14 @@
 """Blender's materials as the exporter's: colours, texture, mapping."""
 
+import json
 import os
 import re
 from typing import Any
 
 import bpy
 from mathutils import Matrix
+
+from .errors import ExportError
 
 # The exporter's number for physically based shading, as materials from glTF have it.
 _SHADING = 11
@@ -49,6 +52,7 @@ class Materials:
         key = material.original.as_pointer()
         if key not in self._index:
             look = _Look(material)
+            _require_finite(look.record)
             self._index[key] = index = len(self.records)
             self._uv_map[index] = look.uv_map
             self.records.append(look.record)
@@ -88,7 +92,7 @@ class _Look:
     def _set(self, diffuse: Any, specular: float, roughness: float) -> None:
         self.record["diffuse"] = list(diffuse)[:3]
         self.record["specular"] = [specular] * 3
-        self.record["shininess"] = (1 - roughness) ** 2 * _MOST_SHININESS
+        self.record["shininess"] = (1 - min(max(roughness, 0), 1)) ** 2 * _MOST_SHININESS
 
     def _add_texture(self, texture: bpy.types.Node) -> None:
         image = texture.image
@@ -106,6 +110,13 @@ class _Look:
             self.uv_map = node.uv_map or None
         if place != Matrix.Identity(4):
             use["uvTransform"] = [list(column)[:3] for column in place.transposed()]
+
+
+def _require_finite(record: dict[str, Any]) -> None:
+    try:
+        json.dumps(record, allow_nan=False)
+    except ValueError as error:
+        raise ExportError(f'material "{record["name"]}": a number is not finite') from error
 
 
 def _shader(material: bpy.types.Material) -> bpy.types.Node | None:

@@ -83,6 +83,8 @@ class Materials(ExportCase):
         )
         self.assertEqual(records[1]["diffuse"], [0.5, 0.25, 1])
         self.assertTrue(records[1]["twoSided"])
+        plain.diffuse_color[0] = math.nan
+        self.assertEqual(self.refusal(), 'material "Plain": a number is not finite')
 
     def test_textures_and_mappings(self):
         turned = material("Turned")
