@@ -36,7 +36,7 @@ class ImportLevel(bpy.types.Operator, ImportHelper):
     }
 
     def execute(self, context: bpy.types.Context) -> set[str]:
-        path = Path(self.filepath)
+        path = Path(options.absolute(self.filepath))
         try:
             document = inspect(find_program(preferred_program(context)), path)
             if not document["groups"]:

@@ -98,9 +98,10 @@ class Import(ExportCase):
         self.assertEqual(triangles(whole), triangles(self.read_again(parts, scale=50)))
 
     def test_objects(self):
-        path = self.model("blender/level.glb")
+        self.model("blender/level.glb")
         (self.folder / "STONE").write_bytes(b"")
-        self.read(path)
+        bpy.ops.wm.save_as_mainfile(filepath=str(self.folder / "level.blend"))
+        self.read("//first.kob")
         self.assertEqual(len(bpy.context.selected_objects), len(bpy.data.objects))
         level = bpy.data.collections["first"]
         (hidden,) = level.children
