@@ -166,8 +166,8 @@ class GameLevelPanel(bpy.types.Panel):
                 notes.append(("INFO", f"Below “{above.name}”: {effect}"))
         if keywords.prefix_of(obj) == "static" and keywords.keywords_of(obj):
             notes.append(("INFO", "Keywords of a static object have no effect"))
-        if obj.type == "EMPTY" and obj.instance_type == "NONE" and keywords.keywords_of(obj):
-            notes.append(("INFO", "Keywords are not handed down to children"))
+        if obj.type == "EMPTY" and keywords.keywords_of(obj):
+            notes.append(("INFO", "Keywords of an empty object are not handed down"))
         if not _is_editable(obj):
             notes.append(("LINKED", "Of a linked library: edit it there"))
         if notes:

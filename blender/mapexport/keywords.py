@@ -109,14 +109,15 @@ def ancestor_with(obj: bpy.types.Object, prefix: str) -> bpy.types.Object | None
 
 def flags_of(obj: bpy.types.Object) -> int:
     """The flags of the object's faces: within a static object its bit, whatever the keywords."""
-    if prefix_of(obj) == "static" or ancestor_with(obj, "static") is not None:
+    if is_below(obj, "static"):
         return STATIC.bit
     found = keywords_of(obj)
     return sum(keyword.bit for keyword in KEYWORDS if keyword.name in found)
 
 
-def is_left_out(obj: bpy.types.Object) -> bool:
-    return prefix_of(obj) == "exclude" or ancestor_with(obj, "exclude") is not None
+def is_below(obj: bpy.types.Object, prefix: str) -> bool:
+    """Whether the name of the object or of one above it begins with the prefix."""
+    return prefix_of(obj) == prefix or ancestor_with(obj, prefix) is not None
 
 
 def names_of(flags: int) -> list[str]:

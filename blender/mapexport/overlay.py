@@ -62,26 +62,34 @@ def _mesh_key(original: bpy.types.Object) -> int:
     return (original if original.modifiers else original.data).as_pointer()
 
 
+def _flags_below(holder: bpy.types.Object, original: bpy.types.Object) -> int:
+    """The flags of an object, or of an instance of it below its holder."""
+    if keywords.is_below(holder, "exclude") or keywords.is_below(original, "exclude"):
+        return 0
+    if keywords.is_below(holder, "static"):
+        return keywords.STATIC.bit
+    return keywords.flags_of(original)
+
+
 def drawn_objects(depsgraph: bpy.types.Depsgraph) -> tuple[list[Drawn], dict[int, bpy.types.Mesh]]:
     """All objects and instances with flags, by these, and their evaluated meshes by key."""
     drawn = []
     meshes = {}
-    flags: dict[int, int] = {}
+    flags: dict[tuple[int, int], int] = {}
     for instance in depsgraph.object_instances:
         shown = instance.object
         original = shown.original
         if shown.type != "MESH" or not instance.show_self or original.mode in _EDIT_MODES:
             continue
-        pointer = original.as_pointer()
-        if pointer not in flags:
-            left_out = keywords.is_left_out(original)
-            flags[pointer] = 0 if left_out else keywords.flags_of(original)
-        if flags[pointer] == 0:
+        holder = instance.parent.original if instance.is_instance else original
+        pair = (holder.as_pointer(), original.as_pointer())
+        if pair not in flags:
+            flags[pair] = _flags_below(holder, original)
+        if flags[pair] == 0:
             continue
         key = _mesh_key(original)
         meshes[key] = shown.data
-        holder = instance.parent.original if instance.is_instance else original
-        drawn.append(Drawn(holder, key, instance.matrix_world.copy(), flags[pointer]))
+        drawn.append(Drawn(holder, key, instance.matrix_world.copy(), flags[pair]))
     return sorted(drawn, key=attrgetter("flags")), meshes
 
 

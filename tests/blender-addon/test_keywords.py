@@ -166,13 +166,15 @@ class Keywords(ExportCase):
         prefab = bpy.data.collections.new("Prefab")
         prefab.objects.link(self.item("Inside", notrendered=1))
         bpy.context.scene.collection.objects.unlink(bpy.data.objects["Inside"])
-        holder = add("Holder", place=(0, 0, 5))
-        holder.instance_type, holder.instance_collection = "COLLECTION", prefab
+        for name in ("Holder", "exclude_Holder", "static_Holder"):
+            holder = add(name, place=(0, 0, 5))
+            holder.instance_type, holder.instance_collection = "COLLECTION", prefab
         drawn, meshes = overlay.drawn_objects(bpy.context.evaluated_depsgraph_get())
         found = {one.obj.name: one for one in drawn}
         self.assertEqual(
             {name: one.flags for name, one in found.items()},
-            {"Floor": 0x11, "static_a": 128, "Below": 128, "Twin": 1, "Changed": 1, "Holder": 4},
+            {"Floor": 0x11, "static_a": 128, "Below": 128, "Twin": 1, "Changed": 1, "Holder": 4}
+            | {"static_Holder": 128},
         )
         self.assertEqual(found["Holder"].matrix.translation.z, 5)
         self.assertEqual(found["Floor"].mesh, found["Twin"].mesh)
