@@ -5,6 +5,7 @@ import os
 import re
 import shutil
 import subprocess
+import weakref
 from dataclasses import dataclass, field
 from pathlib import Path
 
@@ -91,6 +92,8 @@ class Run:
                 )
             except OSError as error:
                 raise ExportError(f'the program "{program}" can\'t be run: {error}') from error
+        # Also when Blender drops the run without a word, because the add-on is disabled.
+        self._end = weakref.finalize(self, _end, self._child)
 
     def has_ended(self) -> bool:
         return self._child.poll() is not None
@@ -100,14 +103,7 @@ class Run:
 
     def stop(self) -> None:
         """Ends the program; an older output stays as it was."""
-        if self.has_ended():
-            return
-        self._child.terminate()
-        try:
-            self._child.wait(_SECONDS_TO_END)
-        except subprocess.TimeoutExpired:
-            self._child.kill()
-            self._child.wait()
+        self._end()
 
     def messages(self) -> list[Message]:
         """What it said, once it has ended."""
@@ -129,13 +125,27 @@ class Run:
         return errors[-1].text if errors else f"mapexport ended with status {status}"
 
 
+def _end(child: "subprocess.Popen[bytes]") -> None:
+    if child.poll() is not None:
+        return
+    child.terminate()
+    try:
+        child.wait(_SECONDS_TO_END)
+    except subprocess.TimeoutExpired:
+        child.kill()
+        child.wait()
+
+
 def _message(line: str) -> Message:
     try:
         said = json.loads(line)
-        text = said["text"]
-        scene = said.get("scene", "")
-        if scene and text.startswith(scene + ": "):  # the file is the add-on's own
-            text = text[len(scene) + 2 :]
-        return Message(said["severity"], said["code"], text, said.get("nodes", []))
+        words = [said[name] for name in ("severity", "code", "text")]
+        scene, nodes = said.get("scene", ""), list(said.get("nodes", []))
     except (ValueError, KeyError, TypeError, AttributeError):
         return Message("error", "", line)
+    if not all(isinstance(word, str) for word in (*words, scene, *nodes)):
+        return Message("error", "", line)
+    severity, code, text = words
+    if scene:  # the file is the add-on's own
+        text = text.removeprefix(f"{scene}: ")
+    return Message(severity, code, text, nodes)

@@ -52,6 +52,7 @@ class Program(ExportCase):
         )
 
     def test_a_program_that_fails(self):
+        odd = '{"severity": 1, "code": "", "text": ""}'
         for line, said in (
             (
                 'echo \'{"severity": "error", "code": "failed", "text": "no luck"}\' >&2; exit 1',
@@ -59,6 +60,7 @@ class Program(ExportCase):
             ),
             ("exit 1", "mapexport ended with status 1"),
             ("echo 'not JSON' >&2; exit 1", "not JSON"),
+            (f"echo '{odd}' >&2; exit 1", odd),
             ("exit 3", "the export was cancelled"),
             ("kill -9 $$", "mapexport was ended by signal 9"),
         ):
