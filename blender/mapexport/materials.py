@@ -128,12 +128,20 @@ def _shader(material: bpy.types.Material) -> bpy.types.Node | None:
 
 
 def _source(socket: bpy.types.NodeSocket) -> bpy.types.Node | None:
-    """The node that a socket gets its value from."""
-    while socket.is_linked and socket.links:
-        node = socket.links[0].from_node
-        if node.type != "REROUTE":
+    """The node that a socket gets its value from, through those that only hand it on."""
+    while socket.is_linked and socket.links and not socket.links[0].is_muted:
+        link = socket.links[0]
+        node = link.from_node
+        if node.type == "REROUTE":
+            socket = node.inputs[0]
+        elif node.mute:
+            passed = (one for one in node.internal_links if one.to_socket == link.from_socket)
+            inner = next(passed, None)
+            if inner is None:
+                return None
+            socket = inner.from_socket
+        else:
             return node
-        socket = node.inputs[0]
     return None
 
 

@@ -90,6 +90,11 @@ class Materials(ExportCase):
         turned = material("Turned")
         point = ("POINT", (0.5, 0.25, 0), 90, (2, 4, 1))
         texture(turned, r"//..\textures\v1.2\Wand ä.png", point)
+        muted = turned.node_tree.nodes.new("ShaderNodeMapping")
+        muted.mute = True
+        muted.inputs["Scale"].default_value = (9, 9, 9)
+        mapping = next(one for one in turned.node_tree.nodes if one.type == "MAPPING")
+        turned.node_tree.links.new(muted.outputs[0], mapping.inputs["Vector"])
         inverse = material("Inverse")
         texture(inverse, "/nowhere/b.tga", ("TEXTURE", *point[1:]), point, uv_map="Second")
         strip = add("Strip", mesh("Strip", *QUADS))
