@@ -24,7 +24,8 @@ def edited_objects(context: bpy.types.Context) -> list[bpy.types.Object]:
 
 
 def _is_editable(obj: bpy.types.Object) -> bool:
-    return all(owner.library is None for owner in keywords.owners(obj))
+    """Whether the .blend file keeps what is set; an override keeps no new properties."""
+    return obj.library is None and obj.override_library is None
 
 
 class _EditOperator(bpy.types.Operator):
@@ -36,15 +37,13 @@ class _EditOperator(bpy.types.Operator):
     def poll(cls, context: bpy.types.Context) -> bool:
         return bool(edited_objects(context))
 
-    def edit(self, context: bpy.types.Context, change: Callable[..., None]) -> set[str]:
-        objects = edited_objects(context)
-        editable = [obj for obj in objects if _is_editable(obj)]
-        for obj in editable:
-            change(obj)
-        linked = len(objects) - len(editable)
-        if linked:
-            self.report({"WARNING"}, f"Left as they are, in linked libraries: {linked}")
-        return {"FINISHED"} if editable else {"CANCELLED"}
+    def edit(self, context: bpy.types.Context, change: Callable[..., bool]) -> set[str]:
+        """`change` is called with an object and says whether it is as wanted then."""
+        done = [_is_editable(obj) and change(obj) for obj in edited_objects(context)]
+        if not all(done):
+            left = done.count(False)
+            self.report({"WARNING"}, f"Left as they are, in linked libraries: {left}")
+        return {"FINISHED"} if any(done) else {"CANCELLED"}
 
 
 class SetKeyword(_EditOperator):

@@ -137,16 +137,21 @@ def _without(text: str, word: str) -> str:
     return "".join(parts)
 
 
-def set_keyword(obj: bpy.types.Object, keyword: str, on: bool) -> None:
-    """Adds the keyword to the object's text, or takes it out of all that sets it."""
+def set_keyword(obj: bpy.types.Object, keyword: str, on: bool) -> bool:
+    """Adds the keyword to the object's text, or takes it out of all that sets it.
+
+    False where it stays on because data of a linked library sets it.
+    """
     if on == (keyword in keywords_of(obj)):
-        return
+        return True
     if on:
         name, text = next(_texts(obj), (PROPERTY, str(obj.get(PROPERTY, ""))))
         separator = _LINE_END if text and not text.endswith(("\n", "\r", "\t")) else ""
         obj[name] = text + separator + keyword
     else:
         for owner in owners(obj):
+            if owner.library is not None:
+                continue
             for name, text in list(_texts(owner)):
                 rest = _without(text, keyword)
                 if rest.strip():
@@ -157,12 +162,14 @@ def set_keyword(obj: bpy.types.Object, keyword: str, on: bool) -> None:
                 del owner[name]
             owner.update_tag()
     obj.update_tag()  # so that what shows the flags is drawn anew
+    return on == (keyword in keywords_of(obj))
 
 
-def set_prefix(obj: bpy.types.Object, prefix: str, on: bool) -> None:
-    """Renames the object so that its name begins with the prefix, or no longer does."""
+def set_prefix(obj: bpy.types.Object, prefix: str, on: bool) -> bool:
+    """Renames the object; whether its name begins with the prefix then, if `on`, or not."""
     if on and prefix_of(obj) != prefix:
         obj.name = f"{prefix}_{obj.name}"
     while not on and prefix_of(obj) == prefix:
         obj.name = obj.name[len(prefix) :].lstrip("_-. ") or "Object"
     obj.update_tag()
+    return on == (prefix_of(obj) == prefix)

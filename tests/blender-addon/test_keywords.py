@@ -150,6 +150,12 @@ class Keywords(ExportCase):
         self.assertEqual([dict(linked.items()), keywords.text_of(own)], [{}, "climbable"])
         selected(linked)
         self.assertEqual(tick("climbable"), {"CANCELLED"})
+        of_linked_data = add("Of linked data", linked.data)
+        selected(of_linked_data)
+        self.assertEqual(tick("climbable"), {"FINISHED"})
+        linked.data["notrendered"] = 1
+        self.assertEqual(tick("notrendered", False), {"CANCELLED"})
+        self.assertEqual(keywords.keywords_of(of_linked_data), {"climbable", "notrendered"})
 
     def test_overlay(self):
         self.item("Plain")
