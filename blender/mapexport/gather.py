@@ -27,6 +27,9 @@ class Members(NamedTuple):
     pointers: frozenset[int]
 
 
+_NO_MEMBERS = Members([], frozenset())
+
+
 class Scene:
     """A scene in the exporter's terms, made of an evaluated dependency graph."""
 
@@ -122,10 +125,12 @@ class Scene:
 
     def _members_of(self, holder: bpy.types.Object) -> Members:
         """The objects of the collection that an object shows an instance of."""
-        key = holder.as_pointer()
+        collection = holder.instance_collection if holder.instance_type == "COLLECTION" else None
+        if collection is None:
+            return _NO_MEMBERS
+        key = collection.as_pointer()
         if key not in self._members:
-            is_shown = holder.instance_type == "COLLECTION" and holder.instance_collection
-            objects = list(holder.instance_collection.all_objects) if is_shown else []
+            objects = list(collection.all_objects)
             pointers = frozenset(member.as_pointer() for member in objects)
             self._members[key] = Members(objects, pointers)
         return self._members[key]
