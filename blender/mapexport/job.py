@@ -27,7 +27,10 @@ class Job:
             raise ExportError("a make rule needs the scene to be kept: name its file, too")
         program = find_program(preferred)
         check_program(program)
-        self._folder = tempfile.TemporaryDirectory(prefix="mapexport-", dir=bpy.app.tempdir)
+        try:
+            self._folder = tempfile.TemporaryDirectory(prefix="mapexport-", dir=bpy.app.tempdir)
+        except OSError as error:  # the system may have cleaned up below a long session
+            raise ExportError(f'"{bpy.app.tempdir}" can\'t be written: {error.strerror}') from error
         try:
             name = os.path.splitext(os.path.basename(self.output))[0]
             kept = values.scene_file

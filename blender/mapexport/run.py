@@ -81,8 +81,8 @@ class Run:
         """Starts it in `folder`, where it may leave files."""
         self._program = program
         self._said = os.path.join(folder, "messages")
-        with open(self._said, "wb") as said:
-            try:
+        try:
+            with open(self._said, "wb") as said:
                 self._child = subprocess.Popen(
                     [program, *arguments],
                     cwd=folder,
@@ -90,8 +90,8 @@ class Run:
                     stdout=subprocess.DEVNULL,
                     stderr=said,
                 )
-            except OSError as error:
-                raise ExportError(f'the program "{program}" can\'t be run: {error}') from error
+        except OSError as error:
+            raise ExportError(f'the program "{program}" can\'t be run: {error}') from error
         # Also when Blender drops the run without a word, because the add-on is disabled.
         self._end = weakref.finalize(self, _end, self._child)
 

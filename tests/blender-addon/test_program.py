@@ -71,6 +71,8 @@ class Program(ExportCase):
     def test_what_the_program_refuses(self):
         self.assertIn("needs the scene to be kept", self.refusal(depfile="/level.d"))
         self.assertIn("/nowhere: can't be read", self.refusal(keywords="/nowhere"))
+        with mock.patch("tempfile.TemporaryDirectory", side_effect=OSError(28, "full")):
+            self.assertIn("can't be written: full", self.refusal())
         said = self.refusal(strict=True, weld_distance=1e6)
         self.assertIn("no-triangle", said)
         self.assertEqual([one[0] for one in self.messages()][-2:], ["warning", "error"])
