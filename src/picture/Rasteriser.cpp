@@ -10,6 +10,8 @@ constexpr std::int32_t kNoDepth = INT32_MAX;
 /// Steeper slopes, per sample, are those of triangles seen nearly from the side. They overflow
 /// within a block, so their depths are not found by steps.
 constexpr double kSteep = 1 << 24;
+/// Triangles that are larger than this on an axis, in samples, may cover others.
+constexpr int kLarge = 64;
 /// What the depths of a gentle triangle may be outside those of its corners, by rounding.
 constexpr std::int32_t kSlack = 32;
 
@@ -20,11 +22,9 @@ struct Rasteriser::Setup {
   /// For the columns of a block, what is added to the first.
   std::array<std::array<std::int32_t, kEdge>, 3> edgeSteps;
   std::array<std::int32_t, kEdge> depthSteps;
-  double originDepth = 0;  ///< at sample (0, 0)
+  Slopes slopes;
   std::int32_t depthPerX = 0;
   std::int32_t depthPerY = 0;
-  double exactPerX = 0;
-  double exactPerY = 0;
   std::int32_t nearest = 0;
   std::int32_t farthest = 0;
   bool steep = false;
@@ -38,14 +38,15 @@ struct Rasteriser::Setup {
   /// The depth at a sample that the triangle covers, elsewhere that of its plane, within limits.
   std::int32_t DepthAt(int x, int y) const {
     constexpr double kLimit = 1 << 30;
-    const double depth = originDepth + exactPerX * x + exactPerY * y;
+    const double depth = slopes.originDepth + slopes.perX * x + slopes.perY * y;
     return static_cast<std::int32_t>(std::clamp(depth, -kLimit, kLimit));
   }
   /// A depth that none in the square of `size` samples is nearer than.
   std::int32_t NearestIn(int x, int y, int size) const {
     if (steep) return nearest;
     const int last = size - 1;
-    const std::int32_t corner = DepthAt(exactPerX < 0 ? x + last : x, exactPerY < 0 ? y + last : y);
+    const std::int32_t corner =
+        DepthAt(slopes.perX < 0 ? x + last : x, slopes.perY < 0 ? y + last : y);
     return std::max(nearest, corner) - kSlack;
   }
   void FindSlopes(const std::array<ScreenPoint, 3>& corners, std::int64_t area);
@@ -56,15 +57,15 @@ void Rasteriser::Setup::FindSlopes(const std::array<ScreenPoint, 3>& corners, st
   const std::int64_t toB = b.depth - a.depth;
   const std::int64_t toC = c.depth - a.depth;
   const double perArea = double{kPlacesPerSample} / static_cast<double>(area);
-  exactPerX = static_cast<double>(toB * (c.y - a.y) - toC * (b.y - a.y)) * perArea;
-  exactPerY = static_cast<double>(toC * (b.x - a.x) - toB * (c.x - a.x)) * perArea;
-  steep = std::abs(exactPerX) > kSteep || std::abs(exactPerY) > kSteep;
+  slopes.perX = static_cast<double>(toB * (c.y - a.y) - toC * (b.y - a.y)) * perArea;
+  slopes.perY = static_cast<double>(toC * (b.x - a.x) - toB * (c.x - a.x)) * perArea;
+  steep = std::abs(slopes.perX) > kSteep || std::abs(slopes.perY) > kSteep;
   if (!steep) {
-    depthPerX = static_cast<std::int32_t>(exactPerX);
-    depthPerY = static_cast<std::int32_t>(exactPerY);
+    depthPerX = static_cast<std::int32_t>(slopes.perX);
+    depthPerY = static_cast<std::int32_t>(slopes.perY);
   }
-  originDepth = a.depth + exactPerX * (kHalfSample - a.x) / kPlacesPerSample +
-                exactPerY * (kHalfSample - a.y) / kPlacesPerSample;
+  slopes.originDepth = a.depth + slopes.perX * (kHalfSample - a.x) / kPlacesPerSample +
+                       slopes.perY * (kHalfSample - a.y) / kPlacesPerSample;
 }
 
 Rasteriser::Rasteriser(PictureSize size) : size_(size) {
@@ -96,6 +97,8 @@ void Rasteriser::Draw(const ScreenTriangle& triangle, std::uint32_t id) {
   setup.nearest = std::min({a.depth, b.depth, c.depth});
   setup.farthest = std::max({a.depth, b.depth, c.depth});
   setup.FindSlopes(triangle.corners, DoubleArea(a, b, c));
+  const bool isLarge = setup.right - setup.left > kLarge || setup.bottom - setup.top > kLarge;
+  if (isLarge && IsCovered(triangle)) return;
   for (std::size_t i = 0; i < 3; ++i) {
     const ScreenPoint& from = triangle.corners[i];
     const ScreenPoint& to = triangle.corners[(i + 1) % 3];
@@ -124,10 +127,29 @@ void Rasteriser::Draw(const ScreenTriangle& triangle, std::uint32_t id) {
   const int x = setup.left >> bits;
   const int y = setup.top >> bits;
   if (!DrawSquare(setup, level, x, y)) return;
+  if (isLarge && !setup.steep) {
+    covers_[coverCount_++ % covers_.size()] = {triangle.corners, setup.slopes};
+  }
   for (int above = level + 1; above < kLevels; ++above) {
     const int shift = (above - level) * kEdgeBits;
     SquareAt(above, x >> shift, y >> shift).changed = true;
   }
+}
+
+bool Rasteriser::IsCovered(const ScreenTriangle& triangle) const {
+  const auto covers = [&](const Cover& cover) {
+    const std::array<ScreenPoint, 3>& of = cover.corners;
+    const Slopes& slopes = cover.slopes;
+    return std::ranges::all_of(triangle.corners, [&](const ScreenPoint& point) {
+      const double x = (point.x - kHalfSample) / double{kPlacesPerSample};
+      const double y = (point.y - kHalfSample) / double{kPlacesPerSample};
+      return point.depth > slopes.originDepth + slopes.perX * x + slopes.perY * y + kSlack &&
+             DoubleArea(of[0], of[1], point) >= 0 && DoubleArea(of[1], of[2], point) >= 0 &&
+             DoubleArea(of[2], of[0], point) >= 0;
+    });
+  };
+  const auto used = static_cast<std::ptrdiff_t>(std::min(coverCount_, covers_.size()));
+  return std::any_of(covers_.begin(), covers_.begin() + used, covers);
 }
 
 std::int32_t Rasteriser::FarthestIn(int level, int x, int y) {

@@ -45,12 +45,24 @@ class Rasteriser {
     int height = 0;
     std::vector<Square> squares;
   };
+  /// The plane of a triangle's depths.
+  struct Slopes {
+    double originDepth = 0;  ///< at sample (0, 0)
+    double perX = 0;         ///< from one sample to the next
+    double perY = 0;
+  };
   struct Edge {
     std::int64_t atOrigin = 0;  ///< at sample (0, 0); samples are within where it is not below 0
     std::int32_t perX = 0;
     std::int32_t perY = 0;
   };
   struct Setup;
+
+  /// A large triangle that was drawn.
+  struct Cover {
+    std::array<ScreenPoint, 3> corners;
+    Slopes slopes;
+  };
 
   std::size_t PlaceOf(int x, int y) const {
     const int block = (y >> kEdgeBits) * levels_[0].width + (x >> kEdgeBits);
@@ -62,6 +74,9 @@ class Rasteriser {
     return all.squares[static_cast<std::size_t>(y) * static_cast<std::size_t>(all.width) +
                        static_cast<std::size_t>(x)];
   }
+  /// Whether one of the last large triangles that were drawn hides it wholly. Along the outline of a
+  /// stack, squares are never full, so that its triangles would be drawn there one by one.
+  bool IsCovered(const ScreenTriangle& triangle) const;
   /// The depth that no sample of the square exceeds, as small as it is.
   std::int32_t FarthestIn(int level, int x, int y);
   /// Draws what of the triangle is in the square; whether anything was drawn.
@@ -71,6 +86,8 @@ class Rasteriser {
 
   PictureSize size_;
   std::array<Level, kLevels> levels_;
+  std::array<Cover, 8> covers_;
+  std::size_t coverCount_ = 0;        ///< that there were so far
   std::vector<std::int32_t> depths_;  ///< by block, then by row
   std::vector<std::uint32_t> ids_;
 };
