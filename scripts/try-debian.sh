@@ -62,7 +62,7 @@ as_user() {
 readme_command() {
   local output asked
   printf '\n== Debian %s: %s\n' "$suite" "$1"
-  output=$(as_user "$1" 2>&1 | tee /dev/stderr) && return
+  output=$(as_user "$1" 2>&1 | tee >(cat >&2)) && return
   asked=$(sed -n 's/^Packages are missing; as root, run: //p' <<<"$output")
   [[ -n $asked ]] || return 1
   chroot "$clean" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive \
