@@ -164,6 +164,19 @@ TEST_F(ImporterTest, FbxSkinsFollowTheirOwnBones) {
 
   EXPECT_THAT(heightsOf(Import("bound.fbx", SkinnedFbx("0.05"))), testing::Each(0));
 
+  // An offset of the geometry comes before the matrix of the bone, which is for the node.
+  std::string offset = SkinnedFbx("2");
+  AddProperties(offset, "Model::Green",
+                "P: \"GeometricScaling\", \"Vector3D\", \"Vector\", \"\", 2, 1, 1\n");
+  const ImportedScene moved = Import("offset.fbx", offset);
+  EXPECT_THAT(heightsOf(moved), ElementsAre(0, 0, 0, 0, 2, 2));
+  const SceneNode& green = Named(moved, "Green");
+  float right = 0;
+  for (const Point3& p : green.mesh->verts) {
+    right = std::max(right, (p * green.objectTransform).x);
+  }
+  EXPECT_EQ(right, 60004);
+
   // Both nodes "Bone" move it, or none that the file has.
   for (const char* link : {"C: \"OO\", 2002, 2000\nC: \"OO\", 1001, 2002\n", ""}) {
     std::string text = SkinnedFbx("2");

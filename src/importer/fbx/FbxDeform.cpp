@@ -110,20 +110,23 @@ bool Moves(const AffineMatrix& place, const Box& box, double offset) {
   return false;
 }
 
-/// What takes the mesh into a bone: the library's matrix, which is the file's in some versions and
-/// leaves the mesh's own place out in later ones. Then it is the file's, if that can be told.
-AffineMatrix BindOf(const aiBone& bone, const std::optional<AffineMatrix>& file) {
+/// What takes the geometry into a bone. The library's matrix is the file's in some versions and
+/// leaves the mesh's place out in later ones, so it is the file's, if that can be told. The file's is
+/// for the node, to which `geometric` takes the geometry.
+AffineMatrix BindOf(const aiBone& bone, const std::optional<AffineMatrix>& ofNode,
+                    const AffineMatrix& geometric) {
   const AffineMatrix library = AffineFrom(bone.mOffsetMatrix);
-  if (!file) return library;
+  if (!ofNode) return library;
+  const AffineMatrix file = *ofNode * geometric;
   constexpr double kRounding = 1e-5;
   double largest = 0, difference = 0;
   for (std::size_t r = 0; r < 3; ++r) {
     for (std::size_t c = 0; c < 4; ++c) {
-      largest = std::max(largest, std::abs(file->rows[r][c]));
-      difference = std::max(difference, std::abs(file->rows[r][c] - library.rows[r][c]));
+      largest = std::max(largest, std::abs(file.rows[r][c]));
+      difference = std::max(difference, std::abs(file.rows[r][c] - library.rows[r][c]));
     }
   }
-  return difference <= kRounding * largest ? library : *file;
+  return difference <= kRounding * largest ? library : file;
 }
 
 bool HasWeight(const aiBone* bone) {
@@ -242,7 +245,8 @@ bool FbxDeform::Pose(std::span<LibraryPart> parts, std::size_t node) const {
       const auto found = boneOf.find(BytesOf(bone->mName));
       if (!intoNode || found == boneOf.end() || !found->second.node) return false;
       const AffineMatrix& boneWorld = nodes_[*found->second.node].world;
-      const AffineMatrix place = *intoNode * boneWorld * BindOf(*bone, found->second.bind);
+      const AffineMatrix place =
+          *intoNode * boneWorld * BindOf(*bone, found->second.bind, nodes_[node].geometric);
       if (!IsUsable(place)) return false;
       const double offset =
           LinearSize(*intoNode) * (TranslationSize(world) + TranslationSize(boneWorld));

@@ -20,6 +20,7 @@ namespace mapexport {
 namespace {
 
 constexpr std::string_view kHelperMark = "$AssimpFbx$";
+constexpr std::string_view kGeometricMark = "$AssimpFbx$_Geometric";
 
 std::span<aiNode* const> ChildrenOf(const aiNode& node) {
   if (node.mChildren == nullptr) return {};
@@ -52,6 +53,7 @@ struct Visit {
   int parent;
   int depth;  ///< level that the node would have, the scene's root being level 1
   AffineMatrix above;
+  AffineMatrix geometric;  ///< of the helper nodes above it
 };
 
 class Folder {
@@ -59,7 +61,7 @@ class Folder {
   Folder(const LibraryScene& source, LeftOut& leftOut) : source_(source), leftOut_(leftOut) {}
 
   std::vector<FoldedNode> Run() {
-    visits_.push_back({source_.scene->mRootNode, -1, 2, AffineMatrix{}});
+    visits_.push_back({source_.scene->mRootNode, -1, 2, {}, {}});
     while (!visits_.empty()) {
       const Visit visit = visits_.back();
       visits_.pop_back();
@@ -80,15 +82,20 @@ class Folder {
     // With a mesh of its own it is no helper; it only must not keep the name of one.
     const bool isHelper = name.find(kHelperMark) != std::string::npos && !HasMeshes(node);
     if (isHelper || IsDropped(visit, name)) {
-      PushChildren(node, visit.parent, visit.depth, world);
+      AffineMatrix geometric = visit.geometric;
+      // What is "...Inverse" takes the offset away again, from the children.
+      if (name.find(kGeometricMark) != std::string::npos && !name.ends_with("Inverse")) {
+        geometric = geometric * AffineFrom(node.mTransformation);
+      }
+      PushChildren(node, visit.parent, visit.depth, world, geometric);
       return;
     }
     if (visit.depth > kMaxSceneDepth) {
       throw SceneError(
           fmt::format("{}: nodes are nested deeper than {} levels", source_.path, kMaxSceneDepth));
     }
-    nodes_.push_back({&node, visit.parent, WithoutMark(std::move(name)), world});
-    PushChildren(node, static_cast<int>(nodes_.size()) - 1, visit.depth + 1, world);
+    nodes_.push_back({&node, visit.parent, WithoutMark(std::move(name)), world, visit.geometric});
+    PushChildren(node, static_cast<int>(nodes_.size()) - 1, visit.depth + 1, world, {});
   }
 
   /// Whether the node only stands for the root that the host's scene has anyway.
@@ -99,10 +106,11 @@ class Folder {
     return &node == source_.scene->mRootNode ? IsInventedName(source_, name) : name.empty();
   }
 
-  void PushChildren(const aiNode& node, int parent, int depth, const AffineMatrix& world) {
+  void PushChildren(const aiNode& node, int parent, int depth, const AffineMatrix& world,
+                    const AffineMatrix& geometric) {
     const std::span<aiNode* const> children = ChildrenOf(node);
     for (std::size_t i = children.size(); i-- > 0;) {
-      if (children[i] != nullptr) visits_.push_back({children[i], parent, depth, world});
+      if (children[i] != nullptr) visits_.push_back({children[i], parent, depth, world, geometric});
     }
   }
 

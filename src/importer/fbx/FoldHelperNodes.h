@@ -19,6 +19,8 @@ struct FoldedNode {
   int parent = -1;  ///< its index, always a lower one; -1: directly below the scene's root
   std::string name;
   AffineMatrix world;  ///< object to the library's world; finite, no number larger than 1e30
+  /// The last part of `world`, which FBX files give to a node's geometry but not to its children.
+  AffineMatrix geometric;
 };
 
 /// The nodes of `source` in pre-order, children in the file's order, without
