@@ -36,8 +36,8 @@ std::vector<std::string> TableRows(const fs::path& path) {
 
 using Refusals = std::multimap<std::string, std::string>;
 
-/// The models of the package that a version of the import library makes us refuse, and pieces of the
-/// reason: any may be in the message.
+/// The models of the package that a version of the import library makes us refuse, and pieces of
+/// the reason: any may be in the message.
 Refusals ReadRefusals(const std::string& version) {
   Refusals refusals;
   for (const std::string& row : TableRows(kData / "refusals.txt")) {

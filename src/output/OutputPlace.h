@@ -45,7 +45,8 @@ class OutputPlace {
   /// The same without syncing, which takes most of the time: for a file that may be lost with the
   /// machine's power.
   void CommitUnsynced();
-  /// The same as Commit, but replaces nothing: returns false when a file has appeared at the target.
+  /// The same as Commit, but replaces nothing: returns false when a file has appeared at the
+  /// target.
   bool CommitNew();
 
   /// Commits all of them or, if one fails, none: all targets stay as they were. A process that

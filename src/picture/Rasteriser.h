@@ -74,8 +74,8 @@ class Rasteriser {
     return all.squares[static_cast<std::size_t>(y) * static_cast<std::size_t>(all.width) +
                        static_cast<std::size_t>(x)];
   }
-  /// Whether one of the last large triangles that were drawn hides it wholly. Along the outline of a
-  /// stack, squares are never full, so that its triangles would be drawn there one by one.
+  /// Whether one of the last large triangles that were drawn hides it wholly. Along the outline of
+  /// a stack, squares are never full, so that its triangles would be drawn there one by one.
   bool IsCovered(const ScreenTriangle& triangle) const;
   /// The depth that no sample of the square exceeds, as small as it is.
   std::int32_t FarthestIn(int level, int x, int y);

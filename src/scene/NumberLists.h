@@ -17,9 +17,9 @@ namespace mapexport {
 /// would be larger than the text, and take longer than parsing these lists.)
 ///
 /// The lists are the arrays of members named "vertices", "faces", "textureVertices",
-/// "textureFaces" and "cornerNormals". The reader of such a member must ask ListAt first. A list stays in the rest when
-/// its member's name is written with escapes, or when ParseNumberList refuses it, so that no defect
-/// is hidden.
+/// "textureFaces" and "cornerNormals". The reader of such a member must ask ListAt first. A list
+/// stays in the rest when its member's name is written with escapes, or when ParseNumberList
+/// refuses it, so that no defect is hidden.
 class NumberLists {
  public:
   /// No lists and no rest.

@@ -60,8 +60,8 @@ struct SceneNode {
   int material = -1;  ///< index into Scene::materials, -1 for none
   SceneObject object = SceneObject::kNone;
   std::shared_ptr<const Mesh> mesh;  ///< only with kMesh; null: no render mesh. Instances share it.
-  /// Hard edges that the corner normals of a scene file have within smooth surfaces of the mesh, and
-  /// that its smoothing groups don't have.
+  /// Hard edges that the corner normals of a scene file have within smooth surfaces of the mesh,
+  /// and that its smoothing groups don't have.
   std::size_t lostCreases = 0;
   std::vector<SceneNode> children;
 };

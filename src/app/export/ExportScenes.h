@@ -8,9 +8,9 @@
 
 namespace mapexport {
 
-/// Exports all jobs of `arguments`, which are those of `line`, by `exportOne`, prints what becomes of each, and writes one
-/// report and one depfile. When a signal interrupts it, it ends by that signal: what is done stays,
-/// the rest is as before. Throws RunError.
+/// Exports all jobs of `arguments`, which are those of `line`, by `exportOne`, prints what becomes
+/// of each, and writes one report and one depfile. When a signal interrupts it, it ends by that
+/// signal: what is done stays, the rest is as before. Throws RunError.
 ExitStatus ExportScenes(const CommandLine& line, const ExportArguments& arguments,
                         const ExportOne& exportOne);
 

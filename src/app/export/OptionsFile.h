@@ -17,8 +17,8 @@ struct FileOptions {
   std::map<std::string, std::size_t, std::less<>> lines;  ///< where each option is in the file
 };
 
-/// Where a mapexport.toml for `scene` may be: in its folder and those above, the nearest first. None
-/// for a scene from a pipe.
+/// Where a mapexport.toml for `scene` may be: in its folder and those above, the nearest first.
+/// None for a scene from a pipe.
 std::vector<std::string> OptionsFilePlaces(const std::string& scene);
 
 /// The first of them that exists; empty when none does.

@@ -111,8 +111,8 @@ bool Moves(const AffineMatrix& place, const Box& box, double offset) {
 }
 
 /// What takes the geometry into a bone. The library's matrix is the file's in some versions and
-/// leaves the mesh's place out in later ones, so it is the file's, if that can be told. The file's is
-/// for the node, to which `geometric` takes the geometry.
+/// leaves the mesh's place out in later ones, so it is the file's, if that can be told. The file's
+/// is for the node, to which `geometric` takes the geometry.
 AffineMatrix BindOf(const aiBone& bone, const std::optional<AffineMatrix>& ofNode,
                     const AffineMatrix& geometric) {
   const AffineMatrix library = AffineFrom(bone.mOffsetMatrix);

@@ -26,8 +26,8 @@ struct FbxObject {
   std::string name;            ///< bytes of the file, without the class before or behind it
   std::string className = {};  ///< "Mesh", "NurbsCurve", ...
   std::vector<FbxProperty> properties = {};  ///< of all but materials
-  /// Takes a mesh to its place in a bone, for the cluster of this bone in a skin. Empty when the file
-  /// has it in another form, for example compressed.
+  /// Takes a mesh to its place in a bone, for the cluster of this bone in a skin. Empty when the
+  /// file has it in another form, for example compressed.
   std::optional<AffineMatrix> bind = {};
 };
 

@@ -40,8 +40,8 @@ class FbxModels {
   const Ids& GeometriesOf(std::int64_t model) const { return Below(geometriesOf_, model); }
 
   /// The values of the shape keys of a model's geometries, by the names that the library gives the
-  /// shapes: their own, or in later versions "KEY.SHAPE", or "KEY" if that has a dot. 1 is the whole
-  /// shape. Keys with several shapes are left out. Cost: the connections of the geometries.
+  /// shapes: their own, or in later versions "KEY.SHAPE", or "KEY" if that has a dot. 1 is the
+  /// whole shape. Keys with several shapes are left out. Cost: the connections of the geometries.
   std::unordered_map<std::string, double> ShapeWeightsOf(const FbxObject& model) const;
   struct Bone {
     /// Empty when several bones have the name (the library makes them one), and for a bone without
