@@ -5,7 +5,7 @@
 #   bench.sh [--quick] [--renew]
 #   bench.sh --split
 #
-# --quick measures only the 130k level, with fewer repetitions: one minute instead of five.
+# --quick measures only the 130k level, with fewer repetitions: one minute instead of eight.
 # --split measures only exports with --split beside those without, up to ten million triangles.
 # --renew puts the table into docs/performance.md. Results are in build/bench/results.
 set -euo pipefail
@@ -17,7 +17,7 @@ root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -
 sizes=(10k 130k 1M)
 repetitions=21
 long_repetitions=15 # what takes long, or is many
-runs=7
+runs=21 # of whole processes, which vary most
 report=()
 split=
 for argument in "$@"; do
