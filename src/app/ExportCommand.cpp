@@ -242,7 +242,7 @@ void Export(ExportRun& run) {
   ExportSystem system(SystemOptions(run, talk), settings, run.stages, log);
   run.stages.Begin("exporting");
   CallExporter(loaded.scene, arguments.longestList, place.Folder(), givenName, system, log);
-  const SceneTextures textures = TexturesOf(loaded.scene);
+  const SceneTextures textures = TexturesOf(loaded.scene, arguments);
   loaded.scene = {};  // free memory for the check
   const ExportSystem::Values values = system.DialogValues().value_or(ExportSystem::Values());
   if (system.DialogValues()) {

@@ -116,6 +116,11 @@ class Search {
   TextureFolders files_;
 };
 
+/// Whether textures are looked for.
+bool AreWanted(const ExportArguments& arguments) {
+  return !arguments.textures.empty() || arguments.copyTextures;
+}
+
 /// Indices of the materials of the node's faces, each once.
 std::set<int> MaterialsOf(const Scene& scene, const SceneNode& node) {
   std::set<int> indices;
@@ -141,8 +146,9 @@ void AddNodes(const Scene& scene, const SceneNode& node, SceneTextures& textures
 
 }  // namespace
 
-SceneTextures TexturesOf(const Scene& scene) {
+SceneTextures TexturesOf(const Scene& scene, const ExportArguments& arguments) {
   SceneTextures textures;
+  if (!AreWanted(arguments)) return textures;
   for (const SceneMaterial& material : scene.materials) {
     if (material.diffuseMap) textures.pictures.push_back(material.diffuseMap->file);
   }
@@ -157,7 +163,7 @@ void RequireTextureFolders(const ExportArguments& arguments) {
 std::vector<TextureUse> FindTextures(std::vector<ModelTexture> textures, const SceneTextures& scene,
                                      const ExportArguments& arguments, Messages& messages) {
   std::vector<TextureUse> uses;
-  if (arguments.textures.empty() && !arguments.copyTextures) {
+  if (!AreWanted(arguments)) {
     for (ModelTexture& texture : textures) uses.push_back({std::move(texture), false, {}});
     return uses;
   }

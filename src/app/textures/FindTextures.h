@@ -28,7 +28,8 @@ struct SceneTextures {
   std::map<std::string, std::vector<std::string>> nodesOf;
 };
 
-SceneTextures TexturesOf(const Scene& scene);
+/// Empty unless textures are looked for: the cost is that of visiting all faces of all nodes.
+SceneTextures TexturesOf(const Scene& scene, const ExportArguments& arguments);
 
 /// Throws RunError when a folder of --textures is none.
 void RequireTextureFolders(const ExportArguments& arguments);
