@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <span>
 
 #include <fmt/format.h>
 
+#include "system/CombiningMarks.h"
 #include "system/Utf8.h"
 
 namespace mapexport {
@@ -13,18 +15,19 @@ namespace {
 
 constexpr std::string_view kCutMark = "...";
 
+constexpr CodePointRange kWide[] = {{0x1100, 0x115F},   {0x2E80, 0xA4CF},   {0xAC00, 0xD7A3},
+                                    {0xF900, 0xFAFF},   {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},
+                                    {0xFFE0, 0xFFE6},   {0x1F300, 0x1F64F}, {0x1F680, 0x1F6FF},
+                                    {0x1F900, 0x1FAFF}, {0x20000, 0x3FFFD}};
+
+bool IsIn(std::span<const CodePointRange> ascending, char32_t codePoint) {
+  const auto range = std::ranges::lower_bound(ascending, codePoint, {}, &CodePointRange::last);
+  return range != ascending.end() && range->first <= codePoint;
+}
+
 std::size_t WidthOf(char32_t codePoint) {
-  struct Range {
-    char32_t first, last;
-  };
-  static constexpr Range kWide[] = {{0x1100, 0x115F}, {0x2E80, 0xA4CF},   {0xAC00, 0xD7A3},
-                                    {0xF900, 0xFAFF}, {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},
-                                    {0xFFE0, 0xFFE6}, {0x1F300, 0x1F64F}, {0x20000, 0x3FFFD}};
-  const bool wide =
-      std::any_of(std::begin(kWide), std::end(kWide), [codePoint](const Range& range) {
-        return codePoint >= range.first && codePoint <= range.last;
-      });
-  return wide ? 2 : 1;
+  if (IsIn(kCombiningMarks, codePoint)) return 0;
+  return IsIn(kWide, codePoint) ? 2 : 1;
 }
 
 }  // namespace
@@ -32,7 +35,8 @@ std::size_t WidthOf(char32_t codePoint) {
 std::string PrintableText(std::string_view text, std::size_t maxColumns) {
   std::string shown;
   std::size_t columns = 0;
-  std::size_t keep = 0;  // bytes of `shown` that leave room for the mark of a cut
+  std::size_t marks = 0;  // without width; they are limited, too
+  std::size_t keep = 0;   // bytes of `shown` that leave room for the mark of a cut
   while (!text.empty()) {
     const CodePoint point = FirstCodePoint(text);
     std::string piece;
@@ -45,7 +49,10 @@ std::string PrintableText(std::string_view text, std::size_t maxColumns) {
       piece = text.substr(0, point.bytes);
     }
     const std::size_t width = piece.size() > point.bytes ? piece.size() : WidthOf(point.value);
-    if (columns + width > maxColumns) return shown.substr(0, keep).append(kCutMark);
+    if (width == 0) ++marks;
+    if (columns + width > maxColumns || marks > maxColumns) {
+      return shown.substr(0, keep).append(kCutMark);
+    }
     shown += piece;
     columns += width;
     if (columns + kCutMark.size() <= maxColumns) keep = shown.size();
