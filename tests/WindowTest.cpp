@@ -1,5 +1,6 @@
 // The windows of --dialog, driven as a person drives them, on Qt's offscreen platform. This program
 // stands beside mapexport's libraries, and runs its main function in this process.
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QFileDialog>
@@ -236,7 +237,11 @@ std::pair<int, int> TextWidths(const QWidget& widget) {
     EXPECT_GE(last.height(), widget.fontMetrics().height());
     return {list->sizeHintForColumn(0), list->viewport()->width()};
   }
-  if (qobject_cast<const QLineEdit*>(&widget) != nullptr) return {0, 0};  // scrolls
+  if (const auto* const edit = qobject_cast<const QLineEdit*>(&widget)) {
+    if (edit->isReadOnly()) return {0, 0};  // scrolls
+    EXPECT_EQ(edit->toolTip(), "");         // no number is cut
+    return {edit->fontMetrics().horizontalAdvance(edit->text()), widget.width()};
+  }
   return {widget.sizeHint().width(), widget.width()};
 }
 
@@ -274,6 +279,40 @@ TEST_P(ScaledWindowTest, NothingIsClippedAndNothingOverlaps) {
   };
   EXPECT_EQ(Export({look}), 3);
   unsetenv("QT_SCALE_FACTOR");
+}
+
+TEST_F(WindowTest, KeysAndLabelsReachTheControls) {
+  const auto look = [](QWidget& window) {
+    EXPECT_FALSE(window.windowFlags() & Qt::WindowMinMaxButtonsHint);
+    for (const auto& [key, id] :
+         std::vector<std::pair<Qt::Key, int>>{{Qt::Key_D, kWeldDistanceControl},
+                                              {Qt::Key_N, kSnapDimensionControl},
+                                              {Qt::Key_V, kVoxelSizeControl},
+                                              {Qt::Key_E, kCoordinatesControl},
+                                              {Qt::Key_X, kTextureCoordinatesControl}}) {
+      QTest::keyClick(&window, key, Qt::AltModifier);
+      ASSERT_NE(window.focusWidget(), nullptr);
+      EXPECT_EQ(window.focusWidget()->objectName().toInt(), id);
+      QAccessibleInterface* const control =
+          QAccessible::queryAccessibleInterface(window.focusWidget());
+      ASSERT_NE(control, nullptr);
+      const auto labels = control->relations(QAccessible::Label);
+      ASSERT_EQ(labels.size(), 1);
+      EXPECT_EQ(labels[0].first->text(QAccessible::Name), control->text(QAccessible::Name));
+    }
+    auto& box = Get<QLineEdit>(window, kVoxelSizeControl);
+    const QLabel* label = nullptr;
+    for (const QLabel* each : window.findChildren<QLabel*>()) {
+      if (each->buddy() == &box) label = each;
+    }
+    ASSERT_NE(label, nullptr);
+    EXPECT_EQ(label->geometry().center().y(), box.geometry().center().y());
+    EXPECT_EQ(Get<QCheckBox>(window, kWeldControl).text(), "&Weld Vertices");
+    box.setText("<b>100000000000000000000</b>");
+    EXPECT_THAT(box.toolTip().toStdString(), HasSubstr("&lt;b&gt;"));
+    QTest::keyClick(&window, Qt::Key_Escape);
+  };
+  EXPECT_EQ(Export({look}), 3);
 }
 
 // A dialog that has nothing to do with this exporter.

@@ -5,6 +5,10 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <QStyle>
+#include <QStyleOptionFrame>
+#include <QTextDocument>
+#include <algorithm>
 #include <optional>
 #include <string>
 
@@ -24,6 +28,18 @@ QString WithoutMnemonic(const QString& text) {
   return plain;
 }
 
+/// `text` with a mark before its first `letter`, the beginnings of words first; unchanged when it
+/// has a mark or not that letter.
+QString WithMnemonic(const QString& text, QChar letter) {
+  if (letter.isNull() || text.contains(QLatin1Char('&'))) return text;
+  qsizetype place = text.indexOf(letter, 0, Qt::CaseInsensitive);
+  for (qsizetype i = text.size() - 1; i >= 0; --i) {
+    const bool begins = i == 0 || !text[i - 1].isLetter();
+    if (begins && text[i].toLower() == letter) place = i;
+  }
+  return place < 0 ? text : QString(text).insert(place, QLatin1Char('&'));
+}
+
 /// The view of a control that is a widget of that type.
 template <typename WidgetType>
 class ViewOf : public ControlView {
@@ -33,6 +49,7 @@ class ViewOf : public ControlView {
   }
 
   QWidget& Widget() const override { return widget_; }
+  void SetMnemonic(QChar letter) override { mnemonic_ = letter; }
   void Show(const ControlState& state) override {
     // Texts are compared as bytes, because different bytes that are not UTF-8 look the same.
     if (shown_ == state.text) return;
@@ -42,10 +59,12 @@ class ViewOf : public ControlView {
 
  protected:
   virtual void ShowText(const QString& text) {
-    if constexpr (requires { widget_.setText(text); }) widget_.setText(text);
+    if constexpr (requires { widget_.setText(text); })
+      widget_.setText(WithMnemonic(text, mnemonic_));
   }
 
   WidgetType& widget_;
+  QChar mnemonic_;
   std::optional<std::string> shown_;
 };
 
@@ -53,7 +72,7 @@ class LabelView : public ViewOf<QLabel> {
  public:
   LabelView(const DialogControl& control, QWidget& parent) : ViewOf(control, parent) {
     widget_.setTextFormat(Qt::PlainText);
-    widget_.setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    widget_.setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   }
 
   int TextWidth() const override { return widget_.sizeHint().width(); }
@@ -62,7 +81,7 @@ class LabelView : public ViewOf<QLabel> {
   /// A mnemonic moves the focus to the buddy; screen readers take the label as the buddy's name.
   void ShowText(const QString& text) override {
     const QString plain = WithoutMnemonic(text);
-    widget_.setText(widget_.buddy() == nullptr ? plain : text);
+    widget_.setText(widget_.buddy() == nullptr ? plain : WithMnemonic(text, mnemonic_));
     if (widget_.buddy() != nullptr) widget_.buddy()->setAccessibleName(plain);
   }
 };
@@ -77,12 +96,44 @@ class EditView : public ViewOf<QLineEdit> {
       shown_ = ToBytes(text);
       events.act(TypeText{id, *shown_});
     });
+    QObject::connect(&widget_, &QLineEdit::textChanged, [this] { ShowToolTip(); });
+  }
+
+  double FittingScale() const override {
+    return widget_.isReadOnly() ? 1 : Room() / std::max(1.0, WidthIn(widget_.window()->font()));
+  }
+  void ShowScaled(double scale) override {
+    if (widget_.isReadOnly()) scale = 1;
+    QFont font = widget_.window()->font();
+    if (font.pointSizeF() > 0) font.setPointSizeF(font.pointSizeF() * scale);
+    widget_.setFont(font);
+    ShowToolTip();
   }
 
  protected:
   void ShowText(const QString& text) override {
     widget_.setText(text);
     widget_.setCursorPosition(0);  // a long text shows its beginning
+  }
+
+ private:
+  double WidthIn(const QFont& font) const {
+    return QFontMetricsF(font).horizontalAdvance(widget_.text());
+  }
+  /// Pixels for the text.
+  double Room() const {
+    constexpr int kMargins = 5;  // two that QLineEdit keeps on each side, one for its cursor
+    QStyleOptionFrame option;
+    option.initFrom(&widget_);
+    option.lineWidth =
+        widget_.style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, &widget_);
+    return widget_.style()->subElementRect(QStyle::SE_LineEditContents, &option, &widget_).width() -
+           kMargins;
+  }
+  /// The whole of a text that is too long; as HTML, because Qt would take some texts for such.
+  void ShowToolTip() {
+    const bool fits = WidthIn(widget_.font()) <= Room();
+    widget_.setToolTip(fits ? QString() : Qt::convertFromPlainText(widget_.text()));
   }
 };
 

@@ -32,6 +32,14 @@ class ControlView {
   /// The smallest width that shows all of the control's text; 0 when the text may be wider than the
   /// control.
   virtual int TextWidth() const { return 0; }
+
+  /// The control's Alt key, in lower case, unless its text marks one with "&". Before Show.
+  virtual void SetMnemonic(QChar letter) = 0;
+  /// The share of the window's font size with which the control's text fits into its box; at least
+  /// 1 when it fits, or may be longer than the box.
+  virtual double FittingScale() const { return 1; }
+  /// Shows the text of a box in that share of the window's font size.
+  virtual void ShowScaled(double /*scale*/) {}
 };
 
 }  // namespace mapexport

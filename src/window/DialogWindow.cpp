@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QKeyEvent>
+#include <QKeySequence>
 #include <QLabel>
 #include <QPushButton>
 #include <algorithm>
@@ -14,6 +15,9 @@
 namespace mapexport {
 namespace {
 
+// A smaller font would be hard to read.
+constexpr double kSmallestScale = 0.8;
+
 bool TakesLabel(ControlKind kind) {
   return kind == ControlKind::kEdit || kind == ControlKind::kReadOnlyEdit ||
          kind == ControlKind::kListBox;
@@ -22,7 +26,10 @@ bool TakesLabel(ControlKind kind) {
 }  // namespace
 
 DialogWindow::DialogWindow(const DialogTemplate& dialog, PresentedDialog& states, QWidget& owner)
-    : QDialog(&owner), dialog_(dialog), states_(states) {
+    : QDialog(&owner, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                          Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint),
+      dialog_(dialog),
+      states_(states) {
   setObjectName(QStringLiteral("dialog%1").arg(dialog.id));
   setWindowTitle(ToQt(dialog.title == nullptr ? "" : dialog.title));
   const ControlEvents events{
@@ -40,6 +47,7 @@ DialogWindow::DialogWindow(const DialogTemplate& dialog, PresentedDialog& states
     setTabOrder(&views_[i - 1]->Widget(), &views_[i]->Widget());
   }
   ConnectLabels();
+  ChooseMnemonics();
   ShowStates();
   LayOut();
 }
@@ -105,6 +113,36 @@ void DialogWindow::ConnectLabels() {
   }
 }
 
+/// OK and Cancel have Enter and Escape.
+void DialogWindow::ChooseMnemonics() {
+  QString taken;
+  const auto textOf = [this](std::size_t i) { return ToQt(states_.Controls()[i].text); };
+  for (std::size_t i = 0; i < views_.size(); ++i) {
+    taken += QKeySequence::mnemonic(textOf(i)).toString().right(1).toLower();
+  }
+  for (std::size_t i = 0; i < views_.size(); ++i) {
+    const DialogControl& control = dialog_.controls[i];
+    const auto* const label = qobject_cast<QLabel*>(&views_[i]->Widget());
+    const bool canHaveOne = label != nullptr ? label->buddy() != nullptr
+                                             : control.id != -1 && !TakesLabel(control.kind);
+    const QString text = textOf(i).toLower();
+    if (!canHaveOne || text.contains(QLatin1Char('&')) || control.id == IDOK ||
+        control.id == IDCANCEL) {
+      continue;
+    }
+    QString letters;  // the beginnings of words first
+    for (qsizetype at = 0; at < text.size(); ++at) {
+      if (at == 0 || !text[at - 1].isLetter()) letters += text[at];
+    }
+    letters += text;
+    const auto* const letter = std::ranges::find_if(
+        letters, [&](QChar each) { return each.isLetter() && !taken.contains(each); });
+    if (letter == letters.end()) continue;
+    views_[i]->SetMnemonic(*letter);
+    taken += *letter;
+  }
+}
+
 void DialogWindow::LayOut() {
   DialogUnits units(font());
   Place(units);
@@ -126,18 +164,44 @@ void DialogWindow::LayOut() {
     place.setWidth(std::max(place.width(), textWidth));
     view->Widget().setGeometry(place);
   }
+  FitBoxes();
+}
+
+/// All boxes get the same font. A text that is too long even for the smallest shows its beginning.
+void DialogWindow::FitBoxes() {
+  double scale = 1;
+  for (const std::unique_ptr<ControlView>& view : views_) {
+    const double fitting = view->FittingScale();
+    if (fitting >= kSmallestScale) scale = std::min(scale, fitting);
+  }
+  for (const std::unique_ptr<ControlView>& view : views_) view->ShowScaled(scale);
 }
 
 void DialogWindow::Place(const DialogUnits& units) {
   setFixedSize(units.ToPixels(0, 0, dialog_.width, dialog_.height).size());
   for (std::size_t i = 0; i < views_.size(); ++i) {
     const DialogControl& c = dialog_.controls[i];
-    QRect place = units.ToPixels(c.x, c.y, c.width, c.height);
+    QRect place = units.ToPixels(c.x, c.y, c.width, HeightOf(c));
     // Rounding must not cost a text its last line of pixels.
     if (views_[i]->TextWidth() > 0)
       place.setHeight(std::max(place.height(), fontMetrics().height()));
     views_[i]->Widget().setGeometry(place);
   }
+}
+
+/// In dialog units: a label or check box is as high as the edit box on its line, so that centred
+/// texts are on one line.
+int DialogWindow::HeightOf(const DialogControl& control) const {
+  if (control.kind != ControlKind::kLabel && control.kind != ControlKind::kCheckBox) {
+    return control.height;
+  }
+  int height = control.height;
+  for (const DialogControl& other : dialog_.controls) {
+    const bool isEdit =
+        other.kind == ControlKind::kEdit || other.kind == ControlKind::kReadOnlyEdit;
+    if (isEdit && other.y == control.y) height = std::max(height, other.height);
+  }
+  return height;
 }
 
 /// The width up to the next control or the edge.

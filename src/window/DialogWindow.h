@@ -17,7 +17,9 @@ class DialogUnits;
 /// Shows any dialog template with the states of its controls. The user's actions change the states,
 /// and the window shows the new states. Controls are at their dialog units in the window's font.
 /// Only a label or check box whose text would be cut extends further right, as far as there is
-/// room. If the room is too small, the units are wider than the font's.
+/// room. If the room is too small, the units are wider than the font's. A label or check box beside
+/// an edit box is on its line. If a number is too long for its box, all boxes to type into have a
+/// somewhat smaller font. Controls whose texts mark no mnemonic get one, different from all others.
 class DialogWindow : public QDialog {
  public:
   /// Both must outlive the window.
@@ -41,8 +43,11 @@ class DialogWindow : public QDialog {
   void Let(const Doing& doing);
   void Press(int id);
   void ConnectLabels();
+  void ChooseMnemonics();
   void LayOut();
   void Place(const DialogUnits& units);
+  void FitBoxes();
+  int HeightOf(const DialogControl& control) const;
   int RoomFor(const ControlView& view) const;
 
   const DialogTemplate& dialog_;
