@@ -95,7 +95,7 @@ struct ExportRun {
 };
 
 void ShowStatus(ExportRun& run, const std::string& status) {
-  if (run.windows) run.windows->ShowStatus(status);
+  if (run.windows) run.windows->ShowStatus(status + run.messages.WarningParagraphs());
 }
 
 ExporterTalk::ShowBox BoxesOf(ExportRun& run) {

@@ -81,6 +81,21 @@ void Messages::PrintRemark(const Remark& remark) const {
   }
 }
 
+std::string Messages::WarningParagraphs() const {
+  constexpr std::size_t kMostWarnings = 8;  // for about so many, the window has room
+  constexpr std::size_t kMostColumns = 200;
+  std::string paragraphs;
+  std::size_t warnings = 0;
+  for (const Remark& remark : told_) {
+    if (remark.kind != RemarkKind::kWarning || ++warnings > kMostWarnings) continue;
+    paragraphs += fmt::format("\n\nwarning: {}", PrintableText(remark.text, kMostColumns));
+  }
+  if (warnings > kMostWarnings) {
+    paragraphs += fmt::format("\n\n... and {} more", warnings - kMostWarnings);
+  }
+  return paragraphs;
+}
+
 void Messages::Usage(std::string_view line) const {
   if (MessagesAreJson()) {
     PrintJson("note", "usage", line);

@@ -39,6 +39,9 @@ class Messages {
 
   /// All notes and warnings so far, also those that were not printed.
   std::span<const Remark> Told() const { return told_; }
+  /// The warnings among them for a window, a blank line before each: the first eight, then how many
+  /// more there are.
+  std::string WarningParagraphs() const;
 
  private:
   void PrintRemark(const Remark& remark) const;
