@@ -51,6 +51,7 @@ TEST_F(ProgramTest, WrongCommandLinesEndWith2) {
       {{"scene", "a", "--report", "r"}, "--report"},
       {{"scene", "a", "-o"}, "-o: a value"},
       {{"inspect", "a", "--layout", "map"}, "\"map\""},
+      {{"inspect", "a", "--sets", "--json"}, "--sets and --json exclude each other"},
   };
   for (const auto& [arguments, piece] : cases) {
     SCOPED_TRACE(testing::PrintToString(arguments));

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include "fuzz/ReadersAgree.h"
+#include "modelreader/ModelAdvice.h"
 #include "modelreader/ReadModelFile.h"
 #include "modelreader/WriteModel.h"
 #include "support/ModelFiles.h"
@@ -165,6 +166,52 @@ TEST(ModelReaderTest, InvisibleCharactersAreShown) {
     EXPECT_EQ(nlohmann::json::parse(out.str()).at("materials").at(0).at("name"), text);
     EXPECT_EQ(out.str().find(text) == std::string::npos, text != shown);
   }
+}
+
+TEST(ModelReaderTest, ColumnsAlignInEveryScript) {
+  for (const auto& [text, width] :
+       std::vector<std::pair<std::string, std::size_t>>{{"e\u0301", 1},
+                                                        {"\u4e2d\u6587", 4},
+                                                        {"\u0939\u093f\u0928\u094d\u0926\u0940", 5},
+                                                        {"\u05e9\u05c1\u05b8", 1},
+                                                        {"\u1112\u1161\u11ab", 2},
+                                                        {"\U0001F680", 2}}) {
+    EXPECT_EQ(DisplayWidth(text), width) << text;
+    EXPECT_EQ(PrintableText(text, 10), text);
+  }
+  std::string marks = "a";
+  for (int i = 0; i < 1000; ++i) marks += "\u0301";
+  EXPECT_LT(PrintableText(marks, 10).size(), 40U);
+}
+
+TEST(ModelReaderTest, AdviceIsForWhatIsUnusual) {
+  ModelFile model = Yard(ModelLayout::kKob);
+  EXPECT_THAT(Advise(model), IsEmpty());
+  ModelGroup& group = model.groups[0];
+  group.batches.resize(100);
+  group.planes.clear();
+  group.surfaceSets.push_back({});
+  group.vertices.assign(59000, {});
+  for (std::size_t i = 0; i < group.vertices.size(); ++i) {
+    group.vertices[i].x = static_cast<float>(i % 10);
+  }
+  group.vertices[7].y = -5000;
+  model.materials.push_back(model.materials[0]);
+  EXPECT_THAT(
+      Advise(model),
+      ElementsAre(HasSubstr("larger --voxel-size"),
+                  HasSubstr("groups[0].vertices has 59000 of at most 65536 entries"),
+                  HasSubstr("remove unused materials"),
+                  HasSubstr("1 surface set has no faces, the first is groups[0].surface"),
+                  HasSubstr("1 vertex is far outside the rest, the first at (7, -5000, 0)")));
+  group.planes.resize(1);  // which may be of any material
+  EXPECT_EQ(Advise(model).size(), 4U);
+
+  std::ostringstream out;
+  WriteModelParts(model, {.batches = true, .sets = true}, out);
+  EXPECT_THAT(out.str(), AllOf(HasSubstr("  Batches, largest first"), HasSubstr("Surface sets"),
+                               Not(HasSubstr("more")), Not(HasSubstr("Materials"))));
+  EXPECT_GT(std::ranges::count(out.str(), '\n'), 100);
 }
 
 TEST(ModelReaderTest, OutputStaysValidForAnyNameAndNumber) {

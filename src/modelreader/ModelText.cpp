@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include "modelreader/ModelAdvice.h"
 #include "modelreader/ModelSummary.h"
 #include "modelreader/ModelTextures.h"
 #include "modelreader/TextTable.h"
@@ -23,6 +24,7 @@ namespace mapexport {
 namespace {
 
 // How many rows a table shows at most; after them it says how many more there are.
+constexpr std::size_t kAllRows = std::numeric_limits<std::size_t>::max();
 constexpr std::size_t kMaxRows = 40;
 constexpr std::size_t kMaxBatchRows = 10;
 constexpr std::size_t kMaxGroups = 4;  // in detail
@@ -49,7 +51,7 @@ std::size_t Triangles(const ModelGroup& group) {
   return triangles;
 }
 
-void WriteMaterials(const ModelFile& model, std::ostream& out) {
+void WriteMaterials(const ModelFile& model, std::size_t mostRows, std::ostream& out) {
   std::vector<std::size_t> triangles(model.materials.size());
   for (const ModelGroup& group : model.groups) {
     for (const ModelBatch& batch : group.batches) {
@@ -64,7 +66,7 @@ void WriteMaterials(const ModelFile& model, std::ostream& out) {
                    {"drawn triangles", kRight},
                    {"two-sided"},
                    {"diffuse"}});
-  const std::size_t shown = std::min(model.materials.size(), kMaxRows);
+  const std::size_t shown = std::min(model.materials.size(), mostRows);
   for (std::size_t i = 0; i < shown; ++i) {
     const ModelMaterial& material = model.materials[i];
     const ModelColour& diffuse = material.diffuse;
@@ -169,11 +171,12 @@ std::string MaterialOf(const ModelBatch& batch, const ModelFile& model) {
   return fmt::format("{} {}", batch.material, name);
 }
 
-void WriteBatches(const ModelGroup& group, const ModelFile& model, std::ostream& out) {
+void WriteBatches(const ModelGroup& group, const ModelFile& model, std::size_t mostRows,
+                  std::ostream& out) {
   if (group.batches.empty()) return;
   std::vector<std::size_t> order(group.batches.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  const std::size_t shown = std::min(order.size(), kMaxBatchRows);
+  const std::size_t shown = std::min(order.size(), mostRows);
   const auto isLarger = [&](std::size_t a, std::size_t b) {
     const std::size_t facesOfA = group.batches[a].faces.size();
     const std::size_t facesOfB = group.batches[b].faces.size();
@@ -193,10 +196,10 @@ void WriteBatches(const ModelGroup& group, const ModelFile& model, std::ostream&
   WriteMore(order.size(), shown, out);
 }
 
-void WriteSurfaceSets(const ModelGroup& group, std::ostream& out) {
+void WriteSurfaceSets(const ModelGroup& group, std::size_t mostRows, std::ostream& out) {
   if (group.surfaceSets.empty()) return;
   TextTable table({{"set", kRight}, {"name"}, {"faces", kRight}, {"flags"}});
-  const std::size_t shown = std::min(group.surfaceSets.size(), kMaxRows);
+  const std::size_t shown = std::min(group.surfaceSets.size(), mostRows);
   for (std::size_t i = 0; i < shown; ++i) {
     const ModelSurfaceSet& set = group.surfaceSets[i];
     table.AddRow({std::to_string(i), NameUnless("NONE", set.name), std::to_string(set.faces.size()),
@@ -218,10 +221,14 @@ void WriteKeywords(std::span<const ModelGroup> groups, std::ostream& out) {
   table.Write(4, out);
 }
 
+void WriteGroupTitle(std::size_t index, const ModelGroup& group, std::ostream& out) {
+  out << fmt::format("\nGroup {} {}\n", index, Quoted(group.header.name));
+}
+
 void WriteGroup(std::size_t index, const ModelFile& model, std::ostream& out) {
   const ModelGroup& group = model.groups[index];
   const std::size_t drawn = Triangles(group);
-  out << fmt::format("\nGroup {} {}\n", index, Quoted(group.header.name));
+  WriteGroupTitle(index, group, out);
   out << fmt::format("  triangles         {} in {}", drawn,
                      Counted(group.batches.size(), "batch", "batches"));
   if (model.layout == ModelLayout::kKob) {
@@ -232,8 +239,8 @@ void WriteGroup(std::size_t index, const ModelFile& model, std::ostream& out) {
     out << fmt::format("  collision bounds  {}\n", Bounds(group.collisionPoints));
   }
   WriteLimits(group, model.layout, out);
-  WriteBatches(group, model, out);
-  WriteSurfaceSets(group, out);
+  WriteBatches(group, model, kMaxBatchRows, out);
+  WriteSurfaceSets(group, kMaxRows, out);
   WriteKeywords({&group, 1}, out);
 }
 
@@ -304,11 +311,29 @@ void WriteSummary(const ModelFile& model, std::ostream& out) {
   }
 }
 
+void WriteAdvice(const ModelFile& model, std::ostream& out) {
+  const std::vector<std::string> advice = Advise(model);
+  if (advice.empty()) return;
+  out << "\nAdvice\n";
+  for (const std::string& each : advice) out << fmt::format("  {}\n", each);
+}
+
 }  // namespace
+
+void WriteModelParts(const ModelFile& model, const ModelParts& parts, std::ostream& out) {
+  if (parts.materials) WriteMaterials(model, kAllRows, out);
+  if (!parts.batches && !parts.sets) return;
+  for (std::size_t i = 0; i < model.groups.size(); ++i) {
+    const ModelGroup& group = model.groups[i];
+    WriteGroupTitle(i, group, out);
+    if (parts.batches) WriteBatches(group, model, kAllRows, out);
+    if (parts.sets) WriteSurfaceSets(group, kAllRows, out);
+  }
+}
 
 void WriteModelText(const ModelFile& model, std::ostream& out) {
   WriteSummary(model, out);
-  if (!model.materials.empty()) WriteMaterials(model, out);
+  if (!model.materials.empty()) WriteMaterials(model, kMaxRows, out);
   WriteTextures(model, out);
   if (model.groups.size() > 1) WriteGroups(model, out);
   const std::size_t shown = std::min(model.groups.size(), kMaxGroups);
@@ -317,6 +342,7 @@ void WriteModelText(const ModelFile& model, std::ostream& out) {
     out << '\n';
     WriteMore(model.groups.size(), shown, out);
   }
+  WriteAdvice(model, out);
 }
 
 }  // namespace mapexport
