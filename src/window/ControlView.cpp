@@ -8,7 +8,6 @@
 #include <QStyle>
 #include <QStyleOptionFrame>
 #include <QTextDocument>
-#include <algorithm>
 #include <optional>
 #include <string>
 
@@ -99,15 +98,13 @@ class EditView : public ViewOf<QLineEdit> {
     QObject::connect(&widget_, &QLineEdit::textChanged, [this] { ShowToolTip(); });
   }
 
-  double FittingScale() const override {
-    return widget_.isReadOnly() ? 1 : Room() / std::max(1.0, WidthIn(widget_.window()->font()));
-  }
-  void ShowScaled(double scale) override {
-    if (widget_.isReadOnly()) scale = 1;
+  bool ShowScaled(double scale) override {
     QFont font = widget_.window()->font();
-    if (font.pointSizeF() > 0) font.setPointSizeF(font.pointSizeF() * scale);
+    const bool isNumber = !widget_.isReadOnly();
+    if (isNumber && font.pointSizeF() > 0) font.setPointSizeF(font.pointSizeF() * scale);
     widget_.setFont(font);
     ShowToolTip();
+    return !isNumber || Fits();
   }
 
  protected:
@@ -117,23 +114,20 @@ class EditView : public ViewOf<QLineEdit> {
   }
 
  private:
-  double WidthIn(const QFont& font) const {
-    return QFontMetricsF(font).horizontalAdvance(widget_.text());
-  }
-  /// Pixels for the text.
-  double Room() const {
+  bool Fits() const {
     constexpr int kMargins = 5;  // two that QLineEdit keeps on each side, one for its cursor
     QStyleOptionFrame option;
     option.initFrom(&widget_);
     option.lineWidth =
         widget_.style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, &widget_);
-    return widget_.style()->subElementRect(QStyle::SE_LineEditContents, &option, &widget_).width() -
-           kMargins;
+    const QRect box =
+        widget_.style()->subElementRect(QStyle::SE_LineEditContents, &option, &widget_);
+    return QFontMetricsF(widget_.font()).horizontalAdvance(widget_.text()) <=
+           box.width() - kMargins;
   }
   /// The whole of a text that is too long; as HTML, because Qt would take some texts for such.
   void ShowToolTip() {
-    const bool fits = WidthIn(widget_.font()) <= Room();
-    widget_.setToolTip(fits ? QString() : Qt::convertFromPlainText(widget_.text()));
+    widget_.setToolTip(Fits() ? QString() : Qt::convertFromPlainText(widget_.text()));
   }
 };
 

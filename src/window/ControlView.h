@@ -35,11 +35,9 @@ class ControlView {
 
   /// The control's Alt key, in lower case, unless its text marks one with "&". Before Show.
   virtual void SetMnemonic(QChar letter) = 0;
-  /// The share of the window's font size with which the control's text fits into its box; at least
-  /// 1 when it fits, or may be longer than the box.
-  virtual double FittingScale() const { return 1; }
-  /// Shows the text of a box in that share of the window's font size.
-  virtual void ShowScaled(double /*scale*/) {}
+  /// Shows the text of a box to type into in that share of the window's font size. Whether it fits;
+  /// other controls always do.
+  virtual bool ShowScaled(double /*scale*/) { return true; }
 };
 
 }  // namespace mapexport

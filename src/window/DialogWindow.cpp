@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "host/System.h"
@@ -15,8 +16,8 @@
 namespace mapexport {
 namespace {
 
-// A smaller font would be hard to read.
-constexpr double kSmallestScale = 0.8;
+// Of the font in boxes. A smaller one would be hard to read.
+constexpr std::array kScales{1.0, 0.96, 0.92, 0.88, 0.84, 0.8};
 
 bool TakesLabel(ControlKind kind) {
   return kind == ControlKind::kEdit || kind == ControlKind::kReadOnlyEdit ||
@@ -167,14 +168,17 @@ void DialogWindow::LayOut() {
   FitBoxes();
 }
 
-/// All boxes get the same font. A text that is too long even for the smallest shows its beginning.
+/// All boxes get the largest font in which as many texts fit as in the smallest; the other texts
+/// show their beginning.
 void DialogWindow::FitBoxes() {
-  double scale = 1;
-  for (const std::unique_ptr<ControlView>& view : views_) {
-    const double fitting = view->FittingScale();
-    if (fitting >= kSmallestScale) scale = std::min(scale, fitting);
+  const auto fit = [this](double scale) {
+    return std::ranges::count_if(views_,
+                                 [scale](const auto& view) { return view->ShowScaled(scale); });
+  };
+  const auto most = fit(kScales.back());
+  for (const double scale : kScales) {
+    if (fit(scale) >= most) return;
   }
-  for (const std::unique_ptr<ControlView>& view : views_) view->ShowScaled(scale);
 }
 
 void DialogWindow::Place(const DialogUnits& units) {
