@@ -163,21 +163,37 @@ class Gatherer {
   std::vector<ScreenTriangle> triangles_;
 };
 
-/// The nearest first, by the high bits of their nearest corners.
+/// The nearest first, by their nearest corners; equal ones stay in order.
 std::vector<ScreenTriangle> Sorted(const std::vector<ScreenTriangle>& triangles) {
-  constexpr int kBits = 16;
-  constexpr int kShift = 13;
-  static_assert((kFarthestDepth >> kShift) == 1 << kBits);
-  const auto place = [](const ScreenTriangle& triangle) {
-    const auto& [a, b, c] = triangle.corners;
-    return static_cast<std::size_t>(std::min({a.depth, b.depth, c.depth}) >> kShift);
+  struct Key {
+    std::uint32_t depth;
+    std::uint32_t index;
   };
-  std::vector<std::size_t> starts((1U << kBits) + 2);
-  for (const ScreenTriangle& triangle : triangles) ++starts[place(triangle) + 1];
-  for (std::size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
-  std::vector<ScreenTriangle> sorted(triangles.size());
-  for (const ScreenTriangle& triangle : triangles) sorted[starts[place(triangle)]++] = triangle;
-  return sorted;
+  std::vector<Key> keys;
+  keys.reserve(triangles.size());
+  for (const ScreenTriangle& triangle : triangles) {
+    const auto& [a, b, c] = triangle.corners;
+    keys.push_back({static_cast<std::uint32_t>(std::min({a.depth, b.depth, c.depth})),
+                    static_cast<std::uint32_t>(keys.size())});
+  }
+  constexpr unsigned kDigitBits = 10;
+  constexpr unsigned kDigits = 3;
+  static_assert(kFarthestDepth < 1 << (kDigits * kDigitBits));
+  std::vector<Key> sorted(keys.size());
+  for (unsigned shift = 0; shift < kDigits * kDigitBits; shift += kDigitBits) {
+    const auto digit = [shift](const Key& key) {
+      return (key.depth >> shift) & ((1U << kDigitBits) - 1);
+    };
+    std::array<std::size_t, (1U << kDigitBits) + 1> starts{};
+    for (const Key& key : keys) ++starts[digit(key) + 1];
+    for (std::size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
+    for (const Key& key : keys) sorted[starts[digit(key)]++] = key;
+    std::swap(keys, sorted);
+  }
+  std::vector<ScreenTriangle> result;
+  result.reserve(keys.size());
+  for (const Key& key : keys) result.push_back(triangles[key.index]);
+  return result;
 }
 
 }  // namespace

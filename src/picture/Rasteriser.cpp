@@ -1,6 +1,7 @@
 #include "picture/Rasteriser.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace mapexport {
@@ -12,8 +13,9 @@ constexpr std::int32_t kNoDepth = INT32_MAX;
 constexpr double kSteep = 1 << 24;
 /// Triangles that are larger than this on an axis, in samples, may cover others.
 constexpr int kLarge = 64;
-/// What the depths of a gentle triangle may be outside those of its corners, by rounding.
+/// What the depths of a gentle triangle may differ from its plane, by rounding.
 constexpr std::int32_t kSlack = 32;
+constexpr unsigned kAllEdges = 0b111;
 
 }  // namespace
 
@@ -28,6 +30,7 @@ struct Rasteriser::Setup {
   std::int32_t nearest = 0;
   std::int32_t farthest = 0;
   bool steep = false;
+  std::int32_t slack = kSlack;
   std::uint32_t id = 0;
   // The samples that it may cover.
   int left = 0;
@@ -36,18 +39,24 @@ struct Rasteriser::Setup {
   int bottom = 0;
 
   /// The depth at a sample that the triangle covers, elsewhere that of its plane, within limits.
-  std::int32_t DepthAt(int x, int y) const {
+  std::int32_t DepthAt(int x, int y) const { return WithinLimits(slopes.At(x, y)); }
+  static std::int32_t WithinLimits(double depth) {
     constexpr double kLimit = 1 << 30;
-    const double depth = slopes.originDepth + slopes.perX * x + slopes.perY * y;
     return static_cast<std::int32_t>(std::clamp(depth, -kLimit, kLimit));
   }
   /// A depth that none in the square of `size` samples is nearer than.
   std::int32_t NearestIn(int x, int y, int size) const {
     if (steep) return nearest;
-    const int last = size - 1;
-    const std::int32_t corner =
-        DepthAt(slopes.perX < 0 ? x + last : x, slopes.perY < 0 ? y + last : y);
-    return std::max(nearest, corner) - kSlack;
+    return std::max(nearest, WithinLimits(slopes.LeastIn(x, y, size))) - slack;
+  }
+  /// Whether the part of the square that is within the edges `crossing` is behind the cover.
+  bool IsBehind(const Cover& cover, int x, int y, int size, unsigned crossing) const {
+    if (steep || slopes.Minus(cover.plane).LeastIn(x, y, size) < kSlack) return false;
+    if (cover.isWhole) return true;
+    for (std::size_t i = 0; i < edges.size(); ++i) {
+      if ((crossing >> i & 1) != 0 && cover.edge.Contains(edges[i], x, y, size)) return true;
+    }
+    return false;
   }
   void FindSlopes(const std::array<ScreenPoint, 3>& corners, std::int64_t area);
 };
@@ -66,6 +75,34 @@ void Rasteriser::Setup::FindSlopes(const std::array<ScreenPoint, 3>& corners, st
   }
   slopes.originDepth = a.depth + slopes.perX * (kHalfSample - a.x) / kPlacesPerSample +
                        slopes.perY * (kHalfSample - a.y) / kPlacesPerSample;
+  // Without a slope nothing is rounded, so that of equal depths the later ones are skipped, too.
+  if (nearest == farthest) slack = 0;
+}
+
+double Rasteriser::Slopes::LeastIn(int x, int y, int size) const {
+  return At(x, y) + (size - 1) * (std::min(0.0, perX) + std::min(0.0, perY));
+}
+
+bool Rasteriser::Edge::Contains(const Edge& inner, int x, int y, int size) const {
+  const std::int64_t acrossX = std::int64_t{perX - inner.perX} * (size - 1);
+  const std::int64_t acrossY = std::int64_t{perY - inner.perY} * (size - 1);
+  return At(x, y) - inner.At(x, y) + std::min<std::int64_t>(0, acrossX) +
+             std::min<std::int64_t>(0, acrossY) >=
+         0;
+}
+
+std::int64_t Rasteriser::Edge::MostOutside(int x, int y, int size) const {
+  std::int64_t most = INT32_MIN;
+  auto first = static_cast<std::int32_t>(At(x, y));
+  for (int row = 0; row < size; ++row, first += perY) {
+    const std::int32_t last = first + perX * (size - 1);
+    if (std::min(first, last) >= 0) continue;
+    std::int32_t value = std::max(first, last);
+    // On a row from outside to inside, or back, what is still outside is less than a step from 0.
+    if (value >= 0) value = value % std::abs(perX) - std::abs(perX);
+    most = std::max<std::int64_t>(most, value);
+  }
+  return most;
 }
 
 Rasteriser::Rasteriser(PictureSize size) : size_(size) {
@@ -126,9 +163,9 @@ void Rasteriser::Draw(const ScreenTriangle& triangle, std::uint32_t id) {
   }
   const int x = setup.left >> bits;
   const int y = setup.top >> bits;
-  if (!DrawSquare(setup, level, x, y)) return;
+  if (!DrawSquare(setup, level, x, y, kAllEdges)) return;
   if (isLarge && !setup.steep) {
-    covers_[coverCount_++ % covers_.size()] = {triangle.corners, setup.slopes};
+    large_[largeCount_++ % large_.size()] = {triangle.corners, setup.slopes};
   }
   for (int above = level + 1; above < kLevels; ++above) {
     const int shift = (above - level) * kEdgeBits;
@@ -137,9 +174,9 @@ void Rasteriser::Draw(const ScreenTriangle& triangle, std::uint32_t id) {
 }
 
 bool Rasteriser::IsCovered(const ScreenTriangle& triangle) const {
-  const auto covers = [&](const Cover& cover) {
-    const std::array<ScreenPoint, 3>& of = cover.corners;
-    const Slopes& slopes = cover.slopes;
+  const auto hides = [&](const Large& large) {
+    const std::array<ScreenPoint, 3>& of = large.corners;
+    const Slopes& slopes = large.slopes;
     return std::ranges::all_of(triangle.corners, [&](const ScreenPoint& point) {
       const double x = (point.x - kHalfSample) / double{kPlacesPerSample};
       const double y = (point.y - kHalfSample) / double{kPlacesPerSample};
@@ -148,8 +185,8 @@ bool Rasteriser::IsCovered(const ScreenTriangle& triangle) const {
              DoubleArea(of[2], of[0], point) >= 0;
     });
   };
-  const auto used = static_cast<std::ptrdiff_t>(std::min(coverCount_, covers_.size()));
-  return std::any_of(covers_.begin(), covers_.begin() + used, covers);
+  const auto used = static_cast<std::ptrdiff_t>(std::min(largeCount_, large_.size()));
+  return std::any_of(large_.begin(), large_.begin() + used, hides);
 }
 
 std::int32_t Rasteriser::FarthestIn(int level, int x, int y) {
@@ -175,62 +212,85 @@ std::int32_t Rasteriser::FarthestIn(int level, int x, int y) {
   return farthest;
 }
 
-bool Rasteriser::DrawSquare(const Setup& setup, int level, int x, int y) {
+bool Rasteriser::DrawSquare(const Setup& setup, int level, int x, int y, unsigned crossing) {
   const int bits = (level + 1) * kEdgeBits;
   const int size = 1 << bits;
   const int firstX = x << bits;
   const int firstY = y << bits;
-  for (const Edge& edge : setup.edges) {
-    const std::int64_t most =
-        edge.atOrigin + std::int64_t{edge.perX} * (edge.perX > 0 ? firstX + size - 1 : firstX) +
-        std::int64_t{edge.perY} * (edge.perY > 0 ? firstY + size - 1 : firstY);
-    if (most < 0) return false;
+  for (std::size_t i = 0; i < setup.edges.size(); ++i) {
+    if ((crossing >> i & 1) == 0) continue;
+    const Edge& edge = setup.edges[i];
+    const std::int64_t value = edge.At(firstX, firstY);
+    const std::int64_t acrossX = std::int64_t{edge.perX} * (size - 1);
+    const std::int64_t acrossY = std::int64_t{edge.perY} * (size - 1);
+    constexpr std::int64_t kNone = 0;
+    if (value + std::max(kNone, acrossX) + std::max(kNone, acrossY) < 0) return false;
+    if (value + std::min(kNone, acrossX) + std::min(kNone, acrossY) >= 0) crossing &= ~(1U << i);
   }
   Square& square = SquareAt(level, x, y);
   const std::int32_t nearest = setup.NearestIn(firstX, firstY, size);
-  if (nearest >= square.farthest || nearest >= FarthestIn(level, x, y)) return false;
+  if (nearest >= square.farthest) return false;
+  if (setup.IsBehind(square.cover, firstX, firstY, size, crossing)) return false;
+  if (nearest >= FarthestIn(level, x, y)) return false;
 
   bool drawn = false;
   if (level == 0) {
     const auto block = static_cast<std::size_t>(y) * static_cast<std::size_t>(levels_[0].width) +
                        static_cast<std::size_t>(x);
-    const std::int32_t depth = setup.DepthAt(firstX, firstY);
-    drawn = setup.steep ? DrawBlock<true>(setup, block, firstX, firstY, depth)
-                        : DrawBlock<false>(setup, block, firstX, firstY, depth);
+    drawn = setup.steep ? DrawBlock<true>(setup, block, firstX, firstY, crossing)
+                        : DrawBlock<false>(setup, block, firstX, firstY, crossing);
   } else {
     const int below = bits - kEdgeBits;
     const int right = std::min((x + 1) * kEdge - 1, setup.right >> below);
     const int bottom = std::min((y + 1) * kEdge - 1, setup.bottom >> below);
     for (int partY = std::max(y * kEdge, setup.top >> below); partY <= bottom; ++partY) {
       for (int partX = std::max(x * kEdge, setup.left >> below); partX <= right; ++partX) {
-        if (DrawSquare(setup, level - 1, partX, partY)) drawn = true;
+        if (DrawSquare(setup, level - 1, partX, partY, crossing)) drawn = true;
       }
     }
   }
   if (drawn) square.changed = true;
+  if (!setup.steep) RenewCover(setup, level, x, y, crossing, drawn);
   return drawn;
+}
+
+void Rasteriser::RenewCover(const Setup& setup, int level, int x, int y, unsigned crossing,
+                            bool drawn) {
+  const int size = kEdge << (level * kEdgeBits);
+  const int firstX = x * size;
+  const int firstY = y * size;
+  Cover& cover = SquareAt(level, x, y).cover;
+  if (crossing == 0) {
+    const int middle = size / 2;
+    const auto inMiddle = [&](const Slopes& plane) {
+      return plane.At(firstX + middle, firstY + middle);
+    };
+    if (cover.isWhole && inMiddle(setup.slopes) >= inMiddle(cover.plane)) return;
+    cover.plane = setup.slopes;
+    cover.isWhole = true;
+  } else if (drawn && !cover.isWhole && std::has_single_bit(crossing)) {
+    cover.plane = setup.slopes;
+    cover.edge = setup.edges[static_cast<std::size_t>(std::countr_zero(crossing))];
+    if (level <= 1) cover.edge.atOrigin -= cover.edge.MostOutside(firstX, firstY, size) + 1;
+  }
 }
 
 template <bool kIsSteep>
 bool Rasteriser::DrawBlock(const Setup& setup, std::size_t block, int x, int y,
-                           std::int32_t depth) {
+                           unsigned crossing) {
   // An edge that does not cross the block decides nothing: 0 everywhere.
   static constexpr std::array<std::int32_t, kEdge> kNoSteps{};
   std::array<std::int32_t, 3> values{};
   std::array<std::int32_t, 3> perY{};
   std::array<const std::int32_t*, 3> steps{kNoSteps.data(), kNoSteps.data(), kNoSteps.data()};
   for (std::size_t i = 0; i < 3; ++i) {
-    const Edge& edge = setup.edges[i];
-    const std::int64_t value =
-        edge.atOrigin + std::int64_t{edge.perX} * x + std::int64_t{edge.perY} * y;
-    const std::int64_t least = value + std::min<std::int64_t>(0, edge.perX) * (kEdge - 1) +
-                               std::min<std::int64_t>(0, edge.perY) * (kEdge - 1);
-    if (least >= 0) continue;
+    if ((crossing >> i & 1) == 0) continue;
     // It crosses the block, so it is less than what it changes by within the block.
-    values[i] = static_cast<std::int32_t>(value);
-    perY[i] = edge.perY;
+    values[i] = static_cast<std::int32_t>(setup.edges[i].At(x, y));
+    perY[i] = setup.edges[i].perY;
     steps[i] = setup.edgeSteps[i].data();
   }
+  std::int32_t depth = setup.DepthAt(x, y);
   std::int32_t* depths = &depths_[block * kEdge * kEdge];
   std::uint32_t* ids = &ids_[block * kEdge * kEdge];
   std::uint32_t drawn = 0;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "picture/Picture.h"
@@ -36,30 +37,54 @@ class Rasteriser {
   static constexpr int kEdgeBits = 3;
   static constexpr int kLevels = 5;  ///< the last one has a single square
 
+  /// The plane of a triangle's depths.
+  struct Slopes {
+    double originDepth = 0;  ///< at sample (0, 0)
+    double perX = 0;         ///< from one sample to the next
+    double perY = 0;
+
+    double At(int x, int y) const { return originDepth + perX * x + perY * y; }
+    /// In the square of `size` samples.
+    double LeastIn(int x, int y, int size) const;
+    Slopes Minus(const Slopes& other) const {
+      return {originDepth - other.originDepth, perX - other.perX, perY - other.perY};
+    }
+  };
+  struct Edge {
+    std::int64_t atOrigin = 0;  ///< at sample (0, 0); samples are within where it is not below 0
+    std::int32_t perX = 0;
+    std::int32_t perY = 0;
+
+    std::int64_t At(int x, int y) const {
+      return atOrigin + std::int64_t{perX} * x + std::int64_t{perY} * y;
+    }
+    /// Whether every sample of the square that is within `inner` is within this edge.
+    bool Contains(const Edge& inner, int x, int y, int size) const;
+    /// For an edge that crosses the square: of the samples outside, the value of the nearest one.
+    /// The edge can be moved by that much, less 1, and has the same samples within it.
+    std::int64_t MostOutside(int x, int y, int size) const;
+  };
+  /// A part of a square in which no sample is farther than a plane, but for rounding. In a stack
+  /// that is seen from an angle, planes are in an order where the extents of their depths overlap.
+  struct Cover {
+    Slopes plane{std::numeric_limits<double>::infinity()};
+    bool isWhole = false;  ///< the part is the square
+    Edge edge;             ///< otherwise, the part is what is within this
+  };
   struct Square {
     std::int32_t farthest = INT32_MAX;  ///< at least as much as the depth of every sample
     bool changed = false;               ///< it may be less by now
+    Cover cover;
   };
   struct Level {
     int width = 0;  ///< in squares
     int height = 0;
     std::vector<Square> squares;
   };
-  /// The plane of a triangle's depths.
-  struct Slopes {
-    double originDepth = 0;  ///< at sample (0, 0)
-    double perX = 0;         ///< from one sample to the next
-    double perY = 0;
-  };
-  struct Edge {
-    std::int64_t atOrigin = 0;  ///< at sample (0, 0); samples are within where it is not below 0
-    std::int32_t perX = 0;
-    std::int32_t perY = 0;
-  };
   struct Setup;
 
   /// A large triangle that was drawn.
-  struct Cover {
+  struct Large {
     std::array<ScreenPoint, 3> corners;
     Slopes slopes;
   };
@@ -79,15 +104,17 @@ class Rasteriser {
   bool IsCovered(const ScreenTriangle& triangle) const;
   /// The depth that no sample of the square exceeds, as small as it is.
   std::int32_t FarthestIn(int level, int x, int y);
-  /// Draws what of the triangle is in the square; whether anything was drawn.
-  bool DrawSquare(const Setup& setup, int level, int x, int y);
+  /// Draws what of the triangle is in the square; whether anything was drawn. The square is within
+  /// those of the triangle's edges whose bit in `crossing` is 0.
+  bool DrawSquare(const Setup& setup, int level, int x, int y, unsigned crossing);
+  void RenewCover(const Setup& setup, int level, int x, int y, unsigned crossing, bool drawn);
   template <bool kIsSteep>
-  bool DrawBlock(const Setup& setup, std::size_t block, int x, int y, std::int32_t depth);
+  bool DrawBlock(const Setup& setup, std::size_t block, int x, int y, unsigned crossing);
 
   PictureSize size_;
   std::array<Level, kLevels> levels_;
-  std::array<Cover, 8> covers_;
-  std::size_t coverCount_ = 0;        ///< that there were so far
+  std::array<Large, 8> large_;
+  std::size_t largeCount_ = 0;        ///< that there were so far
   std::vector<std::int32_t> depths_;  ///< by block, then by row
   std::vector<std::uint32_t> ids_;
 };
