@@ -83,12 +83,17 @@ double Rasteriser::Slopes::LeastIn(int x, int y, int size) const {
   return At(x, y) + (size - 1) * (std::min(0.0, perX) + std::min(0.0, perY));
 }
 
+std::int64_t Rasteriser::Edge::MostIn(int x, int y, int size) const {
+  return At(x, y) + (size - 1) * (std::int64_t{std::max(0, perX)} + std::max(0, perY));
+}
+
+std::int64_t Rasteriser::Edge::LeastIn(int x, int y, int size) const {
+  return At(x, y) + (size - 1) * (std::int64_t{std::min(0, perX)} + std::min(0, perY));
+}
+
 bool Rasteriser::Edge::Contains(const Edge& inner, int x, int y, int size) const {
-  const std::int64_t acrossX = std::int64_t{perX - inner.perX} * (size - 1);
-  const std::int64_t acrossY = std::int64_t{perY - inner.perY} * (size - 1);
-  return At(x, y) - inner.At(x, y) + std::min<std::int64_t>(0, acrossX) +
-             std::min<std::int64_t>(0, acrossY) >=
-         0;
+  const Edge gap{atOrigin - inner.atOrigin, perX - inner.perX, perY - inner.perY};
+  return gap.LeastIn(x, y, size) >= 0;
 }
 
 std::int64_t Rasteriser::Edge::MostOutside(int x, int y, int size) const {
@@ -220,12 +225,8 @@ bool Rasteriser::DrawSquare(const Setup& setup, int level, int x, int y, unsigne
   for (std::size_t i = 0; i < setup.edges.size(); ++i) {
     if ((crossing >> i & 1) == 0) continue;
     const Edge& edge = setup.edges[i];
-    const std::int64_t value = edge.At(firstX, firstY);
-    const std::int64_t acrossX = std::int64_t{edge.perX} * (size - 1);
-    const std::int64_t acrossY = std::int64_t{edge.perY} * (size - 1);
-    constexpr std::int64_t kNone = 0;
-    if (value + std::max(kNone, acrossX) + std::max(kNone, acrossY) < 0) return false;
-    if (value + std::min(kNone, acrossX) + std::min(kNone, acrossY) >= 0) crossing &= ~(1U << i);
+    if (edge.MostIn(firstX, firstY, size) < 0) return false;
+    if (edge.LeastIn(firstX, firstY, size) >= 0) crossing &= ~(1U << i);
   }
   Square& square = SquareAt(level, x, y);
   const std::int32_t nearest = setup.NearestIn(firstX, firstY, size);
@@ -240,17 +241,47 @@ bool Rasteriser::DrawSquare(const Setup& setup, int level, int x, int y, unsigne
     drawn = setup.steep ? DrawBlock<true>(setup, block, firstX, firstY, crossing)
                         : DrawBlock<false>(setup, block, firstX, firstY, crossing);
   } else {
-    const int below = bits - kEdgeBits;
-    const int right = std::min((x + 1) * kEdge - 1, setup.right >> below);
-    const int bottom = std::min((y + 1) * kEdge - 1, setup.bottom >> below);
-    for (int partY = std::max(y * kEdge, setup.top >> below); partY <= bottom; ++partY) {
-      for (int partX = std::max(x * kEdge, setup.left >> below); partX <= right; ++partX) {
-        if (DrawSquare(setup, level - 1, partX, partY, crossing)) drawn = true;
-      }
-    }
+    drawn = DrawParts(setup, level, x, y, crossing);
   }
   if (drawn) square.changed = true;
   if (!setup.steep) RenewCover(setup, level, x, y, crossing, drawn);
+  return drawn;
+}
+
+bool Rasteriser::DrawParts(const Setup& setup, int level, int x, int y, unsigned crossing) {
+  const int bits = level * kEdgeBits;
+  const int size = 1 << bits;
+  const int left = std::max(x * kEdge, setup.left >> bits);
+  const int right = std::min((x + 1) * kEdge - 1, setup.right >> bits);
+  const int top = std::max(y * kEdge, setup.top >> bits);
+  const int bottom = std::min((y + 1) * kEdge - 1, setup.bottom >> bits);
+  const std::vector<Square>& squares = levels_[static_cast<std::size_t>(level - 1)].squares;
+  // Most parts that are skipped are skipped here, with the least that decides.
+  std::array<std::int64_t, 3> firsts{};
+  std::array<std::int64_t, 3> perPart{};
+  std::array<std::int64_t, 3> perRow{};
+  for (std::size_t i = 0; i < setup.edges.size(); ++i) {
+    if ((crossing >> i & 1) == 0) continue;
+    const Edge& edge = setup.edges[i];
+    firsts[i] = edge.MostIn(left << bits, top << bits, size);
+    perPart[i] = std::int64_t{edge.perX} * size;
+    perRow[i] = std::int64_t{edge.perY} * size;
+  }
+  bool drawn = false;
+  for (int partY = top; partY <= bottom; ++partY) {
+    std::array<std::int64_t, 3> most = firsts;
+    const Square* square = &squares[static_cast<std::size_t>(
+        partY * levels_[static_cast<std::size_t>(level - 1)].width + left)];
+    for (int partX = left; partX <= right; ++partX, ++square) {
+      const bool outside = (most[0] | most[1] | most[2]) < 0;
+      for (std::size_t i = 0; i < most.size(); ++i) most[i] += perPart[i];
+      if (outside || setup.NearestIn(partX << bits, partY << bits, size) >= square->farthest) {
+        continue;
+      }
+      if (DrawSquare(setup, level - 1, partX, partY, crossing)) drawn = true;
+    }
+    for (std::size_t i = 0; i < firsts.size(); ++i) firsts[i] += perRow[i];
+  }
   return drawn;
 }
 

@@ -58,6 +58,8 @@ class Rasteriser {
     std::int64_t At(int x, int y) const {
       return atOrigin + std::int64_t{perX} * x + std::int64_t{perY} * y;
     }
+    std::int64_t MostIn(int x, int y, int size) const;
+    std::int64_t LeastIn(int x, int y, int size) const;
     /// Whether every sample of the square that is within `inner` is within this edge.
     bool Contains(const Edge& inner, int x, int y, int size) const;
     /// For an edge that crosses the square: of the samples outside, the value of the nearest one.
@@ -107,6 +109,8 @@ class Rasteriser {
   /// Draws what of the triangle is in the square; whether anything was drawn. The square is within
   /// those of the triangle's edges whose bit in `crossing` is 0.
   bool DrawSquare(const Setup& setup, int level, int x, int y, unsigned crossing);
+  bool DrawParts(const Setup& setup, int level, int x, int y, unsigned crossing);
+  /// Makes what the triangle fills of the square its cover, where that hides more.
   void RenewCover(const Setup& setup, int level, int x, int y, unsigned crossing, bool drawn);
   template <bool kIsSteep>
   bool DrawBlock(const Setup& setup, std::size_t block, int x, int y, unsigned crossing);
