@@ -77,6 +77,17 @@ TEST(RasteriserTest, ShowsAtEachSampleTheNearestTriangleThatCoversIt) {
           for (ScreenPoint& corner : triangle.corners) {
             if (flat) corner.depth = triangle.corners[0].depth;
           }
+          if (seed % 3 == 0 && triangles.size() > 1) {
+            // A stack: like the last but one, moved by little, and a little behind.
+            triangle.corners = triangles[triangles.size() - 2].corners;
+            for (ScreenPoint& corner : triangle.corners) {
+              corner.x += Between(random, -2, 12);
+              corner.y += Between(random, -12, 2);
+              corner.depth = std::min(kFarthestDepth, corner.depth + Between(random, 0, 200));
+            }
+            if (flat) triangle.corners[1].depth = triangle.corners[0].depth;
+            if (flat) triangle.corners[2].depth = triangle.corners[0].depth;
+          }
           const auto& [a, b, c] = triangle.corners;
           if (DoubleArea(a, b, c) != 0) triangles.push_back(Clockwise(triangle));
         }

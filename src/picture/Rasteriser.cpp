@@ -181,6 +181,7 @@ void Rasteriser::Draw(const ScreenTriangle& triangle, std::uint32_t id) {
 bool Rasteriser::IsCovered(const ScreenTriangle& triangle) const {
   const auto hides = [&](const Large& large) {
     const std::array<ScreenPoint, 3>& of = large.corners;
+    if (of == triangle.corners) return true;
     const Slopes& slopes = large.slopes;
     return std::ranges::all_of(triangle.corners, [&](const ScreenPoint& point) {
       const double x = (point.x - kHalfSample) / double{kPlacesPerSample};
@@ -307,8 +308,7 @@ void Rasteriser::RenewCover(const Setup& setup, int level, int x, int y, unsigne
 }
 
 template <bool kIsSteep>
-bool Rasteriser::DrawBlock(const Setup& setup, std::size_t block, int x, int y,
-                           unsigned crossing) {
+bool Rasteriser::DrawBlock(const Setup& setup, std::size_t block, int x, int y, unsigned crossing) {
   // An edge that does not cross the block decides nothing: 0 everywhere.
   static constexpr std::array<std::int32_t, kEdge> kNoSteps{};
   std::array<std::int32_t, 3> values{};

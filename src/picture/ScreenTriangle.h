@@ -30,6 +30,8 @@ struct ScreenPoint {
   std::int32_t x = 0;
   std::int32_t y = 0;
   std::int32_t depth = 0;
+
+  bool operator==(const ScreenPoint&) const = default;
 };
 
 struct ScreenTriangle {
