@@ -1,6 +1,5 @@
-// Times the drawing of a million triangles: a usual level, and what is hard for a rasteriser.
-#include <benchmark/benchmark.h>
-
+// Times the drawing of a million triangles: a usual level, and what is hard for a rasteriser. The label is
+// a hash of the pixels.
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -12,10 +11,10 @@
 #include <utility>
 #include <vector>
 
+#include <benchmark/benchmark.h>
+
 #include "picture/Camera.h"
 #include "picture/DrawModel.h"
-#include "picture/WritePng.h"
-#include <fstream>
 
 namespace mapexport {
 namespace {
@@ -44,8 +43,8 @@ ModelFile MakeModel(const Maker& maker) {
     ModelBatchFace& face = group.batches[0].faces.emplace_back();
     const Vector ab{double{b.x} - a.x, double{b.y} - a.y, double{b.z} - a.z};
     const Vector ac{double{c.x} - a.x, double{c.y} - a.y, double{c.z} - a.z};
-    const double towards = ab.y * ac.z - ab.z * ac.y - (ab.z * ac.x - ab.x * ac.z) +
-                           (ab.x * ac.y - ab.y * ac.x);
+    const double towards =
+        ab.y * ac.z - ab.z * ac.y - (ab.z * ac.x - ab.x * ac.z) + (ab.x * ac.y - ab.y * ac.x);
     const auto second = static_cast<std::uint16_t>(towards > 0 ? 2 : 1);
     face.vertices = {first, static_cast<std::uint16_t>(first + second),
                      static_cast<std::uint16_t>(first + 3 - second)};
@@ -75,7 +74,7 @@ Corners Ground(std::size_t index) {
   return {at(x, y), at(x + 1, y + 1), at(x, y + 1)};
 }
 
-Corners Random(std::size_t index, double flatness, double narrow) {
+Corners Random(std::size_t index, double narrow) {
   std::minstd_rand random(static_cast<unsigned>(index + 1));
   random.discard(3);
   std::uniform_real_distribution<double> place(0, kWide);
@@ -83,7 +82,7 @@ Corners Random(std::size_t index, double flatness, double narrow) {
   for (ModelPoint& corner : corners) {
     const double x = place(random);
     const double y = place(random);
-    corner = Point(x, y, place(random) * flatness);
+    corner = Point(x, y, place(random));
   }
   if (narrow > 0) {
     corners[2] = {corners[1].x, corners[1].y + static_cast<float>(narrow), corners[1].z};
@@ -116,16 +115,14 @@ std::vector<Case> Cases() {
       {"stack-downwards", [up](std::size_t i) { return Layer(i, kWide - up(i)); }},
       {"stack-of-triangles", [up](std::size_t i) { return Layer(0, up(i)); }},
       {"equal-layers", [](std::size_t i) { return Layer(i, 0); }},
-      {"flat-soup", [](std::size_t i) { return Random(i, 0, 0); }},
-      {"soup", [](std::size_t i) { return Random(i, 1, 0); }},
-      {"needles", [](std::size_t i) { return Random(i, 1, 0.01); }},
+      {"soup", [](std::size_t i) { return Random(i, 0); }},
+      {"needles", [](std::size_t i) { return Random(i, 0.01); }},
       {"fan", [](std::size_t i) { return Blade(i, 1, 0); }},
-      {"fan-of-wide-blades", [](std::size_t i) { return Blade(i, 1e5, 0); }},
       {"spiral-of-wide-blades", [step](std::size_t i) { return Blade(i, 1e5, step); }},
   };
 }
 
-void Measure(benchmark::State& state, const Maker& maker, std::size_t view, const std::string& name) {
+void Measure(benchmark::State& state, const Maker& maker, std::size_t view) {
   const ModelFile model = MakeModel(maker);
   for ([[maybe_unused]] auto _ : state) {
     Picture picture = DrawModel(model, PageSpace(model, 2), FaceColours(model, Colouring::kBatch),
@@ -133,10 +130,6 @@ void Measure(benchmark::State& state, const Maker& maker, std::size_t view, cons
     std::uint64_t hash = 14695981039346656037U;
     for (int i = 0; i < 1200 * 800; ++i) {
       for (const std::uint8_t channel : picture.Row(0)[i]) hash = (hash ^ channel) * 1099511628211U;
-    }
-    if (const char* dir = std::getenv("PIC_DIR")) {
-      std::ofstream out(std::string(dir) + "/" + name + ".png");
-      WritePng(picture, out);
     }
     state.SetLabel(std::to_string(hash));
   }
@@ -151,10 +144,9 @@ int main(int argc, char** argv) {
   const std::array<const char*, 4> views{"iso", "top", "front", "side"};
   for (const Case& each : Cases()) {
     for (std::size_t view = 0; view < views.size(); ++view) {
-      benchmark::RegisterBenchmark((each.name + '/' + views[view]).c_str(),
-                                   [each, view](benchmark::State& state) {
-                                     Measure(state, each.maker, view, each.name + std::to_string(view));
-                                   })
+      benchmark::RegisterBenchmark(
+          (each.name + '/' + views[view]).c_str(),
+          [each, view](benchmark::State& state) { Measure(state, each.maker, view); })
           ->Iterations(1)
           ->Unit(benchmark::kMillisecond);
     }

@@ -4,9 +4,11 @@
 #
 #   bench.sh [--quick] [--renew]
 #   bench.sh --split
+#   bench.sh --picture
 #
 # --quick measures only the 130k level, with fewer repetitions: one minute instead of eight.
 # --split measures only exports with --split beside those without, up to ten million triangles.
+# --picture measures only the drawing of pictures: a usual level beside what is hard to draw.
 # --renew puts the table into docs/performance.md. Results are in build/bench/results.
 set -euo pipefail
 unset CDPATH
@@ -20,6 +22,7 @@ long_repetitions=15 # what takes long, or is many
 runs=21 # of whole processes, which vary most
 report=()
 split=
+picture=
 for argument in "$@"; do
   case $argument in
     --quick)
@@ -29,9 +32,10 @@ for argument in "$@"; do
       runs=3
       ;;
     --split) split=1 ;;
+    --picture) picture=1 ;;
     --renew) report=(--renew "$root/docs/performance.md") ;;
     *)
-      echo "usage: bench.sh [--quick] [--renew] | --split" >&2
+      echo "usage: bench.sh [--quick] [--renew] | --split | --picture" >&2
       exit 2
       ;;
   esac
@@ -48,6 +52,9 @@ levels=build/bench/levels
 results=build/bench/results
 rm -rf -- "$levels" "$results"
 mkdir -p -- "$levels" "$results"
+if [[ -n $picture ]]; then
+  exec "$programs/PictureBench"
+fi
 if [[ -n $split ]]; then
   exec python3 -B bench/measure_split.py build/bench/bin/mapexport "$programs/make_level" "$levels"
 fi
