@@ -212,5 +212,47 @@ TEST_F(ProgramTest, PicturesAreTheSameFromAllCoordinateSystems) {
   }
 }
 
+TEST_F(ProgramTest, FileManagersKnowWrittenFilesAndDrawThem) {
+  const fs::path desktop = MAPEXPORT_SOURCE_DIR "/desktop";
+  ASSERT_EQ(Export("a.kob").status + Export("b.qob").status, 0);
+  ASSERT_EQ(Run({"scene", scene_, "-o", "c.scene.bin"}).status, 0);
+  const std::string types = Content(desktop / "mapexport.xml");
+  const std::regex match("offset=\"(\\d+)\" value=\"([^\"]+)\"");
+  std::vector<std::string> found;
+  for (std::sregex_iterator i(types.begin(), types.end(), match), end; i != end; ++i) {
+    std::string value;
+    const std::string text = (*i)[2];
+    for (std::size_t at = 0; at < text.size(); ++at) {
+      const bool isByte = text[at] == '\\';  // \xNN
+      value +=
+          isByte ? static_cast<char>(std::stoi(text.substr(at + 2, 2), nullptr, 16)) : text[at];
+      if (isByte) at += 3;
+    }
+    found.emplace_back();
+    for (const char* const file : {"a.kob", "b.qob", "c.scene.bin"}) {
+      const bool is = Content(work_ / file).substr(std::stoul((*i)[1]), value.size()) == value;
+      found.back() += is ? '1' : '0';
+    }
+  }
+  EXPECT_THAT(found, testing::ElementsAre("110", "110", "001"));
+
+  std::istringstream lines(Content(desktop / "mapexport.thumbnailer"));
+  std::string line;
+  while (!line.starts_with("Exec=mapexport ")) ASSERT_TRUE(std::getline(lines, line));
+  std::istringstream words(line.substr(line.find(' ')));
+  std::vector<std::string> arguments;
+  for (std::string word; words >> word;) {
+    if (word == "%sx%s") word = "128x128";
+    if (word == "%o") word = "out.png";
+    if (word == "%i") word = work_ / "a.kob";
+    arguments.push_back(word);
+  }
+  Write(work_ / "out.png", "");  // file managers make it first
+  EXPECT_EQ(Run(arguments).status, 0);
+  EXPECT_THAT(Content(work_ / "out.png"), StartsWith("\x89PNG"));
+  Write(work_ / "a.kob", Content(work_ / "a.kob").substr(0, 500));
+  EXPECT_EQ(Run(arguments).status, 1);
+}
+
 }  // namespace
 }  // namespace mapexport
