@@ -1,11 +1,27 @@
-// Starts the system's Chromium without a window and without the network, for a page in a file.
+// Starts the system's Chromium without a window and without the network, for a page in a file; with
+// BROWSER=firefox in the environment Firefox ESR, whose WebGL needs a display.
+import { createHash } from 'node:crypto';
 import { createRequire } from 'node:module';
 import { join, resolve } from 'node:path';
 import { pathToFileURL } from 'node:url';
 
+/** What Playwright puts into a page before it takes a picture. The page refuses it; Firefox says so. */
+const kDriversStyle = createHash('sha256').update('body {}').digest('base64');
+
+const isFirefox = process.env.BROWSER === 'firefox';
+
 /** `packages` is the folder whose node_modules hold playwright-core. */
 export async function startBrowser(packages) {
-  const { chromium } = createRequire(join(resolve(packages), 'package.json'))('playwright-core');
+  const playwright = createRequire(join(resolve(packages), 'package.json'))('playwright-core');
+  const { chromium, firefox } = playwright;
+  if (isFirefox) {
+    return firefox.launch({
+      channel: 'moz-firefox', // driven by WebDriver BiDi
+      executablePath: process.env.FIREFOX ?? '/usr/bin/firefox-esr',
+      headless: false,
+      firefoxUserPrefs: { 'webgl.force-enabled': true },
+    });
+  }
   return chromium.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
     args: [
@@ -33,7 +49,9 @@ export async function openPage(
   const page = await browser.newPage({ viewport: { width, height }, colorScheme: scheme });
   const url = pathToFileURL(resolve(file)).href;
   const trouble = [];
-  page.on('pageerror', (error) => trouble.push(`error: ${error.message}`));
+  page.on('pageerror', ({ message }) => {
+    if (!message.includes(kDriversStyle)) trouble.push(`error: ${message}`);
+  });
   page.on('console', (message) => {
     // The software renderer tells that reading pixels is slow; it is not the page's doing.
     const isNoise = message.text().includes('GPU stall due to ReadPixels');

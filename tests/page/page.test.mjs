@@ -25,6 +25,7 @@ import {
   sources,
   yard,
 } from './pages.mjs';
+import './picture.test.mjs';
 import './tools.test.mjs';
 
 /** An upright quad of two triangles that faces -y in the scene, x from `left`. */
