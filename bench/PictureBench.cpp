@@ -1,5 +1,5 @@
-// Times the drawing of a million triangles: a usual level, and what is hard for a rasteriser. The label is
-// a hash of the pixels.
+// Times the drawing of a million triangles: a usual level, and what is hard for a rasteriser. The
+// label is a hash of the pixels.
 #include <array>
 #include <cmath>
 #include <cstddef>

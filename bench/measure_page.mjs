@@ -1,5 +1,5 @@
-// Processor time that Chromium needs to open the page of a model: the page's process, the process that
-// draws by software what a graphics card would, and the other processes of the browser:
+// Processor time that Chromium needs to open the page of a model: the page's process, the process
+// that draws by software what a graphics card would, and the other processes of the browser:
 //   node bench/measure_page.mjs MAPEXPORT PACKAGES MODEL [RUNS]
 // PACKAGES is build/release/page-test.
 import { execFileSync } from 'node:child_process';

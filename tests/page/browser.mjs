@@ -5,7 +5,7 @@ import { createRequire } from 'node:module';
 import { join, resolve } from 'node:path';
 import { pathToFileURL } from 'node:url';
 
-/** What Playwright puts into a page before it takes a picture. The page refuses it; Firefox says so. */
+/** What Playwright puts into a page before a picture. The page refuses it; Firefox says so. */
 const kDriversStyle = createHash('sha256').update('body {}').digest('base64');
 
 const isFirefox = process.env.BROWSER === 'firefox';

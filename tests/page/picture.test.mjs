@@ -84,7 +84,8 @@ test('the page and a picture agree within a pixel on what is where', async () =>
       const { page } = await openPage(browser, file, { width: 600, height: 400, hash });
       await page.evaluate(() => {
         // Only the view, in the whole window.
-        document.getElementById('stage').style.cssText = 'position: fixed; inset: 0; width: 100%; height: 100%';
+        const { style } = document.getElementById('stage');
+        style.cssText = 'position: fixed; inset: 0; width: 100%; height: 100%';
         for (const other of document.querySelectorAll('#stage > :not(#view)')) {
           other.style.visibility = 'hidden';
         }
