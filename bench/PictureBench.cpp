@@ -90,15 +90,12 @@ Corners Random(std::size_t index, double narrow) {
   return corners;
 }
 
-/// Blades around an axis, each as wide as `blades` of the equal parts of a turn.
-Corners Blade(std::size_t index, double blades, double rise) {
+/// Blades around an axis, side by side.
+Corners Blade(std::size_t index) {
   const double part = 2 * std::numbers::pi / kDouble;
   const double turn = static_cast<double>(index) * part;
-  const double height = static_cast<double>(index) * rise;
-  const auto rim = [&](double at) {
-    return Point(kWide * std::cos(at), kWide * std::sin(at), height);
-  };
-  return {Point(0, 0, height + 10), rim(turn), rim(turn + part * blades)};
+  const auto rim = [&](double at) { return Point(kWide * std::cos(at), kWide * std::sin(at), 0); };
+  return {Point(0, 0, 10), rim(turn), rim(turn + part)};
 }
 
 struct Case {
@@ -117,8 +114,7 @@ std::vector<Case> Cases() {
       {"equal-layers", [](std::size_t i) { return Layer(i, 0); }},
       {"soup", [](std::size_t i) { return Random(i, 0); }},
       {"needles", [](std::size_t i) { return Random(i, 0.01); }},
-      {"fan", [](std::size_t i) { return Blade(i, 1, 0); }},
-      {"spiral-of-wide-blades", [step](std::size_t i) { return Blade(i, 1e5, step); }},
+      {"fan", Blade},
   };
 }
 
