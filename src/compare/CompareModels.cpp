@@ -174,7 +174,8 @@ bool MaterialDifference::Changed() const {
   return material[0] == nullptr || material[1] == nullptr || fieldsDiffer || triangles.Changed();
 }
 
-ModelDifference CompareModels(const ModelFile& first, const ModelFile& second) {
+ModelDifference CompareModels(const ModelFile& first, const ModelFile& second,
+                              Both<TriangleMarks>* marks) {
   const Both<const ModelFile*> models{&first, &second};
   ModelDifference difference;
   Both<SharedNumbers> numbers;
@@ -187,7 +188,9 @@ ModelDifference CompareModels(const ModelFile& first, const ModelFile& second) {
   }
   MatchMaterials(models, difference, numbers);
   MatchSets(models, difference, numbers);
-  CountTriangles(NumberTriangles(models, numbers), difference);
+  std::vector<ModelTriangle> triangles = NumberTriangles(models, numbers);
+  CountTriangles(triangles, difference);
+  if (marks != nullptr) *marks = MarkTriangles(std::move(triangles));
   if (!SameContent(difference)) return difference;
   difference.result =
       SameOrder(first, second) ? ModelComparison::kEqual : ModelComparison::kOrderDiffers;

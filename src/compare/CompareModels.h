@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "compare/ModelTriangles.h"
+#include "compare/TriangleMarks.h"
 #include "modelreader/ModelFile.h"
 #include "modelreader/ModelSummary.h"
 
@@ -69,7 +70,8 @@ struct ModelDifference {
 /// by name, surface sets by name and flags, and the triangles: each with its material, its set, its
 /// plane and its corners. In which groups and batches they are, and in which order anything is,
 /// belongs to the order. Numbers are compared bit by bit. Between two layouts, of which one has no
-/// surface sets, these don't count.
-ModelDifference CompareModels(const ModelFile& first, const ModelFile& second);
+/// surface sets, these don't count. `marks`, unless it is null, gets the marks of the triangles.
+ModelDifference CompareModels(const ModelFile& first, const ModelFile& second,
+                              Both<TriangleMarks>* marks = nullptr);
 
 }  // namespace mapexport

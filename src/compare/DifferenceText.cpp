@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "compare/DifferenceTables.h"
 #include "compare/MaterialFields.h"
 #include "compare/WriteDifference.h"
 #include "modelreader/TextTable.h"
@@ -61,44 +62,44 @@ class ChangeTable {
  public:
   void Add(bool isIn0, bool isIn1, std::string name, const TriangleTally& triangles,
            std::string changes) {
-    if (++rows_ > kMaxRows) return;
+    if (table_.rows.size() == kMaxRows) {
+      ++table_.more;
+      return;
+    }
     if (isIn0 && isIn1 && triangles.bounds[0] != triangles.bounds[1]) {
       AppendChange(changes, "bounds", {Shown(triangles.bounds[0]), Shown(triangles.bounds[1])});
     }
-    table_.AddRow({isIn0 && isIn1 ? "~"
-                   : isIn0        ? "-"
-                                  : "+",
-                   std::move(name), std::to_string(triangles.count[0]),
-                   std::to_string(triangles.count[1]), std::to_string(triangles.only[0]),
-                   std::to_string(triangles.only[1]), std::move(changes)});
+    table_.rows.push_back({isIn0 && isIn1 ? "~"
+                           : isIn0        ? "-"
+                                          : "+",
+                           std::move(name), std::to_string(triangles.count[0]),
+                           std::to_string(triangles.count[1]), std::to_string(triangles.only[0]),
+                           std::to_string(triangles.only[1]), std::move(changes)});
   }
 
-  void Write(std::string_view title, std::ostream& out) const {
-    if (rows_ == 0) return;
-    out << fmt::format("\n{}\n", title);
-    table_.Write(2, out);
-    if (rows_ > kMaxRows) out << fmt::format("    ... and {} more\n", rows_ - kMaxRows);
+  DifferenceTable Take(std::string title) {
+    table_.title = std::move(title);
+    return std::move(table_);
   }
 
  private:
-  std::size_t rows_ = 0;
-  TextTable table_{{{""},
-                    {"name"},
-                    {"triangles A", kRight},
-                    {"B", kRight},
-                    {"only in A", kRight},
-                    {"only in B", kRight},
-                    {"changes"}}};
+  DifferenceTable table_{"",
+                         {{""},
+                          {"name"},
+                          {"triangles A", kRight},
+                          {"B", kRight},
+                          {"only in A", kRight},
+                          {"only in B", kRight},
+                          {"changes"}},
+                         {}};
 };
 
-void WriteCounts(const ModelDifference& difference, std::ostream& out) {
-  TextTable table({{""}, {"A"}, {"B"}});
-  bool isEmpty = true;
+DifferenceTable TableOfCounts(const ModelDifference& difference) {
+  DifferenceTable table{"", {{""}, {"A"}, {"B"}}, {}};
   const auto add = [&](std::string_view what, const auto& valueOf) {
     const Both<std::string> values{valueOf(0U), valueOf(1U)};
     if (values[0] == values[1]) return;
-    table.AddRow({std::string(what), values[0], values[1]});
-    isEmpty = false;
+    table.rows.push_back({std::string(what), values[0], values[1]});
   };
   const auto count = [&](std::string_view what, std::size_t ModelSummary::*member) {
     add(what, [&](std::size_t i) { return std::to_string(difference.summary[i].*member); });
@@ -113,12 +114,10 @@ void WriteCounts(const ModelDifference& difference, std::ostream& out) {
   count("drawn triangles", &ModelSummary::drawn);
   count("collision only", &ModelSummary::undrawn);
   add("bounds", [&](std::size_t i) { return Shown(difference.triangles.bounds[i]); });
-  if (isEmpty) return;
-  out << '\n';
-  table.Write(2, out);
+  return table;
 }
 
-void WriteMaterials(const ModelDifference& difference, std::ostream& out) {
+DifferenceTable TableOfMaterials(const ModelDifference& difference) {
   ChangeTable table;
   for (const MaterialDifference& each : difference.materials) {
     if (!each.Changed()) continue;
@@ -138,10 +137,10 @@ void WriteMaterials(const ModelDifference& difference, std::ostream& out) {
   if (difference.undrawn.Changed()) {
     table.Add(true, true, "(collision only)", difference.undrawn, "");
   }
-  table.Write("Materials", out);
+  return table.Take("Materials");
 }
 
-void WriteSets(const ModelDifference& difference, std::ostream& out) {
+DifferenceTable TableOfSets(const ModelDifference& difference) {
   ChangeTable table;
   for (const SetDifference& each : difference.sets) {
     if (!each.Changed()) continue;
@@ -152,7 +151,7 @@ void WriteSets(const ModelDifference& difference, std::ostream& out) {
               fmt::format("{} [{}]", Name(each.name), FlagKeywords(a ? *a : *b)), each.triangles,
               std::move(changes));
   }
-  table.Write("Surface sets", out);
+  return table.Take("Surface sets");
 }
 
 std::string Headline(const ModelDifference& difference) {
@@ -174,11 +173,27 @@ std::string Headline(const ModelDifference& difference) {
 
 }  // namespace
 
+DifferenceTexts TextsOf(const ModelDifference& difference) {
+  DifferenceTexts texts{Headline(difference), {}};
+  for (auto* const make : {TableOfCounts, TableOfMaterials, TableOfSets}) {
+    if (DifferenceTable table = make(difference); !table.rows.empty()) {
+      texts.tables.push_back(std::move(table));
+    }
+  }
+  return texts;
+}
+
 void WriteDifferenceText(const ModelDifference& difference, std::ostream& out) {
-  out << Headline(difference) << '\n';
-  WriteCounts(difference, out);
-  WriteMaterials(difference, out);
-  WriteSets(difference, out);
+  const DifferenceTexts texts = TextsOf(difference);
+  out << texts.headline << '\n';
+  for (const DifferenceTable& each : texts.tables) {
+    out << '\n';
+    if (!each.title.empty()) out << each.title << '\n';
+    TextTable table(each.columns);
+    for (const std::vector<std::string>& row : each.rows) table.AddRow(row);
+    table.Write(2, out);
+    if (each.more > 0) out << fmt::format("    ... and {} more\n", each.more);
+  }
 }
 
 }  // namespace mapexport

@@ -19,6 +19,7 @@ struct PlacedTriangle {
   std::uint32_t material = kNoMaterial;
   std::uint32_t set = kNoSet;
   std::uint32_t model = 0;
+  std::uint32_t index = 0;  ///< as of ModelTriangle
 };
 
 template <class... Floats>
@@ -71,7 +72,7 @@ std::uint64_t HashOf(const Content& content) {
 /// For each batch, the shared numbers of its faces' surface sets; adds the undrawn faces to `all`.
 std::vector<std::vector<std::uint32_t>> ReadFaceTable(const ModelGroup& group,
                                                       const std::vector<std::uint32_t>& sets,
-                                                      std::uint32_t model,
+                                                      std::uint32_t model, std::uint32_t& undrawn,
                                                       std::vector<PlacedTriangle>& all) {
   std::vector<std::vector<std::uint32_t>> setsOf(group.batches.size());
   // How often each position of a batch has occurred. Positions have 16 bits: in a longer batch, one
@@ -82,7 +83,7 @@ std::vector<std::vector<std::uint32_t>> ReadFaceTable(const ModelGroup& group,
     const ModelFace& face = group.faces[i];
     const std::uint32_t set = sets[face.surfaceSet];
     if (face.batch < 0) {
-      all.push_back({0, &group, nullptr, i, plane++, kUndrawn, set, model});
+      all.push_back({0, &group, nullptr, i, plane++, kUndrawn, set, model, undrawn++});
       continue;
     }
     const auto batch = static_cast<std::size_t>(face.batch);
@@ -97,9 +98,11 @@ std::vector<std::vector<std::uint32_t>> ReadFaceTable(const ModelGroup& group,
 
 void Place(const ModelFile& file, const SharedNumbers& numbers, std::uint32_t model,
            std::vector<PlacedTriangle>& all) {
+  std::uint32_t drawn = 0;
+  std::uint32_t undrawn = 0;
   for (std::size_t g = 0; g < file.groups.size(); ++g) {
     const ModelGroup& group = file.groups[g];
-    const auto setsOf = ReadFaceTable(group, numbers.sets[g], model, all);
+    const auto setsOf = ReadFaceTable(group, numbers.sets[g], model, undrawn, all);
     for (std::size_t b = 0; b < group.batches.size(); ++b) {
       const ModelBatch& batch = group.batches[b];
       const std::uint32_t material =
@@ -107,7 +110,7 @@ void Place(const ModelFile& file, const SharedNumbers& numbers, std::uint32_t mo
                              : numbers.materials[static_cast<std::size_t>(batch.material)];
       for (std::uint32_t i = 0; i < batch.faces.size(); ++i) {
         const std::uint32_t set = setsOf[b].empty() ? kNoSet : setsOf[b][i];
-        all.push_back({0, &group, &batch, i, 0, material, set, model});
+        all.push_back({0, &group, &batch, i, 0, material, set, model, drawn++});
       }
     }
   }
@@ -143,7 +146,7 @@ std::vector<ModelTriangle> NumberTriangles(const Both<const ModelFile*>& models,
     const std::uint32_t last = numbered.empty() ? 0 : numbered.back().content;
     const bool isNew = !numbered.empty() && content != previous;
     numbered.push_back({isNew ? last + 1 : last, triangle.material, triangle.set, triangle.model,
-                        PointsOf(content)});
+                        triangle.index, PointsOf(content)});
     previous = content;
   }
   return numbered;

@@ -31,6 +31,9 @@ struct ModelTriangle {
   std::uint32_t material = kNoMaterial;  ///< shared number; kUndrawn for collision only
   std::uint32_t set = kNoSet;            ///< shared number
   std::uint32_t model = 0;               ///< 0 or 1
+  /// Which one of the model's drawn triangles, by group, batch and face, or of its undrawn ones, by
+  /// group and face table.
+  std::uint32_t index = 0;
   std::array<ModelPoint, 3> points;
 };
 
