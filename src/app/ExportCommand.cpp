@@ -24,7 +24,9 @@
 #include "app/export/CheckExport.h"
 #include "app/export/EffectiveOptions.h"
 #include "app/export/ExportArguments.h"
+#include "app/export/ExportAside.h"
 #include "app/export/ExportRemarks.h"
+#include "app/export/ExportRun.h"
 #include "app/export/ExportScenes.h"
 #include "app/export/ExportSettings.h"
 #include "app/export/ExportSystem.h"
@@ -54,45 +56,6 @@
 
 namespace mapexport {
 namespace {
-
-/// The export of one scene.
-struct ExportRun {
-  /// `repeatedRun` is null, or the run that this one repeats.
-  ExportRun(const ExportArguments& given, const RecordedRun* repeatedRun)
-      : arguments(given),
-        repeated(repeatedRun),
-        messages(given.quiet, given.scene.path),
-        stages(given.quiet),
-        inputs(NamedInputs(given)),
-        reportOutput(FindReportTarget(given, inputs), [this](std::ostream& out) {
-          WriteReport(report, messages.Told(), stages.Times(), out);
-        }) {
-    report.scene = given.scene.path;
-    report.output = ModelPath(given.output);
-    report.seed = given.seed.value_or(ClockSeed());
-  }
-  ExportRun(const ExportRun&) = delete;
-  ExportRun& operator=(const ExportRun&) = delete;
-
-  const ExportArguments& arguments;
-  const RecordedRun* repeated;
-  Messages messages;
-  Stages stages;
-  RunReport report;
-  TakenFiles inputs;  ///< files that are read, as far as known
-  std::vector<std::string> shapingFiles;
-  std::optional<OutputTarget> page;  ///< of --view
-  ReportOutput reportOutput;
-  std::unique_ptr<Presenter> windows;  ///< null without --dialog
-  std::optional<SettingsStore> settings;
-  std::function<void()> computed;  ///< called before files are put in place; may be empty
-  /// For several scenes or --watch: what belongs into a SceneResult.
-  bool isForCaller = false;
-  std::vector<RegistryChange> changedSettings;
-  std::vector<std::string> sideFiles;          ///< of the scene
-  std::string rule;                            ///< of --depfile, if it is wanted
-  Remark exported = MakeNote("exported", "");  ///< what the output is, once it is in its place
-};
 
 void ShowStatus(ExportRun& run, const std::string& status) {
   if (run.windows) run.windows->ShowStatus(status + run.messages.WarningParagraphs());
@@ -159,6 +122,11 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
   TellPlaced(places, run.messages, tellMore);
 }
 
+/// The place of a model that never gets there.
+OutputTarget AsideTarget(const ExportArguments& arguments) {
+  return {arguments.output, arguments.output, std::nullopt, false};
+}
+
 /// Refuses outputs that are also read.
 void RequireFree(ExportRun& run, const OutputTarget& model,
                  const std::optional<OutputTarget>& depFile) {
@@ -204,9 +172,10 @@ void Export(ExportRun& run) {
   const ExportArguments& arguments = run.arguments;
   const std::string& output = run.report.output;
   if (arguments.verbose && !run.isForCaller) NoteVersions(run.messages);
-  const OutputTarget target = FindModelTarget(arguments, run.inputs);
+  const OutputTarget target =
+      run.useAside ? AsideTarget(arguments) : FindModelTarget(arguments, run.inputs);
   const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments, run.inputs);
-  run.page = FindPageTarget(arguments, run.inputs);
+  if (!run.page) run.page = FindPageTarget(arguments, run.inputs);
   if (!run.settings) run.settings = OpenSettings(arguments, run.messages);
   SettingsStore& settings = *run.settings;
   AddRememberedInputs(arguments, settings, run.inputs);
@@ -279,6 +248,7 @@ void Export(ExportRun& run) {
   const std::vector<TextureCopy> copies = TakeTextures(run, target, depFile);
   run.stages.End();
   if (arguments.verbose) NoteTimes(run.stages, run.messages);
+  if (run.useAside) return run.useAside(place);
   RequireNoWarning(arguments, output, run.messages.Told());
   CopyTextures(copies, run.messages);
   // Other exports may have copied other files of the same names meanwhile.
@@ -385,6 +355,25 @@ ExitStatus Run(const CommandLine& line) {
 }
 
 }  // namespace
+
+ExitStatus ExportAside(CommandLine line, const OutputTarget& taken, const UseAside& use) {
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+  if (error) throw RunError("the temporary folder: " + ErrnoText(error.value()));
+  line.positionals.push_back(folder / (NamePart(line.positionals.front()) + ".kob"));
+  for (const char* const flag : {"no-log", "quiet"}) line.options.try_emplace(flag, 1);
+  OptionOrigins origins;
+  const std::optional<std::string> optionsFile = AddFileOptions(line, origins);
+  ExportArguments arguments = ReadExportArguments(line);
+  arguments.optionsFile = optionsFile;
+  ExportRun run(arguments, nullptr);
+  run.report.output = run.report.scene;  // what messages name
+  run.page = taken;
+  run.isForCaller = true;  // which saves no settings
+  run.useAside = [&](const OutputPlace& model) { use(model.File(), run.report); };
+  Export(run);
+  return run.report.status;
+}
 
 CommandInfo ExportCommand() {
   return {.name = "export",

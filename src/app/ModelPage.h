@@ -10,6 +10,7 @@
 #include "modelreader/ModelFile.h"
 #include "output/OutputPlace.h"
 #include "output/OutputTarget.h"
+#include "view/ViewComparison.h"
 
 namespace mapexport {
 
@@ -20,9 +21,11 @@ void RequirePageBuilt(const std::string& who);
 std::string PagePath(const std::string& model);
 
 /// What writes the page of `model`, which is or will be the file at `path` and was exported with
-/// that coordinate system, 0 to 3. Throws RunError when the model is too large for a page.
+/// that coordinate system, 0 to 3. `comparison`, unless it is null, is with another model. Throws
+/// RunError when there is too much for a page.
 std::function<void(std::ostream&)> PageWriter(const ModelFile& model, const std::string& path,
-                                              int coordinateSystem);
+                                              int coordinateSystem,
+                                              const ViewComparison* comparison = nullptr);
 
 /// The page of the model that is to be placed by `model` and that `report` is about. Throws
 /// RunError.

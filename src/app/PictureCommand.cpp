@@ -3,12 +3,13 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <fmt/format.h>
 
 #include "app/Commands.h"
-#include "app/LoadModel.h"
 #include "app/Messages.h"
+#include "app/ShownModel.h"
 #include "app/WriteOutput.h"
 #include "cli/CommandLine.h"
 #include "cli/OptionReading.h"
@@ -16,7 +17,6 @@
 #include "cli/SharedOptions.h"
 #include "modelreader/ModelSummary.h"
 #include "output/OutputTarget.h"
-#include "output/TakenFiles.h"
 #include "picture/DrawModel.h"
 #include "picture/DrawSheet.h"
 #include "picture/WritePng.h"
@@ -27,7 +27,7 @@
 namespace mapexport {
 namespace {
 
-constexpr std::array kPositionals{kModelPositional};
+constexpr std::array kPositionals{kShownPositional};
 constexpr std::array kViews{"iso", "top", "front", "side"};      // in the order of NamedView
 constexpr std::array kColourings{"material", "batch", "flags"};  // in the order of Colouring
 constexpr OptionInfo kFrom{
@@ -46,15 +46,7 @@ constexpr OptionInfo kColour{
         "what triangles are coloured by: material (the default), batch or flags, with the "
         "colours of the page of view",
     .words = kColourings};
-constexpr OptionInfo kCoordinates{
-    .name = "coordinates",
-    .kind = OptionKind::kRow,
-    .argument = "SYSTEM",
-    .help =
-        "the coordinate system that the file was exported with, left-handed unless given; the "
-        "picture shows the level upright by it",
-    .rows = kCoordinateSystems};
-constexpr std::array kOptions{
+constexpr std::array kOwnOptions{
     OptionInfo{.name = "output",
                .kind = OptionKind::kText,
                .argument = "FILE",
@@ -74,8 +66,6 @@ constexpr std::array kOptions{
     OptionInfo{.name = "sheet",
                .kind = OptionKind::kFlag,
                .help = "one sheet with all four views and the numbers"},
-    kCoordinates,
-    kLayoutOption,
 };
 static_assert(kMaxPictureEdge == 4096, "the help says so");
 
@@ -108,15 +98,12 @@ struct PictureArguments {
   std::optional<std::string> link;
   bool sheet = false;
   Colouring colouring = Colouring::kMaterial;
-  int coordinateSystem = 0;  ///< 0 to 3
-  std::optional<ModelLayout> layout;
 };
 
-/// Of a page's link, unless the option gives another.
-int SystemOf(const CommandLine& line) {
-  if (const auto system = RowValue(line, kCoordinates)) return *system;
-  const std::optional<std::string> link = line.Value("camera");
-  const auto exported = link ? LinkPart(*link, "exported") : std::nullopt;
+/// That of the model, or else of a page's link.
+int SystemOf(const ShownModel& shown, const PictureArguments& arguments) {
+  if (shown.coordinateSystem) return *shown.coordinateSystem;
+  const auto exported = arguments.link ? LinkPart(*arguments.link, "exported") : std::nullopt;
   return exported ? ParseRow(kCoordinateSystems, *exported).value_or(0) : 0;
 }
 
@@ -142,9 +129,7 @@ PictureArguments Read(const CommandLine& line) {
           .view = static_cast<NamedView>(WordValue(line, kFrom).value_or(0)),
           .link = line.Value("camera"),
           .sheet = line.Has("sheet"),
-          .colouring = static_cast<Colouring>(WordValue(line, kColour).value_or(0)),
-          .coordinateSystem = SystemOf(line),
-          .layout = LayoutValue(line)};
+          .colouring = static_cast<Colouring>(WordValue(line, kColour).value_or(0))};
 }
 
 /// Draws a model file; defects of the file go to standard error.
@@ -152,17 +137,15 @@ ExitStatus Run(const CommandLine& line) {
   const PictureArguments arguments = Read(line);
   Messages messages(false);
   const OutputTarget target = FindOutput(arguments.output);
-  TakenFiles inputs;
-  inputs.Add(arguments.file, "model file");
-  inputs.RequireFree(target);
-  const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
+  RequireEffect(line, std::array{arguments.file});
+  const std::optional<ShownModel> loaded = LoadShownModel(line, arguments.file, target, messages);
   if (!loaded) return ExitStatus::kFailed;
   const ModelFile& model = loaded->model;
   if (arguments.colouring == Colouring::kFlags && model.layout == ModelLayout::kQob) {
     throw RunError(arguments.file +
                    ": this layout has no flags to colour by; .kob files have them");
   }
-  const PageSpace space(model, arguments.coordinateSystem);
+  const PageSpace space(model, SystemOf(*loaded, arguments));
   std::optional<Camera> camera = kNamedViews.at(static_cast<std::size_t>(arguments.view));
   if (arguments.link) camera = CameraOfLink(*arguments.link, space);
   if (!camera) {
@@ -184,8 +167,9 @@ ExitStatus Run(const CommandLine& line) {
 }  // namespace
 
 CommandInfo PictureCommand() {
+  static const std::vector<OptionInfo> kOptions = ShownOptions(kOwnOptions);
   return {.name = "picture",
-          .summary = "draws a model file as a PNG picture",
+          .summary = "draws a model file or a scene as a PNG picture",
           .positionals = kPositionals,
           .options = kOptions,
           .run = Run};

@@ -1,19 +1,21 @@
 // The command `view`.
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "app/Commands.h"
-#include "app/LoadModel.h"
 #include "app/Messages.h"
 #include "app/ModelPage.h"
+#include "app/ShownModel.h"
 #include "app/WriteOutput.h"
 #include "cli/CommandLine.h"
 #include "cli/OptionReading.h"
-#include "cli/SharedOptions.h"
 #include "output/OutputTarget.h"
-#include "output/TakenFiles.h"
+#include "system/FileIdentity.h"
 #include "system/PrintableText.h"
 #include "system/RunError.h"
 #include "system/StandardOutput.h"
@@ -21,16 +23,8 @@
 namespace mapexport {
 namespace {
 
-constexpr std::array kPositionals{kModelPositional};
-constexpr OptionInfo kCoordinates{
-    .name = "coordinates",
-    .kind = OptionKind::kRow,
-    .argument = "SYSTEM",
-    .help =
-        "the coordinate system that the file was exported with, left-handed unless given; "
-        "the page shows the level upright by it",
-    .rows = kCoordinateSystems};
-constexpr std::array kOptions{
+constexpr std::array kPositionals{kShownPositional};
+constexpr std::array kOwnOptions{
     OptionInfo{
         .name = "output",
         .kind = OptionKind::kText,
@@ -39,15 +33,18 @@ constexpr std::array kOptions{
             "the page to write; without it, FILE.html beside the model file; \"-\": to standard "
             "output",
         .letter = 'o'},
-    kLayoutOption,
-    kCoordinates,
+    OptionInfo{.name = "compare",
+               .kind = OptionKind::kText,
+               .argument = "FILE",
+               .help =
+                   "a newer model file or scene: the page shows both, what only one of them has in "
+                   "colour, and what `diff` says of them"},
 };
 
 struct ViewArguments {
   std::string file;
   std::optional<std::string> output;
-  std::optional<ModelLayout> layout;
-  int coordinateSystem = 0;  ///< 0 to 3
+  std::optional<std::string> newer;  ///< the file of --compare
 };
 
 /// Writes an HTML page that shows a model file; defects of the file go to standard error. Throws
@@ -55,20 +52,30 @@ struct ViewArguments {
 ExitStatus Run(const CommandLine& line) {
   const ViewArguments arguments{.file = PositionalPath(line, 0),
                                 .output = PathValue(line, "output"),
-                                .layout = LayoutValue(line),
-                                .coordinateSystem = RowValue(line, kCoordinates).value_or(0)};
+                                .newer = PathValue(line, "compare")};
   RequirePageBuilt("view");
   Messages messages(false);
   const std::string output = arguments.output.value_or(PagePath(arguments.file));
   const OutputTarget target = FindOutput(output);
-  TakenFiles inputs;
-  inputs.Add(arguments.file, "model file");
-  inputs.RequireFree(target);
-  const std::optional<LoadedModel> loaded = LoadModel(arguments.file, arguments.layout, messages);
-  if (!loaded) return ExitStatus::kFailed;
-  const auto write = PageWriter(loaded->model, arguments.file, arguments.coordinateSystem);
+  std::vector<std::string> files{arguments.file};
+  if (arguments.newer) files.push_back(*arguments.newer);
+  RequireEffect(line, files);
+  std::vector<ShownModel> shown;
+  for (const std::string& file : files) {
+    std::optional<ShownModel> loaded = LoadShownModel(line, file, target, messages);
+    if (!loaded) return ExitStatus::kFailed;
+    shown.push_back(std::move(*loaded));
+  }
+  const ModelFile& model = shown.front().model;
+  std::optional<ViewComparison> comparison;
+  if (arguments.newer) {
+    comparison.emplace(model, shown.back().model, NamePart(*arguments.newer));
+  }
+  const auto write = PageWriter(model, arguments.file, shown.front().coordinateSystem.value_or(0),
+                                comparison ? &*comparison : nullptr);
+  const ExitStatus status = std::max(shown.front().status, shown.back().status);
   if (!WriteOutput(target, write, messages)) return ExitStatus::kFailed;
-  if (target.isStandardOutput) return loaded->status;
+  if (target.isStandardOutput) return status;
   try {
     PrintResult([&](std::ostream& out) {
       out << "wrote " << PrintableText(output, std::string::npos) << '\n';
@@ -76,14 +83,15 @@ ExitStatus Run(const CommandLine& line) {
   } catch (const RunError& error) {
     messages.Warning("not-told", error.what());  // the page is in its place nevertheless
   }
-  return loaded->status;
+  return status;
 }
 
 }  // namespace
 
 CommandInfo ViewCommand() {
+  static const std::vector<OptionInfo> kOptions = ShownOptions(kOwnOptions);
   return {.name = "view",
-          .summary = "writes an HTML page that shows a model file in 3D",
+          .summary = "writes an HTML page that shows a model file or a scene in 3D",
           .positionals = kPositionals,
           .options = kOptions,
           .run = Run};

@@ -1,9 +1,12 @@
 #include "cli/Formats.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <sstream>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -50,7 +53,24 @@ std::string LibraryMeasured() {
   return std::string(line.substr(line.rfind(' ') + 1));
 }
 
+/// The rows of formats that can be read.
+std::vector<Measured> ReadFormats() {
+  std::vector<Measured> rows;
+  std::istringstream lines(kFormatTable);
+  for (std::string line; std::getline(lines, line);) {
+    Measured row;
+    if (line.starts_with('#') || !(std::istringstream(line) >> row) || row.read == 0) continue;
+    rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
 }  // namespace
+
+bool IsReadFormat(std::string_view extension) {
+  const std::vector<Measured> rows = ReadFormats();
+  return std::ranges::find(rows, extension, &Measured::extension) != rows.end();
+}
 
 std::string FormatsText() {
   std::string text = fmt::format(
@@ -62,10 +82,7 @@ std::string FormatsText() {
       "Some files have nothing of a kind to read.\n\n",
       LibraryMeasured());
   text += Row("extension", "read", [](std::size_t i) { return kThings[i]; });
-  std::istringstream lines(kFormatTable);
-  for (std::string line; std::getline(lines, line);) {
-    Measured row;
-    if (line.starts_with('#') || !(std::istringstream(line) >> row) || row.read == 0) continue;
+  for (const Measured& row : ReadFormats()) {
     text += Row(row.extension, fmt::format("{} of {}", row.read, row.files),
                 [&](std::size_t i) { return Share(row.give[i], row.read); });
   }

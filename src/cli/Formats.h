@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace mapexport {
 
@@ -9,5 +10,8 @@ namespace mapexport {
 /// preserved in measurements (cli/formats.txt). Formats of which no file could be read are left
 /// out.
 std::string FormatsText();
+
+/// Whether that table has the extension, in lower case with its dot.
+bool IsReadFormat(std::string_view extension);
 
 }  // namespace mapexport

@@ -115,11 +115,7 @@ void WriteGroup(const ModelGroup& group, ModelLayout layout, BlockWriter& out) {
   WriteFaceTable(group, out);
 }
 
-}  // namespace
-
-std::vector<std::byte> MakeModelBlock(const ModelFile& model, const ViewInfo& info) {
-  BlockWriter out;
-  out.Reserve(static_cast<std::size_t>(ModelBlockBytes(model)));
+void WriteBlock(const ModelFile& model, const ViewInfo& info, BlockWriter& out) {
   out.Text(info.fileName);
   out.U32(model.layout == ModelLayout::kKob ? 1 : 0);
   out.I32(info.coordinateSystem);
@@ -133,6 +129,21 @@ std::vector<std::byte> MakeModelBlock(const ModelFile& model, const ViewInfo& in
   for (const ModelMaterial& material : model.materials) WriteMaterial(material, out);
   out.Count(model.groups.size());
   for (const ModelGroup& group : model.groups) WriteGroup(group, model.layout, out);
+  out.U32(info.comparison != nullptr ? 1 : 0);
+  if (info.comparison == nullptr) return;
+  WriteComparison(*info.comparison, out);
+  WriteBlock(*info.comparison->models[1],
+             {info.comparison->fileName, info.coordinateSystem, nullptr}, out);
+}
+
+}  // namespace
+
+std::vector<std::byte> MakeModelBlock(const ModelFile& model, const ViewInfo& info) {
+  BlockWriter out;
+  std::uint64_t bytes = ModelBlockBytes(model);
+  if (info.comparison != nullptr) bytes += ModelBlockBytes(*info.comparison->models[1]);
+  out.Reserve(static_cast<std::size_t>(bytes));
+  WriteBlock(model, info, out);
   return out.Take();
 }
 

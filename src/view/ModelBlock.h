@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "modelreader/ModelFile.h"
+#include "view/ViewComparison.h"
 
 namespace mapexport {
 
@@ -15,6 +16,7 @@ namespace mapexport {
 struct ViewInfo {
   std::string fileName;      ///< the name to show; any encoding
   int coordinateSystem = 0;  ///< 0 to 3: the coordinate system that the file is assumed to be in
+  const ViewComparison* comparison = nullptr;  ///< with another model; null for none
 };
 
 /// The bytes that viewer/src/readModel.js reads. All numbers are little-endian and every item

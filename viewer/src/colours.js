@@ -1,5 +1,6 @@
 // The colours of faces: those of the file, or colours that separate materials, batches, flags or
-// groups.
+// groups, or show what changed.
+import { colourOfChange } from './compare.js';
 
 /** [r, g, b], each 0 to 255. */
 function fromHsl(hue, saturation, lightness) {
@@ -58,11 +59,13 @@ export function colouringsOf(model) {
     hint: 'a checkered texture, a tile per unit',
   });
   if (model.groups.length > 1) list.push({ id: 'group', name: 'Groups', hint: 'a colour each' });
+  if (model.comparison) list.push({ id: 'changes', name: 'Changes', hint: 'what A and B have' });
   return list;
 }
 
 /** The initial colouring: the file's own, unless it gives most triangles the same colour. */
 export function firstColouring(model) {
+  if (model.comparison) return 'changes';
   const painted = new Map();
   let all = 0;
   for (const { material, faceCount } of model.batches) {
@@ -81,20 +84,30 @@ export function swatchOf(model, colouring, kind, thing) {
   }
   if (kind === 'material') {
     if (colouring === 'diffuse') return thing.diffuse ? diffuseOf(thing) : null;
-    if (colouring === 'material') return distinct(thing.id);
+    if (colouring === 'material') return distinct(thing.number ?? thing.id);
   }
   if (kind === 'batch') {
     if (colouring === 'batch') return distinct(thing.id);
     const material = model.materials[thing.material];
     if (colouring === 'diffuse') return material ? diffuseOf(material) : null;
-    if (colouring === 'material') return distinct(thing.material);
+    if (colouring === 'material') return distinct(material ? material.number : thing.material);
   }
   if (kind === 'set' && colouring === 'flags') return flagColours(model).get(thing.flags);
   return null;
 }
 
+/** The colours of what changed, 4 bytes for each of a mesh's `corners`; `same` as colourOfChange. */
+export function changeCorners({ change }, corners, same) {
+  const colours = new Uint8Array(4 * corners.count).fill(255);
+  for (let i = 0; i < corners.count; ++i) {
+    colours.set(colourOfChange(change[corners.entry[i]], same), 4 * i);
+  }
+  return colours;
+}
+
 /** The colours of the drawn faces' mesh, 4 bytes for each of its `corners`. */
 export function colourCorners(model, faces, corners, colouring) {
+  if (colouring === 'changes') return changeCorners(faces, corners);
   const colours = new Uint8Array(4 * corners.count).fill(255);
   if (colouring === 'uv') return colours;
   const ofBatch = model.batches.map((batch) => swatchOf(model, colouring, 'batch', batch));

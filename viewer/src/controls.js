@@ -1,4 +1,5 @@
 // The choices above the tables, each with its key.
+import { kShown } from './compare.js';
 import { systemNames } from './coordinates.js';
 import { icon } from './icons.js';
 import { element } from './text.js';
@@ -56,14 +57,17 @@ function tools(parent, type, group, entries, changed) {
 
 /**
  * Makes the controls of `model`; `hasCollision` says whether it has faces that only collide.
- * `calls` receives changes: colouring(id), mode(id), part(id, on), system(id), panel(on),
+ * `calls` receives changes: compare(id), colouring(id), mode(id), part(id, on), system(id), panel(on),
  * frameAll(), goToChosen(), clear(). The returned object sets the same things from code, and handles the keys.
  */
 export function makeControls(model, hasCollision, colourings, calls) {
   const find = (id) => document.getElementById(id);
   const parts = kParts.filter((part) => !part.collision || hasCollision);
   const keyed = colourings.map((colouring, index) => ({ ...colouring, key: String(index + 1) }));
+  const shown = model.comparison ? kShown : [];
+  find('compare').hidden = shown.length === 0;
   const inputs = {
+    compare: tools(find('compare'), 'radio', 'compare', shown, calls.compare),
     colouring: tools(find('colourings'), 'radio', 'colouring', keyed, calls.colouring),
     mode: tools(find('modes'), 'radio', 'mode', kModes, calls.mode),
     part: tools(find('parts'), 'checkbox', 'part', parts, calls.part),
@@ -128,6 +132,7 @@ export function makeControls(model, hasCollision, colourings, calls) {
     ['escape', calls.clear],
   ]);
   for (const { id, key } of keyed) keys.set(key, () => set('colouring', id));
+  for (const { id, key } of shown) keys.set(key, () => set('compare', id));
   for (const { id, key } of kModes) keys.set(key, () => set('mode', id));
   for (const { id, key } of [...parts, ...kTools])
     keys.set(key, () => set('part', id, !inputs.part.get(id).checked));
@@ -141,6 +146,10 @@ export function makeControls(model, hasCollision, colourings, calls) {
     ['Z', 'go to the selection'],
     ['Escape', 'end measuring, or clear the selection'],
     ...keyed.map(({ key, name }) => [key, `colour by: ${name}`]),
+    ...shown.map(({ key, name, hint }) => [
+      key.toUpperCase(),
+      `compare: ${name[0].toLowerCase()}${name.slice(1)}${hint ? `, ${hint}` : ''}`,
+    ]),
     ...[...kModes, ...parts, ...kTools].map(({ key, name, hint }) => [
       key.toUpperCase(),
       `${name.toLowerCase()}${hint ? `: ${hint}` : ''}`,

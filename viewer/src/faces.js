@@ -1,4 +1,5 @@
 // Finds the triangles of a model in the file: drawn ones and those that only collide.
+import { changesOf } from './compare.js';
 
 /** The index in the face table of each drawn face of a group, by batch and position. */
 function tableOfDrawn(group) {
@@ -19,7 +20,7 @@ function tableOfDrawn(group) {
  * The drawn and undrawn faces of the model, without coordinates: parallel arrays with one entry per
  * face. `batch` and `set` are indices into the model's flat lists, -1 for none; `face` is the index
  * in the batch, for an undrawn face the index among the group's planes; `table` is the index in the
- * group's face table, -1 without one.
+ * group's face table, -1 without one. `change` is what a comparison says of the face.
  */
 export function listFaces(model) {
   const count = (lists) => lists.reduce((sum, list) => sum + list, 0);
@@ -62,6 +63,11 @@ export function listFaces(model) {
     firstBatch += group.batches.length;
     firstSet += group.sets.length;
   });
+  if (model.comparison) {
+    drawn.firstOfB = model.comparison.sides[0].drawn.length;
+    drawn.change = changesOf(model.comparison, 'drawn');
+    undrawn.change = changesOf(model.comparison, 'undrawn');
+  }
   return { drawn, undrawn };
 }
 

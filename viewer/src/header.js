@@ -8,6 +8,13 @@ const find = (id) => document.getElementById(id);
 export function showHeader(model, faces) {
   document.title = visible(model.fileName);
   find('name').textContent = visible(model.fileName);
+  if (model.comparison) {
+    const { fileNames, headline } = model.comparison;
+    document.title = fileNames.map(visible).join(' → ');
+    find('name').textContent = document.title;
+    find('summary').textContent = headline;
+    return;
+  }
   const vertices = model.groups.reduce((sum, group) => sum + group.vertices.length / 3, 0);
   find('summary').textContent = [
     model.hasFaceTable ? 'kob' : 'qob',

@@ -1,5 +1,6 @@
 // What the colours of a colouring mean.
 import { colouringsOf, flagColours, keywordsOf, swatchOf } from './colours.js';
+import { changeLegend } from './compare.js';
 import { materialName, trianglesOf } from './tables.js';
 import { counted, element, swatch, visible } from './text.js';
 
@@ -38,6 +39,8 @@ function entriesOf(model, materials, faces, colouring) {
         colour: colours.get(flags),
       }));
     }
+    case 'changes':
+      return changeLegend(faces);
     default:
       return [];
   }

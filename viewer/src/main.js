@@ -3,6 +3,7 @@ import { Vector3 } from 'three';
 
 import { CameraRig } from './camera.js';
 import { colouringsOf, firstColouring, swatchOf } from './colours.js';
+import { differenceOf, hasChange, kShown } from './compare.js';
 import { makeControls } from './controls.js';
 import { frameOf } from './coordinates.js';
 import { detailsOf, lineOf } from './details.js';
@@ -31,17 +32,21 @@ const faces = listFaces(model);
 const materials = materialsOf(model);
 const frame = frameOf(model);
 const colourings = colouringsOf(model);
+const onlyCollisionDiffers =
+  Boolean(model.comparison) && hasChange(faces.undrawn) && !hasChange(faces.drawn);
 
 // What the first view has, unless the address asks for something else.
 const first = {
   colouring: firstColouring(model),
   mode: 'orbit',
   system: model.coordinateSystem,
+  compare: 'both',
 };
 const state = {
   colouring: null,
   mode: first.mode,
   system: first.system,
+  compare: first.compare,
   panel: true,
   moved: false, // whether the camera is away from the view of the whole level
   parts: {
@@ -162,8 +167,14 @@ function moved() {
 }
 
 function showChosen() {
+  if (!scene) return;
   const { drawn, undrawn } = entriesOf(state.choice);
-  scene?.setChosen(drawn, undrawn, state.parts.only && Boolean(state.choice));
+  const isShown = (kind) => (entry) => scene.meshes[kind].visible[entry];
+  scene.setChosen(
+    drawn.filter(isShown('drawn')),
+    undrawn.filter(isShown('undrawn')),
+    state.parts.only && Boolean(state.choice),
+  );
 }
 
 function goToChosen() {
@@ -243,6 +254,12 @@ function standOnFloor() {
 const chooseThing = (kind, thing) => choose({ kind, thing });
 
 const controls = makeControls(model, faces.undrawn.count > 0, colourings, {
+  compare: (id) => {
+    state.compare = id;
+    scene?.setShown(kShown.find((each) => each.id === id).changes);
+    showChosen();
+    link();
+  },
   colouring: (id) => {
     state.colouring = id;
     scene?.setColouring(id);
@@ -309,9 +326,13 @@ function follow() {
   const known = colourings.some(({ id }) => id === asked.colouring);
   if (asked.panel !== state.panel) controls.press('h');
   set('system', asked.system);
+  if (model.comparison) {
+    set('compare', kShown.some(({ id }) => id === asked.compare) ? asked.compare : first.compare);
+  }
   set('colouring', known ? asked.colouring : first.colouring);
   const isOnlyUndrawn =
-    faces.undrawn.count > 0 && (faces.drawn.count === 0 || asked.choice?.faceKind === 'undrawn');
+    faces.undrawn.count > 0 &&
+    (faces.drawn.count === 0 || asked.choice?.faceKind === 'undrawn' || onlyCollisionDiffers);
   for (const id of Object.keys(state.parts)) {
     const on = asked.parts.includes(id) || (id === 'undrawn' && isOnlyUndrawn);
     if (state.parts[id] !== on) controls.set('part', id, on);
@@ -339,6 +360,10 @@ function followScheme() {
 
 function begin() {
   showHeader(model, faces);
+  if (model.comparison) {
+    find('difference').hidden = false;
+    find('difference').append(...differenceOf(model.comparison));
+  }
   find('limits').append(...limitBars(model));
   let hidden = 0;
   if (scene) {
@@ -364,6 +389,7 @@ function begin() {
     find('message').textContent = 'The model has no faces.';
     find('message').hidden = false;
   }
+  if (model.comparison) controls.set('compare', first.compare);
   controls.set('mode', first.mode);
   window.addEventListener('hashchange', follow);
   follow();

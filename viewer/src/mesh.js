@@ -3,7 +3,7 @@ import { coordinateSystem, placePoint } from './coordinates.js';
 import { cornersOf, planeOf, pointsOf } from './faces.js';
 
 /**
- * The corners of `faces` as vertices of a mesh: drawn faces of one batch and surface set share
+ * The corners of `faces` as vertices of a mesh: drawn faces of one batch, set and change share
  * vertices with the same position and attributes. Parallel arrays with one entry per vertex:
  * `entry` is the first face that has it, `vertex` the index of its position in the file, `corner`
  * that of its attributes. `index` has three vertices per face in reverse order, because the
@@ -23,7 +23,8 @@ export function shareCorners(model, kind, faces) {
     for (let k = 0; k < 3; ++k) {
       const vertex = vertices[2 - k];
       const corner = corners ? corners[2 - k] : 0;
-      const key = ((faces.set[entry] + 1) * 65536 + corner) * 65536 + vertex;
+      const owner = 4 * (faces.set[entry] + 1) + (faces.change?.[entry] ?? 0);
+      const key = (owner * 65536 + corner) * 65536 + vertex;
       // Collision faces are flat, so each has separate corners.
       let at = corners ? known.get(key) : undefined;
       if (at === undefined) {

@@ -6,7 +6,7 @@
  * `direction` are arrays of three numbers. Only distances between `least` and `most` count.
  */
 export function pick(mesh, origin, direction, backs, [least, most] = [0, Infinity]) {
-  const { positions: p, index, shown } = mesh;
+  const { positions: p, index, visible: shown } = mesh;
   const [ox, oy, oz] = origin;
   const [dx, dy, dz] = direction;
   let best = null;

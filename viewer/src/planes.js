@@ -21,7 +21,7 @@ export function planeShapes(model, faces, mesh, systemIndex, frame) {
     const plane = planeOf(model, 'undrawn', faces, entry);
     const normal = new Vector3(...system.axes.map((axis, i) => system.signs[i] * plane[axis]));
     const length = normal.length();
-    if (!mesh.shown[entry] || !(length > 0 && Number.isFinite(length + plane[3]))) continue;
+    if (!mesh.visible[entry] || !(length > 0 && Number.isFinite(length + plane[3]))) continue;
 
     const middle = middleOf(mesh, entry);
     const radius = Math.max(...cornersAt(mesh, entry).map((corner) => corner.distanceTo(middle)));

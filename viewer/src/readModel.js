@@ -1,4 +1,5 @@
 // Reads the block that src/view/ModelBlock.cpp wrote.
+import { mergeModels, readComparison } from './compare.js';
 
 /** Reads items one after the other; lists are views of the block, not copies. */
 class BlockReader {
@@ -53,6 +54,7 @@ function readMaterial(reader, index) {
   return {
     id: index,
     label: `${index}`,
+    number: index, // for its colour
     name: reader.text(),
     textureName: reader.text(),
     scalars: [reader.f32(), reader.f32(), reader.f32()],
@@ -121,11 +123,7 @@ function readGroup(reader, hasFaceTable) {
 function flatten(groups, member) {
   const list = groups.flatMap((group, groupIndex) =>
     group[member].map((entry, index) =>
-      Object.assign(entry, {
-        group: groupIndex,
-        index,
-        label: groups.length > 1 ? `${groupIndex}/${index}` : `${index}`,
-      }),
+      Object.assign(entry, { group: groupIndex, index, label: `${group.start}${index}` }),
     ),
   );
   list.forEach((entry, id) => {
@@ -134,9 +132,15 @@ function flatten(groups, member) {
   return list;
 }
 
-/** The model in a block: as docs/inspect-json.md describes it, in typed arrays. */
-export function readModel(bytes) {
-  const reader = new BlockReader(bytes);
+/** Gives the groups of one file, of that `letter` in a comparison, what their labels begin with. */
+function startLabels(groups, letter) {
+  groups.forEach((group, id) => {
+    group.letter = letter;
+    group.start = `${letter && `${letter} `}${groups.length > 1 ? `${id}/` : ''}`;
+  });
+}
+
+function readBlock(reader, letter = '') {
   const fileName = reader.text();
   const hasFaceTable = reader.u32() === 1;
   const model = {
@@ -147,7 +151,21 @@ export function readModel(bytes) {
     flags: reader.list(() => ({ bit: reader.u32(), keyword: reader.text() })),
     materials: reader.list((index) => readMaterial(reader, index)),
     groups: reader.list(() => readGroup(reader, hasFaceTable)),
+    comparison: null,
   };
+  const isCompared = reader.u32() === 1;
+  startLabels(model.groups, isCompared ? 'A' : letter);
+  if (!isCompared) return model;
+  const comparison = readComparison(reader);
+  return mergeModels(model, readBlock(reader, 'B'), comparison);
+}
+
+/**
+ * The model in a block: as docs/inspect-json.md describes it, in typed arrays. Of a comparison, both
+ * models as one.
+ */
+export function readModel(bytes) {
+  const model = readBlock(new BlockReader(bytes));
   model.batches = flatten(model.groups, 'batches');
   model.sets = flatten(model.groups, 'sets');
   model.groups.forEach((group, id) => Object.assign(group, { id, label: `${id}` }));

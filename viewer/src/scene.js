@@ -22,10 +22,10 @@ import {
 } from 'three';
 
 import { checkerTexture } from './checker.js';
-import { colourCorners } from './colours.js';
+import { changeCorners, colourCorners } from './colours.js';
 import { placeMesh, shareCorners } from './mesh.js';
 import { planeShapes } from './planes.js';
-import { boxOf, cornersOfBox } from './shapes.js';
+import { boxOf, cornersOfBox, visiblePositions } from './shapes.js';
 
 ColorManagement.enabled = false; // colours go to the screen as they are
 
@@ -64,6 +64,7 @@ export class LevelScene {
   #frame;
   #corners;
   #rig;
+  #system = 0;
   #size = [1, 1];
   #software = drawsInSoftware();
   #coarse = false;
@@ -75,13 +76,17 @@ export class LevelScene {
   #only = false;
   #parts = { undrawn: false };
   #chosenUndrawn = false;
+  #shown = null; // of a comparison: the changes that are shown
   #kinds = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
   #chosen = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
   #materials;
   #shapes = {}; // three's meshes, by what they show
   /** Called with the camera after each picture. */
   drawn = null;
-  /** The results of placeMesh for the `drawn` and the `undrawn` faces. */
+  /**
+   * The results of placeMesh for the `drawn` and the `undrawn` faces. `visible` is 1 for each face
+   * that is `shown` and not left out by setShown; `visibleIndex` is the index of these.
+   */
   meshes = {};
   /** The bounding box of the level without far outliers, and the sphere around it. */
   box = new Box3();
@@ -117,9 +122,12 @@ export class LevelScene {
 
   #addMeshes() {
     const below = { polygonOffset: true, polygonOffsetFactor: 1, polygonOffsetUnits: 1 };
+    const further = { ...below, polygonOffsetFactor: 2, polygonOffsetUnits: 2 };
     const above = { transparent: true, depthWrite: false };
     this.#materials = {
       level: new MeshLambertMaterial({ vertexColors: true, ...below }),
+      // Where faces of A and B lie in one plane, those of B are seen.
+      levelOfA: new MeshLambertMaterial({ vertexColors: true, ...further }),
       backs: new MeshBasicMaterial({ color: kBacks, side: BackSide, ...below }),
       edges: new MeshBasicMaterial({ wireframe: true, opacity: 0.35, ...above }),
       undrawn: new MeshLambertMaterial({
@@ -150,7 +158,7 @@ export class LevelScene {
       this.#scene.add(mesh);
     };
     const m = this.#materials;
-    add('level', new Mesh(drawn, m.level), 0);
+    add('level', new Mesh(drawn, [m.level, m.levelOfA]), 0);
     add('backs', new Mesh(drawn, m.backs), 0);
     add('edges', new Mesh(drawn, m.edges), 1);
     add('undrawn', new Mesh(undrawn, m.undrawn), 2);
@@ -161,6 +169,13 @@ export class LevelScene {
       add(`${kind}Chosen`, new Mesh(geometry, m.chosen), 4);
       add(`${kind}Hidden`, new Mesh(geometry, m.hidden), 4);
       add(`${kind}Outline`, new Mesh(geometry, m.outline), 5);
+    }
+    if (this.#faces.undrawn.change) {
+      const same = kUndrawn.toArray().map((channel) => Math.round(255 * channel));
+      const colours = changeCorners(this.#faces.undrawn, this.#corners.undrawn, same);
+      undrawn.setAttribute('color', new BufferAttribute(colours, 4, true));
+      m.undrawn.vertexColors = true;
+      m.undrawn.color.set(0xffffff);
     }
     for (const name of Object.keys(this.#shapes)) this.#shapes[name].visible = name === 'level';
   }
@@ -177,17 +192,58 @@ export class LevelScene {
         this.#frame,
       );
       this.meshes[kind] = mesh;
-      this.#kinds[kind].dispose();
       this.#chosen[kind].dispose();
       setVertices(this.#kinds[kind], mesh);
-      this.#kinds[kind].setIndex(new BufferAttribute(mesh.index, 1));
+      this.#filter(kind);
       setVertices(this.#chosen[kind], mesh);
     }
+    this.#system = index;
+    this.#placePlanes();
+    this.#measure();
+    this.draw();
+  }
+
+  /** Shows only the faces of a comparison whose change is among `changes`. */
+  setShown(changes) {
+    this.#shown = changes;
+    for (const kind of Object.keys(this.meshes)) this.#filter(kind);
+    if (this.meshes.undrawn) this.#placePlanes();
+    this.draw();
+  }
+
+  #filter(kind) {
+    const mesh = this.meshes[kind];
+    const { change } = this.#faces[kind];
+    mesh.visible = mesh.shown;
+    mesh.visibleIndex = mesh.index;
+    if (this.#shown && change) {
+      mesh.visible = mesh.shown.map((is, entry) => is && this.#shown.includes(change[entry]));
+      mesh.visibleIndex = mesh.index.filter((_, at) => mesh.visible[Math.floor(at / 3)]);
+    }
+    this.#setIndex(kind, mesh.visibleIndex);
+  }
+
+  /** Draws the faces of an index, in which all faces of A come before those of B. */
+  #setIndex(kind, index) {
+    const geometry = this.#kinds[kind];
+    geometry.dispose();
+    geometry.setIndex(new BufferAttribute(index, 1));
+    geometry.clearGroups();
+    if (kind !== 'drawn') return;
+    const { entry } = this.#corners.drawn;
+    const { firstOfB = 0 } = this.#faces.drawn;
+    const begin = index.findIndex((at) => entry[at] >= firstOfB);
+    const ofA = begin < 0 ? index.length : begin;
+    if (ofA > 0) geometry.addGroup(0, ofA, 1);
+    if (ofA < index.length) geometry.addGroup(ofA, index.length - ofA, 0);
+  }
+
+  #placePlanes() {
     const { squares, pins } = planeShapes(
       this.#model,
       this.#faces.undrawn,
       this.meshes.undrawn,
-      index,
+      this.#system,
       this.#frame,
     );
     for (const [name, list] of Object.entries({ planes: squares, planePins: pins })) {
@@ -195,8 +251,6 @@ export class LevelScene {
       geometry.dispose();
       geometry.setAttribute('position', new BufferAttribute(new Float32Array(list), 3));
     }
-    this.#measure();
-    this.draw();
   }
 
   /** The bounding box of the level without far outliers. */
@@ -212,7 +266,7 @@ export class LevelScene {
   points() {
     const { drawn, undrawn } = this.meshes;
     const shown = this.#parts.undrawn || drawn.positions.length === 0 ? [drawn, undrawn] : [drawn];
-    const lists = shown.map((mesh) => mesh.positions).filter((list) => list.length > 0);
+    const lists = shown.map(visiblePositions).filter((list) => list.length > 0);
     return this.#frame.outliers || lists.length === 0 ? [cornersOfBox(this.box)] : lists;
   }
 
@@ -220,10 +274,10 @@ export class LevelScene {
     const colours = colourCorners(this.#model, this.#faces.drawn, this.#corners.drawn, id);
     this.#kinds.drawn.setAttribute('color', new BufferAttribute(colours, 4, true));
     const isTexture = id === 'uv';
-    const { level } = this.#materials;
-    if (isTexture !== Boolean(level.map)) {
-      level.map = isTexture ? checkerTexture() : null;
-      level.needsUpdate = true;
+    for (const material of [this.#materials.level, this.#materials.levelOfA]) {
+      if (isTexture === Boolean(material.map)) continue;
+      material.map = isTexture ? checkerTexture() : null;
+      material.needsUpdate = true;
     }
     this.draw();
   }
@@ -258,10 +312,7 @@ export class LevelScene {
         this.#shapes[kind + part].visible = entries.length > 0 && !only;
       }
       if (only || this.#only) {
-        this.#kinds[kind].dispose();
-        this.#kinds[kind].setIndex(
-          new BufferAttribute(only && some ? index : this.meshes[kind].index, 1),
-        );
+        this.#setIndex(kind, only && some ? index : this.meshes[kind].visibleIndex);
       }
     }
     this.#only = only;

@@ -21,6 +21,14 @@ export function boxOf(mesh, entries = null) {
   return box;
 }
 
+/** The positions of the visible faces, at least, as a flat list. */
+export function visiblePositions({ positions, index, visibleIndex }) {
+  if (visibleIndex === index) return positions;
+  const list = new Float32Array(3 * visibleIndex.length);
+  visibleIndex.forEach((from, at) => list.set(positions.subarray(3 * from, 3 * from + 3), 3 * at));
+  return list;
+}
+
 /** The direction of a face's front; length 0 for none. */
 export function normalOf(mesh, entry) {
   const [a, b, c] = cornersAt(mesh, entry);

@@ -12,6 +12,19 @@ const number = (title, of) => ({
   key: of,
 });
 
+/** In a comparison, a column that says which file a thing is in. */
+const lettered = (model) =>
+  model.comparison
+    ? [
+        {
+          title: 'In',
+          label: true,
+          cell: (thing) => thing.letter ?? '',
+          key: (thing) => thing.letter ?? '',
+        },
+      ]
+    : [];
+
 /** The materials, and one more with id -1 when a batch has none; `triangles` counts drawn ones. */
 export function materialsOf(model) {
   const triangles = new Map();
@@ -28,7 +41,7 @@ export function materialsOf(model) {
 export const materialName = (material) =>
   material?.id >= 0 ? visible(material.name) || '(no name)' : 'no material';
 
-function materialTable(materials, choose) {
+function materialTable(model, materials, choose) {
   return new ThingTable(
     {
       id: 'materials',
@@ -49,6 +62,7 @@ function materialTable(materials, choose) {
               : visible(material.textureName),
           key: (material) => material.textureName ?? '',
         },
+        ...lettered(model),
         number('Triangles', (material) => material.triangles),
       ],
     },
@@ -115,6 +129,7 @@ function groupTable(model, choose) {
           cell: (group) => visible(group.name) || '(no name)',
           key: (group) => group.id,
         },
+        ...lettered(model),
         number('Triangles', trianglesOf),
         number('Longest list', (group) => fullestOf(limitsOfGroup(model, group)).count),
       ],
@@ -126,7 +141,7 @@ function groupTable(model, choose) {
 /** The tables of a model, by kind of thing; a row calls `choose(kind, thing)`. */
 export function makeTables(model, materials, choose) {
   const tables = {
-    material: materialTable(materials, (thing) => choose('material', thing)),
+    material: materialTable(model, materials, (thing) => choose('material', thing)),
     batch: batchTable(model, (thing) => choose('batch', thing)),
   };
   if (model.hasFaceTable) tables.set = setTable(model, (thing) => choose('set', thing));

@@ -6,6 +6,8 @@
 #include <string_view>
 
 #include "app/export/ExportArguments.h"
+#include "cli/OptionValues.h"
+#include "cli/SharedOptions.h"
 #include "system/JsonStream.h"
 
 namespace mapexport {
@@ -222,6 +224,12 @@ void WriteReport(const RunReport& report, std::span<const Remark> remarks,
   WriteLeftOut(json, report.leftOut, remarks);
   WriteTimes(json, times);
   json.Close('}');
+}
+
+int CoordinateSystemOf(const RunReport& report) {
+  const auto given = report.options.find("coordinates");
+  if (given == report.options.end()) return 0;
+  return ParseRow(kCoordinateSystems, given->second.front()).value_or(0);
 }
 
 }  // namespace mapexport

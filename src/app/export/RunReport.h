@@ -60,4 +60,7 @@ struct RunReport {
 void WriteReport(const RunReport& report, std::span<const Remark> remarks,
                  std::span<const Stages::Time> times, std::ostream& out);
 
+/// The coordinate system of the export, 0 to 3.
+int CoordinateSystemOf(const RunReport& report);
+
 }  // namespace mapexport
