@@ -144,11 +144,16 @@ export class CameraRig {
       let middle = 0;
       let width = 0;
       for (let round = 0; round < 10; ++round) {
-        const seen = arms.map(
-          (arm) => (arm.dot(axis) - middle) / (arm.dot(forward) + this.#distance),
-        );
-        middle += ((Math.max(...seen) + Math.min(...seen)) / 2) * this.#distance;
-        width = Math.max(...seen) - Math.min(...seen);
+        const seen = arms
+          .map((arm) => {
+            const depth = arm.dot(forward) + this.#distance;
+            return { at: (arm.dot(axis) - middle) / depth, depth };
+          })
+          .sort((one, other) => one.at - other.at);
+        const [least, most] = [seen[0], seen.at(-1)];
+        // Where these two would be equally far from the middle.
+        middle += (least.at + most.at) / (1 / least.depth + 1 / most.depth);
+        width = most.at - least.at;
       }
       return { middle, width };
     };
