@@ -21,3 +21,31 @@ cd build/screenshots
 node "$root/scripts/screenshot-page.mjs" "$root/build/release/page-test" yard.kob.html \
   "$root/docs/images/view.png" 1200 760 light "#face=600" f c
 echo "docs/images/view.png"
+
+# The barrel is gone, the roof is higher, the bench moved along the wall.
+python3 - "$root/examples/yard.scene.json" changed.scene.json <<'EOF'
+import json, sys
+
+with open(sys.argv[1]) as file:
+    scene = json.load(file)
+MOVES = {"Hut_Roof": (2, 40), "Bench": (0, 60), "Crate_2": (2, 40)}
+
+def change(node):
+    children = node.get("children", [])
+    node["children"] = [child for child in children if child["name"] != "Barrel"]
+    axis, distance = MOVES.get(node["name"], (0, 0))
+    for vertex in node.get("mesh", {}).get("vertices", []):
+        vertex[axis] += distance
+    for child in node["children"]:
+        change(child)
+
+change(scene["root"])
+with open(sys.argv[2], "w") as file:
+    json.dump(scene, file)
+EOF
+"$mapexport" export changed.scene.json changed.kob \
+  --fresh --seed 1 --cxp "$root/examples/yard.cxp" --quiet
+"$mapexport" view yard.kob --compare changed.kob -o compare.html
+node "$root/scripts/screenshot-page.mjs" "$root/build/release/page-test" compare.html \
+  "$root/docs/images/compare.png" 1200 760 light "" f
+echo "docs/images/compare.png"

@@ -14,7 +14,16 @@ using nlohmann::json;
 
 /// The output as text and as JSON, which must agree on the result.
 std::pair<std::string, json> Compare(const ModelFile& a, const ModelFile& b) {
-  const ModelDifference difference = CompareModels(a, b);
+  Both<TriangleMarks> marks;
+  const ModelDifference difference = CompareModels(a, b, &marks);
+  for (std::size_t i = 0; i < marks.size(); ++i) {
+    std::vector<std::uint8_t> all = marks[i].drawn;
+    std::ranges::copy(marks[i].undrawn, std::back_inserter(all));
+    EXPECT_EQ(all.size(), difference.triangles.count[i]);
+    EXPECT_EQ(std::ranges::count(all, 1), difference.triangles.only[i]);
+    EXPECT_EQ(marks[i].undrawn.size(), difference.undrawn.count[i]);
+    EXPECT_EQ(std::ranges::count(marks[i].undrawn, 1), difference.undrawn.only[i]);
+  }
   std::ostringstream text;
   std::ostringstream document;
   WriteDifferenceText(difference, text);

@@ -119,6 +119,9 @@ TEST_F(OutputsTest, NoInputIsReplaced) {
       {"export", "missing.obj", "b.kob", "--report", settings},
       {"export", "level.obj", "new.reg", "--settings", "./new.reg"},
       {"view", "a.kob", "-o", "a.kob"},
+      {"view", "a.kob", "--compare", "level.obj", "-o", "level.obj"},
+      {"view", "level.obj", "-o", "level.mtl"},
+      {"picture", "level.obj", "-o", "old.cxp"},
       {"picture", "a.kob", "-o", "a.kob"},
       {"convert", "a.kob", "a.kob", "--to", "glb"},
   };

@@ -71,8 +71,10 @@ ExitStatus Run(const CommandLine& line) {
   if (arguments.newer) {
     comparison.emplace(model, shown.back().model, NamePart(*arguments.newer));
   }
-  const auto write = PageWriter(model, arguments.file, shown.front().coordinateSystem.value_or(0),
-                                comparison ? &*comparison : nullptr);
+  const std::optional<int> system = shown.front().coordinateSystem;
+  const auto write =
+      PageWriter(model, arguments.file, system.value_or(shown.back().coordinateSystem.value_or(0)),
+                 comparison ? &*comparison : nullptr);
   const ExitStatus status = std::max(shown.front().status, shown.back().status);
   if (!WriteOutput(target, write, messages)) return ExitStatus::kFailed;
   if (target.isStandardOutput) return status;

@@ -25,6 +25,7 @@ import {
   sources,
   yard,
 } from './pages.mjs';
+import './compare.test.mjs';
 import './picture.test.mjs';
 import './tools.test.mjs';
 

@@ -300,11 +300,13 @@ const controls = makeControls(model, faces.undrawn.count > 0, colourings, {
   clear: () => (state.parts.measure ? controls.set('part', 'measure', false) : choose(null)),
 });
 
+/** Shows the whole level, or in a comparison the part that is chosen there. */
 function frameAll() {
   if (!scene) return;
-  rig.reset(scene.points());
+  const isPart = state.compare !== first.compare;
+  rig.reset(scene.points(isPart));
   scene.draw();
-  state.moved = false;
+  state.moved = isPart;
   link();
 }
 
@@ -326,9 +328,7 @@ function follow() {
   const known = colourings.some(({ id }) => id === asked.colouring);
   if (asked.panel !== state.panel) controls.press('h');
   set('system', asked.system);
-  if (model.comparison) {
-    set('compare', kShown.some(({ id }) => id === asked.compare) ? asked.compare : first.compare);
-  }
+  if (model.comparison) set('compare', first.compare);
   set('colouring', known ? asked.colouring : first.colouring);
   const isOnlyUndrawn =
     faces.undrawn.count > 0 &&
@@ -338,6 +338,9 @@ function follow() {
     if (state.parts[id] !== on) controls.set('part', id, on);
   }
   frameAll();
+  if (kShown.some(({ id }) => id === asked.compare) && model.comparison) {
+    set('compare', asked.compare);
+  }
   set('mode', asked.mode);
   state.choice = null;
   choose(asked.choice);

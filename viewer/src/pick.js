@@ -4,6 +4,7 @@
  * The first triangle of a mesh that the ray from `origin` along `direction` meets, as { entry,
  * distance }; null for none. Faces seen from the back count only with `backs`. `origin` and
  * `direction` are arrays of three numbers. Only distances between `least` and `most` count.
+ * Of equal distances the last one wins, as in the picture.
  */
 export function pick(mesh, origin, direction, backs, [least, most] = [0, Infinity]) {
   const { positions: p, index, visible: shown } = mesh;
@@ -37,7 +38,7 @@ export function pick(mesh, origin, direction, backs, [least, most] = [0, Infinit
     const v = (dx * qx + dy * qy + dz * qz) / determinant;
     if (!(v >= 0 && u + v <= 1)) continue;
     const distance = (bx * qx + by * qy + bz * qz) / determinant;
-    if (distance > least && distance < most && (!best || distance < best.distance))
+    if (distance > least && distance < most && (!best || distance <= best.distance))
       best = { entry, distance };
   }
   return best;

@@ -262,11 +262,16 @@ export class LevelScene {
     this.box.getBoundingSphere(this.sphere);
   }
 
-  /** The points that a view of all that is shown must contain, as flat lists. */
-  points() {
+  /**
+   * The points that a view of all that is shown must contain, as flat lists; unless `visible`, as if
+   * setShown left nothing out.
+   */
+  points(visible = false) {
     const { drawn, undrawn } = this.meshes;
     const shown = this.#parts.undrawn || drawn.positions.length === 0 ? [drawn, undrawn] : [drawn];
-    const lists = shown.map(visiblePositions).filter((list) => list.length > 0);
+    const lists = shown
+      .map((mesh) => (visible ? visiblePositions(mesh) : mesh.positions))
+      .filter((list) => list.length > 0);
     return this.#frame.outliers || lists.length === 0 ? [cornersOfBox(this.box)] : lists;
   }
 
