@@ -77,8 +77,11 @@ export function changesOf({ sides: [a, b] }, kind) {
   return changes;
 }
 
-export const hasChange = ({ change }) =>
-  change.some((each) => each === kOnlyInA || each === kOnlyInB);
+const hasChange = ({ change }) => change.some((each) => each === kOnlyInA || each === kOnlyInB);
+
+/** Whether all faces of a comparison that differ are collision faces. */
+export const onlyCollisionDiffers = ({ drawn, undrawn }) =>
+  Boolean(undrawn.change) && hasChange(undrawn) && !hasChange(drawn);
 
 /** The colour of a face; `same` is that of faces that both files have. */
 export const colourOfChange = (change, same = null) =>

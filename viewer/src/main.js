@@ -3,7 +3,7 @@ import { Vector3 } from 'three';
 
 import { CameraRig } from './camera.js';
 import { colouringsOf, firstColouring, swatchOf } from './colours.js';
-import { differenceOf, hasChange, kShown } from './compare.js';
+import { differenceOf, kShown, onlyCollisionDiffers } from './compare.js';
 import { makeControls } from './controls.js';
 import { frameOf } from './coordinates.js';
 import { detailsOf, lineOf } from './details.js';
@@ -32,8 +32,6 @@ const faces = listFaces(model);
 const materials = materialsOf(model);
 const frame = frameOf(model);
 const colourings = colouringsOf(model);
-const onlyCollisionDiffers =
-  Boolean(model.comparison) && hasChange(faces.undrawn) && !hasChange(faces.drawn);
 
 // What the first view has, unless the address asks for something else.
 const first = {
@@ -332,15 +330,16 @@ function follow() {
   set('colouring', known ? asked.colouring : first.colouring);
   const isOnlyUndrawn =
     faces.undrawn.count > 0 &&
-    (faces.drawn.count === 0 || asked.choice?.faceKind === 'undrawn' || onlyCollisionDiffers);
+    (faces.drawn.count === 0 ||
+      asked.choice?.faceKind === 'undrawn' ||
+      onlyCollisionDiffers(faces));
   for (const id of Object.keys(state.parts)) {
     const on = asked.parts.includes(id) || (id === 'undrawn' && isOnlyUndrawn);
     if (state.parts[id] !== on) controls.set('part', id, on);
   }
   frameAll();
-  if (kShown.some(({ id }) => id === asked.compare) && model.comparison) {
+  if (model.comparison && kShown.some(({ id }) => id === asked.compare))
     set('compare', asked.compare);
-  }
   set('mode', asked.mode);
   state.choice = null;
   choose(asked.choice);

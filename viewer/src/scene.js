@@ -21,6 +21,7 @@ import {
   WebGLRenderer,
 } from 'three';
 
+import { drawsInSoftware, indexOfFaces, setVertices, visibleFaces } from './buffers.js';
 import { checkerTexture } from './checker.js';
 import { changeCorners, colourCorners } from './colours.js';
 import { placeMesh, shareCorners } from './mesh.js';
@@ -33,28 +34,6 @@ const kAccent = new Color('#ff7a00');
 const kUndrawn = new Color('#d13bd1');
 const kPlanes = new Color('#1d9bd1');
 const kBacks = new Color('#7a2f3d');
-
-/** Whether rendering is done in software; antialiasing is too slow then. */
-function drawsInSoftware() {
-  const context = document.createElement('canvas').getContext('webgl2');
-  const names = context?.getExtension('WEBGL_debug_renderer_info');
-  const name = names ? context.getParameter(names.UNMASKED_RENDERER_WEBGL) : '';
-  context?.getExtension('WEBGL_lose_context')?.loseContext();
-  return /swiftshader|llvmpipe|software|basic render/i.test(name);
-}
-
-function setVertices(geometry, mesh) {
-  geometry.setAttribute('position', new BufferAttribute(mesh.positions, 3));
-  geometry.setAttribute('normal', new BufferAttribute(mesh.normals, 4, true));
-  if (mesh.uvs) geometry.setAttribute('uv', new BufferAttribute(mesh.uvs, 2));
-}
-
-/** The part of a mesh's index for some faces. */
-function indexOfFaces(mesh, entries) {
-  const index = new Uint32Array(3 * entries.length);
-  entries.forEach((entry, i) => index.set(mesh.index.subarray(3 * entry, 3 * entry + 3), 3 * i));
-  return index;
-}
 
 export class LevelScene {
   #renderer;
@@ -214,12 +193,7 @@ export class LevelScene {
   #filter(kind) {
     const mesh = this.meshes[kind];
     const { change } = this.#faces[kind];
-    mesh.visible = mesh.shown;
-    mesh.visibleIndex = mesh.index;
-    if (this.#shown && change) {
-      mesh.visible = mesh.shown.map((is, entry) => is && this.#shown.includes(change[entry]));
-      mesh.visibleIndex = mesh.index.filter((_, at) => mesh.visible[Math.floor(at / 3)]);
-    }
+    Object.assign(mesh, visibleFaces(mesh, change, this.#shown));
     this.#setIndex(kind, mesh.visibleIndex);
   }
 
@@ -262,10 +236,7 @@ export class LevelScene {
     this.box.getBoundingSphere(this.sphere);
   }
 
-  /**
-   * The points that a view of all that is shown must contain, as flat lists; unless `visible`, as if
-   * setShown left nothing out.
-   */
+  /** The points that a view of all, or of all that is visible, must contain, as flat lists. */
   points(visible = false) {
     const { drawn, undrawn } = this.meshes;
     const shown = this.#parts.undrawn || drawn.positions.length === 0 ? [drawn, undrawn] : [drawn];
