@@ -212,6 +212,66 @@ TEST_F(ProgramTest, TheReaderIsConfinedOrItIsTold) {
   }
 }
 
+TEST_F(ProgramTest, RunsInAContainerAndWithoutProc) {
+  Write(work_ / "level.obj", kObject);
+  Write(work_ / "level.mtl", "newmtl Red\n");
+  ASSERT_EQ(Export("a.kob", {"--fresh", "--seed", "1"}).status, 0);
+  // Not root, in namespaces of its own, with a filter of system calls in force.
+  const auto contain = [this](std::vector<std::string> command, bool hasProc = true) {
+    return Run({}, [&] {
+      const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
+      const int landlock = seccomp_syscall_resolve_name("landlock_create_ruleset");
+      seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), landlock, 0);
+      if (seccomp_load(filter) != 0) _exit(98);
+      // A build is found by $ORIGIN, which needs /proc; an installation has its folder's path.
+      if (!hasProc) setenv("LD_LIBRARY_PATH", MAPEXPORT_BIN_DIR, 1);
+      dup2(open(scene_.c_str(), O_RDONLY), STDIN_FILENO);
+      std::vector<std::string> all{"bwrap",
+                                   "--unshare-all",
+                                   "--uid",
+                                   "1000",
+                                   "--ro-bind",
+                                   "/",
+                                   "/",
+                                   "--dev",
+                                   "/dev",
+                                   "--bind",
+                                   root_,
+                                   root_,
+                                   hasProc ? "--proc" : "--tmpfs",
+                                   "/proc"};
+      all.insert(all.end(), command.begin(), command.end());
+      std::vector<char*> argv;
+      for (std::string& argument : all) argv.push_back(argument.data());
+      argv.push_back(nullptr);
+      execvp("bwrap", argv.data());
+    });
+  };
+  if (contain({"true"}).status != 0) {
+    GTEST_SKIP() << "no bubblewrap here, or it may not make containers";
+  }
+  const Outcome foreign = contain(
+      {MAPEXPORT_BIN_DIR "/mapexport", "export", "level.obj", "b.kob", "--fresh", "--quiet"});
+  EXPECT_EQ(foreign.status, 0);
+  EXPECT_THAT(foreign.err, HasSubstr("processes: no Landlock: Function not implemented"));
+  EXPECT_EQ(Lines(foreign.err), 1) << foreign.err;
+#ifdef MAPEXPORT_ADDRESS_SANITIZER
+  GTEST_SKIP() << "AddressSanitizer needs /proc";
+#endif
+  for (const std::string& from : {scene_, std::string("/dev/stdin")}) {
+    const Outcome outcome = contain({"--chdir", MAPEXPORT_BIN_DIR, "./mapexport", "export", from,
+                                     work_ / "b.kob", "--fresh", "--seed", "1", "--no-log"},
+                                    false);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(Content(work_ / "b.kob"), Content(work_ / "a.kob"));
+  }
+  // It is read and would be replaced.
+  ExpectRefusal(
+      contain({"--chdir", MAPEXPORT_BIN_DIR, "./mapexport", "scene", "/dev/stdin", "-o", scene_},
+              false),
+      "it is the scene itself");
+}
+
 TEST_F(ProgramTest, OfVeryManyRemarksTheTerminalShowsSome) {
   std::string scene = R"({"format":"mapexport-scene","version":1,"root":{"children":[)";
   for (int i = 0; i < 5000; ++i) {

@@ -21,7 +21,7 @@ bool IsStandardOutput(std::string_view path) {
 }
 
 OutputTarget FindOutput(const std::string& output) {
-  if (IsStandardOutput(output)) return {"standard output", "/proc/self/fd/1", std::nullopt, true};
+  if (IsStandardOutput(output)) return {"standard output", "/dev/stdout", std::nullopt, true};
   OutputTarget target{output, {}, std::nullopt};
   if (std::optional<std::string> end = FollowLinks(output)) {
     target.path = std::move(*end);

@@ -16,7 +16,7 @@ bool IsStandardOutput(std::string_view path);
 /// The place of an output that can be written.
 struct OutputTarget {
   std::string name;                ///< the path as given, or "standard output"
-  std::string path;                ///< the same, or the file that it links to
+  std::string path;                ///< the same, or the file that it links to, or "/dev/stdout"
   std::optional<struct stat> old;  ///< of the existing file that will be replaced
   bool isStandardOutput = false;   ///< else it is a file
 };

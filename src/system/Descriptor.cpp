@@ -26,7 +26,9 @@ ssize_t ReadAll(std::size_t size, const Read& read) {
 }  // namespace
 
 Descriptor OpenToRead(const std::string& path) {
-  return Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (file.IsOpen() || errno != ENOENT || path != "/dev/stdin") return file;
+  return Descriptor(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
 }
 
 ssize_t ReadUpTo(int file, void* bytes, std::size_t size) {

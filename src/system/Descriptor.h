@@ -35,7 +35,8 @@ class Descriptor {
 };
 
 /// Opens the file at `path` for reading. When that fails, the descriptor is not open and errno has
-/// the reason. It is non-blocking: opening a pipe does not wait for its writer.
+/// the reason. It is non-blocking: opening a pipe does not wait for its writer. "/dev/stdin" is
+/// standard input also where there is no /proc, to which the name leads.
 Descriptor OpenToRead(const std::string& path);
 
 /// Reads `size` bytes, fewer only at the end of the file. Returns how many; -1 on an error, with

@@ -62,6 +62,11 @@ std::optional<std::string> FollowLinks(const std::string& path) {
 std::optional<FileIdentity> IdentityOf(const std::string& path) {
   struct stat info {};
   if (stat(path.c_str(), &info) == 0) return FileIdentity{info.st_dev, info.st_ino, {}};
+  // Without /proc these names lead nowhere.
+  const int stream = path == "/dev/stdin"    ? STDIN_FILENO
+                     : path == "/dev/stdout" ? STDOUT_FILENO
+                                             : -1;
+  if (fstat(stream, &info) == 0) return FileIdentity{info.st_dev, info.st_ino, {}};
   const std::optional<std::string> end = FollowLinks(path);
   if (!end || stat(FolderOf(*end).c_str(), &info) != 0) return std::nullopt;
   return FileIdentity{info.st_dev, info.st_ino, NamePart(*end)};
