@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# release.sh [--try] [FOLDER]: makes what a release consists of, from the last commit: the Debian package
-# and its symbols, an archive that runs in any folder, the add-on for Blender, and SHA256SUMS. They are put
-# into FOLDER, by default build/dist. The same commit and the same Debian packages give the same bytes.
-# With --try (as root) archive and package also run in a bare Debian, the package without /proc, too.
+# release.sh [--try] [FOLDER]: makes the files of a release from the last commit: the Debian package and
+# its symbols, an archive that runs in any folder, the add-on for Blender, and SHA256SUMS, in FOLDER, by
+# default build/dist. The same commit and the same installed packages give the same bytes. With --try
+# (as root) archive and package also run in a bare Debian, the package without /proc, too.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -30,10 +30,12 @@ SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
 umask 022
 # Without a tag, the version of CMakeLists.txt.
-version=$(git tag --points-at HEAD | sed -nE 's/^v?([0-9]+\.[0-9]+\.[0-9]+)$/\1/p' | sort -V | tail -n 1)
+version=$(git tag --points-at HEAD | sed -nE 's/^v?([0-9]+\.[0-9]+\.[0-9]+)$/\1/p' | sort -V |
+  tail -n 1)
 
 build=build/release-files
-# build_for OPTION...: the two differ in where the program looks for libraries, so only links are renewed.
+# build_for OPTION...: the two builds differ in where the program looks for libraries, so the second one
+# only links again.
 build_for() {
   cmake --preset release -B "$build" -DMAPEXPORT_TESTS=OFF -DMAPEXPORT_VERSION="$version" \
     -DCMAKE_CXX_FLAGS="-g -ffile-prefix-map=$root=." "$@" >/dev/null
