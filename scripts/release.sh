@@ -64,12 +64,26 @@ cp -- "$build/mapexport.zip" "$dist/mapexport-$version-blender.zip"
 build_for -DMAPEXPORT_FIXED_PREFIX=/usr -DCMAKE_EXE_LINKER_FLAGS=
 rm -rf -- "$build/package"
 cpack --config "$build/CPackConfig.cmake" -B "$build/package" >/dev/null
+# repack PACKAGE: CPack has ldconfig called for libraries that only the program finds, and lists the symbols
+# by their paths here. xz divides its work differently with one thread.
+repack() {
+  local package_name=${1##*/} content
+  content=$build/package/${package_name%%_*}
+  dpkg-deb --raw-extract "$1" "$content"
+  rm -f -- "$content"/DEBIAN/post*
+  if [[ $package_name == *-dbgsym_* ]]; then
+    find "$content/usr" -type f -exec chmod 644 {} +
+    sed -i '/^Package-Type:/d' "$content/DEBIAN/control"
+    mkdir -p -- "$content/usr/share/doc"
+    ln -s mapexport "$content/usr/share/doc/mapexport-dbgsym"
+  fi
+  (cd -- "$content" && find usr -type f -print0 | sort -z | xargs -0 md5sum >DEBIAN/md5sums)
+  DPKG_DEB_THREADS_MAX=1 dpkg-deb --root-owner-group --build "$content" "$dist/${package_name%.*}.deb"
+}
 for package in "$build/package"/*.deb "$build/package"/*.ddeb; do
-  package_name=${package##*/}
-  cp -- "$package" "$dist/${package_name%.*}.deb"
+  repack "$package"
 done
-dpkg-deb --extract "$dist/mapexport_$version"_*.deb "$build/package/content"
-scripts/check-hardening.sh "$build/package/content/usr"
+scripts/check-hardening.sh "$build/package/mapexport/usr"
 lintian --fail-on error,warning "$dist"/*.deb
 (cd -- "$dist" && sha256sum -- * >SHA256SUMS && cat SHA256SUMS)
 [[ -n $try ]] || exit 0
