@@ -65,7 +65,7 @@ build_for -DMAPEXPORT_FIXED_PREFIX=/usr -DCMAKE_EXE_LINKER_FLAGS=
 rm -rf -- "$build/package"
 cpack --config "$build/CPackConfig.cmake" -B "$build/package" >/dev/null
 # repack PACKAGE: CPack has ldconfig called for libraries that only the program finds, and lists the symbols
-# by their paths here. xz divides its work differently with one thread.
+# by their paths here. Other than gzip, xz writes what depends on the number of processors.
 repack() {
   local package_name=${1##*/} content
   content=$build/package/${package_name%%_*}
@@ -78,7 +78,7 @@ repack() {
     ln -s mapexport "$content/usr/share/doc/mapexport-dbgsym"
   fi
   (cd -- "$content" && find usr -type f -print0 | sort -z | xargs -0 md5sum >DEBIAN/md5sums)
-  DPKG_DEB_THREADS_MAX=1 dpkg-deb --root-owner-group --build "$content" "$dist/${package_name%.*}.deb"
+  dpkg-deb --root-owner-group -Zgzip --build "$content" "$dist/${package_name%.*}.deb"
 }
 for package in "$build/package"/*.deb "$build/package"/*.ddeb; do
   repack "$package"
