@@ -1,0 +1,105 @@
+// Image files: what is decoded, what is refused, and damage.
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "images/DecodeImage.h"
+#include "images/EncodePng.h"
+#include "images/ShrinkImage.h"
+#include "support/Testing.h"
+
+namespace mapexport {
+namespace {
+
+using std::string_literals::operator""s;
+using Bytes = std::vector<std::uint8_t>;
+
+Image Decode(std::string_view file) {
+  const Bytes bytes(file.begin(), file.end());
+  return DecodeImage(bytes);
+}
+
+/// Little-endian numbers of four bytes.
+std::string Words(std::initializer_list<std::uint32_t> words) {
+  std::string bytes;
+  for (const std::uint32_t word : words) {
+    for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(word >> shift);
+  }
+  return bytes;
+}
+
+std::string Dds(std::uint32_t size, std::initializer_list<std::uint32_t> format,
+                std::string_view data) {
+  std::string file = "DDS " + Words({124, 0x1007, size, size, 0, 0, 0}) + std::string(44, '\0') +
+                     Words({32}) + Words(format);
+  file.resize(128);
+  return file.append(data);
+}
+
+const std::string kRedGreen = "\x00\x00\xff\x00\xff\x00"s;  // blue first
+const std::string kBmp =
+    "BM" + Words({62, 0, 54, 40, 2, 1, 0x180001, 0, 8, 0, 0, 0, 0}) + kRedGreen + "\0\0"s;
+const std::string kTga = "\0\0\x02\0\0\0\0\0\0\0\0\0\x02\0\x01\0\x18\x20"s + kRedGreen;
+const std::string kRunTga =
+    "\0\0\x0a\0\0\0\0\0\0\0\0\0\x02\0\x02\0\x20\x08\x81\1\2\3\4\x01\5\6\7\x08\x09\x0a\x0b\x0c"s;
+const std::string kBc1 = Dds(4, {4, 0x31545844}, "\x00\xf8\xe0\x07\x00\x55\xaa\xff"s);
+const std::string kPlainDds = Dds(1, {0x41, 0, 32, 0xFF0000, 0xFF00, 0xFF, 0xFF000000}, "\1\2\3\4");
+
+TEST(Images, DecodesTheFormats) {
+  EXPECT_THAT(Decode(kBmp).pixels, ElementsAre(255, 0, 0, 255, 0, 255, 0, 255));
+  EXPECT_THAT(Decode(kTga).pixels, ElementsAre(255, 0, 0, 255, 0, 255, 0, 255));
+  EXPECT_THAT(Decode(kRunTga).pixels,
+              ElementsAre(7, 6, 5, 8, 11, 10, 9, 12, 3, 2, 1, 4, 3, 2, 1, 4))
+      << "from the bottom";
+  const Image bc1 = Decode(kBc1);
+  EXPECT_THAT(Bytes(bc1.At(0, 0), bc1.At(0, 0) + 4), ElementsAre(255, 0, 0, 255));
+  EXPECT_THAT(Bytes(bc1.At(0, 1), bc1.At(0, 1) + 4), ElementsAre(0, 255, 0, 255));
+  EXPECT_THAT(Bytes(bc1.At(0, 2), bc1.At(0, 2) + 4), ElementsAre(170, 85, 0, 255));
+  EXPECT_THAT(Bytes(bc1.At(0, 3), bc1.At(0, 3) + 4), ElementsAre(85, 170, 0, 255));
+  EXPECT_THAT(Decode(kPlainDds).pixels, ElementsAre(3, 2, 1, 4));
+  const std::string bc3 = Dds(4, {4, 0x35545844}, "\xff\0\x01\0\0\0\0\0"s + kBc1.substr(128));
+  EXPECT_EQ(Decode(bc3).At(0, 0)[3], 0);
+  EXPECT_EQ(Decode(bc3).At(1, 0)[3], 255);
+  Image image = MakeImage(3, 2);
+  for (std::size_t i = 0; i < image.pixels.size(); ++i)
+    image.pixels[i] = static_cast<std::uint8_t>(i * 9);
+  EXPECT_EQ(Decode(EncodePng(image)).pixels, image.pixels);
+}
+
+TEST(Images, RefusesDamageAndWhatIsTooLarge) {
+  for (const std::string& file :
+       {kBmp, kTga, kRunTga, kBc1, kPlainDds, EncodePng(MakeImage(5, 5))}) {
+    const bool isPng = file[1] == 'P';  // the end of which holds checksums alone
+    const std::size_t needed = isPng ? 60 : file.size() - (file == kBmp ? 2 : 0);
+    for (std::size_t size = 0; size < needed; ++size) {
+      EXPECT_THROW(Decode(file.substr(0, size)), ImageError) << size;
+    }
+    for (std::size_t at = 0; at < std::min<std::size_t>(file.size(), 160); ++at) {
+      for (const char value : {'\0', '\1', '\x7f', '\xff'}) {
+        std::string damaged = file;
+        damaged[at] = value;
+        try {
+          const Image image = Decode(damaged);
+          EXPECT_EQ(image.pixels.size(), std::size_t{4} * image.width * image.height);
+        } catch (const ImageError&) {
+        }
+      }
+    }
+  }
+  EXPECT_THROW(Decode("GIF89a"), ImageError);
+  EXPECT_THROW(Decode("\xff\xd8\xff\xe0 no JPEG"), ImageError);
+  EXPECT_THROW(MakeImage(kMaxImageEdge, kMaxImageEdge), ImageError);
+}
+
+TEST(Images, ShrinksByMeans) {
+  Image image = MakeImage(8, 1);
+  for (std::size_t x = 0; x < 8; ++x) image.At(x, 0)[0] = static_cast<std::uint8_t>(10 * x);
+  image.At(1, 0)[3] = 0;  // its colour is not to be seen
+  const Image small = ShrinkImage(image, 4);
+  EXPECT_EQ(small.height, 1U);
+  EXPECT_THAT(small.pixels, ElementsAre(0, 0, 0, 128, 25, 0, 0, 255, 45, 0, 0, 255, 65, 0, 0, 255));
+}
+
+}  // namespace
+}  // namespace mapexport
