@@ -54,5 +54,30 @@ TEST_F(ProgramTest, TexturesAreFoundAsEnginesFindThemAndCopied) {
   EXPECT_EQ(Content(work_ / "l.kob"), model);
 }
 
+TEST_F(ProgramTest, ThePageHasTheTexturesThatCanBeRead) {
+  Write(work_ / "l.obj",
+        "mtllib l.mtl\nv 0 0 0\nv 90 0 0\nv 0 90 0\nusemtl A\nf 1 2 3\nusemtl B\nf 1 3 2\n"
+        "usemtl C\nf 2 3 1\n");
+  Write(work_ / "l.mtl",
+        "newmtl A\nmap_Kd a.png\nnewmtl B\nmap_Kd b.png\nnewmtl C\nmap_Kd c.png\n");
+  fs::create_directory(work_ / "t");
+  Write(work_ / "t/A.tga", std::string("\0\0\2\0\0\0\0\0\0\0\0\0\1\0\1\0\x18\0\1\2\3", 21));
+  Write(work_ / "t/b.png", "\x89PNG\r\n\x1a\n damaged");
+  scene_ = "l.obj";
+  ASSERT_EQ(Export("l.kob", {"--fresh"}).status, 0);
+  const Outcome outcome = Run({"view", "l.kob", "--textures", "t"});
+  if (outcome.err.find("built without the page") != std::string::npos) GTEST_SKIP();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.err,
+              AllOf(HasSubstr("warning: l.kob: texture \"b.png\": t/b.png can't be read: "),
+                    HasSubstr("texture \"c.png\" of material \"C\" is not found in t"),
+                    Not(HasSubstr("a.png"))));
+  const std::string page = Content(work_ / "l.kob.html");
+  EXPECT_THAT(page, HasSubstr("img-src data:;")) << "the policy stays as it is";
+  EXPECT_EQ(Run({"view", "l.kob", "--textures", "none"}).status, 1);
+  EXPECT_EQ(Run({"view", "l.kob", "--textures", "t", "-o", "t/A.tga"}).status, 1) << "it is read";
+  EXPECT_EQ(Content(work_ / "l.kob.html"), page);
+}
+
 }  // namespace
 }  // namespace mapexport

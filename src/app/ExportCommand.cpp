@@ -183,7 +183,7 @@ void Export(ExportRun& run) {
   // Refuse names that no make rule can hold before the long work.
   if (arguments.makesRule) DepFileText(output, std::array{arguments.scene.path});
   if (run.repeated != nullptr) RequireSameInputs(*run.repeated, output);
-  RequireTextureFolders(arguments);
+  RequireTextureFolders(arguments.textures);
   // Reading may take long: report a missing display before it.
   if (arguments.dialog) RequireWindows();
   LoadedScene loaded = LoadScene(arguments.scene, run.messages, run.stages);

@@ -29,22 +29,6 @@ const char* StateOf(const Confinement& confinement) {
                                                 : "might not have ended at its limits";
 }
 
-void WarnOfConfinement(const Confinement& confinement, const std::string& path,
-                       Messages& messages) {
-  std::string lacks;
-  const auto add = [&lacks](const char* part, const std::string& lack) {
-    if (!lack.empty()) lacks += fmt::format("{}{}: {}", lacks.empty() ? "" : "; ", part, lack);
-  };
-  add("no filter of system calls", confinement.calls);
-  add("no Landlock", confinement.files);
-  add("capabilities", confinement.capabilities);
-  add("limits", confinement.limits);
-  add("no timer", confinement.timer.value_or(""));
-  if (lacks.empty()) return;
-  messages.Warning("reader-not-confined", fmt::format("{}: was read by a process that {}: {}", path,
-                                                      StateOf(confinement), lacks));
-}
-
 /// Adds the creases that the meshes of `node` and below have lost, and the names of these nodes. A
 /// mesh that several nodes share counts once.
 void AddLostCreases(const SceneNode& node, std::set<const Mesh*>& counted, std::size_t& creases,
@@ -98,6 +82,22 @@ bool IsForeign(const std::string& path) {
 }
 
 }  // namespace
+
+void WarnOfConfinement(const Confinement& confinement, const std::string& path,
+                       Messages& messages) {
+  std::string lacks;
+  const auto add = [&lacks](const char* part, const std::string& lack) {
+    if (!lack.empty()) lacks += fmt::format("{}{}: {}", lacks.empty() ? "" : "; ", part, lack);
+  };
+  add("no filter of system calls", confinement.calls);
+  add("no Landlock", confinement.files);
+  add("capabilities", confinement.capabilities);
+  add("limits", confinement.limits);
+  add("no timer", confinement.timer.value_or(""));
+  if (lacks.empty()) return;
+  messages.Warning("reader-not-confined", fmt::format("{}: was read by a process that {}: {}", path,
+                                                      StateOf(confinement), lacks));
+}
 
 void AddNamedInputs(const SceneSource& source, TakenFiles& inputs) {
   inputs.Add(source.path, "scene");

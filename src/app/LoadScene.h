@@ -29,4 +29,7 @@ void AddNamedInputs(const SceneSource& source, TakenFiles& inputs);
 /// stage of reading, which must be the first stage of the run. Throws SceneError.
 LoadedScene LoadScene(const SceneSource& source, Messages& messages, Stages& stages);
 
+/// Warns when the process that read the file at `path` was not wholly confined.
+void WarnOfConfinement(const Confinement& confinement, const std::string& path, Messages& messages);
+
 }  // namespace mapexport

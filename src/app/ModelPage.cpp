@@ -1,5 +1,7 @@
 #include "app/ModelPage.h"
 
+#include <utility>
+
 #include <fmt/format.h>
 
 #include "modelreader/ReadModelFile.h"
@@ -21,17 +23,16 @@ std::string PagePath(const std::string& model) {
 }
 
 std::function<void(std::ostream&)> PageWriter(const ModelFile& model, const std::string& path,
-                                              int coordinateSystem,
-                                              const ViewComparison* comparison) {
+                                              ViewInfo info) {
   std::uint64_t bytes = ModelBlockBytes(model);
-  if (comparison != nullptr) bytes += ModelBlockBytes(*comparison->models[1]);
+  if (info.comparison != nullptr) bytes += ModelBlockBytes(*info.comparison->models[1]);
   if (bytes > kMaxModelBlockBytes) {
     throw RunError(fmt::format("{}: too large for a page: {} take more than {} MiB", path,
-                               comparison != nullptr ? "the lists of both files" : "its lists",
+                               info.comparison != nullptr ? "the lists of both files" : "its lists",
                                kMaxModelBlockBytes >> 20));
   }
-  return [&model, info = ViewInfo{NamePart(path), coordinateSystem, comparison}](
-             std::ostream& out) { WritePage(model, info, out); };
+  info.fileName = NamePart(path);
+  return [&model, info = std::move(info)](std::ostream& out) { WritePage(model, info, out); };
 }
 
 std::unique_ptr<OutputPlace> MakePage(const OutputTarget& target, const OutputPlace& model,
@@ -39,7 +40,8 @@ std::unique_ptr<OutputPlace> MakePage(const OutputTarget& target, const OutputPl
   const ModelReadResult read = ReadModelFile(model.File(), *report.layout);
   if (!read.Sound()) throw RunError(report.output + ": can't be read for its page");
   return std::make_unique<OutputPlace>(
-      target, PageWriter(read.model, report.output, CoordinateSystemOf(report)));
+      target, PageWriter(read.model, report.output,
+                         {.fileName = {}, .coordinateSystem = CoordinateSystemOf(report)}));
 }
 
 }  // namespace mapexport

@@ -10,7 +10,7 @@
 #include "modelreader/ModelFile.h"
 #include "output/OutputPlace.h"
 #include "output/OutputTarget.h"
-#include "view/ViewComparison.h"
+#include "view/ModelBlock.h"
 
 namespace mapexport {
 
@@ -20,12 +20,10 @@ void RequirePageBuilt(const std::string& who);
 /// Where the page of the model file at `model` goes unless a path is given: beside it.
 std::string PagePath(const std::string& model);
 
-/// What writes the page of `model`, which is or will be the file at `path` and was exported with
-/// that coordinate system, 0 to 3. `comparison`, unless it is null, is with another model. Throws
-/// RunError when there is too much for a page.
+/// What writes the page of `model`, which is or will be the file at `path`; `info` gets its name.
+/// Throws RunError when there is too much for a page.
 std::function<void(std::ostream&)> PageWriter(const ModelFile& model, const std::string& path,
-                                              int coordinateSystem,
-                                              const ViewComparison* comparison = nullptr);
+                                              ViewInfo info);
 
 /// The page of the model that is to be placed by `model` and that `report` is about. Throws
 /// RunError.

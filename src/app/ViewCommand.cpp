@@ -12,9 +12,12 @@
 #include "app/ModelPage.h"
 #include "app/ShownModel.h"
 #include "app/WriteOutput.h"
+#include "app/textures/ReadTextures.h"
 #include "cli/CommandLine.h"
 #include "cli/OptionReading.h"
+#include "cli/SharedOptions.h"
 #include "output/OutputTarget.h"
+#include "output/TakenFiles.h"
 #include "system/FileIdentity.h"
 #include "system/PrintableText.h"
 #include "system/RunError.h"
@@ -39,20 +42,36 @@ constexpr std::array kOwnOptions{
                .help =
                    "a newer model file or scene: the page shows both, what only one of them has in "
                    "colour, and what `diff` says of them"},
+    kTexturesOption,
 };
 
 struct ViewArguments {
   std::string file;
   std::optional<std::string> output;
-  std::optional<std::string> newer;  ///< the file of --compare
+  std::optional<std::string> newer;   ///< the file of --compare
+  std::vector<std::string> textures;  ///< folders
 };
+
+/// Of the model's textures what the page shows; nothing without --textures.
+decltype(ViewInfo::textures) TexturesToShow(const ViewArguments& arguments, const ModelFile& model,
+                                            const OutputTarget& target, Messages& messages) {
+  if (arguments.textures.empty()) return {};
+  TakenFiles inputs;
+  const auto images = ReadTextures(model, arguments.file, arguments.textures, inputs, messages);
+  inputs.RequireFree(target);
+  return PageTextures(model, arguments.file, images, messages);
+}
 
 /// Writes an HTML page that shows a model file; defects of the file go to standard error. Throws
 /// RunError also when this program was built without the page.
 ExitStatus Run(const CommandLine& line) {
   const ViewArguments arguments{.file = PositionalPath(line, 0),
                                 .output = PathValue(line, "output"),
-                                .newer = PathValue(line, "compare")};
+                                .newer = PathValue(line, "compare"),
+                                .textures = PathValues(line, "textures")};
+  if (arguments.newer && !arguments.textures.empty()) {
+    throw UsageError("--compare colours what differs; --textures excludes it", line.command);
+  }
   RequirePageBuilt("view");
   Messages messages(false);
   const std::string output = arguments.output.value_or(PagePath(arguments.file));
@@ -73,8 +92,10 @@ ExitStatus Run(const CommandLine& line) {
   }
   const std::optional<int> system = shown.front().coordinateSystem;
   const auto write =
-      PageWriter(model, arguments.file, system.value_or(shown.back().coordinateSystem.value_or(0)),
-                 comparison ? &*comparison : nullptr);
+      PageWriter(model, arguments.file,
+                 {.coordinateSystem = system.value_or(shown.back().coordinateSystem.value_or(0)),
+                  .comparison = comparison ? &*comparison : nullptr,
+                  .textures = TexturesToShow(arguments, model, target, messages)});
   const ExitStatus status = std::max(shown.front().status, shown.back().status);
   if (!WriteOutput(target, write, messages)) return ExitStatus::kFailed;
   if (target.isStandardOutput) return status;

@@ -28,6 +28,14 @@ std::optional<std::string> PathValue(const CommandLine& line, std::string_view o
   return path;
 }
 
+std::vector<std::string> PathValues(const CommandLine& line, std::string_view option) {
+  std::vector<std::string> paths;
+  for (const std::string& path : line.Values(option)) {
+    paths.push_back(RequirePath(line, fmt::format("--{}", option), path));
+  }
+  return paths;
+}
+
 std::optional<std::uint32_t> WholeValue(const CommandLine& line, std::string_view option) {
   const std::optional<std::string> value = line.Value(option);
   if (!value) return std::nullopt;

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "cli/CommandLine.h"
 
@@ -18,6 +19,9 @@ std::string RequirePath(const CommandLine& line, std::string_view name, const st
 
 /// The path in that positional argument.
 std::string PositionalPath(const CommandLine& line, std::size_t index);
+
+/// All values of an option that can be repeated.
+std::vector<std::string> PathValues(const CommandLine& line, std::string_view option);
 
 std::optional<std::string> PathValue(const CommandLine& line, std::string_view option);
 

@@ -98,6 +98,16 @@ inline constexpr OptionInfo kLayoutOption{.name = "layout",
                                           .help = "qob or kob; overrides the extension",
                                           .words = kLayouts};
 
+/// The folders of images that a command shows.
+inline constexpr OptionInfo kTexturesOption{
+    .name = "textures",
+    .kind = OptionKind::kText,
+    .argument = "DIR",
+    .help =
+        "look for each texture in this folder, as export --textures does; can be repeated; PNG, "
+        "JPEG, BMP, TGA and DDS are read",
+    .repeats = true};
+
 /// The layout that --layout names; nothing when it is not given. Throws UsageError.
 std::optional<ModelLayout> LayoutValue(const CommandLine& line);
 

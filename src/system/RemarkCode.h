@@ -89,6 +89,7 @@ inline constexpr const char* kRemarkCodes[] = {
     "summary",
     "texture-clash",
     "texture-coordinates-changed",
+    "texture-left-out",
     "textures-copied",
     "unknown-material",
     "unused-pattern",

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <map>
+#include <string_view>
 
 #include "modelreader/ModelFaceFlags.h"
 #include "view/BlockWriter.h"
@@ -115,6 +117,22 @@ void WriteGroup(const ModelGroup& group, ModelLayout layout, BlockWriter& out) {
   WriteFaceTable(group, out);
 }
 
+/// The images, and which of them each material has.
+void WriteTextures(const ModelFile& model, const ViewInfo& info, BlockWriter& out) {
+  out.U32(info.textures ? 1 : 0);
+  if (!info.textures) return;
+  std::map<std::string_view, std::int32_t> places;
+  out.Count(info.textures->size());
+  for (const auto& [name, png] : *info.textures) {
+    places.emplace(name, static_cast<std::int32_t>(places.size()));
+    out.Text(png);
+  }
+  for (const ModelMaterial& material : model.materials) {
+    const auto found = places.find(material.textureName);
+    out.I32(found == places.end() ? -1 : found->second);
+  }
+}
+
 void WriteBlock(const ModelFile& model, const ViewInfo& info, BlockWriter& out) {
   out.Text(info.fileName);
   out.U32(model.layout == ModelLayout::kKob ? 1 : 0);
@@ -129,11 +147,13 @@ void WriteBlock(const ModelFile& model, const ViewInfo& info, BlockWriter& out) 
   for (const ModelMaterial& material : model.materials) WriteMaterial(material, out);
   out.Count(model.groups.size());
   for (const ModelGroup& group : model.groups) WriteGroup(group, model.layout, out);
+  WriteTextures(model, info, out);
   out.U32(info.comparison != nullptr ? 1 : 0);
   if (info.comparison == nullptr) return;
   WriteComparison(*info.comparison, out);
   WriteBlock(*info.comparison->models[1],
-             {info.comparison->fileName, info.coordinateSystem, nullptr}, out);
+             {.fileName = info.comparison->fileName, .coordinateSystem = info.coordinateSystem},
+             out);
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +19,8 @@ struct ViewInfo {
   std::string fileName;      ///< the name to show; any encoding
   int coordinateSystem = 0;  ///< 0 to 3: the coordinate system that the file is assumed to be in
   const ViewComparison* comparison = nullptr;  ///< with another model; null for none
+  /// By the names of textures, PNG files for the page to show. Nothing: it is not to show any.
+  std::optional<std::map<std::string, std::string>> textures = {};
 };
 
 /// The bytes that viewer/src/readModel.js reads. All numbers are little-endian and every item

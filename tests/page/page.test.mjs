@@ -27,6 +27,7 @@ import {
 } from './pages.mjs';
 import './compare.test.mjs';
 import './picture.test.mjs';
+import './textures.test.mjs';
 import './tools.test.mjs';
 
 /** An upright quad of two triangles that faces -y in the scene, x from `left`. */

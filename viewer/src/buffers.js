@@ -29,3 +29,16 @@ export function visibleFaces({ shown, index }, change, wanted) {
   const visible = shown.map((is, entry) => is && wanted.includes(change[entry]));
   return { visible, visibleIndex: index.filter((_, at) => visible[Math.floor(at / 3)]) };
 }
+
+/**
+ * The parts of an index in which all faces of A come before those of B: of each start, count, and
+ * the place of its material, 1 for A. What is no comparison counts as B.
+ */
+export function groupsOfModels(index, { entry }, { firstOfB = 0 }) {
+  const begin = index.findIndex((at) => entry[at] >= firstOfB);
+  const ofA = begin < 0 ? index.length : begin;
+  return [
+    [0, ofA, 1],
+    [ofA, index.length - ofA, 0],
+  ].filter(([, count]) => count > 0);
+}

@@ -63,9 +63,13 @@ export function colouringsOf(model) {
   return list;
 }
 
-/** The initial colouring: the file's own, unless it gives most triangles the same colour. */
+/**
+ * The initial colouring: the file's own, unless it gives most triangles the same colour and there
+ * are no textures.
+ */
 export function firstColouring(model) {
   if (model.comparison) return 'changes';
+  if (model.textures?.length > 0) return 'diffuse';
   const painted = new Map();
   let all = 0;
   for (const { material, faceCount } of model.batches) {

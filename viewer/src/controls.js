@@ -15,6 +15,7 @@ const kParts = [
   { id: 'edges', name: 'Edges', key: 'l' },
   { id: 'backs', name: 'Back sides', key: 'b' },
   { id: 'only', name: 'Only selected', key: 'x' },
+  { id: 'textures', name: 'Textures', key: 't', textured: true },
 ];
 
 const kTools = [
@@ -62,7 +63,9 @@ function tools(parent, type, group, entries, changed) {
  */
 export function makeControls(model, hasCollision, colourings, calls) {
   const find = (id) => document.getElementById(id);
-  const parts = kParts.filter((part) => !part.collision || hasCollision);
+  const parts = kParts.filter(
+    (part) => (!part.collision || hasCollision) && (!part.textured || model.textures?.length > 0),
+  );
   const keyed = colourings.map((colouring, index) => ({ ...colouring, key: String(index + 1) }));
   const shown = model.comparison ? kShown : [];
   find('compare').hidden = shown.length === 0;

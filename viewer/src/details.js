@@ -62,7 +62,7 @@ function faceDetails(model, faces, { faceKind, entry }, choose) {
   ]);
 }
 
-function materialDetails(material) {
+function materialDetails(model, material) {
   if (material.id < 0) {
     return list([
       ['Material', 'none'],
@@ -72,6 +72,14 @@ function materialDetails(material) {
   return list([
     ['Material', named(material.name)],
     ['Texture', material.textureName === 'NULL' ? 'none' : visible(material.textureName)],
+    [
+      'Picture',
+      model.textures && material.textureName !== 'NULL'
+        ? model.textureOf[material.id] < 0
+          ? 'none'
+          : 'shown'
+        : null,
+    ],
     ['Drawn', countedAs(material.triangles, 'triangle', 'triangles')],
     ['Two-sided', material.twoSided ? 'yes' : 'no'],
     ['Diffuse', point(material.diffuse)],
@@ -121,7 +129,7 @@ export function detailsOf(model, faces, choice, choose) {
     case 'face':
       return faceDetails(model, faces, choice, choose);
     case 'material':
-      return materialDetails(choice.thing);
+      return materialDetails(model, choice.thing);
     case 'batch':
       return batchDetails(model, choice.thing, choose);
     case 'set':

@@ -99,3 +99,27 @@ export function pointsOf(model, kind, faces, entry) {
   const group = model.groups[faces.group[entry]];
   return kind === 'undrawn' ? group.points : group.vertices;
 }
+
+/** The entries of all drawn and undrawn faces that belong to the selection. */
+export function entriesOf(model, faces, choice) {
+  const none = { drawn: [], undrawn: [] };
+  if (!choice) return none;
+  if (choice.kind === 'face') return { ...none, [choice.faceKind]: [choice.entry] };
+  const { drawn, undrawn } = faces;
+  const where = (own, belongs) => {
+    const entries = [];
+    for (let entry = 0; entry < own.count; ++entry) if (belongs(entry)) entries.push(entry);
+    return entries;
+  };
+  const { id } = choice.thing;
+  if (choice.kind === 'set' || choice.kind === 'group') {
+    const own = (list) => where(list, (entry) => list[choice.kind][entry] === id);
+    return { drawn: own(drawn), undrawn: own(undrawn) };
+  }
+  if (choice.kind === 'batch')
+    return { ...none, drawn: where(drawn, (entry) => drawn.batch[entry] === id) };
+  return {
+    ...none,
+    drawn: where(drawn, (entry) => model.batches[drawn.batch[entry]].material === id),
+  };
+}

@@ -2,6 +2,8 @@
 import { limitsOf } from './limits.js';
 import { counted, countedAs, element, visible } from './text.js';
 
+const kMostNames = 20;
+
 const find = (id) => document.getElementById(id);
 
 /** The name of the file and its counts. */
@@ -46,6 +48,19 @@ export function showWarnings(model, frame, hidden) {
   }
   if (frame.outliers)
     lines.push('A few points lie far away from all others; the view shows where most are.');
+  const bare = model.textures
+    ? model.materials.filter(({ id, textureName }) => {
+        const isTextured = textureName !== 'NULL' && textureName !== '';
+        return isTextured && model.textureOf[id] < 0;
+      })
+    : [];
+  if (bare.length > 0) {
+    const names = bare
+      .slice(0, kMostNames)
+      .map(({ name, textureName }) => `${visible(name)} (${visible(textureName)})`);
+    if (bare.length > kMostNames) names.push(`${counted(bare.length - kMostNames)} more`);
+    lines.push(`No picture for ${countedAs(bare.length, 'material', 'materials')}: ${names.join(', ')}.`);
+  }
   find('warnings').replaceChildren(...lines.map((line) => element('li', {}, line)));
   find('warnings').hidden = lines.length === 0;
 }

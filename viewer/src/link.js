@@ -4,7 +4,7 @@
 //   table)
 // then whatever differs from the first view:
 //   &camera=X,Y,Z,YAW,PITCH,DISTANCE (in the file's units, and degrees)   &move=walk
-//   &colour=batch   &show=edges,backs   &exported=2   &panel=off   &compare=a
+//   &colour=batch   &show=edges,backs   &exported=2   &panel=off   &compare=a   &textures=off
 //   &section=-z,250 (the side above; without "-" that below)   &figure=X,Y,Z   &measure=X,Y,Z,X,Y,Z
 import { coordinateSystem, filePoint, placePoint } from './coordinates.js';
 
@@ -85,7 +85,7 @@ function sectionOf(text) {
 
 /**
  * What an address asks for: `choice`, `camera` (as CameraRig.place), `mode`, `colouring`, `parts`
- * (an array), `system`, `panel`, `compare`, `tools` (as Tools.link takes it); null, or the first view's, where it asks for nothing.
+ * (an array), `system`, `panel`, `compare`, `textures`, `tools` (as Tools.link takes it); null, or the first view's, where it asks for nothing.
  */
 export function readLink(hash, { model, materials, faces, frame }) {
   const asked = new URLSearchParams(hash.replace(/^#/, ''));
@@ -101,6 +101,7 @@ export function readLink(hash, { model, materials, faces, frame }) {
     system,
     panel: asked.get('panel') !== 'off',
     compare: asked.get('compare'),
+    textures: asked.get('textures') !== 'off',
     tools: {
       section: sectionOf(asked.get('section')),
       figure: numbersOf(asked.get('figure'), 3),
@@ -138,6 +139,7 @@ export function writeLink(state, first, { faces, frame }) {
     ['exported', changed('system')],
     ['compare', changed('compare')],
     ['panel', state.panel ? null : 'off'],
+    ['textures', state.textures ? null : 'off'],
     ...Object.entries(state.tools ?? {}),
   ].filter(([, value]) => value !== null);
   return parts.length > 0 ? `#${parts.map((pair) => pair.join('=')).join('&')}` : '';

@@ -7,7 +7,7 @@ import { differenceOf, kShown, onlyCollisionDiffers } from './compare.js';
 import { makeControls } from './controls.js';
 import { frameOf } from './coordinates.js';
 import { detailsOf, lineOf } from './details.js';
-import { listFaces } from './faces.js';
+import { entriesOf, listFaces } from './faces.js';
 import { showHeader, showWarnings } from './header.js';
 import { legendOf } from './legend.js';
 import { limitBars } from './limits.js';
@@ -58,33 +58,10 @@ const state = {
     grid: false,
     axes: false,
     figure: false,
+    textures: false,
   },
   choice: null,
 };
-
-/** The entries of all drawn and undrawn faces that belong to the selection. */
-function entriesOf(choice) {
-  const none = { drawn: [], undrawn: [] };
-  if (!choice) return none;
-  if (choice.kind === 'face') return { ...none, [choice.faceKind]: [choice.entry] };
-  const { drawn, undrawn } = faces;
-  const where = (own, belongs) => {
-    const entries = [];
-    for (let entry = 0; entry < own.count; ++entry) if (belongs(entry)) entries.push(entry);
-    return entries;
-  };
-  const { id } = choice.thing;
-  if (choice.kind === 'set' || choice.kind === 'group') {
-    const own = (list) => where(list, (entry) => list[choice.kind][entry] === id);
-    return { drawn: own(drawn), undrawn: own(undrawn) };
-  }
-  if (choice.kind === 'batch')
-    return { ...none, drawn: where(drawn, (entry) => drawn.batch[entry] === id) };
-  return {
-    ...none,
-    drawn: where(drawn, (entry) => model.batches[drawn.batch[entry]].material === id),
-  };
-}
 
 const rig = new CameraRig();
 let scene = null;
@@ -145,8 +122,11 @@ function link() {
   linking = setTimeout(() => {
     if (location.hash !== hash) return; // somebody asked for another one, which comes first
     const camera = scene && (state.moved || state.choice) ? rig.place : null;
-    const parts = Object.keys(state.parts).filter((id) => state.parts[id]);
-    hash = writeLink({ ...state, camera, parts, tools: tools?.link }, first, { faces, frame });
+    // Textures are on at first, where there are any; all others are off.
+    const textures = state.parts.textures || !model.textures?.length;
+    const parts = Object.keys(state.parts).filter((id) => state.parts[id] && id !== 'textures');
+    const now = { ...state, camera, parts, textures, tools: tools?.link };
+    hash = writeLink(now, first, { faces, frame });
     // Some archives open pages with an address that can't be changed.
     try {
       history.replaceState(null, '', hash || location.pathname + location.search);
@@ -166,7 +146,7 @@ function moved() {
 
 function showChosen() {
   if (!scene) return;
-  const { drawn, undrawn } = entriesOf(state.choice);
+  const { drawn, undrawn } = entriesOf(model, faces, state.choice);
   const isShown = (kind) => (entry) => scene.meshes[kind].visible[entry];
   scene.setChosen(
     drawn.filter(isShown('drawn')),
@@ -177,7 +157,7 @@ function showChosen() {
 
 function goToChosen() {
   if (!scene || !state.choice) return;
-  const entries = entriesOf(state.choice);
+  const entries = entriesOf(model, faces, state.choice);
   const box = boxOf(scene.meshes.drawn, entries.drawn).union(
     boxOf(scene.meshes.undrawn, entries.undrawn),
   );
@@ -334,7 +314,10 @@ function follow() {
       asked.choice?.faceKind === 'undrawn' ||
       onlyCollisionDiffers(faces));
   for (const id of Object.keys(state.parts)) {
-    const on = asked.parts.includes(id) || (id === 'undrawn' && isOnlyUndrawn);
+    const on =
+      id === 'textures'
+        ? asked.textures && model.textures?.length > 0
+        : asked.parts.includes(id) || (id === 'undrawn' && isOnlyUndrawn);
     if (state.parts[id] !== on) controls.set('part', id, on);
   }
   frameAll();

@@ -29,10 +29,14 @@ class BlockReader {
     return this.#view.getFloat32(this.#take(4), true);
   }
 
-  text() {
+  bytes() {
     const size = this.u32();
     const at = this.#take(size);
-    return new TextDecoder().decode(this.#bytes.subarray(at, at + size));
+    return this.#bytes.subarray(at, at + size);
+  }
+
+  text() {
+    return new TextDecoder().decode(this.bytes());
   }
 
   /**
@@ -151,8 +155,14 @@ function readBlock(reader, letter = '') {
     flags: reader.list(() => ({ bit: reader.u32(), keyword: reader.text() })),
     materials: reader.list((index) => readMaterial(reader, index)),
     groups: reader.list(() => readGroup(reader, hasFaceTable)),
+    textures: null, // the bytes of PNG files; null: none were asked for
+    textureOf: [], // by material, -1 for none
     comparison: null,
   };
+  if (reader.u32() === 1) {
+    model.textures = reader.list(() => reader.bytes());
+    model.textureOf = model.materials.map(() => reader.i32());
+  }
   const isCompared = reader.u32() === 1;
   startLabels(model.groups, isCompared ? 'A' : letter);
   if (!isCompared) return model;

@@ -1,39 +1,31 @@
 // The 3D scene: the level in one draw call, and over it the selection, undrawn faces and planes.
 import {
-  BackSide,
   Box3,
   BufferAttribute,
   BufferGeometry,
   Color,
   ColorManagement,
   DirectionalLight,
-  DoubleSide,
   HemisphereLight,
   LinearSRGBColorSpace,
-  LineBasicMaterial,
   LineSegments,
   Mesh,
-  MeshBasicMaterial,
-  MeshLambertMaterial,
   Scene,
   Sphere,
   Vector3,
   WebGLRenderer,
 } from 'three';
 
-import { drawsInSoftware, indexOfFaces, setVertices, visibleFaces } from './buffers.js';
+import { drawsInSoftware, groupsOfModels, indexOfFaces, setVertices, visibleFaces } from './buffers.js';
 import { checkerTexture } from './checker.js';
 import { changeCorners, colourCorners } from './colours.js';
+import { kUndrawn, levelMaterials } from './materials.js';
 import { placeMesh, shareCorners } from './mesh.js';
 import { planeShapes } from './planes.js';
 import { boxOf, cornersOfBox, visiblePositions } from './shapes.js';
+import { LevelTextures } from './textures.js';
 
 ColorManagement.enabled = false; // colours go to the screen as they are
-
-const kAccent = new Color('#ff7a00');
-const kUndrawn = new Color('#d13bd1');
-const kPlanes = new Color('#1d9bd1');
-const kBacks = new Color('#7a2f3d');
 
 export class LevelScene {
   #renderer;
@@ -53,13 +45,16 @@ export class LevelScene {
   #rest = 0;
   #waiting = false;
   #only = false;
-  #parts = { undrawn: false };
+  #onlyDrawn = null; // the drawn faces that alone are shown: index and entries
+  #parts = { undrawn: false, textures: false };
   #chosenUndrawn = false;
   #shown = null; // of a comparison: the changes that are shown
   #kinds = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
   #chosen = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
   #materials;
   #shapes = {}; // three's meshes, by what they show
+  #textures;
+  #colouring = null;
   /** Called with the camera after each picture. */
   drawn = null;
   /**
@@ -89,6 +84,13 @@ export class LevelScene {
     };
     this.#addLights();
     this.#addMeshes();
+    const { polygonOffset, polygonOffsetFactor, polygonOffsetUnits } = this.#materials.level;
+    const below = { polygonOffset, polygonOffsetFactor, polygonOffsetUnits };
+    this.#textures = new LevelTextures(model, faces.drawn, below, (left) => {
+      if (left === 0) canvas.removeAttribute('aria-busy');
+      this.draw();
+    });
+    if (this.#textures.materials.length > 0) canvas.setAttribute('aria-busy', 'true');
   }
 
   #addLights() {
@@ -100,34 +102,7 @@ export class LevelScene {
   }
 
   #addMeshes() {
-    const below = { polygonOffset: true, polygonOffsetFactor: 1, polygonOffsetUnits: 1 };
-    const further = { ...below, polygonOffsetFactor: 2, polygonOffsetUnits: 2 };
-    const above = { transparent: true, depthWrite: false };
-    this.#materials = {
-      level: new MeshLambertMaterial({ vertexColors: true, ...below }),
-      // Where faces of A and B lie in one plane, those of B are seen.
-      levelOfA: new MeshLambertMaterial({ vertexColors: true, ...further }),
-      backs: new MeshBasicMaterial({ color: kBacks, side: BackSide, ...below }),
-      edges: new MeshBasicMaterial({ wireframe: true, opacity: 0.35, ...above }),
-      undrawn: new MeshLambertMaterial({
-        color: kUndrawn,
-        side: DoubleSide,
-        opacity: 0.35,
-        ...above,
-      }),
-      undrawnEdges: new MeshBasicMaterial({ color: kUndrawn, wireframe: true }),
-      planes: new MeshBasicMaterial({ color: kPlanes, side: DoubleSide, opacity: 0.35, ...above }),
-      planePins: new LineBasicMaterial({ color: kPlanes }),
-      chosen: new MeshBasicMaterial({ color: kAccent, side: DoubleSide, opacity: 0.4, ...above }),
-      hidden: new MeshBasicMaterial({
-        color: kAccent,
-        side: DoubleSide,
-        opacity: 0.13,
-        depthTest: false,
-        ...above,
-      }),
-      outline: new MeshBasicMaterial({ color: kAccent, wireframe: true, depthTest: false }),
-    };
+    this.#materials = levelMaterials();
     const { drawn, undrawn } = this.#kinds;
     const planes = new BufferGeometry();
     const add = (name, mesh, order) => {
@@ -197,21 +172,6 @@ export class LevelScene {
     this.#setIndex(kind, mesh.visibleIndex);
   }
 
-  /** Draws the faces of an index, in which all faces of A come before those of B. */
-  #setIndex(kind, index) {
-    const geometry = this.#kinds[kind];
-    geometry.dispose();
-    geometry.setIndex(new BufferAttribute(index, 1));
-    geometry.clearGroups();
-    if (kind !== 'drawn') return;
-    const { entry } = this.#corners.drawn;
-    const { firstOfB = 0 } = this.#faces.drawn;
-    const begin = index.findIndex((at) => entry[at] >= firstOfB);
-    const ofA = begin < 0 ? index.length : begin;
-    if (ofA > 0) geometry.addGroup(0, ofA, 1);
-    if (ofA < index.length) geometry.addGroup(ofA, index.length - ofA, 0);
-  }
-
   #placePlanes() {
     const { squares, pins } = planeShapes(
       this.#model,
@@ -246,7 +206,39 @@ export class LevelScene {
     return this.#frame.outliers || lists.length === 0 ? [cornersOfBox(this.box)] : lists;
   }
 
+  /** Draws those faces of a kind; `entries` are theirs unless they are all. */
+  #setIndex(kind, index, entries = null) {
+    const geometry = this.#kinds[kind];
+    geometry.dispose();
+    if (kind !== 'drawn') {
+      geometry.setIndex(new BufferAttribute(index, 1));
+      return;
+    }
+    const { level, levelOfA } = this.#materials;
+    const isTextured = this.#textures?.shown;
+    const ordered = isTextured
+      ? this.#textures.order(index, entries)
+      : { index, groups: groupsOfModels(index, this.#corners.drawn, this.#faces.drawn) };
+    geometry.setIndex(new BufferAttribute(ordered.index, 1));
+    geometry.clearGroups();
+    for (const group of ordered.groups) geometry.addGroup(...group);
+    this.#shapes.level.material = [level, ...(isTextured ? this.#textures.materials : [levelOfA])];
+  }
+
+  /** Draws with the textures, or without, as it is wanted now. */
+  #showTextures() {
+    const shown = this.#parts.textures && this.#colouring !== 'uv';
+    if (shown === this.#textures.shown) return;
+    this.#textures.shown = shown;
+    const { index, entries } = this.#onlyDrawn ?? { index: this.meshes.drawn.visibleIndex };
+    this.#setIndex('drawn', index, entries);
+    this.draw();
+  }
+
   setColouring(id) {
+    this.#colouring = id;
+    this.#textures.setVertexColours(id === 'vertex');
+    this.#showTextures();
     const colours = colourCorners(this.#model, this.#faces.drawn, this.#corners.drawn, id);
     this.#kinds.drawn.setAttribute('color', new BufferAttribute(colours, 4, true));
     const isTexture = id === 'uv';
@@ -262,7 +254,9 @@ export class LevelScene {
   setParts(parts) {
     this.#shapes.backs.visible = parts.backs;
     this.#shapes.edges.visible = parts.edges;
-    this.#parts = parts;
+    const changes = this.#parts.textures !== parts.textures;
+    this.#parts = { ...parts };
+    if (changes) this.#showTextures();
     this.#showUndrawn();
     this.#shapes.planes.visible = this.#shapes.planePins.visible = parts.planes;
     this.draw();
@@ -288,7 +282,9 @@ export class LevelScene {
         this.#shapes[kind + part].visible = entries.length > 0 && !only;
       }
       if (only || this.#only) {
-        this.#setIndex(kind, only && some ? index : this.meshes[kind].visibleIndex);
+        if (kind === 'drawn') this.#onlyDrawn = only && some ? { index, entries } : null;
+        if (only && some) this.#setIndex(kind, index, entries);
+        else this.#setIndex(kind, this.meshes[kind].visibleIndex);
       }
     }
     this.#only = only;

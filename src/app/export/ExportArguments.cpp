@@ -171,9 +171,7 @@ ExportArguments ReadExportArguments(const CommandLine& line) {
   arguments.strict = line.Has("strict");
   const std::span<const std::string> allowed = WordValues(line, kAllowOption);
   arguments.allowed.assign(allowed.begin(), allowed.end());
-  for (const std::string& folder : line.Values("textures")) {
-    arguments.textures.push_back(RequirePath(line, "--textures", folder));
-  }
+  arguments.textures = PathValues(line, "textures");
   arguments.copyTextures = PathValue(line, "copy-textures");
   arguments.repeat = PathValue(line, "repeat");
   arguments.depFile = PathValue(line, "depfile");

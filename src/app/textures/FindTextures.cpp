@@ -51,18 +51,12 @@ class Search {
     if (folders_.empty()) {
       use.file = FindNamed(name, remarks);
     } else {
-      use.file = FindIn(folders_, name);
+      use.file = FindInFolders(files_, folders_, name);
     }
     if (use.file) return use;
-    remarks.push_back(MakeWarning(
-        "missing-texture",
-        fmt::format("texture {} of material {}{} is not found {}", Quoted(name),
-                    Quoted(use.texture.materials.front()),
-                    use.texture.materials.size() == 1
-                        ? ""
-                        : fmt::format(" and {} more", use.texture.materials.size() - 1),
-                    folders_.empty() ? "where the scene names it or beside the scene"
-                                     : fmt::format("in {}", fmt::join(folders_, ", ")))));
+    remarks.push_back(MissingTexture(
+        use.texture, folders_.empty() ? "where the scene names it or beside the scene"
+                                      : fmt::format("in {}", fmt::join(folders_, ", "))));
     std::vector<std::string>& nodes = remarks.back().nodes;
     for (const std::string& material : use.texture.materials) {
       const auto found = scene_.nodesOf.find(material);
@@ -75,13 +69,6 @@ class Search {
   }
 
  private:
-  std::optional<TextureFile> FindIn(std::span<const std::string> folders, std::string_view name) {
-    for (const std::string& folder : folders) {
-      if (auto file = files_.Find(folder, name)) return file;
-    }
-    return std::nullopt;
-  }
-
   /// Where the scene names it, else beside the scene.
   std::optional<TextureFile> FindNamed(const std::string& name, Remarks& remarks) {
     std::optional<TextureFile> first;
@@ -156,8 +143,27 @@ SceneTextures TexturesOf(const Scene& scene, const ExportArguments& arguments) {
   return textures;
 }
 
-void RequireTextureFolders(const ExportArguments& arguments) {
-  for (const std::string& folder : arguments.textures) RequireFolder(folder);
+void RequireTextureFolders(std::span<const std::string> folders) {
+  for (const std::string& folder : folders) RequireFolder(folder);
+}
+
+std::optional<TextureFile> FindInFolders(TextureFolders& files,
+                                         std::span<const std::string> folders,
+                                         std::string_view texture) {
+  for (const std::string& folder : folders) {
+    if (auto file = files.Find(folder, texture)) return file;
+  }
+  return std::nullopt;
+}
+
+Remark MissingTexture(const ModelTexture& texture, std::string_view where) {
+  const std::vector<std::string>& materials = texture.materials;
+  return MakeWarning(
+      "missing-texture",
+      fmt::format("texture {} of material {}{} is not found {}", Quoted(texture.name),
+                  Quoted(materials.front()),
+                  materials.size() == 1 ? "" : fmt::format(" and {} more", materials.size() - 1),
+                  where));
 }
 
 std::vector<TextureUse> FindTextures(std::vector<ModelTexture> textures, const SceneTextures& scene,

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -31,8 +32,16 @@ struct SceneTextures {
 /// Empty unless textures are looked for: the cost is that of visiting all faces of all nodes.
 SceneTextures TexturesOf(const Scene& scene, const ExportArguments& arguments);
 
-/// Throws RunError when a folder of --textures is none.
-void RequireTextureFolders(const ExportArguments& arguments);
+/// Throws RunError when one of `folders`, those of --textures, is none.
+void RequireTextureFolders(std::span<const std::string> folders);
+
+/// The file of a texture in the first of `folders` that has one.
+std::optional<TextureFile> FindInFolders(TextureFolders& files,
+                                         std::span<const std::string> folders,
+                                         std::string_view texture);
+
+/// The warning that a texture is not found `where`, such as "in maps, more/maps".
+Remark MissingTexture(const ModelTexture& texture, std::string_view where);
 
 /// Looks for each texture in the folders of --textures in their order, or, without that option,
 /// where one of the scene's pictures has that name, and beside the scene. Warns of each that is not
