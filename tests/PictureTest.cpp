@@ -1,6 +1,7 @@
 // Pictures of models: the rasteriser against the literal test of every sample, and what is drawn.
 #include <png.h>
 
+#include "images/Image.h"
 #include "picture/DrawModel.h"
 #include "picture/Rasteriser.h"
 #include "picture/WritePng.h"
@@ -181,7 +182,43 @@ TEST(PictureTest, TheSamePixelsOnEveryMachine) {
       }
     }
   }
-  EXPECT_EQ(hash, 14994815250416196686U);
+  EXPECT_EQ(hash, 16427846206657971393U);
+}
+
+TEST(PictureTest, TexturesLieInPerspectiveAndBlend) {
+  Image four = MakeImage(4, 1);
+  for (std::size_t x = 0; x < 4; ++x) four.At(x, 0)[0] = static_cast<std::uint8_t>(80 * x);
+  const TextureLevels levels{four};
+  constexpr std::int32_t kFar = 1000 * kPlacesPerSample;
+  const ScreenTriangle triangle{.corners = {{{0, 0, 0}, {kFar, 0, 0}, {0, kFar, 0}}}};
+  // Half of the way to a corner that is four times as far away is a fifth of the texture.
+  const TexturedTriangle texture{&levels, {{{0, 0, 1}, {0.25, 0, 0.25}, {0, 0, 1}}}};
+  EXPECT_THAT(SampleTexture(texture, triangle, kFar / 2, 0), ElementsAre(24, 0, 0, 255));
+  EXPECT_THAT(SampleTexture(texture, triangle, 0, 0), ElementsAre(120, 0, 0, 255)) << "it repeats";
+
+  ModelFile yard = Yard(ModelLayout::kKob);
+  std::uint64_t hash = 14695981039346656037U;
+  for (const std::uint8_t alpha : {std::uint8_t{255}, std::uint8_t{100}}) {
+    TextureImages images;
+    for (ModelMaterial& material : yard.materials) {
+      material.textureName = "t";
+      images["t"] = {MakeImage(4, 4)};
+    }
+    for (std::size_t i = 0; i < 16; ++i) {
+      std::uint8_t* const pixel = images["t"][0].At(i % 4, i / 4);
+      pixel[0] = static_cast<std::uint8_t>(i * 16);
+      pixel[1] = 90;
+      pixel[3] = alpha;
+    }
+    const Picture picture =
+        DrawModel(yard, PageSpace(yard, 0), FaceColours(yard, Colouring::kTexture, images),
+                  kNamedViews[0], {60, 40});
+    EXPECT_EQ(Drawn(picture), Drawn(Draw(yard)));
+    for (const Rgb& pixel : Pixels(picture)) {
+      for (const std::uint8_t channel : pixel) hash = (hash ^ channel) * 1099511628211U;
+    }
+  }
+  EXPECT_EQ(hash, 8271878175606260081U);
 }
 
 TEST(PictureTest, ThePngHoldsThePixels) {

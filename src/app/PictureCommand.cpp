@@ -3,6 +3,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -11,12 +12,14 @@
 #include "app/Messages.h"
 #include "app/ShownModel.h"
 #include "app/WriteOutput.h"
+#include "app/textures/ReadTextures.h"
 #include "cli/CommandLine.h"
 #include "cli/OptionReading.h"
 #include "cli/OptionValues.h"
 #include "cli/SharedOptions.h"
 #include "modelreader/ModelSummary.h"
 #include "output/OutputTarget.h"
+#include "output/TakenFiles.h"
 #include "picture/DrawModel.h"
 #include "picture/DrawSheet.h"
 #include "picture/WritePng.h"
@@ -28,8 +31,9 @@ namespace mapexport {
 namespace {
 
 constexpr std::array kPositionals{kShownPositional};
-constexpr std::array kViews{"iso", "top", "front", "side"};      // in the order of NamedView
-constexpr std::array kColourings{"material", "batch", "flags"};  // in the order of Colouring
+constexpr std::array kViews{"iso", "top", "front", "side"};  // in the order of NamedView
+constexpr std::array kColourings{"material", "batch", "flags",
+                                 "texture"};  // in the order of Colouring
 constexpr OptionInfo kFrom{
     .name = "from",
     .kind = OptionKind::kText,
@@ -44,7 +48,7 @@ constexpr OptionInfo kColour{
     .argument = "BY",
     .help =
         "what triangles are coloured by: material (the default), batch or flags, with the "
-        "colours of the page of view",
+        "colours of the page of view; texture: the images of --textures, else diffuse colours",
     .words = kColourings};
 constexpr std::array kOwnOptions{
     OptionInfo{.name = "output",
@@ -63,6 +67,7 @@ constexpr std::array kOwnOptions{
                .help = "the camera of a link to the page of view: its part behind #, or the whole "
                        "link; in place of --from"},
     kColour,
+    kTexturesOption,
     OptionInfo{.name = "sheet",
                .kind = OptionKind::kFlag,
                .help = "one sheet with all four views and the numbers"},
@@ -98,6 +103,7 @@ struct PictureArguments {
   std::optional<std::string> link;
   bool sheet = false;
   Colouring colouring = Colouring::kMaterial;
+  std::vector<std::string> textures;  ///< folders
 };
 
 /// That of the model, or else of a page's link.
@@ -112,6 +118,10 @@ PictureArguments Read(const CommandLine& line) {
   if (!output) throw UsageError("-o FILE is missing: the picture to write", line.command);
   if (line.Has("camera") && line.Has("from")) {
     throw UsageError("--camera and --from exclude each other", line.command);
+  }
+  const bool isTextured = WordValue(line, kColour) == static_cast<std::size_t>(Colouring::kTexture);
+  if (isTextured != line.Has("textures")) {
+    throw UsageError("--colour texture and --textures DIR need each other", line.command);
   }
   const PictureSize size = SizeOf(line);
   if (line.Has("sheet")) {
@@ -129,7 +139,8 @@ PictureArguments Read(const CommandLine& line) {
           .view = static_cast<NamedView>(WordValue(line, kFrom).value_or(0)),
           .link = line.Value("camera"),
           .sheet = line.Has("sheet"),
-          .colouring = static_cast<Colouring>(WordValue(line, kColour).value_or(0))};
+          .colouring = static_cast<Colouring>(WordValue(line, kColour).value_or(0)),
+          .textures = PathValues(line, "textures")};
 }
 
 /// Draws a model file; defects of the file go to standard error.
@@ -156,7 +167,14 @@ ExitStatus Run(const CommandLine& line) {
   if (Summarise(model).drawn == 0) {
     messages.Note("no-triangle", arguments.file + ": there is no drawn triangle in it");
   }
-  const FaceColours colours(model, arguments.colouring);
+  TextureImages images;
+  if (!arguments.textures.empty()) {
+    TakenFiles inputs;
+    images =
+        PictureTextures(ReadTextures(model, arguments.file, arguments.textures, inputs, messages));
+    inputs.RequireFree(target);
+  }
+  const FaceColours colours(model, arguments.colouring, std::move(images));
   const Picture picture =
       arguments.sheet ? DrawSheet(model, NamePart(arguments.file), space, colours, arguments.size)
                       : DrawModel(model, space, colours, *camera, arguments.size);

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <utility>
 
 namespace mapexport {
 namespace {
@@ -63,6 +64,22 @@ std::vector<std::vector<Rgb>> ColourByTable(const ModelGroup& group, const FlagC
   return table;
 }
 
+/// Null for none.
+const ModelMaterial* MaterialOf(const ModelFile& model, const ModelBatch& batch) {
+  const auto at = static_cast<std::size_t>(batch.material);  // -1 becomes too large
+  return at < model.materials.size() ? &model.materials[at] : nullptr;
+}
+
+Rgb DiffuseColour(const ModelMaterial* material) {
+  if (material == nullptr) return kNoColour;
+  const auto channel = [](float value) {
+    const double known = value > 0 ? std::min(1.0F, value) : 0;  // 0 when it is no number
+    return static_cast<std::uint8_t>(std::floor(255 * known + 0.5));
+  };
+  const ModelColour& colour = material->diffuse;
+  return {channel(colour.r), channel(colour.g), channel(colour.b)};
+}
+
 }  // namespace
 
 Rgb DistinctColour(std::int64_t index) {
@@ -73,8 +90,8 @@ Rgb DistinctColour(std::int64_t index) {
                  kLightnesses[at / 2 % kLightnesses.size()]);
 }
 
-FaceColours::FaceColours(const ModelFile& model, Colouring colouring)
-    : model_(model), colouring_(colouring) {
+FaceColours::FaceColours(const ModelFile& model, Colouring colouring, TextureImages images)
+    : model_(model), colouring_(colouring), images_(std::move(images)) {
   std::size_t batches = 0;
   for (const ModelGroup& group : model.groups) {
     firstBatch_.push_back(batches);
@@ -91,10 +108,19 @@ std::vector<Rgb> FaceColours::OfBatch(std::size_t group, std::size_t batch) cons
       return {DistinctColour(model_.groups[group].batches[batch].material)};
     case Colouring::kBatch:
       return {DistinctColour(static_cast<std::int64_t>(firstBatch_[group] + batch))};
+    case Colouring::kTexture:
+      return {DiffuseColour(MaterialOf(model_, model_.groups[group].batches[batch]))};
     case Colouring::kFlags:
       break;
   }
   return byFlags_[group][batch];
+}
+
+const TextureLevels* FaceColours::TextureOf(const ModelBatch& batch) const {
+  const ModelMaterial* const material = MaterialOf(model_, batch);
+  if (colouring_ != Colouring::kTexture || material == nullptr) return nullptr;
+  const auto found = images_.find(material->textureName);
+  return found == images_.end() ? nullptr : &found->second;
 }
 
 }  // namespace mapexport

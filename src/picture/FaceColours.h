@@ -5,10 +5,12 @@
 
 #include "modelreader/ModelFile.h"
 #include "picture/Picture.h"
+#include "picture/TextureSampler.h"
 
 namespace mapexport {
 
-enum class Colouring { kMaterial, kBatch, kFlags };
+/// kTexture: that of the material's diffuse colour, where no texture has another.
+enum class Colouring { kMaterial, kBatch, kFlags, kTexture };
 
 /// The colour of thing `index` among many: hues a golden angle apart, so that neighbours differ;
 /// grey below 0.
@@ -17,14 +19,18 @@ Rgb DistinctColour(std::int64_t index);
 /// Finds the colours of a model's faces.
 class FaceColours {
  public:
-  FaceColours(const ModelFile& model, Colouring colouring);
+  /// `images` are for kTexture.
+  FaceColours(const ModelFile& model, Colouring colouring, TextureImages images = {});
 
   /// The colours of the faces of a batch: one for all of them, or one for each.
   std::vector<Rgb> OfBatch(std::size_t group, std::size_t batch) const;
+  /// The texture of a batch; null without one.
+  const TextureLevels* TextureOf(const ModelBatch& batch) const;
 
  private:
   const ModelFile& model_;
   Colouring colouring_;
+  TextureImages images_;
   std::vector<std::size_t> firstBatch_;                 ///< of each group, in the whole model
   std::vector<std::vector<std::vector<Rgb>>> byFlags_;  ///< by group, batch and face
 };

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <numbers>
 #include <optional>
 
 namespace mapexport {
@@ -14,7 +15,7 @@ namespace {
 class Light {
  public:
   explicit Light(const Camera& camera)
-      : sun_(Normalised(camera.right * -0.6 + camera.up * 0.5 + camera.back * 2)) {}
+      : sun_(Normalised(camera.right * -0.6 + camera.up * 0.6 + camera.back * 2)) {}
 
   std::uint16_t On(const Vector& normal) const {
     const double sky = kGround + (1 - kGround) * (0.5 + 0.5 * normal.y);
@@ -23,9 +24,10 @@ class Light {
   }
 
  private:
-  static constexpr double kGround = 0.55;  ///< of the sky's light comes from below
-  static constexpr double kSky = 0.54;
-  static constexpr double kSun = 0.48;
+  // The lights of viewer/src/scene.js, which a surface spreads in all directions.
+  static constexpr double kGround = 138.0 / 255;  ///< of the sky's light comes from below
+  static constexpr double kSky = 2.1 / std::numbers::pi;
+  static constexpr double kSun = 1.25 / std::numbers::pi;
   Vector sun_;
 };
 
@@ -53,7 +55,8 @@ void CutPolygon(std::vector<ClipPoint>& polygon, const Inside& inside) {
     const double share = leaves ? atFrom / (atFrom - atTo) : atTo / (atTo - atFrom);
     const auto between = [share](double a, double b) { return a + (b - a) * share; };
     rest.push_back({between(in.x, out.x), between(in.y, out.y), between(in.z, out.z),
-                    between(in.w, out.w), between(in.light, out.light)});
+                    between(in.w, out.w), between(in.light, out.light), between(in.u, out.u),
+                    between(in.v, out.v)});
   }
   polygon = std::move(rest);
 }
@@ -61,13 +64,16 @@ void CutPolygon(std::vector<ClipPoint>& polygon, const Inside& inside) {
 class Gatherer {
  public:
   Gatherer(const ModelFile& model, const PageSpace& space, const Camera& camera,
-           const Projection& projection, const FaceColours& colours)
-      : space_(space), projection_(projection), light_(camera) {
+           const Projection& projection, const FaceColours& colours,
+           std::vector<TexturedTriangle>& textured)
+      : space_(space), projection_(projection), light_(camera), textured_(textured) {
     for (std::size_t g = 0; g < model.groups.size(); ++g) {
       const ModelGroup& group = model.groups[g];
       PlaceVertices(group);
       for (std::size_t b = 0; b < group.batches.size(); ++b) {
-        AddBatch(group, group.batches[b], colours.OfBatch(g, b));
+        const ModelBatch& batch = group.batches[b];
+        SetTexture(colours.TextureOf(batch));
+        AddBatch(group, batch, colours.OfBatch(g, b));
       }
     }
   }
@@ -117,8 +123,8 @@ class Gatherer {
                                 ? *corners[at]
                                 : light_.On(space_.Outward(face.plane.normal));
       }
-      if (clip) {
-        AddClipped(group, face, triangle);
+      if (clip || texture_ != nullptr) {
+        AddClipped(group, batch, face, triangle);
       } else {
         triangles_.push_back(triangle);
       }
@@ -131,12 +137,41 @@ class Gatherer {
     return DoubleArea(a, b, c) > 0;
   }
 
-  void AddClipped(const ModelGroup& group, const ModelBatchFace& face,
+  /// For the batch that comes next.
+  void SetTexture(const TextureLevels* levels) {
+    texture_ = levels;
+    transparent_ = false;
+    if (levels == nullptr) return;
+    const std::vector<std::uint8_t>& pixels = levels->front().pixels;
+    for (std::size_t i = 3; i < pixels.size(); i += 4) transparent_ |= pixels[i] != 255;
+  }
+
+  /// Gives `part` the texture, from three points of the polygon.
+  void AddTextured(ScreenTriangle part, const std::array<std::size_t, 3>& of) {
+    if (texture_ != nullptr) {
+      TexturedTriangle textured{texture_, {}};
+      for (std::size_t k = 0; k < 3; ++k) {
+        const ClipPoint& point = polygon_[of[k]];
+        textured.corners[k] = {point.u / point.w, point.v / point.w, 1 / point.w};
+      }
+      part.textured = static_cast<std::uint32_t>(textured_.size());
+      part.transparent = transparent_;
+      textured_.push_back(textured);
+    }
+    triangles_.push_back(part);
+  }
+
+  void AddClipped(const ModelGroup& group, const ModelBatch& batch, const ModelBatchFace& face,
                   const ScreenTriangle& whole) {
     polygon_.clear();
     for (std::size_t k = 0; k < 3; ++k) {
       polygon_.push_back(projection_.Project(*space_.Place(group.vertices[face.vertices[k]])));
       polygon_.back().light = whole.light[k];
+      const std::size_t corner = face.corners[k];
+      if (corner < batch.corners.size()) {
+        polygon_.back().u = batch.corners[corner].u;
+        polygon_.back().v = batch.corners[corner].v;
+      }
     }
     const double leastW = projection_.LeastW();
     CutPolygon(polygon_, [leastW](const ClipPoint& p) { return p.w - leastW; });
@@ -151,7 +186,7 @@ class Gatherer {
         part.corners[k] = projection_.OnScreen(polygon_[of[k]]);
         part.light[k] = static_cast<std::uint16_t>(polygon_[of[k]].light);
       }
-      if (IsFront(part)) triangles_.push_back(part);
+      if (IsFront(part)) AddTextured(part, of);
     }
   }
 
@@ -160,6 +195,9 @@ class Gatherer {
   Light light_;
   std::vector<Vertex> vertices_;
   std::vector<ClipPoint> polygon_;
+  const TextureLevels* texture_ = nullptr;
+  bool transparent_ = false;
+  std::vector<TexturedTriangle>& textured_;
   std::vector<ScreenTriangle> triangles_;
 };
 
@@ -200,8 +238,9 @@ std::vector<ScreenTriangle> Sorted(const std::vector<ScreenTriangle>& triangles)
 
 std::vector<ScreenTriangle> GatherTriangles(const ModelFile& model, const PageSpace& space,
                                             const Camera& camera, const Projection& projection,
-                                            const FaceColours& colours) {
-  return Sorted(Gatherer(model, space, camera, projection, colours).Take());
+                                            const FaceColours& colours,
+                                            std::vector<TexturedTriangle>& textured) {
+  return Sorted(Gatherer(model, space, camera, projection, colours, textured).Take());
 }
 
 }  // namespace mapexport

@@ -15,8 +15,10 @@ namespace mapexport {
 /// The drawn triangles that show their front, the nearest first as far as that is cheap to find
 /// out, and in an order that depends on the model only. Those with a corner that can't be shown are
 /// left out. Normals of corners shade; where there are none, the normal of the face does.
+/// `textured` gets the textures of those that have one.
 std::vector<ScreenTriangle> GatherTriangles(const ModelFile& model, const PageSpace& space,
                                             const Camera& camera, const Projection& projection,
-                                            const FaceColours& colours);
+                                            const FaceColours& colours,
+                                            std::vector<TexturedTriangle>& textured);
 
 }  // namespace mapexport

@@ -20,6 +20,8 @@ struct ClipPoint {
   double z = 0;
   double w = 1;
   double light = 0;  ///< of a triangle's corner
+  double u = 0;      ///< of its texture
+  double v = 0;
 };
 
 class Projection {

@@ -38,6 +38,11 @@ struct ScreenTriangle {
   std::array<ScreenPoint, 3> corners;  ///< clockwise on the screen, area above 0
   std::array<std::uint16_t, 3> light{};
   Rgb colour{};
+  /// Into a list of those with a texture.
+  std::uint32_t textured = kNoTexture;
+  bool transparent = false;  ///< its texture has alphas
+
+  static constexpr std::uint32_t kNoTexture = UINT32_MAX;
 };
 
 /// Twice the area of the triangle from `a` to `b` to `c`, below 0 when it is counter-clockwise.
