@@ -16,10 +16,10 @@ mkdir -p build/screenshots docs/images
 cd build/screenshots
 "$mapexport" export "$root/examples/yard.scene.json" yard.kob \
   --fresh --seed 1 --cxp "$root/examples/yard.cxp" --quiet
-"$mapexport" view yard.kob
-# A face of the hut is chosen, and the collision faces are shown.
+"$mapexport" view yard.kob --textures "$root/examples/textures"
+# A face of the hut is chosen.
 node "$root/scripts/screenshot-page.mjs" "$root/build/release/page-test" yard.kob.html \
-  "$root/docs/images/view.png" 1200 760 light "#face=600" f c
+  "$root/docs/images/view.png" 1200 760 light "#face=600" f
 echo "docs/images/view.png"
 
 # The barrel is gone, the roof is higher, the bench moved along the wall.
