@@ -1,7 +1,6 @@
 // The parts of a binary scene file (.scene.bin): header, JSON document, block of lists.
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -9,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "system/ByteOrder.h"
 #include "system/Descriptor.h"
 
 namespace mapexport {
@@ -32,19 +32,12 @@ constexpr std::uint64_t AlignList(std::uint64_t offset) {
   return (offset + kListAlignment - 1) / kListAlignment * kListAlignment;
 }
 
-/// These turn numbers of this processor into those of a file, or back.
-inline void ToFileOrder([[maybe_unused]] std::span<std::uint32_t> words) {
-  if constexpr (std::endian::native == std::endian::big) {
-    for (std::uint32_t& word : words) word = __builtin_bswap32(word);
-  }
-}
-inline void ToFileOrder([[maybe_unused]] BinarySceneHeader& header) {
-  if constexpr (std::endian::native == std::endian::big) {
-    header.version = __builtin_bswap32(header.version);
-    header.reserved = __builtin_bswap32(header.reserved);
-    header.jsonBytes = __builtin_bswap64(header.jsonBytes);
-    header.listBytes = __builtin_bswap64(header.listBytes);
-  }
+/// Turns the numbers of a header into those of a file, or back.
+inline void ToFileOrder(BinarySceneHeader& header) {
+  ToFileOrder(std::span(&header.version, 1));
+  ToFileOrder(std::span(&header.reserved, 1));
+  ToFileOrder(std::span(&header.jsonBytes, 1));
+  ToFileOrder(std::span(&header.listBytes, 1));
 }
 
 /// A file whose header and sizes are checked and whose JSON is read. It is read, not mapped:

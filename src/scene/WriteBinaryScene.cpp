@@ -78,8 +78,8 @@ class ListBlock {
       if constexpr (std::is_same_v<Element, Face>) {
         for (Face& face : block) face.flags = face.MatID();
       }
-      ToFileOrder({reinterpret_cast<std::uint32_t*>(block.data()),
-                   block.size() * (sizeof(Element) / sizeof(std::uint32_t))});
+      ToFileOrder(std::span(reinterpret_cast<std::uint32_t*>(block.data()),
+                            block.size() * (sizeof(Element) / sizeof(std::uint32_t))));
       out.write(reinterpret_cast<const char*>(block.data()),
                 static_cast<std::streamsize>(block.size() * sizeof(Element)));
     }

@@ -3,12 +3,11 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <charconv>
 #include <cstddef>
-#include <cstring>
 #include <system_error>
 
+#include "importer/text/Numbers.h"
 #include "importer/text/StatementLines.h"
 #include "importer/text/UserText.h"
 
@@ -218,7 +217,7 @@ std::optional<FbxLinks> ReadAscii(std::string_view text) {
 class BinaryReader {
  public:
   explicit BinaryReader(std::string_view text) : text_(text), at_(kBinaryMark.size()) {
-    isWide_ = Integer<std::uint32_t>() >= 7500;
+    isWide_ = Number<std::uint32_t>() >= 7500;
   }
 
   std::optional<FbxLinks> Run() {
@@ -266,20 +265,16 @@ class BinaryReader {
   void TakeMatrix(const Record& record) {
     at_ = record.properties;
     MatrixNumbers numbers{};
-    if (Integer<char>() != 'd' || Integer<std::uint32_t>() != numbers.size()) return;
-    const auto encoding = Integer<std::uint32_t>();
-    if (encoding != 0 || Integer<std::uint32_t>() != sizeof(numbers)) return;
-    for (double& number : numbers) number = std::bit_cast<double>(Integer<std::uint64_t>());
+    if (Number<char>() != 'd' || Number<std::uint32_t>() != numbers.size()) return;
+    const auto encoding = Number<std::uint32_t>();
+    if (encoding != 0 || Number<std::uint32_t>() != sizeof(numbers)) return;
+    for (double& number : numbers) number = Number<double>();
     TakeBind(numbers, links_);
   }
 
   template <class T>
-  T Integer() {
-    static_assert(std::endian::native == std::endian::little);
-    T value{};
-    const std::string_view bytes = Bytes(sizeof(T));
-    if (bytes.size() == sizeof(T)) std::memcpy(&value, bytes.data(), sizeof(T));
-    return value;
+  T Number() {
+    return NumberAt<T>(Bytes(sizeof(T)), 0).value_or(T{});
   }
 
   std::string_view Bytes(std::uint64_t count) {
@@ -293,7 +288,7 @@ class BinaryReader {
   }
 
   std::uint64_t Offset() {
-    return isWide_ ? Integer<std::uint64_t>() : std::uint64_t{Integer<std::uint32_t>()};
+    return isWide_ ? Number<std::uint64_t>() : std::uint64_t{Number<std::uint32_t>()};
   }
 
   /// Empty at the record of zeros that ends a list, at `limit`, and where the file is damaged.
@@ -303,7 +298,7 @@ class BinaryReader {
     const std::uint64_t propertyCount = Offset();
     const std::uint64_t propertyBytes = Offset();
     Record record;
-    record.statement.name = Bytes(Integer<std::uint8_t>());
+    record.statement.name = Bytes(Number<std::uint8_t>());
     const std::size_t properties = at_;
     if (end == 0) return std::nullopt;
     if (end < at_ || end > limit || propertyBytes > end - at_) isDamaged_ = true;
@@ -325,24 +320,24 @@ class BinaryReader {
 
   /// False for a kind that nothing here needs, behind which no property is read.
   bool ReadProperty(Property& property) {
-    switch (Integer<char>()) {
+    switch (Number<char>()) {
       case 'L':
-        return SetInteger(property, Integer<std::int64_t>());
+        return SetInteger(property, Number<std::int64_t>());
       case 'I':
-        return SetInteger(property, Integer<std::int32_t>());
+        return SetInteger(property, Number<std::int32_t>());
       case 'Y':
-        return SetInteger(property, Integer<std::int16_t>());
+        return SetInteger(property, Number<std::int16_t>());
       case 'C':
-        return SetInteger(property, Integer<std::int8_t>());
+        return SetInteger(property, Number<std::int8_t>());
       case 'D':
-        property.number = std::bit_cast<double>(Integer<std::uint64_t>());
+        property.number = Number<double>();
         return true;
       case 'F':
-        property.number = static_cast<double>(std::bit_cast<float>(Integer<std::uint32_t>()));
+        property.number = static_cast<double>(Number<float>());
         return true;
       case 'S':
         property.isText = true;
-        property.text = Bytes(Integer<std::uint32_t>());
+        property.text = Bytes(Number<std::uint32_t>());
         return true;
       default:
         return false;

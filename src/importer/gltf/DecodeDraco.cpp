@@ -3,12 +3,14 @@
 
 #include <cstdint>
 #include <cstring>
+#include <span>
 #include <utility>
 #include <vector>
 
 #include <draco/compression/decode.h>
 
 #include "importer/gltf/GltfAccessors.h"
+#include "system/ByteOrder.h"
 
 namespace mapexport {
 namespace {
@@ -26,6 +28,7 @@ bool Extract(const draco::PointAttribute& source, std::size_t vertices, std::siz
         !source.ConvertValue(value, static_cast<std::int8_t>(components), element.data())) {
       return false;
     }
+    ToFileOrder(std::span(element));
     std::memcpy(bytes.data() + v * size, element.data(), size);
   }
   return true;
@@ -81,7 +84,8 @@ std::string DracoMesh::Indices() const {
   char* into = bytes.data();
   for (std::uint32_t f = 0; f < mesh_->num_faces(); ++f) {
     for (const draco::PointIndex& corner : mesh_->face(draco::FaceIndex(f))) {
-      const std::uint32_t index = corner.value();
+      std::uint32_t index = corner.value();
+      ToFileOrder(std::span(&index, 1));
       std::memcpy(into, &index, sizeof index);
       into += sizeof index;
     }

@@ -3,9 +3,13 @@
 #include "importer/gltf/DecodeMeshopt.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <span>
 
 #include <fmt/format.h>
 #include <meshoptimizer.h>
+
+#include "system/ByteOrder.h"
 
 namespace mapexport {
 namespace {
@@ -29,9 +33,16 @@ bool FitsFilter(Filter filter, std::size_t stride) {
 }
 
 void ApplyFilter(Filter filter, std::string& bytes, std::size_t count, std::size_t stride) {
+  if (filter == Filter::kNone) return;
+  const std::size_t numberSize = filter == Filter::kOctahedral   ? stride / 4
+                                 : filter == Filter::kQuaternion ? sizeof(std::int16_t)
+                                                                 : sizeof(std::uint32_t);
+  const auto numbers = std::as_writable_bytes(std::span(bytes));
+  ToFileOrder(numbers, numberSize);
   if (filter == Filter::kOctahedral) meshopt_decodeFilterOct(bytes.data(), count, stride);
   if (filter == Filter::kQuaternion) meshopt_decodeFilterQuat(bytes.data(), count, stride);
   if (filter == Filter::kExponential) meshopt_decodeFilterExp(bytes.data(), count, stride);
+  ToFileOrder(numbers, numberSize);
 }
 
 std::string Defect(const GltfMeshopt& source, std::string_view data) {
@@ -86,6 +97,10 @@ std::string DecodeMeshopt(const GltfMeshopt& source, std::string_view data, std:
       break;
   }
   if (error != 0) return ": its data is damaged";
+  // The library gives indices in this processor's order.
+  if (source.mode != Mode::kAttributes) {
+    ToFileOrder(std::as_writable_bytes(std::span(bytes)), source.byteStride);
+  }
   ApplyFilter(source.filter, bytes, source.count, source.byteStride);
   return {};
 }

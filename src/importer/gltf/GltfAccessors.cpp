@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstring>
 #include <limits>
+#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -12,6 +13,7 @@
 
 #include "importer/SourceFile.h"
 #include "importer/text/HostText.h"
+#include "system/ByteOrder.h"
 
 namespace mapexport {
 namespace {
@@ -50,6 +52,7 @@ template <class Value, class Number, std::size_t components, class Component>
 Value ValueAt(const char* from, bool isNormalized) {
   std::array<Component, components> stored;
   std::memcpy(stored.data(), from, sizeof stored);
+  ToFileOrder(std::span(stored));
   if constexpr (std::is_same_v<Number, Component>) {
     return Made<Value, Number, components>(stored);
   } else {
@@ -155,7 +158,8 @@ std::vector<Value> GltfAccessors::Read(int accessor) {
   std::vector<Value> values(elements.count);
   if (elements.first != nullptr) {
     WithGltfComponent(elements.componentType, [&](auto component) {
-      if constexpr (std::is_same_v<Number, decltype(component)> && components != 2) {
+      if constexpr (kMemoryIsFileOrder && std::is_same_v<Number, decltype(component)> &&
+                    components != 2) {
         if (elements.stride == sizeof(Value) && !values.empty()) {
           std::memcpy(values.data(), elements.first, values.size() * sizeof(Value));
           return;
@@ -197,7 +201,9 @@ void GltfAccessors::ApplySparse(int accessor, std::vector<Value>& values) {
   WithGltfComponent(source.componentType, [&](auto component) {
     for (std::size_t i = 0; i < sparse.count; ++i, index += indexStride, from += stride) {
       std::uint32_t target = 0;
-      std::memcpy(&target, index, ComponentSize(sparse.indexType));
+      WithGltfComponent(sparse.indexType, [&](auto of) {
+        target = static_cast<std::uint32_t>(FileNumber<decltype(of)>(index));
+      });
       if (target >= values.size()) {
         RefuseFile(path_, fmt::format("{}.indices: {}, there are {} elements", place, target,
                                       values.size()));

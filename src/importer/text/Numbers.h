@@ -1,11 +1,11 @@
 // Numbers in the texts and in the bytes of scene files.
 #pragma once
 
-#include <bit>
 #include <cstddef>
-#include <cstring>
 #include <optional>
 #include <string_view>
+
+#include "system/ByteOrder.h"
 
 namespace mapexport {
 
@@ -17,11 +17,8 @@ std::optional<float> DecimalNumber(std::string_view word);
 /// The little-endian number at `at`; empty when it isn't completely within `bytes`.
 template <class T>
 std::optional<T> NumberAt(std::string_view bytes, std::size_t at) {
-  static_assert(std::endian::native == std::endian::little);
   if (bytes.size() < sizeof(T) || at > bytes.size() - sizeof(T)) return std::nullopt;
-  T value{};
-  std::memcpy(&value, bytes.data() + at, sizeof(T));
-  return value;
+  return FileNumber<T>(bytes.data() + at);
 }
 
 }  // namespace mapexport
