@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Checks that the same scenes, options and seed give the same bytes: same-bytes.sh [CHECK...], by
-# default all checks. Exports the example, all of tests/golden and the rooms of tests/models to both
-# layouts and compares outputs and messages with those of the release build:
+# default all that need no other processor. Exports the example, all of tests/golden, 200 random scenes
+# and the rooms of tests/models to both layouts and compares outputs and messages with those of the
+# release build:
 #
 #   runs      two more runs
 #   folder    a folder with a blank and an umlaut in its name
@@ -9,6 +10,9 @@
 #   debug     the build without optimisation (-O0; the release build has -O3)
 #   clang     the release build by clang++ (the other one is by g++)
 #   sanitize  the build by clang++ with sanitizers (-O1)
+#   arm64, s390x  the whole program, without its windows, built for that processor and run under qemu;
+#             s390x is big-endian. As root, because libraries of that processor are in folders of their
+#             own: in MAPEXPORT_ROOTS, by default ~/.cache/mapexport
 #
 # Ends with 1 when something differs, and names the files. Results go to
 # build/robustness/same-bytes.tsv.
@@ -20,6 +24,8 @@ root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -
 . "$root/scripts/lib/ensure-packages.sh"
 # shellcheck source=scripts/lib/note-result.sh
 . "$root/scripts/lib/note-result.sh"
+# shellcheck source=scripts/lib/foreign-root.sh
+. "$root/scripts/lib/foreign-root.sh"
 
 checks=("$@")
 [[ $# -gt 0 ]] || checks=(runs folder locale debug clang sanitize)
@@ -28,6 +34,7 @@ for check in "${checks[@]}"; do
   case $check in
     clang | sanitize) lists+=("$root/scripts/packages-sanitize.txt") ;;
     locale) lists+=("$root/scripts/packages-test.txt") ;;
+    arm64 | s390x) lists+=("$root/scripts/packages-foreign.txt") ;;
     runs | folder | debug) ;;
     *)
       echo "same-bytes.sh: there is no check \"$check\"" >&2
@@ -40,25 +47,38 @@ ensure_packages "${lists[@]}"
 work=$root/build/same-bytes
 status=0
 
-# program PRESET: brings the preset's program up to date, and says where it is.
+# program PRESET [TARGET...]: brings the preset's program up to date, and says where it is.
 program() {
   local folder=$root/build/$1
   (
     cd -- "$root"
     [[ -f $folder/build.ninja ]] || cmake --preset "$1" -DMAPEXPORT_TESTS=OFF
-    cmake --build --preset "$1" --target mapexport
+    cmake --build --preset "$1" --target mapexport "${@:2}"
   ) >&2 || return 1
   echo "$folder/bin/mapexport"
 }
 
-# export_all PROGRAM FOLDER: copies the scenes to FOLDER/in and writes what they give, and what is
+# foreign_program ARCHITECTURE: the same for another processor.
+foreign_program() {
+  local folder=$root/build/$1
+  {
+    make_foreign_root "$1" || return
+    [[ -f $folder/build.ninja ]] || configure_foreign "$1" "$folder" || return
+    cmake --build "$folder" --target mapexport || return
+  } >&2
+  echo "$folder/bin/mapexport"
+}
+
+# export_all FOLDER PROGRAM...: copies the scenes to FOLDER/in and writes what they give, and what is
 # said of them, to FOLDER/out.
 export_all() {
-  local mapexport=$1 folder=$2 scene name layout options
+  local folder=$1 scene name layout options
+  shift
   rm -rf -- "$folder"
   mkdir -p -- "$folder/in" "$folder/out"
   cp -- "$root"/examples/yard.{scene.json,cxp} "$root"/tests/golden/*.{scene.json,cxp,options} \
     "$root"/tests/models/room.{3ds,ase,dae,fbx,gltf,obj,mtl} "$folder/in"
+  cp -r -- "$work/random" "$folder/in"
   echo "--cxp yard.cxp" >"$folder/in/yard.options"
   (
     cd -- "$folder/in"
@@ -67,17 +87,28 @@ export_all() {
       options=()
       [[ ! -f $name.options ]] || read -r -a options <"$name.options"
       for layout in qob kob; do
-        "$mapexport" export "$scene" "../out/$name.$layout" --fresh --seed 1 --quiet \
+        "$@" export "$scene" "../out/$name.$layout" --fresh --seed 1 --quiet \
           ${options[@]+"${options[@]}"} || exit
+        "$@" inspect --json "../out/$name.$layout" >"../out/$name.$layout.json" || exit
       done
       # What a foreign file is read as is text, with numbers in it.
       [[ $scene == *.scene.json ]] ||
-        "$mapexport" scene "$scene" -o "../out/$name.scene.json" || exit
+        "$@" scene "$scene" -o "../out/$name.scene.json" || exit
+    done
+    for layout in qob kob; do
+      "$@" export random/* --output-folder ../out --layout "$layout" --fresh --seed 1 --quiet || exit
     done
   ) 2>"$folder/out/messages" || {
     tail -n 1 -- "$folder/out/messages" >&2
     return 1
   }
+}
+
+# report WHAT COUNT DIFFERENT HOW
+report() {
+  printf '%-25s %4d files compared, %d differ\n' "$1" "$2" "$3"
+  note_result same-bytes.tsv "$@"
+  [[ $3 -eq 0 ]] || status=1
 }
 
 # compare WHAT HOW FOLDER...: the files there with the first run's.
@@ -94,9 +125,22 @@ compare() {
       cmp -- "$file" "$folder/out/${file##*/}" || different=$((different + 1))
     done
   done
-  printf '%-25s %4d files compared, %d differ\n' "$what" "$count" "$different"
-  note_result same-bytes.tsv "$what" "$count" "$different" "$how"
-  [[ $different -eq 0 ]] || status=1
+  report "$what" "$count" "$different" "$how"
+}
+
+# check_reader ARCHITECTURE: what the example of the engines' header says of the models, there and here.
+check_reader() {
+  local -a here=("$work/reader") there=("$root/scripts/lib/foreign-run.sh" "$1" "$work/reader-$1")
+  local model count=0 different=0
+  local -a compile=(-std=c++17 -O2 -I"$root/include" "$root/examples/engine_reader.cpp" -o)
+  g++ "${compile[@]}" "${here[0]}"
+  "$(foreign_triplet "$1")-g++" --sysroot="$(foreign_root "$1")" "${compile[@]}" "${there[2]}"
+  for model in "$work"/first/out/*.{k,q}ob; do
+    [[ ${model##*/} != random-* ]] || continue
+    count=$((count + 1))
+    cmp -- <("${here[@]}" "$model" 2>&1) <("${there[@]}" "$model" 2>&1) || different=$((different + 1))
+  done
+  report "engines' reader on $1" "$count" "$different" "examples/engine_reader.cpp; under qemu"
 }
 
 # Compiles the locale into a temporary folder; the system stays as it is.
@@ -115,23 +159,25 @@ CPP
     echo "locale: de_DE.UTF-8 is not in force" >&2
     return 1
   fi
-  export_all "$release" "$work/german"
+  export_all "$work/german" "$release"
   # The path may hold a blank, at which the variable would be cut in two.
-  LD_LIBRARY_PATH=$work LD_PRELOAD=in-force.so export_all "$release" "$work/german-in-force"
+  LD_LIBRARY_PATH=$work LD_PRELOAD=in-force.so export_all "$work/german-in-force" "$release"
 }
 
-release=$(program release)
-mkdir -p -- "$work"
-export_all "$release" "$work/first"
+release=$(program release make_random_scenes)
+rm -rf -- "$work/random"
+mkdir -p -- "$work/random"
+"$root/build/release/bin/make_random_scenes" 200 "$work/random"
+export_all "$work/first" "$release"
 for check in "${checks[@]}"; do
   case $check in
     runs)
-      export_all "$release" "$work/second"
-      export_all "$release" "$work/third"
+      export_all "$work/second" "$release"
+      export_all "$work/third" "$release"
       compare "three runs" "release build, one after the other" "$work/second" "$work/third"
       ;;
     folder)
-      export_all "$release" "$work/another földer"
+      export_all "$work/another földer" "$release"
       compare "another folder" "a blank and an umlaut in its name" "$work/another földer"
       ;;
     locale)
@@ -141,18 +187,24 @@ for check in "${checks[@]}"; do
       ;;
     debug)
       built=$(program debug)
-      export_all "$built" "$work/debug"
+      export_all "$work/debug" "$built"
       compare "-O0 against -O3" "debug and release build" "$work/debug"
       ;;
     clang)
       built=$(program clang)
-      export_all "$built" "$work/clang"
+      export_all "$work/clang" "$built"
       compare "clang++ against g++" "release builds" "$work/clang"
       ;;
     sanitize)
       built=$(program sanitize)
-      export_all "$built" "$work/sanitize"
+      export_all "$work/sanitize" "$built"
       compare "sanitizers against none" "address and undefined; release build" "$work/sanitize"
+      ;;
+    arm64 | s390x)
+      built=$(foreign_program "$check")
+      export_all "$work/$check" "$root/scripts/lib/foreign-run.sh" "$check" "$built"
+      compare "$check" "against this processor, release builds; under qemu" "$work/$check"
+      check_reader "$check"
       ;;
   esac
 done

@@ -16,15 +16,17 @@ namespace mapexport {
 /// Takes values off the front of the input; behind its end all bytes are 0.
 class FuzzBytes {
  public:
-  FuzzBytes(const std::uint8_t* data, std::size_t size)
-      : rest_(reinterpret_cast<const char*>(data), size) {}
+  /// Finite numbers are at most `largest`.
+  FuzzBytes(const std::uint8_t* data, std::size_t size,
+            float largest = std::numeric_limits<float>::max())
+      : rest_(reinterpret_cast<const char*>(data), size), largest_(largest) {}
 
   std::string_view Rest() const { return rest_; }
   /// The next `size` bytes, or all that are left.
   FuzzBytes Part(std::size_t size) {
     const std::string_view part = rest_.substr(0, size);
     rest_.remove_prefix(part.size());
-    return FuzzBytes(part);
+    return FuzzBytes(part, largest_);
   }
 
   std::uint32_t U8() {
@@ -69,7 +71,7 @@ class FuzzBytes {
   }
   float Finite() {
     const float value = Float();
-    return std::isfinite(value) ? value : 0.0f;
+    return std::abs(value) <= largest_ ? value : 0.0f;
   }
 
   /// Up to 255 bytes.
@@ -105,9 +107,10 @@ class FuzzBytes {
   }
 
  private:
-  explicit FuzzBytes(std::string_view bytes) : rest_(bytes) {}
+  FuzzBytes(std::string_view bytes, float largest) : rest_(bytes), largest_(largest) {}
 
   std::string_view rest_;
+  float largest_;
 };
 
 /// Ends the run as a find, saying what does not hold.
