@@ -98,10 +98,13 @@ export_all() {
     for layout in qob kob; do
       "$@" export random/* --output-folder ../out --layout "$layout" --fresh --seed 1 --quiet || exit
     done
+    rm -f -- ../out/*.ExportDebug.txt # with times
   ) 2>"$folder/out/messages" || {
     tail -n 1 -- "$folder/out/messages" >&2
     return 1
   }
+  # Those of several scenes come in the order in which these are done.
+  sort -o "$folder/out/messages" -- "$folder/out/messages"
   export_rooms "$folder" "$@"
 }
 
