@@ -10,6 +10,8 @@ unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 # shellcheck source=scripts/lib/ensure-packages.sh
 . "$root/scripts/lib/ensure-packages.sh"
+# shellcheck source=scripts/lib/fuzz-corpus.sh
+. "$root/scripts/lib/fuzz-corpus.sh"
 # shellcheck source=scripts/lib/note-result.sh
 . "$root/scripts/lib/note-result.sh"
 ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-sanitize.txt"
@@ -50,18 +52,6 @@ seeds() {
   [[ ! -d $corpus ]] || echo "$corpus"
 }
 
-# prepare TARGET: its own corpus, with the project's files that are of its form.
-prepare() {
-  local corpus=$out/corpus/$1
-  mkdir -p -- "$corpus"
-  case $1 in
-    FuzzCxp) cp -- examples/yard.cxp tests/golden/*.cxp "$corpus" ;;
-    FuzzGltf) cp -- tests/models/gltf/*.gl* tests/models/*.gltf tests/models/cubes/*.gltf "$corpus" ;;
-    FuzzObj) cp -- tests/models/*.obj tests/models/*.mtl "$corpus" ;;
-    FuzzSceneFile) cp -- tests/golden/*.scene.json "$corpus" ;;
-  esac
-}
-
 # statistic NAME TARGET: that number of its log.
 statistic() {
   sed -nE "s/^stat::$1: *([0-9]+)$/\\1/p" "$out/$2.log"
@@ -85,7 +75,7 @@ take() {
 for target in "${targets[@]}"; do
   [[ ${#pids[@]} -lt 2 ]] || take
   [[ -z $failed ]] || break
-  prepare "$target"
+  prepare_corpus "$target" "$out/corpus/$target"
   mapfile -t arguments < <(seeds "$target")
   echo "$target: $seconds seconds"
   "$root/build/sanitize/fuzz/$target" -max_total_time="$seconds" -timeout=10 -len_control=20 \

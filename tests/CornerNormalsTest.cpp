@@ -80,7 +80,7 @@ Mesh ReadWith(const Mesh& mesh, const Normals& normals) {
 }
 
 TEST(CornerNormals, ComeBackFromTheSmoothingGroupsMadeOfThem) {
-  for (unsigned seed = 0; seed < 12; ++seed) {
+  for (const unsigned seed : Seeds(12)) {
     std::mt19937 random(seed);
     Mesh mesh = RandomSheet(random);
     const Normals expected = Smoothed(mesh, false);

@@ -117,7 +117,7 @@ TEST(WeldVertices, EqualsTheComparisonOfAllPairs) {
   constexpr std::array kDistances{0.2f,   -0.2f,  0.0f,   1.0f,   1000.0f, 1e-19f,
                                   1e-22f, 3e-23f, 2e-23f, 1e-30f, 1e18f,   1.8446744e19f,
                                   2e19f,  1e30f,  kMax,   kInf,   -kInf,   kNaN};
-  for (unsigned seed = 0; seed < 1500; ++seed) {
+  for (const unsigned seed : Seeds(1500)) {
     Random random(seed);
     const float distance = random.Pick(kDistances);
     GeometryGroup fast = GroupToWeld(random, distance);
@@ -167,7 +167,7 @@ TEST(RemoveFace, RenumbersTheSetsAndKeepsTheScratchOfThePlace) {
 }
 
 TEST(RemoveFaces, EqualsRemovingOneByOne) {
-  for (unsigned seed = 0; seed < 600; ++seed) {
+  for (const unsigned seed : Seeds(600)) {
     Random random(seed);
     GeometryGroup fast;
     fast.vertices.At(2);
@@ -249,7 +249,7 @@ void ShareAttributes(GeometryGroup& group, bool more) {
 
 TEST(CleanVertexAttributes, EqualsTheVisitOfAllBuckets) {
   TestSystem system;
-  for (unsigned seed = 0; seed < 500; ++seed) {
+  for (const unsigned seed : Seeds(500)) {
     Random random(seed);
     GeometryGroup fast = GroupToClean(random);
     if (random.OneIn(3)) ShareAttributes(fast, random.OneIn(2));

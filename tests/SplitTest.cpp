@@ -142,7 +142,7 @@ std::size_t LongestListOf(const ModelFile& model) {
 }
 
 TEST_F(SplitTest, PartsHoldEveryFaceOnceInListsThatFit) {
-  for (unsigned seed = 0; seed < 600; ++seed) {
+  for (const unsigned seed : Seeds(600)) {
     SCOPED_TRACE(seed);
     const auto group = RandomGroupMaker(seed).Make();
     State().options.geometryVoxelSize = std::array{1000.0f, 30.0f, 3.0f, 0.0f}[seed / kShapes % 4];

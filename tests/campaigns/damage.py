@@ -25,12 +25,15 @@ def main():
     parser.add_argument("--seed", type=int, default=0, help="other damages")
     parser.add_argument("--only", type=int, help="the try of that number alone")
     parser.add_argument("--program", required=True, type=os.path.realpath, help=argparse.SUPPRESS)
-    # For a test: few tries, in a folder of its own, which leave no row in the table.
-    parser.add_argument("--quick", type=pathlib.Path, help=argparse.SUPPRESS)
+    # For a test: few tries.
+    parser.add_argument("--quick", action="store_true", help=argparse.SUPPRESS)
+    parser.add_argument("--folder", type=pathlib.Path, default=ROOT / "build/damage",
+                        help=argparse.SUPPRESS)
+    parser.add_argument("--table", type=pathlib.Path, help=argparse.SUPPRESS)
     parser.add_argument("parts", nargs="*", metavar="PART", choices=[[], *PARTS])
     given = parser.parse_args()
 
-    top = (given.quick or ROOT / "build/damage").resolve()
+    top = given.folder.resolve()
     shutil.rmtree(top, ignore_errors=True)
     top.mkdir(parents=True)
     tally = Tally(top)
@@ -41,8 +44,8 @@ def main():
         tally.begin(part.what, f"scripts/damage.sh --seed {given.seed}" + " --full" * given.full)
         importlib.import_module(name).run(tally, part.what, given.program, numbers, given.seed)
     tally.summary()
-    if not (given.parts or given.quick or given.only is not None):
-        tally.write(ROOT / "build/robustness/damage.tsv")
+    if given.table or not (given.parts or given.quick or given.only is not None):
+        tally.write(given.table or ROOT / "build/robustness/damage.tsv")
     sys.exit(1 if tally.findings else 0)
 
 

@@ -64,7 +64,8 @@ class Tally:
 
 
 def in_parallel(action, inputs):
-    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+    jobs = int(os.environ.get("CAMPAIGN_JOBS", os.cpu_count()))
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
         for _ in pool.map(action, inputs):
             pass
 

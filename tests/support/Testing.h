@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <random>
+#include <ranges>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -39,5 +40,14 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
+
+/// The number that the seeds of random tests begin at: 0, or others for a long run of them.
+inline unsigned FirstSeed() {
+  const char* first = std::getenv("MAPEXPORT_FIRST_SEED");
+  return first == nullptr ? 0 : static_cast<unsigned>(std::stoul(first));
+}
+
+/// `count` seeds of random tests.
+inline auto Seeds(unsigned count) { return std::views::iota(FirstSeed(), FirstSeed() + count); }
 
 }  // namespace mapexport
