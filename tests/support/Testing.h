@@ -48,6 +48,8 @@ inline unsigned FirstSeed() {
 }
 
 /// `count` seeds of random tests.
-inline auto Seeds(unsigned count) { return std::views::iota(FirstSeed(), FirstSeed() + count); }
+inline auto Seeds(unsigned count) {
+  return std::views::iota(FirstSeed(), FirstSeed() + count);
+}
 
 }  // namespace mapexport
