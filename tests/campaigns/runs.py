@@ -10,7 +10,7 @@ import threading
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 # The machine may be busy; what hangs does so for good.
-WALL_SECONDS = 90
+WALL_SECONDS = int(os.environ.get("CAMPAIGN_WALL_SECONDS", 90))
 LOG = "ExportDebug.txt"
 ERROR = "mapexport: error: "
 KINDS = (ERROR, "mapexport: warning: ", "mapexport: note: ")

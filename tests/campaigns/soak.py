@@ -56,7 +56,9 @@ class Turn:
 
     def run(self, command, **extra):
         """The status and the output of a program, which ends with this script."""
-        environment = {**os.environ, "TMPDIR": str(self.folder / "tmp"), "CAMPAIGN_JOBS": "1", **extra}
+        environment = {**os.environ, "TMPDIR": str(self.folder / "tmp"), "CAMPAIGN_JOBS": "1",
+                       # For what may take 20 seconds of a processor that has others to serve first.
+                       "CAMPAIGN_WALL_SECONDS": "1200", **extra}
         with open(self.log, "ab") as log:
             begin = log.tell()
             # Without preparation in the child, which threads don't allow.
@@ -154,10 +156,11 @@ def make_campaigns():
 class Soak:
     """The state that is kept in a folder, and who is at work."""
 
-    def __init__(self, state, hours):
+    def __init__(self, state, hours, wanted):
         self.state = state
         self.ends = time.monotonic() + hours * 3600
         self.campaigns = make_campaigns()
+        self.wanted = set(wanted or self.campaigns)
         self.lock = threading.Lock()
         self.busy = set()
         self.processes = set()
@@ -197,7 +200,7 @@ class Soak:
         with self.lock:
             if self.stopped or time.monotonic() >= self.ends:
                 return None
-            name = min(self.campaigns.keys() - self.busy, key=lambda name: (
+            name = min(self.wanted - self.busy, key=lambda name: (
                 self.done[name]["seconds"] / self.campaigns[name].share, name))
             self.busy.add(name)
             return Turn(self, name, self.done[name]["turns"])
@@ -250,6 +253,7 @@ class Soak:
 def main():
     parser = argparse.ArgumentParser(prog="soak.sh", allow_abbrev=False)
     parser.add_argument("hours", type=float, metavar="HOURS")
+    parser.add_argument("campaigns", nargs="*", metavar="CAMPAIGN", choices=[[], *make_campaigns()])
     parser.add_argument("--jobs", type=int, default=1, help="turns at the same time")
     parser.add_argument("--state", type=pathlib.Path, required=True, help=argparse.SUPPRESS)
     given = parser.parse_args()
@@ -260,9 +264,9 @@ def main():
             fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
         except BlockingIOError:
             sys.exit(f"soak.sh: another run is at work in {state}")
-        soak = Soak(state, given.hours)
-        workers = [threading.Thread(target=soak.work) for _ in range(
-            min(given.jobs, len(soak.campaigns)))]
+        soak = Soak(state, given.hours, given.campaigns)
+        workers = [threading.Thread(target=soak.work)
+                   for _ in range(min(given.jobs, len(soak.wanted)))]
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             signal.signal(number, lambda *_: threading.Thread(target=soak.stop).start())
         for worker in workers:
