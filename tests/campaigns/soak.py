@@ -74,14 +74,15 @@ class Turn:
 
 def fuzz(turn):
     """A libFuzzer target, from what its earlier turns found; its first fault ends the turn."""
-    corpus, dictionary = ROOT / "tests/fuzz/corpus" / turn.name, ROOT / f"tests/fuzz/dict/{turn.name}.dict"
+    corpus = ROOT / "tests/fuzz/corpus" / turn.name
+    dictionary = ROOT / f"tests/fuzz/dict/{turn.name}.dict"
     program = ROOT / "build/sanitize/fuzz" / turn.name
     status, output = turn.run([
         program, f"-max_total_time={max(int(turn.ends - time.monotonic()), 1)}", "-len_control=20",
         # By the clock, and the machine may be busy.
         "-timeout=60", "-report_slow_units=60", "-print_final_stats=1",
-        f"-artifact_prefix={turn.folder}/", *([f"-dict={dictionary}"] if dictionary.exists() else []),
-        turn.soak.state / "corpus" / turn.name, *([corpus] if corpus.exists() else [])])
+        f"-artifact_prefix={turn.folder}/",
+        *([f"-dict={dictionary}"] if dictionary.exists() else []), turn.soak.state / "corpus" / turn.name, *([corpus] if corpus.exists() else [])])
     runs = re.findall(r"^stat::number_of_executed_units: *(\d+)$|^#(\d+)\t", output, re.MULTILINE)
     runs = max((int(a or b) for a, b in runs), default=0)
     found = re.search(r"Test unit written to (.*)$", output, re.MULTILINE)
@@ -92,7 +93,7 @@ def fuzz(turn):
 
 
 def campaign(turn, script, command, shown):
-    """A script with a table of inputs and findings; `shown` makes the command of a finding's line."""
+    """A script with a table of findings; `shown` makes the command of a finding's line."""
     table = turn.folder / "table.tsv"
     status, output = turn.run([sys.executable, "-B", ROOT / "tests/campaigns" / script, *command,
                                "--table", table])
@@ -121,8 +122,8 @@ def faults(turn):
     release = ROOT / "build/release"
     chosen = [*FAULTS[turn.number % len(FAULTS)], "--seed", str(turn.number)]
     return campaign(turn, "faults.py", [
-        release / "bin/mapexport", release / "tests/failing-call.so", release / "tests/taken-over.so",
-        *chosen], lambda line: " ".join(["scripts/faults.sh", *chosen]))
+        release / "bin/mapexport", release / "tests/failing-call.so",
+        release / "tests/taken-over.so", *chosen], lambda line: " ".join(["scripts/faults.sh", *chosen]))
 
 
 def literal(turn):
@@ -235,11 +236,12 @@ class Soak:
             os.replace(new, self.state / "done.json")
             self.busy.remove(turn.name)
         print(f"{time.strftime('%H:%M:%S')} {turn.name}, turn {turn.number}: {runs} "
-              f"{self.campaigns[turn.name].counts}, {turn.processor_time:.0f} s, {len(finds)} finds",
-              flush=True)
+              f"{self.campaigns[turn.name].counts}, {turn.processor_time:.0f} s, "
+              f"{len(finds)} finds", flush=True)
 
     def table(self):
-        rows = [f"\n{'campaign':<16} {'runs':>12} {'of':<15} {'turns':>5} {'processor time':>14} {'finds':>5}"]
+        rows = [f"\n{'campaign':<16} {'runs':>12} {'of':<15} {'turns':>5} "
+                f"{'processor time':>14} {'finds':>5}"]
         finds = []
         for name, row in self.campaigns.items():
             done = self.done[name]
