@@ -3,8 +3,8 @@
 #
 # Fuzz targets, damaged and harmful scenes, faults, and random inputs against literal definitions
 # take turns of some minutes, each with its share of the processor time; CAMPAIGN names some of the
-# table. A find ends at most its own turn. What was done is kept in FOLDER (build/soak), from where a
-# further run goes on; whatever ends the script, only the running turns are lost. At the end, also
+# table. A find ends at most its own turn. What was done is kept in FOLDER (build/soak), and a further
+# run goes on from there; whatever ends the script, only the running turns are lost. At the end, also
 # after Ctrl-C, a table lists what each campaign did, where its finds are kept and the commands that
 # show them again; "soak.sh 0" shows the table alone. Ends with 1 when something was found.
 set -euo pipefail

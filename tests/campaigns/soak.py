@@ -82,7 +82,8 @@ def fuzz(turn):
         # By the clock, and the machine may be busy.
         "-timeout=60", "-report_slow_units=60", "-print_final_stats=1",
         f"-artifact_prefix={turn.folder}/",
-        *([f"-dict={dictionary}"] if dictionary.exists() else []), turn.soak.state / "corpus" / turn.name, *([corpus] if corpus.exists() else [])])
+        *([f"-dict={dictionary}"] if dictionary.exists() else []),
+        turn.soak.state / "corpus" / turn.name, *([corpus] if corpus.exists() else [])])
     runs = re.findall(r"^stat::number_of_executed_units: *(\d+)$|^#(\d+)\t", output, re.MULTILINE)
     runs = max((int(a or b) for a, b in runs), default=0)
     found = re.search(r"Test unit written to (.*)$", output, re.MULTILINE)
@@ -123,7 +124,8 @@ def faults(turn):
     chosen = [*FAULTS[turn.number % len(FAULTS)], "--seed", str(turn.number)]
     return campaign(turn, "faults.py", [
         release / "bin/mapexport", release / "tests/failing-call.so",
-        release / "tests/taken-over.so", *chosen], lambda line: " ".join(["scripts/faults.sh", *chosen]))
+        release / "tests/taken-over.so", *chosen],
+        lambda _: " ".join(["scripts/faults.sh", *chosen]))
 
 
 def literal(turn):
