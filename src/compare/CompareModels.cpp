@@ -76,12 +76,12 @@ void MatchSets(const Both<const ModelFile*>& models, ModelDifference& difference
   }
   Both<std::map<std::pair<std::string_view, std::uint32_t>, std::uint32_t>> numberOf;
   for (auto& [name, flags] : flagsOf) {
-    const auto add = [&, name = name](Both<std::optional<std::uint32_t>> of) {
+    const auto add = [&, setName = name](Both<std::optional<std::uint32_t>> of) {
       for (std::size_t i = 0; i < of.size(); ++i) {
         if (!of[i]) continue;
-        numberOf[i][{name, *of[i]}] = static_cast<std::uint32_t>(difference.sets.size());
+        numberOf[i][{setName, *of[i]}] = static_cast<std::uint32_t>(difference.sets.size());
       }
-      difference.sets.push_back({name, of, {}});
+      difference.sets.push_back({setName, of, {}});
     };
     std::vector<std::uint32_t> common;
     std::ranges::set_intersection(flags[0], flags[1], std::back_inserter(common));
