@@ -215,7 +215,7 @@ TEST_F(ConfineTest, AllLeaveWhatReadingNeedsAndNoMore) {
     ASSERT_EQ(chown((folder_ + "/others").c_str(), 65534, 65534), 0);
   }
   for (const auto& [what, holds] : left) {
-    EXPECT_EQ(EndOf(confine, [&holds = holds] { return holds() ? 0 : -1; }), "done") << what;
+    EXPECT_EQ(EndOf(confine, [&check = holds] { return check() ? 0 : -1; }), "done") << what;
   }
 }
 

@@ -191,9 +191,9 @@ TEST_F(ProgramTest, TheReaderIsConfinedOrItIsTold) {
     SCOPED_TRACE(lacks.size());
     const Outcome outcome = Run(
         {"export", "level.obj", "a.kob", "--fresh", "--quiet", "--report", "r.json"},
-        [&lacks = lacks] {
+        [&names = lacks] {
           const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
-          for (const char* name : lacks) {
+          for (const char* name : names) {
             seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), seccomp_syscall_resolve_name(name), 0);
           }
           if (seccomp_load(filter) != 0) _exit(98);
