@@ -93,7 +93,8 @@ ExitStatus Run(const CommandLine& line) {
   const std::optional<int> system = shown.front().coordinateSystem;
   const auto write =
       PageWriter(model, arguments.file,
-                 {.coordinateSystem = system.value_or(shown.back().coordinateSystem.value_or(0)),
+                 {.fileName = {},
+                  .coordinateSystem = system.value_or(shown.back().coordinateSystem.value_or(0)),
                   .comparison = comparison ? &*comparison : nullptr,
                   .textures = TexturesToShow(arguments, model, target, messages)});
   const ExitStatus status = std::max(shown.front().status, shown.back().status);
