@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # release.sh [--try] [FOLDER]: makes the files of a release from the last commit: the Debian package and
-# its symbols, an archive that runs in any folder, the add-on for Blender, and SHA256SUMS, in FOLDER, by
-# default build/dist. The same commit and the same installed packages give the same bytes. With --try
-# (as root) archive and package also run in a bare Debian, the package without /proc, too.
+# its symbols, an archive that runs in any folder, the add-on for Blender, and SHA256SUMS, in FOLDER, which
+# must be new or empty, or else in build/dist, which is replaced. The same commit and the same installed
+# packages give the same bytes. With --try (as root) archive and package also run in a bare Debian, the
+# package without /proc, too.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -12,42 +13,47 @@ root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -
 . "$root/scripts/lib/bare-debian.sh"
 # shellcheck source=scripts/lib/bundle-libraries.sh
 . "$root/scripts/lib/bundle-libraries.sh"
+fail() {
+  echo "release.sh: $*" >&2
+  exit 1
+}
 try=""
 if [[ ${1-} == --try ]]; then
   try=yes
   shift
 fi
+if [[ $# -gt 1 || ${1-} == -* ]]; then
+  echo "usage: release.sh [--try] [FOLDER]" >&2
+  exit 2
+fi
 dist=$(realpath -m -- "${1-$root/build/dist}")
+[[ $# -eq 0 || -z $(ls -A -- "$dist" 2>/dev/null) ]] || fail "$dist is not empty"
+[[ -z $try || $(id -u) -eq 0 ]] || fail "only root can make the Debian of --try"
 ensure_packages "$root/scripts/packages.txt" "$root/scripts/packages-package.txt"
 
 cd -- "$root"
-fail() {
-  echo "release.sh: $*" >&2
-  exit 1
-}
 [[ -z $(git status --porcelain) ]] || fail "there are changes that are not committed"
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
 umask 022
-# Without a tag, the version of CMakeLists.txt.
 version=$(git tag --points-at HEAD | sed -nE 's/^v?([0-9]+\.[0-9]+\.[0-9]+)$/\1/p' | sort -V |
   tail -n 1)
+: "${version:=$(sed -n 's/^ *set(MAPEXPORT_VERSION \(.*\))$/\1/p' CMakeLists.txt)}"
+grep -qx "version = \"$version\"" blender/mapexport/blender_manifest.toml ||
+  fail "the version is $version, but not in blender/mapexport/blender_manifest.toml"
+grep -q "^## \[$version\]" CHANGELOG.md || fail "CHANGELOG.md does not say what is in $version"
 
 build=build/release-files
 # build_for OPTION...: the two builds differ in where the program looks for libraries, so the second one
 # only links again.
 build_for() {
   cmake --preset release -B "$build" -DMAPEXPORT_TESTS=OFF -DMAPEXPORT_VERSION="$version" \
-    -DCMAKE_CXX_FLAGS="-g -ffile-prefix-map=$root=." "$@" >/dev/null
+    -DCMAKE_CXX_FLAGS="-g '-ffile-prefix-map=$root=.'" "$@" >/dev/null
   cmake --build "$build"
 }
 
 # For the archive. The libraries' own libraries, too, are found by an RPATH, not by a RUNPATH.
 build_for -DMAPEXPORT_FIXED_PREFIX= -DCMAKE_EXE_LINKER_FLAGS=-Wl,--disable-new-dtags
-version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
-grep -qx "version = \"$version\"" blender/mapexport/blender_manifest.toml ||
-  fail "the version is $version, but not in blender/mapexport/blender_manifest.toml"
-grep -q "^## \[$version\]" CHANGELOG.md || fail "CHANGELOG.md does not say what is in $version"
 "$build/bin/mapexport" --help | grep -q '^ *view ' || fail "the program is built without the page"
 rm -rf -- "$dist"
 mkdir -p -- "$dist"
