@@ -215,7 +215,15 @@ TEST_F(ProgramTest, TheReaderIsConfinedOrItIsTold) {
 TEST_F(ProgramTest, RunsInAContainerAndWithoutProc) {
   Write(work_ / "level.obj", kObject);
   Write(work_ / "level.mtl", "newmtl Red\n");
-  ASSERT_EQ(Export("a.kob", {"--fresh", "--seed", "1"}).status, 0);
+  ASSERT_EQ(Export("a.kob", {"--fresh", "--seed", "1", "--report", "a.json"}).status, 0);
+  const auto hashes = [this](const char* report) {
+    const std::string text = Content(work_ / report);
+    std::string all;
+    for (std::size_t at = 0; (at = text.find("\"sha256\"", at)) != std::string::npos; ++at) {
+      all += text.substr(at, text.find('\n', at) - at);
+    }
+    return all;
+  };
   // Not root, in namespaces of its own, with a filter of system calls in force.
   const auto contain = [this](std::vector<std::string> command, bool hasProc = true) {
     return Run({}, [&] {
@@ -258,12 +266,18 @@ TEST_F(ProgramTest, RunsInAContainerAndWithoutProc) {
 #ifdef MAPEXPORT_ADDRESS_SANITIZER
   GTEST_SKIP() << "AddressSanitizer needs /proc";
 #endif
-  for (const std::string& from : {scene_, std::string("/dev/stdin")}) {
-    const Outcome outcome = contain({"--chdir", MAPEXPORT_BIN_DIR, "./mapexport", "export", from,
-                                     work_ / "b.kob", "--fresh", "--seed", "1", "--no-log"},
+  const std::string exporting = "./mapexport export \"$0\" \"$1/b.kob\" --fresh --seed 1 --no-log";
+  for (const auto& [shell, from] : std::vector<std::pair<std::string, std::string>>{
+           {"", scene_}, {"", "/dev/stdin"}, {"cat | ", "/dev/stdin"}}) {
+    const Outcome outcome = contain({"--chdir", MAPEXPORT_BIN_DIR, "sh", "-c",
+                                     shell + exporting + " --report \"$1/b.json\"", from, work_},
                                     false);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(Content(work_ / "b.kob"), Content(work_ / "a.kob"));
+    // What comes from a pipe has none.
+    if (shell.empty()) {
+      EXPECT_EQ(hashes("b.json"), hashes("a.json"));
+    }
   }
   // It is read and would be replaced.
   ExpectRefusal(

@@ -28,7 +28,10 @@ ssize_t ReadAll(std::size_t size, const Read& read) {
 Descriptor OpenToRead(const std::string& path) {
   Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (file.IsOpen() || errno != ENOENT || path != "/dev/stdin") return file;
-  return Descriptor(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+  Descriptor input(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+  // A file begins where it does when it is opened, also the second time; a pipe goes on.
+  if (input.IsOpen()) lseek(input.Get(), 0, SEEK_SET);
+  return input;
 }
 
 ssize_t ReadUpTo(int file, void* bytes, std::size_t size) {

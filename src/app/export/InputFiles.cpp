@@ -1,20 +1,26 @@
 #include "app/export/InputFiles.h"
 
-#include <filesystem>
-#include <system_error>
+#include <sys/stat.h>
 
 #include "output/Sha256.h"
+#include "system/Descriptor.h"
 
 namespace mapexport {
+namespace {
+
+/// Whether it is a pipe, for example; a missing file is none.
+bool IsNoRegularFile(const std::string& path) {
+  const Descriptor file = OpenToRead(path);
+  struct stat info {};
+  return file.IsOpen() && fstat(file.Get(), &info) == 0 && !S_ISREG(info.st_mode);
+}
+
+}  // namespace
 
 std::vector<InputFile> HashInputs(std::span<const std::string> paths) {
   std::vector<InputFile> files;
   for (const std::string& path : paths) {
-    // A missing file is an error, not a pipe.
-    std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
-    const bool isOther = type != std::filesystem::file_type::regular && !error;
-    files.push_back({path, isOther ? std::string() : Sha256OfFile(path)});
+    files.push_back({path, IsNoRegularFile(path) ? std::string() : Sha256OfFile(path)});
   }
   return files;
 }
