@@ -68,7 +68,7 @@ mapexport $2 for Linux. Unpack it anywhere and run bin/mapexport; nothing needs 
 documents are in share/doc/mapexport, the add-on for Blender is in share/mapexport/blender.
 
 It needs /proc, and these versions or newer ones: GNU C Library $glibc, libstdc++ with GLIBCXX_$runtime.
-The window of --dialog needs the system's Qt 6 (Debian: libqt6widgets6, or libqt6widgets6t64).
+The window of --dialog needs the system's Qt 6 (in Debian the package libqt6widgets6).
 
 In lib/mapexport there are unchanged libraries of these Debian packages, whose sources Debian publishes
 under the name in brackets. You may replace the files with other builds of them. The licences are in
