@@ -70,8 +70,8 @@ cp -- "$build/mapexport.zip" "$dist/mapexport-$version-blender.zip"
 build_for -DMAPEXPORT_FIXED_PREFIX=/usr -DCMAKE_EXE_LINKER_FLAGS=
 rm -rf -- "$build/package"
 cpack --config "$build/CPackConfig.cmake" -B "$build/package" >/dev/null
-# repack PACKAGE: CPack has ldconfig called for libraries that only the program finds, and lists the symbols
-# by their paths here. Other than gzip, xz writes what depends on the number of processors.
+# repack PACKAGE: leaves out the calls of ldconfig, which CPack adds for libraries that only the program
+# finds, and names the symbols by their installed paths. What xz writes depends on the number of processors.
 repack() {
   local package_name=${1##*/} content
   content=$build/package/${package_name%%_*}

@@ -30,6 +30,9 @@ TEST_F(ProgramTest, AScenesPictureAndPageAreThoseOfItsExport) {
     ASSERT_EQ(draw("b.kob", {"--coordinates", coordinates}).status, 0);
     EXPECT_TRUE(Content(work_ / "s.png") == Content(work_ / "b.png")) << coordinates;
   }
+  ExpectRefusal(
+      Run({"picture", scene_, "-o", "bad.png"}, [] { setenv("TMPDIR", "/proc", 1); }),
+      "the model of " + scene_ + ": cannot be written: no temporary folder can be made in /proc/");
   Write(work_ / "bad.scene.json", "{}");
   ExpectRefusal(Run({"picture", "bad.scene.json", "-o", "bad.png"}, there), "bad.scene.json");
   EXPECT_EQ(Run({"view", "a.kob", "--weld-distance", "1"}).status, 2);

@@ -124,7 +124,7 @@ void PutInPlace(ExportRun& run, OutputPlace& model, const std::optional<OutputTa
 
 /// The place of a model that never gets there.
 OutputTarget AsideTarget(const ExportArguments& arguments) {
-  return {arguments.output, arguments.output, std::nullopt, false};
+  return {"the model of " + arguments.scene.path, arguments.output, std::nullopt, false};
 }
 
 /// Refuses outputs that are also read.
@@ -359,7 +359,7 @@ ExitStatus Run(const CommandLine& line) {
 ExitStatus ExportAside(CommandLine line, const OutputTarget& taken, const UseAside& use) {
   std::error_code error;
   const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
-  if (error) throw RunError("the temporary folder: " + ErrnoText(error.value()));
+  if (error) throw RunError("TMPDIR, the temporary folder: " + ErrnoText(error.value()));
   line.positionals.push_back(folder / (NamePart(line.positionals.front()) + ".kob"));
   for (const char* const flag : {"no-log", "quiet"}) line.options.try_emplace(flag, 1);
   OptionOrigins origins;
