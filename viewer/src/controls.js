@@ -58,8 +58,9 @@ function tools(parent, type, group, entries, changed) {
 
 /**
  * Makes the controls of `model`; `hasCollision` says whether it has faces that only collide.
- * `calls` receives changes: compare(id), colouring(id), mode(id), part(id, on), system(id), panel(on),
- * frameAll(), goToChosen(), clear(). The returned object sets the same things from code, and handles the keys.
+ * `calls` receives changes: compare(id), colouring(id), mode(id), part(id, on), system(id),
+ * panel(on), frameAll(), goToChosen(), clear(). The returned object sets the same things from code,
+ * and handles the keys.
  */
 export function makeControls(model, hasCollision, colourings, calls) {
   const find = (id) => document.getElementById(id);

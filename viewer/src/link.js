@@ -85,7 +85,8 @@ function sectionOf(text) {
 
 /**
  * What an address asks for: `choice`, `camera` (as CameraRig.place), `mode`, `colouring`, `parts`
- * (an array), `system`, `panel`, `compare`, `textures`, `tools` (as Tools.link takes it); null, or the first view's, where it asks for nothing.
+ * (an array), `system`, `panel`, `compare`, `textures`, `tools` (as Tools.link takes it); null, or
+ * the first view's, where it asks for nothing.
  */
 export function readLink(hash, { model, materials, faces, frame }) {
   const asked = new URLSearchParams(hash.replace(/^#/, ''));

@@ -171,8 +171,8 @@ function readBlock(reader, letter = '') {
 }
 
 /**
- * The model in a block: as docs/inspect-json.md describes it, in typed arrays. Of a comparison, both
- * models as one.
+ * The model in a block: as docs/inspect-json.md describes it, in typed arrays. Of a comparison,
+ * both models as one.
  */
 export function readModel(bytes) {
   const model = readBlock(new BlockReader(bytes));
