@@ -212,6 +212,8 @@ TEST(ModelReaderTest, AdviceIsForWhatIsUnusual) {
   EXPECT_THAT(out.str(), AllOf(HasSubstr("  Batches, largest first"), HasSubstr("Surface sets"),
                                Not(HasSubstr("more")), Not(HasSubstr("Materials"))));
   EXPECT_GT(std::ranges::count(out.str(), '\n'), 100);
+  model.groups.emplace_back();  // as by --split
+  EXPECT_THAT(Advise(model), testing::Each(Not(HasSubstr("--split"))));
 }
 
 TEST(ModelReaderTest, OutputStaysValidForAnyNameAndNumber) {

@@ -34,7 +34,10 @@ void AdviseOnBatches(const ModelSummary& summary, std::vector<std::string>& advi
       summary.batches, static_cast<double>(summary.drawn) / static_cast<double>(summary.batches)));
 }
 
-void AdviseOnLists(const ModelSummary& summary, std::vector<std::string>& advice) {
+/// A model of several groups has already been split, so that its lists fit.
+void AdviseOnLists(const ModelFile& model, const ModelSummary& summary,
+                   std::vector<std::string>& advice) {
+  if (model.groups.size() > 1) return;
   const double share =
       static_cast<double>(summary.fullest.count) / static_cast<double>(kModelIndexLimit);
   if (share < kNearlyFull) return;
@@ -125,7 +128,7 @@ std::vector<std::string> Advise(const ModelFile& model) {
   const ModelSummary summary = Summarise(model);
   std::vector<std::string> advice;
   AdviseOnBatches(summary, advice);
-  AdviseOnLists(summary, advice);
+  AdviseOnLists(model, summary, advice);
   AdviseOnMaterials(model, summary, advice);
   AdviseOnSets(model, advice);
   AdviseOnFarVertices(model, advice);
