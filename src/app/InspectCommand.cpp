@@ -24,15 +24,17 @@ constexpr std::array kOptions{
     OptionInfo{.name = "summary",
                .kind = OptionKind::kFlag,
                .help = "print counts instead of the long lists"},
-    OptionInfo{.name = "batches",
-               .kind = OptionKind::kFlag,
-               .help = "print only the batches, all of them, and what else is chosen so"},
+    OptionInfo{
+        .name = "batches",
+        .kind = OptionKind::kFlag,
+        .help =
+            "print only the table of batches, with all rows; --materials and --sets add theirs"},
     OptionInfo{.name = "materials",
                .kind = OptionKind::kFlag,
-               .help = "print only the materials, all of them, and what else is chosen so"},
+               .help = "print only the table of materials, with all rows"},
     OptionInfo{.name = "sets",
                .kind = OptionKind::kFlag,
-               .help = "print only the surface sets, all of them, and what else is chosen so"},
+               .help = "print only the table of surface sets, with all rows"},
     kLayoutOption,
 };
 
