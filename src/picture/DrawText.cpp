@@ -32,6 +32,7 @@ void DrawGlyph(Picture& picture, int x, int y, int scale, Rgb colour, char chara
 
 void DrawText(Picture& picture, int x, int y, int scale, Rgb colour, std::string_view text) {
   for (const char character : text) {
+    if ((static_cast<unsigned char>(character) & 0xC0) == 0x80) continue;  // a "?" per character
     if (x >= picture.Size().width) return;
     if (character != ' ') DrawGlyph(picture, x, y, scale, colour, character);
     x += kAdvance * scale;
