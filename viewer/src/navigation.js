@@ -18,7 +18,7 @@ export class Navigation {
   #calls;
   #pointers = new Map();
   #travel = 0;
-  #held = new Set();
+  #held = new Map(); // by the codes of held keys, what they do
   #lastFrame = 0;
   #speed = 1;
 
@@ -97,11 +97,15 @@ export class Navigation {
     'KeyE',
     'PageUp',
     'PageDown',
-    'Equal',
-    'Minus',
-    'NumpadAdd',
-    'NumpadSubtract',
   ]);
+
+  /** What a key moves; null for other keys. */
+  static #moveOf({ key, code }) {
+    // These are elsewhere on other keyboards: a German one has the question mark where - is.
+    if (key === '+' || key === '=') return 'nearer';
+    if (key === '-') return 'further';
+    return Navigation.#moves.has(code) ? code : null;
+  }
 
   /**
    * Keys act wherever the focus is, except those that mean something to the element that has it;
@@ -117,12 +121,13 @@ export class Navigation {
   }
 
   #keyDown(event) {
-    if (Navigation.#moves.has(event.code)) {
+    const move = Navigation.#moveOf(event);
+    if (move) {
       event.preventDefault();
       this.#speed = event.shiftKey ? 4 : 1;
       if (event.repeat) return;
       const first = this.#held.size === 0;
-      this.#held.add(event.code);
+      this.#held.set(event.code, move);
       this.#advance(kFirstStep); // at once: the key may be released before the next frame
       if (!first) return;
       this.#lastFrame = performance.now();
@@ -142,7 +147,8 @@ export class Navigation {
 
   /** Moves by the held keys for a time of `seconds`. */
   #advance(seconds) {
-    const axis = (less, more) => this.#held.has(more) - this.#held.has(less);
+    const held = [...this.#held.values()];
+    const axis = (less, more) => held.includes(more) - held.includes(less);
     const x = axis('ArrowLeft', 'ArrowRight');
     const y = axis('ArrowDown', 'ArrowUp');
     const shifted = this.#speed > 1;
@@ -158,7 +164,7 @@ export class Navigation {
       length * (axis('KeyQ', 'KeyE') + axis('PageDown', 'PageUp')),
       length * axis('KeyS', 'KeyW'),
     );
-    const nearer = axis('Minus', 'Equal') + axis('NumpadSubtract', 'NumpadAdd');
+    const nearer = axis('further', 'nearer');
     if (nearer !== 0) this.#rig.zoom(Math.exp(-1.5 * seconds * nearer));
     this.#calls.moved();
   }
