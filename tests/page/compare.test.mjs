@@ -100,6 +100,10 @@ test('equal files are said to be equal, and collision faces that differ are seen
   const equal = await compare(scene(tile(0, 0)), scene(tile(0, 0)));
   assert.equal(await equal.page.innerText('#difference h2'), 'equal: 2 triangles');
   assert.equal(await equal.page.innerText('#legend'), 'in both: 2');
+  const plain = await picture(equal.page);
+  await equal.page.locator('#batches tr', { hasText: 'B 0' }).click();
+  const marked = await comparePictures(equal.page, await picture(equal.page), plain);
+  assert.ok(marked.different > 0.001, 'what is in both is not marked as part of B');
   const one = scene(tile(0, 0), tile(40, 0, hull));
   const other = await compare(one, scene(tile(0, 0), tile(60, 0, hull)));
   assert.ok(await other.page.isChecked('input[value=undrawn]'));

@@ -147,7 +147,9 @@ function moved() {
 function showChosen() {
   if (!scene) return;
   const { drawn, undrawn } = entriesOf(model, faces, state.choice);
-  const isShown = (kind) => (entry) => scene.meshes[kind].visible[entry];
+  // Where both models are shown, what they share is drawn once, but belongs to both.
+  const list = state.compare === first.compare ? 'shown' : 'visible';
+  const isShown = (kind) => (entry) => scene.meshes[kind][list][entry];
   scene.setChosen(
     drawn.filter(isShown('drawn')),
     undrawn.filter(isShown('undrawn')),
