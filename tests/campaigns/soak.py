@@ -149,7 +149,7 @@ def make_campaigns():
     targets = sorted(path.stem for path in (ROOT / "tests/fuzz").glob("Fuzz*.cpp"))
     return {
         **{name: Campaign(6 if name == "FuzzExport" else 2, "inputs", fuzz) for name in targets},
-        "damage": Campaign(6, "damaged scenes", damage("scenes", 200)),
+        "damage": Campaign(6, "damaged scenes", damage("scenes", 1000)),
         "hostile": Campaign(0.5, "harmful scenes", damage("hostile", 1000)),
         "faults": Campaign(4, "faults", faults),
         "literal": Campaign(4, "random tests", literal),
