@@ -21,6 +21,9 @@ cd build/screenshots
 node "$root/scripts/screenshot-page.mjs" "$root/build/release/page-test" yard.kob.html \
   "$root/docs/images/view.png" 1200 760 light "#face=600" f
 echo "docs/images/view.png"
+"$mapexport" picture yard.kob -o "$root/docs/images/picture.png"
+"$mapexport" picture yard.kob -o "$root/docs/images/sheet.png" --sheet
+echo "docs/images/picture.png and sheet.png"
 
 # The barrel is gone, the roof is higher, the bench moved along the wall.
 python3 - "$root/examples/yard.scene.json" changed.scene.json <<'EOF'
