@@ -174,6 +174,8 @@ void Export(ExportRun& run) {
   if (arguments.verbose && !run.isForCaller) NoteVersions(run.messages);
   const OutputTarget target =
       run.useAside ? AsideTarget(arguments) : FindModelTarget(arguments, run.inputs);
+  // Messages about a model that is made aside name its scene, but a full disk is that of its file.
+  const std::string& written = run.useAside ? target.name : output;
   const std::optional<OutputTarget> depFile = FindDepFileTarget(arguments, run.inputs);
   if (!run.page) run.page = FindPageTarget(arguments, run.inputs);
   if (!run.settings) run.settings = OpenSettings(arguments, run.messages);
@@ -229,12 +231,12 @@ void Export(ExportRun& run) {
   if (!run.isForCaller) SaveSettings(settings, run.messages);
   if (system.Cancelled()) return ReportCancel(run);
   if (!talk.Succeeded()) {
-    ThrowNotExported(output, place.File(), "the exporter could not open its file");
+    ThrowNotExported(written, place.File(), "the exporter could not open its file");
   }
 
   run.stages.Begin("checking");
   ShowStatus(run, "Checking " + NamePart(output));
-  const ModelCheckResult checked = CheckExport(output, place.File());
+  const ModelCheckResult checked = CheckExport(written, place.File());
   run.report.status =
       WarnOfModel(checked.problems, checked.lengths, output, &*run.report.before, run.messages);
   run.report.layout = checked.lengths.layout;

@@ -160,9 +160,11 @@ ExitStatus Run(const CommandLine& line) {
   std::optional<Camera> camera = kNamedViews.at(static_cast<std::size_t>(arguments.view));
   if (arguments.link) camera = CameraOfLink(*arguments.link, space);
   if (!camera) {
-    throw UsageError("--camera: no camera=X,Y,Z,YAW,PITCH,DISTANCE that is near the level in " +
-                         Quoted(*arguments.link),
-                     line.command);
+    throw UsageError(
+        fmt::format("--camera: {} has no camera=X,Y,Z,YAW,PITCH,DISTANCE near the level; the page "
+                    "writes it into its address once the view is moved",
+                    Quoted(*arguments.link)),
+        line.command);
   }
   if (Summarise(model).drawn == 0) {
     messages.Note("no-triangle", arguments.file + ": there is no drawn triangle in it");
