@@ -41,8 +41,7 @@ const strays = (page, ...pngs) =>
   page.evaluate(
     async (encoded) => {
       let width;
-      // Hues, in degrees; Infinity is the background, which is in the first corner. Light changes
-      // no hue, or little where it is too bright.
+      const skies = [0xdfe4ea, 0xf4f5f7]; // the backgrounds of page and picture, which become null
       const [one, two] = await Promise.all(
         encoded.map(async (base64) => {
           const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
@@ -51,20 +50,20 @@ const strays = (page, ...pngs) =>
           context.drawImage(image, 0, 0);
           width = image.width;
           const { data } = context.getImageData(0, 0, width, image.height);
-          return Float64Array.from({ length: data.length / 4 }, (_, i) => {
-            const [r, g, b] = data.subarray(4 * i, 4 * i + 3);
-            if ([r, g, b].every((value, k) => value === data[k])) return Infinity;
-            return (Math.atan2(Math.sqrt(3) * (g - b), 2 * r - g - b) * 180) / Math.PI;
+          return Array.from({ length: data.length / 4 }, (_, i) => {
+            const colour = data.subarray(4 * i, 4 * i + 3);
+            const [r, g, b] = colour;
+            return skies.includes((r << 16) | (g << 8) | b) ? null : colour;
           });
         }),
       );
       const around = [-1, 0, 1].flatMap((column) => [-width, 0, width].map((row) => row + column));
-      const isLike = (a, b) => a === b || Math.abs(((a - b + 540) % 360) - 180) < 25;
+      const isLike = (a, b) => a === b || (a && b && a.every((v, k) => Math.abs(v - b[k]) < 12));
       let [stray, drawn] = [0, 0];
       for (let i = width; i < one.length - width; ++i) {
         if (i % width === 0 || i % width === width - 1) continue;
         if (!around.every((step) => isLike(one[i + step], one[i]))) continue;
-        drawn += Number.isFinite(one[i]);
+        drawn += one[i] !== null;
         stray += !around.some((step) => isLike(two[i + step], one[i]));
       }
       return { stray, drawn };
