@@ -6,8 +6,8 @@ set(CPACK_PACKAGE_CONTACT "mapexport developers <mapexport@example.org>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "scene exporter for game models")
 set(CPACK_PACKAGE_DESCRIPTION
   "Exports 3D scenes (FBX, glTF, OBJ, 3DS and more) to model files that are
- arranged for a game engine: materials, render batches and collision lists.
- Reads such files back and checks them.")
+arranged for a game engine: materials, render batches and collision lists.
+Reads such files back and checks them.")
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
