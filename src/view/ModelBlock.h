@@ -16,8 +16,8 @@ namespace mapexport {
 
 /// What the page gets in addition to the model.
 struct ViewInfo {
-  std::string fileName;      ///< the name to show; any encoding
-  int coordinateSystem = 0;  ///< 0 to 3: the coordinate system that the file is assumed to be in
+  std::string fileName = {};  ///< the name to show; any encoding
+  int coordinateSystem = 0;   ///< 0 to 3: the coordinate system that the file is assumed to be in
   const ViewComparison* comparison = nullptr;  ///< with another model; null for none
   /// By the names of textures, PNG files for the page to show. Nothing: it is not to show any.
   std::optional<std::map<std::string, std::string>> textures = {};
