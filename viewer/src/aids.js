@@ -14,6 +14,7 @@ import {
 } from 'three';
 
 import { coordinateSystem, placePoint } from './coordinates.js';
+import { kSolid } from './shading.js';
 
 // The units of a file are not known: centimetres, unless the whole level would be a few steps wide.
 const kCentimetres = 180;
@@ -54,6 +55,7 @@ function makeFigure() {
   const add = (geometry, x, y) => {
     const part = new Mesh(geometry, material);
     part.position.set(x, y, 0);
+    part.layers.enable(kSolid);
     made.add(part);
   };
   add(new SphereGeometry(0.068, 16, 12), 0, 0.932);

@@ -16,6 +16,7 @@ const kParts = [
   { id: 'backs', name: 'Back sides', key: 'b' },
   { id: 'only', name: 'Only selected', key: 'x' },
   { id: 'textures', name: 'Textures', key: 't', textured: true },
+  { id: 'shading', name: 'Contact shading', key: '.', hint: 'darkens corners' },
 ];
 
 const kTools = [

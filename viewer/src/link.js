@@ -5,6 +5,7 @@
 // then whatever differs from the first view:
 //   &camera=X,Y,Z,YAW,PITCH,DISTANCE (in the file's units, and degrees)   &move=walk
 //   &colour=batch   &show=edges,backs   &exported=2   &panel=off   &compare=a   &textures=off
+//   &shading=off
 //   &section=-z,250 (the side above; without "-" that below)   &figure=X,Y,Z   &measure=X,Y,Z,X,Y,Z
 import { coordinateSystem, filePoint, placePoint } from './coordinates.js';
 
@@ -85,8 +86,8 @@ function sectionOf(text) {
 
 /**
  * What an address asks for: `choice`, `camera` (as CameraRig.place), `mode`, `colouring`, `parts`
- * (an array), `system`, `panel`, `compare`, `textures`, `tools` (as Tools.link takes it); null, or
- * the first view's, where it asks for nothing.
+ * (an array), `system`, `panel`, `compare`, `textures`, `shading`, `tools` (as Tools.link takes
+ * it); null, or the first view's, where it asks for nothing.
  */
 export function readLink(hash, { model, materials, faces, frame }) {
   const asked = new URLSearchParams(hash.replace(/^#/, ''));
@@ -103,6 +104,7 @@ export function readLink(hash, { model, materials, faces, frame }) {
     panel: asked.get('panel') !== 'off',
     compare: asked.get('compare'),
     textures: asked.get('textures') !== 'off',
+    shading: asked.get('shading') !== 'off',
     tools: {
       section: sectionOf(asked.get('section')),
       figure: numbersOf(asked.get('figure'), 3),
@@ -141,6 +143,7 @@ export function writeLink(state, first, { faces, frame }) {
     ['compare', changed('compare')],
     ['panel', state.panel ? null : 'off'],
     ['textures', state.textures ? null : 'off'],
+    ['shading', state.shading ? null : 'off'],
     ...Object.entries(state.tools ?? {}),
   ].filter(([, value]) => value !== null);
   return parts.length > 0 ? `#${parts.map((pair) => pair.join('=')).join('&')}` : '';

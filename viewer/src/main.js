@@ -59,6 +59,7 @@ const state = {
     axes: false,
     figure: false,
     textures: false,
+    shading: false,
   },
   choice: null,
 };
@@ -122,10 +123,11 @@ function link() {
   linking = setTimeout(() => {
     if (location.hash !== hash) return; // somebody asked for another one, which comes first
     const camera = scene && (state.moved || state.choice) ? rig.place : null;
-    // Textures are on at first, where there are any; all others are off.
-    const textures = state.parts.textures || !model.textures?.length;
-    const parts = Object.keys(state.parts).filter((id) => state.parts[id] && id !== 'textures');
-    const now = { ...state, camera, parts, textures, tools: tools?.link };
+    // Shading, and textures where there are any, are on at first; all others are off.
+    const { shading, ...others } = state.parts;
+    const textures = others.textures || !model.textures?.length;
+    const parts = Object.keys(others).filter((id) => others[id] && id !== 'textures');
+    const now = { ...state, camera, parts, textures, shading, tools: tools?.link };
     hash = writeLink(now, first, { faces, frame });
     // Some archives open pages with an address that can't be changed.
     try {
@@ -317,8 +319,8 @@ function follow() {
       onlyCollisionDiffers(faces));
   for (const id of Object.keys(state.parts)) {
     const on =
-      id === 'textures'
-        ? asked.textures && model.textures?.length > 0
+      id === 'textures' || id === 'shading'
+        ? asked[id] && (id === 'shading' || model.textures?.length > 0)
         : asked.parts.includes(id) || (id === 'undrawn' && isOnlyUndrawn);
     if (state.parts[id] !== on) controls.set('part', id, on);
   }

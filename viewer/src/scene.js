@@ -21,7 +21,9 @@ import { checkerTexture } from './checker.js';
 import { changeCorners, colourCorners } from './colours.js';
 import { kUndrawn, levelMaterials } from './materials.js';
 import { placeMesh, shareCorners } from './mesh.js';
+import { Pace } from './pace.js';
 import { planeShapes } from './planes.js';
+import { ContactShading, kSolid } from './shading.js';
 import { boxOf, cornersOfBox, visiblePositions } from './shapes.js';
 import { LevelTextures } from './textures.js';
 
@@ -38,15 +40,11 @@ export class LevelScene {
   #system = 0;
   #size = [1, 1];
   #software = drawsInSoftware();
-  #coarse = false;
-  #slowPictures = 0;
-  #lastPicture = -Infinity;
-  #wanted = 0; // when the next picture was asked for
-  #rest = 0;
-  #waiting = false;
+  #pace;
+  #shading = new ContactShading(this.#software ? 0.5 : 1);
   #only = false;
   #onlyDrawn = null; // the drawn faces that alone are shown: index and entries
-  #parts = { undrawn: false, textures: false };
+  #parts = { undrawn: false, textures: false, shading: false };
   #chosenUndrawn = false;
   #shown = null; // of a comparison: the changes that are shown
   #kinds = { drawn: new BufferGeometry(), undrawn: new BufferGeometry() };
@@ -82,15 +80,19 @@ export class LevelScene {
       drawn: shareCorners(model, 'drawn', faces.drawn),
       undrawn: shareCorners(model, 'undrawn', faces.undrawn),
     };
+    this.#pace = new Pace(canvas, this.#software, {
+      paint: (still) => this.#paint(still),
+      sharpen: () => this.#setSharpness(),
+    });
     this.#addLights();
     this.#addMeshes();
     const { polygonOffset, polygonOffsetFactor, polygonOffsetUnits } = this.#materials.level;
     const below = { polygonOffset, polygonOffsetFactor, polygonOffsetUnits };
     this.#textures = new LevelTextures(model, faces.drawn, below, (left) => {
-      if (left === 0) canvas.removeAttribute('aria-busy');
+      this.#pace.loading = left > 0;
       this.draw();
     });
-    if (this.#textures.materials.length > 0) canvas.setAttribute('aria-busy', 'true');
+    this.#pace.loading = this.#textures.materials.length > 0;
   }
 
   #addLights() {
@@ -98,7 +100,9 @@ export class LevelScene {
     sun.position.set(-0.6, 0.6, 1); // beside the camera
     this.#rig.camera.add(sun, sun.target);
     sun.target.position.set(0, 0, -1);
-    this.#scene.add(new HemisphereLight(0xffffff, 0x8a8a94, 2.1), this.#rig.camera);
+    const sky = new HemisphereLight(0xffffff, 0x8a8a94, 2.1);
+    for (const light of [sun, sky]) light.layers.enable(kSolid);
+    this.#scene.add(sky, this.#rig.camera, this.#shading.overlay);
   }
 
   #addMeshes() {
@@ -108,6 +112,7 @@ export class LevelScene {
     const add = (name, mesh, order) => {
       mesh.frustumCulled = false; // one mesh is the whole level
       mesh.renderOrder = order;
+      if (order === 0) mesh.layers.enable(kSolid);
       this.#shapes[name] = mesh;
       this.#scene.add(mesh);
     };
@@ -250,7 +255,7 @@ export class LevelScene {
     this.draw();
   }
 
-  /** `parts`: whether `backs`, `edges`, `undrawn` faces and `planes` are shown. */
+  /** `parts`: whether `backs`, `edges`, `undrawn` faces, `planes` and `shading` are shown. */
   setParts(parts) {
     this.#shapes.backs.visible = parts.backs;
     this.#shapes.edges.visible = parts.edges;
@@ -330,51 +335,29 @@ export class LevelScene {
     // Without antialiasing, a still picture is drawn larger than it is shown.
     const own = Math.min(2, window.devicePixelRatio);
     const [fine, coarse] = this.#software ? [1.5 * own, own] : [own, own / 2];
-    this.#renderer.setPixelRatio(this.#coarse ? coarse : fine);
+    this.#renderer.setPixelRatio(this.#pace.coarse ? coarse : fine);
     this.#renderer.setSize(...this.#size, false);
     this.draw();
   }
 
-  /** While things move, slow pictures (without a graphics card) have a lower resolution. */
-  #keepPace(now) {
-    const gap = now - this.#lastPicture;
-    this.#lastPicture = now;
-    // A gap may be a pause, unless a picture was wanted all the time.
-    const slow = (gap > 45 && gap < 400) || (now - this.#wanted > 45 && gap < 2500);
-    this.#slowPictures = slow ? this.#slowPictures + 1 : 0;
-    clearTimeout(this.#rest);
-    if (!this.#coarse && this.#slowPictures >= (this.#software ? 1 : 3)) {
-      this.#coarse = true;
-      this.#setSharpness();
-      this.#renderer.domElement.setAttribute('aria-busy', 'true');
-    }
-    if (!this.#coarse) return;
-    const rest = () => {
-      if (this.#waiting) {
-        this.#rest = setTimeout(rest, 350); // still moving, but slower than that
-        return;
-      }
-      this.#coarse = false;
-      this.#slowPictures = 0;
-      this.#lastPicture = -Infinity; // the sharp picture does not count as movement
-      this.#setSharpness();
-      this.#renderer.domElement.removeAttribute('aria-busy');
-    };
-    this.#rest = setTimeout(rest, 350);
-  }
-
   /** Draws once, with the browser's next frame. */
   draw() {
-    if (this.#waiting) return;
-    this.#waiting = true;
-    this.#wanted = performance.now();
-    requestAnimationFrame((now) => {
-      this.#waiting = false;
-      this.#keepPace(now);
-      this.#rig.update(this.#rig.camera.aspect, this.sphere);
-      this.#renderer.render(this.#scene, this.#rig.camera);
-      this.drawn?.(this.#rig.camera);
-    });
+    this.#pace.draw();
+  }
+
+  /** Returns whether the picture is as good as it gets; in software, only `still` ones are shaded. */
+  #paint(still) {
+    const { camera } = this.#rig;
+    this.#rig.update(camera.aspect, this.sphere);
+    const { coarse } = this.#pace;
+    const isShaded = this.#parts.shading && !coarse && (still || !this.#software);
+    if (isShaded) {
+      this.#shading.prepare(this.#renderer, this.#scene, camera, this.sphere.radius);
+    }
+    this.#shading.overlay.visible = isShaded;
+    this.#renderer.render(this.#scene, camera);
+    this.drawn?.(camera);
+    return !coarse && isShaded === this.#parts.shading;
   }
 
   /** How many pixels a point in the page's units is away from a place of the picture. */
