@@ -27,6 +27,7 @@ import {
 } from './pages.mjs';
 import './compare.test.mjs';
 import './picture.test.mjs';
+import './shading.test.mjs';
 import './textures.test.mjs';
 import './tools.test.mjs';
 

@@ -69,6 +69,20 @@ export async function picture(page) {
   return page.locator('#view').screenshot();
 }
 
+/** The colours, [r, g, b], in the middle of the picture from the top. */
+export async function middleOf(page) {
+  await settle(page);
+  const png = (await page.locator('#view').screenshot()).toString('base64');
+  return page.evaluate(async (base64) => {
+    const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
+    const image = await createImageBitmap(new Blob([bytes]));
+    const context = new OffscreenCanvas(image.width, image.height).getContext('2d');
+    context.drawImage(image, 0, 0);
+    const { data } = context.getImageData(Math.floor(image.width / 2), 0, 1, image.height);
+    return Array.from({ length: image.height }, (_, y) => [...data.slice(4 * y, 4 * y + 3)]);
+  }, png);
+}
+
 /**
  * How many colours the first of two pictures has, whether anything is in the tenth along each of its
  * sides, and the share of pixels that differ much.

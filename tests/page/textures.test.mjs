@@ -3,8 +3,8 @@ import assert from 'node:assert/strict';
 import { mkdirSync, writeFileSync } from 'node:fs';
 import { test } from 'node:test';
 
-import { openPage, settle } from './browser.mjs';
-import { browser, inspect, makePage, path, press } from './pages.mjs';
+import { openPage } from './browser.mjs';
+import { browser, inspect, makePage, middleOf, path, press } from './pages.mjs';
 
 /** A TGA file of one column, its pixels from the top as [b, g, r, a]. */
 const tga = (...pixels) =>
@@ -31,20 +31,6 @@ const quad = (left, material) => ({
     ],
   },
 });
-
-/** The colours, [r, g, b], in the middle of the picture from the top. */
-async function middleOf(page) {
-  await settle(page);
-  const png = (await page.locator('#view').screenshot()).toString('base64');
-  return page.evaluate(async (base64) => {
-    const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
-    const image = await createImageBitmap(new Blob([bytes]));
-    const context = new OffscreenCanvas(image.width, image.height).getContext('2d');
-    context.drawImage(image, 0, 0);
-    const { data } = context.getImageData(Math.floor(image.width / 2), 0, 1, image.height);
-    return Array.from({ length: image.height }, (_, y) => [...data.slice(4 * y, 4 * y + 3)]);
-  }, png);
-}
 
 test('textures stand upright, can be switched off, and a material without one is named', async () => {
   const clear = [0, 255, 0, 0];

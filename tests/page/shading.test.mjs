@@ -1,0 +1,49 @@
+// Contact shading in the page. page.test.mjs runs this test, too.
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+
+import { openPage } from './browser.mjs';
+import { browser, makePage, middleOf, press } from './pages.mjs';
+
+const quad = (name, ...vertices) => ({
+  name,
+  mesh: {
+    vertices,
+    faces: [
+      [0, 1, 2],
+      [0, 2, 3],
+    ],
+  },
+});
+
+test('contact shading darkens a corner and no open floor, and has a switch and a link', async () => {
+  const file = makePage('corner.kob', {
+    root: {
+      name: 'Root',
+      children: [
+        quad('Floor', [0, 0, 0], [40, 0, 0], [40, 40, 0], [0, 40, 0]),
+        quad('Wall', [0, 40, 0], [40, 40, 0], [40, 40, 20], [0, 40, 20]),
+      ],
+    },
+  });
+  const view = '#camera=20,16,0,0,-20,40&panel=off';
+  const open = (hash) => openPage(browser, file, { hash });
+  const lightsOf = async (page) => {
+    await page.evaluate(() => document.activeElement.blur()); // the view's frame is not wanted
+    return (await middleOf(page)).map(([r, g, b]) => r + g + b);
+  };
+  const { page, trouble } = await open(view);
+  const shaded = await lightsOf(page);
+  await press(page, '.');
+  await page.waitForFunction(() => location.hash.endsWith('&shading=off'));
+  const plain = await lightsOf(page);
+  const corner = plain.lastIndexOf(plain[100]); // the foot of the wall
+  const shares = plain.map((light, y) => shaded[y] / light);
+  assert.ok(shares[corner] > 0.6 && shares[corner] < 0.9, `corner: ${shares[corner]}`);
+  assert.deepEqual([...shares.slice(100, 200), ...shares.slice(-50)], Array(150).fill(1));
+  const other = await open(new URL(page.url()).hash);
+  assert.deepEqual(await lightsOf(other.page), plain);
+  assert.equal(await other.page.isChecked('[value=shading]'), false);
+  assert.deepEqual([...trouble, ...other.trouble], []);
+  await Promise.all([page.close(), other.page.close()]);
+});
