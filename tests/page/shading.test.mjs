@@ -16,7 +16,7 @@ const quad = (name, ...vertices) => ({
   },
 });
 
-test('contact shading darkens a corner and no open floor, and has a switch and a link', async () => {
+test('contact shading darkens a corner and no open floor; its switch and link work', async () => {
   const file = makePage('corner.kob', {
     root: {
       name: 'Root',

@@ -345,7 +345,7 @@ export class LevelScene {
     this.#pace.draw();
   }
 
-  /** Returns whether the picture is as good as it gets; in software, only `still` ones are shaded. */
+  /** Returns whether the picture is as good as it gets: in software, `still` ones are shaded. */
   #paint(still) {
     const { camera } = this.#rig;
     this.#rig.update(camera.aspect, this.sphere);
