@@ -79,7 +79,7 @@ test('the page and a picture agree within a pixel on what is where', async () =>
   for (const [name, links] of Object.entries(views)) {
     const file = makePage(`${name}.qob`, name === 'yard' ? yard : soup());
     for (const link of links) {
-      const hash = `#${link}&colour=batch&panel=off`;
+      const hash = `#${link}&colour=batch&panel=off&shading=off`; // pictures have none
       const { page } = await openPage(browser, file, { width: 600, height: 400, hash });
       await page.evaluate(() => {
         // Only the view, in the whole window.
