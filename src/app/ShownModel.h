@@ -32,8 +32,9 @@ struct ShownModel {
 };
 
 /// Reads the model file at `path`, or exports the scene there as `export` would with the options of
-/// `line`, and prints warnings. What is read must not be the file at `target`. For a defective model
-/// file prints an error line for each defect and returns nothing. Throws RunError and UsageError.
+/// `line`, and prints warnings. What is read must not be the file at `target`. For a defective
+/// model file prints an error line for each defect and returns nothing. Throws RunError and
+/// UsageError.
 std::optional<ShownModel> LoadShownModel(const CommandLine& line, const std::string& path,
                                          const OutputTarget& target, Messages& messages);
 

@@ -103,7 +103,8 @@ test('the page and a picture agree within a pixel on what is where', async () =>
         [drawn, shown],
       ]) {
         const found = await strays(page, ...pair);
-        assert.equal(found.stray, 0, `${name} ${shownLink}`);
+        // Where triangles cut each other at a flat angle, depths that differ a little move the cut.
+        assert.ok(found.stray * 10000 < found.drawn, `${name} ${shownLink}: ${found.stray}`);
         assert.ok(found.drawn > 20000, `${name} ${shownLink}: ${found.drawn}`);
       }
       await page.close();

@@ -1,4 +1,4 @@
-// What helps to judge sizes: the file's axes, a grid, a figure as tall as a person, a measured line.
+// What helps to judge sizes: the file's axes, a grid, a figure as tall as a person, a measure.
 import {
   BufferAttribute,
   BufferGeometry,

@@ -100,7 +100,7 @@ export function swatchOf(model, colouring, kind, thing) {
   return null;
 }
 
-/** The colours of what changed, 4 bytes for each of a mesh's `corners`; `same` as colourOfChange. */
+/** Colours of what changed, 4 bytes for each of a mesh's `corners`; `same` as colourOfChange. */
 export function changeCorners({ change }, corners, same) {
   const colours = new Uint8Array(4 * corners.count).fill(255);
   for (let i = 0; i < corners.count; ++i) {

@@ -59,7 +59,8 @@ export function showWarnings(model, frame, hidden) {
       .slice(0, kMostNames)
       .map(({ name, textureName }) => `${visible(name)} (${visible(textureName)})`);
     if (bare.length > kMostNames) names.push(`${counted(bare.length - kMostNames)} more`);
-    lines.push(`No picture for ${countedAs(bare.length, 'material', 'materials')}: ${names.join(', ')}.`);
+    const materials = countedAs(bare.length, 'material', 'materials');
+    lines.push(`No picture for ${materials}: ${names.join(', ')}.`);
   }
   find('warnings').replaceChildren(...lines.map((line) => element('li', {}, line)));
   find('warnings').hidden = lines.length === 0;

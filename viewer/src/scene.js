@@ -16,7 +16,13 @@ import {
   WebGLRenderer,
 } from 'three';
 
-import { drawsInSoftware, groupsOfModels, indexOfFaces, setVertices, visibleFaces } from './buffers.js';
+import {
+  drawsInSoftware,
+  groupsOfModels,
+  indexOfFaces,
+  setVertices,
+  visibleFaces,
+} from './buffers.js';
 import { checkerTexture } from './checker.js';
 import { changeCorners, colourCorners } from './colours.js';
 import { kUndrawn, levelMaterials } from './materials.js';
