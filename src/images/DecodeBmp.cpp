@@ -49,8 +49,12 @@ Image DecodeBmp(std::span<const std::uint8_t> file) {
   }
   const std::uint32_t rawHeight = bytes.U32(22);
   const bool fromTop = rawHeight >> 31 != 0;
-  Image image = MakeImage(bytes.U32(18), fromTop ? 0 - rawHeight : rawHeight);
-  const std::size_t rowBytes = (std::size_t{image.width} * bits + 31) / 32 * 4;
+  const std::size_t width = bytes.U32(18);
+  const std::size_t height = fromTop ? 0 - rawHeight : rawHeight;
+  RequireImageSize(width, height);
+  const std::size_t rowBytes = (width * bits + 31) / 32 * 4;
+  bytes.Part(pixelsAt, rowBytes * height);  // before memory is taken for them
+  Image image = MakeImage(width, height);
   const std::size_t paletteAt = kFileHeader + header;
   const BmpChannels channels = ChannelsOf(bytes, bits, compression, header);
   for (std::size_t y = 0; y < image.height; ++y) {

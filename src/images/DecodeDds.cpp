@@ -143,7 +143,12 @@ Image DecodeDds(std::span<const std::uint8_t> file) {
   if ((bytes.U32(112) & kCubeOrVolume) != 0) throw ImageError("it is a cube or a volume");
   const std::uint32_t flags = bytes.U32(80);
   const std::uint32_t code = bytes.U32(84);
-  Image image = MakeImage(bytes.U32(16), bytes.U32(12));
+  const std::size_t width = bytes.U32(16);
+  const std::size_t height = bytes.U32(12);
+  RequireImageSize(width, height);
+  // No kind takes fewer than 8 bytes for a block: a short file is refused before it takes memory.
+  bytes.Part(kDdsHeader, (width + 3) / 4 * ((height + 3) / 4) * 8);
+  Image image = MakeImage(width, height);
   if ((flags & kHasCode) != 0) {
     if (code == Code("DX10")) {
       DecodeNumbered(bytes, image);

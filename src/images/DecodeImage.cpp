@@ -5,11 +5,15 @@
 
 namespace mapexport {
 
-Image MakeImage(std::uint64_t width, std::uint64_t height) {
+void RequireImageSize(std::uint64_t width, std::uint64_t height) {
   if (width == 0 || height == 0) throw ImageError("it has no pixels");
   if (width > kMaxImageEdge || height > kMaxImageEdge || width * height > kMaxImagePixels) {
     throw ImageError("it is too large: at most 16384 pixels on an axis and 67108864 in all");
   }
+}
+
+Image MakeImage(std::uint64_t width, std::uint64_t height) {
+  RequireImageSize(width, height);
   Image image{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), {}};
   image.pixels.resize(4 * width * height);
   for (std::size_t i = 3; i < image.pixels.size(); i += 4) image.pixels[i] = 255;

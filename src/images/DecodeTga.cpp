@@ -89,9 +89,12 @@ Image DecodeTga(std::span<const std::uint8_t> file) {
   const bool fromRight = (descriptor & 16) != 0;
   const bool fromTop = (descriptor & 32) != 0;
   const std::size_t size = format.pixelBytes;
-  Image image = MakeImage(bytes.U16(12), bytes.U16(14));
   std::size_t at = format.paletteAt;
   if (bytes.U8(1) == 1) at += std::size_t{format.entries} * format.entryBytes;
+  const std::size_t pixels = std::size_t{bytes.U16(12)} * bytes.U16(14);
+  // A short file is refused before it takes memory; a run is of up to 128 pixels.
+  bytes.Part(at, (type & kRunLengths) != 0 ? (pixels + 127) / 128 * (size + 1) : pixels * size);
+  Image image = MakeImage(bytes.U16(12), bytes.U16(14));
   std::size_t left = 0;  ///< of a run
   bool repeats = false;
   for (std::size_t row = 0; row < image.height; ++row) {

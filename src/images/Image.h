@@ -30,7 +30,10 @@ class ImageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// An opaque black image. Throws ImageError when it is empty or too large.
+/// Throws ImageError for an image that is empty or too large.
+void RequireImageSize(std::uint64_t width, std::uint64_t height);
+
+/// An opaque black image. Throws what RequireImageSize throws.
 Image MakeImage(std::uint64_t width, std::uint64_t height);
 
 }  // namespace mapexport
