@@ -14,7 +14,7 @@
 #include <memory>
 #include <optional>
 #include <random>
-#include <ranges>
+#include <numeric>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -48,8 +48,10 @@ inline unsigned FirstSeed() {
 }
 
 /// `count` seeds of random tests.
-inline auto Seeds(unsigned count) {
-  return std::views::iota(FirstSeed(), FirstSeed() + count);
+inline std::vector<unsigned> Seeds(unsigned count) {
+  std::vector<unsigned> seeds(count);
+  std::iota(seeds.begin(), seeds.end(), FirstSeed());
+  return seeds;
 }
 
 }  // namespace mapexport
