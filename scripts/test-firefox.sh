@@ -13,5 +13,9 @@ cd -- "$root"
 cmake --preset release -DMAPEXPORT_TESTS=ON -DMAPEXPORT_VIEW=ON \
   ${MAPEXPORT_WERROR:+"-DMAPEXPORT_WERROR=$MAPEXPORT_WERROR"} >/dev/null
 cmake --build --preset release --target mapexport mapexport-plugin
-BROWSER=firefox xvfb-run -a -s "-screen 0 1600x1200x24" node tests/page/page.test.mjs \
-  "$root/build/release/bin/mapexport" build/release/page-test "$root"
+status=0
+for part in page tools; do
+  BROWSER=firefox xvfb-run -a -s "-screen 0 1600x1200x24" node "tests/page/$part.test.mjs" \
+    "$root/build/release/bin/mapexport" build/release/page-test "$root" || status=$?
+done
+exit "$status"

@@ -1,4 +1,4 @@
-// The page of two models: what diff says, the colours, the switch. page.test.mjs runs these, too.
+// The page of two models: what diff says, the colours, the switch. tools.test.mjs runs these, too.
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
 import { test } from 'node:test';

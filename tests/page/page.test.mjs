@@ -25,11 +25,6 @@ import {
   sources,
   yard,
 } from './pages.mjs';
-import './compare.test.mjs';
-import './picture.test.mjs';
-import './shading.test.mjs';
-import './textures.test.mjs';
-import './tools.test.mjs';
 
 /** An upright quad of two triangles that faces -y in the scene, x from `left`. */
 const wall = (left, more) => ({

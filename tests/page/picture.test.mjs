@@ -1,4 +1,4 @@
-// The page against `mapexport picture` from the same cameras. page.test.mjs runs this test, too.
+// The page against `mapexport picture` from the same cameras. tools.test.mjs runs this test, too.
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
 import { test } from 'node:test';

@@ -1,4 +1,4 @@
-// Contact shading in the page. page.test.mjs runs this test, too.
+// Contact shading in the page. tools.test.mjs runs this test, too.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 

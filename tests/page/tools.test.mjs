@@ -1,9 +1,14 @@
-// The page as a tool: keys, links, measuring, contrast. page.test.mjs runs these tests, too.
+// The page as a tool: keys, links, measuring, contrast. Runs the tests of further parts of the page, too:
+//   node tools.test.mjs MAPEXPORT PACKAGES SOURCES
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
 import { openPage, settle } from './browser.mjs';
 import { browser, comparePictures, makePage, numbers, picture, press, yard } from './pages.mjs';
+import './compare.test.mjs';
+import './picture.test.mjs';
+import './shading.test.mjs';
+import './textures.test.mjs';
 
 let made = null;
 const yardPage = () => (made ??= makePage('tools.kob', yard));
