@@ -12,8 +12,9 @@
 #   sanitize  the build by clang++ with sanitizers (-O1)
 #   arm64, s390x  the whole program, without its windows, built for that processor and run under qemu;
 #             s390x is big-endian; there only glTF and OBJ of the foreign formats are compared, since
-#             those that the import library reads come out otherwise. As root, because libraries of that processor are in folders of their
-#             own: in MAPEXPORT_ROOTS, by default ~/.cache/mapexport
+#             those that the import library reads come out otherwise. As root, because libraries of that
+#             processor are in folders of their own: in MAPEXPORT_ROOTS, by default
+#             ~/.cache/mapexport
 #
 # Ends with 1 when something differs, and names the files. Results go to
 # build/robustness/same-bytes.tsv.
@@ -104,7 +105,7 @@ export_all() {
     return 1
   }
   # Those of several scenes come in the order in which these are done.
-  sort -o "$folder/out/messages" -- "$folder/out/messages"
+  LC_ALL=C sort -o "$folder/out/messages" -- "$folder/out/messages"
   export_rooms "$folder" "$@"
 }
 
