@@ -105,7 +105,10 @@ struct Case {
 
 std::vector<Case> Cases() {
   const double step = kWide / kDouble;
-  const auto up = [step](std::size_t i) { return static_cast<double>(i / 2) * step * 2; };
+  const auto up = [step](std::size_t i) {
+    const std::size_t layer = i / 2;
+    return static_cast<double>(layer) * step * 2;
+  };
   return {
       {"usual", Ground},
       {"stack-upwards", [up](std::size_t i) { return Layer(i, up(i)); }},

@@ -12,9 +12,9 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <random>
-#include <numeric>
 #include <set>
 #include <sstream>
 #include <stdexcept>
