@@ -258,8 +258,8 @@ TEST_F(ProgramTest, RunsInAContainerAndWithoutProc) {
   if (contain({"true"}).status != 0) {
     GTEST_SKIP() << "no bubblewrap here, or it may not make containers";
   }
-  const Outcome foreign = contain(
-      {MAPEXPORT_BIN_DIR "/mapexport", "export", "level.obj", "b.kob", "--fresh", "--quiet"});
+  const std::string program = MAPEXPORT_BIN_DIR "/mapexport";
+  const Outcome foreign = contain({program, "export", "level.obj", "b.kob", "--fresh", "--quiet"});
   EXPECT_EQ(foreign.status, 0);
   EXPECT_THAT(foreign.err, HasSubstr("processes: no Landlock: Function not implemented"));
   EXPECT_EQ(Lines(foreign.err), 1) << foreign.err;

@@ -269,10 +269,10 @@ bool Rasteriser::DrawParts(const Setup& setup, int level, int x, int y, unsigned
     perRow[i] = std::int64_t{edge.perY} * size;
   }
   bool drawn = false;
+  const std::ptrdiff_t width = levels_[static_cast<std::size_t>(level - 1)].width;
   for (int partY = top; partY <= bottom; ++partY) {
     std::array<std::int64_t, 3> most = firsts;
-    const Square* square = &squares[static_cast<std::size_t>(
-        partY * levels_[static_cast<std::size_t>(level - 1)].width + left)];
+    const Square* square = squares.data() + (partY * width + left);
     for (int partX = left; partX <= right; ++partX, ++square) {
       const bool outside = (most[0] | most[1] | most[2]) < 0;
       for (std::size_t i = 0; i < most.size(); ++i) most[i] += perPart[i];

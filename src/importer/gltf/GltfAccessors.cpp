@@ -202,7 +202,8 @@ void GltfAccessors::ApplySparse(int accessor, std::vector<Value>& values) {
     for (std::size_t i = 0; i < sparse.count; ++i, index += indexStride, from += stride) {
       std::uint32_t target = 0;
       WithGltfComponent(sparse.indexType, [&](auto of) {
-        target = static_cast<std::uint32_t>(FileNumber<decltype(of)>(index));
+        // Others were refused above.
+        if constexpr (std::is_unsigned_v<decltype(of)>) target = FileNumber<decltype(of)>(index);
       });
       if (target >= values.size()) {
         RefuseFile(path_, fmt::format("{}.indices: {}, there are {} elements", place, target,
