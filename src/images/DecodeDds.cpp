@@ -146,7 +146,8 @@ Image DecodeDds(std::span<const std::uint8_t> file) {
   const std::size_t width = bytes.U32(16);
   const std::size_t height = bytes.U32(12);
   RequireImageSize(width, height);
-  // No kind takes less than half a byte for a pixel: a short file is refused before it takes memory.
+  // No kind takes less than half a byte for a pixel. A short file is refused before it takes
+  // memory.
   bytes.Part(kDdsHeader, width * height / 2);
   Image image = MakeImage(width, height);
   if ((flags & kHasCode) != 0) {
