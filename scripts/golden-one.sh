@@ -1,21 +1,19 @@
 #!/usr/bin/env bash
-# Exports one scene of tests/golden in a new folder and prints what inspect says of the result.
+# Exports one case of tests/golden/cases.txt in a new folder and prints what inspect says of the result.
 #
-#   golden-one.sh MAPEXPORT NAME FOLDER
-#
-# NAME.options holds further options of the export, NAME.layout the layout (without it, kob).
+#   golden-one.sh MAPEXPORT CASE FOLDER
 set -euo pipefail
 unset CDPATH
-mapexport=$1 name=$2 folder=$3
+mapexport=$1 wanted=$2 folder=$3
 golden=$(cd "$(dirname "${BASH_SOURCE[0]}")/../tests/golden" && pwd)
 
-options=()
-[ ! -f "$golden/$name.options" ] || read -r -a options <"$golden/$name.options"
-layout=kob
-[ ! -f "$golden/$name.layout" ] || read -r layout <"$golden/$name.layout"
-
+read -r _ scene layout options < <(grep "^$wanted " "$golden/cases.txt") || {
+  echo "golden-one.sh: there is no case \"$wanted\"" >&2
+  exit 1
+}
+read -ra options <<<"$options"
 cp "$golden"/*.cxp "$folder"
 cd "$folder"
-"$mapexport" export "$golden/$name.scene.json" "$name.$layout" --fresh --seed 0 --quiet \
+"$mapexport" export "$golden/$scene.scene.json" "$wanted.$layout" --fresh --seed 0 --quiet \
   ${options[@]+"${options[@]}"}
-"$mapexport" inspect --json "$name.$layout"
+"$mapexport" inspect --json "$wanted.$layout"

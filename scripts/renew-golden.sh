@@ -7,8 +7,7 @@ unset CDPATH
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 mapexport=$(realpath "${1:-$root/build/release/bin/mapexport}")
 
-for scene in "$root"/tests/golden/*.scene.json; do
-  name=$(basename "$scene" .scene.json)
+grep -o '^[^# ]*' "$root/tests/golden/cases.txt" | while read -r name; do
   folder=$(mktemp -d)
   trap 'rm -rf -- "$folder"' EXIT
   "$root/scripts/golden-one.sh" "$mapexport" "$name" "$folder" >"$folder/expected"

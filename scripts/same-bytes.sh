@@ -76,26 +76,23 @@ foreign_program() {
 # export_all FOLDER PROGRAM...: copies the scenes to FOLDER/in and writes what they give, and what is
 # said of them, to FOLDER/out.
 export_all() {
-  local folder=$1 scene name layout options
+  local folder=$1 name scene layout options
   shift
   rm -rf -- "$folder"
   mkdir -p -- "$folder/in" "$folder/out"
-  cp -- "$root"/examples/yard.{scene.json,cxp} "$root"/tests/golden/*.{scene.json,cxp,options} \
+  cp -- "$root"/examples/yard.{scene.json,cxp} "$root"/tests/golden/*.{scene.json,cxp} \
     "$root"/tests/models/room.{3ds,ase,dae,fbx,gltf,obj,mtl} "$folder/in"
   cp -r -- "$work/random" "$folder/in"
-  echo "--cxp yard.cxp" >"$folder/in/yard.options"
   (
     cd -- "$folder/in"
-    for scene in *.scene.json; do
-      name=${scene%.scene.json}
-      options=()
-      [[ ! -f $name.options ]] || read -r -a options <"$name.options"
+    while read -r name scene _ options; do
+      read -ra options <<<"$options"
       for layout in qob kob; do
-        "$@" export "$scene" "../out/$name.$layout" --fresh --seed 1 --quiet \
-          ${options[@]+"${options[@]}"} || exit
-        "$@" inspect --json "../out/$name.$layout" >"../out/$name.$layout.json" || exit
+        "$@" export "$scene.scene.json" "../out/$name.$layout" --fresh --seed 1 --quiet \
+          ${options[@]+"${options[@]}"} </dev/null || exit
+        "$@" inspect --json "../out/$name.$layout" </dev/null >"../out/$name.$layout.json" || exit
       done
-    done
+    done < <(echo "yard yard - --cxp yard.cxp" && grep -v '^#' "$root/tests/golden/cases.txt")
     for layout in qob kob; do
       "$@" export random/* --output-folder ../out --layout "$layout" --fresh --seed 1 --quiet || exit
     done
