@@ -1,6 +1,7 @@
 // Objects of foreign nodes, each made once.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -48,6 +49,12 @@ class ObjectTable {
   const std::vector<MeshInstance>& Instances() const { return instances_; }
 
  private:
+  // The order of GCC 12's vectors compares the first bytes alone on big-endian machines.
+  struct Before {
+    bool operator()(const std::vector<unsigned>& a, const std::vector<unsigned>& b) const {
+      return std::ranges::lexicographical_compare(a, b);
+    }
+  };
   struct Entry {
     NodeObject object;
     std::size_t firstNode = 0;
@@ -63,7 +70,7 @@ class ObjectTable {
   LeftOut& leftOut_;
   std::vector<std::vector<bool>> flatFaces_;  // by the library's mesh
   std::vector<MeshInstance> instances_;
-  std::map<std::vector<unsigned>, Entry> objects_;
+  std::map<std::vector<unsigned>, Entry, Before> objects_;
 };
 
 }  // namespace mapexport
