@@ -14,7 +14,7 @@ const fs::path kModels = MAPEXPORT_SOURCE_DIR "/tests/models/gltf";
 TEST_F(GltfTest, RefusalsNameThePlaceInTheWordsOfTheFile) {
   struct Case {
     const char* place;  ///< JSON pointer of what is replaced
-    const char* value;
+    std::string value;
     const char* reason;
   };
   const Case cases[] = {
@@ -79,6 +79,10 @@ TEST_F(GltfTest, RefusalsNameThePlaceInTheWordsOfTheFile) {
       {"/skins", R"([{"joints":[3]}])", "skins[0].joints[0]: 3, there is only one"},
       {"/materials", R"([{"emissiveTexture":{"index":0}}])",
        "materials[0].emissiveTexture.index: 0, there are 0 textures"},
+      {"/meshes/0/primitives/0/attributes", R"({"a\nb":""})",
+       R"(attributes.a\u000Ab: must be an integer, not text)"},
+      {"/meshes/0/primitives/0/attributes", R"({")" + std::string(400, 'x') + R"(":""})",
+       "xxx...: must be an integer, not text"},
       {"/textures", R"([{"source":2}])", "textures[0].source: 2, there are 0 images"}};
   for (const Case& row : cases) {
     json document = WithPositions();

@@ -3,13 +3,15 @@
 
 #include <vector>
 
+#include "system/PrintableText.h"
+
 namespace mapexport {
 
 namespace {
 
 // Enough for any scene a person looks at; 1,000 levels of children would fill a screen.
-constexpr std::size_t kLongestPlace = 240;
-constexpr std::size_t kShownEnd = 80;
+constexpr std::size_t kMostShown = 24;
+constexpr std::size_t kShownAtAnEnd = 8;
 
 }  // namespace
 
@@ -19,18 +21,20 @@ std::string JsonPlace::ToString() const {
     links.push_back(link);
   }
   std::string text;
-  for (auto link = links.rbegin(); link != links.rend(); ++link) {
-    if ((*link)->member_.empty()) {
-      text += '[' + std::to_string((*link)->element_) + ']';
+  for (std::size_t left = links.size(); left > 0; --left) {
+    if (links.size() > kMostShown && left == links.size() - kShownAtAnEnd) {
+      text += " ... ";
+      left = kShownAtAnEnd;
+    }
+    const JsonPlace& link = *links[left - 1];
+    if (link.member_.empty()) {
+      text += '[' + std::to_string(link.element_) + ']';
     } else {
       if (!text.empty()) text += '.';
-      text += (*link)->member_;
+      text += PrintableText(link.member_);
     }
   }
-  if (text.size() <= kLongestPlace) return text;
-  const std::size_t headEnd = text.rfind('.', kShownEnd);
-  const std::size_t tailStart = text.find('.', text.size() - kShownEnd);
-  return text.substr(0, headEnd) + " ... " + text.substr(tailStart);
+  return text;
 }
 
 }  // namespace mapexport
