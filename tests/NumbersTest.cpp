@@ -1,4 +1,6 @@
-// What the exporter computes with: points, the bytes that it writes, the random generator.
+// What the exporter computes with: points, numbers as text, the bytes that it writes, the random
+// generator.
+#include "exporter/base/NumberText.h"
 #include "exporter/base/RandomGenerator.h"
 #include "exporter/geometry/CollisionLists.h"
 #include "exporter/geometry/ConvertCoordinates.h"
@@ -75,6 +77,27 @@ TEST(RandomGenerator, FollowsItsDefinition) {
     const float u = random.Uniform(2.0f, 4.0f);
     EXPECT_TRUE(u >= 2.0f && u <= 4.0f);
   }
+}
+
+TEST(NumberText, IsTheSameInEveryLocale) {
+  const struct {
+    const char* text;
+    double value;
+  } numbers[] = {
+      {"", 0},           {"abc", 0},    {"-1.5e2x", -150},
+      {" \t+7", 7},      {".5", 0.5},   {"5.", 5},
+      {".", 0},          {"-", 0},      {"Inf", 0},
+      {"infinity", 0},   {"nano", 0},   {"1.#INF00", 1},
+      {"0x10", 0},       {"1,5", 1},    {"- 3", 0},
+      {"1e-9999999", 0}, {"1e-400", 0}, {"3e5000", std::numeric_limits<double>::infinity()}};
+  for (const auto& number : numbers)
+    EXPECT_EQ(LeadingNumber(number.text), number.value) << number.text;
+  EXPECT_EQ(LeadingInteger(" -12abc"), -12);
+  EXPECT_EQ(LeadingInteger("99999999999999999999"), std::numeric_limits<int>::max());
+  EXPECT_EQ(LeadingInteger("-99999999999"), std::numeric_limits<int>::min());
+  EXPECT_EQ(LeadingInteger("x1"), 0);
+  EXPECT_EQ(FormatFloat(-0.0f), "-0.000000");
+  EXPECT_EQ(FormatFloat(3.4028235e38f), "340282346638528859811704183484516925440.000000");
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
-#include "exporter/base/NumberText.h"
 #include "exporter/geometry/FaceFlags.h"
 #include "exporter/plugin/BrowseForFile.h"
 #include "exporter/plugin/EntryPoints.h"
@@ -146,27 +145,6 @@ TEST_F(PluginTest, StoredValuesAreReadByTheirEncodings) {
   LoadOptions(settings);
   EXPECT_EQ(options.coordinateSystem, 7);
   EXPECT_EQ(options.cxpFilename, "");
-}
-
-TEST(NumberText, IsTheSameInEveryLocale) {
-  const struct {
-    const char* text;
-    double value;
-  } numbers[] = {
-      {"", 0},           {"abc", 0},    {"-1.5e2x", -150},
-      {" \t+7", 7},      {".5", 0.5},   {"5.", 5},
-      {".", 0},          {"-", 0},      {"Inf", 0},
-      {"infinity", 0},   {"nano", 0},   {"1.#INF00", 1},
-      {"0x10", 0},       {"1,5", 1},    {"- 3", 0},
-      {"1e-9999999", 0}, {"1e-400", 0}, {"3e5000", std::numeric_limits<double>::infinity()}};
-  for (const auto& number : numbers)
-    EXPECT_EQ(LeadingNumber(number.text), number.value) << number.text;
-  EXPECT_EQ(LeadingInteger(" -12abc"), -12);
-  EXPECT_EQ(LeadingInteger("99999999999999999999"), std::numeric_limits<int>::max());
-  EXPECT_EQ(LeadingInteger("-99999999999"), std::numeric_limits<int>::min());
-  EXPECT_EQ(LeadingInteger("x1"), 0);
-  EXPECT_EQ(FormatFloat(-0.0f), "-0.000000");
-  EXPECT_EQ(FormatFloat(3.4028235e38f), "340282346638528859811704183484516925440.000000");
 }
 
 TEST_F(PluginTest, WhatIsNoFiniteNumberIsReadBackAsItWasWritten) {

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <locale>
+#include <sstream>
 
 namespace mapexport {
 namespace {
@@ -18,6 +20,10 @@ const char* SkipBlanks(const char* text) {
   return text + std::strspn(text, " \t\n\v\f\r");
 }
 
+/// The number at the start of a text that begins with a digit or with a point and a digit.
+double Decimal(const char* text);
+
+#ifndef _LIBCPP_VERSION
 /// The value of a number that neither double nor long double can hold: 0 when its exponent is
 /// negative, else infinity.
 double OutOfRange(const char* digits, const char* end) {
@@ -27,11 +33,7 @@ double OutOfRange(const char* digits, const char* end) {
   return std::numeric_limits<double>::infinity();
 }
 
-double UnsignedNumber(const char* text) {
-  if (std::strcmp(text, "inf") == 0) return std::numeric_limits<double>::infinity();
-  if (std::strcmp(text, "nan") == 0) return std::numeric_limits<double>::quiet_NaN();
-  if (!IsDigit(text[0]) && !(text[0] == '.' && IsDigit(text[1]))) return 0.0;
-
+double Decimal(const char* text) {
   const char* end = text + std::strlen(text);
   double value = 0.0;
   const auto result = std::from_chars(text, end, value);
@@ -40,6 +42,31 @@ double UnsignedNumber(const char* text) {
   const auto wideResult = std::from_chars(text, end, wide);
   return wideResult.ec == std::errc::result_out_of_range ? OutOfRange(text, wideResult.ptr)
                                                          : static_cast<double>(wide);
+}
+#else
+// libc++ 19 has no std::from_chars for floating-point numbers. It stores the nearest number also when
+// it reports that one is out of range.
+double Decimal(const char* text) {
+  constexpr const char* kDigits = "0123456789";
+  const char* end = text + std::strspn(text, kDigits);
+  if (*end == '.') end += 1 + std::strspn(end + 1, kDigits);
+  if (*end == 'e' || *end == 'E') {
+    const char* exponent = end + 1 + (end[1] == '+' || end[1] == '-' ? 1 : 0);
+    if (IsDigit(*exponent)) end = exponent + std::strspn(exponent, kDigits);
+  }
+  std::istringstream stream(std::string(text, end));
+  stream.imbue(std::locale::classic());
+  double value = 0.0;
+  stream >> value;
+  return value;
+}
+#endif
+
+double UnsignedNumber(const char* text) {
+  if (std::strcmp(text, "inf") == 0) return std::numeric_limits<double>::infinity();
+  if (std::strcmp(text, "nan") == 0) return std::numeric_limits<double>::quiet_NaN();
+  const bool isNumber = IsDigit(text[0]) || (text[0] == '.' && IsDigit(text[1]));
+  return isNumber ? Decimal(text) : 0.0;
 }
 
 }  // namespace
