@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <locale>
+#include <istream>
+#include <memory>
+#include <ostream>
+#include <streambuf>
 #include <string_view>
 #include <system_error>
 
@@ -88,22 +91,42 @@ void ReadEntries(std::istream& input, TextureNames& transparentTextures) {
   }
 }
 
-bool OpenForReading(const char* path, std::filebuf& file) {
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+/// The bytes of a file. A read error is an exception; in std::filebuf of some standard libraries it
+/// looks like the end of the file.
+class FileStreambuf : public std::streambuf {
+ public:
+  explicit FileStreambuf(std::FILE& file) : file_(file) {}
+
+ private:
+  int_type underflow() override {
+    const std::size_t count = std::fread(chunk_.data(), 1, chunk_.size(), &file_);
+    if (std::ferror(&file_) != 0) throw std::ios_base::failure("the file can't be read");
+    if (count == 0) return traits_type::eof();
+    setg(chunk_.data(), chunk_.data(), chunk_.data() + count);
+    return traits_type::to_int_type(*gptr());
+  }
+
+  std::FILE& file_;
+  std::array<char, 4096> chunk_{};
+};
+
+File OpenForReading(const char* path) {
   // Opening or reading a pipe or a device may never end; some platforms can open a folder.
   std::error_code unknown;
   const std::filesystem::file_status status = std::filesystem::status(path, unknown);
   const bool isOther = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
-  return !isOther && file.open(path, std::ios::in) != nullptr;
+  return {isOther ? nullptr : std::fopen(path, "rb"), std::fclose};
 }
 
 bool ReadFile(const char* path, TextureNames& names) {
-  std::filebuf file;
-  file.pubimbue(std::locale::classic());  // the host's global locale may convert characters
-  if (!OpenForReading(path, file)) return false;
-  TextStreambuf text(file);
+  const File file = OpenForReading(path);
+  if (file == nullptr) return false;
+  FileStreambuf bytes(*file);
+  TextStreambuf text(bytes);
   std::istream input(&text);
-  // Without this a read error would look like the end of the file.
-  input.exceptions(std::ios::badbit);
+  input.exceptions(std::ios::badbit);  // else a stream keeps the exception to itself
   try {
     ReadCxp(input, names);
   } catch (const std::ios::failure&) {
