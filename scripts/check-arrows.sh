@@ -6,7 +6,7 @@
 # Further rules: the host's library includes only itself; exporter/load includes plugin and what plugin
 # may include; app/main includes app; app/pages includes app and cli; side B includes only host of side
 # A, the exporter; side A uses only the standard library; geometry and modelwriter take values, so they
-# never include ProcessState.h; only window includes Qt.
+# never include ProcessState.h; only window includes Qt; no two headers define types of one name.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
@@ -133,6 +133,15 @@ find . -type f \( -name '*.h' -o -name '*.cpp' \) -printf '%P\0' | LC_ALL=C sort
 
     /^[ \t]*#[ \t]*include[ \t]*<Q[A-Z]/ && room != "window" {
       Complain(FILENAME, FNR, "only the room window includes Qt")
+    }
+
+    # Two types of one name are one for the linker, which takes the constructor of either.
+    FILENAME ~ /\.h$/ && /^(struct|class|enum|union) .*([{:]|[^;])$/ && !/^[^{:]*</ {
+      match($0, /^(struct|class|enum class|enum|union) [A-Za-z0-9_]+/)
+      name = substr($0, RSTART, RLENGTH)
+      sub(/.* /, "", name)
+      if (name in typeOf) Complain(FILENAME, FNR, typeOf[name] " has a type " name ", too")
+      typeOf[name] = FILENAME
     }
 
     END { exit bad }

@@ -53,7 +53,7 @@ class BatchPlaces {
 
 class FaceTableCheck {
  public:
-  FaceTableCheck(const GroupParts& parts, const Place& place, ProblemList& problems)
+  FaceTableCheck(const GroupLists& parts, const Place& place, ProblemList& problems)
       : parts_(parts),
         group_(parts.group),
         place_(place),
@@ -214,7 +214,7 @@ class FaceTableCheck {
     }
   }
 
-  const GroupParts& parts_;
+  const GroupLists& parts_;
   const reader::Group& group_;
   const Place& place_;
   const Place facesPlace_;
@@ -227,7 +227,7 @@ class FaceTableCheck {
 
 }  // namespace
 
-void CheckFaceTable(const GroupParts& parts, const Place& place, ProblemList& problems) {
+void CheckFaceTable(const GroupLists& parts, const Place& place, ProblemList& problems) {
   FaceTableCheck(parts, place, problems).Run();
 }
 

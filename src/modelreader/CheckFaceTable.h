@@ -16,7 +16,7 @@ namespace mapexport {
 inline constexpr std::uint64_t kTableEntryBytes = 16;
 
 /// The lists of a group, as views of the file's bytes, and their offsets in the file.
-struct GroupParts {
+struct GroupLists {
   reader::Group group;
   std::vector<reader::List<reader::Triple>> batches;  ///< the vertex indices of each batch's faces
   std::vector<reader::SurfaceSet> surfaceSets;
@@ -35,6 +35,6 @@ struct GroupParts {
 ///  - the faces of "notrendered" surface sets, and no others, have no batch.
 /// Where a list is longer than kModelIndexLimit, indices into it are compared by their low 16 bits.
 /// Time and memory are linear in the group.
-void CheckFaceTable(const GroupParts& parts, const Place& place, ProblemList& problems);
+void CheckFaceTable(const GroupLists& parts, const Place& place, ProblemList& problems);
 
 }  // namespace mapexport

@@ -31,7 +31,7 @@ class CheckParts {
   ModelLengths& lengths_;
   // Of the group that is being read.
   GroupLengths group_;
-  GroupParts parts_;
+  GroupLists parts_;
 };
 
 }  // namespace mapexport
