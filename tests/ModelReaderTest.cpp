@@ -209,10 +209,17 @@ TEST(ModelReaderTest, AdviceIsForWhatIsUnusual) {
 
   std::ostringstream out;
   WriteModelParts(model, {.batches = true, .sets = true}, out);
-  EXPECT_THAT(out.str(), AllOf(HasSubstr("  Batches, largest first"), HasSubstr("Surface sets"),
+  EXPECT_THAT(out.str(), AllOf(testing::StartsWith("Group 0"),
+                               HasSubstr("  Batches, largest first"), HasSubstr("Surface sets"),
                                Not(HasSubstr("more")), Not(HasSubstr("Materials"))));
   EXPECT_GT(std::ranges::count(out.str(), '\n'), 100);
   model.groups.emplace_back();  // as by --split
+  for (const bool materials : {false, true}) {
+    std::ostringstream parts;
+    WriteModelParts(model, {.materials = materials, .sets = true}, parts);
+    EXPECT_THAT(parts.str(), AllOf(Not(testing::StartsWith("\n")), HasSubstr("\n\nGroup 1"),
+                                   Not(HasSubstr("\n\n\n"))));
+  }
   EXPECT_THAT(Advise(model), testing::Each(Not(HasSubstr("--split"))));
 }
 

@@ -75,7 +75,7 @@ void WriteMaterials(const ModelFile& model, std::size_t mostRows, std::ostream& 
                   material.twoSided ? "yes" : "no",
                   fmt::format("{:.3g} {:.3g} {:.3g}", diffuse.r, diffuse.g, diffuse.b)});
   }
-  out << "\nMaterials\n";
+  out << "Materials\n";
   table.Write(2, out);
   WriteMore(model.materials.size(), shown, out);
 }
@@ -222,12 +222,13 @@ void WriteKeywords(std::span<const ModelGroup> groups, std::ostream& out) {
 }
 
 void WriteGroupTitle(std::size_t index, const ModelGroup& group, std::ostream& out) {
-  out << fmt::format("\nGroup {} {}\n", index, Quoted(group.header.name));
+  out << fmt::format("Group {} {}\n", index, Quoted(group.header.name));
 }
 
 void WriteGroup(std::size_t index, const ModelFile& model, std::ostream& out) {
   const ModelGroup& group = model.groups[index];
   const std::size_t drawn = Triangles(group);
+  out << '\n';
   WriteGroupTitle(index, group, out);
   out << fmt::format("  triangles         {} in {}", drawn,
                      Counted(group.batches.size(), "batch", "batches"));
@@ -325,6 +326,7 @@ void WriteModelParts(const ModelFile& model, const ModelParts& parts, std::ostre
   if (!parts.batches && !parts.sets) return;
   for (std::size_t i = 0; i < model.groups.size(); ++i) {
     const ModelGroup& group = model.groups[i];
+    if (parts.materials || i > 0) out << '\n';
     WriteGroupTitle(i, group, out);
     if (parts.batches) WriteBatches(group, model, kAllRows, out);
     if (parts.sets) WriteSurfaceSets(group, kAllRows, out);
@@ -333,7 +335,10 @@ void WriteModelParts(const ModelFile& model, const ModelParts& parts, std::ostre
 
 void WriteModelText(const ModelFile& model, std::ostream& out) {
   WriteSummary(model, out);
-  if (!model.materials.empty()) WriteMaterials(model, kMaxRows, out);
+  if (!model.materials.empty()) {
+    out << '\n';
+    WriteMaterials(model, kMaxRows, out);
+  }
   WriteTextures(model, out);
   if (model.groups.size() > 1) WriteGroups(model, out);
   const std::size_t shown = std::min(model.groups.size(), kMaxGroups);
