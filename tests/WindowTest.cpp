@@ -9,6 +9,7 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 #include <deque>
@@ -139,6 +140,9 @@ class WindowTest : public testing::Test {
 TEST_F(WindowTest, ShowsTheOptionsAndEscapeCancels) {
   const auto look = [](QWidget& window) {
     EXPECT_EQ(window.windowTitle(), "MAP Export Options");
+    const QRect status = window.parentWidget()->frameGeometry();
+    EXPECT_FALSE(status.intersects(window.frameGeometry()));
+    EXPECT_TRUE(window.screen()->availableGeometry().contains(status | window.frameGeometry()));
     EXPECT_EQ(Get<QLineEdit>(window, kLightingMultiplierControl).text(), "2.5");
     EXPECT_TRUE(Get<QLineEdit>(window, kCxpControl).isReadOnly());
     EXPECT_TRUE(Get<QCheckBox>(window, kWeldControl).isChecked());

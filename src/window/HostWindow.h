@@ -14,6 +14,13 @@ class HostWindow : public QWidget {
 
   void ShowStatus(const QString& status);
 
+  /// Places itself and `dialog` so that neither covers the other: beside it, below it on a narrow
+  /// screen. On a screen too small for both, changes nothing.
+  void StandBeside(QWidget& dialog);
+
+  /// In its full size, with its middle there or as near as the screen allows.
+  void CentreOn(QPoint middle);
+
  protected:
   void closeEvent(QCloseEvent* event) override;
 

@@ -73,6 +73,8 @@ WindowPresenter::~WindowPresenter() = default;
 void WindowPresenter::ShowDialog(HWND window, const DialogTemplate& dialog,
                                  PresentedDialog& states) {
   DialogWindow shown(dialog, states, Owner());
+  const bool hasStatus = open_.empty() && host_->isVisible();
+  if (hasStatus) host_->StandBeside(shown);
   open_.emplace_back(window, &shown);
   struct Closing {
     WindowPresenter& presenter;
@@ -82,6 +84,8 @@ void WindowPresenter::ShowDialog(HWND window, const DialogTemplate& dialog,
     const Closing closing{*this};
     shown.Run();
   }
+  // Where the pointer is.
+  if (hasStatus) host_->CentreOn(shown.geometry().center());
   Repaint();
 }
 
