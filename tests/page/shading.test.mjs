@@ -2,7 +2,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { openPage } from './browser.mjs';
+import { openPage, settle } from './browser.mjs';
 import { browser, makePage, middleOf, press } from './pages.mjs';
 
 const quad = (name, ...vertices) => ({
@@ -16,7 +16,7 @@ const quad = (name, ...vertices) => ({
   },
 });
 
-test('contact shading darkens a corner and no open floor; its switch and link work', async () => {
+test('contact shading darkens a corner, also in a new context; its switch and link work', async () => {
   const file = makePage('corner.kob', {
     root: {
       name: 'Root',
@@ -34,6 +34,20 @@ test('contact shading darkens a corner and no open floor; its switch and link wo
   };
   const { page, trouble } = await open(view);
   const shaded = await lightsOf(page);
+  await page.evaluate(async () => {
+    const view = document.getElementById('view');
+    const context = view.getContext('webgl2').getExtension('WEBGL_lose_context');
+    for (const name of ['lost', 'restored']) {
+      const told = new Promise((done) => view.addEventListener(`webglcontext${name}`, done));
+      setTimeout(() => (name === 'lost' ? context.loseContext() : context.restoreContext()));
+      await told;
+    }
+  });
+  for (const width of [1200, 1280]) {
+    await page.setViewportSize({ width, height: 800 });
+    await settle(page);
+  }
+  assert.deepEqual(await lightsOf(page), shaded, 'a new graphics context draws something else');
   await press(page, '.');
   await page.waitForFunction(() => location.hash.endsWith('&shading=off'));
   const plain = await lightsOf(page);

@@ -42,3 +42,16 @@ export function groupsOfModels(index, { entry }, { firstOfB = 0 }) {
     [ofA, index.length - ofA, 0],
   ].filter(([, count]) => count > 0);
 }
+
+/** Frees what the card holds of all in `scene`, and of `materials`; drawing makes it anew. */
+export function free(scene, materials = []) {
+  const all = new Set(materials);
+  scene.traverse(({ geometry, material }) => {
+    geometry?.dispose();
+    for (const each of [material ?? []].flat()) all.add(each);
+  });
+  for (const material of all) {
+    material.map?.dispose();
+    material.dispose();
+  }
+}

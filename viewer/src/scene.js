@@ -18,6 +18,7 @@ import {
 
 import {
   drawsInSoftware,
+  free,
   groupsOfModels,
   indexOfFaces,
   setVertices,
@@ -78,6 +79,8 @@ export class LevelScene {
       powerPreference: 'high-performance',
     });
     this.#renderer.outputColorSpace = LinearSRGBColorSpace;
+    canvas.addEventListener('webglcontextlost', () => this.#forget());
+    canvas.addEventListener('webglcontextrestored', () => this.draw());
     this.#model = model;
     this.#faces = faces;
     this.#frame = frame;
@@ -99,6 +102,12 @@ export class LevelScene {
       this.draw();
     });
     this.#pace.loading = this.#textures.materials.length > 0;
+  }
+
+  /** Forgets what the lost context held: freed later, it would be unknown to the new one. */
+  #forget() {
+    free(this.#scene, [...Object.values(this.#materials), ...this.#textures.materials]);
+    this.#shading.dispose();
   }
 
   #addLights() {
@@ -307,7 +316,7 @@ export class LevelScene {
   }
 
   setBackground(background, edges) {
-    this.#renderer.setClearColor(new Color(background));
+    this.#scene.background = new Color(background);
     this.#materials.edges.color.set(edges);
     this.draw();
   }
@@ -355,6 +364,7 @@ export class LevelScene {
   #paint(still) {
     const { camera } = this.#rig;
     this.#rig.update(camera.aspect, this.sphere);
+    if (this.#renderer.getContext().isContextLost()) return true; // until there is a new one
     const { coarse } = this.#pace;
     const isShaded = this.#parts.shading && !coarse && (still || !this.#software);
     if (isShaded) {

@@ -15,6 +15,8 @@ import {
   ZeroFactor,
 } from 'three';
 
+import { free } from './buffers.js';
+
 /** The layer of all objects that shade and are shaded. */
 export const kSolid = 1;
 
@@ -132,6 +134,12 @@ export class ContactShading {
   constructor(scale) {
     this.#scale = scale;
     this.overlay.renderOrder = 0.5;
+  }
+
+  /** Frees what the graphics card holds; the next picture makes it anew. */
+  dispose() {
+    for (const target of [this.#solid, this.#occlusion]) target.dispose();
+    free(this.#pass);
   }
 
   /** Prepares the overlay for a picture of a level with a radius. */
