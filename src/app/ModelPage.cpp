@@ -31,7 +31,6 @@ std::function<void(std::ostream&)> PageWriter(const ModelFile& model, const std:
                                info.comparison != nullptr ? "the lists of both files" : "its lists",
                                kMaxModelBlockBytes >> 20));
   }
-  info.fileName = NamePart(path);
   return [&model, info = std::move(info)](std::ostream& out) { WritePage(model, info, out); };
 }
 
@@ -41,7 +40,8 @@ std::unique_ptr<OutputPlace> MakePage(const OutputTarget& target, const OutputPl
   if (!read.Sound()) throw RunError(report.output + ": can't be read for its page");
   return std::make_unique<OutputPlace>(
       target, PageWriter(read.model, report.output,
-                         {.fileName = {}, .coordinateSystem = CoordinateSystemOf(report)}));
+                         {.fileName = NamePart(report.output),
+                          .coordinateSystem = CoordinateSystemOf(report)}));
 }
 
 }  // namespace mapexport

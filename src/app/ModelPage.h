@@ -20,8 +20,8 @@ void RequirePageBuilt(const std::string& who);
 /// Where the page of the model file at `model` goes unless a path is given: beside it.
 std::string PagePath(const std::string& model);
 
-/// What writes the page of `model`, which is or will be the file at `path`; `info` gets its name.
-/// Throws RunError when there is too much for a page.
+/// What writes the page of `model`, which is or will be the file at `path`. Throws RunError when
+/// there is too much for a page.
 std::function<void(std::ostream&)> PageWriter(const ModelFile& model, const std::string& path,
                                               ViewInfo info);
 

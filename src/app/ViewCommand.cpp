@@ -18,7 +18,7 @@
 #include "cli/SharedOptions.h"
 #include "output/OutputTarget.h"
 #include "output/TakenFiles.h"
-#include "system/FileIdentity.h"
+#include "system/DistinctNames.h"
 #include "system/PrintableText.h"
 #include "system/RunError.h"
 #include "system/StandardOutput.h"
@@ -72,6 +72,9 @@ ExitStatus Run(const CommandLine& line) {
   if (arguments.newer && !arguments.textures.empty()) {
     throw UsageError("--compare colours what differs; --textures excludes it", line.command);
   }
+  if (arguments.file == "/dev/stdin" && !arguments.output) {
+    throw UsageError("-o FILE is missing: the page of standard input", line.command);
+  }
   RequirePageBuilt("view");
   Messages messages(false);
   const std::string output = arguments.output.value_or(PagePath(arguments.file));
@@ -86,14 +89,13 @@ ExitStatus Run(const CommandLine& line) {
     shown.push_back(std::move(*loaded));
   }
   const ModelFile& model = shown.front().model;
+  const auto [name, newerName] = DistinctNames(files.front(), files.back());
   std::optional<ViewComparison> comparison;
-  if (arguments.newer) {
-    comparison.emplace(model, shown.back().model, NamePart(*arguments.newer));
-  }
+  if (arguments.newer) comparison.emplace(model, shown.back().model, newerName);
   const std::optional<int> system = shown.front().coordinateSystem;
   const auto write =
       PageWriter(model, arguments.file,
-                 {.fileName = {},
+                 {.fileName = name,
                   .coordinateSystem = system.value_or(shown.back().coordinateSystem.value_or(0)),
                   .comparison = comparison ? &*comparison : nullptr,
                   .textures = TexturesToShow(arguments, model, target, messages)});

@@ -1,6 +1,7 @@
 // The page of two models: what diff says, the colours, the switch. tools.test.mjs runs these, too.
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
+import { mkdirSync } from 'node:fs';
 import { test } from 'node:test';
 
 import { openPage } from './browser.mjs';
@@ -39,11 +40,13 @@ const hull = { userProperties: 'notrendered' };
 
 /** The page of two models, their difference as JSON, and as the words of its text. */
 async function compare(a, b, options = {}) {
-  makePage('old.kob', a);
-  makePage('new.kob', b);
-  runWell('view', 'old.kob', '--compare', 'new.kob', '-o', 'compare.html');
+  for (const [name, model] of Object.entries({ old: a, new: b })) {
+    mkdirSync(path(name), { recursive: true });
+    makePage(`${name}/level.kob`, model);
+  }
+  runWell('view', 'old/level.kob', '--compare', 'new/level.kob', '-o', 'compare.html');
   const diff = (...more) =>
-    spawnSync(mapexport, ['diff', 'old.kob', 'new.kob', ...more], {
+    spawnSync(mapexport, ['diff', 'old/level.kob', 'new/level.kob', ...more], {
       cwd: folder,
       encoding: 'utf8',
     });
@@ -67,6 +70,9 @@ test('a comparison shows what diff says, in colour, and a link keeps the switch'
   for (const text of [`only in A: ${onlyA}`, `only in B: ${onlyB}`, `in both: ${a - onlyA}`]) {
     assert.ok(legend.includes(text), `${text} is not in ${legend}`);
   }
+  assert.equal(await page.title(), 'old/level.kob → new/level.kob');
+  assert.match(await page.textContent('#keys'), /compare: only A, old\/level.kob/);
+  await page.waitForSelector('#legend [title="new/level.kob"]');
   const seen = [];
   for (const key of ['v', 'j', 'k', 'n']) {
     await press(page, key);

@@ -12,8 +12,8 @@ const kOnlyInB = 3;
 export const kShown = [
   // What is the same is drawn once.
   { id: 'both', name: 'Both', key: 'v', hint: 'A and B', changes: [kSameInA, kOnlyInA, kOnlyInB] },
-  { id: 'a', name: 'Only A', key: 'j', changes: [kSameInA, kOnlyInA] },
-  { id: 'b', name: 'Only B', key: 'k', changes: [kSameInB, kOnlyInB] },
+  { id: 'a', name: 'Only A', key: 'j', side: 0, changes: [kSameInA, kOnlyInA] },
+  { id: 'b', name: 'Only B', key: 'k', side: 1, changes: [kSameInB, kOnlyInB] },
   {
     id: 'differences',
     name: 'Differences',
@@ -22,6 +22,10 @@ export const kShown = [
     changes: [kOnlyInA, kOnlyInB],
   },
 ];
+
+/** The same choices; those of one file have its name as `hint`. */
+export const choicesOf = ({ fileNames }) =>
+  kShown.map((each) => ({ hint: visible(fileNames[each.side] ?? ''), ...each }));
 
 // Red and blue: also different to those who can't tell red from green.
 const kColours = new Map([
@@ -90,18 +94,19 @@ export const colourOfChange = (change, same = null) =>
     : (same ?? kColours.get(change));
 
 /** The entries of the legend: how many faces, drawn or not, are where. */
-export function changeLegend(faces) {
+export function changeLegend({ fileNames }, faces) {
   const sizes = new Map();
   for (const { change } of Object.values(faces)) {
     for (const each of change) sizes.set(each, (sizes.get(each) ?? 0) + 1);
   }
   return [
-    ['only in A', kOnlyInA],
-    ['only in B', kOnlyInB],
-    ['in both', kSameInA],
-  ].map(([what, change]) => {
+    ['only in A', kOnlyInA, fileNames[0]],
+    ['only in B', kOnlyInB, fileNames[1]],
+    ['in both', kSameInA, fileNames.join(', ')],
+  ].map(([what, change, files]) => {
     const size = sizes.get(change) ?? 0;
-    return { name: `${what}: ${counted(size)}`, size, colour: colourOfChange(change) };
+    const name = `${what}: ${counted(size)}`;
+    return { name, size, title: visible(files), colour: colourOfChange(change) };
   });
 }
 

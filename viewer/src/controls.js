@@ -1,5 +1,5 @@
 // The choices above the tables, each with its key.
-import { kShown } from './compare.js';
+import { choicesOf } from './compare.js';
 import { systemNames } from './coordinates.js';
 import { icon } from './icons.js';
 import { element } from './text.js';
@@ -69,7 +69,7 @@ export function makeControls(model, hasCollision, colourings, calls) {
     (part) => (!part.collision || hasCollision) && (!part.textured || model.textures?.length > 0),
   );
   const keyed = colourings.map((colouring, index) => ({ ...colouring, key: String(index + 1) }));
-  const shown = model.comparison ? kShown : [];
+  const shown = model.comparison ? choicesOf(model.comparison) : [];
   find('compare').hidden = shown.length === 0;
   const inputs = {
     compare: tools(find('compare'), 'radio', 'compare', shown, calls.compare),

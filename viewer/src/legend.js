@@ -40,7 +40,7 @@ function entriesOf(model, materials, faces, colouring) {
       }));
     }
     case 'changes':
-      return changeLegend(faces);
+      return changeLegend(model.comparison, faces);
     default:
       return [];
   }
@@ -57,11 +57,10 @@ export function legendOf(model, materials, faces, colouring, choose) {
   const list = element(
     'ul',
     {},
-    ...entries.slice(0, kMost).map(({ name, size, colour, choice }) => {
-      const title = `${counted(size)} of the triangles`;
+    ...entries.slice(0, kMost).map(({ name, size, colour, choice, title }) => {
       return element(
         'li',
-        { title },
+        { title: title ?? `${counted(size)} of the triangles` },
         swatch(colour),
         choice
           ? element('button', { type: 'button', onclick: () => choose(...choice) }, name)
