@@ -362,7 +362,7 @@ ExitStatus ExportAside(CommandLine line, const OutputTarget& taken, const UseAsi
   std::error_code error;
   const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
   if (error) throw RunError("TMPDIR, the temporary folder: " + ErrnoText(error.value()));
-  line.positionals.push_back(folder / (NamePart(line.positionals.front()) + ".kob"));
+  line.positionals.push_back(folder / "model.kob");
   for (const char* const flag : {"no-log", "quiet"}) line.options.try_emplace(flag, 1);
   OptionOrigins origins;
   const std::optional<std::string> optionsFile = AddFileOptions(line, origins);
