@@ -30,6 +30,19 @@ TEST_F(ProgramTest, AScenesPictureAndPageAreThoseOfItsExport) {
     ASSERT_EQ(draw("b.kob", {"--coordinates", coordinates}).status, 0);
     EXPECT_TRUE(Content(work_ / "s.png") == Content(work_ / "b.png")) << coordinates;
   }
+  for (const fs::path& input : {fs::path(scene_), work_ / "a.kob"}) {
+    const auto piped = [&] {
+      there();
+      dup2(open(input.c_str(), O_RDONLY), STDIN_FILENO);
+    };
+    const Outcome drawn = Run({"picture", "/dev/stdin", "-o", "s.png"}, piped);
+    EXPECT_EQ(drawn.status, 0) << drawn.err;
+  }
+  ExpectRefusal(Run({"picture", "-", "-o", "bad.png"}), "standard input is /dev/stdin");
+  EXPECT_EQ(Run({"view", "/dev/stdin"}).status, 2);
+  const std::string longName = std::string(244, 'x') + ".scene.json";
+  fs::copy_file(scene_, work_ / longName);
+  EXPECT_EQ(Run({"picture", longName, "-o", "s.png"}, there).status, 0);
   ExpectRefusal(
       Run({"picture", scene_, "-o", "bad.png"}, [] { setenv("TMPDIR", "/proc", 1); }),
       "the model of " + scene_ + ": cannot be written: no temporary folder can be made in /proc/");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string_view>
 #include <utility>
 
@@ -18,13 +19,19 @@
 #include "modelreader/ReadModelFile.h"
 #include "output/TakenFiles.h"
 #include "scene/SceneFile.h"
+#include "system/Descriptor.h"
 #include "system/RunError.h"
 
 namespace mapexport {
 namespace {
 
+/// By its name. Standard input is a scene unless it begins as a model file; of a pipe, which is no
+/// model file, nothing is read here.
 bool IsScene(const std::string& path) {
-  return IsSceneFile(path) || IsReadFormat(FileExtension(path));
+  if (path != "/dev/stdin") return IsSceneFile(path) || IsReadFormat(FileExtension(path));
+  std::array<std::byte, 64> beginning{};
+  ReadUpTo(OpenToRead(path).Get(), beginning.data(), beginning.size(), 0);
+  return !BeginsAsModel(beginning);
 }
 
 /// Whether an option of `export` is one for the scenes that are shown.

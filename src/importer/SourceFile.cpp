@@ -37,7 +37,8 @@ std::string FileBeginning(const std::string& path) {
   const Descriptor file = OpenToRead(path);
   struct stat status {};
   if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0) {
-    if (errno == ENOENT || errno == ENOTDIR) RefuseFile(path, "no such file");
+    if (errno == ENOENT || errno == ENOTDIR)
+      RefuseFile(path, fmt::format("no such file{}", NameHint(path)));
     RefuseFile(path, fmt::format("can't be opened: {}", ErrnoText(errno)));
   }
   if (S_ISDIR(status.st_mode)) RefuseFile(path, "is a folder, not a file");

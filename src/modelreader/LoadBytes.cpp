@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdint>
 
+#include <fmt/format.h>
 #include <sys/stat.h>
 
 #include "system/Descriptor.h"
@@ -24,7 +25,8 @@ std::optional<LoadedBytes> LoadBytes(const std::string& path,
   const Descriptor file = OpenToRead(path);
   struct stat status {};
   if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0) {
-    problems.AddToFile(ModelFault::kCannotOpen, ErrnoText(errno));
+    problems.AddToFile(ModelFault::kCannotOpen,
+                       fmt::format("{}{}", ErrnoText(errno), NameHint(path)));
     return std::nullopt;
   }
   if (!S_ISREG(status.st_mode)) {

@@ -43,12 +43,6 @@ ModelCheckResult CheckModelBytes(std::span<const std::byte> bytes, ModelLayout l
   return result;
 }
 
-bool BeginsAsModel(std::span<const std::byte> beginning) {
-  ProblemList unused;
-  return StrictSource({beginning.data(), beginning.size()}, ModelLayout::kKob, unused)
-      .StandsAt(0, reader::detail::kStartTag);
-}
-
 /// What `read` returns for the bytes of the file at `path`; for the first ones alone when they are
 /// not the start tag, because nothing else counts then. A file that can't be read has this one
 /// problem.
@@ -68,6 +62,12 @@ Result ReadFile(const std::string& path, ModelLayout layout,
 }
 
 }  // namespace
+
+bool BeginsAsModel(std::span<const std::byte> beginning) {
+  ProblemList unused;
+  return StrictSource({beginning.data(), beginning.size()}, ModelLayout::kKob, unused)
+      .StandsAt(0, reader::detail::kStartTag);
+}
 
 bool ModelReadResult::Sound() const {
   return std::none_of(problems.begin(), problems.end(), [](const ModelProblem& problem) {

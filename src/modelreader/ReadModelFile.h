@@ -34,6 +34,9 @@ ModelReadResult ReadModelFile(const std::string& path, ModelLayout layout);
 /// The same for the bytes of a file, but throws std::bad_alloc.
 ModelReadResult ReadModelBytes(std::span<const std::byte> bytes, ModelLayout layout);
 
+/// Whether the first bytes of a file are those of a model file.
+bool BeginsAsModel(std::span<const std::byte> beginning);
+
 struct ModelCheckResult {
   ModelLengths lengths;
   std::vector<ModelProblem> problems;  ///< those that ReadModelFile finds

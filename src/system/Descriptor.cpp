@@ -34,6 +34,10 @@ Descriptor OpenToRead(const std::string& path) {
   return input;
 }
 
+std::string_view NameHint(std::string_view path) {
+  return path == "-" ? "; standard input is /dev/stdin" : "";
+}
+
 ssize_t ReadUpTo(int file, void* bytes, std::size_t size) {
   return ReadAll(size, [&](std::size_t done) {
     return ::read(file, static_cast<char*>(bytes) + done, size - done);

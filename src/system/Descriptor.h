@@ -39,6 +39,9 @@ class Descriptor {
 /// standard input also where there is no /proc, to which the name leads.
 Descriptor OpenToRead(const std::string& path);
 
+/// What to add to the reason when that fails: for "-" the name of standard input, else nothing.
+std::string_view NameHint(std::string_view path);
+
 /// Reads `size` bytes, fewer only at the end of the file. Returns how many; -1 on an error, with
 /// the reason in errno.
 ssize_t ReadUpTo(int file, void* bytes, std::size_t size);
