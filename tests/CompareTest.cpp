@@ -6,6 +6,7 @@
 #include "compare/WriteDifference.h"
 #include "support/ModelFiles.h"
 #include "support/Testing.h"
+#include "system/DistinctNames.h"
 
 namespace mapexport {
 namespace {
@@ -35,6 +36,15 @@ std::pair<std::string, json> Compare(const ModelFile& a, const ModelFile& b) {
   EXPECT_EQ(parsed["result"], kResults[result]);
   EXPECT_THAT(text.str(), StartsWith(kLines[result]));
   return {text.str(), parsed};
+}
+
+TEST(CompareTest, FilesHaveTheShortestNamesThatDiffer) {
+  using Names = Both<std::string>;
+  EXPECT_EQ(DistinctNames("a/x.kob", "a/y.kob"), (Names{"x.kob", "y.kob"}));
+  EXPECT_EQ(DistinctNames("/a/c/x.kob", "b//c/x.kob"), (Names{"a/c/x.kob", "b/c/x.kob"}));
+  EXPECT_EQ(DistinctNames("x.kob", "/b/x.kob"), (Names{"x.kob", "b/x.kob"}));
+  EXPECT_EQ(DistinctNames("/x.kob", "x.kob"), (Names{"/x.kob", "x.kob"}));
+  EXPECT_EQ(DistinctNames("a/x.kob", "a/x.kob"), (Names{"x.kob", "x.kob"}));
 }
 
 TEST(CompareTest, OneChangeIsToldAsWhatItIs) {
