@@ -18,7 +18,7 @@
 #include "worker/RestrictFiles.h"
 #include "worker/RunInChild.h"
 
-#ifdef MAPEXPORT_ADDRESS_SANITIZER
+#ifdef MAPEXPORT_SHADOW_MEMORY
 /// Names are looked up by another program, which no confined process may start.
 extern "C" const char* __asan_default_options() {
   return "symbolize=0";
@@ -109,7 +109,7 @@ void ConfineTest::ExpectReading(const std::function<std::string()>& confine) con
          return static_cast<long>(getrlimit(RLIMIT_CPU, &limit));
        }}};
   for (const auto& [what, act] : needed) EXPECT_EQ(EndOf(confine, act), kDone) << what;
-#ifdef MAPEXPORT_ADDRESS_SANITIZER
+#ifdef MAPEXPORT_SHADOW_MEMORY
   const auto fault = [] {
     const std::vector<char> bytes(1);
     const char* volatile at = bytes.data();

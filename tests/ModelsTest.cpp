@@ -17,7 +17,7 @@ constexpr int kDone = 0;
 constexpr int kListTooLong = 4;
 
 // Under the sanitizers there is time for a sample only.
-#ifdef MAPEXPORT_ADDRESS_SANITIZER
+#ifdef MAPEXPORT_SHADOW_MEMORY
 constexpr std::size_t kStep = 20;
 #else
 constexpr std::size_t kStep = 1;

@@ -22,8 +22,8 @@ void EndSoon() {
 }
 
 TEST_F(ProgramTest, TheSizeAndTheBeginningOfAFileComeFirst) {
-#ifdef MAPEXPORT_ADDRESS_SANITIZER
-  GTEST_SKIP() << "AddressSanitizer needs the address space";
+#ifdef MAPEXPORT_SHADOW_MEMORY
+  GTEST_SKIP() << "the sanitizer needs the address space";
 #endif
   struct Case {
     const char* file;
@@ -132,8 +132,8 @@ TEST_F(ProgramTest, WhateverTheReaderDoesIsOneLine) {
 }
 
 TEST_F(ProgramTest, AReaderThatWantsAllMemoryEnds) {
-#ifdef MAPEXPORT_ADDRESS_SANITIZER
-  GTEST_SKIP() << "AddressSanitizer needs the address space";
+#ifdef MAPEXPORT_SHADOW_MEMORY
+  GTEST_SKIP() << "the sanitizer needs the address space";
 #endif
   Write(work_ / "endless.off", kEndless);
   const Outcome outcome = Run({"scene", "endless.off"}, [] {
@@ -263,7 +263,7 @@ TEST_F(ProgramTest, RunsInAContainerAndWithoutProc) {
   EXPECT_EQ(foreign.status, 0);
   EXPECT_THAT(foreign.err, HasSubstr("processes: no Landlock: Function not implemented"));
   EXPECT_EQ(Lines(foreign.err), 1) << foreign.err;
-#ifdef MAPEXPORT_ADDRESS_SANITIZER
+#ifdef MAPEXPORT_SHADOW_MEMORY
   GTEST_SKIP() << "AddressSanitizer needs /proc";
 #endif
   const std::string exporting = "./mapexport export \"$0\" \"$1/b.kob\" --fresh --seed 1 --no-log";

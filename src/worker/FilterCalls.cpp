@@ -11,7 +11,7 @@
 #include <unistd.h>
 
 #include "system/RunError.h"
-#include "worker/AddressSanitizer.h"
+#include "worker/ShadowMemory.h"
 
 namespace mapexport {
 namespace {
@@ -121,7 +121,7 @@ std::string FilterCalls() {
   for (const char* name : kAllowed) filter.Add(SCMP_ACT_ALLOW, name);
   for (const char* name : kAttacks) filter.Add(kEnd, name);
   // Libraries write from memory to a pipe to test whether the memory exists.
-  if (kAddressSanitizer) filter.Add(SCMP_ACT_ALLOW, "pipe2");
+  if (kShadowMemory) filter.Add(SCMP_ACT_ALLOW, "pipe2");
 
   filter.Add(SCMP_ACT_ALLOW, "open", Masked(1, kWriting, O_RDONLY));
   filter.Add(SCMP_ACT_ALLOW, "openat", Masked(2, kWriting, O_RDONLY));

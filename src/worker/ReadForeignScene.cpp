@@ -22,10 +22,10 @@
 #include "system/Descriptor.h"
 #include "system/FdOutput.h"
 #include "system/RunError.h"
-#include "worker/AddressSanitizer.h"
 #include "worker/LimitProcess.h"
 #include "worker/ReaderMessage.h"
 #include "worker/RunInChild.h"
+#include "worker/ShadowMemory.h"
 
 namespace mapexport {
 namespace {
@@ -61,7 +61,7 @@ ProcessLimits LimitsOfReader(std::uint32_t seconds) {
   limits.fileSize = memory / 4;
   limits.openFiles = kMostOpenFiles;
   // AddressSanitizer takes terabytes of address space.
-  if (!kAddressSanitizer) {
+  if (!kShadowMemory) {
     limits.addressSpace =
         std::max(memory / 4 * 3, kLeastAddressSpace + kLongestMessage) - kLongestMessage;
   }

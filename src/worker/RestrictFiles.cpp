@@ -18,7 +18,7 @@
 
 #include "system/Descriptor.h"
 #include "system/RunError.h"
-#include "worker/AddressSanitizer.h"
+#include "worker/ShadowMemory.h"
 
 namespace mapexport {
 namespace {
@@ -147,7 +147,7 @@ std::string RestrictFiles(const std::string& scene) {
   exceptions.LetRead(OpenPlace("/run/media", O_NOFOLLOW));
   exceptions.LetReadScene(scene);
   // AddressSanitizer's reports read the process's own memory map.
-  if (kAddressSanitizer) exceptions.LetRead(OpenPlace("/proc/self"));
+  if (kShadowMemory) exceptions.LetRead(OpenPlace("/proc/self"));
   if (exceptions.Error() != 0) return ErrnoText(exceptions.Error());
   if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
       syscall(SYS_landlock_restrict_self, ruleset.Get(), 0) != 0) {

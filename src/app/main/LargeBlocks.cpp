@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 // Sanitizers have operators that find more.
-#ifdef MAPEXPORT_ADDRESS_SANITIZER
+#ifdef MAPEXPORT_SHADOW_MEMORY
 
 namespace mapexport {
 

@@ -19,8 +19,8 @@
 #include "system/FdOutput.h"
 #include "system/PrintableText.h"
 #include "system/RunError.h"
-#include "worker/AddressSanitizer.h"
 #include "worker/RunInChild.h"
+#include "worker/ShadowMemory.h"
 
 namespace mapexport {
 namespace {
@@ -37,7 +37,7 @@ ProcessLimits LimitsOfDecoder() {
   limits.fileSize = kBytesPerPixel * kTextureEdge * kTextureEdge + kOthers;
   limits.openFiles = 64;
   // This process's own address space, with the model, counts too.
-  if (!kAddressSanitizer) limits.addressSpace = MemoryLimit() / 4 + kMemoryToDecode;
+  if (!kShadowMemory) limits.addressSpace = MemoryLimit() / 4 + kMemoryToDecode;
   return limits;
 }
 
