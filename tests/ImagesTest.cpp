@@ -52,6 +52,10 @@ TEST(Images, DecodesTheFormats) {
   EXPECT_THAT(Decode(kRunTga).pixels,
               ElementsAre(7, 6, 5, 8, 11, 10, 9, 12, 3, 2, 1, 4, 3, 2, 1, 4))
       << "from the bottom";
+  for (const char alpha : {'\0', '\4'}) {  // not declared, and written or left 0
+    const std::string tga = "\0\0\2\0\0\0\0\0\0\0\0\0\1\0\1\0\x20\x20\1\2\3"s + alpha;
+    EXPECT_THAT(Decode(tga).pixels, ElementsAre(3, 2, 1, alpha == 0 ? 255 : alpha));
+  }
   const Image bc1 = Decode(kBc1);
   EXPECT_THAT(Bytes(bc1.At(0, 0), bc1.At(0, 0) + 4), ElementsAre(255, 0, 0, 255));
   EXPECT_THAT(Bytes(bc1.At(0, 1), bc1.At(0, 1) + 4), ElementsAre(0, 255, 0, 255));
@@ -87,6 +91,12 @@ TEST(Images, RefusesDamageAndWhatIsTooLarge) {
       }
     }
   }
+  const std::string paletteBmp =
+      "BM" + Words({62, 0, 58, 40, 1, 1, 0x80001, 0, 4, 0, 0, 1, 0, 0x030201});
+  EXPECT_THAT(Decode(paletteBmp + "\0\0\0\0"s).pixels, ElementsAre(3, 2, 1, 255));
+  EXPECT_THROW(Decode(paletteBmp + "\1\0\0\0"s), ImageError) << "not in the palette";
+  EXPECT_THROW(Decode("\0\0\1\0\0\1\0\x18\0\0\0\0\1\0\1\0\x08\x20\0\0\0"s), ImageError)
+      << "without a palette";
   EXPECT_THROW(Decode("GIF89a"), ImageError);
   EXPECT_THROW(Decode("\xff\xd8\xff\xe0 no JPEG"), ImageError);
   EXPECT_THROW(MakeImage(kMaxImageEdge, kMaxImageEdge), ImageError);
@@ -95,10 +105,10 @@ TEST(Images, RefusesDamageAndWhatIsTooLarge) {
 TEST(Images, ShrinksByMeans) {
   Image image = MakeImage(8, 1);
   for (std::size_t x = 0; x < 8; ++x) image.At(x, 0)[0] = static_cast<std::uint8_t>(10 * x);
-  image.At(1, 0)[3] = 0;  // its colour is not to be seen
+  for (const std::size_t clear : {1U, 6U, 7U}) image.At(clear, 0)[3] = 0;
   const Image small = ShrinkImage(image, 4);
   EXPECT_EQ(small.height, 1U);
-  EXPECT_THAT(small.pixels, ElementsAre(0, 0, 0, 128, 25, 0, 0, 255, 45, 0, 0, 255, 65, 0, 0, 255));
+  EXPECT_THAT(small.pixels, ElementsAre(0, 0, 0, 128, 25, 0, 0, 255, 45, 0, 0, 255, 65, 0, 0, 0));
 }
 
 }  // namespace

@@ -55,7 +55,7 @@ Image DecodeBmp(std::span<const std::uint8_t> file) {
   const std::size_t rowBytes = (width * bits + 31) / 32 * 4;
   bytes.Part(pixelsAt, rowBytes * height);  // before memory is taken for them
   Image image = MakeImage(width, height);
-  const std::size_t paletteAt = kFileHeader + header;
+  const std::size_t paletteAt = kFileHeader + std::size_t{header};
   const BmpChannels channels = ChannelsOf(bytes, bits, compression, header);
   for (std::size_t y = 0; y < image.height; ++y) {
     const ImageBytes row(
@@ -65,7 +65,9 @@ Image DecodeBmp(std::span<const std::uint8_t> file) {
       if (usesPalette) {
         const std::size_t bit = x * bits;
         const std::uint32_t index = row.U8(bit / 8) >> (8 - bits - bit % 8) & ((1U << bits) - 1);
-        pixel = bytes.U32(paletteAt + std::size_t{4} * index);
+        const std::size_t entry = paletteAt + std::size_t{4} * index;
+        if (entry + 4 > pixelsAt) throw ImageError("a pixel is not in its palette");
+        pixel = bytes.U32(entry);
       } else {
         pixel = row.Number(x * bits / 8, bits / 8);
       }

@@ -16,11 +16,11 @@ struct TgaFormat {
   std::uint32_t firstEntry = 0;
   std::uint32_t entries = 0;
   std::uint32_t entryBytes = 0;
-  bool hasAlpha = false;
+  bool hasAlpha = false;  ///< as it is declared
   std::size_t paletteAt = 0;
 };
 
-/// `bytes` bytes of colour, blue first.
+/// `bytes` bytes of colour, blue first. `hasAlpha` is for those of two.
 void SetColour(std::uint32_t colour, std::uint32_t bytes, bool hasAlpha, std::uint8_t* to) {
   if (bytes == 2) {
     const auto five = [colour](int shift) {
@@ -35,7 +35,7 @@ void SetColour(std::uint32_t colour, std::uint32_t bytes, bool hasAlpha, std::ui
   to[0] = static_cast<std::uint8_t>(colour >> 16);
   to[1] = static_cast<std::uint8_t>(colour >> 8);
   to[2] = static_cast<std::uint8_t>(colour);
-  to[3] = hasAlpha && bytes == 4 ? static_cast<std::uint8_t>(colour >> 24) : 255;
+  to[3] = bytes == 4 ? static_cast<std::uint8_t>(colour >> 24) : 255;
 }
 
 void SetPixel(const ImageBytes& bytes, std::size_t at, const TgaFormat& format, std::uint8_t* to) {
@@ -43,7 +43,7 @@ void SetPixel(const ImageBytes& bytes, std::size_t at, const TgaFormat& format, 
   if (format.kind == kTrue) return SetColour(value, format.pixelBytes, format.hasAlpha, to);
   if (format.kind == kGrey) {
     to[0] = to[1] = to[2] = static_cast<std::uint8_t>(value);
-    to[3] = format.pixelBytes == 2 && format.hasAlpha ? static_cast<std::uint8_t>(value >> 8) : 255;
+    to[3] = format.pixelBytes == 2 ? static_cast<std::uint8_t>(value >> 8) : 255;
     return;
   }
   if (value < format.firstEntry || value - format.firstEntry >= format.entries) {
@@ -52,6 +52,12 @@ void SetPixel(const ImageBytes& bytes, std::size_t at, const TgaFormat& format, 
   const std::size_t entry =
       format.paletteAt + std::size_t{format.entryBytes} * (value - format.firstEntry);
   SetColour(bytes.Number(entry, format.entryBytes), format.entryBytes, format.hasAlpha, to);
+}
+
+void MakeOpaqueIfClear(Image& image) {
+  std::uint8_t most = 0;
+  for (std::size_t i = 3; i < image.pixels.size(); i += 4) most |= image.pixels[i];
+  for (std::size_t i = 3; most == 0 && i < image.pixels.size(); i += 4) image.pixels[i] = 255;
 }
 
 bool IsRead(const TgaFormat& format) {
@@ -83,14 +89,16 @@ Image DecodeTga(std::span<const std::uint8_t> file) {
   format.entryBytes = (bytes.U8(7) + 7U) / 8;
   format.hasAlpha = (descriptor & 15) != 0;
   format.paletteAt = kTgaHeader + bytes.U8(0);
-  if (bytes.U8(1) > 1 || !IsRead(format) || descriptor >> 6 != 0) {
+  const bool hasPalette = bytes.U8(1) == 1;
+  if (bytes.U8(1) > 1 || !IsRead(format) || descriptor >> 6 != 0 ||
+      (format.kind == kPalette && !hasPalette)) {
     throw ImageError("only PNG, JPEG, BMP, TGA and DDS are read");
   }
   const bool fromRight = (descriptor & 16) != 0;
   const bool fromTop = (descriptor & 32) != 0;
   const std::size_t size = format.pixelBytes;
   std::size_t at = format.paletteAt;
-  if (bytes.U8(1) == 1) at += std::size_t{format.entries} * format.entryBytes;
+  if (hasPalette) at += std::size_t{format.entries} * format.entryBytes;
   const std::size_t pixels = std::size_t{bytes.U16(12)} * bytes.U16(14);
   // A short file is refused before it takes memory; a run is of up to 128 pixels.
   bytes.Part(at, (type & kRunLengths) != 0 ? (pixels + 127) / 128 * (size + 1) : pixels * size);
@@ -110,6 +118,8 @@ Image DecodeTga(std::span<const std::uint8_t> file) {
       if (!repeats || left == 0) at += size;
     }
   }
+  // Many programs write alphas without declaring them, as they are read elsewhere; some write 0.
+  if (!format.hasAlpha) MakeOpaqueIfClear(image);
   return image;
 }
 

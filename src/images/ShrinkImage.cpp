@@ -21,18 +21,24 @@ Image ShrinkImage(Image image, std::uint32_t edge) {
     for (std::size_t x = 0; x < small.width; ++x) {
       const std::size_t right = first(x + 1, image.width, small.width);
       std::array<std::uint64_t, 4> sums{};
+      std::array<std::uint64_t, 3> plain{};
       std::uint64_t count = 0;
       for (std::size_t fromY = first(y, image.height, small.height); fromY < bottom; ++fromY) {
         for (std::size_t fromX = first(x, image.width, small.width); fromX < right; ++fromX) {
           const std::uint8_t* const pixel = image.At(fromX, fromY);
-          for (std::size_t k = 0; k < 3; ++k) sums[k] += std::uint64_t{pixel[k]} * pixel[3];
+          for (std::size_t k = 0; k < 3; ++k) {
+            plain[k] += pixel[k];
+            sums[k] += std::uint64_t{pixel[k]} * pixel[3];
+          }
           sums[3] += pixel[3];
           ++count;
         }
       }
       std::uint8_t* const to = small.At(x, y);
       for (std::size_t k = 0; k < 3; ++k) {
-        to[k] = sums[3] == 0 ? 0 : static_cast<std::uint8_t>((sums[k] + sums[3] / 2) / sums[3]);
+        const std::uint64_t sum = sums[3] == 0 ? plain[k] : sums[k];
+        const std::uint64_t weight = sums[3] == 0 ? count : sums[3];
+        to[k] = static_cast<std::uint8_t>((sum + weight / 2) / weight);
       }
       to[3] = static_cast<std::uint8_t>((sums[3] + count / 2) / count);
     }
