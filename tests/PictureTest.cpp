@@ -218,7 +218,13 @@ TEST(PictureTest, TexturesLieInPerspectiveAndBlend) {
       for (const std::uint8_t channel : pixel) hash = (hash ^ channel) * 1099511628211U;
     }
   }
-  EXPECT_EQ(hash, 8271878175606260081U);
+  EXPECT_EQ(hash, 10671178469522621173U);
+
+  ModelBatch& bare = yard.groups[0].batches[0];
+  bare.material = -1;
+  for (ModelCorner& corner : bare.corners) corner.colour = {1, 0.2F, 0, 1};
+  EXPECT_THAT(FaceColours(yard, Colouring::kTexture).OfBatch(0, 0), testing::Each(Rgb{255, 51, 0}))
+      << "as in the page";
 }
 
 TEST(PictureTest, ThePngHoldsThePixels) {

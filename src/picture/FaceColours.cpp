@@ -70,14 +70,23 @@ const ModelMaterial* MaterialOf(const ModelFile& model, const ModelBatch& batch)
   return at < model.materials.size() ? &model.materials[at] : nullptr;
 }
 
-Rgb DiffuseColour(const ModelMaterial* material) {
-  if (material == nullptr) return kNoColour;
+Rgb ToBytes(const ModelColour& colour) {
   const auto channel = [](float value) {
-    const double known = value > 0 ? std::min(1.0F, value) : 0;  // 0 when it is no number
+    const double known = std::isfinite(value) ? std::clamp(value, 0.0F, 1.0F) : 0;
     return static_cast<std::uint8_t>(std::floor(255 * known + 0.5));
   };
-  const ModelColour& colour = material->diffuse;
   return {channel(colour.r), channel(colour.g), channel(colour.b)};
+}
+
+/// Without a material, a face has the colour of its first corner.
+std::vector<Rgb> DiffuseColours(const ModelMaterial* material, const ModelBatch& batch) {
+  if (material != nullptr) return {ToBytes(material->diffuse)};
+  std::vector<Rgb> colours(std::max<std::size_t>(1, batch.faces.size()), kNoColour);
+  for (std::size_t i = 0; i < batch.faces.size(); ++i) {
+    const std::size_t corner = batch.faces[i].corners[0];
+    if (corner < batch.corners.size()) colours[i] = ToBytes(batch.corners[corner].colour);
+  }
+  return colours;
 }
 
 }  // namespace
@@ -103,13 +112,14 @@ FaceColours::FaceColours(const ModelFile& model, Colouring colouring, TextureIma
 }
 
 std::vector<Rgb> FaceColours::OfBatch(std::size_t group, std::size_t batch) const {
+  const ModelBatch& drawn = model_.groups[group].batches[batch];
   switch (colouring_) {
     case Colouring::kMaterial:
-      return {DistinctColour(model_.groups[group].batches[batch].material)};
+      return {DistinctColour(drawn.material)};
     case Colouring::kBatch:
       return {DistinctColour(static_cast<std::int64_t>(firstBatch_[group] + batch))};
     case Colouring::kTexture:
-      return {DiffuseColour(MaterialOf(model_, model_.groups[group].batches[batch]))};
+      return DiffuseColours(MaterialOf(model_, drawn), drawn);
     case Colouring::kFlags:
       break;
   }

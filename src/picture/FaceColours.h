@@ -9,7 +9,8 @@
 
 namespace mapexport {
 
-/// kTexture: that of the material's diffuse colour, where no texture has another.
+/// kTexture: by the material's diffuse colour, without one by the corners, where no texture has
+/// another.
 enum class Colouring { kMaterial, kBatch, kFlags, kTexture };
 
 /// The colour of thing `index` among many: hues a golden angle apart, so that neighbours differ;

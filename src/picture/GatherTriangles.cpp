@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <numbers>
 #include <optional>
 
@@ -140,10 +141,11 @@ class Gatherer {
   /// For the batch that comes next.
   void SetTexture(const TextureLevels* levels) {
     texture_ = levels;
-    transparent_ = false;
     if (levels == nullptr) return;
+    const auto [known, isNew] = haveAlphas_.try_emplace(levels, false);
     const std::vector<std::uint8_t>& pixels = levels->front().pixels;
-    for (std::size_t i = 3; i < pixels.size(); i += 4) transparent_ |= pixels[i] != 255;
+    for (std::size_t i = 3; isNew && i < pixels.size(); i += 4) known->second |= pixels[i] != 255;
+    transparent_ = known->second;
   }
 
   /// Gives `part` the texture, from three points of the polygon.
@@ -197,6 +199,7 @@ class Gatherer {
   std::vector<ClipPoint> polygon_;
   const TextureLevels* texture_ = nullptr;
   bool transparent_ = false;
+  std::map<const TextureLevels*, bool> haveAlphas_;  ///< many batches can have one texture
   std::vector<TexturedTriangle>& textured_;
   std::vector<ScreenTriangle> triangles_;
 };
