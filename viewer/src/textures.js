@@ -63,7 +63,8 @@ export class LevelTextures {
       const { texture, hasAlpha, isBlended } = await decode(bytes);
       const material = this.materials[index];
       material.map = texture;
-      if (hasAlpha && !isBlended) material.alphaTest = 0.5;
+      // Blended, too: from afar, where alphas are means, a fence would be left out or solid.
+      if (hasAlpha && !isBlended) Object.assign(material, { transparent: true, alphaTest: 0.1 });
       if (isBlended) Object.assign(material, { transparent: true, depthWrite: false });
       material.needsUpdate = true;
       ready(--left);
