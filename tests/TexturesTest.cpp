@@ -1,4 +1,13 @@
 // Textures: how they are found, reported and copied.
+#include <algorithm>
+#include <map>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/textures/ReadTextures.h"
+#include "images/DecodeImage.h"
 #include "support/ProgramRun.h"
 
 namespace mapexport {
@@ -57,9 +66,10 @@ TEST_F(ProgramTest, TexturesAreFoundAsEnginesFindThemAndCopied) {
 TEST_F(ProgramTest, ThePageHasTheTexturesThatCanBeRead) {
   Write(work_ / "l.obj",
         "mtllib l.mtl\nv 0 0 0\nv 90 0 0\nv 0 90 0\nusemtl A\nf 1 2 3\nusemtl B\nf 1 3 2\n"
-        "usemtl C\nf 2 3 1\n");
+        "usemtl C\nf 2 3 1\nusemtl D\nf 2 1 3\n");
   Write(work_ / "l.mtl",
-        "newmtl A\nmap_Kd a.png\nnewmtl B\nmap_Kd b.png\nnewmtl C\nmap_Kd c.png\n");
+        "newmtl A\nmap_Kd a.png\nnewmtl B\nmap_Kd b.png\nnewmtl C\nmap_Kd c.png\n"
+        "newmtl D\nmap_Kd a.bmp\n");
   fs::create_directory(work_ / "t");
   Write(work_ / "t/A.tga", std::string("\0\0\2\0\0\0\0\0\0\0\0\0\1\0\1\0\x18\0\1\2\3", 21));
   Write(work_ / "t/b.png", "\x89PNG\r\n\x1a\n damaged");
@@ -71,12 +81,27 @@ TEST_F(ProgramTest, ThePageHasTheTexturesThatCanBeRead) {
   EXPECT_THAT(outcome.err,
               AllOf(HasSubstr("warning: l.kob: texture \"b.png\": t/b.png can't be read: "),
                     HasSubstr("texture \"c.png\" of material \"C\" is not found in t"),
-                    Not(HasSubstr("a.png"))));
+                    Not(HasSubstr("a.png")), Not(HasSubstr("a.bmp"))));
   const std::string page = Content(work_ / "l.kob.html");
   EXPECT_THAT(page, HasSubstr("img-src data:;")) << "the policy stays as it is";
   EXPECT_EQ(Run({"view", "l.kob", "--textures", "none"}).status, 1);
+  EXPECT_THAT(Run({"view", "l.kob", "--textures", "l.obj"}).err, HasSubstr("is not a folder"));
   EXPECT_EQ(Run({"view", "l.kob", "--textures", "t", "-o", "t/A.tga"}).status, 1) << "it is read";
   EXPECT_EQ(Content(work_ / "l.kob.html"), page);
+}
+
+TEST(Textures, AreShrunkUntilThePageHasRoomForAll) {
+  Image noise = MakeImage(kTextureEdge, kTextureEdge);
+  std::ranges::generate(noise.pixels, [random = std::minstd_rand()]() mutable {
+    return static_cast<std::uint8_t>(random() >> 8);
+  });
+  std::map<std::string, Image> images;
+  for (int i = 0; i < 33; ++i) images[std::to_string(i)] = noise;
+  const auto encoded = PageTextures(std::move(images));
+  EXPECT_EQ(encoded.size(), 33U);
+  for (const auto& [name, png] : encoded) {
+    EXPECT_EQ(DecodeImage(std::vector<std::uint8_t>(png.begin(), png.end())).width, 256U);
+  }
 }
 
 }  // namespace

@@ -57,9 +57,9 @@ decltype(ViewInfo::textures) TexturesToShow(const ViewArguments& arguments, cons
                                             const OutputTarget& target, Messages& messages) {
   if (arguments.textures.empty()) return {};
   TakenFiles inputs;
-  const auto images = ReadTextures(model, arguments.file, arguments.textures, inputs, messages);
+  auto images = ReadTextures(model, arguments.file, arguments.textures, inputs, messages);
   inputs.RequireFree(target);
-  return PageTextures(model, arguments.file, images, messages);
+  return PageTextures(std::move(images));
 }
 
 /// Writes an HTML page that shows a model file; defects of the file go to standard error. Throws

@@ -1,6 +1,7 @@
 #include "app/textures/FindTextures.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -27,9 +28,10 @@ std::string KeyOf(std::string_view path) {
 
 void RequireFolder(const std::string& path) {
   std::error_code error;
-  const auto type = std::filesystem::status(path, error).type();
-  if (type == std::filesystem::file_type::directory) return;
-  throw RunError(fmt::format("{}: {}", path, error ? error.message() : "is not a folder"));
+  const std::filesystem::directory_iterator opened(path, error);
+  if (!error) return;
+  throw RunError(fmt::format(
+      "{}: {}", path, error.value() == ENOTDIR ? "is not a folder" : ErrnoText(error.value())));
 }
 
 class Search {
@@ -39,9 +41,9 @@ class Search {
         folders_(arguments.textures),
         sceneFolder_(FolderPart(arguments.scene.path)) {
     if (!folders_.empty()) return;
+    std::set<std::string_view> known;
     for (const std::string& picture : scene.pictures) {
-      std::vector<std::string>& paths = pictures_[KeyOf(picture)];
-      if (std::ranges::find(paths, picture) == paths.end()) paths.push_back(picture);
+      if (known.insert(picture).second) pictures_[KeyOf(picture)].push_back(picture);
     }
   }
 

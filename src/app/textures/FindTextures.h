@@ -32,7 +32,7 @@ struct SceneTextures {
 /// Empty unless textures are looked for: the cost is that of visiting all faces of all nodes.
 SceneTextures TexturesOf(const Scene& scene, const ExportArguments& arguments);
 
-/// Throws RunError when one of `folders`, those of --textures, is none.
+/// Throws RunError when one of `folders`, those of --textures, is none or can't be read.
 void RequireTextureFolders(std::span<const std::string> folders);
 
 /// The file of a texture in the first of `folders` that has one.

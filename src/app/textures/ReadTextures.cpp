@@ -55,9 +55,17 @@ std::vector<std::uint8_t> BytesOfFile(const std::string& path) {
   return bytes;
 }
 
+/// kTextureEdge, or less, so that so many images together take no more memory than the largest
+/// that is decoded.
+std::uint32_t EdgeOf(std::size_t images) {
+  std::uint32_t edge = kTextureEdge;
+  while (edge > 1 && images > kMaxImagePixels / (std::uint64_t{edge} * edge)) edge /= 2;
+  return edge;
+}
+
 /// Runs in the child: size as the message, pixels as the output.
-std::string Decode(const std::string& path, FdOutput& output) {
-  const Image image = ShrinkImage(DecodeImage(BytesOfFile(path)), kTextureEdge);
+std::string Decode(const std::string& path, std::uint32_t edge, FdOutput& output) {
+  const Image image = ShrinkImage(DecodeImage(BytesOfFile(path)), edge);
   output.sputn(reinterpret_cast<const char*>(image.pixels.data()),
                static_cast<std::streamsize>(image.pixels.size()));
   std::string message;
@@ -67,12 +75,12 @@ std::string Decode(const std::string& path, FdOutput& output) {
 }
 
 /// The image that a child handed over. It may have been taken over. Throws BadMessage.
-Image HandedOver(const ChildOutcome& outcome) {
+Image HandedOver(const ChildOutcome& outcome, std::uint32_t edge) {
   MessageParts parts(outcome.message);
   const std::uint64_t width = parts.Number();
   const std::uint64_t height = parts.Number();
   parts.RequireEnd();
-  if (std::max(width, height) > kTextureEdge || std::min(width, height) == 0) throw BadMessage();
+  if (std::max(width, height) > edge || std::min(width, height) == 0) throw BadMessage();
   Image image = MakeImage(width, height);
   const ssize_t got =
       ReadUpTo(outcome.output.Get(), image.pixels.data(), image.pixels.size(), std::uint64_t{0});
@@ -94,9 +102,10 @@ std::string ReasonOf(const ChildOutcome& outcome) {
 }
 
 /// Throws ImageError.
-Image ReadImage(const std::string& path, std::optional<Confinement>& confinement) {
+Image ReadImage(const std::string& path, std::uint32_t edge,
+                std::optional<Confinement>& confinement) {
   ChildTask task;
-  task.run = [&path](FdOutput& output) { return Decode(path, output); };
+  task.run = [&path, edge](FdOutput& output) { return Decode(path, edge, output); };
   task.limits = LimitsOfDecoder();
   task.confinedTo = path;
   try {
@@ -104,7 +113,7 @@ Image ReadImage(const std::string& path, std::optional<Confinement>& confinement
     if (outcome.end != ChildEnd::kDone) throw ImageError(ReasonOf(outcome));
     if (!outcome.confinement) throw BadMessage();
     confinement = outcome.confinement;
-    return HandedOver(outcome);
+    return HandedOver(outcome, edge);
   } catch (const BadMessage&) {
     throw ImageError("the decoder failed");
   } catch (const ChildError& error) {
@@ -118,23 +127,30 @@ std::map<std::string, Image> ReadTextures(const ModelFile& model, const std::str
                                           std::span<const std::string> folders, TakenFiles& inputs,
                                           Messages& messages) {
   RequireTextureFolders(folders);
-  std::map<std::string, Image> images;
   Remarks remarks;
   TextureFolders files;
-  std::optional<Confinement> confinement;
+  std::map<std::string, std::vector<std::string>> names;  // of textures, by their files
+  std::size_t found = 0;
   for (const ModelTexture& texture : TexturesOf(model)) {
-    const std::optional<TextureFile> file = FindInFolders(files, folders, texture.name);
-    if (!file) {
+    if (const auto file = FindInFolders(files, folders, texture.name)) {
+      names[file->path].push_back(texture.name);
+      ++found;
+    } else {
       remarks.push_back(MissingTexture(texture, fmt::format("in {}", fmt::join(folders, ", "))));
-      continue;
     }
-    inputs.Add(file->path, "texture");
+  }
+  std::map<std::string, Image> images;
+  std::optional<Confinement> confinement;
+  const std::uint32_t edge = EdgeOf(found);
+  for (const auto& [file, ofFile] : names) {
+    inputs.Add(file, "texture");
     try {
-      images.emplace(texture.name, ReadImage(file->path, confinement));
+      const Image image = ReadImage(file, edge, confinement);
+      for (const std::string& name : ofFile) images.emplace(name, image);
     } catch (const ImageError& error) {
-      remarks.push_back(MakeWarning(
-          "texture-left-out", fmt::format("texture {}: {} can't be read: {}", Quoted(texture.name),
-                                          file->path, error.what())));
+      remarks.push_back(
+          MakeWarning("texture-left-out", fmt::format("texture {}: {} can't be read: {}",
+                                                      Quoted(ofFile.front()), file, error.what())));
     }
   }
   messages.TellAll(path, std::move(remarks));
@@ -142,35 +158,24 @@ std::map<std::string, Image> ReadTextures(const ModelFile& model, const std::str
   return images;
 }
 
-std::map<std::string, std::string> PageTextures(const ModelFile& model, const std::string& path,
-                                                const std::map<std::string, Image>& images,
-                                                Messages& messages) {
-  std::map<std::string, std::string> encoded;
-  Remarks remarks;
-  std::uint64_t bytes = 0;
-  for (const ModelTexture& texture : TexturesOf(model)) {
-    const auto image = images.find(texture.name);
-    if (image == images.end()) continue;
-    std::string png = EncodePng(image->second);
-    if (bytes + png.size() > kPageBytes) {
-      remarks.push_back(MakeWarning(
-          "texture-left-out",
-          fmt::format("texture {} is left out: the images of a page take at most {} MiB",
-                      Quoted(texture.name), kPageBytes >> 20)));
-      continue;
+std::map<std::string, std::string> PageTextures(std::map<std::string, Image> images) {
+  for (std::uint32_t edge = EdgeOf(images.size());; edge /= 2) {
+    std::map<std::string, std::string> encoded;
+    std::uint64_t bytes = 0;
+    for (auto& [name, image] : images) {
+      image = ShrinkImage(std::move(image), edge);
+      bytes += (encoded[name] = EncodePng(image)).size();
+      if (bytes > kPageBytes && edge > 1) break;
     }
-    bytes += png.size();
-    encoded.emplace(texture.name, std::move(png));
+    if (bytes <= kPageBytes || edge == 1) return encoded;
   }
-  messages.TellAll(path, std::move(remarks));
-  return encoded;
 }
 
-TextureImages PictureTextures(const std::map<std::string, Image>& images) {
+TextureImages PictureTextures(std::map<std::string, Image> images) {
   TextureImages textures;
-  for (const auto& [name, image] : images) {
+  for (auto& [name, image] : images) {
     TextureLevels& levels = textures[name];
-    levels.push_back(image);
+    levels.push_back(std::move(image));
     for (;;) {
       const std::uint32_t edge = std::max(levels.back().width, levels.back().height);
       if (edge == 1) break;
