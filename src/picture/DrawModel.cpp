@@ -77,6 +77,10 @@ void AddShade(const Drawn& drawn, const Shown& shown, std::int32_t x, std::int32
 
 constexpr std::uint32_t kSamples = kSamplesPerPixel * kSamplesPerPixel;
 
+bool IsTextured(const Drawn& drawn, std::uint32_t id) {
+  return id != Rasteriser::kNothing && drawn.triangles[id].textured != ScreenTriangle::kNoTexture;
+}
+
 Rgb PixelOf(const Drawn& drawn, int x, int y) {
   std::array<Shown, kSamples> shown{};
   const int firstX = x * kSamplesPerPixel;
@@ -92,7 +96,7 @@ Rgb PixelOf(const Drawn& drawn, int x, int y) {
   if (same && shown[0] == Shown{}) return kBackground;
   Sum sum{};
   constexpr std::int32_t kPixel = kSamplesPerPixel * kPlacesPerSample;
-  if (same) {
+  if (same && !IsTextured(drawn, shown[0].over) && !IsTextured(drawn, shown[0].below)) {
     AddShade(drawn, shown[0], x * kPixel + kPixel / 2, y * kPixel + kPixel / 2, kSamples, sum);
   } else {
     for (std::uint32_t i = 0; i < kSamples; ++i) {

@@ -31,7 +31,7 @@ std::optional<TexturePlace> PlaceAt(const TexturedTriangle& texture, const Scree
   return TexturePlace{sum.u / sum.one, sum.v / sum.one};
 }
 
-/// How many pixels of the image a step on the screen goes over.
+/// How many pixels of the image a step to the next sample goes over.
 double StepOver(const Image& image, const TexturePlace& from,
                 const std::optional<TexturePlace>& to) {
   if (!to) return std::numeric_limits<double>::infinity();
@@ -64,11 +64,11 @@ Neighbours NeighboursOf(double place, std::uint32_t size) {
 
 Texel SampleTexture(const TexturedTriangle& texture, const ScreenTriangle& triangle, std::int32_t x,
                     std::int32_t y) {
-  constexpr std::int32_t kPixel = kSamplesPerPixel * kPlacesPerSample;
   const TexturePlace at = PlaceAt(texture, triangle, x, y).value_or(TexturePlace{});
   const TextureLevels& levels = *texture.levels;
-  double step = std::max(StepOver(levels[0], at, PlaceAt(texture, triangle, x + kPixel, y)),
-                         StepOver(levels[0], at, PlaceAt(texture, triangle, x, y + kPixel)));
+  double step =
+      std::max(StepOver(levels[0], at, PlaceAt(texture, triangle, x + kPlacesPerSample, y)),
+               StepOver(levels[0], at, PlaceAt(texture, triangle, x, y + kPlacesPerSample)));
   std::size_t level = 0;
   for (; level + 1 < levels.size() && !(step <= 1); ++level) step /= 2;
   const Image& image = levels[level];

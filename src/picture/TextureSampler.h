@@ -32,9 +32,9 @@ struct TexturedTriangle {
 /// Red, green, blue and alpha.
 using Texel = std::array<std::uint32_t, 4>;
 
-/// The texture's colour at a place of the screen that `triangle` covers: a mean of the four nearest
-/// pixels of the level of which a pixel is no smaller than one of the picture, in whole numbers.
-/// Its place is found in doubles that every machine rounds alike.
+/// The texture's colour at a sample that `triangle` covers: a mean of the four nearest pixels of the
+/// level of which a pixel is no smaller than a sample, in whole numbers. Its place is found in
+/// doubles that every machine rounds alike.
 Texel SampleTexture(const TexturedTriangle& texture, const ScreenTriangle& triangle, std::int32_t x,
                     std::int32_t y);
 
