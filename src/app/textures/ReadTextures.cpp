@@ -154,7 +154,7 @@ std::map<std::string, Image> ReadTextures(const ModelFile& model, const std::str
     }
   }
   messages.TellAll(path, std::move(remarks));
-  if (confinement) WarnOfConfinement(*confinement, path, messages);
+  if (confinement) WarnOfConfinement(*confinement, names.begin()->first, messages);
   return images;
 }
 
