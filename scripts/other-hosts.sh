@@ -166,10 +166,16 @@ mkdir -p -- "$work"
   cmake --build --preset release --target mapexport
 ) >&2
 for host in "${hosts[@]}"; do
-  failed=0
-  # In the background, because in a condition a failure would not end it.
-  check "$host" >"$work/count" &
-  wait $! || failed=1 status=1
+  # Not in a condition, where a failure would not end it, nor in the background, where signals are
+  # ignored that tests raise.
+  set +e
+  (
+    set -e
+    check "$host"
+  ) >"$work/count"
+  failed=$(($? != 0))
+  set -e
+  [[ $failed -eq 0 ]] || status=1
   description=$(describe "$host")
   count=$(cat -- "$work/count")
   printf '%-45s %5s tried, %d failed\n' "${description%|*}" "${count:-0}" "$failed"

@@ -1,5 +1,5 @@
 // The windows of --dialog, driven as a person drives them, on Qt's offscreen platform. This program
-// stands beside mapexport's libraries, and runs its main function in this process.
+// runs mapexport's main function in its process.
 #include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
@@ -181,13 +181,12 @@ TEST_F(WindowTest, WhatThePersonDoesIsExportedAndSaved) {
     EXPECT_NE(Content("out.kob"), "old");
     Read("Text Scene Export", "Scene exported successfully.")(window);
   };
-  const auto weldingIsOn = [](QWidget& window) {
-    EXPECT_TRUE(Get<QCheckBox>(window, kWeldControl).isChecked());
+  const auto weldingIsOn = [](QWidget& dialog) {
+    EXPECT_TRUE(Get<QCheckBox>(dialog, kWeldControl).isChecked());
   };
   const auto selectThird = [](QWidget& window) {
-    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down}) {
-      QTest::keyClick(&Get<QListWidget>(window, kCoordinatesControl), key);
-    }
+    QTest::keyClick(&Get<QListWidget>(window, kCoordinatesControl), Qt::Key_End);
+    QTest::keyClick(&Get<QListWidget>(window, kCoordinatesControl), Qt::Key_Up);
   };
   EXPECT_EQ(Export({Click(kWeldControl), Click(kRemoveTVerticesControl), weldingIsOn,
                     Click(kWeldControl), weldingIsOn, Click(kCleanControl),
@@ -255,8 +254,8 @@ TEST_P(ScaledWindowTest, NothingIsClippedAndNothingOverlaps) {
     EXPECT_EQ(window.devicePixelRatio(), GetParam());
     for (const QFont& font : {QFont("sans-serif", 9), QFont("serif", 14), QFont("monospace", 10)}) {
       window.setFont(font);
-      const QString letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
       const QFontMetricsF metrics(font);
+      const QString letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
       const double fontX = metrics.horizontalAdvance(letters) / 52 / 4;
       // Not every font of that kind says so itself.
       const bool fixedPitch = metrics.horizontalAdvance('i') == metrics.horizontalAdvance('W');
@@ -305,17 +304,13 @@ TEST_F(WindowTest, KeysAndLabelsReachTheControls) {
       if (qobject_cast<QLineEdit*>(window.focusWidget()) == nullptr) continue;
       const auto labels = control->relations(QAccessible::Label);
       ASSERT_EQ(labels.size(), 1);
-      const auto* const label = qobject_cast<QLabel*>(labels[0].first->object());
-      ASSERT_NE(label, nullptr);
-      EXPECT_EQ(label->buddy(), window.focusWidget());
+      EXPECT_EQ(dynamic_cast<QLabel&>(*labels[0].first->object()).buddy(), window.focusWidget());
     }
     auto& box = Get<QLineEdit>(window, kVoxelSizeControl);
-    const QLabel* label = nullptr;
-    for (const QLabel* each : window.findChildren<QLabel*>()) {
-      if (each->buddy() == &box) label = each;
-    }
-    ASSERT_NE(label, nullptr);
-    EXPECT_EQ(label->geometry().center().y(), box.geometry().center().y());
+    const auto labels = window.findChildren<QLabel*>();
+    const auto label = std::ranges::find(labels, &box, &QLabel::buddy);
+    ASSERT_NE(label, labels.end());
+    EXPECT_EQ((*label)->geometry().center().y(), box.geometry().center().y());
     EXPECT_EQ(Get<QCheckBox>(window, kWeldControl).text(), "&Weld Vertices");
     box.setText("<b>100000000000000000000</b>");
     EXPECT_THAT(box.toolTip().toStdString(), HasSubstr("&lt;b&gt;"));
