@@ -32,8 +32,8 @@ struct TexturedTriangle {
 /// Red, green, blue and alpha.
 using Texel = std::array<std::uint32_t, 4>;
 
-/// The texture's colour at a sample that `triangle` covers: a mean of the four nearest pixels of the
-/// level of which a pixel is no smaller than a sample, in whole numbers. Its place is found in
+/// The texture's colour at a sample that `triangle` covers: a mean of the four nearest pixels of
+/// the level of which a pixel is no smaller than a sample, in whole numbers. Its place is found in
 /// doubles that every machine rounds alike.
 Texel SampleTexture(const TexturedTriangle& texture, const ScreenTriangle& triangle, std::int32_t x,
                     std::int32_t y);

@@ -1,5 +1,5 @@
-// Whether this build has a sanitizer with shadow memory (address, thread), which needs more from the
-// system.
+// Whether this build has a sanitizer with shadow memory (address, thread), which needs more from
+// the system.
 #pragma once
 
 namespace mapexport {

@@ -158,7 +158,7 @@ std::map<std::string, Image> ReadTextures(const ModelFile& model, const std::str
   return images;
 }
 
-std::map<std::string, std::string> PageTextures(std::map<std::string, Image> images) {
+std::map<std::string, std::string> PageTextures(std::map<std::string, Image>&& images) {
   for (std::uint32_t edge = EdgeOf(images.size());; edge /= 2) {
     std::map<std::string, std::string> encoded;
     std::uint64_t bytes = 0;
@@ -171,7 +171,7 @@ std::map<std::string, std::string> PageTextures(std::map<std::string, Image> ima
   }
 }
 
-TextureImages PictureTextures(std::map<std::string, Image> images) {
+TextureImages PictureTextures(std::map<std::string, Image>&& images) {
   TextureImages textures;
   for (auto& [name, image] : images) {
     TextureLevels& levels = textures[name];

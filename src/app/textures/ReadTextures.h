@@ -27,9 +27,9 @@ std::map<std::string, Image> ReadTextures(const ModelFile& model, const std::str
                                           Messages& messages);
 
 /// The images as PNG files, shrunk further, all to the same edge, until a page has room for them.
-std::map<std::string, std::string> PageTextures(std::map<std::string, Image> images);
+std::map<std::string, std::string> PageTextures(std::map<std::string, Image>&& images);
 
 /// The images with halves of them, for a picture.
-TextureImages PictureTextures(std::map<std::string, Image> images);
+TextureImages PictureTextures(std::map<std::string, Image>&& images);
 
 }  // namespace mapexport

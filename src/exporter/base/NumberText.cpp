@@ -44,8 +44,8 @@ double Decimal(const char* text) {
                                                          : static_cast<double>(wide);
 }
 #else
-// libc++ 19 has no std::from_chars for floating-point numbers. It stores the nearest number also when
-// it reports that one is out of range.
+// libc++ 19 has no std::from_chars for floating-point numbers. Its streams store the nearest number
+// also when they report that one is out of range.
 double Decimal(const char* text) {
   constexpr const char* kDigits = "0123456789";
   const char* end = text + std::strspn(text, kDigits);
