@@ -1,5 +1,6 @@
 #include "app/Program.h"
 
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <string>
@@ -58,11 +59,32 @@ bool WantsJson(const std::vector<std::string>& arguments) {
   return wanted;
 }
 
+/// Ends the program when memory runs out in a function that lets no exception pass.
+[[noreturn]] void EndWithoutMemory() {
+  try {
+    if (const std::exception_ptr error = std::current_exception()) std::rethrow_exception(error);
+  } catch (const std::bad_alloc&) {
+    WriteWithoutMemory("error", "failed", "memory ran out");
+    std::_Exit(static_cast<int>(ExitStatus::kFailed));
+  } catch (...) {  // a fault of the program
+  }
+  std::abort();
+}
+
+CommandLine Parse(const std::vector<std::string>& arguments) {
+  // CLI11 2.4 has such functions.
+  struct Handler {
+    const std::terminate_handler before = std::set_terminate(EndWithoutMemory);
+    ~Handler() { std::set_terminate(before); }
+  } const handler;
+  return ParseCommandLine(Commands(), arguments);
+}
+
 ExitStatus Run(const std::vector<std::string>& arguments) {
   if (WantsJson(arguments)) MakeMessagesJson();
   const Messages messages(false);
   try {
-    return Do(ParseCommandLine(Commands(), arguments));
+    return Do(Parse(arguments));
   } catch (const UsageError& error) {
     messages.Error("wrong-usage", error.what());
     messages.Usage(UsageLine(error.command));
