@@ -5,12 +5,14 @@
 # status, standard error, outputs, settings and left-over files. Ends with 1 on any finding and keeps
 # what is needed to repeat it. Takes some 20 minutes:
 #
-#   faults.sh [--seed N] [--parts calls,surroundings,kills,takeover] [--kinds LIST] [--only WORD]
+#   faults.sh [--seed N] [--parts calls,surroundings,kills,takeover] [--kinds LIST] [--step N]
+#             [--only WORD]
 #
-# --quick tries a part of it, as the test does. A whole run writes build/robustness/faults.tsv: what was
-# tried, inputs, findings, how. MAPEXPORT, MAPEXPORT_FAILING_CALL and MAPEXPORT_TAKEN_OVER name the
-# program to try, the library that lets calls fail and the one that takes the reader over; without them
-# the release build is brought up to date.
+# With --step, each Nth call of the kinds fails; the seed says from which one on. --quick tries a part
+# of it, as the test does. A whole run writes build/robustness/faults.tsv: what was tried, inputs,
+# findings, how. MAPEXPORT, MAPEXPORT_FAILING_CALL and MAPEXPORT_TAKEN_OVER name the program to try, the
+# library that lets calls fail and the one that takes the reader over; without them the release build is
+# brought up to date.
 set -euo pipefail
 unset CDPATH
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)

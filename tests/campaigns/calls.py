@@ -37,14 +37,17 @@ QUICK = {"export over an older output": FAILURES,
 class Calls:
     """`preload` is the library that counts calls; `sanitized` when the program has AddressSanitizer."""
 
-    def __init__(self, program, preload, sanitized, tally):
+    def __init__(self, program, preload, sanitized, tally, first, step):
         self.program = program
         self.preload = preload
         self.sanitized = sanitized  # which has an allocator of its own
         self.tally = tally
+        self.first = first
+        self.step = step
 
     def try_all(self, quick, only, kinds):
-        """Every call of `kinds`, None for all; with `quick` some of them, evenly spread."""
+        """Every call of `kinds`, None for all, or each `step`th from `first` on; with `quick` some of
+        them, evenly spread."""
         for case in make_cases(self.program, self.tally):
             if only in case.name and not (quick and case.name not in QUICK):
                 self._try_case(case, quick, kinds)
@@ -66,7 +69,7 @@ class Calls:
         what = f"failing calls: {NAMES[kind]}"
         self.tally.begin(what, "every single call fails once, in each command, in the program and in "
                                "the process that reads or converts; then it and all later ones")
-        numbers = range(1, count + 1)
+        numbers = range(self.first, count + 1, self.step)
         if quick and count > 10:
             numbers = sorted({1 + i * (count - 1) // 4 for i in range(5)})
             if kind == "alloc" and not on:

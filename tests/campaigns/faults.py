@@ -1,6 +1,7 @@
 """Tries the program with failing calls and in bad surroundings; scripts/faults.sh describes it.
 
-    faults PROGRAM LIBRARY TAKEOVER [--quick] [--seed N] [--only WORD] [--parts LIST] [--table FILE]
+    faults PROGRAM LIBRARY TAKEOVER [--quick] [--seed N] [--step N] [--only WORD] [--parts LIST]
+        [--kinds LIST] [--table FILE]
 """
 import argparse
 import os
@@ -41,6 +42,7 @@ def main():
     parser.add_argument("takeover", type=os.path.realpath)
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--seed", type=int, default=0)
+    parser.add_argument("--step", type=int, default=1)
     parser.add_argument("--only", default="")
     parser.add_argument("--kinds", default="")
     parser.add_argument("--parts", default="calls,surroundings,kills,takeover")
@@ -60,8 +62,9 @@ def main():
         TakeOver(given.program, str(shutil.copy(given.takeover, top)), sanitized, tally,
                  given.seed).try_all(given.quick, 40 if given.quick else 10_000)
     if "calls" in parts:
-        Calls(given.program, failing, sanitized, tally).try_all(
-            given.quick, given.only, given.kinds.split(",") if given.kinds else None)
+        calls = Calls(given.program, failing, sanitized, tally, 1 + given.seed % given.step,
+                      given.step)
+        calls.try_all(given.quick, given.only, given.kinds.split(",") if given.kinds else None)
     if "surroundings" in parts:
         Surroundings(given.program, tally).try_all(given.quick, given.only)
     if "kills" in parts:

@@ -23,7 +23,8 @@ TURN = 300
 RANDOM_TESTS = "*Equal*:SplitTest.PartsHold*:CornerNormals.ComeBack*"
 LITERAL = ("GeometryTest", "PassesTest", "SplitTest", "TokenizerTest", "CornerNormalsTest")
 # The fault campaigns; a turn does one of them.
-FAULTS = [*(["--parts", "calls", "--kinds", kind] for kind in NAMES),
+FAULTS = [*(["--parts", "calls", "--kinds", kind, *(["--step", "32"] if kind == "alloc" else [])]
+            for kind in NAMES),
           *(["--parts", part] for part in ("surroundings", "kills", "takeover"))]
 
 # Where it is kept, and the command that shows it again.
@@ -121,7 +122,8 @@ def damage(part, count):
 
 def faults(turn):
     release = ROOT / "build/release"
-    chosen = [*FAULTS[turn.number % len(FAULTS)], "--seed", str(turn.number)]
+    # The next round begins with the next seed, so that in the end each allocation has failed.
+    chosen = [*FAULTS[turn.number % len(FAULTS)], "--seed", str(turn.number // len(FAULTS))]
     return campaign(turn, "faults.py", [
         release / "bin/mapexport", release / "tests/failing-call.so",
         release / "tests/taken-over.so", *chosen],
