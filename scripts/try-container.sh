@@ -43,7 +43,8 @@ if [[ -n ${NODE_EXTRA_CA_CERTS-} ]]; then
   options+=(--volume "$NODE_EXTRA_CA_CERTS:/etc/extra-certificates.pem:ro"
     --env NODE_EXTRA_CA_CERTS=/etc/extra-certificates.pem)
 fi
-store bud --pull=never "${options[@]}" --tag mapexport "$work/source"
+# Only with layers, what --env says is there while the image is built.
+store bud --layers --pull=never "${options[@]}" --tag mapexport "$work/source"
 
 cp -- "$root"/examples/yard.{scene.json,cxp} "$root/tests/models/room.fbx" "$work/levels"
 chmod -R a+rwX -- "$work/levels"
