@@ -62,13 +62,15 @@ aiColor4D RelativeTo(const aiColor4D& base, const aiColor4D& colour) {
 class BatchVertices {
  public:
   BatchVertices(const ModelGroup& group, const ModelBatch& batch, const aiColor4D& base,
-                const TargetFormat& format, const TargetSpace& space, Changes& changes)
+                const TargetFormat& format, const TargetSpace& space, Changes& changes,
+                Vertices& result)
       : group_(group),
         batch_(batch),
         base_(base),
         format_(format),
         space_(space),
-        changes_(changes) {}
+        changes_(changes),
+        result_(result) {}
 
   void Add(const ModelBatchFace& face) {
     for (const std::uint16_t vertex : face.vertices) {
@@ -81,8 +83,6 @@ class BatchVertices {
       triangle[k] = VertexOf(face.vertices[k], face.corners[k], face);
     }
   }
-
-  const Vertices& Result() const { return result_; }
 
  private:
   std::uint32_t VertexOf(std::uint16_t vertex, std::uint16_t corner, const ModelBatchFace& face) {
@@ -110,21 +110,25 @@ class BatchVertices {
   const TargetFormat& format_;
   const TargetSpace& space_;
   Changes& changes_;
-  Vertices result_;
+  Vertices& result_;
   std::unordered_map<std::uint32_t, std::uint32_t> indices_;  ///< by vertex and corner
 };
 
 }  // namespace
 
-std::unique_ptr<aiMesh> BatchMesh(const ModelGroup& group, const ModelBatch& batch,
-                                  const std::vector<bool>& leftOut, const aiColor4D& base,
-                                  const TargetFormat& format, const TargetSpace& space,
-                                  Changes& changes) {
-  BatchVertices vertices(group, batch, base, format, space, changes);
-  for (std::size_t i = 0; i < batch.faces.size(); ++i) {
-    if (!leftOut[i]) vertices.Add(batch.faces[i]);
+std::unique_ptr<aiMesh> BatchMesh(const ModelGroup& group, std::span<const std::size_t> batches,
+                                  const std::vector<std::vector<bool>>& leftOut,
+                                  const aiColor4D& base, const TargetFormat& format,
+                                  const TargetSpace& space, Changes& changes) {
+  Vertices result;
+  for (const std::size_t b : batches) {
+    const ModelBatch& batch = group.batches[b];
+    BatchVertices vertices(group, batch, base, format, space, changes, result);
+    for (std::size_t i = 0; i < batch.faces.size(); ++i) {
+      if (!leftOut[b][i]) vertices.Add(batch.faces[i]);
+    }
   }
-  return MakeMesh(vertices.Result());
+  return MakeMesh(result);
 }
 
 std::unique_ptr<aiMesh> CollisionMesh(const ModelGroup& group, const TargetFormat& format,

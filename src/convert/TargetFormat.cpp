@@ -11,11 +11,11 @@ namespace {
 
 // The axes and units are those that the importer assumes for the formats.
 constexpr std::array kFormats{
-    TargetFormat{".glb", "glb2", "glb2", true, 100, true, true, true, true},
-    TargetFormat{".gltf", "gltf2", nullptr, true, 100, true, true, true, true},
-    TargetFormat{".obj", "obj", "objnomtl", true, 1, true, false, false, false},
-    TargetFormat{".ply", "ply", "ply", false, 1, false, false, true, false},
-    TargetFormat{".stl", "stlb", "stlb", false, 1, false, false, false, false},
+    TargetFormat{".glb", "glb2", "glb2", true, 100, true, true, true, true, true},
+    TargetFormat{".gltf", "gltf2", nullptr, true, 100, true, true, true, true, true},
+    TargetFormat{".obj", "obj", "objnomtl", true, 1, true, false, false, false, false},
+    TargetFormat{".ply", "ply", "ply", false, 1, false, false, false, true, false},
+    TargetFormat{".stl", "stlb", "stlb", false, 1, false, false, false, false, false},
 };
 
 }  // namespace

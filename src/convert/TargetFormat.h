@@ -15,6 +15,7 @@ struct TargetFormat {
   bool yUp;                    ///< y points up; else z, as in the host
   double hostUnits;            ///< host units per unit of the format
   bool hasNodes;               ///< else all geometry becomes one mesh
+  bool joinsMeshes;            ///< those of a node become one, with the name of the first
   bool hasTwoSidedMaterials;
   bool hasColours;         ///< of corners
   bool multipliesColours;  ///< a corner's colour is multiplied by that of the material

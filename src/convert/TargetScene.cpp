@@ -1,8 +1,13 @@
 #include "convert/TargetScene.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <unordered_map>
 #include <utility>
 #include <vector>
+
+#include <fmt/format.h>
 
 #include "convert/BatchMesh.h"
 #include "convert/ReversedCopies.h"
@@ -11,6 +16,10 @@
 namespace mapexport {
 
 namespace {
+
+/// The time that the library takes to join the meshes of a node grows with the square of their
+/// number; for so many it is about half a second.
+constexpr std::size_t kMostJoinedBatches = 2000;
 
 /// Moves the objects into a field that owns an array of pointers.
 template <class T>
@@ -36,6 +45,9 @@ class SceneBuilder {
   }
 
   std::unique_ptr<aiScene> Build(const std::string& name) {
+    std::size_t batchCount = 0;
+    for (const ModelGroup& group : model_.groups) batchCount += group.batches.size();
+    joinsMaterials_ = format_.joinsMeshes && batchCount > kMostJoinedBatches;
     for (const ModelGroup& group : model_.groups) AddGroup(group);
     auto scene = std::make_unique<aiScene>();
     scene->mRootNode = new aiNode(LibraryText(name));
@@ -51,20 +63,20 @@ class SceneBuilder {
     const std::string name = LibraryText(group.header.name);
     std::vector<std::unique_ptr<aiMesh>> meshes;
     std::vector<std::vector<bool>> copies = ReversedCopies(model_, group);
-    for (std::size_t b = 0; b < group.batches.size(); ++b) {
-      const ModelBatch& batch = group.batches[b];
+    for (std::vector<bool>& ofBatch : copies) {
       if (format_.hasTwoSidedMaterials) {
-        changes_.copies += static_cast<std::uint64_t>(std::ranges::count(copies[b], true));
+        changes_.copies += static_cast<std::uint64_t>(std::ranges::count(ofBatch, true));
       } else {
-        copies[b].assign(batch.faces.size(), false);
+        ofBatch.assign(ofBatch.size(), false);
       }
-      const aiColor4D base = batch.material < 0
-                                 ? aiColor4D(1, 1, 1, 1)
-                                 : baseColours_[static_cast<std::size_t>(batch.material)];
-      auto mesh = BatchMesh(group, batch, copies[b], base, format_, space_, changes_);
+    }
+    for (const std::vector<std::size_t>& batches : BatchesOfMeshes(group)) {
+      const std::int32_t material = group.batches[batches.front()].material;
+      const aiColor4D base =
+          material < 0 ? aiColor4D(1, 1, 1, 1) : baseColours_[static_cast<std::size_t>(material)];
+      auto mesh = BatchMesh(group, batches, copies, base, format_, space_, changes_);
       if (mesh == nullptr) continue;
-      mesh->mMaterialIndex =
-          batch.material < 0 ? IndexOfNoMaterial() : static_cast<unsigned>(batch.material);
+      mesh->mMaterialIndex = material < 0 ? IndexOfNoMaterial() : static_cast<unsigned>(material);
       meshes.push_back(std::move(mesh));
     }
     if (!meshes.empty()) AddNode(name, std::move(meshes));
@@ -81,12 +93,29 @@ class SceneBuilder {
     }
   }
 
+  /// The batches of each mesh: one, or all of a material, in the order of its first one.
+  std::vector<std::vector<std::size_t>> BatchesOfMeshes(const ModelGroup& group) const {
+    std::vector<std::vector<std::size_t>> meshes;
+    std::unordered_map<std::int32_t, std::size_t> meshOfMaterial;
+    for (std::size_t b = 0; b < group.batches.size(); ++b) {
+      const auto [mesh, isFirst] =
+          meshOfMaterial.try_emplace(group.batches[b].material, meshes.size());
+      if (isFirst || !joinsMaterials_)
+        meshes.push_back({b});
+      else
+        meshes[mesh->second].push_back(b);
+    }
+    return meshes;
+  }
+
   void AddNode(const std::string& name, std::vector<std::unique_ptr<aiMesh>> meshes) {
     auto& node = nodes_.emplace_back(std::make_unique<aiNode>(name));
     node->mNumMeshes = static_cast<unsigned>(meshes.size());
     node->mMeshes = new unsigned[meshes.size()];
     for (std::size_t i = 0; i < meshes.size(); ++i) {
-      meshes[i]->mName = aiString(name);
+      // With one name for all, the library would try all identifiers made of it for each mesh.
+      const bool isWritten = i == 0 || !format_.joinsMeshes;
+      meshes[i]->mName = aiString(isWritten ? name : fmt::format("{} {}", name, i));
       node->mMeshes[i] = static_cast<unsigned>(meshes_.size());
       meshes_.push_back(std::move(meshes[i]));
     }
@@ -101,6 +130,7 @@ class SceneBuilder {
   const TargetFormat& format_;
   const TargetSpace& space_;
   Changes& changes_;
+  bool joinsMaterials_ = false;  ///< a mesh is all batches of a material, else one batch
   std::vector<aiColor4D> baseColours_;
   std::vector<std::unique_ptr<aiMaterial>> materials_;
   std::vector<std::unique_ptr<aiMesh>> meshes_;

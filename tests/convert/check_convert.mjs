@@ -178,6 +178,32 @@ function checkOrientation(system, mode, mirrored, drawn) {
   ++checked;
 }
 
+/** So many batches that those of one material become one primitive. */
+async function checkManyBatches() {
+  const vertices = [];
+  const faces = [];
+  for (let i = 0; i < 2200; ++i) {
+    const [x, y] = [1000 * (i % 50), 1000 * Math.floor(i / 50)];
+    vertices.push([x, y, 0], [x + 500, y, 0], [x, y + 500, i]);
+    faces.push([3 * i, 3 * i + 1, 3 * i + 2, 1, i % 3]);
+  }
+  const materials = ['A', 'B', 'C'].map((name) => ({ class: 'standard', name }));
+  materials.push({ class: 'multi', name: 'All', subMaterials: [0, 1, 2] });
+  const scene = {
+    format: 'mapexport-scene', version: 1, materials,
+    root: { name: 'Root', children: [{ name: 'Many', material: 3, mesh: { vertices, faces } }] },
+  };
+  writeFileSync(join(work, 'many.scene.json'), JSON.stringify(scene));
+  const options = ['--voxel-size', '900', '--no-weld'];
+  if (!expectCall([0], 'export', 'many.scene.json', 'many.kob', '--fresh', ...options)) return;
+  const { groups } = JSON.parse(expectCall([0], 'inspect', '--json', 'many.kob').output);
+  if (!(groups[0].batches.length > 2000)) fault(`only ${groups[0].batches.length} batches`);
+  if (!expectCall([0], 'convert', 'many.kob', 'many.glb')) return;
+  const count = primitives('many.glb').length;
+  if (count !== 3) fault(`many batches: ${count} primitives for 3 materials`);
+  await checkScene(join(work, 'many.scene.json'), 'kob', options);
+}
+
 rmSync(work, { recursive: true, force: true });
 mkdirSync(work, { recursive: true });
 for (let system = 0; system < 4; ++system) {
@@ -202,5 +228,6 @@ for (const layout of ['qob', 'kob']) {
   }
 }
 await checkScene(join(source, 'tests', 'blender', 'level.fbx'), 'kob', []);
+await checkManyBatches();
 console.log(`${checked} files checked, ${faults} faults`);
 process.exit(faults === 0 && checked > 0 ? 0 : 1);
