@@ -53,6 +53,9 @@ const std::string kJpeg =  // its tables have one code each: a step of 576 eight
 
 TEST(Images, DecodesTheFormats) {
   EXPECT_THAT(Decode(kJpeg).pixels, ElementsAre(200, 200, 200, 255));
+  std::string stray = kJpeg;
+  stray.insert(kJpeg.find("\xff\xc0"), "\0\0pad"s);
+  EXPECT_THAT(Decode(stray).pixels, ElementsAre(200, 200, 200, 255));
   EXPECT_THAT(Decode(kBmp).pixels, ElementsAre(255, 0, 0, 255, 0, 255, 0, 255));
   EXPECT_THAT(Decode(kTga).pixels, ElementsAre(255, 0, 0, 255, 0, 255, 0, 255));
   EXPECT_THAT(Decode(kRunTga).pixels,

@@ -4,6 +4,8 @@
 #include <string>
 
 #include <jpeglib.h>
+// After the library's own header.
+#include <jerror.h>
 
 #include "images/DecodeImage.h"
 
@@ -14,6 +16,7 @@ struct JpegReader {
   jpeg_decompress_struct jpeg{};
   jpeg_error_mgr errors{};
   std::jmp_buf failed{};
+  bool isInHeader = true;
   std::array<char, JMSG_LENGTH_MAX> reason{};
 
   JpegReader() = default;
@@ -29,9 +32,13 @@ struct JpegReader {
   std::longjmp(reader.failed, 1);  // NOLINT(cert-err52-cpp): the library has no other way
 }
 
-/// Damage that the library would draw over with grey is damage nevertheless.
+/// Damage that the library would draw over with grey is damage nevertheless. But some programs write
+/// stray bytes between the parts before the picture, or number their version otherwise.
 void FailAtWarning(j_common_ptr common, int level) {
-  if (level < 0) Fail(common);
+  if (level >= 0) return;
+  const int code = common->err->msg_code;
+  const bool isHarmless = code == JWRN_EXTRANEOUS_DATA || code == JWRN_JFIF_MAJOR;
+  if (!isHarmless || !static_cast<JpegReader*>(common->client_data)->isInHeader) Fail(common);
 }
 
 // Without anything that a jump out of the library would leave undestroyed.
@@ -42,6 +49,7 @@ bool ReadHeader(JpegReader& reader, std::span<const std::uint8_t> file) {
   jpeg_create_decompress(&reader.jpeg);
   jpeg_mem_src(&reader.jpeg, file.data(), static_cast<unsigned long>(file.size()));
   jpeg_read_header(&reader.jpeg, TRUE);
+  reader.isInHeader = false;
   return true;
 }
 
