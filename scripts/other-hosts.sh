@@ -89,7 +89,7 @@ JS
 check_assertions() {
   configure assertions -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=-D_GLIBCXX_ASSERTIONS
   cmake --build "$work/assertions" >&2
-  ctest --test-dir "$work/assertions" --output-on-failure >"$work/assertions.log" || {
+  ctest --test-dir "$work/assertions" --no-tests=error --output-on-failure >"$work/assertions.log" || {
     tail -n 30 -- "$work/assertions.log" >&2
     return 1
   }
