@@ -19,13 +19,13 @@ foreign_root() {
 }
 
 # make_foreign_root ARCHITECTURE: makes that folder from the packages of packages.txt, unless it is
-# there. They are only unpacked, so nothing of that processor has to run.
+# there with all of them. They are only unpacked, so nothing of that processor has to run.
 make_foreign_root() {
   local folder packages path target
   folder=$(foreign_root "$1")
-  [[ ! -d $folder ]] || return 0
   # shellcheck disable=SC2154 # root is the script's
   packages=$(sed -n '/^qt6-/d; s/^\([a-z0-9+-]*-dev\)$/\1/p' "$root/scripts/packages.txt" | paste -sd ,)
+  [[ ! -d $folder || $(cat -- "$folder/packages" 2>/dev/null) != "$packages" ]] || return 0
   mkdir -p -- "${folder%/*}"
   rm -rf -- "$folder.new"
   mmdebstrap --quiet --variant=extract --architectures="$1" --include="libc6-dev,$packages" \
@@ -39,6 +39,8 @@ make_foreign_root() {
     sed -Ei 's#([";:])(/usr/lib/[^/";]+/lib)#\1${CMAKE_SYSROOT}\2#g' {} +
   mkdir -p -- "$folder.new/proc" "$folder.new/usr/bin"
   touch -- "$folder.new/usr/bin/qemu"
+  echo "$packages" >"$folder.new/packages"
+  rm -rf --one-file-system -- "$folder"
   mv -- "$folder.new" "$folder"
 }
 
