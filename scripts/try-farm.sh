@@ -3,7 +3,8 @@
 #
 # 100 levels; one node is killed in the middle, its job runs again on the other; then some outputs are
 # removed and submitted again. All must have the same bytes as when exported by one call. Not part of the
-# tests; takes three minutes, as Slurm waits before it runs a job again. It needs the packages of packages-farm.txt and starts its own munged, slurmctld and slurmds.
+# tests; takes three minutes, as Slurm waits before it runs a job again. It needs the packages of
+# packages-farm.txt and starts its own munged, slurmctld and slurmds.
 set -euo pipefail
 root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." && pwd -P)
 # shellcheck source=scripts/lib/ensure-packages.sh
