@@ -1,6 +1,8 @@
 // Options from mapexport.toml, and where options come from.
 #include <regex>
 
+#include <sys/stat.h>
+
 #include "support/ProgramRun.h"
 
 namespace mapexport {
@@ -54,6 +56,31 @@ TEST_F(ProgramTest, OptionsBesideALevelCountUnlessTheCommandLineGivesThem) {
     EXPECT_EQ(Export("c.kob", {"--fresh"}).status, 0);
   }
   EXPECT_EQ(Content(work_ / "b.kob"), model);
+}
+
+TEST_F(ProgramTest, FoldersThatMayNotBeSearchedHaveNoOptions) {
+  const fs::path closed = work_ / "closed";
+  fs::create_directories(closed / "levels");
+  fs::permissions(closed / "levels", fs::perms::all);
+  Write(closed / "levels/hall.scene.json", kScene);
+  Write(closed / "mapexport.toml", "voxel-size = 500\n");
+  // In a folder below one that is closed, as after `sudo -u` in one's own.
+  const auto run = [&](const std::string& scene, const std::string& option) {
+    Outcome outcome = Run({"export", scene, option, "--settings", "s.reg"}, [&] {
+      const bool isRoot = getuid() == 0;
+      if (chdir("closed/levels") != 0 || chmod(closed.c_str(), 0) != 0 ||
+          (isRoot && (setgid(4321) != 0 || setuid(4321) != 0))) {
+        _exit(98);
+      }
+    });
+    fs::permissions(closed, fs::perms::owner_all);
+    return outcome;
+  };
+  const Outcome shown = run("hall.scene.json", "--show-options");
+  EXPECT_EQ(shown.status, 0) << shown.err;
+  EXPECT_THAT(shown.out, testing::ContainsRegex("\nvoxel-size +1000 +initial value\n"));
+  ExpectRefusal(run(closed / "levels/hall.scene.json", "hall.kob"),
+                "levels/hall.scene.json: ", "Permission denied");
 }
 
 }  // namespace

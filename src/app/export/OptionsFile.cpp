@@ -171,9 +171,13 @@ std::vector<std::string> OptionsFilePlaces(const std::string& scene) {
 
 std::string FindOptionsFile(const std::string& scene) {
   for (std::string& place : OptionsFilePlaces(scene)) {
-    // One that can't be examined is reported when it is read.
     std::error_code error;
-    if (fs::status(place, error).type() != fs::file_type::not_found) return std::move(place);
+    if (fs::status(place, error).type() == fs::file_type::not_found) continue;
+    // A folder that may not be searched has no file for this user. Another one that can't be
+    // examined is reported when it is read.
+    const bool isOutOfReach = fs::symlink_status(place, error).type() == fs::file_type::none &&
+                              error == std::errc::permission_denied;
+    if (!isOutOfReach) return std::move(place);
   }
   return {};
 }

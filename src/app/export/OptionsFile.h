@@ -21,7 +21,7 @@ struct FileOptions {
 /// None for a scene from a pipe.
 std::vector<std::string> OptionsFilePlaces(const std::string& scene);
 
-/// The first of them that exists; empty when none does.
+/// The first of them that exists; empty when none does, as far as the folders may be searched.
 std::string FindOptionsFile(const std::string& scene);
 
 /// Reads that file. docs/options-file.md
