@@ -35,7 +35,14 @@ for check in "${checks[@]}"; do
   case $check in
     clang | sanitize) lists+=("$root/scripts/packages-sanitize.txt") ;;
     locale) lists+=("$root/scripts/packages-test.txt") ;;
-    arm64 | s390x) lists+=("$root/scripts/packages-foreign.txt") ;;
+    arm64 | s390x)
+      # Said before the build, which takes long.
+      if [[ $(id -u) -ne 0 ]]; then
+        echo "same-bytes.sh: only root can run programs of another processor" >&2
+        exit 1
+      fi
+      lists+=("$root/scripts/packages-foreign.txt")
+      ;;
     runs | folder | debug) ;;
     *)
       echo "same-bytes.sh: there is no check \"$check\"" >&2
