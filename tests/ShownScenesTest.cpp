@@ -39,6 +39,8 @@ TEST_F(ProgramTest, AScenesPictureAndPageAreThoseOfItsExport) {
     EXPECT_EQ(drawn.status, 0) << drawn.err;
   }
   ExpectRefusal(Run({"picture", "-", "-o", "bad.png"}), "standard input is /dev/stdin");
+  EXPECT_EQ(Run({"picture", "a.kob", "-o", "s.JPG"}).err,
+            "mapexport: warning: s.JPG: does not end in .png, but is a PNG picture\n");
   const std::string longName = std::string(244, 'x') + ".scene.json";
   fs::copy_file(scene_, work_ / longName);
   EXPECT_EQ(Run({"picture", longName, "-o", "s.png"}, there).status, 0);

@@ -3,6 +3,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -23,6 +24,7 @@
 #include "picture/DrawModel.h"
 #include "picture/DrawSheet.h"
 #include "picture/WritePng.h"
+#include "system/Ascii.h"
 #include "system/FileIdentity.h"
 #include "system/PrintableText.h"
 #include "system/RunError.h"
@@ -143,6 +145,15 @@ PictureArguments Read(const CommandLine& line) {
           .textures = PathValues(line, "textures")};
 }
 
+/// For names that promise another kind of picture. Thumbnailers ask for files without any.
+void WarnOfOtherKinds(const std::string& output, Messages& messages) {
+  constexpr std::string_view kOthers[] = {".jpg", ".jpeg", ".bmp", ".tga", ".gif", ".webp", ".tif"};
+  const auto endsIn = [&output](std::string_view other) { return EndsInAnyCase(output, other); };
+  if (std::ranges::any_of(kOthers, endsIn)) {
+    messages.Warning("other-extension", output + ": does not end in .png, but is a PNG picture");
+  }
+}
+
 /// Draws a model file; defects of the file go to standard error.
 ExitStatus Run(const CommandLine& line) {
   const PictureArguments arguments = Read(line);
@@ -180,6 +191,7 @@ ExitStatus Run(const CommandLine& line) {
   const Picture picture =
       arguments.sheet ? DrawSheet(model, NamePart(arguments.file), space, colours, arguments.size)
                       : DrawModel(model, space, colours, *camera, arguments.size);
+  WarnOfOtherKinds(arguments.output, messages);
   const auto write = [&picture](std::ostream& out) { WritePng(picture, out); };
   return WriteOutput(target, write, messages) ? loaded->status : ExitStatus::kFailed;
 }
