@@ -32,8 +32,8 @@ struct JpegReader {
   std::longjmp(reader.failed, 1);  // NOLINT(cert-err52-cpp): the library has no other way
 }
 
-/// Damage that the library would draw over with grey is damage nevertheless. But some programs write
-/// stray bytes between the parts before the picture, or number their version otherwise.
+/// Damage that the library would draw over with grey is damage nevertheless. But some programs
+/// write stray bytes between the parts before the picture, or number their version otherwise.
 void FailAtWarning(j_common_ptr common, int level) {
   if (level >= 0) return;
   const int code = common->err->msg_code;
